@@ -1,0 +1,18 @@
+# SPDX-License-Identifier: Apache-2.0
+find_package(Threads REQUIRED)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core)
+find_package(RapidJSON REQUIRED)
+find_package(Boost 1.81 REQUIRED COMPONENTS thread system)
+find_package(CURL REQUIRED)
+find_package(SQLiteCpp REQUIRED)
+find_package(SQLite3 REQUIRED)
+find_package(spdlog REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(OpenSSL REQUIRED)
+pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+
+if(NOT TARGET RapidJSON)
+  add_library(RapidJSON INTERFACE)
+  target_include_directories(RapidJSON SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS} ${RapidJSON_INCLUDE_DIRS})
+endif()

@@ -1,0 +1,41 @@
+# SPDX-License-Identifier: Apache-2.0
+# Compiler settings shared by our own targets. They are private to us: nobody who links the library inherits them.
+
+find_program(QORVI_CCACHE ccache)
+if(QORVI_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${QORVI_CCACHE})
+endif()
+
+set(QORVI_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+option(QORVI_WERROR "Treat warnings as errors" OFF)
+
+add_library(qorvi_options INTERFACE)
+target_compile_options(qorvi_options INTERFACE
+  -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wno-unknown-warning-option
+  # Unique symbols would keep a library in the process after the host unloads it.
+  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
+  # Log lines name their source file relative to the repository.
+  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(QORVI_WERROR)
+  target_compile_options(qorvi_options INTERFACE -Werror)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(qorvi_options INTERFACE -Wthread-safety)
+endif()
+if(QORVI_SANITIZE)
+  add_compile_options(-fsanitize=${QORVI_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${QORVI_SANITIZE})
+endif()
+
+# qorvi_shared_library(name sources...): a shared library of ours, hidden but for what it marks as exported;
+# it defines <NAME>_BUILD while it is being built.
+function(qorvi_shared_library name)
+  add_library(${name} SHARED ${ARGN})
+  string(TOUPPER ${name} upper)
+  target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
+  target_link_libraries(${name} PRIVATE qorvi_options)
+  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  if(QORVI_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_link_options(${name} PRIVATE -Wl,-z,undefs)
+  endif()
+endfunction()

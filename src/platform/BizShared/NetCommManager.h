@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "BizShared/Export.h"
+#include "NetLink/ClientMessage.h"
+#include "VantBase/Singleton.h"
+
+namespace BizShared {
+
+// The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
+class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
+ public:
+  ~CNetCommManager();
+
+  // Sends and waits. True as soon as an HTTP reply with a body, or a 2xx without one, arrived; `recv` then holds the
+  // body. Else false, and `recv` holds the error record: main 1 and curl's code as sub error, or main 4 and the HTTP
+  // status. `recv` must point to a record. Time-outs: 10 s to connect, 60 s in all unless the request sets one.
+  // An URL with blanks, control characters, '#', '\', a ".." segment or, in anything but a GET, '?' is refused:
+  // main 1, sub 3, nothing sent. The last argument is reserved and must be 0.
+  bool ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv, std::shared_ptr<NetLink::CClientSendInfo> send,
+                     unsigned int reserved);
+
+  // Host set-up. The server's root, "http://HOST:PORT" or "https://HOST:PORT", and a file of CA certificates (empty:
+  // the system's).
+  void SetServer(const std::string& root, const std::string& caFile = {});
+  std::string GetServer() const;
+  std::string GetCaFile() const;
+  // Host set-up, normally by CUserCommonManager: the token sent as "Authorization: Bearer"; empty sends none.
+  void SetToken(const std::string& token);
+  std::string GetToken() const;
+
+  // Seam for tests: replaces the network. The function fills the reply and answers as ClientSynSend does; empty
+  // restores the network. It is called without a lock held, from several threads at once.
+  using Transport = std::function<bool(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send)>;
+  void SetTransport(Transport transport);
+
+ private:
+  template <class T>
+  friend struct Vant::Base::SingletonStorage;
+  CNetCommManager();
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace BizShared
+
+extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CNetCommManager>;

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "NetLink/Export.h"
+
+namespace NetLink {
+
+// A JSON document addressed by slash paths: "/Name/Name[n]/Name", n counting from 1. One thread at a time, reads
+// included (a document remembers where the last read was, so that consecutive reads below the same element cost
+// about a member look-up each).
+//
+// Addressing. Of members with the same name the first counts. A path is absent when a name is missing, an index is 0,
+// past the end or not a number, a segment is empty, or a value on the way is neither object nor (with an index)
+// array. Index 1 on a value that is not an array addresses the value itself, so that a lone object reads as a
+// list of one. Depth of nesting never costs stack.
+class NETLINK_API CRapidJsonProto {
+ public:
+  CRapidJsonProto();
+  ~CRapidJsonProto();
+  CRapidJsonProto(const CRapidJsonProto&) = delete;
+  CRapidJsonProto& operator=(const CRapidJsonProto&) = delete;
+
+  // Parses `text`, replacing the document; false when it is not JSON, after which every path is absent.
+  bool set_str(const std::string& text);
+  // The document as compact UTF-8 text; members stand in the order first written. Only indent 0 is supported.
+  std::string get_str(int indent) const;
+
+  // Number of elements of an array; 0 when absent or null; 1 for anything else.
+  int get_cnt(std::string_view path) const;
+  // A 32-bit integer; an unsigned one is reinterpreted as signed, a fraction truncated toward zero where it fits; a
+  // text that is wholly -?[0-9]+ within -2^31..2^32-1 likewise. Else `defaultValue`.
+  int get_int_v(std::string_view path, int defaultValue) const;
+  // A text, or a number as its shortest decimal text. Else `defaultValue`.
+  std::string get_v(std::string_view path, const std::string& defaultValue) const;
+  // A number, or a text that is wholly one. Else `defaultValue`.
+  float get_float_v(std::string_view path, float defaultValue) const;
+  // true or false. Else `defaultValue`.
+  bool get_bool_v(std::string_view path, bool defaultValue) const;
+
+  // Write a value, making objects and array elements on the way; an unusable path (index 0, empty segment) writes
+  // nothing. A value already there is replaced in its place.
+  void set_v(std::string_view path, int value);
+  void set_v(std::string_view path, const std::string& value);
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace NetLink
