@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "ResourceStore/Export.h"
+#include "VantBase/Singleton.h"
+
+namespace ResourceStore {
+
+// Downloads areas, view groups and views on a thread of its own, keeps their raw texts up to date from the server's
+// change stream, and tells its callbacks of changes. Any thread.
+class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager> {
+ public:
+  using UpdateCallback = std::function<void(const std::string&)>;
+
+  ~CViewGroupManager();  // stops
+
+  // True once areas, groups and views have been downloaded, until Stop.
+  bool IsViewDownloadSuccess() const;
+  // The present list reply of all views or groups, every change that was called back included. Empty before the
+  // download and after Stop.
+  void GetViewsData(std::string& data) const;
+  void GetViewGroupsData(std::string& data) const;
+
+  // The one receiver of change documents of views or groups (an empty function withdraws it). Documents come in the
+  // server's order, from one thread, after the texts above hold the change. The setter waits until a running call of
+  // the old callback has returned, unless it is called from within that call; callbacks run without a lock held.
+  void SetViewsUpdateCallback(UpdateCallback callback);
+  void SetViewGroupsUpdateCallback(UpdateCallback callback);
+
+  // Host set-up: starts the download over the transport's server with its token, then follows the changes. A list
+  // that fails is fetched again after a pause (0.25 s, doubling to 30 s). Harmless when running.
+  void Start();
+  // Host set-up, before or at logout: ends the thread and forgets the texts; the callbacks stay. Not to be called from a
+  // callback. Harmless when not running.
+  void Stop();
+
+  // Seams for tests, used without Start: the downloaded texts and whether the download counts as finished.
+  void SetDownloadedData(const std::string& groups, const std::string& views, bool finished);
+  // Calls back with a change document as if it had arrived, on the calling thread. The texts stay as they are.
+  void NotifyViewsUpdate(const std::string& data);
+  void NotifyViewGroupsUpdate(const std::string& data);
+
+ private:
+  template <class T>
+  friend struct Vant::Base::SingletonStorage;
+  CViewGroupManager();
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace ResourceStore
+
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
