@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// The Boost mutexes with the annotations that clang's thread-safety analysis needs. Locking goes through the three
+// scoped classes only.
+#pragma once
+
+#include <boost/thread/locks.hpp>
+#include <boost/thread/mutex.hpp>
+#include <boost/thread/shared_mutex.hpp>
+
+#include "QorviViewPlugin/ThreadAnnotations.h"
+
+namespace QorviViewPlugin {
+
+class CAPABILITY("mutex") Mutex {
+ public:
+  Mutex() = default;
+  Mutex(const Mutex&) = delete;
+  Mutex& operator=(const Mutex&) = delete;
+
+ private:
+  friend class MutexLock;
+  boost::mutex m_mutex;
+};
+
+class CAPABILITY("shared_mutex") SharedMutex {
+ public:
+  SharedMutex() = default;
+  SharedMutex(const SharedMutex&) = delete;
+  SharedMutex& operator=(const SharedMutex&) = delete;
+
+ private:
+  friend class ReadLock;
+  friend class WriteLock;
+  boost::shared_mutex m_mutex;
+};
+
+class SCOPED_CAPABILITY MutexLock {
+ public:
+  explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : m_lock(mutex.m_mutex) {}
+  ~MutexLock() RELEASE() {}
+
+ private:
+  boost::unique_lock<boost::mutex> m_lock;
+};
+
+class SCOPED_CAPABILITY ReadLock {
+ public:
+  explicit ReadLock(SharedMutex& mutex) ACQUIRE_SHARED(mutex) : m_lock(mutex.m_mutex) {}
+  ~ReadLock() RELEASE_GENERIC() {}
+
+ private:
+  boost::shared_lock<boost::shared_mutex> m_lock;
+};
+
+class SCOPED_CAPABILITY WriteLock {
+ public:
+  explicit WriteLock(SharedMutex& mutex) ACQUIRE(mutex) : m_lock(mutex.m_mutex) {}
+  ~WriteLock() RELEASE() {}
+
+ private:
+  boost::unique_lock<boost::shared_mutex> m_lock;
+};
+
+}  // namespace QorviViewPlugin

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+// The cached objects: CView and CViewGroup. Any thread.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "VantBase/Singleton.h"
+
+namespace QorviViewPlugin {
+
+// A record that is replaced as a whole: readers share the record that was current when they asked, so that a long
+// read neither copies it nor sees it change. m_lock is a leaf lock that guards the pointer alone.
+template <class Record>
+class RecordSlot {
+ public:
+  RecordSlot() : m_record(std::make_shared<const Record>()) {}
+  explicit RecordSlot(Record record) : m_record(std::make_shared<const Record>(std::move(record))) {}
+  RecordSlot(const RecordSlot& other) : m_record(other.Get()) {}
+  RecordSlot& operator=(const RecordSlot& other) {
+    if (this != &other) Set(other.Get());
+    return *this;
+  }
+
+  // Never empty.
+  std::shared_ptr<const Record> Get() const EXCLUDES(m_lock) {
+    MutexLock lock(m_lock);
+    return m_record;
+  }
+  void Set(std::shared_ptr<const Record> record) EXCLUDES(m_lock) {
+    MutexLock lock(m_lock);
+    m_record.swap(record);
+  }
+
+ private:
+  mutable Mutex m_lock;
+  std::shared_ptr<const Record> m_record GUARDED_BY(m_lock);
+};
+
+// One cached view. A copy shares the present record and goes its own way from there.
+class CView : public Vant::Base::CNonThreadSafe {
+ public:
+  CView() = default;
+  explicit CView(ViewInfo info) : m_info(std::move(info)) {}
+  CView(const CView& other);
+  CView& operator=(const CView& other);
+
+  unsigned int GetID() const { return m_info.Get()->idView; }
+  std::string GetName() const { return m_info.Get()->strName; }
+  unsigned int GetViewGroupID() const { return m_info.Get()->idViewGroup; }
+  unsigned int GetUserID() const { return m_info.Get()->idUser; }
+  int GetViewType() const { return m_info.Get()->enumViewType; }
+  bool IsShared() const { return m_info.Get()->bShared; }
+  std::string GetSharedUserName() const { return m_info.Get()->strSharedUserName; }
+  void GetInfo(ViewInfo& info) const { info = *m_info.Get(); }
+  // The record itself, for readers that need no copy.
+  std::shared_ptr<const ViewInfo> Info() const { return m_info.Get(); }
+  // Replaces the record; always true.
+  bool SetInfo(ViewInfo info);
+
+  // Marks that the elements of that resource type are watched for.
+  void SetResourceFlag(int type, bool flag) EXCLUDES(m_flagLock);
+  // False when the type was never marked or a window of that type shows an element that the platform does not know;
+  // else the mark.
+  bool CheckResourceExist(int type) const EXCLUDES(m_flagLock);
+
+ private:
+  std::map<int, bool> Flags() const EXCLUDES(m_flagLock);
+
+  RecordSlot<ViewInfo> m_info;
+  mutable Mutex m_flagLock;  // leaf lock
+  std::map<int, bool> mapResourceFlag GUARDED_BY(m_flagLock);
+};
+
+// Whether the platform knows the element of a window of one of the four checked types (camera, door, radar, elevator).
+// Windows of other types count as known.
+bool IsElementKnown(int type, unsigned int elementId);
+
+// One cached group with its member views, which are the objects of the view table. A copy shares the members.
+class CViewGroup : public Vant::Base::CNonThreadSafe {
+ public:
+  CViewGroup() = default;
+  explicit CViewGroup(ViewGroupInfo info) : m_info(std::move(info)) {}
+  CViewGroup(const CViewGroup& other);
+  CViewGroup& operator=(const CViewGroup& other);
+
+  unsigned int GetID() const { return m_info.Get()->idViewGroup; }
+  unsigned int GetParentID() const { return m_info.Get()->idParent; }
+  int GetViewType() const { return m_info.Get()->enumViewType; }
+  void GetInfo(ViewGroupInfo& info) const { info = *m_info.Get(); }
+  std::shared_ptr<const ViewGroupInfo> Info() const { return m_info.Get(); }
+  void SetInfo(ViewGroupInfo info);
+
+  // Takes out the first member of the view's id, if any, and appends the view. False for an empty pointer.
+  bool AddMemberView(std::shared_ptr<CView> view, bool reserved = false) EXCLUDES(m_memberLock);
+  // Removes the first member with that id; whether one was removed.
+  bool RemoveMemberView(unsigned int id) EXCLUDES(m_memberLock);
+  // The first member with that id, or empty.
+  std::shared_ptr<CView> FindMemberView(unsigned int id) const EXCLUDES(m_memberLock);
+  // Copies the members into `views`, which stays as it is when there are none; always true.
+  bool GetMemberViews(std::vector<std::shared_ptr<CView>>& views) const EXCLUDES(m_memberLock);
+  bool ClearMemberViews() EXCLUDES(m_memberLock);
+  // Appends without looking for a member of the same id.
+  void AppendMemberView(const std::shared_ptr<CView>& view) EXCLUDES(m_memberLock);
+
+ private:
+  std::vector<std::shared_ptr<CView>> Members() const EXCLUDES(m_memberLock);
+
+  RecordSlot<ViewGroupInfo> m_info;
+  mutable SharedMutex m_memberLock;
+  std::vector<std::shared_ptr<CView>> vcViews GUARDED_BY(m_memberLock);
+};
+
+}  // namespace QorviViewPlugin

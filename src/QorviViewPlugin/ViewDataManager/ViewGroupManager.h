@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+// The library's picture of the server's views and view groups.
+#pragma once
+
+#include <atomic>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/ViewDataManager/View.h"
+#include "ResourceStore/OrlUserManager.h"
+#include "VantBase/Error.h"
+#include "VantBase/Singleton.h"
+
+namespace QorviViewPlugin {
+
+class COrlUserObserver;
+
+using ViewTable = std::map<unsigned int, std::shared_ptr<CView>>;
+using ViewGroupTable = std::map<unsigned int, std::shared_ptr<CViewGroup>>;
+using PendingChecks = std::map<int, std::vector<unsigned int>>;
+
+// Any thread. m_viewLock guards mapViews, m_groupLock mapViewGroups (taken before a group's own member lock, and never
+// together with m_viewLock), m_checkLock the pending checks, m_userLock the observer. No lock is held across a server
+// request, nor across a notice but that of RemoveViewGroupFromCache.
+class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, public Vant::Base::CNonThreadSafe {
+ public:
+  ~CViewGroupManager();
+
+  // --- Edits: the server first, then, silently, the cache. False when the server refused or could not be reached: `err`
+  // holds the session's error record and the cache is as it was. (ViewEdits.cpp)
+
+  // `newId` is written on success only.
+  bool AddView(const ViewInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
+  bool AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
+  bool ModifyView(const ViewInfo& info, Vant::Base::Error::ErrorCode& err);
+  // Of the cached group only the name follows.
+  bool ModifyViewGroup(const ViewGroupInfo& info, Vant::Base::Error::ErrorCode& err);
+  bool DeleteView(unsigned int id, Vant::Base::Error::ErrorCode& err);
+  // A group that is not cached fails with 2/20/3 without asking the server. Member views and child groups stay cached.
+  bool DeleteViewGroup(unsigned int id, Vant::Base::Error::ErrorCode& err);
+  // A reply without a body counts as success and leaves the outputs as they are; a refusal overwrites them.
+  bool GetDefaultViewConfig(int& viewId, int& viewType, Vant::Base::Error::ErrorCode& err);
+  bool SetDefaultViewConfig(const int& viewId, int viewType, Vant::Base::Error::ErrorCode& err);
+  // Downloads the user list and waits for its end without limit, running the host's event loop meanwhile. `users` and
+  // `err` are those of the download that ended, also on failure.
+  bool GetAllUsers(Vant::Base::Error::ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
+
+  // --- Cache changes; those that are not silent notify the observers.
+
+  // A view of that id that is already cached stays in the table, yet the new one joins the group. Always true.
+  bool InsertViewToCache(const ViewInfo& info, bool bSilent);
+  bool RemoveViewFromCache(unsigned int id, bool bSilent);
+  // False when the view is not cached. The view stays a member of its old group whatever the record says.
+  bool UpdateViewInCache(const ViewInfo& info);
+  bool InsertViewGroupToCache(const ViewGroupInfo& info);
+  // Notifies while it holds the group lock: an observer must not call back into the library from that notice.
+  bool RemoveViewGroupFromCache(unsigned int id, bool bSilent);
+  // Always false.
+  bool UpdateViewGroupInCache(const ViewGroupInfo& info);
+  bool AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId);
+  void ClearViewData();
+
+  // Adds what a first load has read; entries that are already cached stay.
+  void AdoptViews(ViewTable& views);
+  void AdoptViewGroups(ViewGroupTable& groups);
+
+  // --- Look-ups
+
+  std::shared_ptr<CView> GetViewByID(unsigned int id) const;
+  std::shared_ptr<CViewGroup> GetViewGroupByID(unsigned int id) const;
+  // `out` becomes the groups below that parent in id order; always true.
+  bool GetViewGroups(std::vector<std::shared_ptr<CViewGroup>>& out, unsigned int parentId) const;
+  // Appends the views that are in no group, in id order.
+  void GetViewsWithoutGroup(std::vector<std::shared_ptr<CView>>& out) const;
+
+  // The server's numbers for the kinds of related resource.
+  RelateResourceType ServerToRelateType(const int& serverType) const;
+  int RelateTypeToServer(const RelateResourceType& type) const;
+
+  // Ids of modified views, by resource type, that show elements not known yet. Both move.
+  void SetPendingChecks(PendingChecks& checks);
+  void TakePendingChecks(PendingChecks& out);
+
+  void SetResourceReady(bool ready) { m_bResourceReady = ready; }
+  bool IsResourceReady() const { return m_bResourceReady; }
+
+  // --- Reading the server's data (ViewIngestion.cpp). `data` is a list reply or a change document. True when it could
+  // be used; false, `views` and `changes` untouched, when its envelope reports an error or cannot be read.
+  // `cascadingErrorInfo` becomes the envelope's text. Records go into the table (entries already there stay) and, each
+  // with its nMethod, to the end of `changes`. New views join the groups that are cached at this moment. An empty
+  // group text counts as success and touches nothing.
+
+  bool AnalysisViewGroupInitData(const std::string& data, std::string& cascadingErrorInfo, ViewGroupTable& groups,
+                                 std::list<ViewGroupInfo>& changes);
+  bool AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
+                            std::list<ViewInfo>& changes);
+  // The JSON text that a window may carry: a digital zoom, else a fisheye, else an e-map position.
+  void AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window);
+
+ private:
+  template <class T>
+  friend struct Vant::Base::SingletonStorage;
+  CViewGroupManager();
+
+  void ClearCache();
+  COrlUserObserver* UserObserver() EXCLUDES(m_userLock);
+
+  mutable SharedMutex m_viewLock;
+  ViewTable mapViews GUARDED_BY(m_viewLock);
+  mutable SharedMutex m_groupLock;
+  ViewGroupTable mapViewGroups GUARDED_BY(m_groupLock);
+  Mutex m_checkLock;
+  PendingChecks mapPendingChecks GUARDED_BY(m_checkLock);
+  std::atomic<bool> m_bResourceReady{false};
+  Mutex m_userLock;
+  std::unique_ptr<COrlUserObserver> m_pUserObserver GUARDED_BY(m_userLock);
+};
+
+}  // namespace QorviViewPlugin
+
+extern template class Vant::Base::CSingleton<QorviViewPlugin::CViewGroupManager>;
