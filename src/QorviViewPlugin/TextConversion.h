@@ -20,10 +20,16 @@ std::string UIntToString(unsigned int value);
 std::string FloatToString(float value);
 
 // The host's records and the wire are signed, the model's ids unsigned: the same 32 bits read the other way.
-constexpr int AsSigned(unsigned int id) { return static_cast<int>(id); }
-constexpr unsigned int AsUnsigned(int number) { return static_cast<unsigned int>(number); }
+constexpr int AsSigned(unsigned int id) {
+  return static_cast<int>(id);
+}
+constexpr unsigned int AsUnsigned(int number) {
+  return static_cast<unsigned int>(number);
+}
 // The low 32 bits of a 64-bit model field, and a 32-bit number widened with its sign.
-constexpr int LowBits(unsigned long long value) { return static_cast<int>(static_cast<unsigned int>(value)); }
+constexpr int LowBits(unsigned long long value) {
+  return static_cast<int>(static_cast<unsigned int>(value));
+}
 constexpr unsigned long long SignExtended(int number) {
   return static_cast<unsigned long long>(static_cast<long long>(number));
 }

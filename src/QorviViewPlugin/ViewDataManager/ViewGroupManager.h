@@ -30,8 +30,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
  public:
   ~CViewGroupManager();
 
-  // --- Edits: the server first, then, silently, the cache. False when the server refused or could not be reached: `err`
-  // holds the session's error record and the cache is as it was. (ViewEdits.cpp)
+  // --- Edits: the server first, then, silently, the cache. False when the server refused or could not be reached:
+  // `err` holds the session's error record and the cache is as it was. (ViewEdits.cpp)
 
   // `newId` is written on success only.
   bool AddView(const ViewInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
@@ -63,10 +63,6 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   bool UpdateViewGroupInCache(const ViewGroupInfo& info);
   bool AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId);
   void ClearViewData();
-
-  // Adds what a first load has read; entries that are already cached stay.
-  void AdoptViews(ViewTable& views);
-  void AdoptViewGroups(ViewGroupTable& groups);
 
   // --- Look-ups
 
@@ -100,6 +96,13 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
                             std::list<ViewInfo>& changes);
   // The JSON text that a window may carry: a digital zoom, else a fisheye, else an e-map position.
   void AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window);
+  // The same into the cache itself, for a first load. Entries that are already cached stay.
+  void LoadViewGroups(const std::string& data, std::string& cascadingErrorInfo);
+  void LoadViews(const std::string& data, std::string& cascadingErrorInfo);
+
+  // Notes a modified view under each resource type that its cached form is marked for and of which it shows an element
+  // that the platform does not know.
+  void CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const;
 
  private:
   template <class T>
@@ -107,7 +110,10 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   CViewGroupManager();
 
   void ClearCache();
-  COrlUserObserver* UserObserver() EXCLUDES(m_userLock);
+  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
+                 std::list<ViewInfo>* changes);
+  // Made and registered on first use; lives as long as the manager.
+  COrlUserObserver& UserObserver() EXCLUDES(m_userLock);
 
   mutable SharedMutex m_viewLock;
   ViewTable mapViews GUARDED_BY(m_viewLock);

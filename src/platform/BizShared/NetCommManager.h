@@ -10,6 +10,11 @@
 #include "VantBase/Singleton.h"
 
 namespace BizShared {
+class CNetCommManager;
+}
+extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CNetCommManager>;
+
+namespace BizShared {
 
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
 class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
@@ -47,5 +52,3 @@ class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommMana
 };
 
 }  // namespace BizShared
-
-extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CNetCommManager>;

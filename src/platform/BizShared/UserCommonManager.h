@@ -9,6 +9,11 @@
 #include "VantBase/Singleton.h"
 
 namespace BizShared {
+class CUserCommonManager;
+}
+extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CUserCommonManager>;
+
+namespace BizShared {
 
 // Who is logged in. Any thread.
 class BIZSHARED_API CUserCommonManager : public Vant::Base::CSingleton<CUserCommonManager> {
@@ -41,5 +46,3 @@ class BIZSHARED_API CUserCommonManager : public Vant::Base::CSingleton<CUserComm
 };
 
 }  // namespace BizShared
-
-extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CUserCommonManager>;

@@ -10,6 +10,11 @@
 #include "VantBase/Error.h"
 #include "VantBase/Singleton.h"
 
+namespace ResourceStore {
+class CDownloadResourceStore;
+}
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
+
 namespace comm_method {
 
 // Kinds of element to download, by the server's number.
@@ -72,5 +77,3 @@ class RESOURCESTORE_API CDownloadResourceStore : public Vant::Base::CSingleton<C
 };
 
 }  // namespace ResourceStore
-
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;

@@ -10,6 +10,13 @@
 #include "VantBase/Singleton.h"
 
 namespace ResourceStore {
+class CElementManager;
+class CWorkStationManager;
+}  // namespace ResourceStore
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CElementManager>;
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;
+
+namespace ResourceStore {
 
 // One element; immutable once made.
 class RESOURCESTORE_API CElement {
@@ -76,6 +83,3 @@ class RESOURCESTORE_API CWorkStationManager : public Vant::Base::CSingleton<CWor
 };
 
 }  // namespace ResourceStore
-
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CElementManager>;
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;

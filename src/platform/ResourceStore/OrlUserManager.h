@@ -11,6 +11,11 @@
 #include "VantBase/Error.h"
 #include "VantBase/Singleton.h"
 
+namespace ResourceStore {
+class COrlUserManager;
+}
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
+
 namespace Vant::Base {
 
 // Common base of the platform's observers.
@@ -77,14 +82,22 @@ class CObserverableWrap {
  protected:
   CObserverableWrap();
   ~CObserverableWrap();
-  // Calls every registered observer, without a lock held.
-  template <class Param>
-  void Notify(Param& param);
+  // The observers registered at this moment, for the caller to notify without a lock held. Between BeginNotify and
+  // EndNotify, on one thread, SyncUnregisterObserver waits.
+  std::vector<Observer*> BeginNotify();
+  void EndNotify();
 
  private:
   class Impl;
   std::unique_ptr<Impl> m_observers;
 };
+
+}  // namespace ResourceStore
+
+extern template class RESOURCESTORE_API
+    ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
+
+namespace ResourceStore {
 
 // Downloads the server's users on a thread of its own. Any thread.
 class RESOURCESTORE_API COrlUserManager : public Vant::Base::CSingleton<COrlUserManager>,
@@ -111,7 +124,3 @@ class RESOURCESTORE_API COrlUserManager : public Vant::Base::CSingleton<COrlUser
 };
 
 }  // namespace ResourceStore
-
-extern template class RESOURCESTORE_API
-    ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::COrlUserManager>;

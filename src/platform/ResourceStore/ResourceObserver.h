@@ -20,9 +20,9 @@ class IResourceObserver {
     Param() = default;
     Param(const std::string& resourceId, int state) : id(resourceId), enum_state(state) {}
 
-    std::string id;                       // decimal id of the resource that changed
-    int enum_state = 0;                   // what happened: 2 renamed, 3 child added, 4 child removed, 7 changed
-    std::string name;                     // the new name, for state 2
+    std::string id;      // decimal id of the resource that changed
+    int enum_state = 0;  // what happened: 2 renamed, 3 child added, 4 child removed, 7 changed
+    std::string name;    // the new name, for state 2
     int reserved = 1;
     std::string child_id;                 // decimal id of the child, for states 3 and 4
     int child_type = ResourceTypeCamera;  // the child's kind

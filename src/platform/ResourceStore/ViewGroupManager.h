@@ -9,6 +9,11 @@
 #include "VantBase/Singleton.h"
 
 namespace ResourceStore {
+class CViewGroupManager;
+}
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
+
+namespace ResourceStore {
 
 // Downloads areas, view groups and views on a thread of its own, keeps their raw texts up to date from the server's
 // change stream, and tells its callbacks of changes. Any thread.
@@ -34,8 +39,8 @@ class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewG
   // Host set-up: starts the download over the transport's server with its token, then follows the changes. A list
   // that fails is fetched again after a pause (0.25 s, doubling to 30 s). Harmless when running.
   void Start();
-  // Host set-up, before or at logout: ends the thread and forgets the texts; the callbacks stay. Not to be called from a
-  // callback. Harmless when not running.
+  // Host set-up, before or at logout: ends the thread and forgets the texts; the callbacks stay. Not to be called from
+  // a callback. Harmless when not running.
   void Stop();
 
   // Seams for tests, used without Start: the downloaded texts and whether the download counts as finished.
@@ -53,5 +58,3 @@ class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewG
 };
 
 }  // namespace ResourceStore
-
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // One instance of a class per process, whichever libraries use it and however they were loaded.
 //
-// The library that owns T holds the only instance. Its header says
+// The library that owns T holds the only instance. Its header says, before it defines T,
+//     class T;
 //     extern template class OWNER_API Vant::Base::CSingleton<T>;
 // and one of its source files includes "VantBase/SingletonImpl.h" and says
 //     template class Vant::Base::CSingleton<T>;

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QorviViewPlugin/TextConversion.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <locale>
+#include <sstream>
+
+namespace QorviViewPlugin {
+namespace {
+
+bool IsBlank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// A sign and decimal digits at the start of a text, as stream extraction sees them.
+struct IntegerText {
+  bool negative = false;
+  bool tooLarge = false;  // the magnitude exceeds 32 bits
+  uint32_t magnitude = 0;
+};
+
+IntegerText ScanInteger(const std::string& text) {
+  IntegerText result;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  while (at != end && IsBlank(*at)) ++at;
+  if (at != end && (*at == '-' || *at == '+')) result.negative = *at++ == '-';
+  for (; at != end && IsDigit(*at); ++at) {
+    const uint64_t next = uint64_t{result.magnitude} * 10 + static_cast<uint64_t>(*at - '0');
+    if (next > std::numeric_limits<uint32_t>::max()) {
+      result.tooLarge = true;
+      break;
+    }
+    result.magnitude = static_cast<uint32_t>(next);
+  }
+  return result;
+}
+
+// The longest start of [at, end) that stream extraction would gather for a floating-point number.
+const char* ScanFloat(const char* at, const char* end) {
+  bool mantissa = false;
+  bool point = false;
+  bool exponent = false;
+  if (at != end && (*at == '-' || *at == '+')) ++at;
+  for (; at != end; ++at) {
+    if (IsDigit(*at)) {
+      mantissa = true;
+    } else if (*at == '.' && !point && !exponent) {
+      point = true;
+    } else if ((*at == 'e' || *at == 'E') && mantissa && !exponent) {
+      exponent = true;
+      if (at + 1 != end && (at[1] == '-' || at[1] == '+')) ++at;
+    } else {
+      break;
+    }
+  }
+  return at;
+}
+
+float ExtractFloat(const std::string& text) {
+  std::istringstream stream(text);
+  stream.imbue(std::locale::classic());
+  float value = 0.0f;
+  stream >> value;
+  return value;
+}
+
+int TruncatedToInt(float value) {
+  if (std::isnan(value)) return 0;
+  // The float limits are powers of two, hence exact.
+  if (value >= 2147483648.0f) return std::numeric_limits<int>::max();
+  if (value < -2147483648.0f) return std::numeric_limits<int>::min();
+  return static_cast<int>(value);
+}
+
+}  // namespace
+
+unsigned int StringToUInt(const std::string& text) {
+  const IntegerText number = ScanInteger(text);
+  if (number.tooLarge) return std::numeric_limits<uint32_t>::max();
+  return number.negative ? 0u - number.magnitude : number.magnitude;
+}
+
+int StringToInt(const std::string& text) {
+  const IntegerText number = ScanInteger(text);
+  constexpr uint32_t kLimit = 0x80000000u;
+  if (number.negative)
+    return number.tooLarge || number.magnitude >= kLimit ? std::numeric_limits<int>::min()
+                                                         : -static_cast<int>(number.magnitude);
+  return number.tooLarge || number.magnitude >= kLimit ? std::numeric_limits<int>::max()
+                                                       : static_cast<int>(number.magnitude);
+}
+
+float StringToFloat(const std::string& text) {
+  const char* begin = text.data();
+  const char* const end = begin + text.size();
+  while (begin != end && IsBlank(*begin)) ++begin;
+  const char* const stop = ScanFloat(begin, end);
+  if (begin != stop && *begin == '+') ++begin;
+  if (begin == stop) return 0.0f;
+  float value = 0.0f;
+  const std::from_chars_result result = std::from_chars(begin, stop, value);
+  // Streams saturate where from_chars only reports, and refuse what stops in the middle of an exponent.
+  if (result.ec == std::errc::result_out_of_range) return ExtractFloat(text);
+  return result.ec == std::errc() && result.ptr == stop ? value : 0.0f;
+}
+
+std::string IntToString(int value) {
+  return std::to_string(value);
+}
+
+std::string UIntToString(unsigned int value) {
+  return std::to_string(value);
+}
+
+std::string FloatToString(float value) {
+  // The largest float has 39 digits before the point.
+  char text[64];
+  const std::to_chars_result result =
+      std::to_chars(text, text + sizeof text, static_cast<double>(value), std::chars_format::fixed, 6);
+  return std::string(text, result.ptr);
+}
+
+int ToMilli(float value) {
+  return TruncatedToInt(value * 1000.0f);
+}
+
+float FromMilli(int milli) {
+  return static_cast<float>(milli / 1000.0);
+}
+
+}  // namespace QorviViewPlugin

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// The sessions that list, add, modify, delete and order view groups on the server, and those of the client's default
+// view. Each object serves one call on one thread; m_error holds why a call answered false.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
+#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
+#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+
+namespace QorviViewPlugin {
+
+class CmsViewGroupList {
+ public:
+  // Appends the server's groups to m_vcViewGroups in reply order.
+  bool GetCmsViewGroupList(uint32_t clientResourceVersion);
+
+  std::vector<ViewGroupInfo> m_vcViewGroups;
+  ErrorCode m_error;
+};
+
+class CmsAddViewGroup {
+ public:
+  // On success m_idNew is the new group's id, or all ones when the reply names none.
+  bool AddCmsViewGroup(const ViewGroupInfo& group);
+
+  ErrorCode m_error;
+  uint32_t m_idNew = kNoId;
+};
+
+class CmsModifyViewGroup {
+ public:
+  bool ModifyCmsViewGroup(const ViewGroupInfo& group);
+
+  ErrorCode m_error;
+};
+
+class CmsDeleteViewGroup {
+ public:
+  bool DeleteCmsViewGroup(uint32_t id);
+
+  ErrorCode m_error;
+};
+
+class CmsOrderViewGroup {
+ public:
+  // Throws std::out_of_range, before anything is sent, when there are no ids.
+  bool OrderCmsViewGroup(const ViewMoveRequest& move);
+
+  ErrorCode m_error;
+};
+
+// The outputs of a read are assigned from every reply that has a body, also from a refusal (all ones where it names
+// none), and stay as they are otherwise.
+class CmsViewConfig {
+ public:
+  bool GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode& error);
+  bool SetDefualtViewConfig(const uint32_t& id, uint32_t type, ErrorCode& error);
+};
+
+// The body of OrderCmsViewGroup. Of the joined ids only the last character is sent, so any list travels as ",".
+// Throws std::out_of_range when there are no ids.
+std::string WriteViewGroupMoveRequest(const ViewMoveRequest& move);
+
+}  // namespace QorviViewPlugin

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// The sessions that list, add, modify, delete and order views on the server. Each object serves one call on one thread;
+// m_error holds why a call answered false.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
+#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+
+namespace QorviViewPlugin {
+
+// Views or groups that move to a group, in their new order.
+struct ViewMoveRequest {
+  unsigned int idTargetGroup = kNoId;
+  unsigned int idUser = kNoId;
+  std::vector<unsigned int> vcIDs;
+};
+
+class CmsViewList {
+ public:
+  // Appends the server's views to m_vcViews in reply order.
+  bool GetCmsViewList(uint32_t clientResourceVersion);
+
+  std::vector<ViewInfo> m_vcViews;
+  ErrorCode m_error;
+};
+
+class CmsAddView {
+ public:
+  // On success m_idNew is the new view's id, or all ones when the reply names none.
+  bool AddCmsView(const ViewInfo& view);
+
+  ErrorCode m_error;
+  uint32_t m_idNew = kNoId;
+};
+
+class CmsModifyView {
+ public:
+  bool ModifyCmsView(const ViewInfo& view);
+
+  ErrorCode m_error;
+};
+
+class CmsDeleteView {
+ public:
+  bool DeleteCmsView(uint32_t id);
+
+  ErrorCode m_error;
+};
+
+class CmsOrderView {
+ public:
+  bool OrderCmsView(const ViewMoveRequest& move);
+
+  ErrorCode m_error;
+};
+
+// The body of OrderCmsView: the ids joined by ",".
+std::string WriteViewMoveRequest(const ViewMoveRequest& move);
+
+}  // namespace QorviViewPlugin

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
+
+#include <charconv>
+
+namespace QorviViewPlugin {
+
+const std::string PathCursor::kNoText;
+
+PathCursor::Level PathCursor::Enter(std::string_view key, int n) {
+  const size_t outerLength = m_path.size();
+  char digits[16];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, n).ptr;
+  m_path.append(key).append("[").append(digits, static_cast<size_t>(end - digits)).append("]/");
+  return Level(*this, outerLength);
+}
+
+PathCursor::Level PathCursor::Enter(std::string_view key) {
+  const size_t outerLength = m_path.size();
+  m_path.append(key).append("/");
+  return Level(*this, outerLength);
+}
+
+std::string_view PathCursor::Full(std::string_view key) {
+  m_full.assign(m_path).append(key);
+  return m_full;
+}
+
+}  // namespace QorviViewPlugin

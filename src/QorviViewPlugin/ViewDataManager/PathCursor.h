@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "NetLink/RapidJsonProto.h"
+
+namespace QorviViewPlugin {
+
+// A place in a path document, so that an element's keys are named without the road to it. The path lives in one buffer
+// that grows and shrinks as levels are entered and left: a read costs no allocation. One thread at a time; the
+// document must outlive the cursor.
+class PathCursor {
+ public:
+  explicit PathCursor(NetLink::CRapidJsonProto& document, std::string_view root = "/")
+      : m_document(document), m_path(root) {}
+  PathCursor(const PathCursor&) = delete;
+  PathCursor& operator=(const PathCursor&) = delete;
+
+  // Leaves the level that it entered when it goes out of scope. Levels are left in the reverse order.
+  class Level {
+   public:
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    ~Level() { m_cursor.m_path.resize(m_outerLength); }
+
+   private:
+    friend class PathCursor;
+    Level(PathCursor& cursor, size_t outerLength) : m_cursor(cursor), m_outerLength(outerLength) {}
+    PathCursor& m_cursor;
+    size_t m_outerLength;
+  };
+
+  // Everything below names keys of the n-th element of the list `key` (n from 1), or of the object `key`.
+  [[nodiscard]] Level Enter(std::string_view key, int n);
+  [[nodiscard]] Level Enter(std::string_view key);
+
+  // Reads, with the document's rules for values of another kind.
+  int Number(std::string_view key, int absent = -1) { return m_document.get_int_v(Full(key), absent); }
+  std::string Text(std::string_view key) { return m_document.get_v(Full(key), kNoText); }
+  int Count(std::string_view key) { return m_document.get_cnt(Full(key)); }
+
+  void SetNumber(std::string_view key, int value) { m_document.set_v(Full(key), value); }
+  void SetText(std::string_view key, const std::string& value) { m_document.set_v(Full(key), value); }
+
+ private:
+  // The whole path of a key; valid until the next call.
+  std::string_view Full(std::string_view key);
+
+  static const std::string kNoText;
+
+  NetLink::CRapidJsonProto& m_document;
+  std::string m_path;
+  std::string m_full;
+};
+
+}  // namespace QorviViewPlugin

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
+
+#include <memory>
+#include <optional>
+
+#include "BizShared/NetCommManager.h"
+#include "VantBase/Log.h"
+
+namespace QorviViewPlugin {
+namespace {
+
+using Vant::Base::details::IOrlFormatLog;
+
+constexpr int kSubSystemCode = 1;
+constexpr unsigned long kListingTimeoutMs = 30000;
+
+void LogSuccess(const SessionTexts& texts) {
+  IOrlFormatLog(kInfoLevel, kInfoModule, texts.success, texts.function, __FILE__, __LINE__);
+}
+
+void LogFailure(const SessionTexts& texts, const char* format, const ErrorCode& error) {
+  IOrlFormatLog(kErrorLevel, kErrorModule, format, texts.function, error.GetMainError(), error.GetSubError(), __FILE__,
+                __LINE__);
+}
+
+void LogEmptyReply(const SessionTexts& texts) {
+  IOrlFormatLog(kErrorLevel, kErrorModule, texts.emptyReply, texts.function, __FILE__, __LINE__);
+}
+
+// The reply's body, or nothing after a transport failure.
+std::optional<std::string> Send(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error) {
+  const auto send = std::make_shared<NetLink::CClientSendInfo>();
+  send->SetVal_Method(request.method);
+  send->SetVal_URL(request.url);
+  if (request.isListing) {
+    send->SetVal_Request_Data(request.body);
+    send->SetVal_Timeout(kListingTimeoutMs);
+  } else {
+    send->SetVal_send_data(request.body);
+  }
+  auto reply = std::make_shared<NetLink::CClientRecvInfo>();
+  auto& transport = Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
+  if (!transport.ClientSynSend(reply, send, 0)) {
+    error = reply->GetVal_Error_code();
+    LogFailure(texts, texts.transportFailed, error);
+    return std::nullopt;
+  }
+  return reply->GetVal_Receive_Data();
+}
+
+bool LogOutcome(const SessionTexts& texts, bool accepted, const ErrorCode& error) {
+  if (accepted) {
+    LogSuccess(texts);
+  } else {
+    LogFailure(texts, texts.refused, error);
+  }
+  return accepted;
+}
+
+}  // namespace
+
+bool ReadResponseStatus(const NetLink::CRapidJsonProto& reply, CascadingText cascading, ErrorCode& error) {
+  error.SetMainError(reply.get_int_v("/ResponseStatus/ErrorModule", -1));
+  error.SetSubError(reply.get_int_v("/ResponseStatus/ErrorCode", -1));
+  error.SetSubSystemErrorCode(kSubSystemCode);
+  if (cascading == CascadingText::Kept) {
+    error.SetCasadingErrorInfo(reply.get_v("/ResponseStatus/CascadingErrorInfo", ""));
+  }
+  return error.GetSubError() == 0;
+}
+
+bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error) {
+  const std::optional<std::string> body = Send(request, texts, error);
+  if (!body) return false;
+  NetLink::CRapidJsonProto reply;
+  reply.set_str(*body);
+  return LogOutcome(texts, ReadResponseStatus(reply, CascadingText::Kept, error), error);
+}
+
+bool RunDataSession(const SessionRequest& request, const SessionTexts& texts, CascadingText cascading, ErrorCode& error,
+                    const ReplyReader& readData) {
+  const std::optional<std::string> body = Send(request, texts, error);
+  if (!body) return false;
+  if (request.marksSubSystemEarly) error.SetSubSystemErrorCode(kSubSystemCode);
+  if (body->empty()) {
+    LogEmptyReply(texts);
+    return false;
+  }
+  NetLink::CRapidJsonProto reply;
+  reply.set_str(*body);
+  const bool accepted = ReadResponseStatus(reply, cascading, error);
+  if (accepted) readData(reply);
+  return LogOutcome(texts, accepted, error);
+}
+
+bool RunConfigSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
+                      const ReplyReader& readData) {
+  const std::optional<std::string> body = Send(request, texts, error);
+  if (!body) return false;
+  if (body->empty()) {
+    LogEmptyReply(texts);
+    return true;
+  }
+  NetLink::CRapidJsonProto reply;
+  reply.set_str(*body);
+  const bool accepted = ReadResponseStatus(reply, CascadingText::Ignored, error);
+  if (readData) readData(reply);
+  return LogOutcome(texts, accepted, error);
+}
+
+}  // namespace QorviViewPlugin

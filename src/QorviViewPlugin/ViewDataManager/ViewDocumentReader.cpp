@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <QString>
+#include <limits>
+
+#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "VantBase/Base64.h"
+#include "VeltControl/VeltControl.h"
+
+namespace QorviViewPlugin {
+namespace {
+
+// What the server calls an e-map in downloaded data.
+constexpr int kServerEmap = 7000;
+
+float DecimalText(PathCursor& at, std::string_view key) {
+  return StringToFloat(at.Text(key));
+}
+
+// The view type of an object that is not shared.
+int TypeOfOwner(unsigned int idUser) {
+  return idUser == kNoId ? ViewTypePublic : ViewTypePrivate;
+}
+
+void ReadDigitalZoom(PathCursor& at, Rectangle& box) {
+  box.fXTop = DecimalText(at, "Xtop");
+  box.fYTop = DecimalText(at, "Ytop");
+  box.fXBottom = DecimalText(at, "Xbottom");
+  box.fYBottom = DecimalText(at, "Ybottom");
+}
+
+void ReadMilliCorners(PathCursor& at, Rectangle& corners) {
+  corners.fXTop = FromMilli(at.Number("TopX"));
+  corners.fYTop = FromMilli(at.Number("TopY"));
+  corners.fXBottom = FromMilli(at.Number("BottomX"));
+  corners.fYBottom = FromMilli(at.Number("BottomY"));
+}
+
+// Stands at the fisheye object; the list of expanded windows has a name of its own in each document. Expanded windows
+// are added to those already there.
+void ReadFishEye(PathCursor& at, std::string_view listKey, CameraGridStruct& window) {
+  window.b_enable_fish_eye = true;
+  FishEyeInfo& fisheye = window.fisheye_info;
+  fisheye.mount_type = at.Number("MountType");
+  fisheye.expand_mode = at.Number("ExpandMode");
+  fisheye.window_index = at.Number("FishParentNo");
+  const int count = at.Count(listKey);
+  for (int n = 1; n <= count; ++n) {
+    const auto entry = at.Enter(listKey, n);
+    FisheyeExpandWndParam& param = fisheye.vc_wnd_param.emplace_back();
+    param.wnd_no = at.Number("No");
+    param.pos_x = DecimalText(at, "PosX");
+    param.pos_y = DecimalText(at, "PosY");
+    param.zoom = DecimalText(at, "Zoom");
+  }
+}
+
+void ReadCycle(PathCursor& at, SingleWndCycle& cycle) {
+  const auto group = at.Enter("Cycle");
+  cycle.type = static_cast<SingleWndCycleType>(at.Number("Type"));
+  cycle.cycle_time = at.Number("CycleTime");
+  cycle.cycle_name = at.Text("CycleName");
+  const int count = at.Count("ID");
+  for (int n = 1; n <= count; ++n) {
+    const auto entry = at.Enter("ID", n);
+    const unsigned int siteId = AsUnsigned(at.Number("SiteID"));
+    cycle.vc_id.emplace_back(siteId, AsUnsigned(at.Number("ResourceID")));
+  }
+}
+
+void ReadEmap(PathCursor& at, CameraGridStruct& window) {
+  const auto group = at.Enter("Emap");
+  window.map_load_type = static_cast<MapLoadType>(at.Number("LoadMode"));
+  window.map_center_x = at.Text("PosX");
+  window.map_center_y = at.Text("PosY");
+  window.map_scale_size = at.Number("ScaleSize");
+  window.map_more_info = at.Text("ExtendInfo");
+}
+
+void ReadCenterMark(PathCursor& at, CalibrationInfo& mark) {
+  const auto group = at.Enter("CenterMark");
+  ReadMilliCorners(at, mark.coordinate);
+  mark.stream_type = static_cast<ResourceStore::Stream::StreamType>(at.Number("StreamType"));
+}
+
+void ReadZoomWindows(PathCursor& at, CameraGridStruct& window) {
+  const auto group = at.Enter("ZoomWindowList");
+  const int count = at.Count("ZoomWindow");
+  if (count < 1) return;
+  window.zoom_mode = static_cast<ZoomMode>(at.Number("ZoomMode"));
+  window.local_wins.reserve(static_cast<size_t>(count));
+  for (int n = 1; n <= count; ++n) {
+    const auto entry = at.Enter("ZoomWindow", n);
+    LocalWindowInfo& zoomWindow = window.local_wins.emplace_back();
+    zoomWindow.ZoomWindowNo = at.Number("No");
+    ReadMilliCorners(at, zoomWindow.win_coordinate);
+  }
+}
+
+void ReadPlainKeys(PathCursor& at, DocumentOrigin origin, CameraGridStruct& window) {
+  window.n_seq_index = StringToInt(at.Text("SequenceIndex"));
+  int type = at.Number("ResourceType");
+  if (origin == DocumentOrigin::Download && type == kServerEmap) type = ResourceTypeEmap;
+  window.enum_resource_type_ = static_cast<ResourceType>(type);
+  window.camera_workstation_id = AsUnsigned(at.Number("SiteID"));
+  window.id_element_ = AsUnsigned(at.Number("ResourceID"));
+  window.relate_id = AsUnsigned(at.Number("RelateResourceID"));
+  window.relate_name = at.Text("RelateResourceName");
+  window.relate_type = RelateTypeFromServer(at.Number("RelateResourceType"));
+  window.extend_resource = at.Text("ExtendResource");
+  window.uIndex = SignExtended(at.Number("WindowNo"));
+  ReadDigitalZoom(at, window.struRect);
+  window.uPresetIndex = SignExtended(at.Number("PresetPointIndex"));
+  window.uCruiseIndex = SignExtended(at.Number("CruiseIndex"));
+  window.uTrackIndex = SignExtended(at.Number("TrackIndex"));
+  window.stream_type = static_cast<ResourceStore::Stream::StreamType>(at.Number("StreamType"));
+}
+
+void ReadWindow(PathCursor& at, DocumentOrigin origin, CameraGridStruct& window) {
+  ReadPlainKeys(at, origin, window);
+  if (at.Count("FishEye") == 1) {
+    const auto group = at.Enter("FishEye");
+    ReadFishEye(at, "FishEyeInfo", window);
+  }
+  if (at.Count("Cycle") == 1) ReadCycle(at, window.single_cycle);
+  if (window.enum_resource_type_ == ResourceTypeEmap) ReadEmap(at, window);
+  window.enable_calibration = at.Count("CenterMark") >= 1;
+  if (window.enable_calibration) ReadCenterMark(at, window.calibration_info);
+  // Of other resource types zoom windows are not kept.
+  if (window.enum_resource_type_ == ResourceTypeCamera) ReadZoomWindows(at, window);
+  if (at.Count("RelatedZoomWindow") > 0) {
+    const auto group = at.Enter("RelatedZoomWindow");
+    window.relate_view_win_no = at.Text("ViewItemWindowNo");
+    window.relate_draw_box_no = at.Number("ZoomWindowNo");
+  }
+  if (origin == DocumentOrigin::Download) ReadExtendInfo(at.Text("ExtendInfo"), window);
+}
+
+void ReadPage(PathCursor& at, DocumentOrigin origin, unsigned int idView, ViewPage& page) {
+  page.nSpliteType = at.Number("SpliteType");
+  const std::string customSplit = at.Text("CustomSplite");
+  if (!customSplit.empty()) page.strCustomSplite = Vant::Base::Encrypt::Base64Decode(customSplit);
+  const int count = at.Count("PlanViewItem");
+  page.vcWindows.reserve(static_cast<size_t>(count));
+  for (int w = 1; w <= count; ++w) {
+    const auto level = at.Enter("PlanViewItem", w);
+    CameraGridStruct& window = page.vcWindows.emplace_back();
+    window.idView = idView;
+    ReadWindow(at, origin, window);
+  }
+}
+
+// An e-map coordinate as the model keeps it: the text of the number at `path`, "nan" when there is none.
+std::string CoordinateText(NetLink::CRapidJsonProto& document, std::string_view path) {
+  const float value = document.get_float_v(path, std::numeric_limits<float>::quiet_NaN());
+  return VeltControl::QStringToString(QString::number(static_cast<double>(value), 'g', 6));
+}
+
+}  // namespace
+
+ViewInfo ReadView(PathCursor& element, DocumentOrigin origin) {
+  ViewInfo view;
+  view.idView = AsUnsigned(element.Number("ID"));
+  view.strGUID = element.Text("GUID");
+  view.strName = element.Text("Name");
+  view.idViewGroup = AsUnsigned(element.Number("ViewGroupID"));
+  view.idUser = AsUnsigned(element.Number("UserID"));
+  view.enumViewType = TypeOfOwner(view.idUser);
+  if (origin == DocumentOrigin::Download) {
+    view.strSharedUserName = element.Text("SharedUserName");
+    view.bShared = element.Number("SharedUserID") != -1;
+    if (view.bShared) view.enumViewType = ViewTypeShared;
+  }
+  view.nSequenceIndex = element.Number("SequenceIndex");
+  view.nCycleTime = element.Number("CycleTime");
+  view.nAutoCycle = element.Number("AutoCycle");
+  const int count = element.Count("PlanPages");
+  view.vcPages.reserve(static_cast<size_t>(count));
+  for (int p = 1; p <= count; ++p) {
+    const auto level = element.Enter("PlanPages", p);
+    ReadPage(element, origin, view.idView, view.vcPages.emplace_back());
+  }
+  view.nMethod = element.Number("Method", ChangeAdded);
+  return view;
+}
+
+ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin) {
+  ViewGroupInfo group;
+  group.idViewGroup = AsUnsigned(element.Number("ID"));
+  group.strName = element.Text("Name");
+  group.idParent = AsUnsigned(element.Number("ParentViewGroupID"));
+  group.idUser = AsUnsigned(element.Number("UserID"));
+  group.enumViewType = TypeOfOwner(group.idUser);
+  if (origin == DocumentOrigin::Download) {
+    group.bShared = element.Number("IsSharedView") == 1;
+    if (group.bShared) group.enumViewType = ViewTypeShared;
+  }
+  group.nSequenceIndex = element.Number("SequenceIndex");
+  group.nMethod = element.Number("Method", ChangeAdded);
+  return group;
+}
+
+void ReadExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {
+  if (extendInfo.empty()) return;
+  NetLink::CRapidJsonProto document;
+  document.set_str(extendInfo);
+  if (document.get_cnt("/playParams/DigitZoom") == 1) {
+    PathCursor at(document, "/playParams/DigitZoom/");
+    ReadDigitalZoom(at, window.struRect);
+  } else if (document.get_cnt("/playParams/FishEye") == 1) {
+    PathCursor at(document, "/playParams/FishEye/");
+    // The server's name for the list in this text.
+    ReadFishEye(at, "FiehEyeInfo", window);
+  } else if (document.get_cnt("/Zoom") == 1) {
+    window.map_scale_size = document.get_int_v("/Zoom", -1);
+    window.map_load_type = MapLoadTypeDefault;
+    window.map_center_x = CoordinateText(document, "/coordinate[1]");
+    window.map_center_y = CoordinateText(document, "/coordinate[2]");
+    window.enum_resource_type_ = ResourceTypeEmap;
+  }
+}
+
+RelateResourceType RelateTypeFromServer(int serverType) {
+  switch (serverType) {
+    case ResourceTypeCamera:
+      return RelateTypeCamera;
+    case ResourceTypeEmap:
+      return RelateTypeEmap;
+    case ResourceTypeDoor:
+      return RelateTypeDoor;
+    case ResourceType2004:
+      return RelateType2004;
+    case ResourceType1027:
+      return RelateType1027;
+    default:
+      return static_cast<RelateResourceType>(serverType);
+  }
+}
+
+int RelateTypeToServerNumber(RelateResourceType type) {
+  switch (type) {
+    case RelateTypeCamera:
+      return ResourceTypeCamera;
+    case RelateTypeEmap:
+      return ResourceTypeEmap;
+    case RelateTypeDoor:
+      return ResourceTypeDoor;
+    case RelateType2004:
+      return ResourceType2004;
+    case RelateType1027:
+      return ResourceType1027;
+    default:
+      return type;
+  }
+}
+
+}  // namespace QorviViewPlugin

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+// The manager's edits: each asks the server first and changes the cache, silently, only after it has agreed.
+#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/ViewDataManager/CmsViewGroupSession.h"
+#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
+#include "VeltControl/VeltControl.h"
+
+namespace QorviViewPlugin {
+
+bool CViewGroupManager::AddView(const ViewInfo& info, unsigned int& newId, ErrorCode& err) {
+  CmsAddView session;
+  if (!session.AddCmsView(info)) {
+    err = session.m_error;
+    return false;
+  }
+  newId = session.m_idNew;
+  ViewInfo added = info;
+  added.idView = newId;
+  InsertViewToCache(added, true);
+  return true;
+}
+
+bool CViewGroupManager::AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, ErrorCode& err) {
+  CmsAddViewGroup session;
+  if (!session.AddCmsViewGroup(info)) {
+    err = session.m_error;
+    return false;
+  }
+  newId = session.m_idNew;
+  ViewGroupInfo added = info;
+  added.idViewGroup = newId;
+  WriteLock lock(m_groupLock);
+  mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
+  return true;
+}
+
+bool CViewGroupManager::ModifyView(const ViewInfo& info, ErrorCode& err) {
+  CmsModifyView session;
+  if (!session.ModifyCmsView(info)) {
+    err = session.m_error;
+    return false;
+  }
+  const std::shared_ptr<CView> view = GetViewByID(info.idView);
+  if (!view) return true;
+  const unsigned int oldGroupId = view->GetViewGroupID();
+  if (oldGroupId != info.idViewGroup) {
+    if (const auto oldGroup = GetViewGroupByID(oldGroupId)) oldGroup->RemoveMemberView(info.idView);
+    if (const auto newGroup = GetViewGroupByID(info.idViewGroup)) newGroup->AddMemberView(view);
+  }
+  view->SetInfo(info);
+  return true;
+}
+
+bool CViewGroupManager::ModifyViewGroup(const ViewGroupInfo& info, ErrorCode& err) {
+  CmsModifyViewGroup session;
+  if (!session.ModifyCmsViewGroup(info)) {
+    err = session.m_error;
+    return false;
+  }
+  if (const auto group = GetViewGroupByID(info.idViewGroup)) {
+    ViewGroupInfo renamed;
+    group->GetInfo(renamed);
+    renamed.strName = info.strName;
+    group->SetInfo(std::move(renamed));
+  }
+  return true;
+}
+
+bool CViewGroupManager::DeleteView(unsigned int id, ErrorCode& err) {
+  CmsDeleteView session;
+  if (!session.DeleteCmsView(id)) {
+    err = session.m_error;
+    return false;
+  }
+  return RemoveViewFromCache(id, true);
+}
+
+bool CViewGroupManager::DeleteViewGroup(unsigned int id, ErrorCode& err) {
+  if (!GetViewGroupByID(id)) {
+    err = ErrorCode(2, 20, 3, "");
+    return false;
+  }
+  CmsDeleteViewGroup session;
+  if (!session.DeleteCmsViewGroup(id)) {
+    err = session.m_error;
+    return false;
+  }
+  return RemoveViewGroupFromCache(id, true);
+}
+
+bool CViewGroupManager::GetDefaultViewConfig(int& viewId, int& viewType, ErrorCode& err) {
+  uint32_t id = AsUnsigned(viewId);
+  uint32_t type = AsUnsigned(viewType);
+  const bool accepted = CmsViewConfig().GetDefualtViewConfig(id, type, err);
+  viewId = AsSigned(id);
+  viewType = AsSigned(type);
+  return accepted;
+}
+
+bool CViewGroupManager::SetDefaultViewConfig(const int& viewId, int viewType, ErrorCode& err) {
+  return CmsViewConfig().SetDefualtViewConfig(AsUnsigned(viewId), AsUnsigned(viewType), err);
+}
+
+COrlUserObserver& CViewGroupManager::UserObserver() {
+  MutexLock lock(m_userLock);
+  if (!m_pUserObserver) {
+    m_pUserObserver = std::make_unique<COrlUserObserver>();
+    Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().RegisterObserver(m_pUserObserver.get());
+  }
+  return *m_pUserObserver;
+}
+
+bool CViewGroupManager::GetAllUsers(ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users) {
+  constexpr int kPollMs = 20;
+  COrlUserObserver& observer = UserObserver();
+  auto& userManager = Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance();
+  // Several callers may wait on the one observer: each sets the flag before it starts a download of its own, and every
+  // download ends with a notification, so none waits for an end that has already come.
+  observer.SetWaiting(true);
+  userManager.StartDownLoadOrlUser();
+  while (observer.IsWaiting()) VeltControl::qWait(kPollMs);
+  userManager.GetOrlUsers(users);
+  err = observer.GetErrorCode();
+  return observer.IsSucceeded();
+}
+
+}  // namespace QorviViewPlugin
