@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "NetLink/JsonCursor.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace NetLink {
+namespace {
+
+using Value = JsonCursor::Value;
+using Allocator = JsonCursor::Allocator;
+
+std::size_t SharedLength(std::string_view left, std::string_view right) {
+  const std::size_t size = std::min(left.size(), right.size());
+  std::size_t shared = 0;
+  // Paths are long and mostly equal: whole words first.
+  for (; shared + sizeof(std::uint64_t) <= size; shared += sizeof(std::uint64_t)) {
+    if (std::memcmp(left.data() + shared, right.data() + shared, sizeof(std::uint64_t)) != 0) break;
+  }
+  while (shared < size && left[shared] == right[shared]) ++shared;
+  return shared;
+}
+
+// The first member of that name, or null.
+Value* FindMember(Value& object, std::string_view name) {
+  for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member) {
+    if (member->name.GetStringLength() == name.size() &&
+        std::memcmp(member->name.GetString(), name.data(), name.size()) == 0) {
+      return &member->value;
+    }
+  }
+  return nullptr;
+}
+
+// What the segment's index addresses in the value of its name, or null.
+Value* Element(Value& value, std::uint64_t index) {
+  if (index == 0) return &value;
+  if (!value.IsArray()) return index == 1 ? &value : nullptr;
+  return index <= value.Size() ? &value[static_cast<rapidjson::SizeType>(index - 1)] : nullptr;
+}
+
+Value& MakeMember(Value& object, std::string_view name, bool asArray, Allocator& allocator) {
+  if (Value* const existing = FindMember(object, name)) return *existing;
+  object.AddMember(Value(name.data(), static_cast<rapidjson::SizeType>(name.size()), allocator),
+                   Value(asArray ? rapidjson::kArrayType : rapidjson::kObjectType), allocator);
+  return (object.MemberEnd() - 1)->value;
+}
+
+// REQUIRES: index <= CountOf(value) + 1, or 1.
+Value& MakeElement(Value& value, std::uint64_t index, Allocator& allocator) {
+  if (Value* const existing = Element(value, index)) return *existing;
+  if (!value.IsArray()) {
+    Value alone;
+    alone.Swap(value);
+    value.SetArray().PushBack(alone, allocator);
+  }
+  value.PushBack(Value(rapidjson::kObjectType), allocator);
+  return value[value.Size() - 1];
+}
+
+}  // namespace
+
+rapidjson::SizeType CountOf(const Value& value) {
+  if (value.IsArray()) return value.Size();
+  return value.IsNull() ? 0 : 1;
+}
+
+void JsonCursor::Reset(Value& root) {
+  m_path.clear();
+  m_levels.assign(1, Level{&root, 0});
+}
+
+const Value* JsonCursor::Find(std::string_view path) {
+  if (path.empty()) return nullptr;
+  ReturnToSharedLevel(path);
+  Value* value = m_levels.back().value;
+  PathSegment segment;
+  for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
+    if (!value->IsObject() || !ReadSegment(path, position, segment)) return nullptr;
+    Value* const member = FindMember(*value, segment.name);
+    value = member ? Element(*member, segment.index) : nullptr;
+    if (!value) return nullptr;
+    if (value->IsObject()) Enter(*value, path, segment.end);
+  }
+  return value;
+}
+
+Value* JsonCursor::Make(std::string_view path, Allocator& allocator) {
+  if (path.empty()) return nullptr;
+  ReturnToSharedLevel(path);
+  // What is written may be of another kind than what stood there: it is no level to come back to.
+  if (m_levels.back().end == path.size()) m_levels.pop_back();
+  if (!IsUsable(path)) return nullptr;
+  Value* value = m_levels.back().value;
+  PathSegment segment;
+  for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
+    ReadSegment(path, position, segment);
+    if (!value->IsObject()) value->SetObject();
+    if (position > m_levels.back().end) Enter(*value, path, position);
+    value = &MakeElement(MakeMember(*value, segment.name, segment.index != 0, allocator), segment.index, allocator);
+  }
+  return value;
+}
+
+// Drops the levels that are not on the way of `path`.
+void JsonCursor::ReturnToSharedLevel(std::string_view path) {
+  const std::size_t shared = SharedLength(m_path, path);
+  while (m_levels.size() > 1) {
+    const std::size_t end = m_levels.back().end;
+    if (end <= shared && (end == path.size() || path[end] == '/')) return;
+    m_levels.pop_back();
+  }
+}
+
+void JsonCursor::Enter(Value& value, std::string_view path, std::size_t end) {
+  const std::size_t known = m_levels.back().end;
+  m_path.resize(known);
+  m_path.append(path.substr(known, end - known));
+  m_levels.push_back(Level{&value, end});
+}
+
+// Whether every segment from the last level on can be written: an index may exceed the present count by one.
+bool JsonCursor::IsUsable(std::string_view path) const {
+  Value* value = m_levels.back().value;
+  PathSegment segment;
+  for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
+    if (!ReadSegment(path, position, segment)) return false;
+    Value* const member = value && value->IsObject() ? FindMember(*value, segment.name) : nullptr;
+    const std::uint64_t count = member ? CountOf(*member) : 0;
+    if (segment.index > count + 1) return false;
+    value = member ? Element(*member, segment.index) : nullptr;
+  }
+  return true;
+}
+
+}  // namespace NetLink

@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "NetLink/RapidJsonProto.h"
+
+#include <rapidjson/document.h>
+#include <rapidjson/internal/dtoa.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include "NetLink/JsonCursor.h"
+#include "NetLink/NumberText.h"
+
+namespace NetLink {
+namespace {
+
+using rapidjson::Value;
+
+constexpr unsigned int kParseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
+
+std::string_view TextOf(const Value& value) {
+  return {value.GetString(), value.GetStringLength()};
+}
+
+// Numbers up to 2^32-1 stand for the signed one with the same bits.
+std::optional<int> As32Bits(std::int64_t number) {
+  if (number < std::numeric_limits<std::int32_t>::min() || number > std::numeric_limits<std::uint32_t>::max()) {
+    return std::nullopt;
+  }
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(number));
+}
+
+std::optional<int> IntOf(const Value& value) {
+  if (value.IsInt64()) return As32Bits(value.GetInt64());
+  if (value.IsDouble()) {
+    const double whole = std::trunc(value.GetDouble());
+    // Compared before the conversion, which is undefined for what does not fit.
+    if (std::abs(whole) > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+    return As32Bits(static_cast<std::int64_t>(whole));
+  }
+  if (value.IsString()) {
+    const std::optional<std::int64_t> number = IntegerOf(TextOf(value));
+    return number ? As32Bits(*number) : std::nullopt;
+  }
+  return std::nullopt;
+}
+
+std::optional<double> DoubleOf(const Value& value) {
+  if (value.IsNumber()) return value.GetDouble();
+  if (value.IsString()) return NumberOf(TextOf(value));
+  return std::nullopt;
+}
+
+std::string NumberText(const Value& value) {
+  char buffer[64];
+  char* end = buffer;
+  if (value.IsInt64()) {
+    end = std::to_chars(buffer, buffer + sizeof buffer, value.GetInt64()).ptr;
+  } else if (value.IsUint64()) {
+    end = std::to_chars(buffer, buffer + sizeof buffer, value.GetUint64()).ptr;
+  } else {
+    end = rapidjson::internal::dtoa(value.GetDouble(), buffer);
+  }
+  return std::string(buffer, end);
+}
+
+// Writes the tree with a stack of its own: documents from outside may be nested to any depth.
+class TreeWriter {
+ public:
+  std::string Write(const Value& root) {
+    Open(root);
+    while (!m_open.empty()) WriteNext();
+    return std::string(m_buffer.GetString(), m_buffer.GetSize());
+  }
+
+ private:
+  struct Container {
+    const Value* value;
+    rapidjson::SizeType next;  // Position of the element or member to write next.
+  };
+
+  // Writes a scalar, or begins a container.
+  void Open(const Value& value) {
+    if (value.IsObject()) {
+      m_writer.StartObject();
+      m_open.push_back({&value, 0});
+    } else if (value.IsArray()) {
+      m_writer.StartArray();
+      m_open.push_back({&value, 0});
+    } else {
+      value.Accept(m_writer);
+    }
+  }
+
+  void WriteNext() {
+    Container& container = m_open.back();
+    const Value& value = *container.value;
+    if (value.IsObject()) {
+      if (container.next == value.MemberCount()) {
+        m_writer.EndObject(value.MemberCount());
+        m_open.pop_back();
+        return;
+      }
+      const auto member = value.MemberBegin() + container.next++;
+      m_writer.Key(member->name.GetString(), member->name.GetStringLength());
+      Open(member->value);
+    } else {
+      if (container.next == value.Size()) {
+        m_writer.EndArray(value.Size());
+        m_open.pop_back();
+        return;
+      }
+      Open(value[container.next++]);
+    }
+  }
+
+  rapidjson::StringBuffer m_buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> m_writer{m_buffer};
+  std::vector<Container> m_open;
+};
+
+}  // namespace
+
+class CRapidJsonProto::Impl {
+ public:
+  Impl() { Clear(); }
+
+  bool Parse(const std::string& text) {
+    m_document.emplace();
+    rapidjson::StringStream stream(text.c_str());
+    m_document->ParseStream<kParseFlags>(stream);
+    // The parser takes a NUL for the end of the text.
+    const bool parsed = !m_document->HasParseError() && stream.Tell() == text.size();
+    if (parsed) {
+      m_cursor.Reset(*m_document);
+    } else {
+      Clear();
+    }
+    return parsed;
+  }
+
+  std::string Text() const { return TreeWriter().Write(*m_document); }
+
+  const Value* Find(std::string_view path) { return m_cursor.Find(path); }
+
+  void Set(std::string_view path, Value&& value) {
+    if (Value* const place = m_cursor.Make(path, m_document->GetAllocator())) *place = value;
+  }
+
+  void Set(std::string_view path, const std::string& text) {
+    auto& allocator = m_document->GetAllocator();
+    if (Value* const place = m_cursor.Make(path, allocator)) {
+      place->SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+    }
+  }
+
+ private:
+  void Clear() {
+    m_document.emplace(rapidjson::kObjectType);
+    m_cursor.Reset(*m_document);
+  }
+
+  // Values live in the document's memory pool, which goes as a whole: neither replacing nor destroying one descends
+  // into it.
+  std::optional<rapidjson::Document> m_document;
+  JsonCursor m_cursor;
+};
+
+CRapidJsonProto::CRapidJsonProto() : m_impl(std::make_unique<Impl>()) {}
+CRapidJsonProto::~CRapidJsonProto() = default;
+
+bool CRapidJsonProto::set_str(const std::string& text) {
+  return m_impl->Parse(text);
+}
+
+std::string CRapidJsonProto::get_str(int) const {
+  return m_impl->Text();
+}
+
+int CRapidJsonProto::get_cnt(std::string_view path) const {
+  const Value* const value = m_impl->Find(path);
+  if (!value) return 0;
+  return static_cast<int>(std::min<rapidjson::SizeType>(CountOf(*value), std::numeric_limits<int>::max()));
+}
+
+int CRapidJsonProto::get_int_v(std::string_view path, int defaultValue) const {
+  const Value* const value = m_impl->Find(path);
+  return value ? IntOf(*value).value_or(defaultValue) : defaultValue;
+}
+
+std::string CRapidJsonProto::get_v(std::string_view path, const std::string& defaultValue) const {
+  const Value* const value = m_impl->Find(path);
+  if (value && value->IsString()) return std::string(TextOf(*value));
+  if (value && value->IsNumber()) return NumberText(*value);
+  return defaultValue;
+}
+
+float CRapidJsonProto::get_float_v(std::string_view path, float defaultValue) const {
+  const Value* const value = m_impl->Find(path);
+  const std::optional<double> number = value ? DoubleOf(*value) : std::nullopt;
+  if (!number) return defaultValue;
+  constexpr double kMax = std::numeric_limits<float>::max();
+  return static_cast<float>(std::clamp(*number, -kMax, kMax));
+}
+
+bool CRapidJsonProto::get_bool_v(std::string_view path, bool defaultValue) const {
+  const Value* const value = m_impl->Find(path);
+  return value && value->IsBool() ? value->GetBool() : defaultValue;
+}
+
+void CRapidJsonProto::set_v(std::string_view path, int value) {
+  m_impl->Set(path, Value(value));
+}
+void CRapidJsonProto::set_v(std::string_view path, const std::string& value) {
+  m_impl->Set(path, value);
+}
+
+}  // namespace NetLink
