@@ -16,6 +16,10 @@ extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CNetCommMa
 
 namespace BizShared {
 
+namespace details {
+struct Exchange;
+}
+
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
 class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
  public:
@@ -25,9 +29,14 @@ class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommMana
   // body. Else false, and `recv` holds the error record: main 1 and curl's code as sub error, or main 4 and the HTTP
   // status. `recv` must point to a record. Time-outs: 10 s to connect, 60 s in all unless the request sets one.
   // An URL with blanks, control characters, '#', '\', a ".." segment or, in anything but a GET, '?' is refused:
-  // main 1, sub 3, nothing sent. The last argument is reserved and must be 0.
+  // main 1, sub 3, nothing sent; so is one that does not begin with '/', or another method than the four. A GET is sent
+  // again when a kept connection turns out to be dead; anything else is sent once, so that an edit whose answer is lost
+  // is not made twice. The last argument is reserved and must be 0.
   bool ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv, std::shared_ptr<NetLink::CClientSendInfo> send,
                      unsigned int reserved);
+
+  // For the platform's own libraries: ClientSynSend with more say.
+  bool Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send, details::Exchange& exchange);
 
   // Host set-up. The server's root, "http://HOST:PORT" or "https://HOST:PORT", and a file of CA certificates (empty:
   // the system's).

@@ -82,10 +82,12 @@ class CObserverableWrap {
  protected:
   CObserverableWrap();
   ~CObserverableWrap();
-  // The observers registered at this moment, for the caller to notify without a lock held. Between BeginNotify and
-  // EndNotify, on one thread, SyncUnregisterObserver waits.
-  std::vector<Observer*> BeginNotify();
-  void EndNotify();
+  // The observers registered at this moment. To notify one without a lock held: BeginNotify, call, EndNotify, on one
+  // thread; SyncUnregisterObserver of that observer waits meanwhile. BeginNotify is false, and no EndNotify follows,
+  // when the observer was withdrawn.
+  std::vector<Observer*> Observers() const;
+  bool BeginNotify(Observer* observer);
+  void EndNotify(Observer* observer);
 
  private:
   class Impl;

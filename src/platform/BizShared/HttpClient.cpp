@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "BizShared/HttpClient.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "BizShared/CancellerImpl.h"
+
+namespace BizShared {
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr size_t kMaxIdleLanes = 8;
+constexpr size_t kMaxBody = size_t{1} << 30;
+constexpr milliseconds kConnectTimeout{10000};
+constexpr milliseconds kLongestWait{1000};
+
+struct ListDeleter {
+  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
+
+void AddHeader(HeaderList& list, const std::string& line) {
+  curl_slist* longer = curl_slist_append(list.get(), line.c_str());
+  if (!longer) return;
+  list.release();
+  list.reset(longer);
+}
+
+// A token goes into a header line; one that would break out of it is not sent.
+bool IsHeaderSafe(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= 0x20 && c != 0x7f; });
+}
+
+}  // namespace
+
+// One easy handle in a multi handle of its own: the multi handle keeps the connections between two requests and can be
+// woken from another thread.
+class HttpClient::Lane {
+ public:
+  Lane() : m_multi(curl_multi_init()), m_easy(curl_easy_init()) {}
+  ~Lane() {
+    curl_easy_cleanup(m_easy);
+    curl_multi_cleanup(m_multi);
+  }
+  Lane(const Lane&) = delete;
+  Lane& operator=(const Lane&) = delete;
+
+  HttpReply Perform(const HttpRequest& request);
+
+ private:
+  void SetUp();
+  void SetMethod();
+  CURLcode Drive();
+  bool HandOut();
+
+  static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  static size_t OnHeader(char* data, size_t size, size_t count, void* self);
+  static int OnSending(void* self, char*, char*, int, int);
+
+  CURLM* m_multi;
+  CURL* m_easy;
+  // Of the running exchange.
+  const HttpRequest* m_request = nullptr;
+  HttpReply m_reply;
+  std::string m_piece;  // arrived and not handed out yet
+  HeaderList m_headers;
+  Clock::time_point m_lastByte;
+  int m_timesSent = 0;
+};
+
+HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
+  m_request = &request;
+  m_reply = {};
+  m_piece.clear();
+  m_timesSent = 0;
+  if (!m_multi || !m_easy) {
+    m_reply.curlCode = CURLE_OUT_OF_MEMORY;
+    return std::move(m_reply);
+  }
+  SetUp();
+  if (request.canceller) request.canceller->Internals().Attach(m_multi);
+  curl_multi_add_handle(m_multi, m_easy);
+  m_reply.curlCode = Drive();
+  curl_multi_remove_handle(m_multi, m_easy);
+  if (request.canceller) request.canceller->Internals().Detach(m_multi);
+  // curl would send an edit again when a kept connection dies before the first byte of the answer; the server may have
+  // carried it out by then, so it ends here as what it is: an empty reply.
+  if (m_timesSent > 1 && m_reply.curlCode == CURLE_ABORTED_BY_CALLBACK) m_reply.curlCode = CURLE_GOT_NOTHING;
+  curl_easy_reset(m_easy);
+  m_headers.reset();
+  m_request = nullptr;
+  return std::move(m_reply);
+}
+
+void HttpClient::Lane::SetUp() {
+  const HttpRequest& request = *m_request;
+  curl_easy_setopt(m_easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(m_easy, CURLOPT_URL, request.url.c_str());
+  curl_easy_setopt(m_easy, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(m_easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(m_easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+  // Nothing but the host's set-up calls decides where requests go: no proxy from the environment.
+  curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
+  curl_easy_setopt(m_easy, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(m_easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(kConnectTimeout.count()));
+  curl_easy_setopt(m_easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
+  // Younger than any usual server's patience with an idle connection.
+  curl_easy_setopt(m_easy, CURLOPT_MAXAGE_CONN, 20L);
+  if (!request.caFile.empty()) curl_easy_setopt(m_easy, CURLOPT_CAINFO, request.caFile.c_str());
+  curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &Lane::OnBody);
+  curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(m_easy, CURLOPT_HEADERFUNCTION, &Lane::OnHeader);
+  curl_easy_setopt(m_easy, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(m_easy, CURLOPT_PREREQFUNCTION, &Lane::OnSending);
+  curl_easy_setopt(m_easy, CURLOPT_PREREQDATA, this);
+  SetMethod();
+}
+
+void HttpClient::Lane::SetMethod() {
+  const HttpRequest& request = *m_request;
+  m_headers.reset();
+  AddHeader(m_headers, "Expect:");
+  if (!request.token.empty() && IsHeaderSafe(request.token)) {
+    AddHeader(m_headers, "Authorization: Bearer " + request.token);
+  }
+  if (!request.body.empty() || request.method == "POST" || request.method == "PUT") {
+    AddHeader(m_headers, "Content-Type: application/json");
+    curl_easy_setopt(m_easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    curl_easy_setopt(m_easy, CURLOPT_POSTFIELDS, request.body.c_str());
+  }
+  curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
+  curl_easy_setopt(m_easy, CURLOPT_HTTPHEADER, m_headers.get());
+}
+
+CURLcode HttpClient::Lane::Drive() {
+  m_lastByte = Clock::now();
+  while (true) {
+    int running = 0;
+    if (curl_multi_perform(m_multi, &running) != CURLM_OK) return CURLE_FAILED_INIT;
+    if (m_request->canceller && m_request->canceller->IsCancelled()) return CURLE_ABORTED_BY_CALLBACK;
+    if (!HandOut()) return CURLE_WRITE_ERROR;
+    if (running == 0) break;
+    milliseconds wait = kLongestWait;
+    if (m_request->silence.count() > 0) {
+      auto left = m_request->silence - std::chrono::duration_cast<milliseconds>(Clock::now() - m_lastByte);
+      if (left.count() <= 0) return CURLE_OPERATION_TIMEDOUT;
+      wait = std::min(wait, left);
+    }
+    curl_multi_poll(m_multi, nullptr, 0, static_cast<int>(wait.count()), nullptr);
+  }
+  int left = 0;
+  while (CURLMsg* message = curl_multi_info_read(m_multi, &left)) {
+    if (message->msg == CURLMSG_DONE) return message->data.result;
+  }
+  return CURLE_FAILED_INIT;
+}
+
+// Pieces are handed out between curl's calls, so that the receiver may take its time and send requests of its own.
+bool HttpClient::Lane::HandOut() {
+  if (m_piece.empty()) return true;
+  std::string piece;
+  piece.swap(m_piece);
+  bool more = m_request->receive(piece);
+  m_lastByte = Clock::now();
+  return more;
+}
+
+size_t HttpClient::Lane::OnBody(char* data, size_t size, size_t count, void* self) {
+  Lane& lane = *static_cast<Lane*>(self);
+  size_t length = size * count;
+  lane.m_lastByte = Clock::now();
+  std::string& target = lane.m_request->receive && lane.m_reply.status == 200 ? lane.m_piece : lane.m_reply.body;
+  if (target.size() + length > kMaxBody) return 0;
+  try {
+    target.append(data, length);
+  } catch (...) {
+    return 0;
+  }
+  return length;
+}
+
+size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* self) {
+  static constexpr std::string_view kSequence = "resource-sequence:";
+  Lane& lane = *static_cast<Lane*>(self);
+  size_t length = size * count;
+  std::string_view line(data, length);
+  lane.m_lastByte = Clock::now();
+  if (line.starts_with("HTTP/")) {
+    long status = 0;
+    curl_easy_getinfo(lane.m_easy, CURLINFO_RESPONSE_CODE, &status);
+    lane.m_reply.status = static_cast<int>(status);
+    lane.m_reply.resourceSequence.clear();
+    return length;
+  }
+  if (line.size() < kSequence.size() || !curl_strnequal(line.data(), kSequence.data(), kSequence.size())) return length;
+  line.remove_prefix(kSequence.size());
+  line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+  line.remove_suffix(line.size() - std::min(line.find_last_not_of(" \t\r\n") + 1, line.size()));
+  try {
+    lane.m_reply.resourceSequence = line;
+  } catch (...) {
+    return 0;
+  }
+  return length;
+}
+
+int HttpClient::Lane::OnSending(void* self, char*, char*, int, int) {
+  Lane& lane = *static_cast<Lane*>(self);
+  ++lane.m_timesSent;
+  bool repeatable = lane.m_request->method == "GET";
+  return lane.m_timesSent == 1 || repeatable ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
+HttpClient& HttpClient::Instance() {
+  static HttpClient client;
+  return client;
+}
+
+HttpClient::HttpClient() {
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+}
+
+HttpClient::~HttpClient() {
+  CloseIdle();
+}
+
+HttpReply HttpClient::Perform(const HttpRequest& request) {
+  std::unique_ptr<Lane> lane = TakeLane();
+  HttpReply reply = lane->Perform(request);
+  ReturnLane(std::move(lane));
+  return reply;
+}
+
+void HttpClient::CloseIdle() {
+  std::vector<std::unique_ptr<Lane>> idle;
+  std::lock_guard<std::mutex> lock(m_mutex);
+  idle.swap(m_idle);
+}
+
+std::unique_ptr<HttpClient::Lane> HttpClient::TakeLane() {
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_idle.empty()) {
+      std::unique_ptr<Lane> lane = std::move(m_idle.back());
+      m_idle.pop_back();
+      return lane;
+    }
+  }
+  return std::make_unique<Lane>();
+}
+
+void HttpClient::ReturnLane(std::unique_ptr<Lane> lane) {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  if (m_idle.size() < kMaxIdleLanes) m_idle.push_back(std::move(lane));
+}
+
+}  // namespace BizShared

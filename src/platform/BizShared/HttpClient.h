@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// One HTTP exchange over libcurl; knows nothing of users and envelopes.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "BizShared/details/Canceller.h"
+
+namespace BizShared {
+
+struct HttpRequest {
+  std::string method;
+  std::string url;  // absolute, sent as it is
+  std::string body;
+  std::string token;                     // empty: no authorization
+  std::string caFile;                    // empty: the system's certificates
+  std::chrono::milliseconds timeout{0};  // for the whole exchange; 0: none
+  std::chrono::milliseconds silence{0};  // ends the exchange after that long without a byte; 0: never
+  // Gets the body of a 200 piece by piece, on the calling thread, and ends the exchange by false. Empty: the body is
+  // collected.
+  std::function<bool(std::string_view)> receive;
+  details::CCanceller* canceller = nullptr;
+};
+
+struct HttpReply {
+  int curlCode = 0;  // 0: the exchange was completed
+  int status = 0;    // 0: no reply
+  std::string body;
+  std::string resourceSequence;  // header of that name; empty when absent
+};
+
+// Keeps connections: a request takes an idle lane (a connection cache of its own, so that threads never share one), or
+// a new one where none is idle. Any thread; m_mutex guards the list of idle lanes.
+class HttpClient {
+ public:
+  // Lives from its first use until process exit or unload. libcurl and its TLS library are set up before it is
+  // complete, so it is gone before they clean up after themselves.
+  static HttpClient& Instance();
+  ~HttpClient();
+
+  HttpReply Perform(const HttpRequest& request);
+  void CloseIdle();
+
+ private:
+  class Lane;
+  HttpClient();
+  std::unique_ptr<Lane> TakeLane();
+  void ReturnLane(std::unique_ptr<Lane> lane);
+
+  std::mutex m_mutex;
+  std::vector<std::unique_ptr<Lane>> m_idle;
+};
+
+}  // namespace BizShared

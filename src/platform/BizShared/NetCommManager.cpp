@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "BizShared/NetCommManager.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <limits>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "BizShared/HttpClient.h"
+#include "BizShared/UserCommonManager.h"
+#include "BizShared/details/Exchange.h"
+#include "NetLink/RapidJsonProto.h"
+#include "VantBase/SingletonImpl.h"
+
+template class Vant::Base::CSingleton<BizShared::CNetCommManager>;
+
+namespace BizShared {
+
+namespace {
+
+using std::chrono::milliseconds;
+using Vant::Base::Error::ErrorCode;
+
+constexpr int kTransportError = 1;  // main error; the sub error is curl's code
+constexpr int kHttpError = 4;       // main error; the sub error is the HTTP status
+constexpr milliseconds kDefaultTimeout{60000};
+
+bool HasParentSegment(std::string_view path) {
+  while (!path.empty()) {
+    size_t end = std::min(path.find('/'), path.size());
+    if (path.substr(0, end) == "..") return true;
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return false;
+}
+
+// Whether the URL can be sent as it is without changing its meaning on the way.
+bool IsSendable(const std::string& method, std::string_view url) {
+  if (method != "GET" && method != "POST" && method != "PUT" && method != "DELETE") return false;
+  // Without the slash a path could continue the server's name.
+  if (!url.starts_with('/')) return false;
+  for (unsigned char c : url) {
+    if (c <= 0x20 || c == 0x7f || c == '#' || c == '\\') return false;
+  }
+  size_t query = url.find('?');
+  if (query != std::string_view::npos && method != "GET") return false;
+  return !HasParentSegment(url.substr(0, query));
+}
+
+milliseconds TimeoutOf(const NetLink::CClientSendInfo& send, const details::Exchange& exchange) {
+  constexpr unsigned long kMax = std::numeric_limits<int>::max();
+  if (send.GetVal_Timeout() != 0) return milliseconds(std::min(send.GetVal_Timeout(), kMax));
+  return exchange.receive ? milliseconds(0) : kDefaultTimeout;
+}
+
+bool IsSessionRefused(const HttpReply& reply) {
+  if (reply.status != 401) return false;
+  NetLink::CRapidJsonProto envelope;
+  return envelope.set_str(reply.body) && envelope.get_int_v("/ResponseStatus/ErrorModule", -1) == 101 &&
+         envelope.get_int_v("/ResponseStatus/ErrorCode", -1) == 2;
+}
+
+bool Fail(NetLink::CClientRecvInfo& recv, int mainError, int subError) {
+  recv.SetVal_Receive_Data({});
+  recv.SetVal_Error_code(ErrorCode(mainError, subError, 0, {}));
+  return false;
+}
+
+}  // namespace
+
+// m_mutex guards everything; it is never held while sending.
+class CNetCommManager::Impl {
+ public:
+  mutable std::mutex m_mutex;
+  std::string m_server;
+  std::string m_caFile;
+  std::string m_token;
+  Transport m_transport;
+};
+
+CNetCommManager::CNetCommManager() : m_impl(std::make_unique<Impl>()) {
+  HttpClient::Instance();  // whatever is made after the transport ends before libcurl does
+}
+CNetCommManager::~CNetCommManager() = default;
+
+bool CNetCommManager::ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv,
+                                    std::shared_ptr<NetLink::CClientSendInfo> send, unsigned int /*reserved*/) {
+  if (!recv || !send) return false;
+  details::Exchange exchange;
+  return Send(*recv, *send, exchange);
+}
+
+bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send,
+                           details::Exchange& exchange) {
+  recv.SetVal_Error_code({});
+  if (!IsSendable(send.GetVal_Method(), send.GetVal_URL())) return Fail(recv, kTransportError, CURLE_URL_MALFORMAT);
+
+  HttpRequest request;
+  Transport transport;
+  {
+    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    transport = m_impl->m_transport;
+    request.url = m_impl->m_server;
+    request.caFile = m_impl->m_caFile;
+    if (exchange.asUser) request.token = m_impl->m_token;
+  }
+  exchange.token = request.token;
+  if (transport) return transport(recv, send);
+  if (request.url.empty()) return Fail(recv, kTransportError, CURLE_COULDNT_CONNECT);
+
+  request.method = send.GetVal_Method();
+  request.url += send.GetVal_URL();
+  request.body = send.GetVal_send_data().empty() ? send.GetVal_Request_Data() : send.GetVal_send_data();
+  request.timeout = TimeoutOf(send, exchange);
+  request.silence = exchange.silence;
+  request.receive = exchange.receive;
+  request.canceller = exchange.canceller;
+  HttpReply reply = HttpClient::Instance().Perform(request);
+  // The refused request had no effect, so that it may be repeated whatever its method.
+  if (exchange.asUser && reply.curlCode == 0 && IsSessionRefused(reply) &&
+      CUserCommonManager::Instance().Renew(request.token, exchange.canceller)) {
+    request.token = exchange.token = GetToken();
+    reply = HttpClient::Instance().Perform(request);
+  }
+
+  exchange.status = reply.status;
+  exchange.resourceSequence = reply.resourceSequence;
+  if (reply.curlCode != 0) return Fail(recv, kTransportError, reply.curlCode);
+  if (reply.body.empty() && (reply.status < 200 || reply.status > 299)) return Fail(recv, kHttpError, reply.status);
+  recv.SetVal_Receive_Data(std::move(reply.body));
+  return true;
+}
+
+void CNetCommManager::SetServer(const std::string& root, const std::string& caFile) {
+  std::string withoutSlash = root.substr(0, root.find_last_not_of('/') + 1);
+  {
+    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    m_impl->m_server = withoutSlash;
+    m_impl->m_caFile = caFile;
+  }
+  HttpClient::Instance().CloseIdle();
+}
+
+std::string CNetCommManager::GetServer() const {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  return m_impl->m_server;
+}
+
+std::string CNetCommManager::GetCaFile() const {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  return m_impl->m_caFile;
+}
+
+void CNetCommManager::SetToken(const std::string& token) {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  m_impl->m_token = token;
+}
+
+std::string CNetCommManager::GetToken() const {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  return m_impl->m_token;
+}
+
+void CNetCommManager::SetTransport(Transport transport) {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  m_impl->m_transport.swap(transport);  // the old one is destroyed after the lock is released
+}
+
+}  // namespace BizShared

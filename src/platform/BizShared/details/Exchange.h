@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// For the platform's own libraries, not for hosts.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "BizShared/details/Canceller.h"
+
+namespace BizShared::details {
+
+// What a request of the platform's own needs beyond the plain records; one request, one thread.
+struct Exchange {
+  // In.
+  CCanceller* canceller = nullptr;
+  bool asUser = true;  // sends the user's token, and renews a session that the server no longer knows
+  // Gets the body of a 200 piece by piece on the calling thread, until it answers false; there is no limit for the
+  // whole request then, only for silence. Must not throw. Empty: the body is collected in the reply record.
+  std::function<bool(std::string_view)> receive;
+  std::chrono::milliseconds silence{0};  // 0: no limit
+
+  // Out.
+  std::string token;             // that the request was last sent with, from before it is sent
+  int status = 0;                // HTTP status, 0 without a reply
+  std::string resourceSequence;  // header "Resource-Sequence", empty when absent
+};
+
+}  // namespace BizShared::details

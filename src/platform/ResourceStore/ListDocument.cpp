@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ResourceStore/details/ListDocument.h"
+
+#include <rapidjson/reader.h>
+
+#include <cmath>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+namespace ResourceStore::details {
+
+namespace {
+
+// rapidjson::StringStream keeps a copy of its place while it reads a value; this one's Tell is right at every event.
+class TextStream {
+ public:
+  using Ch = char;
+  explicit TextStream(const std::string& text) : m_begin(text.c_str()), m_at(text.c_str()) {}
+  Ch Peek() const { return *m_at; }
+  Ch Take() { return *m_at++; }
+  size_t Tell() const { return static_cast<size_t>(m_at - m_begin); }
+  // The reader needs these only when it parses in place.
+  Ch* PutBegin() { return nullptr; }
+  void Put(Ch) {}
+  void Flush() {}
+  size_t PutEnd(Ch*) { return 0; }
+
+ private:
+  const char* m_begin;
+  const char* m_at;
+};
+
+// A text that is wholly -?[0-9]+ within -2^31..2^32-1.
+std::optional<int64_t> ToNumber(std::string_view text) {
+  bool negative = text.starts_with('-');
+  std::string_view digits = text.substr(negative ? 1 : 0);
+  if (digits.empty()) return std::nullopt;
+  int64_t value = 0;
+  for (char c : digits) {
+    if (c < '0' || c > '9') return std::nullopt;
+    value = value * 10 + (c - '0');
+    if (value > std::numeric_limits<uint32_t>::max()) return std::nullopt;
+  }
+  if (negative) value = -value;
+  if (value < std::numeric_limits<int32_t>::min()) return std::nullopt;
+  return value;
+}
+
+// Follows the path to the list by depth alone: m_matched says how many of the path's names lead to where the reader is,
+// so that nesting elsewhere costs a counter and no memory.
+class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListHandler> {
+ public:
+  ListHandler(const std::string& text, const TextStream& stream, const ListNames& names, bool withElements,
+              ListDocument& document)
+      : m_text(text), m_stream(stream), m_names(names), m_withElements(withElements), m_document(document) {}
+
+  bool Null() { return Scalar(std::nullopt); }
+  bool Bool(bool) { return Scalar(std::nullopt); }
+  bool Int(int value) { return Number(value); }
+  bool Uint(unsigned value) { return Number(value); }
+  bool Int64(int64_t value) { return Number(value); }
+  bool Uint64(uint64_t) { return Scalar(std::nullopt); }
+  bool Double(double value) {
+    bool fits = std::isfinite(value) && std::abs(value) < 9e9;
+    return fits ? Number(static_cast<int64_t>(value)) : Scalar(std::nullopt);
+  }
+  bool String(const char* text, rapidjson::SizeType length, bool) { return Scalar(ToNumber({text, length})); }
+  bool Key(const char* name, rapidjson::SizeType length, bool) {
+    if (m_elementDepth == 0 || m_depth == m_elementDepth) m_key.assign(name, length);
+    return true;
+  }
+
+  bool StartObject() {
+    if (m_elementDepth == 0 && IsListElement()) BeginElement();
+    if (m_elementDepth == 0) Descend(IsOnPath());
+    ++m_depth;
+    return true;
+  }
+  bool StartArray() {
+    if (m_elementDepth == 0 && m_matched == kPathLength - 1 && m_depth == m_matched && !m_listSeen && IsOnPath()) {
+      m_arrayDepth = m_depth + 1;
+      m_listSeen = true;
+    }
+    ++m_depth;
+    return true;
+  }
+  bool EndObject(rapidjson::SizeType) {
+    --m_depth;
+    if (m_elementDepth != 0) {
+      if (m_depth + 1 == m_elementDepth) {
+        EndElement();
+      } else {
+        EndMember(1);
+      }
+    } else if (m_matched > m_depth) {
+      m_matched = m_depth;
+    }
+    return true;
+  }
+  bool EndArray(rapidjson::SizeType) {
+    --m_depth;
+    if (m_elementDepth != 0) EndMember(1);
+    if (m_arrayDepth == m_depth + 1) m_arrayDepth = 0;
+    return true;
+  }
+
+ private:
+  // Names on the way: the root itself, "ResponseStatus", "Data", the list, the elements.
+  static constexpr size_t kPathLength = 5;
+
+  bool Number(int64_t value) {
+    bool fits = value >= std::numeric_limits<int32_t>::min() && value <= std::numeric_limits<uint32_t>::max();
+    return Scalar(fits ? std::optional<int64_t>(value) : std::nullopt);
+  }
+
+  // Whether the value that now begins continues the path.
+  bool IsOnPath() const {
+    if (m_matched != m_depth) return false;
+    switch (m_depth) {
+      case 0:
+        return true;
+      case 1:
+        return m_key == "ResponseStatus";
+      case 2:
+        return m_key == "Data";
+      case 3:
+        return m_key == m_names.list;
+      case 4:
+        return m_key == m_names.element;
+      default:
+        return false;
+    }
+  }
+  void Descend(bool onPath) {
+    if (onPath && m_matched < kPathLength - 1) ++m_matched;
+  }
+  bool IsListElement() {
+    if (m_arrayDepth != 0) return m_depth == m_arrayDepth;
+    if (m_listSeen || m_depth != kPathLength - 1 || !IsOnPath()) return false;
+    m_listSeen = true;  // a lone object
+    return true;
+  }
+
+  void BeginElement() {
+    m_elementDepth = m_depth + 1;
+    m_elementBegin = m_stream.Tell();
+    m_memberBegin = m_elementBegin + 1;
+    m_element = {};
+    m_idSeen = m_methodSeen = false;
+    m_kept.clear();
+    m_keptFrom = m_elementBegin;
+  }
+  void EndElement() {
+    m_elementDepth = 0;
+    if (!m_withElements) return;
+    m_kept.append(m_text, m_keptFrom, m_stream.Tell() + 1 - m_keptFrom);
+    m_element.text = std::move(m_kept);
+    m_document.elements.push_back(std::move(m_element));
+  }
+  // A value ended inside an element, `closing` bytes from here.
+  void EndMember(size_t closing) {
+    if (m_depth != m_elementDepth) return;
+    size_t end = m_stream.Tell() + closing;
+    if (m_key == "Method") DropMember(end);
+    m_memberBegin = end;
+  }
+  // Leaves the member out together with the comma that parted it from the one before; the first member, which has none,
+  // with the comma after it.
+  void DropMember(size_t end) {
+    if (!m_withElements) return;
+    if (m_memberBegin > m_keptFrom) m_kept.append(m_text, m_keptFrom, m_memberBegin - m_keptFrom);
+    m_keptFrom = end;
+    if (m_kept != "{") return;
+    size_t next = m_text.find_first_not_of(" \t\r\n", end);
+    if (next != std::string::npos && m_text[next] == ',') m_keptFrom = next + 1;
+  }
+
+  bool Scalar(std::optional<int64_t> number) {
+    if (m_elementDepth != 0) {
+      if (m_depth != m_elementDepth) return true;
+      if (m_key == "ID" && !std::exchange(m_idSeen, true) && number) m_element.id = static_cast<uint32_t>(*number);
+      if (m_key == "Method" && !std::exchange(m_methodSeen, true) && number) m_element.method = ToInt(*number);
+      EndMember(0);
+    } else if (m_depth == 2 && m_matched == 2 && number) {
+      if (m_key == "ErrorModule" && !std::exchange(m_moduleSeen, true)) m_document.errorModule = ToInt(*number);
+      if (m_key == "ErrorCode" && !std::exchange(m_codeSeen, true)) m_document.errorCode = ToInt(*number);
+    }
+    return true;
+  }
+  static int ToInt(int64_t number) { return static_cast<int>(static_cast<uint32_t>(number)); }
+
+  const std::string& m_text;
+  const TextStream& m_stream;
+  const ListNames& m_names;
+  const bool m_withElements;
+  ListDocument& m_document;
+
+  std::string m_key;
+  size_t m_depth = 0;         // of nesting; the root object's members stand at 1
+  size_t m_matched = 0;       // names of the path that lead here
+  size_t m_arrayDepth = 0;    // depth inside the list's array; 0: not inside
+  size_t m_elementDepth = 0;  // depth of an element's members; 0: not inside one
+  bool m_listSeen = false;
+  bool m_moduleSeen = false;
+  bool m_codeSeen = false;
+  // Of the element that is being read.
+  ListElement m_element;
+  bool m_idSeen = false;
+  bool m_methodSeen = false;
+  size_t m_elementBegin = 0;
+  size_t m_memberBegin = 0;  // where the last member ended, the comma not included
+  size_t m_keptFrom = 0;     // from here on the element's text is still to be kept
+  std::string m_kept;
+};
+
+}  // namespace
+
+bool ReadListDocument(const std::string& text, const ListNames& names, bool withElements, ListDocument& document) {
+  document = {};
+  TextStream stream(text);
+  ListHandler handler(text, stream, names, withElements, document);
+  rapidjson::Reader reader;
+  rapidjson::ParseResult result = reader.Parse<rapidjson::kParseIterativeFlag>(stream, handler);
+  // A zero byte ends the text for the reader.
+  return !result.IsError() && stream.Tell() >= text.size();
+}
+
+std::string ListHead(const ListNames& names) {
+  return std::string(R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{")") +
+         names.list + "\":{\"" + names.element + "\":[";
+}
+
+std::string ListTail() {
+  return "]}}}}";
+}
+
+}  // namespace ResourceStore::details

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ResourceStore/OrlUserManager.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "BizShared/NetCommManager.h"
+#include "BizShared/details/Canceller.h"
+#include "BizShared/details/Exchange.h"
+#include "NetLink/RapidJsonProto.h"
+#include "ResourceStore/Reply.h"
+#include "VantBase/SingletonImpl.h"
+
+template class ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
+template class Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
+
+namespace ResourceStore {
+
+using Vant::Base::Error::ErrorCode;
+using Users = std::vector<std::shared_ptr<CUserInfo>>;
+
+CUserInfo::CUserInfo(int64_t id, const std::string& name, bool online, int ptzControlPermission)
+    : m_id(id), m_name(name), m_online(online), m_ptzControlPermission(ptzControlPermission) {}
+CUserInfo::~CUserInfo() = default;
+
+int64_t CUserInfo::GetVal_m_userID() const {
+  return m_id;
+}
+std::string CUserInfo::GetVal_m_strUsername() const {
+  return m_name;
+}
+bool CUserInfo::GetVal_b_cs_online() const {
+  return m_online;
+}
+int CUserInfo::GetVal_ptz_control_perm() const {
+  return m_ptzControlPermission;
+}
+
+CIOrlUserObserverParam::CIOrlUserObserverParam(State state, const ErrorCode& error) : m_state(state), m_error(error) {}
+CIOrlUserObserverParam::~CIOrlUserObserverParam() = default;
+
+CIOrlUserObserverParam::State CIOrlUserObserverParam::GetVal_enumState() const {
+  return m_state;
+}
+ErrorCode CIOrlUserObserverParam::GetVal_stru_error_code() const {
+  return m_error;
+}
+
+// m_mutex guards everything and is not held across notifications.
+template <class Observed, class Observer>
+class CObserverableWrap<Observed, Observer>::Impl {
+ public:
+  struct RunningCall {
+    Observer* observer;
+    std::thread::id thread;
+  };
+  std::mutex m_mutex;
+  std::condition_variable m_callEnded;
+  std::vector<Observer*> m_observers;
+  std::vector<RunningCall> m_running;
+};
+
+template <class Observed, class Observer>
+CObserverableWrap<Observed, Observer>::CObserverableWrap() : m_observers(std::make_unique<Impl>()) {}
+template <class Observed, class Observer>
+CObserverableWrap<Observed, Observer>::~CObserverableWrap() = default;
+
+template <class Observed, class Observer>
+void CObserverableWrap<Observed, Observer>::RegisterObserver(Observer* observer) {
+  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  auto& observers = m_observers->m_observers;
+  if (observer && std::find(observers.begin(), observers.end(), observer) == observers.end()) {
+    observers.push_back(observer);
+  }
+}
+
+template <class Observed, class Observer>
+void CObserverableWrap<Observed, Observer>::SyncUnregisterObserver(Observer* observer) {
+  std::unique_lock<std::mutex> lock(m_observers->m_mutex);
+  std::erase(m_observers->m_observers, observer);
+  m_observers->m_callEnded.wait(lock, [&] {
+    return std::none_of(m_observers->m_running.begin(), m_observers->m_running.end(), [&](const auto& call) {
+      return call.observer == observer && call.thread != std::this_thread::get_id();
+    });
+  });
+}
+
+template <class Observed, class Observer>
+std::vector<Observer*> CObserverableWrap<Observed, Observer>::Observers() const {
+  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  return m_observers->m_observers;
+}
+
+template <class Observed, class Observer>
+bool CObserverableWrap<Observed, Observer>::BeginNotify(Observer* observer) {
+  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  auto& observers = m_observers->m_observers;
+  if (std::find(observers.begin(), observers.end(), observer) == observers.end()) return false;
+  m_observers->m_running.push_back({observer, std::this_thread::get_id()});
+  return true;
+}
+
+template <class Observed, class Observer>
+void CObserverableWrap<Observed, Observer>::EndNotify(Observer* observer) {
+  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  auto& running = m_observers->m_running;
+  running.erase(std::find_if(running.begin(), running.end(), [&](const auto& call) {
+    return call.observer == observer && call.thread == std::this_thread::get_id();
+  }));
+  m_observers->m_callEnded.notify_all();
+}
+
+namespace {
+
+struct FixedDownload {
+  Users users;
+  ErrorCode error;
+};
+
+Users ReadUsers(const NetLink::CRapidJsonProto& reply) {
+  Users users;
+  int count = reply.get_cnt("/ResponseStatus/Data/UserList/User");
+  for (int i = 1; i <= count; ++i) {
+    std::string prefix = "/ResponseStatus/Data/UserList/User[" + std::to_string(i) + "]/";
+    users.push_back(std::make_shared<CUserInfo>(reply.get_int_v(prefix + "ID", -1), reply.get_v(prefix + "Name", ""),
+                                                reply.get_int_v(prefix + "Online", 0) != 0,
+                                                reply.get_int_v(prefix + "PTZControlPermission", -1)));
+  }
+  return users;
+}
+
+bool FetchUsers(BizShared::details::CCanceller& canceller, Users& users, ErrorCode& error) {
+  NetLink::CClientSendInfo send;
+  send.SetVal_Method("GET");
+  send.SetVal_URL(std::string(kPlatformUrl) + "V0/Users");
+  NetLink::CClientRecvInfo recv;
+  BizShared::details::Exchange exchange;
+  exchange.canceller = &canceller;
+  if (!BizShared::CNetCommManager::Instance().Send(recv, send, exchange)) {
+    error = recv.GetVal_Error_code();
+    return false;
+  }
+  NetLink::CRapidJsonProto reply;
+  error = ReadEnvelope(recv.GetVal_Receive_Data(), reply);
+  if (error.GetSubError() != 0) return false;
+  users = ReadUsers(reply);
+  return true;
+}
+
+}  // namespace
+
+// One thread, started by the first download, serves all. m_mutex guards everything below it and is held neither while
+// downloading nor while notifying.
+class COrlUserManager::Impl {
+ public:
+  explicit Impl(COrlUserManager& manager) : m_manager(manager) {}
+  ~Impl() { End(); }
+
+  void Request() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_ended) return;
+    ++m_requests;
+    m_changed.notify_all();
+    if (!m_thread.joinable()) m_thread = std::thread([this] { Run(); });
+  }
+
+  void End() {
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_ended = true;
+      m_changed.notify_all();
+    }
+    m_canceller.Cancel();
+    if (!m_thread.joinable()) return;
+    // The process may be ending from within a notification.
+    if (m_thread.get_id() == std::this_thread::get_id()) {
+      m_thread.detach();
+    } else {
+      m_thread.join();
+    }
+  }
+
+  Users CurrentUsers() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_users;
+  }
+
+  void Fix(std::optional<FixedDownload> download) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_fixed = std::move(download);
+  }
+
+ private:
+  // A request that comes during a download starts another one after it, so that its notification tells of what the
+  // server said after the request.
+  void Run() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    uint64_t served = 0;
+    while (true) {
+      m_changed.wait(lock, [&] { return m_ended || m_requests != served; });
+      if (m_ended) return;
+      served = m_requests;
+      std::optional<FixedDownload> fixed = m_fixed;
+      lock.unlock();
+      Users users;
+      ErrorCode error;
+      bool succeeded = false;
+      if (fixed) {
+        users = fixed->users;
+        error = fixed->error;
+        succeeded = error.GetSubError() == 0;
+      } else {
+        succeeded = FetchUsers(m_canceller, users, error);
+      }
+      lock.lock();
+      if (m_ended) return;
+      if (succeeded) m_users = std::move(users);
+      lock.unlock();
+      NotifyAll(succeeded ? CIOrlUserObserverParam::Succeeded : CIOrlUserObserverParam::Failed,
+                succeeded ? ErrorCode() : error);
+      lock.lock();
+    }
+  }
+
+  void NotifyAll(CIOrlUserObserverParam::State state, const ErrorCode& error) {
+    CIOrlUserObserverParam param(state, error);
+    for (IOrlUserObserver* observer : m_manager.Observers()) {
+      if (!m_manager.BeginNotify(observer)) continue;
+      observer->OnUserListNotify(param);
+      m_manager.EndNotify(observer);
+    }
+  }
+
+  COrlUserManager& m_manager;
+  BizShared::details::CCanceller m_canceller;
+  mutable std::mutex m_mutex;
+  std::condition_variable m_changed;
+  bool m_ended = false;
+  uint64_t m_requests = 0;
+  Users m_users;
+  std::optional<FixedDownload> m_fixed;
+  std::thread m_thread;
+};
+
+COrlUserManager::COrlUserManager() : m_impl(std::make_unique<Impl>(*this)) {}
+COrlUserManager::~COrlUserManager() = default;
+
+void COrlUserManager::StartDownLoadOrlUser() {
+  // Made after the transport, so that the thread has ended when the transport's library cleans up.
+  BizShared::CNetCommManager::Instance();
+  struct EndAtExit {
+    ~EndAtExit() { impl->End(); }
+    Impl* impl;
+  };
+  static EndAtExit endAtExit{m_impl.get()};
+  m_impl->Request();
+}
+
+void COrlUserManager::GetOrlUsers(Users& users) const {
+  users = m_impl->CurrentUsers();
+}
+
+void COrlUserManager::SetDownload(const Users& users, const ErrorCode& error) {
+  m_impl->Fix(FixedDownload{users, error});
+}
+
+void COrlUserManager::ResetDownload() {
+  m_impl->Fix(std::nullopt);
+}
+
+}  // namespace ResourceStore

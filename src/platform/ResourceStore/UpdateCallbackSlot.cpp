@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ResourceStore/UpdateCallbackSlot.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "VantBase/Log.h"
+
+namespace ResourceStore {
+
+void UpdateCallbackSlot::Set(Callback callback) {
+  std::shared_ptr<const Callback> next;
+  if (callback) next = std::make_shared<const Callback>(std::move(callback));
+  std::unique_lock<std::mutex> lock(m_mutex);
+  m_callback.swap(next);
+  unsigned int generation = ++m_generation;
+  if (!IsInsideCall()) m_callEnded.wait(lock, [&] { return !RunsBefore(generation); });
+  lock.unlock();  // the old callback is destroyed without the lock
+}
+
+void UpdateCallbackSlot::Call(const std::string& data) {
+  std::shared_ptr<const Callback> callback;
+  RunningCall call{std::this_thread::get_id(), 0};
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_callback) return;
+    callback = m_callback;
+    call.generation = m_generation;
+    m_running.push_back(call);
+  }
+  try {
+    (*callback)(data);
+  } catch (...) {
+    Vant::Base::details::IOrlFormatLog(4, "Platform", "A callback for changes threw an exception");
+  }
+  callback.reset();  // so that it is gone when a waiting setter returns
+  std::lock_guard<std::mutex> lock(m_mutex);
+  m_running.erase(std::find_if(m_running.begin(), m_running.end(), [&](const RunningCall& other) {
+    return other.thread == call.thread && other.generation == call.generation;
+  }));
+  m_callEnded.notify_all();
+}
+
+bool UpdateCallbackSlot::IsInsideCall() const {
+  return std::any_of(m_running.begin(), m_running.end(),
+                     [](const RunningCall& call) { return call.thread == std::this_thread::get_id(); });
+}
+
+bool UpdateCallbackSlot::RunsBefore(unsigned int generation) const {
+  return std::any_of(m_running.begin(), m_running.end(),
+                     [&](const RunningCall& call) { return call.generation < generation; });
+}
+
+}  // namespace ResourceStore

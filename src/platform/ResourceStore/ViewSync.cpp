@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ResourceStore/ViewSync.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "BizShared/NetCommManager.h"
+#include "BizShared/details/Exchange.h"
+#include "ResourceStore/Reply.h"
+#include "VantBase/Log.h"
+
+namespace ResourceStore {
+
+namespace {
+
+using BizShared::CNetCommManager;
+using BizShared::details::Exchange;
+using details::ChangeEvent;
+using std::chrono::milliseconds;
+using Vant::Base::Error::ErrorCode;
+
+constexpr int kWarning = 4;
+constexpr const char* kModule = "Platform";
+constexpr int kGone = 410;
+
+std::optional<uint64_t> ToNumber(const std::string& text) {
+  uint64_t number = 0;
+  const char* end = text.data() + text.size();
+  auto [stopped, error] = std::from_chars(text.data(), end, number);
+  if (text.empty() || error != std::errc() || stopped != end) return std::nullopt;
+  return number;
+}
+
+NetLink::CClientSendInfo Get(const std::string& name) {
+  NetLink::CClientSendInfo send;
+  send.SetVal_Method("GET");
+  send.SetVal_URL(kPlatformUrl + name);
+  return send;
+}
+
+}  // namespace
+
+milliseconds ViewSync::Backoff::Next() {
+  return std::exchange(m_next, std::min(m_next * 2, m_longest));
+}
+
+ViewSync::ViewSync(const Targets& targets) : m_targets(targets), m_thread([this] { Run(); }) {}
+
+ViewSync::~ViewSync() {
+  End();
+}
+
+void ViewSync::End() {
+  m_canceller.Cancel();
+  if (!m_thread.joinable()) return;
+  // The process may be ending from within a callback.
+  if (IsThisThread()) {
+    m_thread.detach();
+  } else {
+    m_thread.join();
+  }
+}
+
+bool ViewSync::IsThisThread() const {
+  return m_thread.get_id() == std::this_thread::get_id();
+}
+
+void ViewSync::Run() {
+  Lists lists;
+  if (!Download(lists)) return;
+  m_targets.texts.Set(std::move(lists.groups.text), std::move(lists.views.text), true);
+  Follow();
+}
+
+bool ViewSync::Download(Lists& lists) {
+  if (!FetchAreas() || !FetchList("V0/ViewGroups", details::kViewGroupNames, lists.groups) ||
+      !FetchList("V0/Views", details::kViewNames, lists.views)) {
+    return false;
+  }
+  m_lastSeen = lists.groups.number;
+  m_viewsNumber = lists.views.number;
+  return true;
+}
+
+// Attempts until it succeeds; false when cancelled.
+template <class Attempt>
+bool ViewSync::Repeat(const char* name, Attempt attempt) {
+  Backoff backoff(m_timings);
+  while (!m_canceller.IsCancelled()) {
+    ErrorCode error;
+    if (attempt(error)) return !m_canceller.IsCancelled();
+    if (m_canceller.IsCancelled()) return false;
+    milliseconds pause = backoff.Next();
+    Vant::Base::details::IOrlFormatLog(kWarning, kModule, "%s could not be downloaded (%d-%d), again in %d ms", name,
+                                       error.GetMainError(), error.GetSubError(), static_cast<int>(pause.count()));
+    if (!m_canceller.Pause(pause)) return false;
+  }
+  return false;
+}
+
+bool ViewSync::FetchAreas() {
+  return Repeat("V0/Areas", [this](ErrorCode& error) {
+    NetLink::CClientSendInfo send = Get("V0/Areas");
+    send.SetVal_Timeout(static_cast<unsigned long>(m_timings.listTimeout.count()));
+    NetLink::CClientRecvInfo recv;
+    Exchange exchange;
+    exchange.canceller = &m_canceller;
+    if (!CNetCommManager::Instance().Send(recv, send, exchange)) {
+      error = recv.GetVal_Error_code();
+      return false;
+    }
+    NetLink::CRapidJsonProto reply;
+    error = ReadEnvelope(recv.GetVal_Receive_Data(), reply);
+    if (error.GetSubError() != 0) return false;
+    int count = reply.get_cnt("/ResponseStatus/Data/AreaList/Area");
+    for (int i = 1; i <= count; ++i) {
+      std::string prefix = "/ResponseStatus/Data/AreaList/Area[" + std::to_string(i) + "]/";
+      int id = reply.get_int_v(prefix + "ID", -1);
+      if (id != -1) m_elements->PutArea(static_cast<unsigned int>(id), reply.get_v(prefix + "Name", ""));
+    }
+    return true;
+  });
+}
+
+bool ViewSync::FetchList(const char* name, const details::ListNames& names, List& list) {
+  return Repeat(name, [&](ErrorCode& error) {
+    NetLink::CClientSendInfo send = Get(name);
+    send.SetVal_Timeout(static_cast<unsigned long>(m_timings.listTimeout.count()));
+    NetLink::CClientRecvInfo recv;
+    Exchange exchange;
+    exchange.canceller = &m_canceller;
+    if (!CNetCommManager::Instance().Send(recv, send, exchange)) {
+      error = recv.GetVal_Error_code();
+      return false;
+    }
+    list.text = recv.GetVal_Receive_Data();
+    details::ListDocument envelope;
+    if (!details::ReadListDocument(list.text, names, false, envelope)) envelope = {};
+    error = ErrorCode(envelope.errorModule, envelope.errorCode, 1, {});
+    if (envelope.errorCode != 0) return false;
+    // Without the number the changes after this list could not be told from those before it.
+    std::optional<uint64_t> number = ToNumber(exchange.resourceSequence);
+    if (!number) {
+      error = ErrorCode(-1, -1, 1, {});
+      return false;
+    }
+    list.number = *number;
+    return true;
+  });
+}
+
+void ViewSync::Follow() {
+  Backoff backoff(m_timings);
+  while (!m_canceller.IsCancelled()) {
+    auto began = std::chrono::steady_clock::now();
+    StreamEnd end = FollowOnce(backoff);
+    if (m_canceller.IsCancelled()) return;
+    if (end == StreamEnd::DownloadAgain && !DownloadAgain()) return;
+    if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
+    if (!m_canceller.Pause(backoff.Next())) return;
+  }
+}
+
+ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
+  StreamEnd end = StreamEnd::Lost;
+  details::ChangeStreamParser parser;
+  std::vector<ChangeEvent> events;
+  Exchange exchange;
+  exchange.canceller = &m_canceller;
+  exchange.silence = m_timings.silence;
+  exchange.receive = [&](std::string_view piece) {
+    parser.Feed(piece, events);
+    for (const ChangeEvent& event : events) {
+      if (m_canceller.IsCancelled() || !TakeEvent(event, exchange.token, end)) return false;
+      backoff.Reset();
+    }
+    events.clear();
+    return true;
+  };
+  NetLink::CClientRecvInfo recv;
+  bool answered =
+      CNetCommManager::Instance().Send(recv, Get("V0/Changes?After=" + std::to_string(m_lastSeen)), exchange);
+  if (m_canceller.IsCancelled()) return end;
+  if (exchange.status == kGone) end = StreamEnd::DownloadAgain;
+  ErrorCode error = recv.GetVal_Error_code();
+  Vant::Base::details::IOrlFormatLog(kWarning, kModule, "The change stream ended after change %llu (HTTP %d, %d-%d)",
+                                     static_cast<unsigned long long>(m_lastSeen), exchange.status,
+                                     answered ? 0 : error.GetMainError(), answered ? 0 : error.GetSubError());
+  return end;
+}
+
+// False ends the connection; `end` then says what follows.
+bool ViewSync::TakeEvent(const ChangeEvent& event, const std::string& token, StreamEnd& end) {
+  if (event.oversize) {
+    end = StreamEnd::DownloadAgain;
+    return false;
+  }
+  std::optional<uint64_t> number = event.id ? ToNumber(*event.id) : std::nullopt;
+  if (!number || *number <= m_lastSeen) return true;
+  // The server tells a session's own edits by its token: once that was renewed, ask again with the new one.
+  if (CNetCommManager::Instance().GetToken() != token) return false;
+  m_lastSeen = *number;
+  Deliver(event);
+  return true;
+}
+
+// A document that cannot be merged is passed on all the same: what it means is the receiver's to say.
+void ViewSync::Deliver(const ChangeEvent& event) {
+  bool ownViews = event.type == "OwnViews";
+  bool ownGroups = event.type == "OwnViewGroups";
+  if (ownViews || event.type == "Views") {
+    if (m_lastSeen <= m_viewsNumber) return;
+    m_targets.texts.ApplyViews(event.data);
+    if (!ownViews) m_targets.viewsCallback.Call(event.data);
+  } else if (ownGroups || event.type == "ViewGroups") {
+    m_targets.texts.ApplyGroups(event.data);
+    if (!ownGroups) m_targets.groupsCallback.Call(event.data);
+  }
+}
+
+// Views attach to groups that are there, and groups go after what they held: hence the order of the calls.
+bool ViewSync::DownloadAgain() {
+  Lists lists;
+  if (!Download(lists)) return false;
+  details::ResourceList::Difference groups, views;
+  m_targets.texts.Replace(std::move(lists.groups.text), std::move(lists.views.text), groups, views);
+  auto call = [this](UpdateCallbackSlot& slot, const std::string& document) {
+    if (!document.empty() && !m_canceller.IsCancelled()) slot.Call(document);
+  };
+  call(m_targets.groupsCallback, groups.present);
+  call(m_targets.viewsCallback, views.removed);
+  call(m_targets.viewsCallback, views.present);
+  call(m_targets.groupsCallback, groups.removed);
+  return true;
+}
+
+}  // namespace ResourceStore

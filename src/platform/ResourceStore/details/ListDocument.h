@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+// For the platform's own tests, not for hosts.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ResourceStore/Export.h"
+
+namespace ResourceStore::details {
+
+// What distinguishes the two kinds of list: the names in "/ResponseStatus/Data/<list>/<element>".
+struct ListNames {
+  const char* list;
+  const char* element;
+};
+inline constexpr ListNames kViewNames{"ViewList", "View"};
+inline constexpr ListNames kViewGroupNames{"ViewGroupList", "ViewGroup"};
+
+struct ListElement {
+  std::optional<uint32_t> id;  // empty when the element has none that is a number
+  int method = 0;              // 0 added, 1 changed, 2 removed; others may occur
+  std::string text;            // the element as it stood in the document, without its "Method"
+};
+
+struct ListDocument {
+  int errorModule = -1;
+  int errorCode = -1;
+  std::vector<ListElement> elements;
+};
+
+// Reads a list reply or change document in one pass, without a tree and at any depth. With `withElements` false the
+// elements are not collected. False when the text is not JSON; `document` is unspecified then. A lone object reads as
+// a list of one; elements that are no objects are left out.
+RESOURCESTORE_API bool ReadListDocument(const std::string& text, const ListNames& names, bool withElements,
+                                        ListDocument& document);
+
+// The envelope of a list: what stands before and after its elements.
+std::string ListHead(const ListNames& names);
+std::string ListTail();
+
+}  // namespace ResourceStore::details
