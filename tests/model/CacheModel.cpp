@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CacheModel.h"
+
+#include <algorithm>
+
+namespace {
+
+int TypeOf(Id owner) {
+  return owner == kPublic ? 0 : 1;
+}
+
+CacheModel::Listed Entry(const ViewRecord& view) {
+  return {view.name, view.id, view.group, TypeOf(view.owner)};
+}
+
+}  // namespace
+
+std::vector<Id> Truth::WithDescendants(Id group) const {
+  std::vector<Id> result;
+  for (const auto& [id, record] : groups) {
+    if (record.parent != group) continue;
+    const std::vector<Id> below = WithDescendants(id);
+    result.insert(result.end(), below.begin(), below.end());
+  }
+  result.push_back(group);
+  return result;
+}
+
+void CacheModel::OwnGroupAdded(const GroupRecord& group) {
+  m_groups.emplace(group.id, Group{group, {}});
+}
+
+void CacheModel::OwnGroupRenamed(Id id, const std::string& name) {
+  m_groups.at(id).record.name = name;
+}
+
+void CacheModel::OwnGroupRemoved(Id id) {
+  m_groups.erase(id);
+}
+
+void CacheModel::OwnViewAdded(const ViewRecord& view) {
+  const auto object = std::make_shared<ViewRecord>(view);
+  m_views.emplace(view.id, object);
+  RemoveFirstMember(view.group, view.id);
+  Append(view.group, object);
+}
+
+void CacheModel::OwnViewModified(const ViewRecord& view) {
+  const auto object = m_views.at(view.id);
+  if (object->group != view.group) {
+    RemoveFirstMember(object->group, view.id);
+    RemoveFirstMember(view.group, view.id);
+    Append(view.group, object);
+  }
+  *object = view;
+}
+
+void CacheModel::OwnViewRemoved(Id id) {
+  const auto entry = m_views.find(id);
+  if (entry == m_views.end()) return;
+  const Id group = entry->second->group;
+  m_views.erase(entry);
+  RemoveFirstMember(group, id);
+}
+
+void CacheModel::GroupAdded(const GroupRecord& group) {
+  if (!Sees(group.owner)) return;
+  m_groups.erase(group.id);
+  m_groups.emplace(group.id, Group{group, {}});
+}
+
+void CacheModel::GroupModified(const GroupRecord& group) {
+  if (!Sees(group.owner)) return;
+  const auto entry = m_groups.find(group.id);
+  if (entry != m_groups.end()) entry->second.record = group;
+}
+
+void CacheModel::GroupRemoved(const GroupRecord& group) {
+  if (Sees(group.owner)) m_groups.erase(group.id);
+}
+
+void CacheModel::ViewAdded(const ViewRecord& view) {
+  if (!Sees(view.owner)) return;
+  // Read once into the group and, when it is applied, once more in its place.
+  Append(view.group, std::make_shared<ViewRecord>(view));
+  OwnViewRemoved(view.id);
+  OwnViewAdded(view);
+}
+
+void CacheModel::ViewModified(const ViewRecord& view) {
+  if (!Sees(view.owner)) return;
+  Append(view.group, std::make_shared<ViewRecord>(view));
+  const auto entry = m_views.find(view.id);
+  if (entry != m_views.end()) *entry->second = view;
+}
+
+void CacheModel::ViewRemoved(const ViewRecord& view) {
+  // The document names the id alone, so no group gains an appearance.
+  if (Sees(view.owner)) OwnViewRemoved(view.id);
+}
+
+std::vector<Id> CacheModel::GroupIds() const {
+  std::vector<Id> ids;
+  for (const auto& [id, group] : m_groups) ids.push_back(id);
+  return ids;
+}
+
+std::vector<Id> CacheModel::ViewIds() const {
+  std::vector<Id> ids;
+  for (const auto& [id, view] : m_views) ids.push_back(id);
+  return ids;
+}
+
+std::vector<std::tuple<std::string, Id>> CacheModel::ChildGroups(Id parent, Id owner) const {
+  std::vector<std::tuple<std::string, Id>> result;
+  for (const auto& [id, group] : m_groups) {
+    if (group.record.parent == parent && TypeOf(group.record.owner) == TypeOf(owner)) {
+      result.emplace_back(group.record.name, id);
+    }
+  }
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+std::vector<CacheModel::Listed> CacheModel::Members(Id group) const {
+  std::vector<Listed> result;
+  for (const auto& view : m_groups.at(group).members) result.push_back(Entry(*view));
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+std::vector<CacheModel::Listed> CacheModel::WithoutGroup(int type) const {
+  std::vector<Listed> result;
+  for (const auto& [id, view] : m_views) {
+    if (view->group == kNone && TypeOf(view->owner) == type) result.push_back(Entry(*view));
+  }
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+void CacheModel::RemoveFirstMember(Id group, Id view) {
+  const auto entry = m_groups.find(group);
+  if (entry == m_groups.end()) return;
+  auto& members = entry->second.members;
+  const auto member = std::find_if(members.begin(), members.end(), [view](const auto& m) { return m->id == view; });
+  if (member != members.end()) members.erase(member);
+}
+
+void CacheModel::Append(Id group, std::shared_ptr<ViewRecord> view) {
+  const auto entry = m_groups.find(group);
+  if (entry != m_groups.end()) entry->second.members.push_back(std::move(view));
+}
