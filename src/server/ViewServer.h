@@ -10,13 +10,13 @@
 namespace server {
 
 struct ViewServerOptions {
-  std::string dataFile;                // SQLite database, made when absent; ":memory:" keeps nothing
+  std::string dataFile;  // SQLite database, made when absent; ":memory:" keeps nothing
   std::string listenHost = "127.0.0.1";
-  uint16_t listenPort = 0;             // 0 lets the kernel pick
-  std::string seedFile;                // applied by ID at start; empty: none
-  std::string tlsCertFile, tlsKeyFile; // both empty: plain HTTP
-  uint64_t keepChanges = 100000;       // how many changes are kept for clients that reconnect
-  std::string faultsFile;              // a fault plan; empty: none
+  uint16_t listenPort = 0;              // 0 lets the kernel pick
+  std::string seedFile;                 // applied by ID at start; empty: none
+  std::string tlsCertFile, tlsKeyFile;  // both empty: plain HTTP
+  uint64_t keepChanges = 100000;        // how many changes are kept for clients that reconnect
+  std::string faultsFile;               // a fault plan; empty: none
 };
 
 // A session made without a password, for the process that owns the server.

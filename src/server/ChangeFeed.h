@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+// Change streams. A feed first reads what it missed from the store, then hears each change as it is committed; one
+// that falls behind goes back to reading, so that no queue grows without bound and nothing is lost.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "server/ChangeLog.h"
+#include "server/Http.h"
+
+namespace server {
+
+class ChangeFeed;
+using FeedPtr = std::shared_ptr<ChangeFeed>;
+using WakeList = std::unordered_set<FeedPtr>;  // feeds to wake once no lock is held
+
+// Where feeds read; the site. Any thread.
+class ChangeSource {
+ public:
+  enum class Reach { kMore, kLive, kLost };
+  virtual ~ChangeSource() = default;
+  // Changes after that number. kLive: these are the last ones, and the feed is subscribed to all that follow.
+  virtual Reach ReadChanges(const FeedPtr& feed, int64_t after, std::vector<Change>& changes) = 0;
+  virtual void Unsubscribe(const ChangeFeed* feed) = 0;
+  virtual bool TouchSession(int64_t sessionId) = 0;
+};
+
+// Must be held by a shared_ptr; must not outlive its source.
+class ChangeFeed : public EventSource, public std::enable_shared_from_this<ChangeFeed> {
+ public:
+  ChangeFeed(ChangeSource& source, const Caller& listener, int64_t after)
+      : m_source(source), m_listener(listener), m_position(after) {}
+  ~ChangeFeed() override { m_source.Unsubscribe(this); }
+
+  const Caller& Listener() const { return m_listener; }
+
+  bool Take(std::vector<Text>& events) override;
+  bool KeepAlive() override { return m_source.TouchSession(m_listener.sessionId); }
+  void OnReady(std::function<void()> wake) override { m_wake = std::move(wake); }
+
+  // Queues an event; false when the queue is full: the feed must then be unsubscribed, and reads by itself.
+  bool Offer(int64_t number, const Text& event);
+  void Close();
+  void Wake() { m_wake(); }
+
+ private:
+  void TakeQueued(std::vector<Text>& events);
+  bool CatchUp(std::vector<Text>& events);
+
+  ChangeSource& m_source;
+  const Caller m_listener;
+  std::function<void()> m_wake;
+  int64_t m_position;         // Take's thread only: the last change that was dealt with
+  bool m_subscribed = false;  // Take's thread only
+
+  std::mutex m_mutex;  // leaf; guards what follows
+  std::deque<std::pair<int64_t, Text>> m_queue;
+  size_t m_queuedBytes = 0;
+  bool m_overflowed = false;
+  bool m_closed = false;
+};
+
+// The subscribed feeds by user. Not thread-safe: its owner locks.
+class ChangeHub {
+ public:
+  void Add(const FeedPtr& feed);
+  void Remove(const ChangeFeed* feed);
+  void Publish(const Change& change, WakeList& wake);
+  void CloseSession(int64_t sessionId, WakeList& wake);
+
+ private:
+  using Feeds = std::unordered_map<const ChangeFeed*, std::weak_ptr<ChangeFeed>>;
+  static void OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake);
+
+  std::unordered_map<int32_t, Feeds> m_feedsOfUser;
+};
+
+}  // namespace server

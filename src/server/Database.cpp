@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/Database.h"
+
+#include <SQLiteCpp/Exception.h>
+
+#include <stdexcept>
+
+namespace server {
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+
+// Numbers of users, groups, views, sessions and changes are never given twice: a client may still hold an old one.
+const char kSchema[] = R"sql(
+CREATE TABLE users (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, password TEXT NOT NULL,
+                    ptz INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE sessions (id INTEGER PRIMARY KEY AUTOINCREMENT, token_hash TEXT NOT NULL UNIQUE, user_id INTEGER NOT NULL,
+                       client TEXT NOT NULL, last_used INTEGER NOT NULL);
+CREATE INDEX sessions_of_user ON sessions (user_id);
+CREATE TABLE groups (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL, parent_id INTEGER NOT NULL,
+                     user_id INTEGER NOT NULL, shared_folder INTEGER NOT NULL, sequence INTEGER NOT NULL);
+CREATE TABLE documents (id INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT NOT NULL);
+CREATE TABLE views (id INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT NOT NULL, name TEXT NOT NULL,
+                    group_id INTEGER NOT NULL, user_id INTEGER NOT NULL, sequence INTEGER NOT NULL,
+                    auto_cycle INTEGER NOT NULL, cycle_time INTEGER NOT NULL, document_id INTEGER NOT NULL);
+CREATE INDEX views_of_document ON views (document_id);
+CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
+CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
+                      session_id INTEGER NOT NULL, content_changed INTEGER NOT NULL, before TEXT NOT NULL,
+                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL);
+CREATE INDEX changes_of_document ON changes (document_id);
+CREATE TABLE default_views (user_id INTEGER PRIMARY KEY, type INTEGER NOT NULL, view_id INTEGER NOT NULL);
+CREATE TABLE areas (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
+CREATE TABLE elements (id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, site_id INTEGER NOT NULL);
+CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NULL,
+                     PRIMARY KEY (kind, id)) WITHOUT ROWID;
+)sql";
+
+SQLite::Database Open(const std::string& file) {
+  try {
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5000 /* ms to wait for a lock */);
+  } catch (const SQLite::Exception& e) {
+    throw std::runtime_error("cannot open " + file + ": " + e.what());
+  }
+}
+
+}  // namespace
+
+Database::Database(const std::string& file) : m_database(Open(file)) {
+  int version = 0;
+  try {
+    m_database.exec("PRAGMA journal_mode=WAL");
+    m_database.exec("PRAGMA synchronous=NORMAL");
+    SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
+    version = m_database.execAndGet("PRAGMA user_version").getInt();
+    if (version == 0) {
+      m_database.exec(kSchema);
+      m_database.exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
+    }
+    transaction.commit();
+  } catch (const SQLite::Exception& e) {
+    throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
+  }
+  if (version > kSchemaVersion) throw std::runtime_error(file + " was written by a newer server");
+}
+
+SQLite::Statement& Database::Prepared(const char* sql) {
+  std::unique_ptr<SQLite::Statement>& statement = m_statements[sql];
+  if (!statement) statement = std::make_unique<SQLite::Statement>(m_database, sql);
+  return *statement;
+}
+
+}  // namespace server

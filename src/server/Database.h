@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// The SQLite file: its schema, its settings, and statements that are prepared once. Not thread-safe: its owner locks.
+// Operations throw SQLite::Exception.
+#pragma once
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+namespace server {
+
+class Database {
+ public:
+  // Opens or makes the file. Throws std::runtime_error with one plain line when it is not a usable store.
+  explicit Database(const std::string& file);
+
+  SQLite::Database& Handle() { return m_database; }
+  SQLite::Statement& Prepared(const char* sql);
+
+ private:
+  SQLite::Database m_database;
+  std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
+};
+
+// One use of a prepared statement. The bound texts are not copied: REQUIRES that they outlive the use.
+// A statement must not be in use twice at a time.
+class Query {
+ public:
+  template <class... Args>
+  Query(Database& database, const char* sql, const Args&... args) : m_statement(database.Prepared(sql)) {
+    int index = 0;
+    (Bind(++index, args), ...);
+  }
+  ~Query() {
+    m_statement.tryReset();
+    m_statement.clearBindings();
+  }
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
+
+  bool Next() { return m_statement.executeStep(); }
+  int32_t Int(int column) { return m_statement.getColumn(column).getInt(); }
+  int64_t Int64(int column) { return m_statement.getColumn(column).getInt64(); }
+  std::string String(int column) { return m_statement.getColumn(column).getString(); }
+
+ private:
+  void Bind(int index, int32_t value) { m_statement.bind(index, value); }
+  void Bind(int index, int64_t value) { m_statement.bind(index, value); }
+  void Bind(int index, const std::string& value) { m_statement.bindNoCopy(index, value); }
+
+  SQLite::Statement& m_statement;
+};
+
+template <class... Args>
+int Execute(Database& database, const char* sql, const Args&... args) {
+  Query query(database, sql, args...);
+  query.Next();
+  return database.Handle().getChanges();
+}
+
+}  // namespace server

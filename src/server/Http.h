@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+// The HTTP side of the server without its library: what a request and a reply are, who answers them, and the server
+// that carries them. Includes nothing of Beast, which stays in HttpServer.cpp.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/Model.h"
+
+namespace server {
+
+struct HttpRequest {
+  std::string method;
+  std::string path;   // as it came, without the query
+  std::string query;  // as it came, without the "?"
+  std::string token;  // of `Authorization: Bearer`, else empty
+  std::string body;
+};
+
+// A body that is made while it is sent. Used by one thread at a time.
+class BodySource {
+ public:
+  virtual ~BodySource() = default;
+  virtual uint64_t Length() const = 0;
+  // Replaces `chunk` by the next piece; false when there was none left. The pieces have Length() bytes together.
+  virtual bool Next(std::string& chunk) = 0;
+};
+
+// What one listener of an event stream hears. Take and KeepAlive are called by one thread at a time.
+class EventSource {
+ public:
+  virtual ~EventSource() = default;
+  // Appends the events to send now, maybe none. False: the stream ends.
+  virtual bool Take(std::vector<Text>& events) = 0;
+  // Called whenever a sign of life is sent. False: the stream ends.
+  virtual bool KeepAlive() = 0;
+  // `wake` is called, from any thread and with no lock held, when Take would give something new. Set once, before
+  // the first Take.
+  virtual void OnReady(std::function<void()> wake) = 0;
+};
+
+struct HttpReply {
+  int status = 200;
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;                     // JSON; unused where one of the next two is given
+  std::shared_ptr<BodySource> source;   // JSON as well
+  std::shared_ptr<EventSource> events;  // a stream of events, kept open
+  std::chrono::milliseconds delay{0};   // to wait before answering
+};
+
+// Called from several threads at once. Must not throw.
+class HttpHandler {
+ public:
+  virtual ~HttpHandler() = default;
+  virtual HttpReply Handle(const HttpRequest& request) = 0;
+  // How many bytes a body may have that is larger than usual; asked before it is read, so `request` has none yet.
+  virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
+  // True when Handle may take so long that other connections should not wait for it.
+  virtual bool IsSlow(const HttpRequest& request) = 0;
+  // Answers to what is no request: not HTTP, and too large in head or body.
+  virtual HttpReply AnswerMalformed() = 0;
+  virtual HttpReply AnswerTooLarge() = 0;
+};
+
+struct HttpSettings {
+  std::string host;
+  uint16_t port = 0;
+  std::string certFile, keyFile;  // both empty: plain HTTP
+  int threads = 2;
+  int slowThreads = 2;
+  size_t maxConnections = 8192;
+  std::chrono::seconds readTimeout{30};        // for the head of a request, and for each piece of its body
+  std::chrono::seconds idleTimeout{120};       // between requests
+  std::chrono::seconds writeTimeout{30};       // for a piece of a reply, plus a second for each 100 KiB of it
+  std::chrono::milliseconds heartbeat{15000};  // of an event stream
+};
+
+// Serves from its construction to its destruction, on threads of its own. The handler must outlive it.
+class HttpServer {
+ public:
+  // Throws std::runtime_error with one plain line when address, certificate or key cannot be used.
+  HttpServer(const HttpSettings& settings, HttpHandler& handler);
+  ~HttpServer();
+  HttpServer(const HttpServer&) = delete;
+  HttpServer& operator=(const HttpServer&) = delete;
+
+  uint16_t Port() const;
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace server

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/Json.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <charconv>
+#include <limits>
+#include <unordered_set>
+
+#include "server/Refusal.h"
+
+namespace server::json {
+
+namespace {
+
+// The parser would take a NUL for the end of the text, and the tree it builds must not be deep: one look before it.
+void CheckShape(const std::string& text) {
+  int depth = 0;
+  bool inString = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\0') throw Malformed("the body is not JSON");
+    if (inString) {
+      if (c == '\\') ++i;
+      if (c == '"') inString = false;
+    } else if (c == '"') {
+      inString = true;
+    } else if (c == '{' || c == '[') {
+      if (++depth > kMaxJsonDepth) throw Malformed("the body is nested too deep");
+    } else if (c == '}' || c == ']') {
+      --depth;
+    }
+  }
+}
+
+}  // namespace
+
+rapidjson::Document Parse(const std::string& text) {
+  constexpr unsigned kFlags =
+      rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag;
+  CheckShape(text);
+  rapidjson::Document document;
+  document.Parse<kFlags>(text.data(), text.size());
+  if (document.HasParseError()) throw Malformed("the body is not JSON");
+  if (!document.IsObject()) throw Malformed("the body is not a JSON object");
+  return document;
+}
+
+const rapidjson::Value* Find(const rapidjson::Value& object, const char* key) {
+  const auto it = object.FindMember(key);
+  return it == object.MemberEnd() || it->value.IsNull() ? nullptr : &it->value;
+}
+
+const rapidjson::Value& ObjectMember(const rapidjson::Value& object, const char* key) {
+  const rapidjson::Value* member = Find(object, key);
+  if (member == nullptr || !member->IsObject()) throw Malformed("an object that the request needs is missing");
+  return *member;
+}
+
+int32_t Int(const rapidjson::Value& object, const char* key, std::optional<int32_t> absent) {
+  const rapidjson::Value* member = Find(object, key);
+  if (member == nullptr) {
+    if (!absent) throw Malformed("a number that the request needs is missing");
+    return *absent;
+  }
+  if (member->IsInt()) return member->GetInt();
+  if (member->IsUint()) return static_cast<int32_t>(member->GetUint());
+  throw Malformed("a value is not a number of 32 bits");
+}
+
+std::string String(const rapidjson::Value& object, const char* key, std::optional<std::string> absent) {
+  const rapidjson::Value* member = Find(object, key);
+  if (member == nullptr) {
+    if (!absent) throw Malformed("a text that the request needs is missing");
+    return *absent;
+  }
+  if (!member->IsString()) throw Malformed("a value is not a text");
+  return {member->GetString(), member->GetStringLength()};
+}
+
+std::optional<int32_t> Id(const std::string& text) {
+  int64_t value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  if (value < std::numeric_limits<int32_t>::min() || value > std::numeric_limits<uint32_t>::max()) return std::nullopt;
+  return static_cast<int32_t>(value);
+}
+
+std::vector<int32_t> IdList(const std::string& text) {
+  std::vector<int32_t> ids;
+  std::unordered_set<int32_t> seen;
+  for (size_t begin = 0; begin <= text.size();) {
+    const size_t comma = std::min(text.find(',', begin), text.size());
+    const std::optional<int32_t> id = Id(text.substr(begin, comma - begin));
+    if (!id) throw Malformed("a list of ids is ids joined by commas");
+    if (seen.insert(*id).second) ids.push_back(*id);
+    begin = comma + 1;
+  }
+  return ids;
+}
+
+void AppendQuoted(std::string& out, const std::string& text) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  out.append(buffer.GetString(), buffer.GetSize());
+}
+
+void AppendMember(std::string& out, const char* key, const std::string& text) {
+  out.append("\"").append(key).append("\":");
+  AppendQuoted(out, text);
+}
+
+void AppendMember(std::string& out, const char* key, int32_t number) {
+  out.append("\"").append(key).append("\":").append(std::to_string(number));
+}
+
+std::string Serialise(const rapidjson::Value& value) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  value.Accept(writer);
+  return {buffer.GetString(), buffer.GetSize()};
+}
+
+}  // namespace server::json

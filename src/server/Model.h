@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+// The records of the server: view groups, views, who may see them, and what is remembered of a change. Plain values;
+// views and groups are immutable once they are in the catalog, so that a reader may keep them without a lock.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace server {
+
+using Text = std::shared_ptr<const std::string>;
+
+constexpr int32_t kNobody = -1;     // owner of what is public
+constexpr int32_t kTopFolder = -1;  // the folder of what lies in no group
+
+enum class Kind { kGroup = 1, kView = 2 };
+
+struct Group {
+  int32_t id = 0;  // 0: not given yet
+  std::string name;
+  int32_t parentId = kTopFolder;
+  int32_t userId = kNobody;
+  bool sharedFolder = false;
+  int32_t sequence = 0;
+  Text head;  // the element without its closing brace
+};
+
+struct View {
+  int32_t id = 0;  // 0: not given yet
+  std::string guid;
+  std::string name;
+  int32_t groupId = kTopFolder;
+  int32_t userId = kNobody;
+  int32_t sequence = 0;
+  int32_t autoCycle = -1;
+  int32_t cycleTime = -1;
+  std::vector<int32_t> sharedWith;  // ascending
+  int64_t documentId = 0;           // row of `document`; 0: not stored yet
+  Text document;                    // `,"PlanPages":[...]` and what else the client wrote, ready to follow a head
+  Text head;                        // the element up to the document, as the owner sees it
+};
+
+using GroupPtr = std::shared_ptr<const Group>;
+using ViewPtr = std::shared_ptr<const View>;
+
+enum class Sight { kNone, kFull, kShared };
+
+// Who may see an object.
+struct Audience {
+  bool everybody = false;
+  std::vector<int32_t> users;  // the owner, then those it is shared with, ascending; empty: nobody
+
+  Sight Of(int32_t userId) const;
+  std::string ToText() const;  // "*", "" or ids joined by ","
+  static Audience FromText(const std::string& text);
+};
+
+Audience AudienceOf(const Group& group);
+Audience AudienceOf(const View& view);
+
+// Who asks. A token that may be used stands for one session.
+struct Caller {
+  int32_t userId = kNobody;
+  int64_t sessionId = 0;  // 0: the server itself
+};
+
+struct Change {
+  int64_t number = 0;
+  Kind kind = Kind::kView;
+  int32_t id = 0;
+  int64_t sessionId = 0;       // the session whose own edit this is; 0: nobody's
+  bool contentChanged = true;  // false: only who may see it has changed
+  Audience before, after;
+  std::string head;        // as the owner sees it; empty once deleted
+  std::string sharedHead;  // as others see a shared view
+  int64_t documentId = 0;
+  Text document;  // null where there is none
+};
+
+}  // namespace server

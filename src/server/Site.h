@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+// The server's content: users and sessions, views and groups, changes, elements, behind one lock. Any thread.
+// What a caller may not do throws a Refusal, a broken store an SQLite::Exception; nothing has been changed then.
+#pragma once
+
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "server/Accounts.h"
+#include "server/Catalog.h"
+#include "server/ChangeFeed.h"
+#include "server/ChangeLog.h"
+#include "server/Database.h"
+#include "server/Documents.h"
+#include "server/Resources.h"
+#include "server/Seed.h"
+#include "server/ViewTables.h"
+
+namespace server {
+
+// A list as it was at one moment; its texts are shared with the catalog.
+struct ElementList {
+  struct Element {
+    Text head;
+    Text document;  // null for a group
+  };
+  Kind kind = Kind::kView;
+  int64_t sequence = 0;  // the last change contained
+  std::vector<Element> elements;
+};
+
+struct ShareFailure {
+  int32_t userId;
+  std::string userName;
+  Refusal reason;
+};
+
+class Site : public ChangeSource {
+ public:
+  Site(const std::string& dataFile, uint64_t keepChanges, Accounts::Clock clock);
+
+  // Throws std::runtime_error with one plain line when the seed does not fit; nothing has been changed then.
+  void Apply(const SeedData& seed);
+
+  bool HasUsers();
+  std::vector<User> Users();
+  std::optional<User> FindUser(const std::string& name);
+  bool AddUser(const std::string& name, const std::string& passwordHash);      // false: there is one
+  bool SetPassword(const std::string& name, const std::string& passwordHash);  // false: there is none
+  std::string OpenSession(int32_t userId, const std::string& client);
+  Caller Authenticate(const std::string& token);  // refuses what is no session
+  void CloseSession(const Caller& caller);
+
+  ElementList Views(const Caller& caller);
+  ElementList Groups(const Caller& caller);
+  std::string ElementsData(const ElementFilter& filter);
+  std::string AreasData();
+  DefaultView GetDefaultView(const Caller& caller);
+  void SetDefaultView(const Caller& caller, const DefaultView& view);
+
+  int32_t AddView(const Caller& caller, ViewInput input);
+  void ReplaceView(const Caller& caller, int32_t id, ViewInput input);
+  void DeleteView(const Caller& caller, int32_t id);
+  void MoveViews(const Caller& caller, const MoveInput& move);
+  std::vector<ShareFailure> ShareView(const Caller& caller, int32_t id, const std::vector<int32_t>& users);
+  int32_t AddGroup(const Caller& caller, const GroupInput& input);
+  void ReplaceGroup(const Caller& caller, int32_t id, const GroupInput& input);
+  void DeleteGroup(const Caller& caller, int32_t id);
+  void MoveGroups(const Caller& caller, const MoveInput& move);
+
+  // What the caller hears after that change. Refuses a number that is not kept.
+  FeedPtr OpenFeed(const Caller& caller, int64_t after);
+
+  Reach ReadChanges(const FeedPtr& feed, int64_t after, std::vector<Change>& changes) override;
+  void Unsubscribe(const ChangeFeed* feed) override;
+  bool TouchSession(int64_t sessionId) override;
+
+ private:
+  // Holds the lock; wakes the feeds that heard something once it is released.
+  struct Locked {
+    explicit Locked(std::mutex& mutex) : lock(mutex) {}
+    ~Locked();
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+
+    WakeList wake;
+    std::unique_lock<std::mutex> lock;
+  };
+
+  // One object's step from what it was to what it becomes; null before: new, null after: deleted.
+  struct Step {
+    Kind kind = Kind::kView;
+    bool own = true;             // the caller edited this very object
+    bool contentChanged = true;  // not only who may see it
+    ViewPtr oldView;
+    std::shared_ptr<View> newView;
+    GroupPtr oldGroup;
+    std::shared_ptr<Group> newGroup;
+  };
+  static Step ViewStep(ViewPtr before, std::shared_ptr<View> after);
+  static Step GroupStep(GroupPtr before, std::shared_ptr<Group> after);
+
+  // All edits end here: rows and change records in one transaction, then the catalog, then the listeners. Each object
+  // occurs at most once. New objects get their ids.
+  void Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps);
+  void Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes);
+  Change RecordOf(const Caller& caller, const Step& step);
+  static void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
+
+  std::vector<Step> SeedSteps(const SeedData& seed);
+  void SeedUsers(const SeedData& seed);
+  bool IsSeeded(const std::string& kind, int32_t id, const std::string& digest);
+  void MarkSeeded(const std::string& kind, int32_t id, const std::string& digest);
+
+  std::mutex m_mutex;  // guards what follows; never held across a call out of the server
+  Database m_database;
+  Accounts m_accounts;
+  Resources m_resources;
+  ViewTables m_tables;
+  ChangeLog m_log;
+  Catalog m_catalog;
+  ChangeHub m_hub;
+};
+
+}  // namespace server

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/ViewServer.h"
+
+#include <SQLiteCpp/Exception.h>
+
+#include <mutex>
+#include <stdexcept>
+
+#include "server/Api.h"
+#include "server/Secrets.h"
+#include "server/Seed.h"
+#include "server/Site.h"
+
+namespace server {
+
+class ViewServer::Impl {
+ public:
+  explicit Impl(const ViewServerOptions& options)
+      : m_options(Checked(options)), m_site(options.dataFile, options.keepChanges, SecondsNow), m_api(m_site) {
+    if (!options.seedFile.empty()) m_site.Apply(ReadSeed(options.seedFile));
+    if (!m_site.HasUsers()) {
+      m_firstPassword = MakePassword();
+      m_site.AddUser("admin", HashPassword(*m_firstPassword));
+    }
+  }
+
+  static const ViewServerOptions& Checked(const ViewServerOptions& options) {
+    InitSecrets();
+    if (!options.faultsFile.empty()) throw std::runtime_error("fault plans are not supported");
+    if (options.tlsCertFile.empty() != options.tlsKeyFile.empty()) {
+      throw std::runtime_error("TLS needs both a certificate and a key");
+    }
+    return options;
+  }
+
+  const ViewServerOptions m_options;
+  Site m_site;
+  Api m_api;
+  std::mutex m_mutex;  // guards what follows
+  std::unique_ptr<HttpServer> m_http;
+  std::optional<std::string> m_firstPassword;
+};
+
+ViewServer::ViewServer(const ViewServerOptions& options) try : m_impl(std::make_unique<Impl>(options)) {
+} catch (const SQLite::Exception& e) {
+  throw std::runtime_error("cannot use " + options.dataFile + ": " + e.what());
+}
+
+ViewServer::~ViewServer() {
+  Stop();
+}
+
+void ViewServer::Start() {
+  const std::lock_guard lock(m_impl->m_mutex);
+  if (m_impl->m_http) return;
+  HttpSettings settings;
+  settings.host = m_impl->m_options.listenHost;
+  settings.port = m_impl->m_options.listenPort;
+  settings.certFile = m_impl->m_options.tlsCertFile;
+  settings.keyFile = m_impl->m_options.tlsKeyFile;
+  m_impl->m_http = std::make_unique<HttpServer>(settings, m_impl->m_api);
+}
+
+void ViewServer::Stop() {
+  std::unique_ptr<HttpServer> ending;
+  const std::lock_guard lock(m_impl->m_mutex);
+  ending = std::move(m_impl->m_http);
+}
+
+std::string ViewServer::Url() const {
+  const std::string& host = m_impl->m_options.listenHost;
+  const bool isIpv6 = host.find(':') != std::string::npos;
+  return std::string(m_impl->m_options.tlsCertFile.empty() ? "http" : "https") + "://" +
+         (isIpv6 ? "[" + host + "]" : host) + ":" + std::to_string(Port());
+}
+
+uint16_t ViewServer::Port() const {
+  const std::lock_guard lock(m_impl->m_mutex);
+  return m_impl->m_http->Port();
+}
+
+std::optional<std::string> ViewServer::TakeFirstPassword() {
+  const std::lock_guard lock(m_impl->m_mutex);
+  return std::exchange(m_impl->m_firstPassword, std::nullopt);
+}
+
+bool ViewServer::AddUser(const std::string& name, const std::string& password, std::string& error) {
+  error = WhyUnusable(name, password);
+  if (error.empty() && !m_impl->m_site.AddUser(name, HashPassword(password))) error = "there is a user of that name";
+  return error.empty();
+}
+
+bool ViewServer::SetPassword(const std::string& name, const std::string& password, std::string& error) {
+  error = WhyUnusable(name, password);
+  if (error.empty() && !m_impl->m_site.SetPassword(name, HashPassword(password))) error = "no such user";
+  return error.empty();
+}
+
+std::optional<LocalSession> ViewServer::OpenLocalSession(const std::string& userName) {
+  const std::optional<User> user = m_impl->m_site.FindUser(userName);
+  if (!user) return std::nullopt;
+  return LocalSession{m_impl->m_site.OpenSession(user->id, "local"), user->id, user->name};
+}
+
+}  // namespace server
