@@ -197,7 +197,12 @@ HttpReply Api::AnswerTooLarge() {
 HttpReply Api::Login(const Exchange& exchange) {
   const LoginInput login = ReadLoginBody(exchange.request.body);
   const std::optional<User> user = m_site.FindUser(login.userName);
-  if (!VerifyPassword(user ? user->passwordHash : std::string(), login.password)) throw BadLogin();
+  if (!VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
+    HttpReply reply = Refused(BadLogin());
+    reply.delay = m_guard.Failed(login.userName);
+    return reply;
+  }
+  m_guard.Succeeded(login.userName);
   std::string data = "{\"Session\":{";
   json::AppendMember(data, "Token", m_site.OpenSession(user->id, login.clientName.substr(0, 256)));
   json::AppendMember(data += ',', "UserID", user->id);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "server/Http.h"
+#include "server/LoginGuard.h"
 #include "server/Site.h"
 
 namespace server {
@@ -49,6 +50,7 @@ class Api : public HttpHandler {
   HttpReply ListAreas(const Exchange& exchange);
 
   Site& m_site;
+  LoginGuard m_guard;
 };
 
 }  // namespace server

@@ -100,7 +100,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     m_request = {};
     m_parser.emplace();
     m_parser->header_limit(kMaxHead);
-    m_parser->body_limit(kUsualBody);
+    m_parser->body_limit(boost::none);  // set once the head tells who asks
     if (m_buffer.size() > 0) return ReadHead();
     Lowest().expires_after(m_context.settings.idleTimeout);
     m_stream.async_read_some(m_buffer.prepare(4096), [self = this->shared_from_this()](error_code error, size_t bytes) {
@@ -128,16 +128,13 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     if (m_parser->is_done()) return OnRequest();
 
     const auto length = m_parser->content_length();
-    if (!length || *length > kUsualBody) {
-      const uint64_t limit = std::max(kUsualBody, m_context.handler.BodyLimit(m_request));
-      m_parser->body_limit(limit);
-      if (length && *length > limit) {
-        // Without the body the handler says what else is wrong with the request, if anything.
-        HttpReply reply =
-            limit == kUsualBody ? m_context.handler.Handle(m_request) : m_context.handler.AnswerTooLarge();
-        return Refuse(std::move(reply));
-      }
+    uint64_t limit = kUsualBody;
+    if (!length || *length > limit) limit = std::max(limit, m_context.handler.BodyLimit(m_request));
+    if (length && *length > limit) {
+      // Even without the body the handler knows what is wrong with a stranger's request.
+      return Refuse(limit == kUsualBody ? m_context.handler.Handle(m_request) : m_context.handler.AnswerTooLarge());
     }
+    m_parser->body_limit(limit);
     if (beast::iequals(message[http::field::expect], "100-continue")) return SayContinue();
     ReadBody();
   }
@@ -198,6 +195,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     }
     m_keepAlive = keepAlive && !reply.events;
     m_reply = std::move(reply);
+    if (m_reply.events || m_reply.source) m_reply.body.clear();
     m_head = ReplyHead(m_reply, m_keepAlive);
     ExpireWrite(m_head.size() + m_reply.body.size());
     const std::array<asio::const_buffer, 2> buffers{asio::buffer(m_head), asio::buffer(m_reply.body)};
@@ -221,12 +219,13 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     m_chunk = {};
     if (m_keepAlive) return AwaitRequest();
     Lowest().expires_after(kDrainTime);
-    if (m_drain) return Drain();
     if constexpr (std::is_same_v<Stream, TlsStream>) {
+      if (m_drain) return Drain();
       m_stream.async_shutdown([self = this->shared_from_this()](error_code) {});
     } else {
       error_code ignored;
       Lowest().socket().shutdown(tcp::socket::shutdown_send, ignored);
+      if (m_drain) Drain();
     }
   }
 

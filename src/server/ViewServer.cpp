@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "server/Api.h"
+#include "server/FileLock.h"
 #include "server/Secrets.h"
 #include "server/Seed.h"
 #include "server/Site.h"
@@ -16,7 +17,10 @@ namespace server {
 class ViewServer::Impl {
  public:
   explicit Impl(const ViewServerOptions& options)
-      : m_options(Checked(options)), m_site(options.dataFile, options.keepChanges, SecondsNow), m_api(m_site) {
+      : m_options(Checked(options)),
+        m_lock(options.dataFile),
+        m_site(options.dataFile, options.keepChanges, SecondsNow),
+        m_api(m_site) {
     if (!options.seedFile.empty()) m_site.Apply(ReadSeed(options.seedFile));
     if (!m_site.HasUsers()) {
       m_firstPassword = MakePassword();
@@ -34,6 +38,7 @@ class ViewServer::Impl {
   }
 
   const ViewServerOptions m_options;
+  const FileLock m_lock;
   Site m_site;
   Api m_api;
   std::mutex m_mutex;  // guards what follows

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/LoginGuard.h"
+
+#include <algorithm>
+
+namespace server {
+
+namespace {
+
+constexpr int kFree = 3;
+constexpr std::chrono::minutes kForgetAfter{15};
+constexpr size_t kMaxNames = 10000;
+
+}  // namespace
+
+std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, Time now) {
+  const std::lock_guard lock(m_mutex);
+  if (m_failures.size() >= kMaxNames) {
+    std::erase_if(m_failures, [now](const auto& entry) { return entry.second.last + kForgetAfter < now; });
+    if (m_failures.size() >= kMaxNames) m_failures.erase(m_failures.begin());
+  }
+  Failures& failures = m_failures[userName];
+  if (failures.last + kForgetAfter < now) failures.count = 0;
+  failures.last = now;
+  const int beyond = ++failures.count - kFree;
+  return beyond <= 0 ? std::chrono::milliseconds(0) : std::chrono::milliseconds(250 << std::min(beyond - 1, 5));
+}
+
+void LoginGuard::Succeeded(const std::string& userName) {
+  const std::lock_guard lock(m_mutex);
+  m_failures.erase(userName);
+}
+
+}  // namespace server

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+// Who hears what on the change streams, in which order, and how a listener that was away catches up.
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "TestClient.h"
+
+namespace server::test {
+namespace {
+
+class ChangesTest : public ServerTest {
+ protected:
+  static std::string Id(int32_t id) { return std::to_string(id); }
+  static std::string At(const char* what, int32_t id) { return std::string("V0/") + what + "/" + Id(id); }
+};
+
+TEST_F(ChangesTest, TheSessionThatEditsHearsItsOwnAndTheOthersHearAChange) {
+  EventStream own = ann.Listen();
+  EventStream annElsewhere = LogIn("ann").Listen();
+  EventStream other = bob.Listen();
+  const int32_t group = ann.AddGroup("G", -1, kPublic);
+  const int32_t view = ann.AddView("V", group, kPublic, R"(,"PlanPages":[])");
+  ann.Put(At("Views", view), ViewBody("W", -1, kPublic));
+  ann.Put(At("ViewGroups", group), GroupBody("H", -1, -1));
+  ann.Delete(At("Views", view));
+  ann.Delete(At("ViewGroups", group));
+
+  EXPECT_EQ(own.NextBriefs(6),
+            "OwnViewGroups 1 method 0; OwnViews 1 method 0; OwnViews 1 method 1; OwnViewGroups 1 method 1; "
+            "OwnViews 1 method 2; OwnViewGroups 1 method 2");
+  const std::string foreign =
+      "ViewGroups 1 method 0; Views 1 method 0; Views 1 method 1; ViewGroups 1 method 1; Views 1 method 2; "
+      "ViewGroups 1 method 2";
+  EXPECT_EQ(annElsewhere.NextBriefs(6), foreign);
+  EXPECT_EQ(other.NextBriefs(6), foreign);
+}
+
+TEST_F(ChangesTest, AnEventIsAWholeListReplyOnOneLine) {
+  EventStream stream = bob.Listen(0);
+  const int32_t view = ann.AddView("A \\\"line\\\"", -1, kPublic, R"(,"PlanPages":[{"SpliteType":9}],"Kept":"x\ny")");
+  const Event event = stream.Next();
+  const Answer list = bob.Get("V0/Views");
+  std::string expected = list.body;
+  expected.insert(expected.rfind("}]}}}}"), ",\"Method\":0");
+  EXPECT_EQ(event.text, expected);
+  EXPECT_EQ(event.number, 1);
+  EXPECT_EQ(list.headers.at("resource-sequence"), "1");
+
+  ann.Delete(At("Views", view));
+  EXPECT_EQ(stream.Next().text,
+            R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{"ViewList":{"View":[)"
+            R"({"ID":1,"Method":2}]}}}})");
+}
+
+TEST_F(ChangesTest, AStrangersPrivateThingsAreNotHeardOf) {
+  EventStream stream = bob.Listen();
+  const int32_t group = ann.AddGroup("G", -1, kAnn);
+  const int32_t view = ann.AddView("V", group, kAnn);
+  ann.Put("V0/Views/Move", MoveBody(1, -1, Id(view)));
+  ann.Delete(At("Views", view));
+  ann.Delete(At("ViewGroups", group));
+  const int32_t marker = ann.AddGroup("marker", -1, kPublic);
+  const Event event = stream.Next();
+  EXPECT_EQ(event.Brief(), "ViewGroups " + Id(marker) + " method 0");
+  EXPECT_EQ(event.number, ann.Sequence());
+}
+
+TEST_F(ChangesTest, ASharedViewAppearsChangesAndDisappearsForThoseWhoHaveIt) {
+  const int32_t group = ann.AddGroup("G", -1, kAnn);
+  const int32_t view = ann.AddView("V", group, kAnn);
+  EventStream owner = ann.Listen();
+  EventStream sharer = bob.Listen();
+  const std::string share = "V1/View/" + Id(view) + "/Share";
+
+  ann.Post(share, ShareBody("2"));
+  const Event appeared = sharer.Next();
+  EXPECT_EQ(appeared.Brief(), "Views 1 method 0");
+  EXPECT_NE(appeared.text.find(R"("ViewGroupID":-1,"UserID":1,)"), std::string::npos) << appeared.text;
+  EXPECT_NE(appeared.text.find(R"("SharedUserID":1,"SharedUserName":"ann","Method":0})"), std::string::npos);
+
+  ann.Post(share, ShareBody("2,3"));  // nothing new for bob, nor for ann
+  ann.Put(At("Views", view), ViewBody("W", group, kAnn));
+  ann.Delete(At("ViewGroups", group));
+  EXPECT_EQ(sharer.NextBriefs(2), "Views 1 method 1; Views 1 method 2");
+  EXPECT_EQ(owner.NextBriefs(3), "OwnViews 1 method 1; Views 1 method 2; OwnViewGroups 1 method 2");
+}
+
+TEST_F(ChangesTest, AGroupGoesAfterItsContentDeepestFirst) {
+  const int32_t top = ann.AddGroup("top", -1, kPublic);
+  const int32_t left = ann.AddGroup("left", top, kPublic);
+  const int32_t deep = ann.AddGroup("deep", left, kPublic);
+  const int32_t viewOfTop = ann.AddView("t", top, kPublic);
+  const int32_t viewOfDeep = ann.AddView("d", deep, kPublic);
+  const int32_t viewOfLeft = ann.AddView("l", left, kPublic);
+  EventStream own = ann.Listen();
+  EventStream other = bob.Listen();
+  ann.Delete(At("ViewGroups", top));
+
+  const std::string members = "Views " + Id(viewOfDeep) + " method 2; Views " + Id(viewOfLeft) + " method 2; Views " +
+                              Id(viewOfTop) + " method 2; ViewGroups " + Id(deep) + " method 2; ViewGroups " +
+                              Id(left) + " method 2; ";
+  EXPECT_EQ(other.NextBriefs(6), members + "ViewGroups " + Id(top) + " method 2");
+  EXPECT_EQ(own.NextBriefs(6), members + "OwnViewGroups " + Id(top) + " method 2")
+      << "what follows from an edit is everybody's";
+}
+
+TEST_F(ChangesTest, EverythingMovedIsOnesOwn) {
+  const int32_t group = ann.AddGroup("G", -1, kPublic);
+  const int32_t first = ann.AddView("1", -1, kPublic);
+  const int32_t second = ann.AddView("2", -1, kPublic);
+  EventStream own = ann.Listen();
+  ann.Put("V0/Views/Move", MoveBody(1, group, Id(second) + "," + Id(first)));
+  EXPECT_EQ(own.NextBriefs(2), "OwnViews " + Id(second) + " method 1; OwnViews " + Id(first) + " method 1");
+}
+
+TEST_F(ChangesTest, AListenerWhoWasAwayHearsTheSameAsOneWhoStayed) {
+  EventStream stayed = bob.Listen(0);
+  const int32_t group = ann.AddGroup("G", -1, kAnn);
+  const int32_t view = ann.AddView("V", group, kAnn);
+  ann.Post("V1/View/" + Id(view) + "/Share", ShareBody("2"));
+  for (int i = 0; i < 600; ++i) {  // more than is read at once
+    ann.Put(At("Views", view), ViewBody("W" + std::to_string(i), group, kAnn));
+    if (i % 50 == 0) bob.AddGroup("bob's " + std::to_string(i), -1, kBob);
+  }
+  ann.Delete(At("Views", view));
+
+  EventStream returned = bob.Listen(0);
+  EventStream owner = ann.Listen(0);
+  const Client bobAgain = LogIn("bob");
+  EventStream otherSession = bobAgain.Listen(0);
+  for (int i = 0; i < 614; ++i) {
+    const Event a = stayed.Next();
+    const Event b = returned.Next();
+    ASSERT_EQ(a.number, b.number);
+    ASSERT_EQ(a.name, b.name);
+    ASSERT_EQ(a.text, b.text);
+    const Event c = otherSession.Next();
+    ASSERT_EQ(b.text, c.text);
+    if (c.name != b.name) {
+      ASSERT_EQ(b.name, "Own" + c.name);
+    }
+  }
+  EXPECT_EQ(owner.NextBriefs(3), "OwnViewGroups 1 method 0; OwnViews 1 method 0; OwnViews 1 method 1");
+
+  const int64_t last = bob.Sequence();
+  EventStream half = bob.Listen(last - 1);
+  EXPECT_EQ(half.Next().Brief(), "Views 1 method 2");
+}
+
+TEST_F(ChangesTest, OnlyTheKeptChangesCanBeAskedFor) {
+  ViewServerOptions options = Options();
+  options.keepChanges = 3;
+  Restart(options);
+  for (int i = 0; i < 5; ++i) ann.AddGroup("G", -1, kPublic);
+  EXPECT_EQ(ann.Listen(1).Status(), 410);
+  EXPECT_EQ(ann.Listen(6).Status(), 410) << "never given";
+  EXPECT_EQ(ann.Listen(2).NextBriefs(3),
+            "OwnViewGroups 3 method 0; OwnViewGroups 4 method 0; OwnViewGroups 5 method 0");
+  EXPECT_EQ(ann.Listen(5).Status(), 200);
+
+  Restart(options);
+  EXPECT_EQ(ann.Sequence(), 5);
+  EXPECT_EQ(ann.Listen(1).Status(), 410);
+  EXPECT_EQ(ann.Listen(4).Next().Brief(), "ViewGroups 5 method 0") << "another session's edit by now";
+}
+
+TEST_F(ChangesTest, LoggingOutEndsTheStreamsOfThatSessionAndNoOther) {
+  const Client leaving = LogIn("ann");
+  EventStream gone = leaving.Listen();
+  EventStream stays = ann.Listen();
+  ann.AddGroup("G", -1, kPublic);
+  gone.Next();  // by now it is subscribed
+  ASSERT_EQ(leaving.Delete("V0/Sessions/Current").Error(), "0/0");
+  EXPECT_EQ(gone.Next().Brief(), "end");
+  EXPECT_EQ(leaving.Get("V0/Views").Error(), "101/2");
+  EXPECT_EQ(stays.Next().Brief(), "OwnViewGroups 1 method 0");
+}
+
+// Several clients edit at once while others listen: every listener hears every change once, in order, and ends up
+// knowing what the list holds.
+TEST_F(ChangesTest, ListenersFollowEditorsThatRace) {
+  constexpr int kEditors = 4;
+  constexpr int kEdits = 40;
+  std::vector<EventStream> streams;
+  for (int i = 0; i < 6; ++i) streams.push_back((i % 2 == 0 ? bob : cid).Listen(0));
+  std::vector<std::thread> editors;
+  for (int e = 0; e < kEditors; ++e) {
+    editors.emplace_back([this, e] {
+      const Client client = LogIn(e % 2 == 0 ? "ann" : "bob");
+      std::vector<int32_t> mine;
+      for (int i = 0; i < kEdits; ++i) {
+        if (i % 4 == 3) {
+          client.Delete(At("Views", mine.back()));
+          mine.pop_back();
+        } else {
+          mine.push_back(client.AddView("V", -1, kPublic));
+        }
+      }
+    });
+  }
+  for (std::thread& editor : editors) editor.join();
+
+  const std::string list = bob.ViewIds();
+  for (EventStream& stream : streams) {
+    std::set<int32_t> known;
+    for (int i = 1; i <= kEditors * kEdits; ++i) {
+      const Event event = stream.Next();
+      ASSERT_EQ(event.number, i);
+      const int32_t id = event.Element()["ID"].GetInt();
+      ASSERT_EQ(event.Element()["Method"].GetInt() == 2 ? known.erase(id) : known.insert(id).second, 1u);
+    }
+    std::string ids;
+    for (int32_t id : known) ids += (ids.empty() ? "" : ",") + Id(id);
+    EXPECT_EQ(ids, list);
+  }
+}
+
+TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
+  EventStream late = bob.Listen();
+  const std::string pages = R"(,"PlanPages":[],"Ballast":")" + std::string(200000, 'x') + "\"";
+  const int32_t view = ann.AddView("V", -1, kPublic, pages);
+  for (int i = 0; i < 120; ++i) ann.Put(At("Views", view), ViewBody("V", -1, kPublic, pages));
+  for (int64_t i = 1; i <= 121; ++i) ASSERT_EQ(late.Next().number, i);
+}
+
+}  // namespace
+}  // namespace server::test

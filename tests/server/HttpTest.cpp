@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: Apache-2.0
+// The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
+#include <openssl/pem.h>
+#include <openssl/rsa.h>
+#include <openssl/x509.h>
+
+#include <atomic>
+#include <boost/asio/ssl.hpp>
+#include <cstdio>
+#include <string>
+#include <thread>
+
+#include "TestClient.h"
+#include "server/Http.h"
+
+namespace server::test {
+namespace {
+
+class Endless : public BodySource {
+ public:
+  uint64_t Length() const override { return uint64_t{1} << 40; }
+  bool Next(std::string& chunk) override {
+    chunk.assign(1 << 16, 'x');
+    return true;
+  }
+};
+
+class OneEvent : public EventSource {
+ public:
+  bool Take(std::vector<Text>& events) override {
+    if (!m_given) events.push_back(std::make_shared<std::string>("data: first\n\n"));
+    m_given = true;
+    return true;
+  }
+  bool KeepAlive() override { return ++m_heartbeats < 3; }
+  void OnReady(std::function<void()>) override {}
+
+ private:
+  bool m_given = false;
+  int m_heartbeats = 0;
+};
+
+// Answers with what it was asked; some paths do something else.
+class Echo : public HttpHandler {
+ public:
+  HttpReply Handle(const HttpRequest& request) override {
+    HttpReply reply;
+    reply.body = request.method + "|" + request.path + "|" + request.query + "|" + request.token + "|" +
+                 (request.body.size() > 100 ? std::to_string(request.body.size()) : request.body);
+    if (request.path == "/endless") reply.source = std::make_shared<Endless>();
+    if (request.path == "/events") reply.events = std::make_shared<OneEvent>();
+    if (request.path == "/slow") {
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+      ++slowAnswers;
+    }
+    if (request.path == "/late") reply.delay = std::chrono::milliseconds(200);
+    return reply;
+  }
+  uint64_t BodyLimit(const HttpRequest& request) override { return request.token == "trusted" ? 1 << 20 : 0; }
+  bool IsSlow(const HttpRequest& request) override { return request.path == "/slow"; }
+  HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}}; }
+  HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}}; }
+
+  std::atomic<int> slowAnswers{0};
+};
+
+class HttpTest : public ::testing::Test {
+ protected:
+  HttpTest() {
+    HttpSettings settings;
+    settings.host = "127.0.0.1";
+    settings.readTimeout = settings.idleTimeout = settings.writeTimeout = std::chrono::seconds(1);
+    settings.heartbeat = std::chrono::milliseconds(50);
+    settings.maxConnections = 20;
+    server = std::make_unique<HttpServer>(settings, echo);
+  }
+
+  std::string Exchange(const std::string& bytes) const {
+    Wire wire(server->Port());
+    wire.Send(bytes);
+    const Answer answer = ParseAnswer(wire.ReceiveAll());
+    return std::to_string(answer.status) + " " + answer.body;
+  }
+
+  Echo echo;
+  std::unique_ptr<HttpServer> server;
+};
+
+TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
+  const std::string close = "Connection: close\r\n";
+  const std::string big(70000, 'b');
+  const std::string tooBig(1100000, 'b');
+  const struct {
+    std::string sent, expected;
+  } cases[] = {
+      {"GET /a?b=c HTTP/1.1\r\n" + close + "Authorization: bearer T\r\n\r\n", "200 GET|/a|b=c|T|"},
+      {"GET /a HTTP/1.1\r\n" + close + "Authorization: Basic T\r\n\r\n", "200 GET|/a|||"},
+      {"GET /a HTTP/1.0\r\n\r\n", "200 GET|/a|||"},
+      {"GET /a HTTP/1.1\r\n" + close + "Content-Length: 2\r\n\r\nhi", "200 GET|/a|||hi"},
+      {"PUT /a HTTP/1.1\r\n" + close + "Transfer-Encoding: chunked\r\n\r\n2\r\nhi\r\n3\r\n yo\r\n0\r\n\r\n",
+       "200 PUT|/a|||hi yo"},
+      {"PUT /a HTTP/1.1\r\n" + close + "Authorization: Bearer trusted\r\nContent-Length: 70000\r\n\r\n" + big,
+       "200 PUT|/a||trusted|70000"},
+      {"PUT /a HTTP/1.1\r\nAuthorization: Bearer trusted\r\nContent-Length: 1100000\r\n\r\n" + tooBig, "413 too large"},
+      {"PUT /a HTTP/1.1\r\nAuthorization: Bearer trusted\r\nContent-Length: 99999999999999\r\n\r\n", "413 too large"},
+      {"PUT /a HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n", "413 too large"},
+      {"PUT /a HTTP/1.1\r\nContent-Length: 70000\r\n\r\n" + big, "200 PUT|/a|||"},  // the handler says what is wrong
+      {"GET /a HTTP/1.1\r\nX: " + big + "\r\n\r\n", "413 too large"},
+      {"GET /" + big + " HTTP/1.1\r\n\r\n", "413 too large"},
+      {"hello\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nContent-Length: x\r\n\r\n", "400 malformed"},
+      {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Exchange(c.sent), c.expected) << c.sent.substr(0, 80);
+}
+
+TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
+  Wire wire(server->Port());
+  wire.Send("GET /1 HTTP/1.1\r\n\r\nGET /slow HTTP/1.1\r\n\r\nGET /late HTTP/1.1\r\n\r\n");
+  wire.Send("PUT /4 HTTP/1.1\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+  std::string received;
+  while (received.find("100 Continue\r\n\r\n") == std::string::npos && wire.Receive(received)) {
+  }
+  wire.Send("hi");
+  received += wire.ReceiveAll();
+  const size_t first = received.find("|/1|");
+  const size_t second = received.find("|/slow|");
+  const size_t third = received.find("|/late|");
+  EXPECT_LT(first, second);
+  EXPECT_LT(second, third);
+  EXPECT_LT(third, received.find("|/4|||hi")) << received;
+}
+
+TEST_F(HttpTest, ClientsThatStallAreDropped) {
+  const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nContent-Length: 5\r\n\r\nhi"};
+  for (const std::string& stall : stalls) {
+    Wire wire(server->Port());
+    wire.Send(stall);
+    EXPECT_EQ(wire.ReceiveAll(), "") << stall;
+  }
+  Wire slowReader(server->Port());
+  slowReader.Send("GET /endless HTTP/1.1\r\n\r\n");
+  std::this_thread::sleep_for(std::chrono::seconds(3));
+  size_t read = 0;
+  for (std::string received; read < (100 << 20) && slowReader.Receive(received); received.clear()) {
+    read += received.size();
+  }
+  EXPECT_LT(read, size_t{100} << 20) << "no more than was underway when it was dropped";
+}
+
+TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
+  Wire wire(server->Port());
+  wire.Send("GET /events HTTP/1.1\r\n\r\n");
+  const std::string received = wire.ReceiveAll();
+  EXPECT_NE(received.find("Content-Type: text/event-stream\r\n"), std::string::npos);
+  EXPECT_NE(received.find("\r\n\r\ndata: first\n\n: still here\n\n: still here\n\n"), std::string::npos) << received;
+}
+
+TEST_F(HttpTest, ConnectionsBeyondTheLimitAreTurnedAwayUntilOthersEnd) {
+  std::vector<std::unique_ptr<Wire>> wires;
+  for (int i = 0; i < 20; ++i) {
+    wires.push_back(std::make_unique<Wire>(server->Port()));
+    wires.back()->Send("GET /a HTTP/1.1\r\n\r\n");
+    std::string received;
+    ASSERT_TRUE(wires.back()->Receive(received));
+  }
+  EXPECT_EQ(Wire(server->Port()).ReceiveAll(), "");
+  wires.clear();
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  std::string answer;
+  while (answer.rfind("200", 0) != 0 && std::chrono::steady_clock::now() < end) {
+    answer = Exchange("GET /a HTTP/1.1\r\nConnection: close\r\n\r\n");
+  }
+  EXPECT_EQ(answer, "200 GET|/a|||");
+}
+
+TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
+  Wire events(server->Port());
+  events.Send("GET /events HTTP/1.1\r\n\r\n");
+  Wire slow(server->Port());
+  slow.Send("GET /slow HTTP/1.1\r\n\r\n");
+  Wire late(server->Port());
+  late.Send("GET /late HTTP/1.1\r\n\r\n");
+  std::string received;
+  events.Receive(received);
+  const uint16_t port = server->Port();
+  server.reset();
+  events.ReceiveAll();
+  slow.ReceiveAll();
+  late.ReceiveAll();
+  EXPECT_THROW(Wire again(port), boost::system::system_error);
+}
+
+TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {
+  HttpSettings settings;
+  settings.host = "127.0.0.1";
+  settings.port = server->Port();
+  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+  settings.port = 0;
+  settings.certFile = settings.keyFile = "nowhere.pem";
+  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+}
+
+// A key and a certificate that it signs itself, in files beside each other.
+void MakeCertificate(const std::string& certFile, const std::string& keyFile) {
+  EVP_PKEY* key = EVP_RSA_gen(2048);
+  X509* cert = X509_new();
+  X509_gmtime_adj(X509_getm_notBefore(cert), 0);
+  X509_gmtime_adj(X509_getm_notAfter(cert), 3600);
+  X509_set_pubkey(cert, key);
+  X509_NAME* name = X509_get_subject_name(cert);
+  X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("127.0.0.1"), -1, -1, 0);
+  X509_set_issuer_name(cert, name);
+  X509_sign(cert, key, EVP_sha256());
+  std::FILE* file = std::fopen(certFile.c_str(), "w");
+  PEM_write_X509(file, cert);
+  std::fclose(file);
+  file = std::fopen(keyFile.c_str(), "w");
+  PEM_write_PrivateKey(file, key, nullptr, nullptr, 0, nullptr, nullptr);
+  std::fclose(file);
+  X509_free(cert);
+  EVP_PKEY_free(key);
+}
+
+TEST_F(HttpTest, TheSameGoesThroughTls) {
+  namespace ssl = boost::asio::ssl;
+  const std::string base = ::testing::TempDir() + "viewserver-tls-" + std::to_string(server->Port());
+  HttpSettings settings;
+  settings.host = "127.0.0.1";
+  settings.heartbeat = std::chrono::milliseconds(50);
+  settings.certFile = base + ".cert";
+  settings.keyFile = base + ".key";
+  MakeCertificate(settings.certFile, settings.keyFile);
+  const HttpServer secure(settings, echo);
+
+  boost::asio::io_context io;
+  ssl::context context(ssl::context::tls_client);
+  context.load_verify_file(settings.certFile);
+  context.set_verify_mode(ssl::verify_peer);
+  for (const char* path : {"/a", "/events"}) {
+    ssl::stream<boost::asio::ip::tcp::socket> stream(io, context);
+    stream.lowest_layer().connect({boost::asio::ip::make_address("127.0.0.1"), secure.Port()});
+    stream.handshake(ssl::stream_base::client);
+    boost::asio::write(stream, boost::asio::buffer("GET " + std::string(path) +
+                                                   " HTTP/1.1\r\nConnection: close\r\nContent-Length: 2\r\n\r\nhi"));
+    std::string received;
+    boost::system::error_code end;
+    boost::asio::read(stream, boost::asio::dynamic_buffer(received), end);
+    EXPECT_NE(received.find(path == std::string("/a") ? "|/a|||hi" : "data: first\n\n: still here\n\n"),
+              std::string::npos)
+        << received;
+  }
+  std::remove(settings.certFile.c_str());
+  std::remove(settings.keyFile.c_str());
+}
+
+}  // namespace
+}  // namespace server::test

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is kept: across restarts, across seeds, in sessions and for passwords.
+#include <SQLiteCpp/Database.h>
+
+#include <string>
+
+#include "TestClient.h"
+#include "server/Accounts.h"
+#include "server/LoginGuard.h"
+#include "server/Secrets.h"
+
+namespace server::test {
+namespace {
+
+class StoreTest : public ServerTest {
+ protected:
+  Answer Login(const std::string& name, const std::string& password) const {
+    return Client(m_server->Port(), "")
+        .Post("V0/Sessions",
+              R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + R"(","ClientName":"test"}})");
+  }
+  std::string Seed(const std::string& text) {
+    ViewServerOptions options = Options();
+    options.seedFile = WriteFile("seed.json", text);
+    Restart(options);
+    return ann.Get("V0/ViewGroups").body + ann.Get("V0/Views").body + std::to_string(ann.Sequence());
+  }
+  std::string WhySeedFails(const std::string& text) {
+    m_server.reset();
+    ViewServerOptions options = Options();
+    options.seedFile = WriteFile("seed.json", text);
+    try {
+      ViewServer refused(options);
+    } catch (const std::runtime_error& e) {
+      return e.what();
+    }
+    return "";
+  }
+};
+
+TEST_F(StoreTest, ARestartKeepsEverything) {
+  const int32_t group = ann.AddGroup("G", -1, kAnn);
+  const int32_t view = ann.AddView("V", group, kAnn, R"(,"PlanPages":[{"SpliteType":4}],"Extra":"ä")");
+  const std::string gone = std::to_string(ann.AddView("gone", group, kAnn));
+  ann.Delete("V0/Views/" + gone);
+  ann.Post("V1/View/" + std::to_string(view) + "/Share", ShareBody("2,3"));
+  ann.Put("V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":2}})");
+  const auto all = [this] {
+    std::string text;
+    for (const char* path : {"V0/ViewGroups", "V0/Views", "V1/View/Default/Config"}) {
+      for (const Client* client : {&ann, &bob}) {
+        const Answer answer = client->Get(path);
+        text += answer.body + (answer.headers.count("resource-sequence") ? answer.headers.at("resource-sequence") : "");
+      }
+    }
+    return text;
+  };
+  const std::string before = all();
+  const std::string token = m_server->OpenLocalSession("cid")->token;
+  Restart(Options());
+  EXPECT_EQ(all(), before);
+  EXPECT_EQ(Client(m_server->Port(), token).ViewIds(), std::to_string(view)) << "tokens live in the store";
+  EXPECT_GT(ann.AddView("new", group, kAnn), std::stoi(gone));
+}
+
+TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
+  ViewServerOptions options = Options();
+  options.keepChanges = 2;
+  Restart(options);
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
+  for (int i = 0; i < 10; ++i) ann.Put(view, ViewBody("V", -1, kAnn));
+  ann.AddGroup("G", -1, kAnn);
+  ann.AddGroup("G", -1, kAnn);  // the view's last change is not kept any more
+  const auto documents = [this] {
+    SQLite::Database database(Options().dataFile);
+    return database.execAndGet("SELECT count(*) FROM documents").getInt();
+  };
+  EXPECT_EQ(documents(), 1);
+  ann.Put(view, ViewBody("V", -1, kAnn));
+  EXPECT_EQ(documents(), 1);
+  ann.Delete(view);
+  ann.AddGroup("G", -1, kAnn);
+  ann.AddGroup("G", -1, kAnn);
+  EXPECT_EQ(documents(), 0);
+}
+
+TEST_F(StoreTest, SeedingTwiceChangesNothingAndLeavesWhatUsersMadeOfIt) {
+  const std::string seed = R"({"ViewGroups":[{"ID":7,"Name":"inner","ParentViewGroupID":5,"UserID":1},
+      {"ID":5,"Name":"outer","ParentViewGroupID":-1,"UserID":1,"SequenceIndex":4}],
+      "Views":[{"ID":3,"Name":"V","ViewGroupID":7,"UserID":1,"SharedWith":[2],"GUID":"g",
+                "PlanPages":[{"PlanViewItem":[{"SequenceIndex":1}]}]},{"ID":8,"Name":"W","UserID":-1}]})";
+  const std::string once = Seed(seed);
+  EXPECT_EQ(Seed(seed), once);
+  EXPECT_EQ(bob.ViewIds(), "3,8");
+  EXPECT_NE(once.find(R"("GUID":"g","Name":"V","ViewGroupID":7,)"), std::string::npos) << once;
+  EXPECT_NE(once.find(R"([{"SequenceIndex":"1"}])"), std::string::npos) << once;
+  EXPECT_EQ(ann.AddView("X", -1, kAnn), 9);
+
+  ann.Put("V0/Views/3", ViewBody("renamed", 5, kAnn));
+  ann.Delete("V0/Views/8");
+  EXPECT_NE(Seed(seed).find("renamed"), std::string::npos);
+  EXPECT_EQ(ann.ViewIds(), "3,9");
+}
+
+TEST_F(StoreTest, ASeedThatChangedIsAppliedByIdAndTellsThoseConcerned) {
+  const auto seed = [](const char* user, const char* sharedWith) {
+    return std::string(R"({"Views":[{"ID":3,"Name":"V","UserID":)") + user + R"(,"SharedWith":[)" + sharedWith + "]}]}";
+  };
+  Seed(seed("1", "2"));
+  EXPECT_EQ(bob.ViewIds(), "3");
+  Seed(seed("1", "3"));
+  EXPECT_EQ(bob.ViewIds(), "");
+  Seed(seed("3", ""));
+  Seed(seed("-1", ""));
+  EXPECT_EQ(bob.Listen(0).NextBriefs(3), "Views 3 method 0; Views 3 method 2; Views 3 method 0");
+  EXPECT_EQ(cid.Listen(0).NextBriefs(3), "Views 3 method 0; Views 3 method 1; Views 3 method 1");
+  EXPECT_EQ(ann.Listen(0).NextBriefs(4), "Views 3 method 0; Views 3 method 1; Views 3 method 2; Views 3 method 0");
+}
+
+TEST_F(StoreTest, ASeedThatDoesNotFitIsRefusedWholeWithOneLine) {
+  ann.AddGroup("kept", -1, kAnn);
+  const char* const cases[] = {
+      "",
+      "[]",
+      R"({"Views":{}})",
+      R"({"Views":[5]})",
+      R"({"Views":[{"Name":"no id"}]})",
+      R"({"Views":[{"ID":0}]})",
+      R"({"Views":[{"ID":1,"Name":"a"},{"ID":1,"Name":"b"}]})",
+      R"({"Views":[{"ID":1,"Name":""}]})",
+      R"({"Views":[{"ID":1,"Name":"a","UserID":99}]})",
+      R"({"Views":[{"ID":1,"Name":"a","ViewGroupID":99}]})",
+      R"({"Views":[{"ID":1,"Name":"a","UserID":-1,"SharedWith":[2]}]})",
+      R"({"Views":[{"ID":1,"Name":"a","UserID":1,"SharedWith":[1]}]})",
+      R"({"Views":[{"ID":1,"Name":"a","UserID":2,"ViewGroupID":1}]})",
+      R"({"ViewGroups":[{"ID":3,"Name":"a","ParentViewGroupID":4},{"ID":4,"Name":"b","ParentViewGroupID":3}]})",
+      R"({"Users":[{"ID":9,"Name":"ann","Password":"x"}]})",
+      R"({"Users":[{"ID":9,"Name":"new","Password":""}]})"};
+  for (const char* seed : cases) {
+    const std::string why = WhySeedFails(seed);
+    EXPECT_NE(why, "") << seed;
+    EXPECT_EQ(why.find('\n'), std::string::npos) << why;
+  }
+  Restart(Options());
+  EXPECT_EQ(ann.ViewIds(), "");
+  EXPECT_EQ(ann.GroupIds(), "1");
+}
+
+TEST_F(StoreTest, LoggingInTakesTheRightPasswordAndShowsWhoIsOnline) {
+  m_server.reset();
+  ViewServer fresh([this] {
+    ViewServerOptions options = Options();
+    options.dataFile = (m_folder / "fresh.db").string();
+    return options;
+  }());
+  const auto password = fresh.TakeFirstPassword();
+  ASSERT_TRUE(password);
+  EXPECT_FALSE(fresh.TakeFirstPassword()) << "given once";
+  std::string error;
+  EXPECT_FALSE(fresh.AddUser("admin", "x", error));
+  EXPECT_FALSE(fresh.AddUser("dora", "", error));
+  EXPECT_FALSE(fresh.AddUser("", "x", error));
+  EXPECT_FALSE(fresh.AddUser("bad\xff", "x", error));
+  EXPECT_FALSE(fresh.SetPassword("nobody", "x", error));
+  EXPECT_TRUE(fresh.AddUser("dora", "d", error)) << error;
+  EXPECT_FALSE(fresh.OpenLocalSession("nobody"));
+  fresh.Start();
+  const Client stranger(fresh.Port(), "");
+  const auto logIn = [&stranger](const std::string& name, const std::string& word) {
+    return stranger.Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + word + "\"}}");
+  };
+  EXPECT_EQ(logIn("admin", "wrong").Outcome(), "101/1 401");
+  EXPECT_EQ(logIn("nobody", "wrong").Outcome(), "101/1 401");
+  EXPECT_EQ(stranger.Post("V0/Sessions", R"({"Session":{"UserName":"admin"}})").Outcome(), "100/6 400");
+
+  const Answer answer = logIn("admin", *password);
+  ASSERT_EQ(answer.Outcome(), "0/0 200");
+  const auto& session = answer.Data()["Session"];
+  EXPECT_STREQ(session["UserName"].GetString(), "admin");
+  const Client admin(fresh.Port(), session["Token"].GetString());
+  EXPECT_NE(admin.Get("V0/Users")
+                .body.find(R"({"ID":1,"Name":"admin","Online":1,"PTZControlPermission":0},)"
+                           R"({"ID":2,"Name":"dora","Online":0,"PTZControlPermission":0})"),
+            std::string::npos);
+
+  EXPECT_TRUE(fresh.SetPassword("admin", "new", error)) << error;
+  EXPECT_EQ(admin.Get("V0/Users").Outcome(), "101/2 401") << "a new password ends the old sessions";
+  EXPECT_EQ(logIn("admin", "new").Error(), "0/0");
+}
+
+TEST_F(StoreTest, OneServerAtATimeUsesAStore) {
+  EXPECT_THROW(ViewServer second(Options()), std::runtime_error);
+  ViewServerOptions faults = Options();
+  faults.dataFile = ":memory:";
+  faults.faultsFile = "plan.json";
+  EXPECT_THROW(ViewServer refused(faults), std::runtime_error);
+  const std::string notAStore = WriteFile("text.db", std::string(5000, 'x'));
+  ViewServerOptions options = Options();
+  options.dataFile = notAStore;
+  EXPECT_THROW(ViewServer refused(options), std::runtime_error);
+}
+
+TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
+  InitSecrets();
+  Database database(":memory:");
+  int64_t now = 1000000;
+  Accounts accounts(database, [&now] { return now; });
+  accounts.AddUser(1, "ann", "hash", 0);
+  const std::string token = accounts.OpenSession(1, "c");
+  for (int i = 0; i < 3; ++i) {
+    now += kSessionSeconds - 60;
+    ASSERT_TRUE(accounts.Authenticate(token)) << "a use prolongs it";
+  }
+  EXPECT_FALSE(accounts.Authenticate(token + "x"));
+  now += kSessionSeconds + 1;
+  EXPECT_FALSE(accounts.Authenticate(token));
+  now -= kSessionSeconds;
+  EXPECT_FALSE(accounts.Authenticate(token)) << "over is over";
+
+  SQLite::Statement tokens(database.Handle(), "SELECT count(*) FROM sessions WHERE token_hash = ?");
+  tokens.bind(1, accounts.OpenSession(1, "c"));
+  tokens.executeStep();
+  EXPECT_EQ(tokens.getColumn(0).getInt(), 0) << "no token stands in the store";
+}
+
+TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {
+  using std::chrono::milliseconds;
+  LoginGuard guard;
+  LoginGuard::Time now{};
+  now += std::chrono::hours(1);
+  const int expected[] = {0, 0, 0, 250, 500, 1000, 2000, 4000, 8000, 8000};
+  for (int ms : expected) EXPECT_EQ(guard.Failed("ann", now), milliseconds(ms));
+  EXPECT_EQ(guard.Failed("bob", now), milliseconds(0));
+  EXPECT_EQ(guard.Failed("ann", now + std::chrono::hours(1)), milliseconds(0)) << "forgotten after a while";
+  for (int i = 0; i < 5; ++i) guard.Failed("ann", now);
+  guard.Succeeded("ann");
+  EXPECT_EQ(guard.Failed("ann", now), milliseconds(0));
+}
+
+}  // namespace
+}  // namespace server::test

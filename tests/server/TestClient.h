@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+// A small blocking client of the server, written from the protocol and sharing nothing with the server's own HTTP, and
+// the fixture that runs a server in the process. Every wait is bounded; what does not come in time is a test failure.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+
+#include <boost/asio.hpp>
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/ViewServer.h"
+
+namespace server::test {
+
+constexpr std::chrono::seconds kPatience{20};
+inline const std::string kRoot = "/NXAPI/Vantorel/Platform/";
+
+// A socket with bounded waits.
+class Wire {
+ public:
+  explicit Wire(uint16_t port);
+  void Send(const std::string& bytes);
+  // Adds what comes next to `received`; false at the end of the connection.
+  bool Receive(std::string& received, std::chrono::milliseconds patience = kPatience);
+  std::string ReceiveAll();  // up to the end of the connection
+
+ private:
+  boost::asio::io_context m_io;
+  boost::asio::ip::tcp::socket m_socket;
+};
+
+struct Answer {
+  int status = 0;
+  std::map<std::string, std::string> headers;  // names in lower case
+  std::string body;
+  rapidjson::Document json;
+
+  // "MODULE/CODE" of the envelope; "?" where there is none.
+  std::string Error() const;
+  std::string Outcome() const;           // the same and the HTTP status
+  const rapidjson::Value& Data() const;  // "Data" of the envelope; null where there is none
+  // The list in "Data" whose name and whose elements' name these are, as "id,id,...".
+  std::string Ids(const char* list, const char* element) const;
+  const rapidjson::Value& Element(const char* list, const char* element, int32_t id) const;
+};
+
+Answer ParseAnswer(const std::string& bytes);
+
+struct Event {
+  int64_t number = 0;
+  std::string name;
+  rapidjson::Document json;
+  std::string text;  // the data
+
+  const rapidjson::Value& Element() const;
+  std::string Brief() const;  // "Views 7 method 1"; "end" where the stream ended
+};
+
+class EventStream {
+ public:
+  EventStream(uint16_t port, const std::string& token, int64_t after);
+  int Status() const { return m_status; }
+  Event Next();                       // skips comments
+  std::string NextBriefs(int count);  // their briefs joined by "; "
+
+ private:
+  std::unique_ptr<Wire> m_wire;
+  std::string m_received;
+  int m_status = 0;
+};
+
+// One session of one user.
+class Client {
+ public:
+  Client() = default;
+  Client(uint16_t port, std::string token) : m_port(port), m_token(std::move(token)) {}
+
+  Answer Request(const std::string& method, const std::string& path, const std::string& body = "") const;
+  Answer Get(const std::string& path) const { return Request("GET", path); }
+  Answer Post(const std::string& path, const std::string& body) const { return Request("POST", path, body); }
+  Answer Put(const std::string& path, const std::string& body) const { return Request("PUT", path, body); }
+  Answer Delete(const std::string& path) const { return Request("DELETE", path); }
+
+  int32_t AddView(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "") const;
+  int32_t AddGroup(const std::string& name, int32_t parent, int32_t owner) const;
+  std::string ViewIds() const { return Get("V0/Views").Ids("ViewList", "View"); }
+  std::string GroupIds() const { return Get("V0/ViewGroups").Ids("ViewGroupList", "ViewGroup"); }
+  int64_t Sequence() const;
+  EventStream Listen(int64_t after) const { return {m_port, m_token, after}; }
+  EventStream Listen() const { return Listen(Sequence()); }
+
+ private:
+  uint16_t m_port = 0;
+  std::string m_token;
+};
+
+std::string ViewBody(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "");
+std::string GroupBody(const std::string& name, int32_t parent, int32_t owner, int32_t isShared = -1);
+std::string MoveBody(int type, int32_t folder, const std::string& ids);
+std::string ShareBody(const std::string& users);
+
+// A server with the users ann (1), bob (2) and cid (3), and nothing else.
+class ServerTest : public ::testing::Test {
+ protected:
+  static constexpr int32_t kAnn = 1, kBob = 2, kCid = 3, kPublic = -1;
+
+  ServerTest();
+  ~ServerTest() override;
+
+  ViewServerOptions Options() const;
+  void Restart(const ViewServerOptions& options);
+  std::string WriteFile(const std::string& name, const std::string& text) const;
+  Client LogIn(const std::string& user) const;  // a new session
+
+  std::filesystem::path m_folder;
+  std::unique_ptr<ViewServer> m_server;
+  Client ann, bob, cid;
+};
+
+}  // namespace server::test
