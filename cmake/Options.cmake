@@ -11,7 +11,7 @@ option(QORVI_WERROR "Treat warnings as errors" OFF)
 
 add_library(qorvi_options INTERFACE)
 target_compile_options(qorvi_options INTERFACE
-  -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wno-unknown-warning-option
+  -Wall -Wextra -Wshadow
   # Unique symbols would keep a library in the process after the host unloads it.
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
   # Log lines name their source file relative to the repository.

@@ -6,12 +6,11 @@
 #include <list>
 #include <string>
 
+#include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/Locks.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
-#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
-#include "QorviViewPlugin/protocol/JsonRecord.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "VantBase/Log.h"
@@ -20,10 +19,6 @@ namespace QorviViewPlugin {
 namespace {
 
 using Vant::Base::details::IOrlFormatLog;
-
-CViewGroupManager& Manager() {
-  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
-}
 
 ResourceStore::CViewGroupManager& Downloads() {
   return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
@@ -201,16 +196,13 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   std::string data;
   kind.fetch(data);
   kind.logData(data);
-  ClienInitViewDataRequest requestData;
-  ClienInitViewDataRequestJSONStruct requestRecord(&requestData);
-  QorviVideoComm::ParseJsonRequest(requestRecord, request);
-  ClienInitViewDataResponse responseData;
-  (Manager().*kind.load)(data, responseData.error_info);
-  responseData.init_finish = true;
-  ClienInitViewDataResponseJSONStruct responseRecord(&responseData);
-  response = QorviVideoComm::SerializeJsonResponse(responseRecord);
-  kind.done = true;
-  return true;
+  return RunExchange<ClienInitViewDataRequest, ClienInitViewDataResponse>(
+      request, response, [&](const ClienInitViewDataRequest&, ClienInitViewDataResponse& to) {
+        (Manager().*kind.load)(data, to.error_info);
+        to.init_finish = true;
+        kind.done = true;
+        return true;
+      });
 }
 
 constexpr FirstLoad kViewGroupLoad = {

@@ -2,50 +2,78 @@
 #include "QorviViewPlugin/protocol/JsonRecord.h"
 
 namespace QorviVideoComm {
+namespace {
 
-bool IJSONStruct::IsSkipped(const char* key) const {
-  if (!m_keyFilter || !key || !*key) return false;
-  const bool listed = m_keyFilter->keys.count(key) != 0;
-  switch (m_keyFilter->mode) {
-    case 0:
-      return listed;
-    case 1:
-      return !listed;
-    default:
-      return false;
-  }
+rapidjson::Value::StringRefType KeyRef(const char* key) {
+  return rapidjson::StringRef(key ? key : "");
 }
 
-void IJSONStruct::AddValue(rapidjson::Value& object, const char* key, rapidjson::Value value,
-                           Allocator& allocator) const {
-  if (IsSkipped(key)) return;
-  object.AddMember(rapidjson::StringRef(key), value, allocator);
-}
+}  // namespace
 
-void IJSONStruct::AddInteger(rapidjson::Value& object, const char* key, int value, Allocator& allocator) const {
-  AddValue(object, key, rapidjson::Value(value), allocator);
-}
-
-void IJSONStruct::AddBoolean(rapidjson::Value& object, const char* key, bool value, Allocator& allocator) const {
-  AddValue(object, key, rapidjson::Value(value), allocator);
-}
-
-void IJSONStruct::AddText(rapidjson::Value& object, const char* key, const std::string& value,
-                          Allocator& allocator) const {
-  AddValue(object, key, rapidjson::Value(rapidjson::StringRef(value.c_str())), allocator);
-}
-
-const rapidjson::Value* FindKey(const rapidjson::Value& value, const char* key) {
+const rapidjson::Value* IJSONStruct::Find(const Value& value, const char* key) {
   if (!value.IsObject()) return nullptr;
-  const auto member = value.FindMember(key);
-  return member == value.MemberEnd() ? nullptr : &member->value;
+  const auto found = value.FindMember(Value(KeyRef(key)));
+  return found == value.MemberEnd() ? nullptr : &found->value;
+}
+
+void IJSONStruct::ReadInteger(const Value& value, const char* key, Integer& field) {
+  const Value* found = Find(value, key);
+  if (!found || !found->IsInt()) return;
+  field = found->GetInt();
+  m_readKeys.insert(key);
+}
+
+void IJSONStruct::ReadBoolean(const Value& value, const char* key, Boolean& field) {
+  const Value* found = Find(value, key);
+  if (!found || !found->IsBool()) return;
+  field = found->GetBool();
+  m_readKeys.insert(key);
+}
+
+void IJSONStruct::ReadText(const Value& value, const char* key, Text& field) {
+  const Value* found = Find(value, key);
+  if (!found || !found->IsString()) return;
+  field = found->GetString();
+  m_readKeys.insert(key);
+}
+
+bool IJSONStruct::IsLeftOut(const char* key) const {
+  if (!m_keyFilter || !key || !*key) return false;
+  const bool listed = m_keyFilter->keys.contains(key);
+  return (m_keyFilter->mode == 0 && listed) || (m_keyFilter->mode == 1 && !listed);
+}
+
+void IJSONStruct::AddInteger(Value& object, const char* key, Integer value, Allocator& allocator) const {
+  if (!IsLeftOut(key)) object.AddMember(KeyRef(key), value, allocator);
+}
+
+void IJSONStruct::AddBoolean(Value& object, const char* key, Boolean value, Allocator& allocator) const {
+  if (!IsLeftOut(key)) object.AddMember(KeyRef(key), value, allocator);
+}
+
+void IJSONStruct::AddText(Value& object, const char* key, const Text& value, Allocator& allocator) const {
+  if (!IsLeftOut(key)) object.AddMember(KeyRef(key), Value(WrittenText(value)), allocator);
+}
+
+void IJSONStruct::AddValue(Value& object, const char* key, Value& value, Allocator& allocator) const {
+  if (!IsLeftOut(key)) object.AddMember(KeyRef(key), value, allocator);
+}
+
+void JSONStructAdapter::FromJSON(const rapidjson::Value&) {}
+
+rapidjson::Value JSONStructAdapter::ToJSON(rapidjson::Document::AllocatorType&) {
+  return rapidjson::Value();
+}
+
+bool JSONStructAdapter::Validate(const rapidjson::Value&) {
+  return true;
 }
 
 bool ParseJsonRequest(IJSONStruct& record, const std::string& text) {
   if (text.empty() || text == "null") return false;
   rapidjson::Document document;
-  // Iterative: the depth of a hostile text must not cost stack.
-  document.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag>(text.c_str());
+  // Iterative, so that no depth of nesting can overflow the caller's stack.
+  document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
   if (document.HasParseError()) return false;
   record.FromJSON(document);
   return true;

@@ -1,11 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// The framework of the protocol records. A record is a plain structure made from one list of its fields, and beside it an
-// adapter that reads the structure from a JSON value and writes it back. One thread at a time.
+// JSON records: a plain structure with typed fields and defaults, and beside it an adapter "<Name>JSONStruct" that
+// reads the structure from a JSON value and writes it back. Both come from one list of the fields:
 //
-// Reading is lenient field by field: a key that is missing, or holds a value of another kind, leaves its field as it is.
-// An integer field takes only a number that is a signed 32-bit integer, a text field only a string (its bytes up to the
-// first NUL), a nested record only an object, a sequence only an array, whose elements are appended. Of duplicate keys
-// the first counts. Writing writes every key, in the order of the list.
+//     #define QORVI_ZOOM_WINDOW(FIELD) \
+//       FIELD(Integer, No)             \
+//       FIELD(Integer, TopX, -1)
+//     QORVI_RECORD(ZoomWindow, QORVI_ZOOM_WINDOW)
+//
+// A line is FIELD(type, key) or FIELD(type, key, default); the field is named after its key. Types: Integer, Boolean,
+// Text, another record (by value), or Sequence<record>. Keys are read and written in the list's order.
+//
+// Reading is lenient, field by field: a key that is missing or holds a value of another kind leaves its field as it is,
+// of duplicate keys the first counts, texts end at their first NUL, and a sequence gains one element per array entry.
+// A value that is no object reads as an object without members. Writing gives every key, whatever its value.
+//
+// One thread at a time per record and adapter; they share nothing.
 #pragma once
 
 #include <rapidjson/document.h>
@@ -24,212 +33,260 @@
 
 namespace QorviVideoComm {
 
-// Restricts the keys that are written: mode 0 leaves out those listed, 1 those not listed, any other mode none.
+using Integer = int32_t;
+using Boolean = bool;
+using Text = std::string;
+template <class Record>
+using Sequence = std::vector<Record>;
+
+// A restriction of the keys that a record writes. Mode 0 leaves out the listed keys, 1 writes only them, any other
+// value restricts nothing.
 struct JSONKeyFilter {
   uint32_t mode = 0;
   std::set<std::string> keys;
 };
 
+// One field of a record: its key and where it is.
+template <class Data, class Type>
+struct Field {
+  const char* key;
+  rapidjson::SizeType keyLength;
+  Type Data::*member;
+};
+
+template <class Data, class Type, size_t N>
+constexpr Field<Data, Type> MakeField(const char (&key)[N], Type Data::*member) {
+  return {key, static_cast<rapidjson::SizeType>(N - 1), member};
+}
+
+// Calls visit(field) for every field of the record, in the list's order.
+template <class Data, class Visitor>
+constexpr void ForEachField(Visitor&& visit) {
+  std::apply([&visit](const auto&... field) { (visit(field), ...); }, FieldsOf(std::type_identity<Data>{}));
+}
+
+template <class Data>
+using AdapterOf = typename decltype(AdapterTypeOf(std::type_identity<Data>{}))::type;
+
+// A text as it is written: its bytes up to the first NUL.
+inline rapidjson::Value::StringRefType WrittenText(const std::string& text) {
+  return {text.c_str(), static_cast<rapidjson::SizeType>(std::strlen(text.c_str()))};
+}
+
 struct IJSONStruct {
+  using Value = rapidjson::Value;
   using Allocator = rapidjson::Document::AllocatorType;
 
-  // Every key whose value was read.
+  virtual void FromJSON(const rapidjson::Value& value) = 0;
+  // The texts in the answer, keys apart, are those of the bound structure itself: write the value before the structure
+  // changes or dies.
+  virtual rapidjson::Value ToJSON(rapidjson::Document::AllocatorType& allocator) = 0;
+
+  // Each reads one key of `value` into the field and notes the key, if it is there and of the right kind.
+  void ReadInteger(const Value& value, const char* key, Integer& field);
+  void ReadBoolean(const Value& value, const char* key, Boolean& field);
+  void ReadText(const Value& value, const char* key, Text& field);
+  template <class Data>
+  void ReadNested(const Value& value, const char* key, Data& field);
+  template <class Data>
+  void ReadSequence(const Value& value, const char* key, Sequence<Data>& field);
+
+  // Each adds one member to `object` unless the key filter leaves it out. The key must outlive the object.
+  void AddInteger(Value& object, const char* key, Integer value, Allocator& allocator) const;
+  void AddBoolean(Value& object, const char* key, Boolean value, Allocator& allocator) const;
+  void AddText(Value& object, const char* key, const Text& value, Allocator& allocator) const;
+  // For a nested object or an array, which is moved from.
+  void AddValue(Value& object, const char* key, Value& value, Allocator& allocator) const;
+
+  // The keys whose values this adapter has read.
   std::unordered_set<std::string> m_readKeys;
-  // May be null.
+  // May be null, which restricts nothing.
   std::shared_ptr<JSONKeyFilter> m_keyFilter;
 
-  // Fills the bound structure. A value that is no object reads as an object without members.
-  virtual void FromJSON(const rapidjson::Value& value) = 0;
-  // An object whose texts refer to the structure: write it before the structure changes or dies.
-  virtual rapidjson::Value ToJSON(Allocator& allocator) = 0;
-
-  // Add a member, unless the filter says otherwise. The key must outlive the value.
-  void AddInteger(rapidjson::Value& object, const char* key, int value, Allocator& allocator) const;
-  void AddBoolean(rapidjson::Value& object, const char* key, bool value, Allocator& allocator) const;
-  void AddText(rapidjson::Value& object, const char* key, const std::string& value, Allocator& allocator) const;
-  void AddValue(rapidjson::Value& object, const char* key, rapidjson::Value value, Allocator& allocator) const;
-
  protected:
+  // Adapters are local objects that nobody deletes through the interface.
   ~IJSONStruct() = default;
 
  private:
-  bool IsSkipped(const char* key) const;
+  // The member's value, or null when there is none.
+  static const Value* Find(const Value& value, const char* key);
+  bool IsLeftOut(const char* key) const;
 };
 
 struct JSONStructAdapter : IJSONStruct {
-  void FromJSON(const rapidjson::Value&) override {}
-  rapidjson::Value ToJSON(Allocator&) override { return rapidjson::Value(); }
-  virtual bool Validate(const rapidjson::Value&) { return true; }
+  void FromJSON(const rapidjson::Value& value) override;
+  rapidjson::Value ToJSON(rapidjson::Document::AllocatorType& allocator) override;
+  virtual bool Validate(const rapidjson::Value& value);
 
  protected:
   ~JSONStructAdapter() = default;
 };
 
-// --- The list of fields
-
-template <class Record, class Member>
-struct Field {
-  const char* key;
-  Member Record::*member;
-};
-
-template <class... Fields>
-constexpr auto MakeFields(std::nullptr_t, Fields... fields) {
-  return std::make_tuple(fields...);
-}
-
-template <class Record, class Visitor>
-constexpr void ForEachField(Visitor&& visit) {
-  std::apply([&](const auto&... fields) { (visit(fields), ...); }, Record::Fields());
-}
-
-#define QORVI_DECLARE_FIELD(FieldType, FieldName, ...) FieldType FieldName{__VA_ARGS__};
-#define QORVI_LIST_FIELD(FieldType, FieldName, ...) \
-  , QorviVideoComm::Field<Self, FieldType> { #FieldName, &Self::FieldName }
-
-// Makes the structure Record and its adapter RecordJSONStruct from FIELDS(FIELD), a macro that says
-// FIELD(type, name, default value if it is not the type's own) for each key in order.
-#define QORVI_RECORD(Record, FIELDS)                                            \
-  struct Record {                                                               \
-    FIELDS(QORVI_DECLARE_FIELD)                                                 \
-    static constexpr auto Fields() {                                            \
-      using Self = Record;                                                      \
-      return QorviVideoComm::MakeFields(nullptr FIELDS(QORVI_LIST_FIELD));      \
-    }                                                                           \
-  };                                                                            \
-  struct Record##JSONStruct : QorviVideoComm::RecordAdapter<Record> {           \
-    using RecordAdapter::RecordAdapter;                                         \
-  };
-
-// --- The adapter
-
-// The first member of that name in an object, or null.
-const rapidjson::Value* FindKey(const rapidjson::Value& value, const char* key);
-
-// Bound to one structure, which it does not own and must not outlive.
+// What the adapters of all records share. The structure is not owned and must outlive the adapter.
 template <class Record>
 struct RecordAdapter : JSONStructAdapter {
-  explicit RecordAdapter(Record* data) : m_pData(data) {}
+  using Data = Record;
 
-  void FromJSON(const rapidjson::Value& value) override {
-    ForEachField<Record>([&](const auto& field) {
-      const rapidjson::Value* const found = FindKey(value, field.key);
-      if (found && Read(*found, m_pData->*field.member)) m_readKeys.insert(field.key);
-    });
-  }
+  explicit RecordAdapter(Data* data) : m_pData(data) {}
+  RecordAdapter(const RecordAdapter&) = delete;
+  RecordAdapter& operator=(const RecordAdapter&) = delete;
 
-  rapidjson::Value ToJSON(Allocator& allocator) override {
-    rapidjson::Value object(rapidjson::kObjectType);
-    ForEachField<Record>([&](const auto& field) { Add(object, field.key, m_pData->*field.member, allocator); });
-    return object;
-  }
+  void FromJSON(const rapidjson::Value& value) override;
+  rapidjson::Value ToJSON(rapidjson::Document::AllocatorType& allocator) override;
 
-  Record* m_pData;
+  Data* m_pData;
+
+ protected:
+  ~RecordAdapter() = default;
 
  private:
-  // Each answers whether the value was of the field's kind and stored.
-  static bool Read(const rapidjson::Value& value, int& field) {
-    if (!value.IsInt()) return false;
-    field = value.GetInt();
-    return true;
-  }
-  static bool Read(const rapidjson::Value& value, bool& field) {
-    if (!value.IsBool()) return false;
-    field = value.GetBool();
-    return true;
-  }
-  static bool Read(const rapidjson::Value& value, std::string& field) {
-    if (!value.IsString()) return false;
-    field = value.GetString();
-    return true;
-  }
-  template <class Nested>
-  static bool Read(const rapidjson::Value& value, Nested& field) {
-    if (!value.IsObject()) return false;
-    RecordAdapter<Nested>(&field).FromJSON(value);
-    return true;
-  }
-  template <class Element>
-  static bool Read(const rapidjson::Value& value, std::vector<Element>& field) {
-    if (!value.IsArray()) return false;
-    field.reserve(field.size() + value.Size());
-    for (const rapidjson::Value& element : value.GetArray()) {
-      RecordAdapter<Element>(&field.emplace_back()).FromJSON(element);
-    }
-    return true;
-  }
-
-  void Add(rapidjson::Value& object, const char* key, int value, Allocator& allocator) const {
-    AddInteger(object, key, value, allocator);
-  }
-  void Add(rapidjson::Value& object, const char* key, bool value, Allocator& allocator) const {
-    AddBoolean(object, key, value, allocator);
-  }
-  void Add(rapidjson::Value& object, const char* key, const std::string& value, Allocator& allocator) const {
-    AddText(object, key, value, allocator);
-  }
-  template <class Nested>
-  void Add(rapidjson::Value& object, const char* key, Nested& value, Allocator& allocator) const {
-    AddValue(object, key, RecordAdapter<Nested>(&value).ToJSON(allocator), allocator);
-  }
-  template <class Element>
-  void Add(rapidjson::Value& object, const char* key, std::vector<Element>& value, Allocator& allocator) const {
-    rapidjson::Value array(rapidjson::kArrayType);
-    array.Reserve(static_cast<rapidjson::SizeType>(value.size()), allocator);
-    for (Element& element : value) array.PushBack(RecordAdapter<Element>(&element).ToJSON(allocator), allocator);
-    AddValue(object, key, std::move(array), allocator);
-  }
+  template <class Type>
+  void ReadField(const rapidjson::Value& value, const char* key, Type& field);
+  template <class Type>
+  void AddField(rapidjson::Value& object, const char* key, Type& field, Allocator& allocator);
 };
 
-// --- Writing straight from the fields: the same bytes as ToJSON gives, without a tree in between.
-
-template <class Writer>
-void WriteField(Writer& writer, int value) {
-  writer.Int(value);
-}
-template <class Writer>
-void WriteField(Writer& writer, bool value) {
-  writer.Bool(value);
-}
-template <class Writer>
-void WriteField(Writer& writer, const std::string& value) {
-  writer.String(value.c_str(), static_cast<rapidjson::SizeType>(std::strlen(value.c_str())));
-}
-template <class Writer, class Record>
-void WriteField(Writer& writer, const Record& record);
-
-template <class Writer, class Element>
-void WriteField(Writer& writer, const std::vector<Element>& elements) {
-  writer.StartArray();
-  for (const Element& element : elements) WriteField(writer, element);
-  writer.EndArray();
-}
-template <class Writer, class Record>
-void WriteField(Writer& writer, const Record& record) {
-  writer.StartObject();
-  ForEachField<Record>([&](const auto& field) {
-    writer.Key(field.key);
-    WriteField(writer, record.*field.member);
-  });
-  writer.EndObject();
-}
-
-// --- Text to record and back
-
-// False, and the record untouched, when the text is empty, exactly "null", or no JSON (text after a NUL is not seen).
+// Reads a JSON text, up to its first NUL, into the record. False, and the record untouched, when the text is empty,
+// exactly "null" or not JSON. Depth of nesting costs no stack.
 bool ParseJsonRequest(IJSONStruct& record, const std::string& text);
 
 // The record as compact JSON.
 std::string SerializeJsonResponse(IJSONStruct& record);
 
+// --- Definitions
+
+template <class Data>
+void IJSONStruct::ReadNested(const Value& value, const char* key, Data& field) {
+  const Value* found = Find(value, key);
+  if (!found || !found->IsObject()) return;
+  AdapterOf<Data> nested(&field);
+  nested.FromJSON(*found);
+  m_readKeys.insert(key);
+}
+
+template <class Data>
+void IJSONStruct::ReadSequence(const Value& value, const char* key, Sequence<Data>& field) {
+  const Value* found = Find(value, key);
+  if (!found || !found->IsArray()) return;
+  m_readKeys.insert(key);
+  field.reserve(field.size() + found->Size());
+  for (const Value& element : found->GetArray()) {
+    Data data;
+    AdapterOf<Data> nested(&data);
+    nested.FromJSON(element);
+    field.push_back(std::move(data));
+  }
+}
+
+template <class Type>
+inline constexpr bool kIsSequence = false;
+template <class Data>
+inline constexpr bool kIsSequence<Sequence<Data>> = true;
+
 template <class Record>
-std::string SerializeJsonResponse(RecordAdapter<Record>& record) {
-  // What a filter leaves out is decided while the tree is built.
+template <class Type>
+void RecordAdapter<Record>::ReadField(const rapidjson::Value& value, const char* key, Type& field) {
+  if constexpr (std::is_same_v<Type, Integer>) {
+    ReadInteger(value, key, field);
+  } else if constexpr (std::is_same_v<Type, Boolean>) {
+    ReadBoolean(value, key, field);
+  } else if constexpr (std::is_same_v<Type, Text>) {
+    ReadText(value, key, field);
+  } else if constexpr (kIsSequence<Type>) {
+    ReadSequence(value, key, field);
+  } else {
+    ReadNested(value, key, field);
+  }
+}
+
+template <class Record>
+void RecordAdapter<Record>::FromJSON(const rapidjson::Value& value) {
+  ForEachField<Data>([&](const auto& field) { ReadField(value, field.key, m_pData->*field.member); });
+}
+
+template <class Record>
+template <class Type>
+void RecordAdapter<Record>::AddField(rapidjson::Value& object, const char* key, Type& field, Allocator& allocator) {
+  if constexpr (std::is_same_v<Type, Integer>) {
+    AddInteger(object, key, field, allocator);
+  } else if constexpr (std::is_same_v<Type, Boolean>) {
+    AddBoolean(object, key, field, allocator);
+  } else if constexpr (std::is_same_v<Type, Text>) {
+    AddText(object, key, field, allocator);
+  } else if constexpr (kIsSequence<Type>) {
+    rapidjson::Value array(rapidjson::kArrayType);
+    array.Reserve(static_cast<rapidjson::SizeType>(field.size()), allocator);
+    for (auto& element : field) {
+      AdapterOf<typename Type::value_type> nested(&element);
+      array.PushBack(nested.ToJSON(allocator), allocator);
+    }
+    AddValue(object, key, array, allocator);
+  } else {
+    AdapterOf<Type> nested(&field);
+    rapidjson::Value written = nested.ToJSON(allocator);
+    AddValue(object, key, written, allocator);
+  }
+}
+
+template <class Record>
+rapidjson::Value RecordAdapter<Record>::ToJSON(rapidjson::Document::AllocatorType& allocator) {
+  rapidjson::Value object(rapidjson::kObjectType);
+  ForEachField<Data>([&](const auto& field) { AddField(object, field.key, m_pData->*field.member, allocator); });
+  return object;
+}
+
+// Writes the record straight into a writer: the same bytes as its ToJSON, without the value tree.
+template <class Writer, class Data>
+void WriteRecord(Writer& writer, const Data& data) {
+  writer.StartObject();
+  ForEachField<Data>([&](const auto& field) {
+    using Type = std::remove_cvref_t<decltype(data.*field.member)>;
+    const Type& value = data.*field.member;
+    writer.Key(field.key, field.keyLength);
+    if constexpr (std::is_same_v<Type, Integer>) {
+      writer.Int(value);
+    } else if constexpr (std::is_same_v<Type, Boolean>) {
+      writer.Bool(value);
+    } else if constexpr (std::is_same_v<Type, Text>) {
+      const auto text = WrittenText(value);
+      writer.String(text.s, text.length);
+    } else if constexpr (kIsSequence<Type>) {
+      writer.StartArray();
+      for (const auto& element : value) WriteRecord(writer, element);
+      writer.EndArray();
+    } else {
+      WriteRecord(writer, value);
+    }
+  });
+  writer.EndObject();
+}
+
+// The same for an adapter whose record is known: no value tree is built unless a key filter has to be asked.
+template <class Data>
+std::string SerializeJsonResponse(RecordAdapter<Data>& record) {
   if (record.m_keyFilter) return SerializeJsonResponse(static_cast<IJSONStruct&>(record));
   rapidjson::StringBuffer buffer;
   rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  WriteField(writer, *record.m_pData);
+  WriteRecord(writer, *record.m_pData);
   return std::string(buffer.GetString(), buffer.GetSize());
 }
 
 }  // namespace QorviVideoComm
+
+#define QORVI_RECORD_MEMBER(type, name, ...) type name{__VA_ARGS__};
+#define QORVI_RECORD_FIELD(type, name, ...) QorviVideoComm::MakeField(#name, &Data::name),
+
+// Declares the structure, its fields in order, and its adapter.
+#define QORVI_RECORD(Name, FIELDS)                                      \
+  struct Name {                                                         \
+    FIELDS(QORVI_RECORD_MEMBER)                                         \
+    friend bool operator==(const Name&, const Name&) = default;         \
+  };                                                                    \
+  constexpr auto FieldsOf(std::type_identity<Name>) {                   \
+    using Data = Name;                                                  \
+    return std::tuple{FIELDS(QORVI_RECORD_FIELD)};                      \
+  }                                                                     \
+  struct Name##JSONStruct final : QorviVideoComm::RecordAdapter<Name> { \
+    using RecordAdapter::RecordAdapter;                                 \
+  };                                                                    \
+  std::type_identity<Name##JSONStruct> AdapterTypeOf(std::type_identity<Name>);

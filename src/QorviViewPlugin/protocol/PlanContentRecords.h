@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a plan consists of: pages of windows, each with its extras. Key names are the host's, mixed conventions included.
+// What a plan consists of: pages of windows, each with its extras. Key names are the host's, mixed conventions
+// included.
 #pragma once
 
 #include "QorviViewPlugin/protocol/JsonRecord.h"

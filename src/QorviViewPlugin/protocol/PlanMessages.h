@@ -1,257 +1,215 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests and responses of the plan-group and plan calls. Record and key names are the host's, odd spellings included.
+// Requests and responses of the plan-group and plan calls, and the elements of their lists. Names of records and keys
+// are the host's, letter for letter; "ErrorInfo" is empty on success.
 #pragma once
 
-#include "QorviViewPlugin/protocol/JsonRecord.h"
-#include "QorviViewPlugin/protocol/PlanContentRecords.h"
+#include "QorviViewPlugin/protocol/PlanContent.h"
 
 namespace QorviViewPlugin_view_plugin_protocol {
 
-// clang-format off
+// --- List elements
 
-#define QORVI_PLAN_GROUP_FIELDS(FIELD) \
-  FIELD(std::string, Name) \
-  FIELD(std::string, ParentID) \
-  FIELD(std::string, ID) \
-  FIELD(int, Type) \
-  FIELD(bool, is_share_viwgroup)
-QORVI_RECORD(PlanGroup, QORVI_PLAN_GROUP_FIELDS)
-#undef QORVI_PLAN_GROUP_FIELDS
+#define QORVI_PLAN_GROUP(FIELD) \
+  FIELD(Text, Name)             \
+  FIELD(Text, ParentID)         \
+  FIELD(Text, ID)               \
+  FIELD(Integer, Type)          \
+  FIELD(Boolean, is_share_viwgroup)
+QORVI_RECORD(PlanGroup, QORVI_PLAN_GROUP)
 
-// A plan without its pages.
-#define QORVI_PLAN_BASIC_INFO_FIELDS(FIELD) \
-  FIELD(std::string, name) \
-  FIELD(std::string, Remark) \
-  FIELD(std::string, ID) \
-  FIELD(std::string, ParentID) \
-  FIELD(int, Type) \
-  FIELD(bool, is_share_view)
-QORVI_RECORD(PlanBasicInfo, QORVI_PLAN_BASIC_INFO_FIELDS)
-#undef QORVI_PLAN_BASIC_INFO_FIELDS
+#define QORVI_PLAN_BASIC_INFO(FIELD) \
+  FIELD(Text, name)                  \
+  FIELD(Text, Remark)                \
+  FIELD(Text, ID)                    \
+  FIELD(Text, ParentID)              \
+  FIELD(Integer, Type)               \
+  FIELD(Boolean, is_share_view)
+QORVI_RECORD(PlanBasicInfo, QORVI_PLAN_BASIC_INFO)
 
-// One hit of a search.
-#define QORVI_SEARCHED_PLAN_FIELDS(FIELD) \
-  FIELD(std::string, indexCode) \
-  FIELD(std::string, name) \
-  FIELD(std::string, hightlightName) \
-  FIELD(int, roundTime) \
-  FIELD(std::string, remark) \
-  FIELD(std::string, presetDocType) \
-  FIELD(std::string, uploadPresetDoc) \
-  FIELD(std::string, appCode) \
-  FIELD(std::string, ownerId) \
-  FIELD(std::string, flag) \
-  FIELD(std::string, autoRun) \
-  FIELD(std::string, planStartTime) \
-  FIELD(std::string, planEndTime)
-QORVI_RECORD(SearchedPlan, QORVI_SEARCHED_PLAN_FIELDS)
-#undef QORVI_SEARCHED_PLAN_FIELDS
+#define QORVI_SEARCHED_PLAN(FIELD) \
+  FIELD(Text, indexCode)           \
+  FIELD(Text, name)                \
+  FIELD(Text, hightlightName)      \
+  FIELD(Integer, roundTime)        \
+  FIELD(Text, remark)              \
+  FIELD(Text, presetDocType)       \
+  FIELD(Text, uploadPresetDoc)     \
+  FIELD(Text, appCode)             \
+  FIELD(Text, ownerId)             \
+  FIELD(Text, flag)                \
+  FIELD(Text, autoRun)             \
+  FIELD(Text, planStartTime)       \
+  FIELD(Text, planEndTime)
+QORVI_RECORD(SearchedPlan, QORVI_SEARCHED_PLAN)
 
-#define QORVI_GET_PLAN_GROUPS_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, ParentID) \
-  FIELD(int, GroupType)
-QORVI_RECORD(GetPlanGroupsRequest, QORVI_GET_PLAN_GROUPS_REQUEST_FIELDS)
-#undef QORVI_GET_PLAN_GROUPS_REQUEST_FIELDS
+// A response that holds nothing but the error text.
+#define QORVI_ERROR_INFO_ONLY(FIELD) FIELD(Text, ErrorInfo)
+// A response that answers the id of what was added.
+#define QORVI_ERROR_INFO_AND_ID(FIELD) \
+  FIELD(Text, ErrorInfo)               \
+  FIELD(Text, ID)
 
-#define QORVI_GET_PLAN_GROUPS_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo) \
-  FIELD(int, Total) \
-  FIELD(std::vector<PlanGroup>, PlanGroups)
-QORVI_RECORD(GetPlanGroupsResponse, QORVI_GET_PLAN_GROUPS_RESPONSE_FIELDS)
-#undef QORVI_GET_PLAN_GROUPS_RESPONSE_FIELDS
+// --- Plan groups
 
-#define QORVI_ADD_PLAN_GROUP_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, Name) \
-  FIELD(std::string, ParentID) \
-  FIELD(int, Type) \
-  FIELD(bool, is_share_viewgroup)
-QORVI_RECORD(AddPlanGroupRequest, QORVI_ADD_PLAN_GROUP_REQUEST_FIELDS)
-#undef QORVI_ADD_PLAN_GROUP_REQUEST_FIELDS
+#define QORVI_GET_PLAN_GROUPS_REQUEST(FIELD) \
+  FIELD(Text, ParentID)                      \
+  FIELD(Integer, GroupType)
+QORVI_RECORD(GetPlanGroupsRequest, QORVI_GET_PLAN_GROUPS_REQUEST)
 
-#define QORVI_ADD_PLAN_GROUP_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo) \
-  FIELD(std::string, ID)
-QORVI_RECORD(AddPlanGroupResponse, QORVI_ADD_PLAN_GROUP_RESPONSE_FIELDS)
-#undef QORVI_ADD_PLAN_GROUP_RESPONSE_FIELDS
+#define QORVI_GET_PLAN_GROUPS_RESPONSE(FIELD) \
+  FIELD(Text, ErrorInfo)                      \
+  FIELD(Integer, Total)                       \
+  FIELD(Sequence<PlanGroup>, PlanGroups)
+QORVI_RECORD(GetPlanGroupsResponse, QORVI_GET_PLAN_GROUPS_RESPONSE)
 
-#define QORVI_UPDATE_PLAN_GROUP_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, Name) \
-  FIELD(std::string, ID) \
-  FIELD(bool, is_share_viewgroup)
-QORVI_RECORD(UpdatePlanGroupRequest, QORVI_UPDATE_PLAN_GROUP_REQUEST_FIELDS)
-#undef QORVI_UPDATE_PLAN_GROUP_REQUEST_FIELDS
+#define QORVI_ADD_PLAN_GROUP_REQUEST(FIELD) \
+  FIELD(Text, Name)                         \
+  FIELD(Text, ParentID)                     \
+  FIELD(Integer, Type)                      \
+  FIELD(Boolean, is_share_viewgroup)
+QORVI_RECORD(AddPlanGroupRequest, QORVI_ADD_PLAN_GROUP_REQUEST)
+QORVI_RECORD(AddPlanGroupResponse, QORVI_ERROR_INFO_AND_ID)
 
-#define QORVI_UPDATE_PLAN_GROUP_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo)
-QORVI_RECORD(UpdatePlanGroupResponse, QORVI_UPDATE_PLAN_GROUP_RESPONSE_FIELDS)
-#undef QORVI_UPDATE_PLAN_GROUP_RESPONSE_FIELDS
+#define QORVI_UPDATE_PLAN_GROUP_REQUEST(FIELD) \
+  FIELD(Text, Name)                            \
+  FIELD(Text, ID)                              \
+  FIELD(Boolean, is_share_viewgroup)
+QORVI_RECORD(UpdatePlanGroupRequest, QORVI_UPDATE_PLAN_GROUP_REQUEST)
+QORVI_RECORD(UpdatePlanGroupResponse, QORVI_ERROR_INFO_ONLY)
 
-#define QORVI_DELETE_PLAN_GROUP_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, ID) \
-  FIELD(std::string, GroupName) \
-  FIELD(int, Type)
-QORVI_RECORD(DeletePlanGroupRequest, QORVI_DELETE_PLAN_GROUP_REQUEST_FIELDS)
-#undef QORVI_DELETE_PLAN_GROUP_REQUEST_FIELDS
+#define QORVI_DELETE_PLAN_GROUP_REQUEST(FIELD) \
+  FIELD(Text, ID)                              \
+  FIELD(Text, GroupName)                       \
+  FIELD(Integer, Type)
+QORVI_RECORD(DeletePlanGroupRequest, QORVI_DELETE_PLAN_GROUP_REQUEST)
+QORVI_RECORD(DeletePlanGroupResponse, QORVI_ERROR_INFO_ONLY)
 
-#define QORVI_DELETE_PLAN_GROUP_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo)
-QORVI_RECORD(DeletePlanGroupResponse, QORVI_DELETE_PLAN_GROUP_RESPONSE_FIELDS)
-#undef QORVI_DELETE_PLAN_GROUP_RESPONSE_FIELDS
+// --- Plans
 
-#define QORVI_GET_PLANS_IN_GROUP_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, GroupID) \
-  FIELD(int, Type) \
-  FIELD(bool, resource_download_judge)
-QORVI_RECORD(GetPlansInGroupRequest, QORVI_GET_PLANS_IN_GROUP_REQUEST_FIELDS)
-#undef QORVI_GET_PLANS_IN_GROUP_REQUEST_FIELDS
+#define QORVI_GET_PLANS_IN_GROUP_REQUEST(FIELD) \
+  FIELD(Text, GroupID)                          \
+  FIELD(Integer, Type)                          \
+  FIELD(Boolean, resource_download_judge)
+QORVI_RECORD(GetPlansInGroupRequest, QORVI_GET_PLANS_IN_GROUP_REQUEST)
 
-#define QORVI_GET_PLANS_IN_GROUP_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo) \
-  FIELD(int, Total) \
-  FIELD(std::vector<PlanBasicInfo>, Plans)
-QORVI_RECORD(GetPlansInGroupResponse, QORVI_GET_PLANS_IN_GROUP_RESPONSE_FIELDS)
-#undef QORVI_GET_PLANS_IN_GROUP_RESPONSE_FIELDS
+#define QORVI_GET_PLANS_IN_GROUP_RESPONSE(FIELD) \
+  FIELD(Text, ErrorInfo)                         \
+  FIELD(Integer, Total)                          \
+  FIELD(Sequence<PlanBasicInfo>, Plans)
+QORVI_RECORD(GetPlansInGroupResponse, QORVI_GET_PLANS_IN_GROUP_RESPONSE)
 
-#define QORVI_ADD_PLAN_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, GroupID) \
-  FIELD(std::string, GroupName) \
-  FIELD(std::string, Name) \
-  FIELD(int, Type) \
-  FIELD(int, AutoCycle) \
-  FIELD(int, RoundTime) \
-  FIELD(std::string, Remark) \
-  FIELD(int, AutoRun) \
-  FIELD(std::string, PlanStartTime) \
-  FIELD(std::string, PlanEndTime) \
-  FIELD(std::string, OwnerId) \
-  FIELD(std::vector<PlanPage>, PlanPages)
-QORVI_RECORD(AddPlanRequest, QORVI_ADD_PLAN_REQUEST_FIELDS)
-#undef QORVI_ADD_PLAN_REQUEST_FIELDS
+#define QORVI_ADD_PLAN_REQUEST(FIELD) \
+  FIELD(Text, GroupID)                \
+  FIELD(Text, GroupName)              \
+  FIELD(Text, Name)                   \
+  FIELD(Integer, Type)                \
+  FIELD(Integer, AutoCycle)           \
+  FIELD(Integer, RoundTime)           \
+  FIELD(Text, Remark)                 \
+  FIELD(Integer, AutoRun)             \
+  FIELD(Text, PlanStartTime)          \
+  FIELD(Text, PlanEndTime)            \
+  FIELD(Text, OwnerId)                \
+  FIELD(Sequence<PlanPage>, PlanPages)
+QORVI_RECORD(AddPlanRequest, QORVI_ADD_PLAN_REQUEST)
+QORVI_RECORD(AddPlanResponse, QORVI_ERROR_INFO_AND_ID)
 
-#define QORVI_ADD_PLAN_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo) \
-  FIELD(std::string, ID)
-QORVI_RECORD(AddPlanResponse, QORVI_ADD_PLAN_RESPONSE_FIELDS)
-#undef QORVI_ADD_PLAN_RESPONSE_FIELDS
+#define QORVI_UPDATE_PLAN_REQUEST(FIELD) \
+  FIELD(Text, GroupID)                   \
+  FIELD(Text, GroupName)                 \
+  FIELD(Text, ID)                        \
+  FIELD(Text, Name)                      \
+  FIELD(Text, OwnerId)                   \
+  FIELD(Integer, Type)                   \
+  FIELD(Integer, AutoCycle)              \
+  FIELD(Integer, RoundTime)              \
+  FIELD(Text, Remark)                    \
+  FIELD(Integer, AutoRun)                \
+  FIELD(Text, PlanStartTime)             \
+  FIELD(Text, PlanEndTime)               \
+  FIELD(Sequence<PlanPage>, PlanPages)   \
+  FIELD(Boolean, is_share_view)
+QORVI_RECORD(UpdatePlanRequest, QORVI_UPDATE_PLAN_REQUEST)
+QORVI_RECORD(UpdatePlanResponse, QORVI_ERROR_INFO_ONLY)
 
-#define QORVI_UPDATE_PLAN_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, GroupID) \
-  FIELD(std::string, GroupName) \
-  FIELD(std::string, ID) \
-  FIELD(std::string, Name) \
-  FIELD(std::string, OwnerId) \
-  FIELD(int, Type) \
-  FIELD(int, AutoCycle) \
-  FIELD(int, RoundTime) \
-  FIELD(std::string, Remark) \
-  FIELD(int, AutoRun) \
-  FIELD(std::string, PlanStartTime) \
-  FIELD(std::string, PlanEndTime) \
-  FIELD(std::vector<PlanPage>, PlanPages) \
-  FIELD(bool, is_share_view)
-QORVI_RECORD(UpdatePlanRequest, QORVI_UPDATE_PLAN_REQUEST_FIELDS)
-#undef QORVI_UPDATE_PLAN_REQUEST_FIELDS
+#define QORVI_DELETE_PLAN_RESQUEST(FIELD) \
+  FIELD(Text, ID)                         \
+  FIELD(Text, Name)                       \
+  FIELD(Text, GroupID)                    \
+  FIELD(Text, GroupName)                  \
+  FIELD(Text, UserID)
+QORVI_RECORD(DeletePlanResquest, QORVI_DELETE_PLAN_RESQUEST)
+QORVI_RECORD(DeletePlanResponse, QORVI_ERROR_INFO_ONLY)
 
-#define QORVI_UPDATE_PLAN_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo)
-QORVI_RECORD(UpdatePlanResponse, QORVI_UPDATE_PLAN_RESPONSE_FIELDS)
-#undef QORVI_UPDATE_PLAN_RESPONSE_FIELDS
+// A request that leaves "NeedResourceName" out asks for the names.
+#define QORVI_GET_PLAN_DETAIL_REQUEST(FIELD) \
+  FIELD(Text, ID)                            \
+  FIELD(Integer, AutoRun)                    \
+  FIELD(Text, PermissionItem)                \
+  FIELD(Boolean, NeedResourceName, true)     \
+  FIELD(Boolean, resource_download_judge)
+QORVI_RECORD(GetPlanDetailRequest, QORVI_GET_PLAN_DETAIL_REQUEST)
 
-#define QORVI_DELETE_PLAN_RESQUEST_FIELDS(FIELD) \
-  FIELD(std::string, ID) \
-  FIELD(std::string, Name) \
-  FIELD(std::string, GroupID) \
-  FIELD(std::string, GroupName) \
-  FIELD(std::string, UserID)
-QORVI_RECORD(DeletePlanResquest, QORVI_DELETE_PLAN_RESQUEST_FIELDS)
-#undef QORVI_DELETE_PLAN_RESQUEST_FIELDS
+#define QORVI_GET_PLAN_DETAIL_RESPONSE(FIELD) \
+  FIELD(Text, ErrorInfo)                      \
+  FIELD(Text, GroupID)                        \
+  FIELD(Text, ID)                             \
+  FIELD(Text, Name)                           \
+  FIELD(Integer, Type)                        \
+  FIELD(Integer, AutoCycle)                   \
+  FIELD(Integer, RoundTime)                   \
+  FIELD(Text, AppCode)                        \
+  FIELD(Text, Remark)                         \
+  FIELD(Text, OwnerId)                        \
+  FIELD(Text, CreateTime)                     \
+  FIELD(Integer, AutoRun)                     \
+  FIELD(Text, PlanStartTime)                  \
+  FIELD(Text, PlanEndTime)                    \
+  FIELD(Sequence<PlanPage>, PlanPages)        \
+  FIELD(Boolean, is_share_view)               \
+  FIELD(Text, share_user_name)
+QORVI_RECORD(GetPlanDetailResponse, QORVI_GET_PLAN_DETAIL_RESPONSE)
 
-#define QORVI_DELETE_PLAN_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo)
-QORVI_RECORD(DeletePlanResponse, QORVI_DELETE_PLAN_RESPONSE_FIELDS)
-#undef QORVI_DELETE_PLAN_RESPONSE_FIELDS
+#define QORVI_GET_PLAN_CONFIG_REQUEST(FIELD) FIELD(Text, request)
+QORVI_RECORD(GetPlanConfigRequest, QORVI_GET_PLAN_CONFIG_REQUEST)
 
-#define QORVI_GET_PLAN_DETAIL_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, ID) \
-  FIELD(int, AutoRun) \
-  FIELD(std::string, PermissionItem) \
-  FIELD(bool, NeedResourceName, true) \
-  FIELD(bool, resource_download_judge)
-QORVI_RECORD(GetPlanDetailRequest, QORVI_GET_PLAN_DETAIL_REQUEST_FIELDS)
-#undef QORVI_GET_PLAN_DETAIL_REQUEST_FIELDS
+// The plugin's feature switches.
+#define QORVI_GET_PLAN_CONFIG_RESPONSE(FIELD)      \
+  FIELD(Boolean, LoadAll)                          \
+  FIELD(Boolean, CreateRootPlan)                   \
+  FIELD(Boolean, EnableSearch, true)               \
+  FIELD(Boolean, EnableDrag, true)                 \
+  FIELD(Boolean, SupportDelPlanWithChildren, true) \
+  FIELD(Integer, ViewOrPlan)                       \
+  FIELD(Boolean, SupportTimedPlay)                 \
+  FIELD(Boolean, OnlyCamera)                       \
+  FIELD(Boolean, MoveBetweenPublicAndPrivate)      \
+  FIELD(Boolean, SupportAddCameraFromFavorite)     \
+  FIELD(Boolean, SupportSmoothStream, true)        \
+  FIELD(Boolean, ShowCreationInfo)                 \
+  FIELD(Boolean, IsSupportSaveSingleCycle)         \
+  FIELD(Boolean, SupportThumbnail, true)           \
+  FIELD(Boolean, SupportPlanGroupCycle)
+QORVI_RECORD(GetPlanConfigResponse, QORVI_GET_PLAN_CONFIG_RESPONSE)
 
-#define QORVI_GET_PLAN_DETAIL_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo) \
-  FIELD(std::string, GroupID) \
-  FIELD(std::string, ID) \
-  FIELD(std::string, Name) \
-  FIELD(int, Type) \
-  FIELD(int, AutoCycle) \
-  FIELD(int, RoundTime) \
-  FIELD(std::string, AppCode) \
-  FIELD(std::string, Remark) \
-  FIELD(std::string, OwnerId) \
-  FIELD(std::string, CreateTime) \
-  FIELD(int, AutoRun) \
-  FIELD(std::string, PlanStartTime) \
-  FIELD(std::string, PlanEndTime) \
-  FIELD(std::vector<PlanPage>, PlanPages) \
-  FIELD(bool, is_share_view) \
-  FIELD(std::string, share_user_name)
-QORVI_RECORD(GetPlanDetailResponse, QORVI_GET_PLAN_DETAIL_RESPONSE_FIELDS)
-#undef QORVI_GET_PLAN_DETAIL_RESPONSE_FIELDS
+// --- Records that no exported function uses; they belong to the host's record set.
 
-#define QORVI_GET_PLAN_CONFIG_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, request)
-QORVI_RECORD(GetPlanConfigRequest, QORVI_GET_PLAN_CONFIG_REQUEST_FIELDS)
-#undef QORVI_GET_PLAN_CONFIG_REQUEST_FIELDS
+#define QORVI_PLAN_SEARCH_REQUEST(FIELD) \
+  FIELD(Text, keyword)                   \
+  FIELD(Integer, publicFlag)
+QORVI_RECORD(PlanSearchRequest, QORVI_PLAN_SEARCH_REQUEST)
 
-// What the library supports.
-#define QORVI_GET_PLAN_CONFIG_RESPONSE_FIELDS(FIELD) \
-  FIELD(bool, LoadAll) \
-  FIELD(bool, CreateRootPlan) \
-  FIELD(bool, EnableSearch, true) \
-  FIELD(bool, EnableDrag, true) \
-  FIELD(bool, SupportDelPlanWithChildren, true) \
-  FIELD(int, ViewOrPlan) \
-  FIELD(bool, SupportTimedPlay) \
-  FIELD(bool, OnlyCamera) \
-  FIELD(bool, MoveBetweenPublicAndPrivate) \
-  FIELD(bool, SupportAddCameraFromFavorite) \
-  FIELD(bool, SupportSmoothStream, true) \
-  FIELD(bool, ShowCreationInfo) \
-  FIELD(bool, IsSupportSaveSingleCycle) \
-  FIELD(bool, SupportThumbnail, true) \
-  FIELD(bool, SupportPlanGroupCycle)
-QORVI_RECORD(GetPlanConfigResponse, QORVI_GET_PLAN_CONFIG_RESPONSE_FIELDS)
-#undef QORVI_GET_PLAN_CONFIG_RESPONSE_FIELDS
+#define QORVI_PLAN_SEARCH_RESPONSE(FIELD) \
+  FIELD(Text, ErrorInfo)                  \
+  FIELD(Integer, total)                   \
+  FIELD(Sequence<SearchedPlan>, searchedPlan)
+QORVI_RECORD(PlanSearchResponse, QORVI_PLAN_SEARCH_RESPONSE)
 
-// No exchange uses this record or the three after it.
-#define QORVI_PLAN_SEARCH_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, keyword) \
-  FIELD(int, publicFlag)
-QORVI_RECORD(PlanSearchRequest, QORVI_PLAN_SEARCH_REQUEST_FIELDS)
-#undef QORVI_PLAN_SEARCH_REQUEST_FIELDS
-
-#define QORVI_PLAN_SEARCH_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo) \
-  FIELD(int, total) \
-  FIELD(std::vector<SearchedPlan>, searchedPlan)
-QORVI_RECORD(PlanSearchResponse, QORVI_PLAN_SEARCH_RESPONSE_FIELDS)
-#undef QORVI_PLAN_SEARCH_RESPONSE_FIELDS
-
-#define QORVI_INDEX_CODE_START_REQUEST_FIELDS(FIELD) \
-  FIELD(std::string, IndexCode) \
-  FIELD(bool, Start) \
-  FIELD(bool, Success)
-QORVI_RECORD(IndexCodeStartRequest, QORVI_INDEX_CODE_START_REQUEST_FIELDS)
-#undef QORVI_INDEX_CODE_START_REQUEST_FIELDS
-
-#define QORVI_INDEX_CODE_START_RESPONSE_FIELDS(FIELD) \
-  FIELD(std::string, ErrorInfo)
-QORVI_RECORD(IndexCodeStartResponse, QORVI_INDEX_CODE_START_RESPONSE_FIELDS)
-#undef QORVI_INDEX_CODE_START_RESPONSE_FIELDS
-
-// clang-format on
+#define QORVI_INDEX_CODE_START_REQUEST(FIELD) \
+  FIELD(Text, IndexCode)                      \
+  FIELD(Boolean, Start)                       \
+  FIELD(Boolean, Success)
+QORVI_RECORD(IndexCodeStartRequest, QORVI_INDEX_CODE_START_REQUEST)
+QORVI_RECORD(IndexCodeStartResponse, QORVI_ERROR_INFO_ONLY)
 
 }  // namespace QorviViewPlugin_view_plugin_protocol
