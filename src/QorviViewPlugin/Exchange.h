@@ -1,78 +1,134 @@
 // SPDX-License-Identifier: Apache-2.0
-// The frame of the 17 exchanges: read the request, run the exchange's middle, write the response, answer.
+// The frame of the exchanges, bool F(request, response). An exchange writes its middle only, a function that turns the
+// request record into the response record:
+//
+//     void AnswerAddPlan(const protocol::AddPlanRequest& request, protocol::AddPlanResponse& response);
+//     bool AddPlan(const std::string& request, std::string& response) {
+//       return RunExchange(request, response, AnswerAddPlan);
+//     }
+//
+// Whatever the middle throws ends here. Any thread; the frame holds no state and no lock.
 #pragma once
 
 #include <string>
-#include <type_traits>
 
-#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/protocol/JsonRecord.h"
 #include "VantBase/Error.h"
 
+namespace QorviViewPlugin_view_plugin_protocol {}
+
 namespace QorviViewPlugin {
 
-inline CViewGroupManager& Manager() {
-  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
+namespace protocol = ::QorviViewPlugin_view_plugin_protocol;
+
+template <class Response>
+concept HasErrorText = requires(Response& response) {
+  response.ErrorInfo;
+}
+|| requires(Response& response) {
+  response.error_info;
+};
+
+template <HasErrorText Response>
+std::string& ErrorTextOf(Response& response) {
+  if constexpr (requires { response.ErrorInfo; }) {
+    return response.ErrorInfo;
+  } else {
+    return response.error_info;
+  }
 }
 
-// The display text of an error record, as responses carry it.
-std::string ErrorTextOf(const Vant::Base::Error::ErrorCode& error);
-// The text of a failure inside the library itself.
-std::string InternalErrorText();
+// The record that a request text gives; an unreadable text gives the defaults.
+template <class Request>
+Request ReadRequest(const std::string& text) {
+  Request request;
+  QorviVideoComm::AdapterOf<Request> record(&request);
+  QorviVideoComm::ParseJsonRequest(record, text);
+  return request;
+}
 
-// The host's translation of a key, as UTF-8.
+template <class Response>
+std::string WriteResponse(Response& response) {
+  QorviVideoComm::AdapterOf<Response> record(&response);
+  return QorviVideoComm::SerializeJsonResponse(record);
+}
+
+// Within a catch block: what the host is told of the exception that is being handled.
+std::string CaughtErrorText();
+
+// Runs the body of an exported function and answers its result, or `onFailure` when it throws.
+template <class Result, class Body>
+Result Guarded(Result onFailure, Body body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    return onFailure;
+  }
+}
+
+// Runs the body of an exchange, which sets the response text and answers the result. What it throws gives false and a
+// fresh response record, with an error text where the record has one; where memory does not even allow that, an empty
+// object.
+template <class Response, class Body>
+bool GuardedExchange(std::string& responseText, Body body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    try {
+      Response failed;
+      if constexpr (HasErrorText<Response>) ErrorTextOf(failed) = CaughtErrorText();
+      responseText = WriteResponse(failed);
+    } catch (...) {
+      responseText = "{}";  // short enough to need no memory
+    }
+    return false;
+  }
+}
+
+// For the exchanges that decide their result themselves: it is what the middle answers.
+template <class Request, class Response>
+bool RunExchange(const std::string& requestText, std::string& responseText,
+                 bool (*answer)(const Request&, Response&)) noexcept {
+  return GuardedExchange<Response>(responseText, [&] {
+    const Request request = ReadRequest<Request>(requestText);
+    Response response;
+    const bool result = answer(request, response);
+    responseText = WriteResponse(response);
+    return result;
+  });
+}
+
+// For all others: the result is true exactly when the response's error text is empty, whatever left it so.
+template <class Request, HasErrorText Response>
+bool RunExchange(const std::string& requestText, std::string& responseText,
+                 void (*answer)(const Request&, Response&)) noexcept {
+  return GuardedExchange<Response>(responseText, [&] {
+    const Request request = ReadRequest<Request>(requestText);
+    Response response;
+    answer(request, response);
+    responseText = WriteResponse(response);
+    return ErrorTextOf(response).empty();
+  });
+}
+
+// What the platform's translator makes of a key; the key itself where no translator is installed.
 std::string Translated(const char* key);
 
-// The id of the logged-in user, -1 when nobody is.
-int CurrentUserId();
+// The display text of an error record; empty when its sub error is 0.
+std::string TextOf(const Vant::Base::Error::ErrorCode& error);
 
-// A response's error text, whose name differs between the records; null for the two records without one.
-template <class Response>
-std::string* ErrorTextField(Response& response) {
-  if constexpr (requires { response.ErrorInfo; }) {
-    return &response.ErrorInfo;
-  } else if constexpr (requires { response.error_info; }) {
-    return &response.error_info;
-  } else {
-    return nullptr;
-  }
-}
+// The owner of a plan or plan group of that type: nobody where it is public, else the current user.
+unsigned int OwnerForType(int type);
 
-template <class Response>
-void WriteResponse(Response& data, std::string& response) {
-  QorviVideoComm::RecordAdapter<Response> record(&data);
-  response = QorviVideoComm::SerializeJsonResponse(record);
-}
+// The ids by which a host names the top of the tree, beside -1.
+inline constexpr unsigned int kHostTopLevel = AsUnsigned(-2);
+inline constexpr unsigned int kHostOtherTopLevel = AsUnsigned(-4);
 
-// Runs one exchange. `middle(request, response)` fills the response record. Where it answers bool, that is the result;
-// where it answers nothing, the result is whether the response's error text is empty. An unreadable request leaves the
-// request record at its defaults. Whatever fails, nothing is thrown: the result is then false, and the response a
-// record that says so as far as memory allows.
-template <class Request, class Response, class Middle>
-bool RunExchange(const std::string& request, std::string& response, const Middle& middle) noexcept {
-  try {
-    Request requestData;
-    QorviVideoComm::RecordAdapter<Request> requestRecord(&requestData);
-    QorviVideoComm::ParseJsonRequest(requestRecord, request);
-    Response responseData;
-    bool result = false;
-    if constexpr (std::is_same_v<decltype(middle(requestData, responseData)), bool>) {
-      result = middle(requestData, responseData);
-    } else {
-      middle(requestData, responseData);
-      result = ErrorTextField(responseData)->empty();
-    }
-    WriteResponse(responseData, response);
-    return result;
-  } catch (...) {
-  }
-  try {
-    Response failed;
-    if (std::string* const errorText = ErrorTextField(failed)) *errorText = InternalErrorText();
-    WriteResponse(failed, response);
-  } catch (...) {
-  }
-  return false;
-}
+// The id with both of them read as -1, none.
+unsigned int TopLevelAsNone(unsigned int id);
+
+// Returns once the platform reports its download of groups and views finished, however long that takes.
+void WaitForViewDownload();
 
 }  // namespace QorviViewPlugin

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 
+#include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "ResourceStore/ViewGroupManager.h"
 
@@ -11,7 +12,8 @@ std::atomic<bool> s_bEnvirInit{false};
 }  // namespace
 
 bool InitEnvir() {
-  if (!s_bEnvirInit) s_bEnvirInit = true;
+  // Nothing else to do: what the library needs is made on first use.
+  s_bEnvirInit = true;
   return true;
 }
 
@@ -25,5 +27,7 @@ bool IsSupportPlanChangeOrder() {
 }
 
 bool IsViewResourceDownFinish() {
-  return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance().IsViewDownloadSuccess();
+  return QorviViewPlugin::Guarded(false, [] {
+    return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance().IsViewDownloadSuccess();
+  });
 }

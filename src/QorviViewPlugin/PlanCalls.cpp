@@ -2,23 +2,26 @@
 #include <QString>
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "VeltControl/VeltControl.h"
 
+namespace QorviViewPlugin {
 namespace {
 
-using namespace QorviViewPlugin;
-using namespace QorviViewPlugin_view_plugin_protocol;
 using Vant::Base::Error::ErrorCode;
+using Views = std::vector<std::shared_ptr<CView>>;
 
-PlanBasicInfo BasicInfoOf(const ViewInfo& view) {
-  PlanBasicInfo entry;
+CViewGroupManager& Manager() {
+  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
+}
+
+protocol::PlanBasicInfo ToPlanBasicInfo(const ViewInfo& view) {
+  protocol::PlanBasicInfo entry;
   entry.name = view.strName;
   entry.ID = IntToString(AsSigned(view.idView));
   entry.ParentID = IntToString(AsSigned(view.idViewGroup));
@@ -27,123 +30,124 @@ PlanBasicInfo BasicInfoOf(const ViewInfo& view) {
   return entry;
 }
 
-// The views in no group, of one type. They are not counted in "Total".
-void ListWithoutGroup(int type, GetPlansInGroupResponse& response) {
-  std::vector<std::shared_ptr<CView>> views;
-  Manager().GetViewsWithoutGroup(views);
+// The plans in the order of the platform's name comparison. Names are made into its strings once each, not once per
+// comparison.
+std::vector<protocol::PlanBasicInfo> SortedPlans(const Views& views) {
+  std::vector<std::pair<QString, protocol::PlanBasicInfo>> named;
+  named.reserve(views.size());
   for (const auto& view : views) {
-    const auto info = view->Info();
-    if (info->enumViewType == type) response.Plans.push_back(BasicInfoOf(*info));
+    auto entry = ToPlanBasicInfo(*view->Info());
+    QString name = VeltControl::StringToQString(entry.name);
+    named.emplace_back(std::move(name), std::move(entry));
   }
-}
-
-// All members of a group, of whatever type.
-void ListMembers(unsigned int groupId, GetPlansInGroupResponse& response) {
-  const auto group = Manager().GetViewGroupByID(groupId);
-  if (!group) {
-    response.ErrorInfo = Translated("KaBeAUoxlQkKBOqwV");
-    return;
-  }
-  std::vector<std::shared_ptr<CView>> views;
-  group->GetMemberViews(views);
-  response.Total = static_cast<int>(views.size());
-  response.Plans.reserve(views.size());
-  for (const auto& view : views) response.Plans.push_back(BasicInfoOf(*view->Info()));
-}
-
-void SortByName(std::vector<PlanBasicInfo>& plans) {
-  using Model = VeltControl::CStandardItemModel;
-  std::vector<std::pair<QString, size_t>> order;
-  order.reserve(plans.size());
-  for (size_t i = 0; i < plans.size(); ++i) order.emplace_back(VeltControl::StringToQString(plans[i].name), i);
-  std::sort(order.begin(), order.end(), [](const auto& left, const auto& right) {
-    return Model::CustomStringCompare(left.first, right.first, Model::SortByName);
+  std::sort(named.begin(), named.end(), [](const auto& left, const auto& right) {
+    return VeltControl::CStandardItemModel::CustomStringCompare(left.first, right.first,
+                                                                VeltControl::CStandardItemModel::SortByName);
   });
-  std::vector<PlanBasicInfo> sorted;
-  sorted.reserve(plans.size());
-  for (const auto& [name, i] : order) sorted.push_back(std::move(plans[i]));
-  plans = std::move(sorted);
+  std::vector<protocol::PlanBasicInfo> plans;
+  plans.reserve(named.size());
+  for (auto& [name, entry] : named) plans.push_back(std::move(entry));
+  return plans;
 }
 
-// What AddPlan and UpdatePlan read alike.
+void AnswerGetPlansInGroup(const protocol::GetPlansInGroupRequest& request,
+                           protocol::GetPlansInGroupResponse& response) {
+  if (request.resource_download_judge) WaitForViewDownload();
+
+  Views views;
+  const unsigned int groupId = TopLevelAsNone(StringToUInt(request.GroupID));
+  if (groupId == kNoId) {
+    // "Total" stays 0 here, whatever is found.
+    Manager().GetViewsWithoutGroup(views);
+    std::erase_if(views, [&](const auto& view) { return view->GetViewType() != request.Type; });
+  } else if (const auto group = Manager().GetViewGroupByID(groupId)) {
+    group->GetMemberViews(views);
+    response.Total = static_cast<int>(views.size());
+  } else {
+    response.ErrorInfo = Translated("KaBeAUoxlQkKBOqwV");
+  }
+  response.Plans = SortedPlans(views);
+}
+
+bool AnswerGetPlanConfig(const protocol::GetPlanConfigRequest&, protocol::GetPlanConfigResponse& response) {
+  response.LoadAll = true;
+  response.CreateRootPlan = true;
+  response.EnableSearch = true;
+  response.EnableDrag = true;
+  response.SupportDelPlanWithChildren = true;
+  response.ViewOrPlan = 0;
+  response.SupportTimedPlay = false;
+  response.OnlyCamera = false;
+  response.MoveBetweenPublicAndPrivate = false;
+  response.SupportSmoothStream = true;
+  response.IsSupportSaveSingleCycle = true;
+  response.SupportThumbnail = true;
+  response.SupportPlanGroupCycle = true;
+  return true;
+}
+
+// What adding and changing a plan have in common.
 template <class Request>
-ViewInfo ViewOf(const Request& request, ChangeMethod method) {
-  ViewInfo view;
-  view.nMethod = method;
-  view.enumViewType = request.Type;
-  view.idUser = OwnerOfType(request.Type);
-  view.strName = request.Name;
-  view.nAutoCycle = request.AutoCycle;
-  view.nCycleTime = request.RoundTime;
-  view.vcPages.reserve(request.PlanPages.size());
-  for (const PlanPage& page : request.PlanPages) view.vcPages.push_back(ToModel(page));
-  return view;
+ViewInfo ToViewInfo(const Request& request) {
+  ViewInfo info;
+  info.strName = request.Name;
+  info.enumViewType = request.Type;
+  info.idUser = OwnerForType(request.Type);
+  info.nAutoCycle = request.AutoCycle;
+  info.nCycleTime = request.RoundTime;
+  info.vcPages.reserve(request.PlanPages.size());
+  for (const auto& page : request.PlanPages) info.vcPages.push_back(ToViewPage(page));
+  return info;
+}
+
+void AnswerAddPlan(const protocol::AddPlanRequest& request, protocol::AddPlanResponse& response) {
+  ViewInfo info = ToViewInfo(request);
+  info.nMethod = ChangeAdded;
+  // Of the host's ids for the top of the tree only -2 is read as none here.
+  const unsigned int groupId = StringToUInt(request.GroupID);
+  info.idViewGroup = groupId == kHostTopLevel ? kNoId : groupId;
+
+  unsigned int newId = kNoId;
+  ErrorCode error;
+  if (!Manager().AddView(info, newId, error)) response.ErrorInfo = TextOf(error);
+  response.ID = IntToString(AsSigned(newId));
+}
+
+void AnswerUpdatePlan(const protocol::UpdatePlanRequest& request, protocol::UpdatePlanResponse& response) {
+  ViewInfo info = ToViewInfo(request);
+  info.nMethod = ChangeModified;
+  info.idView = StringToUInt(request.ID);
+  info.idViewGroup = TopLevelAsNone(StringToUInt(request.GroupID));
+  info.bShared = request.is_share_view;
+
+  ErrorCode error;
+  if (!Manager().ModifyView(info, error)) response.ErrorInfo = TextOf(error);
+}
+
+void AnswerDeletePlan(const protocol::DeletePlanResquest& request, protocol::DeletePlanResponse& response) {
+  ErrorCode error;
+  if (!Manager().DeleteView(StringToUInt(request.ID), error)) response.ErrorInfo = TextOf(error);
 }
 
 }  // namespace
+}  // namespace QorviViewPlugin
 
 bool GetPlansInGroup(const std::string& request, std::string& response) {
-  return RunExchange<GetPlansInGroupRequest, GetPlansInGroupResponse>(
-      request, response, [](const GetPlansInGroupRequest& from, GetPlansInGroupResponse& to) {
-        if (from.resource_download_judge) AwaitDownload();
-        const unsigned int groupId = StringToUInt(from.GroupID);
-        if (FoldBothTopLevels(groupId) == kNoId) {
-          ListWithoutGroup(from.Type, to);
-        } else {
-          ListMembers(groupId, to);
-        }
-        SortByName(to.Plans);
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlansInGroup);
 }
 
 bool GetPlanConfig(const std::string& request, std::string& response) {
-  return RunExchange<GetPlanConfigRequest, GetPlanConfigResponse>(
-      request, response, [](const GetPlanConfigRequest&, GetPlanConfigResponse& to) {
-        to.LoadAll = true;
-        to.CreateRootPlan = true;
-        to.EnableSearch = true;
-        to.EnableDrag = true;
-        to.SupportDelPlanWithChildren = true;
-        to.ViewOrPlan = 0;
-        to.SupportTimedPlay = false;
-        to.OnlyCamera = false;
-        to.MoveBetweenPublicAndPrivate = false;
-        to.SupportSmoothStream = true;
-        to.IsSupportSaveSingleCycle = true;
-        to.SupportThumbnail = true;
-        to.SupportPlanGroupCycle = true;
-        return true;
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanConfig);
 }
 
 bool AddPlan(const std::string& request, std::string& response) {
-  return RunExchange<AddPlanRequest, AddPlanResponse>(
-      request, response, [](const AddPlanRequest& from, AddPlanResponse& to) {
-        ViewInfo view = ViewOf(from, ChangeAdded);
-        view.idViewGroup = FoldFirstTopLevel(StringToUInt(from.GroupID));
-        unsigned int newId = kNoId;
-        ErrorCode error;
-        if (!Manager().AddView(view, newId, error)) to.ErrorInfo = ErrorTextOf(error);
-        to.ID = IntToString(AsSigned(newId));
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerAddPlan);
 }
 
 bool UpdatePlan(const std::string& request, std::string& response) {
-  return RunExchange<UpdatePlanRequest, UpdatePlanResponse>(
-      request, response, [](const UpdatePlanRequest& from, UpdatePlanResponse& to) {
-        ViewInfo view = ViewOf(from, ChangeModified);
-        view.idViewGroup = FoldBothTopLevels(StringToUInt(from.GroupID));
-        view.bShared = from.is_share_view;
-        view.idView = StringToUInt(from.ID);
-        ErrorCode error;
-        if (!Manager().ModifyView(view, error)) to.ErrorInfo = ErrorTextOf(error);
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerUpdatePlan);
 }
 
 bool DeletePlan(const std::string& request, std::string& response) {
-  return RunExchange<DeletePlanResquest, DeletePlanResponse>(
-      request, response, [](const DeletePlanResquest& from, DeletePlanResponse& to) {
-        ErrorCode error;
-        if (!Manager().DeleteView(StringToUInt(from.ID), error)) to.ErrorInfo = ErrorTextOf(error);
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerDeletePlan);
 }

@@ -3,282 +3,218 @@
 
 #include <algorithm>
 #include <iterator>
-#include <thread>
 
-#include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/TextConversion.h"
-#include "ResourceStore/Element.h"
-#include "ResourceStore/ViewGroupManager.h"
 
 namespace QorviViewPlugin {
 namespace {
 
-namespace host = QorviViewPlugin_view_plugin_protocol;
-using ResourceStore::CElement;
-using ResourceStore::CElementManager;
-using ResourceStore::Stream::StreamType;
+namespace protocol = ::QorviViewPlugin_view_plugin_protocol;
 
-// Contents that host and model number alike. An empty window is 0 there and 100 here.
-constexpr ResourceType kCommonTypes[] = {
-    ResourceTypeCamera, ResourceTypeDoor, ResourceTypeElevator, ResourceTypeRadar,   ResourceType1012, ResourceType1027,
-    ResourceType2004,   ResourceType5001, ResourceTypeEmap,     ResourceTypeWebPage, ResourceType29000};
+// One window content at the host and in the model.
+struct ContentCodes {
+  int host;
+  ResourceType model;
+};
 
-bool IsCommonType(int type) {
-  return std::find(std::begin(kCommonTypes), std::end(kCommonTypes), type) != std::end(kCommonTypes);
+constexpr ContentCodes kContentCodes[] = {
+    {0, ResourceTypeNone},     {1001, ResourceTypeCamera}, {1002, ResourceTypeDoor},     {1005, ResourceTypeElevator},
+    {1006, ResourceTypeRadar}, {1012, ResourceType1012},   {1027, ResourceType1027},     {2004, ResourceType2004},
+    {5001, ResourceType5001},  {7001, ResourceTypeEmap},   {25001, ResourceTypeWebPage}, {29000, ResourceType29000},
+};
+constexpr ResourceType kUnknownContent{-1};
+constexpr int kUnknownPlanItemType = 0;
+
+// "StreamType" of a window whose model says 100, the model's number for none.
+constexpr int kModelNoStream = 100;
+constexpr int kHostNoStream = -1;
+
+// --- Host to model
+
+Rectangle RectangleFromTexts(const protocol::PlanItem& item) {
+  return {StringToFloat(item.Xtop), StringToFloat(item.Ytop), StringToFloat(item.Xbottom), StringToFloat(item.Ybottom)};
 }
 
-// A stream number that the host reads as "not chosen".
-constexpr int kStreamNotChosen = 100;
-
-CElementManager& Elements() {
-  return Vant::Base::CSingleton<CElementManager>::Instance();
-}
-
-// --- To the model
-
-template <class HostCorners>
-Rectangle CornersToModel(const HostCorners& corners) {
+template <class Corners>
+Rectangle RectangleFromMilli(const Corners& corners) {
   return {FromMilli(corners.TopX), FromMilli(corners.TopY), FromMilli(corners.BottomX), FromMilli(corners.BottomY)};
 }
 
-FishEyeInfo FishEyeToModel(const host::FishEyeInfo& from) {
-  FishEyeInfo to;
-  to.mount_type = from.mount_type;
-  to.expand_mode = from.expand_mode;
-  to.window_index = from.window_no;
-  for (const host::FisheyeWndParam& param : from.FisheyeWndParam) {
-    to.vc_wnd_param.push_back(
+FishEyeInfo ToFishEye(const protocol::FishEyeInfo& host) {
+  FishEyeInfo model;
+  model.mount_type = host.mount_type;
+  model.expand_mode = host.expand_mode;
+  model.window_index = host.window_no;
+  for (const auto& param : host.FisheyeWndParam) {
+    model.vc_wnd_param.push_back(
         {param.WndNo, StringToFloat(param.PosX), StringToFloat(param.PosY), StringToFloat(param.Zoom)});
   }
-  return to;
+  return model;
 }
 
-SingleWndCycle CycleToModel(const host::CycleInfo& from) {
-  SingleWndCycle to;
-  to.type = static_cast<SingleWndCycleType>(from.cycle_type);
-  to.cycle_time = from.cycle_time;
-  to.cycle_name = from.CycleName;
-  for (const host::CycleResourceID& resource : from.CycleResourceID) {
-    to.vc_id.emplace_back(StringToUInt(resource.SiteID), StringToUInt(resource.ResourceID));
+SingleWndCycle ToCycle(const protocol::CycleInfo& host) {
+  SingleWndCycle model;
+  model.type = SingleWndCycleType{host.cycle_type};
+  model.cycle_time = host.cycle_time;
+  model.cycle_name = host.CycleName;
+  for (const auto& resource : host.CycleResourceID) {
+    model.vc_id.emplace_back(StringToUInt(resource.SiteID), StringToUInt(resource.ResourceID));
   }
-  return to;
+  return model;
 }
 
-CameraGridStruct WindowToModel(const host::PlanItem& from) {
-  CameraGridStruct to;
-  to.uIndex = SignExtended(from.Sequence);
-  to.n_seq_index = from.Sequence;
-  to.camera_workstation_id = StringToUInt(from.SiteID);
-  to.id_element_ = StringToUInt(from.ResourceID);
-  to.enum_resource_type_ = PlanItemTypeToResourceType(from.ResourceType);
-  to.bPTZConfigured = true;
-  // A camera window keeps its preset's name where others keep their own text.
-  to.extend_resource = to.enum_resource_type_ == ResourceTypeCamera ? from.PresetName : from.ExtendResource;
-  to.struRect = {StringToFloat(from.Xtop), StringToFloat(from.Ytop), StringToFloat(from.Xbottom),
-                 StringToFloat(from.Ybottom)};
-  to.uPresetIndex = SignExtended(from.PresetId);
-  to.uCruiseIndex = SignExtended(from.CruiseIndex);
-  to.uTrackIndex = SignExtended(from.TrackIndex);
-  to.idPOS = AsUnsigned(from.WindowNo);
-  to.stream_type = static_cast<StreamType>(from.StreamType);
-  to.b_enable_fish_eye = from.FishEye.is_fisheye_open;
-  to.fisheye_info = FishEyeToModel(from.FishEye);
-  to.single_cycle = CycleToModel(from.CycleInfo);
-  to.map_center_x = from.Emap.PosX;
-  to.map_center_y = from.Emap.PosY;
-  to.map_scale_size = from.Emap.ScaleSize;
-  to.map_more_info = from.Emap.ExtendInfo;
-  to.map_load_type = static_cast<MapLoadType>(from.Emap.LoadMode);
-  to.relate_type = static_cast<RelateResourceType>(from.RelateResourceType);
-  to.relate_id = AsUnsigned(from.RelateResourceID);
-  to.relate_name = from.RelateResourceName;
-  to.enable_calibration = true;
-  to.calibration_info = {CornersToModel(from.CenterMark), static_cast<StreamType>(from.CenterMark.StreamType)};
-  to.zoom_mode = static_cast<ZoomMode>(from.ZoomWindowList.ZoomMode);
-  for (const host::ZoomWindow& zoomWindow : from.ZoomWindowList.ZoomWindow) {
-    to.local_wins.push_back({zoomWindow.No, CornersToModel(zoomWindow)});
+// --- Model to host
+
+template <class Corners>
+void SetMilliCorners(Corners& corners, const Rectangle& rectangle) {
+  corners.TopX = ToMilli(rectangle.fXTop);
+  corners.TopY = ToMilli(rectangle.fYTop);
+  corners.BottomX = ToMilli(rectangle.fXBottom);
+  corners.BottomY = ToMilli(rectangle.fYBottom);
+}
+
+protocol::FishEyeInfo FishEyeOf(const CameraGridStruct& window) {
+  protocol::FishEyeInfo host;
+  host.is_fisheye_open = window.b_enable_fish_eye;
+  // What a closed fisheye holds is not shown.
+  if (!window.b_enable_fish_eye) return host;
+  host.mount_type = window.fisheye_info.mount_type;
+  host.expand_mode = window.fisheye_info.expand_mode;
+  host.window_no = window.fisheye_info.window_index;
+  for (const auto& param : window.fisheye_info.vc_wnd_param) {
+    host.FisheyeWndParam.push_back(
+        {param.wnd_no, FloatToString(param.pos_x), FloatToString(param.pos_y), FloatToString(param.zoom)});
   }
-  to.relate_view_win_no = from.RelatedZoomWindow.ViewItemWindowNo;
-  to.relate_draw_box_no = from.RelatedZoomWindow.ZoomWindowNo;
-  return to;
+  return host;
 }
 
-// --- To the host
-
-template <class HostCorners>
-void CornersToHost(const Rectangle& from, HostCorners& to) {
-  to.TopX = ToMilli(from.fXTop);
-  to.TopY = ToMilli(from.fYTop);
-  to.BottomX = ToMilli(from.fXBottom);
-  to.BottomY = ToMilli(from.fYBottom);
-}
-
-void FishEyeToHost(const CameraGridStruct& from, host::FishEyeInfo& to) {
-  to.is_fisheye_open = from.b_enable_fish_eye;
-  // Of a closed fisheye the host is told nothing more, whatever the model holds.
-  if (!from.b_enable_fish_eye) return;
-  to.mount_type = from.fisheye_info.mount_type;
-  to.expand_mode = from.fisheye_info.expand_mode;
-  to.window_no = from.fisheye_info.window_index;
-  for (const FisheyeExpandWndParam& param : from.fisheye_info.vc_wnd_param) {
-    host::FisheyeWndParam& window = to.FisheyeWndParam.emplace_back();
-    window.WndNo = param.wnd_no;
-    window.PosX = FloatToString(param.pos_x);
-    window.PosY = FloatToString(param.pos_y);
-    window.Zoom = FloatToString(param.zoom);
+protocol::CycleInfo CycleOf(const SingleWndCycle& model) {
+  protocol::CycleInfo host;
+  if (model.vc_id.empty()) return host;
+  host.cycle_type = model.type;
+  host.cycle_time = model.cycle_time;
+  host.CycleName = model.cycle_name;
+  for (const auto& [site, resource] : model.vc_id) {
+    host.CycleResourceID.push_back({UIntToString(site), UIntToString(resource), {}});
   }
+  return host;
 }
 
-std::string CycleResourceName(SingleWndCycleType type, unsigned int id) {
-  switch (type) {
-    case SingleWndCycleAreas:
-      return Elements().GetAreaNameByID(id);
-    case SingleWndCycleCameras:
-      return Elements().GetCameraElementName(id);
-    default:
-      return "";
+protocol::ZoomWindowList ZoomWindowsOf(const CameraGridStruct& window) {
+  protocol::ZoomWindowList host;
+  host.ZoomMode = window.zoom_mode;
+  for (const auto& local : window.local_wins) {
+    protocol::ZoomWindow zoom;
+    zoom.No = local.ZoomWindowNo;
+    SetMilliCorners(zoom, local.win_coordinate);
+    host.ZoomWindow.push_back(zoom);
   }
+  return host;
 }
 
-void CycleToHost(const SingleWndCycle& from, host::CycleInfo& to) {
-  if (from.vc_id.empty()) return;
-  to.cycle_type = from.type;
-  to.cycle_time = from.cycle_time;
-  to.CycleName = from.cycle_name;
-  for (const auto& [siteId, resourceId] : from.vc_id) {
-    host::CycleResourceID& resource = to.CycleResourceID.emplace_back();
-    resource.SiteID = UIntToString(siteId);
-    resource.ResourceID = UIntToString(resourceId);
-    resource.ResourceName = CycleResourceName(from.type, resourceId);
+protocol::RelatedZoomWindow RelatedZoomWindowOf(const CameraGridStruct& window) {
+  protocol::RelatedZoomWindow host;
+  host.ViewItemWindowNo = window.relate_view_win_no;
+  // A window with zoom windows of its own that is related to none relates to itself.
+  if (!window.local_wins.empty() && host.ViewItemWindowNo == "-1") {
+    host.ViewItemWindowNo = IntToString(window.n_seq_index);
   }
+  host.ZoomWindowNo = window.relate_draw_box_no;
+  return host;
 }
-
-void ZoomWindowsToHost(const CameraGridStruct& from, host::PlanItem& to) {
-  to.ZoomWindowList.ZoomMode = from.zoom_mode;
-  for (const LocalWindowInfo& zoomWindow : from.local_wins) {
-    host::ZoomWindow& entry = to.ZoomWindowList.ZoomWindow.emplace_back();
-    entry.No = zoomWindow.ZoomWindowNo;
-    CornersToHost(zoomWindow.win_coordinate, entry);
-  }
-  const bool pointsToItself = !from.local_wins.empty() && from.relate_view_win_no == "-1";
-  to.RelatedZoomWindow.ViewItemWindowNo = pointsToItself ? IntToString(from.n_seq_index) : from.relate_view_win_no;
-  to.RelatedZoomWindow.ZoomWindowNo = from.relate_draw_box_no;
-}
-
-std::string NameOrNothing(const std::shared_ptr<CElement>& element) {
-  return element ? element->GetName() : "";
-}
-
-std::string ResourceNameOf(const CameraGridStruct& window) {
-  const unsigned int id = window.id_element_;
-  switch (window.enum_resource_type_) {
-    case ResourceTypeNone:
-      return " ";
-    case ResourceTypeCamera:
-      return Elements().GetCameraElementName(id);
-    case ResourceTypeDoor:
-      return Elements().GetDoorElementName(id);
-    case ResourceTypeElevator:
-      return Elements().GetElevatorElementName(id);
-    case ResourceTypeRadar:
-      return NameOrNothing(Elements().FindRadarElementByID(id));
-    case ResourceType1027:
-    case ResourceType2004:
-      return NameOrNothing(Elements().FindOtherElementByID(id));
-    case ResourceTypeEmap:
-      return Translated("Map");
-    case ResourceTypeWebPage:
-      return window.extend_resource.empty() ? Translated("WebPage") : window.extend_resource;
-    case ResourceType1012:
-    case ResourceType5001:
-      return window.extend_resource;
-    default:
-      return "";
-  }
-}
-
-host::PlanItem WindowToHost(const CameraGridStruct& from, ResourceNames names) {
-  host::PlanItem to;
-  to.Sequence = from.n_seq_index;
-  to.ResourceType = ResourceTypeToPlanItemType(from.enum_resource_type_);
-  to.ExtendResource = from.extend_resource;
-  to.ResourceID = IntToString(AsSigned(from.id_element_));
-  to.SiteID = IntToString(AsSigned(from.camera_workstation_id));
-  if (names == ResourceNames::Filled) to.ResourceName = ResourceNameOf(from);
-  to.OnlineStatus = 1;
-  to.StreamType = from.stream_type == kStreamNotChosen ? -1 : static_cast<int>(from.stream_type);
-  to.PresetId = LowBits(from.uPresetIndex);
-  if (from.enum_resource_type_ == ResourceTypeCamera) to.PresetName = from.extend_resource;
-  to.RelateResourceType = from.relate_type;
-  to.RelateResourceID = AsSigned(from.relate_id);
-  to.RelateResourceName = from.relate_name;
-  to.WindowNo = LowBits(from.uIndex);
-  to.Xtop = FloatToString(from.struRect.fXTop);
-  to.Ytop = FloatToString(from.struRect.fYTop);
-  to.Xbottom = FloatToString(from.struRect.fXBottom);
-  to.Ybottom = FloatToString(from.struRect.fYBottom);
-  to.CruiseIndex = LowBits(from.uCruiseIndex);
-  to.TrackIndex = LowBits(from.uTrackIndex);
-  FishEyeToHost(from, to.FishEye);
-  to.Emap.LoadMode = from.map_load_type;
-  to.Emap.PosX = from.map_center_x;
-  to.Emap.PosY = from.map_center_y;
-  to.Emap.ScaleSize = from.map_scale_size;
-  to.Emap.ExtendInfo = from.map_more_info;
-  CornersToHost(from.calibration_info.coordinate, to.CenterMark);
-  to.CenterMark.StreamType = from.calibration_info.stream_type;
-  ZoomWindowsToHost(from, to);
-  CycleToHost(from.single_cycle, to.CycleInfo);
-  return to;
-}
-
-constexpr unsigned int kFirstTopLevel = 0u - 2;
-constexpr unsigned int kSecondTopLevel = 0u - 4;
 
 }  // namespace
 
-unsigned int FoldFirstTopLevel(unsigned int id) {
-  return id == kFirstTopLevel ? kNoId : id;
-}
-
-unsigned int FoldBothTopLevels(unsigned int id) {
-  return id == kSecondTopLevel ? kNoId : FoldFirstTopLevel(id);
-}
-
-unsigned int OwnerOfType(int type) {
-  return type == ViewTypePublic ? kNoId : AsUnsigned(CurrentUserId());
-}
-
-void AwaitDownload() {
-  const auto& downloads = Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
-  while (!downloads.IsViewDownloadSuccess()) std::this_thread::yield();
-}
-
 ResourceType PlanItemTypeToResourceType(int type) {
-  if (type == 0) return ResourceTypeNone;
-  return static_cast<ResourceType>(IsCommonType(type) ? type : -1);
+  const auto found = std::find_if(std::begin(kContentCodes), std::end(kContentCodes),
+                                  [type](const ContentCodes& codes) { return codes.host == type; });
+  return found == std::end(kContentCodes) ? kUnknownContent : found->model;
 }
 
 int ResourceTypeToPlanItemType(ResourceType type) {
-  return IsCommonType(type) ? static_cast<int>(type) : 0;
+  const auto found = std::find_if(std::begin(kContentCodes), std::end(kContentCodes),
+                                  [type](const ContentCodes& codes) { return codes.model == type; });
+  return found == std::end(kContentCodes) ? kUnknownPlanItemType : found->host;
 }
 
-ViewPage ToModel(const host::PlanPage& page) {
-  ViewPage result;
-  result.nSpliteType = page.windowDivision;
-  result.strCustomSplite = page.customWindowDivision;
-  result.vcWindows.reserve(page.PlanItems.size());
-  for (const host::PlanItem& item : page.PlanItems) result.vcWindows.push_back(WindowToModel(item));
-  return result;
+CameraGridStruct ToWindow(const protocol::PlanItem& item) {
+  CameraGridStruct window;
+  window.uIndex = SignExtended(item.Sequence);
+  window.n_seq_index = item.Sequence;
+  window.camera_workstation_id = StringToUInt(item.SiteID);
+  window.id_element_ = StringToUInt(item.ResourceID);
+  window.enum_resource_type_ = PlanItemTypeToResourceType(item.ResourceType);
+  window.bPTZConfigured = true;
+  // A camera window carries its preset's name here.
+  window.extend_resource = window.enum_resource_type_ == ResourceTypeCamera ? item.PresetName : item.ExtendResource;
+  window.struRect = RectangleFromTexts(item);
+  window.uPresetIndex = SignExtended(item.PresetId);
+  window.uCruiseIndex = SignExtended(item.CruiseIndex);
+  window.uTrackIndex = SignExtended(item.TrackIndex);
+  window.idPOS = AsUnsigned(item.WindowNo);
+  window.stream_type = ResourceStore::Stream::StreamType{item.StreamType};
+  window.b_enable_fish_eye = item.FishEye.is_fisheye_open;
+  window.fisheye_info = ToFishEye(item.FishEye);
+  window.single_cycle = ToCycle(item.CycleInfo);
+  window.map_center_x = item.Emap.PosX;
+  window.map_center_y = item.Emap.PosY;
+  window.map_scale_size = item.Emap.ScaleSize;
+  window.map_more_info = item.Emap.ExtendInfo;
+  window.map_load_type = MapLoadType{item.Emap.LoadMode};
+  window.relate_type = RelateResourceType{item.RelateResourceType};
+  window.relate_id = AsUnsigned(item.RelateResourceID);
+  window.relate_name = item.RelateResourceName;
+  window.enable_calibration = true;
+  window.calibration_info.coordinate = RectangleFromMilli(item.CenterMark);
+  window.calibration_info.stream_type = ResourceStore::Stream::StreamType{item.CenterMark.StreamType};
+  window.zoom_mode = ZoomMode{item.ZoomWindowList.ZoomMode};
+  for (const auto& zoom : item.ZoomWindowList.ZoomWindow) {
+    window.local_wins.push_back({zoom.No, RectangleFromMilli(zoom)});
+  }
+  window.relate_view_win_no = item.RelatedZoomWindow.ViewItemWindowNo;
+  window.relate_draw_box_no = item.RelatedZoomWindow.ZoomWindowNo;
+  return window;
 }
 
-host::PlanPage ToHost(const ViewPage& page, ResourceNames names) {
-  host::PlanPage result;
-  result.windowDivision = page.nSpliteType;
-  result.customWindowDivision = page.strCustomSplite;
-  result.PlanItems.reserve(page.vcWindows.size());
-  for (const CameraGridStruct& window : page.vcWindows) result.PlanItems.push_back(WindowToHost(window, names));
-  return result;
+ViewPage ToViewPage(const protocol::PlanPage& page) {
+  ViewPage model;
+  model.nSpliteType = page.windowDivision;
+  model.strCustomSplite = page.customWindowDivision;
+  model.vcWindows.reserve(page.PlanItems.size());
+  for (const auto& item : page.PlanItems) model.vcWindows.push_back(ToWindow(item));
+  return model;
+}
+
+protocol::PlanItem ToPlanItem(const CameraGridStruct& window) {
+  protocol::PlanItem item;
+  item.Sequence = window.n_seq_index;
+  item.ResourceType = ResourceTypeToPlanItemType(window.enum_resource_type_);
+  item.ResourceID = IntToString(AsSigned(window.id_element_));
+  item.SiteID = IntToString(AsSigned(window.camera_workstation_id));
+  item.OnlineStatus = 1;
+  item.StreamType = window.stream_type == kModelNoStream ? kHostNoStream : window.stream_type;
+  item.PresetId = LowBits(window.uPresetIndex);
+  if (window.enum_resource_type_ == ResourceTypeCamera) item.PresetName = window.extend_resource;
+  item.RelateResourceType = window.relate_type;
+  item.RelateResourceID = AsSigned(window.relate_id);
+  item.RelateResourceName = window.relate_name;
+  item.ExtendResource = window.extend_resource;
+  item.WindowNo = LowBits(window.uIndex);
+  item.Xtop = FloatToString(window.struRect.fXTop);
+  item.Ytop = FloatToString(window.struRect.fYTop);
+  item.Xbottom = FloatToString(window.struRect.fXBottom);
+  item.Ybottom = FloatToString(window.struRect.fYBottom);
+  item.CruiseIndex = LowBits(window.uCruiseIndex);
+  item.TrackIndex = LowBits(window.uTrackIndex);
+  item.FishEye = FishEyeOf(window);
+  item.Emap = {window.map_load_type, window.map_center_x, window.map_center_y, window.map_scale_size,
+               window.map_more_info};
+  SetMilliCorners(item.CenterMark, window.calibration_info.coordinate);
+  item.CenterMark.StreamType = window.calibration_info.stream_type;
+  item.ZoomWindowList = ZoomWindowsOf(window);
+  item.RelatedZoomWindow = RelatedZoomWindowOf(window);
+  item.CycleInfo = CycleOf(window.single_cycle);
+  return item;
 }
 
 }  // namespace QorviViewPlugin

@@ -1,32 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-// Between the host's records and the view model.
+// Pages and windows from the host's records to the view model's and back. The two ways are no exact inverses: some
+// fields are read only one way, and each says where. Nothing is rejected: numbers that cannot be read become 0. Any
+// thread.
 #pragma once
 
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
-#include "QorviViewPlugin/protocol/PlanContentRecords.h"
+#include "QorviViewPlugin/protocol/PlanContent.h"
 
 namespace QorviViewPlugin {
 
-// The host's ids for the top level, -2 and -4, become -1; AddPlan folds only the first.
-unsigned int FoldBothTopLevels(unsigned int id);
-unsigned int FoldFirstTopLevel(unsigned int id);
-
-// The owner of something of that type: nobody for public (0), else the current user.
-unsigned int OwnerOfType(int type);
-
-// Waits, actively and without limit, until the platform has downloaded the views.
-void AwaitDownload();
-
-// What a window shows, in the host's numbers and in the model's. A number that is not in the table becomes -1 in the
-// model and 0, an empty window, at the host.
+// Kinds of window content. The host's empty window, 0, is the model's 100; a code that is not known becomes -1 in the
+// model and 0 at the host.
 ResourceType PlanItemTypeToResourceType(int type);
 int ResourceTypeToPlanItemType(ResourceType type);
 
-// Pages and windows are taken as they come; nothing is checked, sorted or dropped.
-ViewPage ToModel(const QorviViewPlugin_view_plugin_protocol::PlanPage& page);
+// Windows and pages are taken as they come, in order.
+ViewPage ToViewPage(const QorviViewPlugin_view_plugin_protocol::PlanPage& page);
+CameraGridStruct ToWindow(const QorviViewPlugin_view_plugin_protocol::PlanItem& item);
 
-enum class ResourceNames { Filled, Empty };
-// Names come from the elements that the platform holds.
-QorviViewPlugin_view_plugin_protocol::PlanPage ToHost(const ViewPage& page, ResourceNames names);
+// The names of resources, the window's own and those of its cycle, stay empty: they are looked up elsewhere.
+QorviViewPlugin_view_plugin_protocol::PlanItem ToPlanItem(const CameraGridStruct& window);
 
 }  // namespace QorviViewPlugin

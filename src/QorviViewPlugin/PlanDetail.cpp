@@ -1,91 +1,158 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <map>
 #include <set>
 
 #include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/FirstLoad.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
+#include "ResourceStore/Element.h"
 
+namespace QorviViewPlugin {
 namespace {
 
-using namespace QorviViewPlugin;
-using namespace QorviViewPlugin_view_plugin_protocol;
 using Vant::Base::Error::ErrorCode;
 
-// Kinds of element whose names are fetched, in the order of the requests.
-constexpr comm_method::ResourceType kNamedTypes[] = {
-    comm_method::ResourceTypeCamera, comm_method::ResourceTypeDoor,        comm_method::ResourceTypeElevator,
-    comm_method::ResourceTypeRadar,  comm_method::ResourceTypeElement2004, comm_method::ResourceTypeElement1027};
-
-void EnsureLoaded() {
-  AwaitDownload();
-  std::string unusedResponse;
-  if (!IsViewGroupLoadDone()) IsInitViewGroupFinish("", unusedResponse);
-  if (!IsViewLoadDone()) IsInitViewFinish("", unusedResponse);
+const ResourceStore::CElementManager& Elements() {
+  return Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance();
 }
 
-// Has the platform fetch the elements that the view shows. The first failure ends it: false, and why.
-bool FetchNames(const ViewInfo& view, ErrorCode& error) {
-  std::map<int, std::set<unsigned>> idsByType;
+// Waits for the platform's download and loads what has not been loaded yet.
+void EnsureLoaded() {
+  WaitForViewDownload();
+  std::string scratch;
+  if (!IsViewGroupLoadDone()) IsInitViewGroupFinish({}, scratch);
+  if (!IsViewLoadDone()) IsInitViewFinish({}, scratch);
+}
+
+// Has the platform fetch the elements of that kind; false with its error.
+bool FetchElements(int type, const std::set<unsigned>& ids, ErrorCode& error) {
+  auto request = std::make_shared<ResourceStore::CDownloadLogicalResource>();
+  request->SetVal_extra_ids(ids);
+  request->SetVal_source_type({comm_method::ResourceType{type}});
+  request->SetVal_extra_request_type(ResourceStore::ExtraRequestTypeElementIds);
+  return Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>::Instance()
+      .SynIncrementalDownloadLogicalResource(error, request);
+}
+
+// Has the platform fetch what the windows show, kind by kind. The first failure ends it: false with its error.
+bool PreloadResourceNames(const ViewInfo& view, ErrorCode& error) {
+  struct Wanted {
+    ResourceType type;
+    std::set<unsigned> ids;
+  } kinds[] = {{ResourceTypeCamera, {}}, {ResourceTypeDoor, {}}, {ResourceTypeElevator, {}},
+               {ResourceTypeRadar, {}},  {ResourceType2004, {}}, {ResourceType1027, {}}};
   for (const ViewPage& page : view.vcPages) {
     for (const CameraGridStruct& window : page.vcWindows) {
-      idsByType[window.enum_resource_type_].insert(window.id_element_);
+      for (Wanted& kind : kinds) {
+        if (kind.type == window.enum_resource_type_) kind.ids.insert(window.id_element_);
+      }
     }
   }
-  auto& downloads = Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>::Instance();
-  for (const comm_method::ResourceType type : kNamedTypes) {
-    const auto ids = idsByType.find(type);
-    if (ids == idsByType.end()) continue;
-    auto request = std::make_shared<ResourceStore::CDownloadLogicalResource>();
-    request->SetVal_extra_ids(ids->second);
-    request->SetVal_source_type({type});
-    request->SetVal_extra_request_type(ResourceStore::ExtraRequestTypeElementIds);
-    error = ErrorCode();
-    if (!downloads.SynIncrementalDownloadLogicalResource(error, request)) return false;
+  for (const Wanted& kind : kinds) {
+    if (!kind.ids.empty() && !FetchElements(kind.type, kind.ids, error)) return false;
   }
   return true;
 }
 
-void FillViewFields(const ViewInfo& view, GetPlanDetailResponse& response) {
-  response.GroupID = IntToString(AsSigned(view.idViewGroup));
-  response.ID = IntToString(AsSigned(view.idView));
-  response.Name = view.strName;
-  response.Type = view.enumViewType;
-  response.AutoCycle = view.nAutoCycle;
-  response.RoundTime = view.nCycleTime;
-  response.AppCode = view.strGUID;
-  response.AutoRun = 0;
-  response.is_share_view = view.bShared;
-  response.share_user_name = view.strSharedUserName;
+std::string NameOf(const std::shared_ptr<ResourceStore::CElement>& element) {
+  return element ? element->GetName() : std::string();
+}
+
+std::string ResourceNameOf(const CameraGridStruct& window) {
+  switch (window.enum_resource_type_) {
+    case ResourceTypeNone:
+      return " ";
+    case ResourceTypeCamera:
+      return Elements().GetCameraElementName(window.id_element_);
+    case ResourceTypeDoor:
+      return Elements().GetDoorElementName(window.id_element_);
+    case ResourceTypeElevator:
+      return Elements().GetElevatorElementName(window.id_element_);
+    case ResourceTypeRadar:
+      return NameOf(Elements().FindRadarElementByID(window.id_element_));
+    case ResourceType1027:
+    case ResourceType2004:
+      return NameOf(Elements().FindOtherElementByID(window.id_element_));
+    case ResourceTypeEmap:
+      return Translated("Map");
+    case ResourceTypeWebPage:
+      return window.extend_resource.empty() ? Translated("WebPage") : window.extend_resource;
+    case ResourceType1012:
+    case ResourceType5001:
+      return window.extend_resource;
+    default:
+      return {};
+  }
+}
+
+std::string CycleResourceNameOf(SingleWndCycleType type, unsigned int resourceId) {
+  switch (type) {
+    case SingleWndCycleCameras:
+      return Elements().GetCameraElementName(resourceId);
+    case SingleWndCycleAreas:
+      return Elements().GetAreaNameByID(resourceId);
+    default:
+      return {};
+  }
+}
+
+protocol::PlanItem ToNamedPlanItem(const CameraGridStruct& window, bool needsResourceName) {
+  protocol::PlanItem item = ToPlanItem(window);
+  if (needsResourceName) item.ResourceName = ResourceNameOf(window);
+  auto cycleResource = item.CycleInfo.CycleResourceID.begin();
+  for (const auto& [site, resource] : window.single_cycle.vc_id) {
+    (cycleResource++)->ResourceName = CycleResourceNameOf(window.single_cycle.type, resource);
+  }
+  return item;
+}
+
+void FillPages(const ViewInfo& view, bool needsResourceNames, std::vector<protocol::PlanPage>& pages) {
+  for (const ViewPage& page : view.vcPages) {
+    if (page.vcWindows.empty()) continue;
+    protocol::PlanPage& entry = pages.emplace_back();
+    entry.windowDivision = page.nSpliteType;
+    entry.customWindowDivision = page.strCustomSplite;
+    entry.PlanItems.reserve(page.vcWindows.size());
+    for (const CameraGridStruct& window : page.vcWindows) {
+      entry.PlanItems.push_back(ToNamedPlanItem(window, needsResourceNames));
+    }
+  }
+}
+
+void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, protocol::GetPlanDetailResponse& response) {
+  if (request.resource_download_judge) EnsureLoaded();
+
+  const auto cached = Vant::Base::CSingleton<CViewGroupManager>::Instance().GetViewByID(StringToUInt(request.ID));
+  if (!cached) {
+    response.ErrorInfo = Translated("NYyjnxIZwFAorxuFXv");
+    return;
+  }
+  // One record throughout: the view may be replaced meanwhile.
+  const std::shared_ptr<const ViewInfo> view = cached->Info();
+  response.GroupID = IntToString(AsSigned(view->idViewGroup));
+  response.ID = IntToString(AsSigned(view->idView));
+  response.Name = view->strName;
+  response.Type = view->enumViewType;
+  response.AutoCycle = view->nAutoCycle;
+  response.RoundTime = view->nCycleTime;
+  response.AppCode = view->strGUID;
+  response.is_share_view = view->bShared;
+  response.share_user_name = view->strSharedUserName;
+
+  ErrorCode error;
+  if (request.NeedResourceName && !PreloadResourceNames(*view, error)) {
+    response.ErrorInfo = TextOf(error);
+    return;
+  }
+  FillPages(*view, request.NeedResourceName, response.PlanPages);
 }
 
 }  // namespace
+}  // namespace QorviViewPlugin
 
 bool GetPlanDetail(const std::string& request, std::string& response) {
-  return RunExchange<GetPlanDetailRequest, GetPlanDetailResponse>(
-      request, response, [](const GetPlanDetailRequest& from, GetPlanDetailResponse& to) {
-        if (from.resource_download_judge) EnsureLoaded();
-        const auto view = Manager().GetViewByID(StringToUInt(from.ID));
-        if (!view) {
-          to.ErrorInfo = Translated("NYyjnxIZwFAorxuFXv");
-          return;
-        }
-        const std::shared_ptr<const ViewInfo> info = view->Info();
-        FillViewFields(*info, to);
-        if (from.NeedResourceName) {
-          ErrorCode error;
-          if (!FetchNames(*info, error)) {
-            to.ErrorInfo = ErrorTextOf(error);
-            return;
-          }
-        }
-        const ResourceNames names = from.NeedResourceName ? ResourceNames::Filled : ResourceNames::Empty;
-        for (const ViewPage& page : info->vcPages) {
-          if (!page.vcWindows.empty()) to.PlanPages.push_back(ToHost(page, names));
-        }
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanDetail);
 }

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <utility>
+
+#include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 
 void ViewRegisterResourceUpdate(ResourceData::IResourceObserver* observer, std::string request) {
   using QorviViewPlugin::CViewResourceUpdateManager;
-  try {
+  // There is nobody to report a failure to.
+  QorviViewPlugin::Guarded(false, [&] {
     Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().RegisterResourceUpdate(observer, std::move(request));
-  } catch (...) {
-    // There is nobody to tell: the registration did not take place.
-  }
+    return true;
+  });
 }

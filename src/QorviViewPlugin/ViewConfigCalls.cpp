@@ -1,38 +1,46 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
+namespace QorviViewPlugin {
 namespace {
 
-using namespace QorviViewPlugin;
-using namespace QorviViewPlugin_view_plugin_protocol;
 using Vant::Base::Error::ErrorCode;
 
-// "No default view", as the host and as the server say it.
-constexpr char kNoneAtHost[] = "-3";
-constexpr char kNoneAtServer[] = "-1";
+// No default view, as the host and as the server write it. Only these exact texts are translated.
+constexpr char kHostNoView[] = "-3";
+constexpr char kServerNoView[] = "-1";
+
+void AnswerGetClientViewConfig(const protocol::GetClientDefaultViewConfigRequest&,
+                               protocol::GetClientDefaultViewConfigResponse& response) {
+  protocol::ViewConfig& config = response.ViewData.ViewDefaultConfig;
+  int viewId = -1;
+  ErrorCode error;
+  if (!Vant::Base::CSingleton<CViewGroupManager>::Instance().GetDefaultViewConfig(viewId, config.view_type, error)) {
+    response.error_info = TextOf(error);
+  }
+  config.view_id = IntToString(viewId);
+  if (config.view_id == kServerNoView) config.view_id = kHostNoView;
+}
+
+void AnswerSetClientViewConfig(const protocol::ClienDefaultViewConfigRequest& request,
+                               protocol::ClienDefaultViewConfigReponse& response) {
+  const int viewId = StringToInt(request.view_id == kHostNoView ? kServerNoView : request.view_id);
+  ErrorCode error;
+  if (!Vant::Base::CSingleton<CViewGroupManager>::Instance().SetDefaultViewConfig(viewId, request.view_type, error)) {
+    response.error_info = TextOf(error);
+  }
+}
 
 }  // namespace
+}  // namespace QorviViewPlugin
 
 bool GetClientViewConfig(const std::string& request, std::string& response) {
-  return RunExchange<GetClientDefaultViewConfigRequest, GetClientDefaultViewConfigResponse>(
-      request, response, [](const GetClientDefaultViewConfigRequest&, GetClientDefaultViewConfigResponse& to) {
-        ViewConfig& config = to.ViewData.ViewDefaultConfig;
-        int viewId = -1;
-        ErrorCode error;
-        if (!Manager().GetDefaultViewConfig(viewId, config.view_type, error)) to.error_info = ErrorTextOf(error);
-        config.view_id = IntToString(viewId);
-        if (config.view_id == kNoneAtServer) config.view_id = kNoneAtHost;
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetClientViewConfig);
 }
 
 bool SetClientViewConfig(const std::string& request, std::string& response) {
-  return RunExchange<ClienDefaultViewConfigRequest, ClienDefaultViewConfigReponse>(
-      request, response, [](const ClienDefaultViewConfigRequest& from, ClienDefaultViewConfigReponse& to) {
-        const int viewId = StringToInt(from.view_id == kNoneAtHost ? kNoneAtServer : from.view_id);
-        ErrorCode error;
-        if (!Manager().SetDefaultViewConfig(viewId, from.view_type, error)) to.error_info = ErrorTextOf(error);
-      });
+  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerSetClientViewConfig);
 }

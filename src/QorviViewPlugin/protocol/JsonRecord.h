@@ -2,10 +2,8 @@
 // JSON records: a plain structure with typed fields and defaults, and beside it an adapter "<Name>JSONStruct" that
 // reads the structure from a JSON value and writes it back. Both come from one list of the fields:
 //
-//     #define QORVI_ZOOM_WINDOW(FIELD) \
-//       FIELD(Integer, No)             \
-//       FIELD(Integer, TopX, -1)
-//     QORVI_RECORD(ZoomWindow, QORVI_ZOOM_WINDOW)
+//     #define QORVI_LINK(FIELD) FIELD(Text, Name) FIELD(Integer, No, -1)
+//     QORVI_RECORD(Link, QORVI_LINK)
 //
 // A line is FIELD(type, key) or FIELD(type, key, default); the field is named after its key. Types: Integer, Boolean,
 // Text, another record (by value), or Sequence<record>. Keys are read and written in the list's order.
