@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+// The registry of observers.
+#include "CoreFixture.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
+
+namespace core_test {
+namespace {
+
+using namespace QorviViewPlugin;
+using Texts = std::vector<std::string>;
+
+class ObserverTest : public CoreTest {
+ protected:
+  static CViewResourceUpdateManager& Registry() {
+    return Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance();
+  }
+  static void Notify(int type, const std::string& id) {
+    Registry().UpdateResourceInfo(ResourceData::IResourceObserver::Param(id, 7),
+                                  static_cast<ResourceData::ResourceType>(type));
+  }
+  // How often each was called since last asked.
+  std::string Calls() {
+    return std::to_string(a.Take().size()) + std::to_string(b.Take().size()) + std::to_string(c.Take().size());
+  }
+
+  NotingObserver a{"a"};
+  NotingObserver b{"b"};
+  NotingObserver c{"c"};
+};
+
+TEST_F(ObserverTest, OnlyThoseRegisteredForTheIdAndTypeAreCalled) {
+  Observe(a, kView, "12");
+  Observe(b, kView, "13");
+  Observe(c, kViewGroup, "12");
+  Notify(kView, "12");
+  EXPECT_EQ(Calls(), "100");
+  Notify(kViewGroup, "12");
+  EXPECT_EQ(Calls(), "001");
+  for (int type : {16002, 16003, 1001, 0, -1}) Notify(type, "12");
+  EXPECT_EQ(Calls(), "000");
+}
+
+TEST_F(ObserverTest, TheyAreCalledInTheOrderOfTheirRegistrationAsOftenAsTheyRegistered) {
+  std::string order;
+  a.onNotice = [&](const auto& param) { order += "a" + param.id; };
+  b.onNotice = [&](const auto& param) { order += "b" + param.id; };
+  Observe(b, kView, "12");
+  Observe(a, kView, "12");
+  Observe(b, kView, "12");
+  Notify(kView, "12");
+  EXPECT_EQ(order, "b12a12b12");
+  Unobserve(b, kView, "12");  // takes out both
+  Notify(kView, "12");
+  EXPECT_EQ(order, "b12a12b12a12");
+}
+
+TEST_F(ObserverTest, WithdrawingWhatIsNotRegisteredChangesNothing) {
+  Observe(a, kView, "12");
+  Unobserve(b, kView, "12");
+  Unobserve(a, kView, "13");
+  Unobserve(a, kViewGroup, "12");
+  Notify(kView, "12");
+  EXPECT_EQ(Calls(), "100");
+}
+
+TEST_F(ObserverTest, ARequestIsReadKeyByKey) {
+  const struct {
+    const char* request;
+    const char* notifiedId;  // of a view; null where nothing may be registered
+  } rows[] = {
+      {R"({"ResourceType":16000,"ID":"12","IsRegister":true})", "12"},
+      {R"({"ResourceType":"16000","ID":12,"IsRegister":true})", "12"},
+      {R"({"ResourceType":16000,"ID":"-1","IsRegister":true})", "4294967295"},
+      {R"({"ResourceType":16000,"ID":"12ab","IsRegister":true})", "12"},
+      {R"({"ResourceType":16000,"ID":"ab","IsRegister":true})", "0"},
+      {R"({"ResourceType":16000,"ID":"","IsRegister":true})", ""},
+      {R"({"ResourceType":16000,"IsRegister":true})", "0"},
+      {R"({"ResourceType":16000,"ID":"12","IsRegister":1})", nullptr},
+      {R"({"ResourceType":16000,"ID":"12"})", nullptr},
+      {R"({"ResourceType":16002,"ID":"12","IsRegister":true})", nullptr},
+      {R"({"ResourceType":1001,"ID":"12","IsRegister":true})", nullptr},
+      {R"({"ID":"12","IsRegister":true})", nullptr},
+      {R"([])", nullptr},
+      {"{", nullptr},
+      {"", nullptr},
+  };
+  for (const auto& row : rows) {
+    Registry().UninitManager();
+    Registry().RegisterResourceUpdate(&a, row.request);
+    for (const char* id : {"12", "4294967295", "0", ""}) {
+      const bool expected = row.notifiedId && (row.notifiedId == std::string(id) ||
+                                               // an empty id and "0" are the same one
+                                               (atoi(row.notifiedId) == 0 && atoi(id) == 0));
+      Notify(kView, id);
+      EXPECT_EQ(a.Take().size(), expected ? 1u : 0u) << row.request << " id " << id;
+    }
+  }
+}
+
+TEST_F(ObserverTest, ANullObserverIsIgnored) {
+  Registry().RegisterResourceUpdate(nullptr, RegistrationText(kView, "12", true));
+  Registry().RegisterMultResourceUpdate({{"7", &a}, {"8", nullptr}, {"x", &b}}, R"({"ResourceType":16001,"ID":"99",)"
+                                                                                R"("IsRegister":true})");
+  for (const char* id : {"12", "7", "8", "0", "99"}) {
+    Notify(kView, id);
+    Notify(kViewGroup, id);
+  }
+  EXPECT_EQ(Calls(), "110");
+  Registry().RegisterMultResourceUpdate({{"7", &a}, {"0", &b}}, R"({"ResourceType":16001})");
+  Notify(kViewGroup, "7");
+  Notify(kViewGroup, "0");
+  EXPECT_EQ(Calls(), "000");
+}
+
+TEST_F(ObserverTest, ManyRegistrationsOfOtherTypesAreIgnored) {
+  for (const char* type : {"16002", "7"}) {
+    Registry().RegisterMultResourceUpdate({{"7", &a}},
+                                          std::string(R"({"ResourceType":)") + type + R"(,"IsRegister":true})");
+  }
+  Notify(kView, "7");
+  Notify(kViewGroup, "7");
+  EXPECT_EQ(Calls(), "000");
+}
+
+TEST_F(ObserverTest, ClearingForgetsBothTables) {
+  Observe(a, kView, "12");
+  Observe(b, kViewGroup, "12");
+  ClearViewData();
+  Notify(kView, "12");
+  Notify(kViewGroup, "12");
+  EXPECT_EQ(Calls(), "000");
+}
+
+TEST_F(ObserverTest, ChangesMadeDuringANoticeCountFromTheNextOne) {
+  a.onNotice = [this](const auto&) {
+    Unobserve(a, kView, "12");
+    Unobserve(b, kView, "12");
+    Observe(c, kView, "12");
+  };
+  Observe(a, kView, "12");
+  Observe(b, kView, "12");
+  Notify(kView, "12");
+  EXPECT_EQ(Calls(), "110");
+  Notify(kView, "12");
+  EXPECT_EQ(Calls(), "001");
+}
+
+TEST_F(ObserverTest, AnObserverMayCallBackIntoTheLibrary) {
+  CacheGroup(Group(1));
+  Observe(a, kViewGroup, "1");
+  Observe(b, kView, "9");
+  std::string seen;
+  a.onNotice = [&](const auto& param) {
+    seen += ViewName(9) + std::to_string(Members(1).size());
+    if (param.enum_state == 3) Manager().UpdateViewInCache(View(9, 1, "changed"));
+    if (param.enum_state == 4) ClearViewData();
+  };
+  Manager().InsertViewToCache(View(9, 1, "new"), false);
+  EXPECT_EQ(seen, "new1");
+  EXPECT_EQ(ViewName(9), "changed");
+  EXPECT_EQ(b.Take().size(), 1u);
+  Manager().RemoveViewFromCache(9, false);
+  EXPECT_EQ(seen, "new1(none)0");
+  EXPECT_EQ(GroupName(1), "(none)");
+}
+
+TEST_F(ObserverTest, EveryCallIsLogged) {
+  Observe(a, kView, "12");
+  Observe(b, kView, "12");
+  log->Take();
+  ResourceData::IResourceObserver::Param param("12", 3);
+  param.child_type = 16000;
+  param.other_change_info = "info";
+  Registry().UpdateResourceInfo(param, ResourceData::ResourceTypeView);
+  const std::string name = "[QorviViewPlugin::CViewResourceUpdateManager::UpdateResourceInfo]";
+  const auto line = [&](const std::string& text) { return LogLine{3, "ClientResourceStoreWebsocket", name + text}; };
+  const LogLine found = line("if (map_observers.find(res_id) != map_observers.end())");
+  const LogLine next = line("for (auto it = map_observers[res_id].begin(); it < map_observers[res_id].end(); ++it)");
+  const LogLine call = line("ptr_observer->UpdateResourceInfos(parma);parma.id:12; parma.other_change_info:info");
+  const LogLine kind = line("UpdateResource(parma);type:16000; parma.enum_state:3; parma.child_type:16000");
+  EXPECT_EQ(log->Take(), (std::vector{found, next, call, kind, next, call, kind}));
+  Registry().UpdateResourceInfo(param, ResourceData::ResourceTypeViewGroup);
+  EXPECT_EQ(log->Take(), std::vector<LogLine>());
+}
+
+}  // namespace
+}  // namespace core_test

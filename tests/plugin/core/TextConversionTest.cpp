@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QorviViewPlugin/TextConversion.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cfloat>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <locale>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace QorviViewPlugin {
+namespace {
+
+// What a stream in the classic locale makes of the text.
+template <class Number>
+Number Extracted(const std::string& text) {
+  std::istringstream stream(text);
+  stream.imbue(std::locale::classic());
+  Number value = 0;
+  stream >> value;
+  return value;
+}
+
+// Bits, so that -0.0 is told from 0.0 and a NaN equals itself.
+uint32_t Bits(float value) {
+  return std::bit_cast<uint32_t>(value);
+}
+
+void ExpectAsStreamsRead(const std::string& text) {
+  EXPECT_EQ(StringToUInt(text), Extracted<unsigned int>(text)) << '"' << text << '"';
+  EXPECT_EQ(StringToInt(text), Extracted<int>(text)) << '"' << text << '"';
+  EXPECT_EQ(Bits(StringToFloat(text)), Bits(Extracted<float>(text))) << '"' << text << '"';
+}
+
+TEST(TextsToNumbers, GiveTheValuesThatHostsRelyOn) {
+  EXPECT_EQ(StringToUInt("-1"), 0xFFFFFFFFu);
+  EXPECT_EQ(StringToUInt("-2"), 0xFFFFFFFEu);
+  EXPECT_EQ(AsSigned(StringToUInt("-4")), -4);
+  EXPECT_EQ(StringToUInt(""), 0u);
+  EXPECT_EQ(StringToUInt("root"), 0u);
+  EXPECT_EQ(StringToUInt(" \t\n12abc"), 12u);
+  EXPECT_EQ(StringToInt("-2147483649"), std::numeric_limits<int>::min());
+  EXPECT_EQ(StringToFloat(""), 0.0f);
+  EXPECT_EQ(StringToFloat("0.250000"), 0.25f);
+}
+
+TEST(TextsToNumbers, AreReadAsByStreamExtraction) {
+  for (const char* text : {"",
+                           " ",
+                           "0",
+                           "-0",
+                           "+7",
+                           "007",
+                           "- 1",
+                           "--1",
+                           "+-1",
+                           "12 13",
+                           "1,5",
+                           "1.5",
+                           "1.5.5",
+                           ".5",
+                           "-.5",
+                           ".",
+                           "-",
+                           "+",
+                           "1e",
+                           "1e+",
+                           "1e-",
+                           "1e5",
+                           "1E-2x",
+                           "1e5.5",
+                           "e5",
+                           ".e5",
+                           "1e400",
+                           "-1e400",
+                           "1e-400",
+                           "1e-45",
+                           "0x1F",
+                           "inf",
+                           "nan",
+                           "4294967295",
+                           "4294967296",
+                           "-4294967295",
+                           "-4294967296",
+                           "2147483647",
+                           "2147483648",
+                           "-2147483648",
+                           "-2147483649",
+                           "99999999999999999999",
+                           "340282350000000000000000000000000000000",
+                           "340282360000000000000000000000000000001",
+                           "\v\f\r 3",
+                           "\xC2\xA0"
+                           "3",
+                           "1'000",
+                           "0.1",
+                           "16777217"}) {
+    ExpectAsStreamsRead(text);
+  }
+  ExpectAsStreamsRead(std::string("3\0004", 3));
+}
+
+TEST(TextsToNumbers, AreReadAsByStreamExtractionWhateverTheText) {
+  std::mt19937 random(20240611);
+  const std::string alphabet = "00123456789+-..eE xX,\t\n";
+  for (int n = 0; n < 60000; ++n) {
+    std::string text(random() % 14, ' ');
+    for (char& c : text) c = alphabet[random() % alphabet.size()];
+    ExpectAsStreamsRead(text);
+    if (HasFailure()) return;
+  }
+}
+
+TEST(NumbersToTexts, HaveSixDecimals) {
+  std::mt19937 random(7);
+  std::vector<float> values = {0.0f, -0.0f, 0.25f, -1.0f, 0.0000005f, 1e-30f, FLT_MAX, -FLT_MAX, INFINITY, -INFINITY};
+  for (int n = 0; n < 20000; ++n) {
+    const float value = std::bit_cast<float>(static_cast<uint32_t>(random()));
+    if (!std::isnan(value)) values.push_back(value);
+  }
+  for (float value : values) {
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "%f", static_cast<double>(value));
+    ASSERT_EQ(FloatToString(value), expected);
+  }
+  EXPECT_EQ(IntToString(-1), "-1");
+  EXPECT_EQ(UIntToString(0xFFFFFFFFu), "4294967295");
+}
+
+TEST(NumbersAndTexts, DoNotDependOnTheLocale) {
+  struct Comma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
+  // A machine may have no such locale; the global one above is always set.
+  for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE"}) {
+    if (std::setlocale(LC_ALL, name)) break;
+  }
+  EXPECT_EQ(FloatToString(1234.5f), "1234.500000");
+  EXPECT_EQ(StringToFloat("1234.5"), 1234.5f);
+  EXPECT_EQ(StringToFloat("1e400"), FLT_MAX);
+  EXPECT_EQ(StringToUInt("1.234"), 1u);
+  EXPECT_EQ(IntToString(1234567), "1234567");
+  std::locale::global(before);
+  std::setlocale(LC_ALL, "C");
+}
+
+TEST(Thousandths, AreTruncatedTowardZeroAndSaturate) {
+  const struct {
+    float value;
+    int milli;
+  } rows[] = {{0.25f, 250},
+              {0.1234f, 123},
+              {-0.1239f, -123},
+              {-1.0f, -1000},
+              {0.0009f, 0},
+              {3e6f, std::numeric_limits<int>::max()},
+              {-3e6f, std::numeric_limits<int>::min()},
+              {INFINITY, std::numeric_limits<int>::max()},
+              {-INFINITY, std::numeric_limits<int>::min()},
+              {NAN, 0}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(ToMilli(row.value), row.milli) << row.value;
+  }
+  EXPECT_EQ(FromMilli(123), 0.123f);
+  EXPECT_EQ(FromMilli(-1), -0.001f);
+}
+
+TEST(WireNumbers, KeepTheLow32BitsAndComeBackWithTheirSign) {
+  EXPECT_EQ(LowBits(~0ull), -1);
+  EXPECT_EQ(LowBits(0x1'0000'0005ull), 5);
+  EXPECT_EQ(SignExtended(-1), ~0ull);
+  EXPECT_EQ(SignExtended(5), 5ull);
+}
+
+}  // namespace
+}  // namespace QorviViewPlugin

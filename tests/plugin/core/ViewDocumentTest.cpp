@@ -1,0 +1,352 @@
+// SPDX-License-Identifier: Apache-2.0
+// The server's form of views and groups: what is written, byte for byte, and what either reader makes of every key.
+#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+
+#include <gtest/gtest.h>
+
+#include "ModelText.h"
+
+namespace QorviViewPlugin {
+namespace {
+
+using core_test::Difference;
+
+CameraGridStruct WindowWithEverything() {
+  CameraGridStruct window;
+  window.uIndex = 4;
+  window.n_seq_index = 2;
+  window.camera_workstation_id = 31;
+  window.id_element_ = 501;
+  window.enum_resource_type_ = ResourceTypeEmap;
+  window.struRect = {0.25f, -1.0f, 0.1f, 1.0f};
+  window.uPresetIndex = 0x1'0000'0007ull;
+  window.uCruiseIndex = 8;
+  window.stream_type = static_cast<ResourceStore::Stream::StreamType>(2);
+  window.map_center_x = "120.5";
+  window.map_center_y = "30.25";
+  window.map_scale_size = 14;
+  window.map_more_info = "more";
+  window.relate_type = RelateTypeDoor;
+  window.relate_id = 77;
+  window.relate_name = "Gate \"A\"";
+  window.map_load_type = static_cast<MapLoadType>(3);
+  window.extend_resource = "http://example/";
+  window.enable_calibration = true;
+  window.calibration_info.coordinate = {0.1234f, 0.5f, 1.0f, -0.25f};
+  window.calibration_info.stream_type = static_cast<ResourceStore::Stream::StreamType>(1);
+  window.zoom_mode = static_cast<ZoomMode>(2);
+  window.local_wins = {{1, {0.25f, 0.5f, 0.75f, 1.0f}}, {2, {}}};
+  window.relate_view_win_no = "3";
+  window.relate_draw_box_no = 1;
+  window.b_enable_fish_eye = true;
+  window.fisheye_info = {1, 2, 4, {{1, 0.5f, -0.5f, 2.0f}, {2, 0.0f, 0.0f, 0.0f}}};
+  window.single_cycle = {SingleWndCycleAreas, 20, "doors", {{5, 9}, {kNoId, 10}}};
+  return window;
+}
+
+ViewInfo ViewWith(std::vector<ViewPage> pages) {
+  ViewInfo view;
+  view.idView = 17;
+  view.strName = "Lobby";
+  view.idViewGroup = 3;
+  view.idUser = 8;
+  view.nSequenceIndex = 5;
+  view.nAutoCycle = 1;
+  view.nCycleTime = 30;
+  view.vcPages = std::move(pages);
+  return view;
+}
+
+TEST(AWrittenView, HoldsEveryGroupInTheServersOrder) {
+  ViewInfo view = ViewWith({{"1x2", 4, {WindowWithEverything()}}, {"", 1, {}}});
+  view.strGUID = "never written";
+  view.strSharedUserName = "never written";
+  view.nMethod = ChangeModified;
+  view.bShared = true;
+  EXPECT_EQ(
+      WriteViewDocument(view),
+      R"({"View":{"ID":17,"Name":"Lobby","ViewGroupID":3,"UserID":8,"SequenceIndex":5,"AutoCycle":1,"CycleTime":30,)"
+      R"("SharedUserID":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{"SequenceIndex":2,)"
+      R"("ResourceType":7001,"SiteID":31,"ResourceID":501,"RelateResourceID":77,"RelateResourceName":"Gate \"A\"",)"
+      R"("RelateResourceType":1002,"ExtendResource":"http://example/","WindowNo":4,"Xtop":"0.250000",)"
+      R"("Ytop":"-1.000000","Xbottom":"0.100000","Ybottom":"1.000000","PresetPointIndex":7,"CruiseIndex":8,)"
+      R"("TrackIndex":-1,"StreamType":2,"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":4,)"
+      R"("FishEyeInfo":[{"No":1,"PosX":"0.500000","PosY":"-0.500000","Zoom":"2.000000"},)"
+      R"({"No":2,"PosX":"0.000000","PosY":"0.000000","Zoom":"0.000000"}]},"Cycle":{"Type":1,"CycleTime":20,)"
+      R"("CycleName":"doors","ID":[{"SiteID":5,"ResourceID":9},{"SiteID":-1,"ResourceID":10}]},)"
+      R"("Emap":{"LoadMode":3,"PosX":"120.5","PosY":"30.25","ScaleSize":14,"ExtendInfo":"more"},)"
+      R"("CenterMark":{"TopX":123,"TopY":500,"BottomX":1000,"BottomY":-250,"StreamType":1},)"
+      R"("ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1,"TopX":250,"TopY":500,"BottomX":750,"BottomY":1000},)"
+      R"({"No":2,"TopX":-1000,"TopY":-1000,"BottomX":-1000,"BottomY":-1000}]},)"
+      R"("RelatedZoomWindow":{"ViewItemWindowNo":"3","ZoomWindowNo":1}}]},{"SpliteType":1,"CustomSplite":""}]}})");
+}
+
+TEST(AWrittenView, LeavesOutWhatANewWindowDoesNotHave) {
+  CameraGridStruct window;
+  window.single_cycle = {SingleWndCycleAreas, 20, "a cycle through nothing", {}};
+  window.map_center_x = "not an e-map";
+  EXPECT_EQ(
+      WriteViewDocument(ViewWith({{"", 0, {window}}})),
+      R"({"View":{"ID":17,"Name":"Lobby","ViewGroupID":3,"UserID":8,"SequenceIndex":5,"AutoCycle":1,"CycleTime":30,)"
+      R"("PlanPages":[{"SpliteType":0,"CustomSplite":"","PlanViewItem":[{"SequenceIndex":-1,"ResourceType":1001,)"
+      R"("SiteID":-1,"ResourceID":-1,"RelateResourceID":-1,"RelateResourceName":"","RelateResourceType":-1,)"
+      R"("ExtendResource":"","WindowNo":0,"Xtop":"-1.000000","Ytop":"-1.000000","Xbottom":"-1.000000",)"
+      R"("Ybottom":"-1.000000","PresetPointIndex":-1,"CruiseIndex":-1,"TrackIndex":-1,"StreamType":0,)"
+      R"("ZoomWindowList":{"ZoomMode":0},"RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1}}]}]}})");
+}
+
+TEST(AWrittenView, SendsBothKindsOfNoGroupAsMinusOne) {
+  for (unsigned int group : {0u, kNoId}) {
+    ViewInfo view;
+    view.idViewGroup = group;
+    EXPECT_EQ(WriteViewDocument(view),
+              R"({"View":{"ID":-1,"Name":"","ViewGroupID":-1,"UserID":-1,"SequenceIndex":-1,"AutoCycle":0,)"
+              R"("CycleTime":0}})");
+  }
+}
+
+TEST(AWrittenView, ConvertsTheKindOfTheRelatedResource) {
+  const struct {
+    int model;
+    int server;
+  } rows[] = {{0, 1001}, {1, 7001}, {4, 1002}, {5, 2004}, {8, 1027}, {-1, -1}, {2, 2}, {1005, 1005}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(RelateTypeToServerNumber(static_cast<RelateResourceType>(row.model)), row.server);
+    EXPECT_EQ(RelateTypeFromServer(row.server), row.model);
+  }
+}
+
+TEST(AWrittenGroup, SaysMinusOneWhenItIsNotShared) {
+  ViewGroupInfo group{3, 8, kNoId, "Doors", ViewTypePrivate, 0x2'0000'0001, ChangeModified, false};
+  EXPECT_EQ(WriteViewGroupDocument(group),
+            R"({"ViewGroup":{"ID":3,"Name":"Doors","ParentViewGroupID":-1,"UserID":8,"IsSharedView":-1,)"
+            R"("SequenceIndex":1}})");
+  group.bShared = true;
+  EXPECT_EQ(WriteViewGroupDocument(group),
+            R"({"ViewGroup":{"ID":3,"Name":"Doors","ParentViewGroupID":-1,"UserID":8,"IsSharedView":1,)"
+            R"("SequenceIndex":1}})");
+}
+
+// --- Readers
+
+ViewInfo ReadViewText(const std::string& text, DocumentOrigin origin) {
+  NetLink::CRapidJsonProto document;
+  EXPECT_TRUE(document.set_str(text)) << text;
+  PathCursor at(document);
+  return ReadView(at, origin);
+}
+
+ViewGroupInfo ReadGroupText(const std::string& text, DocumentOrigin origin) {
+  NetLink::CRapidJsonProto document;
+  EXPECT_TRUE(document.set_str(text)) << text;
+  PathCursor at(document);
+  return ReadViewGroup(at, origin);
+}
+
+CameraGridStruct ReadWindowText(const std::string& members, DocumentOrigin origin) {
+  const ViewInfo view = ReadViewText(R"({"ID":9,"PlanPages":[{"PlanViewItem":[{)" + members + "}]}]}", origin);
+  return view.vcPages.at(0).vcWindows.at(0);
+}
+
+// What each reader makes of some members, told as the difference from an element without any.
+struct ReadRow {
+  const char* members;
+  const char* fromList;
+  const char* fromDownload;
+};
+constexpr const char* kSame = nullptr;
+
+void ExpectWindows(std::initializer_list<ReadRow> rows) {
+  for (const ReadRow& row : rows) {
+    const char* expected[] = {row.fromList, row.fromDownload ? row.fromDownload : row.fromList};
+    for (DocumentOrigin origin : {DocumentOrigin::ListReply, DocumentOrigin::Download}) {
+      EXPECT_EQ(Difference(ReadWindowText("", origin), ReadWindowText(row.members, origin)),
+                expected[origin == DocumentOrigin::Download])
+          << row.members << (origin == DocumentOrigin::Download ? " downloaded" : " listed");
+    }
+  }
+}
+
+TEST(AReadWindow, WithoutKeysDiffersFromANewOne) {
+  for (DocumentOrigin origin : {DocumentOrigin::ListReply, DocumentOrigin::Download}) {
+    EXPECT_EQ(Difference(CameraGridStruct(), ReadWindowText("", origin)),
+              "idView=9 uIndex=18446744073709551615 n_seq_index=0 type=-1 rect=(0,0,0,0) stream=-1");
+  }
+}
+
+TEST(AReadWindow, TakesEachPlainKeyByItsOwnRule) {
+  ExpectWindows({
+      {R"("SequenceIndex":"3")", "n_seq_index=3", kSame},
+      {R"("SequenceIndex":3)", "n_seq_index=3", kSame},
+      {R"("SequenceIndex":" 12ab")", "n_seq_index=12", kSame},
+      {R"("SequenceIndex":"x")", "", kSame},
+      {R"("SequenceIndex":true)", "", kSame},
+      {R"("ResourceType":1002)", "type=1002", kSame},
+      {R"("ResourceType":"1002")", "type=1002", kSame},
+      {R"("SiteID":4294967294)", "site=4294967294", kSame},
+      {R"("SiteID":31,"ResourceID":501)", "site=31 element=501", kSame},
+      {R"("SiteID":{},"ResourceID":[5],"StreamType":null)", "", kSame},
+      {R"("RelateResourceID":77,"RelateResourceName":"Gate","RelateResourceType":1027)",
+       "relate_type=8 relate_id=77 relate_name='Gate'", kSame},
+      {R"("RelateResourceType":3)", "relate_type=3", kSame},
+      {R"("ExtendResource":"{}")", "extend='{}'", kSame},
+      {R"("WindowNo":4,"PresetPointIndex":5,"CruiseIndex":-2,"TrackIndex":6)",
+       "uIndex=4 preset=5 cruise=18446744073709551614 track=6", kSame},
+      {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "rect=(0.5,0.25,1.5,0)", kSame},
+      {R"("StreamType":2)", "stream=2", kSame},
+      {R"("ResourceType":1002,"ResourceType":1005)", "type=1002", kSame},
+  });
+}
+
+TEST(AReadWindow, TakesEachGroupWhenItIsThere) {
+  ExpectWindows({
+      {R"("FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FishEyeInfo":[{"No":1,"PosX":"0.5","PosY":"-1",)"
+       R"("Zoom":"2"},{}]})",
+       "has_fisheye=1 fisheye=1/2/3+1:0.5,-1,2+-1:0,0,0", kSame},
+      {R"("FishEye":{"FishEyeInfo":{"No":7}})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0", kSame},
+      {R"("FishEye":[])", "", kSame},
+      {R"("FishEye":null)", "", kSame},
+      {R"("FishEye":[{},{}])", "", kSame},
+      {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "has_fisheye=1 fisheye=-1/-1/-1", kSame},
+      {R"("Cycle":{"Type":1,"CycleTime":20,"CycleName":"doors","ID":[{"SiteID":5,"ResourceID":9},{}]})",
+       "cycle=1/20/'doors'+5:9+4294967295:4294967295", kSame},
+      {R"("Cycle":{"ID":{"SiteID":5,"ResourceID":9}})", "cycle=-1/-1/''+5:9", kSame},
+      {R"("Cycle":[{},{}])", "", kSame},
+      {R"("ResourceType":7001,"Emap":{"LoadMode":3,"PosX":"1.5","PosY":"2","ScaleSize":4,"ExtendInfo":"m"})",
+       "type=7001 center_x='1.5' center_y='2' scale=4 more='m' load=3", kSame},
+      {R"("ResourceType":7001)", "type=7001 scale=-1 load=-1", kSame},
+      {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "type=1001", kSame},
+      {R"("CenterMark":{"TopX":123,"TopY":-1,"BottomX":1000,"BottomY":2500,"StreamType":1})",
+       "mark=1 mark_box=(0.123,-0.001,1,2.5) mark_stream=1", kSame},
+      {R"("CenterMark":[{"TopX":123},{}])", "mark=1 mark_box=(-0.001,-0.001,-0.001,-0.001) mark_stream=-1", kSame},
+      {R"("CenterMark":[])", "", kSame},
+      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1,"TopX":250,"TopY":500,)"
+       R"("BottomX":750,"BottomY":1000},{}]})",
+       "type=1001 zoom_mode=2 zooms=+1(0.25,0.5,0.75,1)+-1(-0.001,-0.001,-0.001,-0.001)", kSame},
+      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "type=1001", kSame},
+      {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "type=1002", kSame},
+      {R"("RelatedZoomWindow":{"ViewItemWindowNo":"3","ZoomWindowNo":1})", "related_window='3' related_box=1", kSame},
+      {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "related_window='3'", kSame},
+  });
+}
+
+TEST(AReadWindow, DiffersBetweenListAndDownloadInTheseKeysOnly) {
+  ExpectWindows({
+      {R"("ResourceType":7000)", "type=7000", "type=7001 scale=-1 load=-1"},
+      {R"("ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1","PosY":"2","ScaleSize":3})", "type=7000",
+       "type=7001 center_x='1' center_y='2' scale=3 load=2"},
+      {R"("ExtendInfo":"{\"playParams\":{\"DigitZoom\":{\"Xtop\":\"0.5\"}}}","Xtop":"0.25","Ytop":"0.25")",
+       "rect=(0.25,0.25,0,0)", "rect=(0.5,0,0,0)"},
+  });
+}
+
+TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
+  const struct {
+    const char* text;
+    const char* changes;
+  } rows[] = {
+      {"", ""},
+      {"{", ""},
+      {"5", ""},
+      {"{}", ""},
+      {R"({"playParams":{"DigitZoom":{"Xtop":"0.5","Ytop":0.25,"Xbottom":"x","Ybottom":"1"}}})", "rect=(0.5,0.25,0,1)"},
+      {R"({"playParams":{"DigitZoom":{},"FishEye":{"MountType":1}}})", "rect=(0,0,0,0)"},
+      {R"({"playParams":{"DigitZoom":[{},{}],"FishEye":{"MountType":1}}})", "has_fisheye=1 fisheye=1/-1/-1"},
+      {R"({"playParams":{"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FiehEyeInfo":[{"No":4,"PosX":"0.5",)"
+       R"("PosY":"1","Zoom":"2"}],"FishEyeInfo":[{"No":9}]}},"Zoom":3})",
+       "has_fisheye=1 fisheye=1/2/3+4:0.5,1,2"},
+      {R"({"Zoom":3,"coordinate":[1.5,2.25]})", "type=7001 center_x='1.5' center_y='2.25' scale=3"},
+      {R"({"Zoom":3,"coordinate":["120.1234567",1e-7]})", "type=7001 center_x='120.123' center_y='1e-07' scale=3"},
+      {R"({"Zoom":"3"})", "type=7001 center_x='nan' center_y='nan' scale=3"},
+      {R"({"Zoom":{},"coordinate":[1]})", "type=7001 center_x='1' center_y='nan' scale=-1"},
+      {R"({"Zoom":[1,2],"coordinate":[1,2]})", ""},
+      {R"({"Zoom":null,"coordinate":[1,2]})", ""},
+  };
+  for (const auto& row : rows) {
+    CameraGridStruct window;
+    ReadExtendInfo(row.text, window);
+    EXPECT_EQ(Difference(CameraGridStruct(), window), row.changes) << row.text;
+  }
+}
+
+TEST(ExtendInfo, AddsItsFisheyeWindowsToThoseOfTheDocumentAndSetsTheLoadMode) {
+  EXPECT_EQ(ReadWindowText(R"("FishEye":{"FishEyeInfo":[{"No":1}]},)"
+                           R"("ExtendInfo":"{\"playParams\":{\"FishEye\":{\"FiehEyeInfo\":[{\"No\":2}]}}}")",
+                           DocumentOrigin::Download)
+                .fisheye_info.vc_wnd_param.size(),
+            2u);
+  CameraGridStruct window;
+  window.map_load_type = static_cast<MapLoadType>(4);
+  ReadExtendInfo(R"({"Zoom":3})", window);
+  EXPECT_EQ(window.map_load_type, 1);
+}
+
+TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
+  const struct {
+    const char* members;
+    const char* fromList;
+    const char* fromDownload;
+  } rows[] = {
+      {"", "auto=-1 time=-1", kSame},
+      {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,"Method":2)",
+       "idView=9 guid='g' name='n' group=0 sequence=-7 auto=1 time=30 method=2", kSame},
+      {R"("UserID":3)", "type=1 user=3 auto=-1 time=-1", kSame},
+      {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")", "type=1 user=3 auto=-1 time=-1",
+       "type=2 user=3 auto=-1 time=-1 shared=1 sharer='eve'"},
+      {R"("SharedUserID":0)", "auto=-1 time=-1", "type=2 auto=-1 time=-1 shared=1"},
+      {R"("SharedUserID":-1,"SharedUserName":"eve")", "auto=-1 time=-1", "auto=-1 time=-1 sharer='eve'"},
+      {R"("ID":"9","Name":5,"Method":"x")", "idView=9 name='5' auto=-1 time=-1", kSame},
+      {R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{},{}]},{"CustomSplite":""}])",
+       "auto=-1 time=-1 pages=[4 '1x2' windows 2][-1 '' windows 0]", kSame},
+      {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})", "auto=-1 time=-1 pages=[4 '' windows 1]",
+       kSame},
+      {R"("PlanPages":null)", "auto=-1 time=-1", kSame},
+      {R"("PlanPages":[7,{"PlanViewItem":[null]}])", "auto=-1 time=-1 pages=[-1 '' windows 0][-1 '' windows 1]", kSame},
+  };
+  for (const auto& row : rows) {
+    const std::string text = std::string("{") + row.members + "}";
+    EXPECT_EQ(Difference(ViewInfo(), ReadViewText(text, DocumentOrigin::ListReply)), row.fromList) << text;
+    EXPECT_EQ(Difference(ViewInfo(), ReadViewText(text, DocumentOrigin::Download)),
+              row.fromDownload ? row.fromDownload : row.fromList)
+        << text;
+  }
+}
+
+TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
+  const struct {
+    const char* text;
+    const char* fromList;
+    const char* fromDownload;
+  } rows[] = {
+      {"{}", "", ""},
+      {R"({"ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"Method":1})",
+       "idViewGroup=3 parent=2 name='n' sequence=-2 method=1", "idViewGroup=3 parent=2 name='n' sequence=-2 method=1"},
+      {R"({"UserID":8,"IsSharedView":-1})", "user=8 type=1", "user=8 type=1"},
+      {R"({"UserID":8,"IsSharedView":0})", "user=8 type=1", "user=8 type=1"},
+      {R"({"UserID":8,"IsSharedView":2})", "user=8 type=1", "user=8 type=1"},
+      {R"({"UserID":8,"IsSharedView":1})", "user=8 type=1", "user=8 type=2 shared=1"},
+      {R"({"IsSharedView":1})", "", "type=2 shared=1"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(Difference(ViewGroupInfo(), ReadGroupText(row.text, DocumentOrigin::ListReply)), row.fromList)
+        << row.text;
+    EXPECT_EQ(Difference(ViewGroupInfo(), ReadGroupText(row.text, DocumentOrigin::Download)), row.fromDownload)
+        << row.text;
+  }
+}
+
+TEST(AWrittenView, ComesBackAsItWasButForTheKnownAsymmetries) {
+  CameraGridStruct camera = WindowWithEverything();
+  camera.idView = 17;
+  camera.enum_resource_type_ = ResourceTypeCamera;
+  const std::string written = WriteViewDocument(ViewWith({{"1x2", 4, {camera}}}));
+  const std::string element = written.substr(8, written.size() - 9);
+  const ViewInfo back = ReadViewText(element, DocumentOrigin::ListReply);
+  EXPECT_EQ(Difference(ViewWith({{"1x2", 4, {camera}}}), back), "type=1");
+  // High halves, e-map keys of a camera and precision beyond thousandths do not travel.
+  EXPECT_EQ(Difference(camera, back.vcPages.at(0).vcWindows.at(0)),
+            "preset=7 center_x='' center_y='' scale=0 more='' load=1 mark_box=(0.123,0.5,1,-0.25)");
+}
+
+}  // namespace
+}  // namespace QorviViewPlugin
