@@ -13,23 +13,26 @@ using Allocator = JsonCursor::Allocator;
 std::size_t SharedLength(std::string_view left, std::string_view right) {
   const std::size_t size = std::min(left.size(), right.size());
   std::size_t shared = 0;
-  // Paths are long and mostly equal: whole words first.
-  for (; shared + sizeof(std::uint64_t) <= size; shared += sizeof(std::uint64_t)) {
-    if (std::memcmp(left.data() + shared, right.data() + shared, sizeof(std::uint64_t)) != 0) break;
+  // Paths are long and mostly equal: a word at a time as far as that goes.
+  for (std::uint64_t one, other; shared + sizeof one <= size; shared += sizeof one) {
+    std::memcpy(&one, left.data() + shared, sizeof one);
+    std::memcpy(&other, right.data() + shared, sizeof other);
+    if (one != other) break;
   }
   while (shared < size && left[shared] == right[shared]) ++shared;
   return shared;
 }
 
-// The first member of that name, or null.
-Value* FindMember(Value& object, std::string_view name) {
-  for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member) {
-    if (member->name.GetStringLength() == name.size() &&
-        std::memcmp(member->name.GetString(), name.data(), name.size()) == 0) {
-      return &member->value;
-    }
-  }
-  return nullptr;
+bool IsNamed(const Value::Member& member, std::string_view name) {
+  return member.name.GetStringLength() == name.size() &&
+         std::memcmp(member.name.GetString(), name.data(), name.size()) == 0;
+}
+
+std::uint8_t MarkOf(const char* name, std::size_t size) {
+  if (size == 0) return 0;
+  const auto at = [name](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
+  const std::uint32_t mixed = static_cast<std::uint32_t>(size) | at(0) << 8 | at(size / 2) << 16 | at(size - 1) << 24;
+  return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
 }
 
 // What the segment's index addresses in the value of its name, or null.
@@ -39,8 +42,9 @@ Value* Element(Value& value, std::uint64_t index) {
   return index <= value.Size() ? &value[static_cast<rapidjson::SizeType>(index - 1)] : nullptr;
 }
 
-Value& MakeMember(Value& object, std::string_view name, bool asArray, Allocator& allocator) {
-  if (Value* const existing = FindMember(object, name)) return *existing;
+Value& MakeMember(MemberFinder& members, std::string_view name, bool asArray, Allocator& allocator) {
+  if (Value* const existing = members.Find(name)) return *existing;
+  Value& object = members.Get();
   object.AddMember(Value(name.data(), static_cast<rapidjson::SizeType>(name.size()), allocator),
                    Value(asArray ? rapidjson::kArrayType : rapidjson::kObjectType), allocator);
   return (object.MemberEnd() - 1)->value;
@@ -65,19 +69,35 @@ rapidjson::SizeType CountOf(const Value& value) {
   return value.IsNull() ? 0 : 1;
 }
 
+Value* MemberFinder::Find(std::string_view name) {
+  if (!m_value->IsObject()) return nullptr;
+  const auto first = m_value->MemberBegin();
+  if (m_seen.test(MarkOf(name.data(), name.size()))) {
+    for (auto member = first; member != first + m_next; ++member) {
+      if (IsNamed(*member, name)) return &member->value;
+    }
+  }
+  for (const rapidjson::SizeType count = m_value->MemberCount(); m_next < count;) {
+    auto& member = *(first + m_next++);
+    m_seen.set(MarkOf(member.name.GetString(), member.name.GetStringLength()));
+    if (IsNamed(member, name)) return &member.value;
+  }
+  return nullptr;
+}
+
 void JsonCursor::Reset(Value& root) {
   m_path.clear();
-  m_levels.assign(1, Level{&root, 0});
+  m_levels.assign(1, Level{MemberFinder(root), 0});
 }
 
 const Value* JsonCursor::Find(std::string_view path) {
   if (path.empty()) return nullptr;
   ReturnToSharedLevel(path);
-  Value* value = m_levels.back().value;
+  Value* value = &m_levels.back().members.Get();
   PathSegment segment;
   for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
     if (!value->IsObject() || !ReadSegment(path, position, segment)) return nullptr;
-    Value* const member = FindMember(*value, segment.name);
+    Value* const member = m_levels.back().members.Find(segment.name);
     value = member ? Element(*member, segment.index) : nullptr;
     if (!value) return nullptr;
     if (value->IsObject()) Enter(*value, path, segment.end);
@@ -91,41 +111,48 @@ Value* JsonCursor::Make(std::string_view path, Allocator& allocator) {
   // What is written may be of another kind than what stood there: it is no level to come back to.
   if (m_levels.back().end == path.size()) m_levels.pop_back();
   if (!IsUsable(path)) return nullptr;
-  Value* value = m_levels.back().value;
+  Value* value = &m_levels.back().members.Get();
   PathSegment segment;
   for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
     ReadSegment(path, position, segment);
     if (!value->IsObject()) value->SetObject();
     if (position > m_levels.back().end) Enter(*value, path, position);
-    value = &MakeElement(MakeMember(*value, segment.name, segment.index != 0, allocator), segment.index, allocator);
+    Value& member = MakeMember(m_levels.back().members, segment.name, segment.index != 0, allocator);
+    value = &MakeElement(member, segment.index, allocator);
   }
   return value;
 }
 
 // Drops the levels that are not on the way of `path`.
 void JsonCursor::ReturnToSharedLevel(std::string_view path) {
-  const std::size_t shared = SharedLength(m_path, path);
-  while (m_levels.size() > 1) {
-    const std::size_t end = m_levels.back().end;
-    if (end <= shared && (end == path.size() || path[end] == '/')) return;
-    m_levels.pop_back();
+  const auto isOnTheWay = [path](const Level& level) { return level.end == path.size() || path[level.end] == '/'; };
+  const std::size_t deepest = m_levels.back().end;
+  if (deepest <= path.size() && isOnTheWay(m_levels.back()) && std::memcmp(m_path.data(), path.data(), deepest) == 0) {
+    return;
   }
+  const std::size_t shared = SharedLength(m_path, path);
+  while (m_levels.size() > 1 && (m_levels.back().end > shared || !isOnTheWay(m_levels.back()))) m_levels.pop_back();
 }
 
 void JsonCursor::Enter(Value& value, std::string_view path, std::size_t end) {
   const std::size_t known = m_levels.back().end;
   m_path.resize(known);
   m_path.append(path.substr(known, end - known));
-  m_levels.push_back(Level{&value, end});
+  m_levels.push_back(Level{MemberFinder(value), end});
 }
 
 // Whether every segment from the last level on can be written: an index may exceed the present count by one.
-bool JsonCursor::IsUsable(std::string_view path) const {
-  Value* value = m_levels.back().value;
+bool JsonCursor::IsUsable(std::string_view path) {
+  Value* value = nullptr;
   PathSegment segment;
   for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
     if (!ReadSegment(path, position, segment)) return false;
-    Value* const member = value && value->IsObject() ? FindMember(*value, segment.name) : nullptr;
+    Value* member = nullptr;
+    if (position == m_levels.back().end) {
+      member = m_levels.back().members.Find(segment.name);
+    } else if (value) {
+      member = MemberFinder(*value).Find(segment.name);
+    }
     const std::uint64_t count = member ? CountOf(*member) : 0;
     if (segment.index > count + 1) return false;
     value = member ? Element(*member, segment.index) : nullptr;

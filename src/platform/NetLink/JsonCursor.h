@@ -4,6 +4,8 @@
 
 #include <rapidjson/document.h>
 
+#include <bitset>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +16,24 @@ namespace NetLink {
 
 // Elements of an array; 0 for null, 1 for anything else.
 rapidjson::SizeType CountOf(const rapidjson::Value& value);
+
+// Looks the members of an object up by name, cheapest in the order in which they stand. Members may be appended
+// meanwhile, and values replaced.
+class MemberFinder {
+ public:
+  explicit MemberFinder(rapidjson::Value& value) : m_value(&value) {}
+
+  rapidjson::Value& Get() const { return *m_value; }
+  // The first member of that name, or null; null too when the value is no object.
+  rapidjson::Value* Find(std::string_view name);
+
+ private:
+  rapidjson::Value* m_value;
+  // The members before m_next were looked at, and m_seen holds a mark of each name: a name whose mark is missing is
+  // not among them, so that the first of that name is searched from m_next on.
+  rapidjson::SizeType m_next = 0;
+  std::bitset<256> m_seen;
+};
 
 // A position in one document: the objects on the way to the last path. A path that shares its beginning with the
 // last one is followed from where the two part.
@@ -36,13 +56,13 @@ class JsonCursor {
  private:
   // An object on the way; m_path[0, end) addresses it.
   struct Level {
-    Value* value;
+    MemberFinder members;
     std::size_t end;
   };
 
   void ReturnToSharedLevel(std::string_view path);
   void Enter(Value& value, std::string_view path, std::size_t end);
-  bool IsUsable(std::string_view path) const;
+  bool IsUsable(std::string_view path);
 
   std::string m_path;
   std::vector<Level> m_levels;  // Never empty after Reset: the first is the root.

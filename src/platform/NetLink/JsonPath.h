@@ -18,21 +18,18 @@ struct PathSegment {
 // that is 0 or no number), and then `segment` is undefined.
 inline bool ReadSegment(std::string_view path, std::size_t begin, PathSegment& segment) {
   if (begin >= path.size() || path[begin] != '/') return false;
-  std::size_t nameEnd = std::string_view::npos;
-  std::size_t end = begin + 1;
-  for (; end < path.size() && path[end] != '/'; ++end) {
-    if (path[end] == '[' && nameEnd == std::string_view::npos) nameEnd = end;
-  }
-  segment.end = end;
+  const std::string_view rest = path.substr(begin + 1);
+  segment.name = rest.substr(0, rest.find('/'));
+  segment.end = begin + 1 + segment.name.size();
   segment.index = 0;
-  if (nameEnd == std::string_view::npos) {
-    segment.name = path.substr(begin + 1, end - begin - 1);
-    return !segment.name.empty();
-  }
-  segment.name = path.substr(begin + 1, nameEnd - begin - 1);
-  const char* const last = path.data() + end - 1;
-  const auto [stop, error] = std::from_chars(path.data() + nameEnd + 1, last, segment.index);
-  return !segment.name.empty() && *last == ']' && error == std::errc{} && stop == last && segment.index != 0;
+  const std::size_t bracket = segment.name.find('[');
+  if (bracket == std::string_view::npos) return !segment.name.empty();
+  const char* const first = segment.name.data() + bracket + 1;
+  const char* const last = segment.name.data() + segment.name.size() - 1;
+  segment.name = segment.name.substr(0, bracket);
+  if (*last != ']') return false;
+  const auto [stop, error] = std::from_chars(first, last, segment.index);
+  return !segment.name.empty() && error == std::errc{} && stop == last && segment.index != 0;
 }
 
 }  // namespace NetLink

@@ -16,7 +16,7 @@ namespace NetLink {
 // Addressing. Of members with the same name the first counts. A path is absent when a name is missing, an index is 0,
 // past the end or not a number, a segment is empty, or a value on the way is neither object nor (with an index)
 // array. Index 1 on a value that is not an array addresses the value itself, so that a lone object reads as a
-// list of one. Depth of nesting never costs stack.
+// list of one. Depth of nesting never costs stack. A new document is an empty object.
 class NETLINK_API CRapidJsonProto {
  public:
   CRapidJsonProto();
@@ -24,7 +24,8 @@ class NETLINK_API CRapidJsonProto {
   CRapidJsonProto(const CRapidJsonProto&) = delete;
   CRapidJsonProto& operator=(const CRapidJsonProto&) = delete;
 
-  // Parses `text`, replacing the document; false when it is not JSON, after which every path is absent.
+  // Parses `text`, replacing the document; false when it is not JSON as a whole (anything behind the value, a NUL too,
+  // is an error, and so is a number that a double cannot hold), after which the document is new.
   bool set_str(const std::string& text);
   // The document as compact UTF-8 text; members stand in the order first written. Only indent 0 is supported.
   std::string get_str(int indent) const;
@@ -41,8 +42,10 @@ class NETLINK_API CRapidJsonProto {
   // true or false. Else `defaultValue`.
   bool get_bool_v(std::string_view path, bool defaultValue) const;
 
-  // Write a value, making objects and array elements on the way; an unusable path (index 0, empty segment) writes
-  // nothing. A value already there is replaced in its place.
+  // Write a value, making objects and array elements on the way, so that a read of the path answers it. A value already
+  // there is replaced in its place; one on the way that is no object gives way to an object. The index behind the last
+  // element appends one; index 2 on a lone value makes it the first element of an array. A path that is not usable (an
+  // empty segment, index 0, an index that would leave a gap) writes nothing at all.
   void set_v(std::string_view path, int value);
   void set_v(std::string_view path, const std::string& value);
 
