@@ -72,6 +72,7 @@ class HttpClient::Lane {
   HeaderList m_headers;
   Clock::time_point m_lastByte;
   int m_timesSent = 0;
+  bool m_headComplete = false;
 };
 
 HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
@@ -79,6 +80,7 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   m_reply = {};
   m_piece.clear();
   m_timesSent = 0;
+  m_headComplete = false;
   if (!m_multi || !m_easy) {
     m_reply.curlCode = CURLE_OUT_OF_MEMORY;
     return std::move(m_reply);
@@ -92,6 +94,8 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   // curl would send an edit again when a kept connection dies before the first byte of the answer; the server may have
   // carried it out by then, so it ends here as what it is: an empty reply.
   if (m_timesSent > 1 && m_reply.curlCode == CURLE_ABORTED_BY_CALLBACK) m_reply.curlCode = CURLE_GOT_NOTHING;
+  // curl takes a reply whose head is cut off for one without a body.
+  if (m_reply.curlCode == CURLE_OK && !m_headComplete) m_reply.curlCode = CURLE_PARTIAL_FILE;
   curl_easy_reset(m_easy);
   m_headers.reset();
   m_request = nullptr;
@@ -101,8 +105,9 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
 void HttpClient::Lane::SetUp() {
   const HttpRequest& request = *m_request;
   curl_easy_setopt(m_easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(m_easy, CURLOPT_URL, request.url.c_str());
-  curl_easy_setopt(m_easy, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(m_easy, CURLOPT_URL, request.server.c_str());
+  // Beside the URL, because curl escapes some bytes of an URL's path.
+  curl_easy_setopt(m_easy, CURLOPT_REQUEST_TARGET, request.target.c_str());
   curl_easy_setopt(m_easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(m_easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
   // Nothing but the host's set-up calls decides where requests go: no proxy from the environment.
@@ -196,8 +201,10 @@ size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* s
     curl_easy_getinfo(lane.m_easy, CURLINFO_RESPONSE_CODE, &status);
     lane.m_reply.status = static_cast<int>(status);
     lane.m_reply.resourceSequence.clear();
+    lane.m_headComplete = false;
     return length;
   }
+  if (line == "\r\n" || line == "\n") lane.m_headComplete = true;
   if (line.size() < kSequence.size() || !curl_strnequal(line.data(), kSequence.data(), kSequence.size())) return length;
   line.remove_prefix(kSequence.size());
   line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));

@@ -16,7 +16,8 @@ namespace BizShared {
 
 struct HttpRequest {
   std::string method;
-  std::string url;  // absolute, sent as it is
+  std::string server;  // "http://HOST:PORT" or "https://HOST:PORT"
+  std::string target;  // path and query, sent as they are
   std::string body;
   std::string token;                     // empty: no authorization
   std::string caFile;                    // empty: the system's certificates

@@ -40,7 +40,6 @@ bool HasParentSegment(std::string_view path) {
 // Whether the URL can be sent as it is without changing its meaning on the way.
 bool IsSendable(const std::string& method, std::string_view url) {
   if (method != "GET" && method != "POST" && method != "PUT" && method != "DELETE") return false;
-  // Without the slash a path could continue the server's name.
   if (!url.starts_with('/')) return false;
   for (unsigned char c : url) {
     if (c <= 0x20 || c == 0x7f || c == '#' || c == '\\') return false;
@@ -103,16 +102,16 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   {
     std::lock_guard<std::mutex> lock(m_impl->m_mutex);
     transport = m_impl->m_transport;
-    request.url = m_impl->m_server;
+    request.server = m_impl->m_server;
     request.caFile = m_impl->m_caFile;
     if (exchange.asUser) request.token = m_impl->m_token;
   }
   exchange.token = request.token;
   if (transport) return transport(recv, send);
-  if (request.url.empty()) return Fail(recv, kTransportError, CURLE_COULDNT_CONNECT);
+  if (request.server.empty()) return Fail(recv, kTransportError, CURLE_COULDNT_CONNECT);
 
   request.method = send.GetVal_Method();
-  request.url += send.GetVal_URL();
+  request.target = send.GetVal_URL();
   request.body = send.GetVal_send_data().empty() ? send.GetVal_Request_Data() : send.GetVal_send_data();
   request.timeout = TimeoutOf(send, exchange);
   request.silence = exchange.silence;

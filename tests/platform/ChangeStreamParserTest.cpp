@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ResourceStore/details/ChangeStreamParser.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ResourceStore::details::ChangeEvent;
+using ResourceStore::details::ChangeStreamParser;
+
+// One line an event: id|type|data, "-" for no id and "OVERSIZE" for what was too long.
+std::string Describe(const std::vector<ChangeEvent>& events) {
+  std::string text;
+  for (const ChangeEvent& event : events) {
+    text += event.id.value_or("-") + "|" + event.type + "|" + (event.oversize ? "OVERSIZE" : event.data) + "\n";
+  }
+  return text;
+}
+
+std::string ParseWhole(std::string_view stream, size_t limit = ChangeStreamParser::kDefaultLimit) {
+  ChangeStreamParser parser(limit);
+  std::vector<ChangeEvent> events;
+  parser.Feed(stream, events);
+  return Describe(events);
+}
+
+TEST(ChangeStreamParserTest, YieldsTheEventsOfAStream) {
+  const struct {
+    const char* stream;
+    const char* events;
+  } cases[] = {
+      {"id: 5\nevent: Views\ndata: {}\n\n", "5|Views|{}\n"},
+      {"id:5\r\nevent:Views\r\ndata:{}\r\n\r\n", "5|Views|{}\n"},
+      {"id: 5\revent: Views\rdata: {}\r\r", "5|Views|{}\n"},
+      {"\xEF\xBB\xBFid: 1\ndata: a\n\n", "1|message|a\n"},
+      {": comment\n\n: other\nid: 1\n:\ndata: a\n\n", "1|message|a\n"},
+      {"data: a\ndata:b\ndata:  c\n\n", "-|message|a\nb\n c\n"},
+      {"data\ndata\n\n", "-|message|\n\n"},
+      {"id: 7\nevent: X\n\nid: 8\ndata: a\n\n", "8|message|a\n"},  // no data, no event
+      {"id: 1\nid: 2\nevent: A\nevent: B\ndata: x\n\n", "2|B|x\n"},
+      {"<html>\nid 3\n\nretry: 5\nwhatever: x\nid: 4\ndata: {\n\ndata: a:b\n\n", "4|message|{\n-|message|a:b\n"},
+      {"id: 1\ndata: cut off\n", ""},
+      {"\n\n\r\n\r\r", ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ParseWhole(c.stream), c.events) << c.stream;
+}
+
+TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {
+  std::string longText(200, 'x');
+  std::string good = "id: 9\ndata: good\n\n";
+  EXPECT_EQ(ParseWhole("id: 1\ndata: " + longText + "\n\n" + good, 100), "1|message|OVERSIZE\n9|message|good\n");
+  EXPECT_EQ(ParseWhole("data: " + longText + "\ndata: b\nid: 1\n\n" + good, 100),
+            "1|message|OVERSIZE\n9|message|good\n");
+  std::string pieces = "id: 1\n";
+  for (int i = 0; i < 5; ++i) pieces += "data: " + std::string(50, 'y') + "\n";
+  EXPECT_EQ(ParseWhole(pieces + "\n" + good, 100), "1|message|OVERSIZE\n9|message|good\n");
+  EXPECT_EQ(ParseWhole(": " + longText + "\n" + longText + "\nid: " + longText + "\n" + good, 100), "9|message|good\n");
+}
+
+TEST(ChangeStreamParserTest, TheSameEventsComeHoweverTheStreamIsCut) {
+  const std::vector<std::string> pieces = {"id: ",
+                                           "17",
+                                           "\n",
+                                           "\r\n",
+                                           "\r",
+                                           "\n\n",
+                                           "\r\n\r\n",
+                                           "data:",
+                                           "data: x",
+                                           "event: Views",
+                                           ":",
+                                           "rubbish",
+                                           std::string(70, 'z'),
+                                           "\xEF\xBB\xBF"};
+  std::mt19937 random(20240607);
+  auto pick = [&](size_t count) { return std::uniform_int_distribution<size_t>(0, count - 1)(random); };
+  for (int round = 0; round < 400; ++round) {
+    std::string stream;
+    for (size_t i = 0, n = pick(40) + 1; i < n; ++i) stream += pieces[pick(pieces.size())];
+    std::string whole = ParseWhole(stream, 60);
+    ChangeStreamParser parser(60);
+    std::vector<ChangeEvent> events;
+    size_t longest = round % 2 == 0 ? 1 : 7;
+    for (size_t at = 0; at < stream.size();) {
+      size_t length = 1 + pick(longest);
+      parser.Feed(std::string_view(stream).substr(at, length), events);
+      at += length;
+    }
+    ASSERT_EQ(Describe(events), whole) << stream;
+  }
+}
+
+}  // namespace

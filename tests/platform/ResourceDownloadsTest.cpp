@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "BizShared/NetCommManager.h"
+#include "ResourceStore/DownloadResource.h"
+#include "ResourceStore/Element.h"
+#include "ResourceStore/OrlUserManager.h"
+#include "ScriptedServer.h"
+
+namespace {
+
+using namespace ResourceStore;
+using namespace testing_support;
+using Vant::Base::Error::ErrorCode;
+
+class ResourceDownloadsTest : public testing::Test {
+ protected:
+  ~ResourceDownloadsTest() override {
+    CElementManager::Instance().Clear();
+    BizShared::CNetCommManager::Instance().SetServer({});
+  }
+  void Serve(ScriptedServer::Handler handler) {
+    m_server = std::make_unique<ScriptedServer>(std::move(handler));
+    BizShared::CNetCommManager::Instance().SetServer(m_server->Url());
+  }
+  std::unique_ptr<ScriptedServer> m_server;
+};
+
+class ElementsTest : public ResourceDownloadsTest {
+ protected:
+  // Every id but 999 is an element of the asked type.
+  void ServeElements() {
+    Serve([](const Request& request, Connection& connection) {
+      std::string type = request.target.substr(request.target.find("Type=") + 5);
+      type = type.substr(0, type.find('&'));
+      std::string ids = request.target.substr(request.target.find("IDs=") + 4) + ",";
+      std::string elements;
+      while (!ids.empty()) {
+        std::string id = ids.substr(0, ids.find(','));
+        ids.erase(0, id.size() + 1);
+        if (id == "999") continue;
+        elements += (elements.empty() ? "" : ",") + std::string("{\"ID\":") + id + ",\"Type\":" + type +
+                    ",\"Name\":\"n" + id + "\",\"SiteID\":4}";
+      }
+      connection.ReplyData("{\"ElementList\":{\"Element\":[" + elements + "]}}");
+    });
+  }
+  static bool Fetch(const std::set<unsigned>& ids, std::vector<comm_method::ResourceType> types, ErrorCode& error) {
+    auto request = std::make_shared<CDownloadLogicalResource>();
+    request->SetVal_extra_ids(ids);
+    request->SetVal_source_type(types);
+    request->SetVal_extra_request_type(ExtraRequestTypeElementIds);
+    return CDownloadResourceStore::Instance().SynIncrementalDownloadLogicalResource(error, request);
+  }
+};
+
+TEST_F(ElementsTest, AsksForWhatIsMissingInPortions) {
+  ServeElements();
+  ErrorCode error;
+  std::set<unsigned> ids;
+  for (unsigned id = 1; id <= 1001; ++id) ids.insert(id);
+  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}, error));
+  ASSERT_EQ(m_server->Requests().size(), 3u);
+  EXPECT_TRUE(m_server->Requests()[2].target.ends_with("/V0/Elements?Type=1001&IDs=1001"));
+  ids.insert(4294967295u);
+  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}, error));
+  ASSERT_EQ(m_server->Requests().size(), 4u);
+  EXPECT_TRUE(m_server->Requests()[3].target.ends_with("&IDs=999,4294967295")) << "an unknown one is asked for again";
+
+  CElementManager& elements = CElementManager::Instance();
+  EXPECT_EQ(elements.GetCameraElementName(7), "n7");
+  EXPECT_EQ(elements.FindCameraElementByID(7)->GetWorkStationID(), 4u);
+  EXPECT_EQ(elements.GetCameraElementName(999), "");
+  EXPECT_EQ(elements.FindCameraElementByID(999), nullptr);
+}
+
+TEST_F(ElementsTest, FilesElementsUnderTheirType) {
+  ServeElements();
+  ErrorCode error;
+  ASSERT_TRUE(Fetch({1}, {comm_method::ResourceTypeDoor, comm_method::ResourceTypeRadar}, error));
+  ASSERT_TRUE(Fetch({2}, {comm_method::ResourceTypeElement1027, comm_method::ResourceTypeElevator}, error));
+  CElementManager& elements = CElementManager::Instance();
+  CWorkStationManager& sites = CWorkStationManager::Instance();
+  EXPECT_EQ(elements.GetDoorElementName(1), "n1");
+  EXPECT_EQ(elements.GetElevatorElementName(2), "n2");
+  EXPECT_EQ(elements.FindRadarElementByID(1)->GetType(), 1006);
+  EXPECT_EQ(elements.FindOtherElementByID(1), nullptr);
+  EXPECT_EQ(elements.FindOtherElementByID(2)->GetType(), 1027);
+  EXPECT_EQ(sites.FindCameraElementByID(1), nullptr);
+  EXPECT_NE(sites.FindDoorElementByID(1), nullptr);
+  EXPECT_NE(sites.FindRadarElementByID(1), nullptr);
+  EXPECT_NE(sites.FindElevatorElementByID(2), nullptr);
+}
+
+TEST_F(ElementsTest, AFailureKeepsWhatHadArrived) {
+  std::atomic<int> count{0};
+  Serve([&](const Request&, Connection& connection) {
+    if (++count == 1) return connection.ReplyData(R"({"ElementList":{"Element":{"ID":1,"Name":"lone"}}})");
+    connection.ReplyError(403, 100, 4);
+  });
+  ErrorCode error;
+  EXPECT_FALSE(Fetch({1}, {comm_method::ResourceTypeCamera, comm_method::ResourceTypeDoor}, error));
+  EXPECT_EQ(std::pair(error.GetMainError(), error.GetSubError()), std::pair(100, 4));
+  EXPECT_EQ(error.GetCasadingErrorInfo(), "from below");
+  EXPECT_EQ(CElementManager::Instance().GetCameraElementName(1), "lone");
+  m_server.reset();
+  EXPECT_FALSE(Fetch({2}, {comm_method::ResourceTypeCamera}, error));
+  EXPECT_EQ(error.GetMainError(), 1);
+}
+
+// Notes how downloads end.
+class Listener : public IOrlUserObserver {
+ public:
+  Listener() { COrlUserManager::Instance().RegisterObserver(this); }
+  ~Listener() { COrlUserManager::Instance().SyncUnregisterObserver(this); }
+  void OnUserListNotify(CIOrlUserObserverParam& param) override {
+    if (m_during) m_during();
+    std::lock_guard<std::mutex> lock(m_mutex);
+    ErrorCode error = param.GetVal_stru_error_code();
+    m_ends.push_back({param.GetVal_enumState(), error.GetMainError(), error.GetSubError()});
+  }
+  size_t Count() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_ends.size();
+  }
+  std::vector<int> Last() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_ends.back();
+  }
+  std::function<void()> m_during;
+
+ private:
+  mutable std::mutex m_mutex;
+  std::vector<std::vector<int>> m_ends;
+};
+
+class UsersTest : public ResourceDownloadsTest {
+ protected:
+  ~UsersTest() override { COrlUserManager::Instance().ResetDownload(); }
+  static COrlUserManager& Manager() { return COrlUserManager::Instance(); }
+  static std::string Names() {
+    std::vector<std::shared_ptr<CUserInfo>> users;
+    Manager().GetOrlUsers(users);
+    std::string names;
+    for (const auto& user : users) {
+      names += std::to_string(user->GetVal_m_userID()) + user->GetVal_m_strUsername() +
+               (user->GetVal_b_cs_online() ? "+" : "-") + std::to_string(user->GetVal_ptz_control_perm()) + " ";
+    }
+    return names;
+  }
+};
+
+TEST_F(UsersTest, EveryDownloadEndsWithANotification) {
+  std::atomic<bool> failing{false};
+  Serve([&](const Request& request, Connection& connection) {
+    if (failing) return connection.ReplyError(500, 100, 8);
+    EXPECT_EQ(request.target, "/NXAPI/Vantorel/Platform/V0/Users");
+    connection.ReplyData(R"({"UserList":{"User":[{"ID":2,"Name":"b","Online":1,"PTZControlPermission":3},)"
+                         R"({"ID":1,"Name":"a","Online":0,"PTZControlPermission":0}]}})");
+  });
+  Listener listener;
+  std::string seen;
+  listener.m_during = [&] { seen = Names(); };
+  auto download = [&] {
+    size_t before = listener.Count();
+    Manager().StartDownLoadOrlUser();
+    EXPECT_TRUE(Eventually([&] { return listener.Count() > before; }));
+    return listener.Last();
+  };
+  EXPECT_EQ(download(), (std::vector<int>{0, 0, 0}));
+  EXPECT_EQ(seen, "2b+3 1a-0 ") << "the users are in place by then";
+  failing = true;
+  EXPECT_EQ(download(), (std::vector<int>{1, 100, 8}));
+  EXPECT_EQ(Names(), "2b+3 1a-0 ");
+  m_server.reset();
+  EXPECT_EQ(download(), (std::vector<int>{1, 1, 7}));
+  Manager().SetDownload({std::make_shared<CUserInfo>(9, "fixed", true, 1)}, {});
+  EXPECT_EQ(download(), (std::vector<int>{0, 0, 0}));
+  EXPECT_EQ(Names(), "9fixed+1 ");
+  Manager().SetDownload({}, ErrorCode(5, 6, 0, {}));
+  EXPECT_EQ(download(), (std::vector<int>{1, 5, 6}));
+}
+
+TEST_F(UsersTest, ARequestDuringADownloadIsFollowedByANotificationOfItsOwn) {
+  std::atomic<int> asked{0};
+  std::atomic<bool> release{false};
+  Serve([&](const Request&, Connection& connection) {
+    ++asked;
+    EXPECT_TRUE(Eventually([&] { return release.load(); }));
+    connection.ReplyData("{}");
+  });
+  Listener listener;
+  Manager().StartDownLoadOrlUser();
+  ASSERT_TRUE(Eventually([&] { return asked == 1; }));
+  Manager().StartDownLoadOrlUser();
+  Manager().StartDownLoadOrlUser();
+  release = true;
+  EXPECT_TRUE(Eventually([&] { return listener.Count() == 2; }));
+  EXPECT_EQ(asked, 2);
+}
+
+TEST_F(UsersTest, WithdrawingWaitsForARunningNotificationUnlessItIsMadeFromIt) {
+  Manager().SetDownload({}, {});
+  std::atomic<bool> inside{false}, release{false}, withdrawn{false};
+  Listener listener;
+  listener.m_during = [&] {
+    inside = true;
+    EXPECT_TRUE(Eventually([&] { return release.load(); }));
+  };
+  Manager().StartDownLoadOrlUser();
+  ASSERT_TRUE(Eventually([&] { return inside.load(); }));
+  std::thread other([&] {
+    Manager().SyncUnregisterObserver(&listener);
+    withdrawn = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(withdrawn);
+  release = true;
+  other.join();
+
+  Listener first, second;
+  first.m_during = [&] {
+    Manager().SyncUnregisterObserver(&first);
+    Manager().SyncUnregisterObserver(&second);  // stands behind it and is not called any more
+  };
+  Manager().StartDownLoadOrlUser();
+  EXPECT_TRUE(Eventually([&] { return first.Count() == 1; }));
+  Listener third;
+  Manager().StartDownLoadOrlUser();
+  EXPECT_TRUE(Eventually([&] { return third.Count() == 1; }));
+  EXPECT_EQ(first.Count() + second.Count(), 1u);
+  EXPECT_EQ(listener.Count(), 1u);
+}
+
+}  // namespace

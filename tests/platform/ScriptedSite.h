@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+// A scripted server with the lists and the change stream of a management server.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "ScriptedServer.h"
+
+namespace testing_support {
+
+inline std::string ListOf(const std::string& kind, const std::string& elements) {
+  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{")" + kind +
+         R"(List":{")" + kind + R"(":[)" + elements + "]}}}}";
+}
+inline std::string Views(const std::string& elements) {
+  return ListOf("View", elements);
+}
+inline std::string Groups(const std::string& elements) {
+  return ListOf("ViewGroup", elements);
+}
+inline std::string Event(int number, const std::string& type, const std::string& data) {
+  return "id: " + std::to_string(number) + "\nevent: " + type + "\ndata: " + data + "\n\n";
+}
+
+class ScriptedSite {
+ public:
+  using Override = std::function<void(const Request&, Connection&)>;
+
+  ScriptedSite() : m_server([this](const Request& request, Connection& connection) { Answer(request, connection); }) {}
+  ~ScriptedSite() {
+    EndStreams();
+    m_server.Stop();
+  }
+
+  std::string Url() const { return m_server.Url(); }
+  const ScriptedServer& Server() const { return m_server; }
+
+  // The lists and the number of the last change that each contains.
+  void SetGroups(const std::string& elements, int number) { SetList("V0/ViewGroups", Groups(elements), number); }
+  void SetViews(const std::string& elements, int number) { SetList("V0/Views", Views(elements), number); }
+
+  // The next requests for `name` ("V0/Views", "V0/Changes", ...) are answered by these, one each, instead.
+  void AnswerOnce(const std::string& name, Override override) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_overrides.emplace(name, std::move(override));
+  }
+
+  // Sends text on the change stream that is open; waits for one.
+  void Stream(const std::string& text) {
+    ASSERT_TRUE(Eventually([&] { return Streams() > 0; })) << "no change stream was opened";
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_text += text;
+    m_changed.notify_all();
+  }
+  // Ends the stream that is open once what was streamed before has been sent.
+  void EndStream() {
+    ASSERT_TRUE(Eventually([&] { return Streams() > 0; })) << "no change stream was opened";
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_end = true;
+    m_changed.notify_all();
+    ASSERT_TRUE(m_changed.wait_for(lock, std::chrono::seconds(20), [&] { return !m_end; }));
+  }
+  int Streams() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_streams;
+  }
+
+  int Count(const std::string& name) const { return static_cast<int>(Targets(name).size()); }
+  // The targets of the requests for `name`, queries included.
+  std::vector<std::string> Targets(const std::string& name) const {
+    std::vector<std::string> targets;
+    for (const Request& request : m_server.Requests()) {
+      if (Name(request) == name) targets.push_back(request.target);
+    }
+    return targets;
+  }
+
+ private:
+  struct List {
+    std::string text;
+    int number = 0;
+  };
+
+  static std::string Name(const Request& request) {
+    static constexpr size_t kPrefix = std::string_view("/NXAPI/Vantorel/Platform/").size();
+    return request.target.substr(0, request.target.find('?')).substr(std::min(kPrefix, request.target.size()));
+  }
+
+  void SetList(const std::string& name, const std::string& text, int number) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_lists[name] = {text, number};
+  }
+
+  void Answer(const Request& request, Connection& connection) {
+    std::string name = Name(request);
+    Override override;
+    List list;
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      if (auto found = m_overrides.find(name); found != m_overrides.end()) {
+        override = std::move(found->second);
+        m_overrides.erase(found);
+      }
+      list = m_lists[name];
+    }
+    if (override) {
+      override(request, connection);
+    } else if (name == "V0/Changes") {
+      ServeStream(connection);
+    } else {
+      connection.Reply(200, list.text, "Resource-Sequence: " + std::to_string(list.number) + "\r\n");
+    }
+  }
+
+  void ServeStream(Connection& connection) {
+    connection.Close();
+    connection.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n\r\n");
+    std::unique_lock<std::mutex> lock(m_mutex);
+    ++m_streams;
+    while (true) {
+      m_changed.wait(lock, [&] { return !m_text.empty() || m_end || m_allEnd; });
+      std::string text = std::move(m_text);
+      m_text.clear();
+      lock.unlock();
+      bool sent = connection.Send(text);
+      lock.lock();
+      if (!sent || m_end || m_allEnd) break;
+    }
+    --m_streams;
+    m_end = false;
+    m_changed.notify_all();
+  }
+
+  void EndStreams() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_allEnd = true;
+    m_changed.notify_all();
+  }
+
+  mutable std::mutex m_mutex;  // guards all but the server
+  std::condition_variable m_changed;
+  std::map<std::string, List> m_lists{{"V0/Areas", {ListOf("Area", R"({"ID":3,"Name":"Yard"})"), 0}},
+                                      {"V0/ViewGroups", {Groups(R"({"ID":1,"Name":"g"})"), 10}},
+                                      {"V0/Views", {Views(R"({"ID":5,"Name":"v"})"), 12}}};
+  std::multimap<std::string, Override> m_overrides;
+  std::string m_text;
+  int m_streams = 0;
+  bool m_end = false;
+  bool m_allEnd = false;
+  ScriptedServer m_server;
+};
+
+}  // namespace testing_support

@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "BizShared/NetCommManager.h"
+#include "BizShared/UserCommonManager.h"
+#include "ScriptedServer.h"
+
+namespace {
+
+using BizShared::CNetCommManager;
+using BizShared::CUserCommonManager;
+using testing_support::Connection;
+using testing_support::Request;
+using testing_support::ScriptedServer;
+using Vant::Base::Error::ErrorCode;
+
+struct Outcome {
+  bool answered;
+  std::string body;
+  int mainError;
+  int subError;
+};
+
+class TransportTest : public testing::Test {
+ protected:
+  ~TransportTest() override {
+    CUserCommonManager::Instance().Logout();
+    Net().SetTransport({});
+    Net().SetServer({});
+  }
+
+  static CNetCommManager& Net() { return CNetCommManager::Instance(); }
+
+  void Serve(ScriptedServer::Handler handler) {
+    m_server = std::make_unique<ScriptedServer>(std::move(handler));
+    Net().SetServer(m_server->Url());
+  }
+
+  static Outcome Send(const std::string& method, const std::string& url, const std::string& body = {},
+                      unsigned long timeout = 0) {
+    auto send = std::make_shared<NetLink::CClientSendInfo>();
+    send->SetVal_Method(method);
+    send->SetVal_URL(url);
+    send->SetVal_send_data(body);
+    send->SetVal_Timeout(timeout);
+    auto recv = std::make_shared<NetLink::CClientRecvInfo>();
+    bool answered = Net().ClientSynSend(recv, send, 0);
+    ErrorCode error = recv->GetVal_Error_code();
+    return {answered, recv->GetVal_Receive_Data(), error.GetMainError(), error.GetSubError()};
+  }
+
+  static bool LogIn(const std::string& password, ErrorCode& error) {
+    return CUserCommonManager::Instance().Login("anna", password, "tests", error);
+  }
+
+  std::unique_ptr<ScriptedServer> m_server;
+};
+
+void AnswerOk(const Request&, Connection& connection) {
+  connection.Reply(200, "ok");
+}
+
+TEST_F(TransportTest, SendsWhatTheRequestSays) {
+  Serve(AnswerOk);
+  Net().SetToken("t0k");
+  for (const char* method : {"GET", "POST", "PUT", "DELETE"}) {
+    for (const char* body : {"", "{\"a\":1}"}) {
+      EXPECT_TRUE(Send(method, "/a/./%2e%2e//b\xc3\xa9", body).answered);
+      Request request = m_server->Requests().back();
+      EXPECT_EQ(request.method, method);
+      EXPECT_EQ(request.target, "/a/./%2e%2e//b\xc3\xa9");
+      EXPECT_EQ(request.body, body);
+      EXPECT_EQ(request.headers["authorization"], "Bearer t0k");
+      if (*body) {
+        EXPECT_EQ(request.headers["content-type"], "application/json");
+      }
+    }
+  }
+  auto send = std::make_shared<NetLink::CClientSendInfo>();
+  send->SetVal_Method("GET");
+  send->SetVal_URL("/list?a=b");
+  send->SetVal_Request_Data("request data");
+  auto recv = std::make_shared<NetLink::CClientRecvInfo>();
+  EXPECT_TRUE(Net().ClientSynSend(recv, send, 0));
+  EXPECT_EQ(m_server->Requests().back().body, "request data");
+  EXPECT_EQ(m_server->Requests().back().target, "/list?a=b");
+  EXPECT_EQ(m_server->Accepted(), 1) << "one thread reuses one connection, whatever the method";
+}
+
+TEST_F(TransportTest, RefusesUrlsThatWouldChangeTheirMeaningOnTheWay) {
+  Serve(AnswerOk);
+  const struct {
+    const char* method;
+    std::string url;
+    bool sent;
+  } cases[] = {
+      {"GET", "/a b", false},
+      {"GET", "/a\tb", false},
+      {"GET", "/a\r\nX: y", false},
+      {"GET", "/a\x7f", false},
+      {"GET", std::string("/a\0b", 4), false},
+      {"GET", "/a#b", false},
+      {"GET", "/a\\b", false},
+      {"GET", "/..", false},
+      {"GET", "/a/../b", false},
+      {"GET", "/a/..?x=1", false},
+      {"GET", "", false},
+      {"GET", "@127.0.0.1/", false},
+      {"POST", "/a?x=1", false},
+      {"DELETE", "/a?", false},
+      {"PATCH", "/a", false},
+      {"GET", "/a?x=/../y", true},
+      {"GET", "/a..b/...", true},
+      {"POST", "/%00%20", true},
+  };
+  for (const auto& c : cases) {
+    size_t before = m_server->Requests().size();
+    Outcome outcome = Send(c.method, c.url);
+    EXPECT_EQ(outcome.answered, c.sent) << c.method << " " << c.url;
+    EXPECT_EQ(m_server->Requests().size() - before, c.sent ? 1u : 0u) << c.url;
+    EXPECT_EQ(std::pair(outcome.mainError, outcome.subError), c.sent ? std::pair(0, 0) : std::pair(1, 3)) << c.url;
+  }
+}
+
+TEST_F(TransportTest, TellsRepliesFromFailures) {
+  Serve([](const Request& request, Connection& connection) {
+    const std::string& what = request.target;
+    if (what == "/200-empty") return connection.Reply(200, "");
+    if (what == "/204") return connection.Reply(204, "");
+    if (what == "/404-body") return connection.Reply(404, "no such");
+    if (what == "/500-empty") return connection.Reply(500, "");
+    if (what == "/302-empty") return connection.Reply(302, "", "Location: /404-body\r\n");
+    connection.Close();
+    if (what == "/truncated") connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+    if (what == "/rubbish") connection.Send("SSH-2.0-rubbish\r\n\r\n");
+    if (what == "/half-header") connection.Send("HTTP/1.1 200 OK\r\nContent-Le");
+    if (what == "/silent") connection.Stall();
+  });
+  const struct {
+    const char* url;
+    Outcome expected;
+  } cases[] = {
+      {"/200-empty", {true, "", 0, 0}},    {"/204", {true, "", 0, 0}},          {"/404-body", {true, "no such", 0, 0}},
+      {"/500-empty", {false, "", 4, 500}}, {"/302-empty", {false, "", 4, 302}},  // redirects are not followed
+      {"/truncated", {false, "", 1, 18}},  {"/rubbish", {false, "", 1, 1}},     {"/closed", {false, "", 1, 52}},
+      {"/silent", {false, "", 1, 28}},
+  };
+  for (const auto& c : cases) {
+    unsigned long timeout = c.url == std::string("/silent") ? 300 : 0;
+    Outcome outcome = Send("PUT", c.url, "{}", timeout);
+    EXPECT_EQ(outcome.answered, c.expected.answered) << c.url;
+    EXPECT_EQ(outcome.body, c.expected.body) << c.url;
+    EXPECT_EQ(std::pair(outcome.mainError, outcome.subError), std::pair(c.expected.mainError, c.expected.subError))
+        << c.url;
+  }
+  std::string gone = m_server->Url();
+  m_server.reset();
+  EXPECT_EQ(Send("GET", "/").subError, 7);
+  Net().SetServer("ftp://127.0.0.1");
+  EXPECT_EQ(Send("GET", "/").subError, 1);
+  Net().SetServer({});
+  EXPECT_EQ(Send("GET", "/").subError, 7);
+}
+
+TEST_F(TransportTest, AnEditWhoseAnswerIsLostIsNotMadeTwice) {
+  Serve([](const Request& request, Connection& connection) {
+    if (request.target == "/warm-up") return connection.Reply(200, "ok");
+    connection.Close();  // the request was read and may have had its effect
+  });
+  for (const char* method : {"POST", "PUT", "DELETE"}) {
+    ASSERT_TRUE(Send("GET", "/warm-up").answered);
+    size_t before = m_server->Requests().size();
+    Outcome outcome = Send(method, "/edit", "{}");
+    EXPECT_EQ(std::pair(outcome.mainError, outcome.subError), std::pair(1, 52)) << method;
+    EXPECT_EQ(m_server->Requests().size() - before, 1u) << method;
+  }
+}
+
+TEST_F(TransportTest, ServesManyThreadsAtOnce) {
+  Serve([](const Request& request, Connection& connection) { connection.Reply(200, request.body); });
+  std::atomic<int> right{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 6; ++t) {
+    threads.emplace_back([t, &right] {
+      for (int i = 0; i < 30; ++i) {
+        std::string body = std::to_string(t) + "-" + std::to_string(i);
+        if (Send("POST", "/echo", body).body == body) ++right;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(right, 6 * 30);
+  EXPECT_LE(m_server->Accepted(), 6);
+}
+
+TEST_F(TransportTest, TheSeamReplacesTheNetworkOnly) {
+  std::string seen;
+  Net().SetTransport([&](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send) {
+    seen = send.GetVal_Method() + send.GetVal_URL();
+    recv.SetVal_Receive_Data("made up");
+    return true;
+  });
+  EXPECT_EQ(Send("PUT", "/x").body, "made up");
+  EXPECT_EQ(seen, "PUT/x");
+  EXPECT_EQ(Send("PUT", "/x?").subError, 3);
+}
+
+// A server with one user, password "right", whose sessions can be ended at will.
+class SessionTest : public TransportTest {
+ protected:
+  SessionTest() {
+    Serve([this](const Request& request, Connection& connection) {
+      if (request.method == "POST" && request.target == "/NXAPI/Vantorel/Platform/V0/Sessions") {
+        if (request.body !=
+            R"({"Session":{"UserName":"anna","Password":")" + std::string(m_password) + R"(","ClientName":"tests"}})") {
+          return connection.ReplyError(401, 101, 1);
+        }
+        return connection.ReplyData(R"({"Session":{"Token":"token)" + std::to_string(++m_session) +
+                                    R"(","UserID":7,"UserName":"Anna"}})");
+      }
+      auto token = request.headers.find("authorization");
+      if (token == request.headers.end() || token->second != "Bearer token" + std::to_string(m_session)) {
+        return connection.ReplyError(401, 101, 2);
+      }
+      connection.Reply(200, "for " + token->second);
+    });
+  }
+
+  int LoginsSeen() const {
+    int count = 0;
+    for (const Request& request : m_server->Requests()) count += request.target.ends_with("/V0/Sessions");
+    return count;
+  }
+
+  std::atomic<const char*> m_password{"right"};
+  std::atomic<int> m_session{0};
+};
+
+TEST_F(SessionTest, LogsInAndOut) {
+  CUserCommonManager& user = CUserCommonManager::Instance();
+  int id = -5;
+  std::string name = "untouched";
+  ErrorCode error;
+  EXPECT_FALSE(LogIn("wrong", error));
+  EXPECT_EQ(error.GetMainError(), 101);
+  EXPECT_EQ(error.GetSubError(), 1);
+  EXPECT_EQ(error.GetSubSystemErrorCode(), 1);
+  EXPECT_EQ(error.GetCasadingErrorInfo(), "from below");
+  EXPECT_FALSE(user.GetUserInfo(id, name));
+  EXPECT_FALSE(user.GetUserID(id));
+  EXPECT_EQ(std::pair(id, name), std::pair(-5, std::string("untouched")));
+
+  ASSERT_TRUE(LogIn("right", error));
+  EXPECT_EQ(error.GetSubError(), 0);
+  EXPECT_TRUE(user.GetUserInfo(id, name));
+  EXPECT_EQ(std::pair(id, name), std::pair(7, std::string("Anna")));
+  EXPECT_EQ(Send("GET", "/x").body, "for Bearer token1");
+
+  user.Logout();
+  Request last = m_server->Requests().back();
+  EXPECT_EQ(last.method + last.target, "DELETE/NXAPI/Vantorel/Platform/V0/Sessions/Current");
+  EXPECT_EQ(last.headers["authorization"], "Bearer token1");
+  EXPECT_FALSE(user.GetUserInfo(id, name));
+  EXPECT_EQ(Net().GetToken(), "");
+  EXPECT_TRUE(Send("GET", "/x").body.find("101") != std::string::npos) << "nobody is there to log in again";
+
+  ASSERT_TRUE(LogIn("right", error));
+  m_server.reset();
+  EXPECT_FALSE(LogIn("right", error));
+  EXPECT_EQ(std::pair(error.GetMainError(), error.GetSubError()), std::pair(1, 7));
+  EXPECT_FALSE(user.GetUserID(id)) << "a failed login leaves nobody logged in";
+}
+
+TEST_F(SessionTest, RenewsAnEndedSessionOnceForAllThreadsAndRepeatsTheRequests) {
+  ErrorCode error;
+  ASSERT_TRUE(LogIn("right", error));
+  ++m_session;  // the server forgets the token
+  std::atomic<int> right{0};
+  std::vector<std::thread> threads;
+  for (const char* method : {"GET", "POST", "PUT", "DELETE"}) {
+    threads.emplace_back([&right, method] { right += Send(method, "/x", "{}").body == "for Bearer token3"; });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(right, 4);
+  EXPECT_EQ(LoginsSeen(), 2);
+}
+
+TEST_F(SessionTest, ARefusedPasswordIsNotTriedAgain) {
+  ErrorCode error;
+  ASSERT_TRUE(LogIn("right", error));
+  m_password = "changed";
+  ++m_session;
+  for (int i = 0; i < 3; ++i) {
+    Outcome outcome = Send("PUT", "/x", "{}");
+    EXPECT_TRUE(outcome.answered);
+    EXPECT_NE(outcome.body.find(R"("ErrorModule":101,"ErrorCode":2)"), std::string::npos);
+  }
+  EXPECT_EQ(LoginsSeen(), 2);
+}
+
+}  // namespace

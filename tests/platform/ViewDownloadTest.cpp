@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "BizShared/NetCommManager.h"
+#include "BizShared/UserCommonManager.h"
+#include "ResourceStore/Element.h"
+#include "ResourceStore/OrlUserManager.h"
+#include "ResourceStore/ViewGroupManager.h"
+#include "ResourceStore/details/StreamTimings.h"
+#include "ScriptedSite.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using BizShared::CNetCommManager;
+using BizShared::CUserCommonManager;
+using ResourceStore::CViewGroupManager;
+using ResourceStore::details::StreamTimings;
+using testing_support::Connection;
+using testing_support::Event;
+using testing_support::Eventually;
+using testing_support::Groups;
+using testing_support::Request;
+using testing_support::ScriptedSite;
+using testing_support::Views;
+
+class ViewDownloadTest : public testing::Test {
+ protected:
+  ViewDownloadTest() {
+    SetTimings({10ms, 40ms, 30s, 20s});
+    CNetCommManager::Instance().SetServer(m_site.Url());
+    Manager().SetViewsUpdateCallback([this](const std::string& data) { Note("V ", data, TextOfViews()); });
+    Manager().SetViewGroupsUpdateCallback([this](const std::string& data) { Note("G ", data, TextOfGroups()); });
+  }
+  ~ViewDownloadTest() override {
+    Manager().Stop();
+    Manager().SetViewsUpdateCallback({});
+    Manager().SetViewGroupsUpdateCallback({});
+    CUserCommonManager::Instance().SetUser(0, {});
+    CNetCommManager::Instance().SetToken({});
+    CNetCommManager::Instance().SetServer({});
+    SetTimings({});
+  }
+
+  static CViewGroupManager& Manager() { return CViewGroupManager::Instance(); }
+  static void SetTimings(const StreamTimings& timings) { ResourceStore::details::SetStreamTimings(timings); }
+  static std::string TextOfViews() {
+    std::string text;
+    Manager().GetViewsData(text);
+    return text;
+  }
+  static std::string TextOfGroups() {
+    std::string text;
+    Manager().GetViewGroupsData(text);
+    return text;
+  }
+
+  void Note(const std::string& kind, const std::string& data, const std::string& text) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_calls.push_back(kind + data);
+    m_textAtLastCall = text;
+  }
+  std::vector<std::string> Calls() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_calls;
+  }
+  std::string TextAtLastCall() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_textAtLastCall;
+  }
+
+  void Load() {
+    Manager().Start();
+    ASSERT_TRUE(Eventually([] { return Manager().IsViewDownloadSuccess(); }));
+  }
+  // Waits for that many calls in all and checks the texts of the last ones.
+  void ExpectCalls(size_t count, const std::vector<std::string>& last) {
+    EXPECT_TRUE(Eventually([&] { return Calls().size() >= count; })) << Calls().size();
+    std::vector<std::string> calls = Calls();
+    ASSERT_EQ(calls.size(), count);
+    EXPECT_EQ(std::vector<std::string>(calls.end() - static_cast<std::ptrdiff_t>(last.size()), calls.end()), last);
+  }
+
+  ScriptedSite m_site;
+  mutable std::mutex m_mutex;
+  std::vector<std::string> m_calls;
+  std::string m_textAtLastCall;
+};
+
+const std::string kView6 = R"({"ID":6,"Name":"six","Method":0})";
+
+TEST_F(ViewDownloadTest, DownloadsTheListsThenFollowsAfterTheGroupsNumber) {
+  EXPECT_FALSE(Manager().IsViewDownloadSuccess());
+  Load();
+  Manager().Start();  // harmless
+  EXPECT_EQ(TextOfGroups(), Groups(R"({"ID":1,"Name":"g"})"));
+  EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"})"));
+  EXPECT_EQ(ResourceStore::CElementManager::Instance().GetAreaNameByID(3), "Yard");
+
+  m_site.Stream(Event(11, "Views", Views(R"({"ID":5,"Name":"old","Method":1})")) +
+                Event(12, "OwnViews", Views(R"({"ID":5,"Name":"old","Method":1})")) +
+                Event(12, "ViewGroups", Groups(R"({"ID":1,"Name":"late duplicate","Method":1})")) +
+                Event(13, "Views", Views(kView6)) + Event(13, "Views", Views(R"({"ID":6,"Method":2})")) +
+                Event(14, "ViewGroups", Groups(R"({"ID":1,"Name":"h","Method":1})")));
+  ExpectCalls(2, {"V " + Views(kView6), "G " + Groups(R"({"ID":1,"Name":"h","Method":1})")});
+  EXPECT_EQ(TextAtLastCall(), Groups(R"({"ID":1,"Name":"h"})")) << "texts are updated before the call";
+  EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"},{"ID":6,"Name":"six"})"));
+  EXPECT_EQ(m_site.Targets("V0/Changes").front(), "/NXAPI/Vantorel/Platform/V0/Changes?After=10");
+  EXPECT_EQ(m_site.Server().Requests()[1].target, "/NXAPI/Vantorel/Platform/V0/ViewGroups") << "areas, groups, views";
+
+  Manager().Stop();
+  EXPECT_FALSE(Manager().IsViewDownloadSuccess());
+  EXPECT_EQ(TextOfViews() + TextOfGroups(), "");
+  Manager().Stop();
+  Load();  // a new run starts afresh
+  EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"})"));
+}
+
+TEST_F(ViewDownloadTest, FetchesAListAgainUntilItIsWhole) {
+  const std::string sequence = "Resource-Sequence: 1\r\n";
+  const std::vector<ScriptedSite::Override> failures = {
+      [](const Request&, Connection& c) { c.Reply(500, ""); },
+      [](const Request&, Connection& c) { c.ReplyError(500, 100, 8); },
+      [&](const Request&, Connection& c) { c.Reply(200, "<html>rubbish", sequence); },
+      [&](const Request&, Connection& c) { c.Reply(200, "", sequence); },
+      [](const Request&, Connection& c) { c.Close(); },
+      [&](const Request&, Connection& c) {
+        c.Close();
+        c.Send("HTTP/1.1 200 OK\r\nContent-Length: 999\r\n" + sequence + "\r\n{\"ResponseStatus\"");
+      },
+      [](const Request&, Connection& c) { c.ReplyData("{}"); },  // no number: V0/Areas may do without
+      [](const Request&, Connection& c) { c.ReplyData("{}", "Resource-Sequence: many\r\n"); },
+  };
+  for (const char* list : {"V0/ViewGroups", "V0/Views"}) {
+    for (const auto& failure : failures) m_site.AnswerOnce(list, failure);
+  }
+  for (size_t i = 0; i < 6; ++i) m_site.AnswerOnce("V0/Areas", failures[i]);
+  Load();
+  EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"})"));
+  EXPECT_EQ(m_site.Count("V0/Areas"), 7);
+  EXPECT_EQ(m_site.Count("V0/ViewGroups"), 9);
+  EXPECT_EQ(m_site.Count("V0/Views"), 9);
+}
+
+TEST_F(ViewDownloadTest, OwnChangesReachTheTextsWithoutACall) {
+  Load();
+  m_site.Stream(Event(20, "OwnViewGroups", Groups(R"({"ID":2,"Name":"own","Method":0})")) +
+                Event(21, "OwnViews", Views(R"({"ID":5,"Method":2})")) + Event(22, "Views", Views(kView6)));
+  ExpectCalls(1, {"V " + Views(kView6)});
+  EXPECT_EQ(TextOfGroups(), Groups(R"({"ID":1,"Name":"g"},{"ID":2,"Name":"own"})"));
+  EXPECT_EQ(TextOfViews(), Views(R"({"ID":6,"Name":"six"})"));
+}
+
+TEST_F(ViewDownloadTest, RubbishBetweenTwoChangesCostsNeither) {
+  Load();
+  m_site.Stream(Event(20, "Views", Views(kView6)) + ": comment\n\n<html>\n\ndata: no number\n\nid: x\ndata: y\n\n" +
+                Event(21, "Weather", "{}") + Event(22, "Views", "no JSON") +
+                Event(23, "ViewGroups", Groups(R"({"ID":1,"Method":2})")));
+  ExpectCalls(3, {"V " + Views(kView6), "V no JSON", "G " + Groups(R"({"ID":1,"Method":2})")});
+  EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"},{"ID":6,"Name":"six"})"));
+}
+
+TEST_F(ViewDownloadTest, GoesOnAfterTheLastChangeSeenWhenTheStreamIsLost) {
+  Load();
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Reply(503, ""); });
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Close(); });
+  m_site.Stream(Event(20, "Views", Views(kView6)) + Event(21, "Views", "cut off").substr(0, 20));
+  ExpectCalls(1, {});
+  m_site.EndStream();
+  // The server repeats what was cut off, and for good measure what was not.
+  m_site.Stream(Event(20, "Views", Views(kView6)) + Event(21, "Views", Views(R"({"ID":5,"Method":2})")));
+  ExpectCalls(2, {"V " + Views(R"({"ID":5,"Method":2})")});
+  std::vector<std::string> targets = m_site.Targets("V0/Changes");
+  EXPECT_TRUE(targets.back().ends_with("?After=20")) << targets.back();
+  EXPECT_EQ(m_site.Count("V0/Views"), 1) << "no new download";
+}
+
+TEST_F(ViewDownloadTest, ASilentStreamCountsAsLost) {
+  SetTimings({10ms, 40ms, 150ms, 20s});
+  Load();
+  EXPECT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") >= 3; }));
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Stall(); });  // not even a header
+  int before = m_site.Count("V0/Changes");
+  EXPECT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") >= before + 3; }));
+  EXPECT_TRUE(Manager().IsViewDownloadSuccess());
+}
+
+TEST_F(ViewDownloadTest, ForgottenChangesAreFoundByAnotherDownload) {
+  m_site.SetGroups(R"({"ID":1,"Name":"g"},{"ID":2,"Name":"goes"})", 10);
+  m_site.SetViews(R"({"ID":5,"Name":"v"},{"ID":6,"Name":"goes"},{"ID":7,"Name":"stays"})", 10);
+  Load();
+  m_site.Stream(Event(11, "Views", Views(R"({"ID":7,"Name":"stays!","Method":1})")));
+  ExpectCalls(1, {});
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+  m_site.AnswerOnce("V0/ViewGroups", [](const Request&, Connection& c) { c.Reply(500, ""); });
+  m_site.SetGroups(R"({"ID":3,"Name":"new"},{"ID":1,"Name":"g"})", 40);
+  m_site.SetViews(R"({"ID":5,"Name":"V"},{"ID":7,"Name":"stays!"},{"ID":8,"Name":"new"})", 41);
+  m_site.EndStream();
+  ExpectCalls(5, {"G " + Groups(R"({"ID":3,"Name":"new","Method":0})"), "V " + Views(R"({"ID":6,"Method":2})"),
+                  "V " + Views(R"({"ID":5,"Name":"V","Method":1},{"ID":8,"Name":"new","Method":0})"),
+                  "G " + Groups(R"({"ID":2,"Method":2})")});
+  EXPECT_EQ(TextAtLastCall(), Groups(R"({"ID":3,"Name":"new"},{"ID":1,"Name":"g"})"));
+  m_site.Stream(Event(41, "Views", "held by the list") + Event(42, "Views", "after it"));
+  ExpectCalls(6, {"V after it"});
+  EXPECT_TRUE(m_site.Targets("V0/Changes").back().ends_with("?After=40"));
+}
+
+TEST_F(ViewDownloadTest, ARenewedSessionGetsAStreamOfItsOwn) {
+  CNetCommManager::Instance().SetToken("first");
+  Load();
+  m_site.Stream(Event(20, "Views", Views(kView6)));
+  ExpectCalls(1, {});
+  CNetCommManager::Instance().SetToken("second");
+  m_site.Stream(Event(21, "Views", "the new session's own edit, seen by the old one"));
+  EXPECT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") == 2; }));
+  m_site.EndStream();  // the first one
+  m_site.Stream(Event(21, "OwnViews", Views(R"({"ID":5,"Method":2})")));
+  EXPECT_TRUE(Eventually([] { return TextOfViews() == Views(R"({"ID":6,"Name":"six"})"); }));
+  EXPECT_EQ(Calls().size(), 1u);
+  EXPECT_TRUE(m_site.Targets("V0/Changes")[1].ends_with("?After=20"));
+}
+
+TEST_F(ViewDownloadTest, StopsAtOnceWhateverItIsDoing) {
+  SetTimings({60s, 60s, 60s, 60s});
+  auto stall = [](const Request&, Connection& c) { c.Stall(); };
+  auto fail = [](const Request&, Connection& c) { c.Reply(500, ""); };
+  auto expectPromptStop = [](const char* what) {
+    auto began = std::chrono::steady_clock::now();
+    Manager().Stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - began, 5s) << what;
+  };
+  for (const char* list : {"V0/Areas", "V0/ViewGroups", "V0/Views", "V0/Changes"}) {
+    for (bool stalling : {true, false}) {
+      int before = m_site.Count(list);
+      if (stalling) {
+        m_site.AnswerOnce(list, stall);
+      } else {
+        m_site.AnswerOnce(list, fail);
+      }
+      Manager().Start();
+      EXPECT_TRUE(Eventually([&] { return m_site.Count(list) > before; })) << list;
+      expectPromptStop(list);
+    }
+  }
+  Load();
+  EXPECT_TRUE(Eventually([&] { return m_site.Streams() > 0; }));
+  expectPromptStop("open stream");
+  Manager().Start();
+  expectPromptStop("just started");
+  CNetCommManager::Instance().SetServer("http://127.0.0.1:1");
+  Manager().Start();
+  expectPromptStop("no server");
+}
+
+// The process of a host that never stops anything: a stream is open, a download of users hangs, and main returns.
+[[noreturn]] void RunForgetfulHost() {
+  auto* site = new ScriptedSite;
+  site->AnswerOnce("V0/Users", [](const Request&, Connection& c) { c.Stall(); });
+  CNetCommManager::Instance().SetServer(site->Url());
+  CViewGroupManager::Instance().SetViewsUpdateCallback([](const std::string&) {});
+  CViewGroupManager::Instance().Start();
+  ResourceStore::COrlUserManager::Instance().StartDownLoadOrlUser();
+  bool running = Eventually([&] { return site->Streams() == 1 && site->Count("V0/Users") == 1; });
+  std::exit(running ? 0 : 1);
+}
+
+TEST(ProcessExitDeathTest, IsCleanAndPromptWithoutAStop) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  auto began = std::chrono::steady_clock::now();
+  EXPECT_EXIT(RunForgetfulHost(), testing::ExitedWithCode(0), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 30s);
+}
+
+TEST_F(ViewDownloadTest, TheSetterWaitsForARunningCallUnlessItIsMadeFromIt) {
+  Load();
+  std::atomic<bool> inside{false}, release{false}, set{false};
+  Manager().SetViewsUpdateCallback([&](const std::string&) {
+    inside = true;
+    EXPECT_TRUE(Eventually([&] { return release.load(); }));
+  });
+  m_site.Stream(Event(20, "Views", Views(kView6)));
+  ASSERT_TRUE(Eventually([&] { return inside.load(); }));
+  std::thread setter([&] {
+    Manager().SetViewsUpdateCallback({});
+    set = true;
+  });
+  std::this_thread::sleep_for(50ms);
+  EXPECT_FALSE(set);
+  release = true;
+  setter.join();
+
+  std::atomic<int> calls{0};
+  Manager().SetViewsUpdateCallback([&](const std::string&) {
+    ++calls;
+    Manager().Start();
+    EXPECT_TRUE(Manager().IsViewDownloadSuccess());
+    Manager().SetViewsUpdateCallback([&](const std::string&) {
+      calls += 10;
+      throw std::runtime_error("must not end the stream");
+    });
+  });
+  m_site.Stream(Event(21, "Views", Views("")) + Event(22, "Views", Views("")) + Event(23, "Views", Views("")));
+  EXPECT_TRUE(Eventually([&] { return calls == 21; })) << calls;
+}
+
+TEST_F(ViewDownloadTest, TheSeamsNeedNoServer) {
+  Manager().SetDownloadedData("groups", "views", true);
+  EXPECT_TRUE(Manager().IsViewDownloadSuccess());
+  EXPECT_EQ(TextOfGroups() + TextOfViews(), "groupsviews");
+  Manager().NotifyViewsUpdate("a");
+  Manager().NotifyViewGroupsUpdate("b");
+  EXPECT_EQ(Calls(), (std::vector<std::string>{"V a", "G b"}));
+  EXPECT_EQ(TextOfGroups() + TextOfViews(), "groupsviews");
+}
+
+TEST_F(ViewDownloadTest, SettersGettersStartsAndStopsMayOverlap) {
+  std::atomic<bool> done{false};
+  std::vector<std::thread> threads;
+  threads.emplace_back([&] {
+    while (!done) {
+      TextOfViews();
+      TextOfGroups();
+    }
+  });
+  threads.emplace_back([&] {
+    while (!done) Manager().SetViewsUpdateCallback([this](const std::string& data) { Note("V ", data, {}); });
+  });
+  for (int i = 0; i < 2; ++i) {
+    threads.emplace_back([&] {
+      while (!done) {
+        Manager().Start();
+        Manager().Stop();
+      }
+    });
+  }
+  for (int i = 0; i < 50; ++i) {
+    Manager().NotifyViewsUpdate("x");
+    std::this_thread::sleep_for(5ms);
+  }
+  done = true;
+  for (std::thread& thread : threads) thread.join();
+  Load();
+  m_site.Stream(Event(20, "Views", Views(kView6)));
+  EXPECT_TRUE(Eventually([] { return TextOfViews().find("six") != std::string::npos; }));
+}
+
+}  // namespace
