@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: Apache-2.0
+// The core from several threads at once; run under ThreadSanitizer too.
+#include <atomic>
+#include <condition_variable>
+#include <future>
+#include <thread>
+
+#include "CoreFixture.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/ViewDataManager/ViewExport.h"
+#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
+#include "ResourceStore/ViewGroupManager.h"
+
+namespace core_test {
+namespace {
+
+using namespace QorviViewPlugin;
+using namespace std::chrono_literals;
+using Texts = std::vector<std::string>;
+
+// Holds whoever passes until it is opened; everybody may pass from then on.
+class Gate {
+ public:
+  // Opens by itself after 30 s, so that a fault fails a test instead of hanging it.
+  void Pass() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_reached = true;
+    m_changed.notify_all();
+    m_changed.wait_for(lock, 30s, [this] { return m_open; });
+  }
+  bool WaitUntilReached() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_changed.wait_for(lock, 30s, [this] { return m_reached; });
+  }
+  void Open() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_open = true;
+    m_changed.notify_all();
+  }
+
+ private:
+  std::mutex m_mutex;  // guards what follows
+  std::condition_variable m_changed;
+  bool m_reached = false;
+  bool m_open = false;
+};
+
+class ThreadTest : public CoreTest {
+ protected:
+  static ResourceStore::CViewGroupManager& Downloads() {
+    return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
+  }
+  // "<result><response>".
+  static std::string LoadViews() {
+    std::string response = "-";
+    const bool result = IsInitViewFinish("", response);
+    return (result ? "true" : "false") + response;
+  }
+  // Makes the next first load of views stop while it fills, until the gate is opened.
+  void HoldTheFill() {
+    log->onLine = [this](const std::string& text) {
+      if (text.find("init view_messgae data") != std::string::npos) filling.Pass();
+    };
+  }
+
+  Gate filling;
+};
+
+constexpr char kLoaded[] = R"(true{"error_info":"","init_finish":true})";
+
+TEST_F(ThreadTest, ASecondThreadThatStartsAFirstLoadWaitsForTheFirst) {
+  Downloads().SetDownloadedData("", ViewsDocument(R"({"ID":5,"Name":"five"})"), true);
+  HoldTheFill();
+  auto first = std::async(std::launch::async, LoadViews);
+  ASSERT_TRUE(filling.WaitUntilReached());
+  auto second = std::async(std::launch::async, [] {
+    const std::string answer = LoadViews();
+    return answer + ViewName(5);
+  });
+  EXPECT_EQ(second.wait_for(100ms), std::future_status::timeout);
+  filling.Open();
+  EXPECT_EQ(first.get(), kLoaded);
+  EXPECT_EQ(second.get(), "true-five");
+}
+
+TEST_F(ThreadTest, ChangesThatArriveDuringAFillAreAppliedAfterItInOrder) {
+  CacheGroup(Group(1));
+  Downloads().SetDownloadedData("", ViewsDocument(R"({"ID":5,"Name":"five","ViewGroupID":1},{"ID":6,"ViewGroupID":1})"),
+                                true);
+  NotingObserver observer;
+  Texts namesSeen;
+  observer.onNotice = [&](const auto&) { namesSeen.push_back(ViewName(9)); };
+  Observe(observer, kViewGroup, "1");
+  Observe(observer, kView, "9");
+  HoldTheFill();
+  auto load = std::async(std::launch::async, LoadViews);
+  ASSERT_TRUE(filling.WaitUntilReached());
+  std::thread platform([] {
+    Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":9,"Name":"new","ViewGroupID":1})"));
+    Downloads().NotifyViewsUpdate("rubbish");
+    Downloads().NotifyViewsUpdate(
+        ViewsDocument(R"({"ID":9,"Name":"newer","ViewGroupID":1,"Method":1},{"ID":6,"Method":2})"));
+    Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":9,"Method":2})"));
+  });
+  platform.join();  // nobody waits for the fill but those who load
+  EXPECT_EQ(observer.Take(), Texts());
+  EXPECT_EQ(ViewName(5) + ViewName(9), "(none)(none)");
+  filling.Open();
+  EXPECT_EQ(load.get(), kLoaded);
+  EXPECT_EQ(ViewName(5) + ViewName(6) + ViewName(9), "five(none)(none)");
+  EXPECT_EQ(namesSeen, (Texts{"new", "newer", "newer", "(none)"}));
+}
+
+TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
+  CacheGroup(Group(1));
+  Downloads().SetDownloadedData("", ViewsDocument(""), true);
+  Gate applying;
+  NotingObserver observer;
+  observer.onNotice = [&](const auto& param) {
+    if (param.child_id == "1") applying.Pass();
+  };
+  Observe(observer, kViewGroup, "1");
+  HoldTheFill();
+  const auto add = [](const char* id) {
+    Downloads().NotifyViewsUpdate(ViewsDocument(std::string(R"({"ID":)") + id + R"(,"ViewGroupID":1})"));
+  };
+  auto load = std::async(std::launch::async, LoadViews);
+  ASSERT_TRUE(filling.WaitUntilReached());
+  add("1");
+  add("2");
+  filling.Open();
+  ASSERT_TRUE(applying.WaitUntilReached());
+  add("3");
+  EXPECT_EQ(observer.Take().size(), 1u);
+  applying.Open();
+  EXPECT_EQ(load.get(), kLoaded);
+  std::string order;
+  for (unsigned int id : Members(1)) order += std::to_string(id);
+  EXPECT_EQ(order, "123");
+  add("4");
+  EXPECT_EQ(Members(1).size(), 4u);
+}
+
+TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
+  CacheGroup(Group(1));
+  std::atomic<bool> stop{false};
+  NotingObserver guest;
+  std::vector<std::thread> threads;
+  for (int n = 0; n < 2; ++n) {
+    threads.emplace_back([&] {
+      while (!stop) {
+        Observe(guest, kViewGroup, "1");
+        Unobserve(guest, kViewGroup, "1");
+      }
+    });
+  }
+  NotingObserver resident;
+  Observe(resident, kViewGroup, "1");
+  for (unsigned int id = 1; id <= 500; ++id) Manager().InsertViewToCache(View(id, 1), false);
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(resident.Take().size(), 500u);
+  EXPECT_EQ(Members(1).size(), 500u);
+}
+
+// Everything that hosts and the platform may do at once.
+TEST_F(ThreadTest, LoadsChangesReadsEditsAndClearingMayOverlap) {
+  constexpr int kRounds = 150;
+  std::string groups;
+  std::string views;
+  for (int id = 1; id <= 20; ++id) {
+    groups += (id > 1 ? "," : "") + (R"({"ID":)" + std::to_string(id)) + "}";
+    views += (id > 1 ? "," : "") + (R"({"ID":)" + std::to_string(id)) + R"(,"Name":"loaded","ViewGroupID":)" +
+             std::to_string(id % 5 + 1) + R"(,"PlanPages":[{"PlanViewItem":[{"WindowNo":1}]}]})";
+  }
+  Downloads().SetDownloadedData(GroupsDocument(groups), ViewsDocument(views), true);
+  server.Answer(Accepted(R"({"View":{"ID":900},"ViewGroup":{"ID":901}})"));
+  log->onLine = nullptr;
+  NotingObserver observer;
+  observer.onNotice = [](const auto& param) {
+    // Not from the notice of a removed group, which comes under the group table's lock.
+    if (param.enum_state == 4 && param.child_type == 16001) return;
+    FindViewGroupByID(2);
+    FindViewByID(3);
+  };
+
+  const std::vector<std::function<void(int)>> jobs = {
+      [](int) {
+        std::string response;
+        IsInitViewGroupFinish("", response);
+        IsInitViewFinish("", response);
+      },
+      [](int n) {
+        const std::string id = std::to_string(n % 20 + 1);
+        Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":)" + id + R"(,"ViewGroupID":2,"Method":)" +
+                                                    std::to_string(n % 3) + R"(,"Name":"changed"})"));
+        Downloads().NotifyViewGroupsUpdate(
+            GroupsDocument(R"({"ID":)" + id + R"(,"Method":)" + std::to_string(n % 3) + R"(,"Name":"changed"})"));
+      },
+      [](int n) {
+        std::vector<std::shared_ptr<CViewGroup>> children;
+        Manager().GetViewGroups(children, kNoId);
+        std::vector<std::shared_ptr<CView>> members;
+        for (const auto& group : children) group->GetMemberViews(members);
+        Manager().GetViewsWithoutGroup(members);
+        size_t windows = 0;
+        for (const auto& view : members) {
+          for (const ViewPage& page : view->Info()->vcPages) windows += page.vcWindows.size();
+          view->CheckResourceExist(1001);
+        }
+        FindViewByID(static_cast<unsigned int>(n % 20));
+      },
+      [](int n) {
+        unsigned int newId = 0;
+        ErrorCode error;
+        const unsigned int id = static_cast<unsigned int>(n % 20 + 1);
+        Manager().AddView(View(kNoId, 3), newId, error);
+        Manager().ModifyView(View(id, static_cast<unsigned int>(n % 5), "edited"), error);
+        Manager().ModifyViewGroup(Group(id, kNoId, "edited"), error);
+        Manager().DeleteView(newId, error);
+        Manager().AddViewGroup(Group(kNoId), newId, error);
+        Manager().DeleteViewGroup(newId, error);
+      },
+      [&](int n) {
+        const std::string id = std::to_string(n % 20 + 1);
+        ViewRegisterResourceUpdate(&observer, RegistrationText(n % 2 ? kView : kViewGroup, id, true));
+        ViewRegisterResourceUpdate(&observer, RegistrationText(n % 3 ? kView : kViewGroup, id, false));
+      },
+      [](int n) {
+        if (n % 10 == 0) ClearViewData();
+        std::this_thread::yield();
+      },
+  };
+  std::vector<std::thread> threads;
+  for (const auto& job : jobs) {
+    threads.emplace_back([&job] {
+      for (int n = 0; n < kRounds; ++n) job(n);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  ClearViewData();
+  EXPECT_EQ(LoadViews(), kLoaded);
+  EXPECT_EQ(ViewName(20), "loaded");
+}
+
+}  // namespace
+}  // namespace core_test
