@@ -2,7 +2,6 @@
 #include "QorviViewPlugin/Exchange.h"
 
 #include <QObject>
-#include <exception>
 #include <thread>
 
 #include "BizShared/UserCommonManager.h"
@@ -13,14 +12,8 @@
 
 namespace QorviViewPlugin {
 
-std::string CaughtErrorText() {
-  try {
-    throw;
-  } catch (const std::exception& failure) {
-    return std::string("Internal error: ") + failure.what();
-  } catch (...) {
-    return "Internal error";
-  }
+std::string InternalErrorText() {
+  return TextOf(Vant::Base::Error::ErrorCode(2, 1, 0, {}));
 }
 
 std::string Translated(const char* key) {

@@ -54,8 +54,8 @@ std::string WriteResponse(Response& response) {
   return QorviVideoComm::SerializeJsonResponse(record);
 }
 
-// Within a catch block: what the host is told of the exception that is being handled.
-std::string CaughtErrorText();
+// What the host is told of a failure inside the library itself.
+std::string InternalErrorText();
 
 // Runs the body of an exported function and answers its result, or `onFailure` when it throws.
 template <class Result, class Body>
@@ -77,7 +77,7 @@ bool GuardedExchange(std::string& responseText, Body body) noexcept {
   } catch (...) {
     try {
       Response failed;
-      if constexpr (HasErrorText<Response>) ErrorTextOf(failed) = CaughtErrorText();
+      if constexpr (HasErrorText<Response>) ErrorTextOf(failed) = InternalErrorText();
       responseText = WriteResponse(failed);
     } catch (...) {
       responseText = "{}";  // short enough to need no memory

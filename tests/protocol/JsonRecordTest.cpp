@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: Apache-2.0
+// The rules by which every record is read and written, shown on one record that has a field of each kind.
+#include "QorviViewPlugin/protocol/JsonRecord.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace protocol_test {
+
+using namespace QorviVideoComm;
+
+#define SAMPLE_PART(FIELD) \
+  FIELD(Integer, No, -1)   \
+  FIELD(Text, Label)
+QORVI_RECORD(Part, SAMPLE_PART)
+
+#define SAMPLE(FIELD)        \
+  FIELD(Integer, Count, 7)   \
+  FIELD(Boolean, Open)       \
+  FIELD(Text, Name, "unset") \
+  FIELD(struct Part, Nested) \
+  FIELD(Sequence<Part>, Parts)
+QORVI_RECORD(Sample, SAMPLE)
+
+namespace {
+
+constexpr char kDefault[] = R"({"Count":7,"Open":false,"Name":"unset","Nested":{"No":-1,"Label":""},"Parts":[]})";
+
+std::string Write(Sample& data) {
+  SampleJSONStruct record(&data);
+  return SerializeJsonResponse(record);
+}
+
+// What a record with the defaults becomes by reading the text, written again; "refused" when the text is refused.
+std::string ReadAndWrite(const std::string& text) {
+  Sample data;
+  SampleJSONStruct record(&data);
+  if (!ParseJsonRequest(record, text)) {
+    EXPECT_EQ(Write(data), kDefault) << text;
+    EXPECT_TRUE(record.m_readKeys.empty()) << text;
+    return "refused";
+  }
+  return Write(data);
+}
+
+struct TextCase {
+  std::string text;
+  std::string expected;
+};
+
+TEST(JsonRecordTest, WholeTextsAreRefusedOrReadLeniently) {
+  const TextCase cases[] = {
+      {"", "refused"},
+      {"null", "refused"},
+      {"NULL", "refused"},
+      {"{", "refused"},
+      {" \t\r\n", "refused"},
+      {"{}{}", "refused"},
+      {"{},", "refused"},
+      {R"({"Count":1,})", "refused"},
+      {R"({"Count":1}/**/)", "refused"},
+      {R"({"Count":01})", "refused"},
+      {R"({'Count':1})", "refused"},
+      {"\xEF\xBB\xBF{}", "refused"},
+      {" null", kDefault},
+      {"null ", kDefault},
+      {"true", kDefault},
+      {"false", kDefault},
+      {"5", kDefault},
+      {"5.5", kDefault},
+      {R"("Count")", kDefault},
+      {"[]", kDefault},
+      {R"([{"Count":1}])", kDefault},
+      {"{}", kDefault},
+      {" { } ", kDefault},
+      {std::string("{}\0garbage", 10), kDefault},
+      {std::string("\0{}", 3), "refused"},
+  };
+  for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
+}
+
+std::string WithCount(const std::string& written) {
+  return R"({"Count":)" + written + R"(,"Open":false,"Name":"unset","Nested":{"No":-1,"Label":""},"Parts":[]})";
+}
+std::string WithName(const std::string& written) {
+  return R"({"Count":7,"Open":false,"Name":")" + written + R"(","Nested":{"No":-1,"Label":""},"Parts":[]})";
+}
+std::string WithNested(const std::string& written) {
+  return R"({"Count":7,"Open":false,"Name":"unset","Nested":)" + written + R"(,"Parts":[]})";
+}
+std::string WithParts(const std::string& written) {
+  return R"({"Count":7,"Open":false,"Name":"unset","Nested":{"No":-1,"Label":""},"Parts":)" + written + "}";
+}
+
+TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
+  const TextCase cases[] = {
+      {R"({"Count":2147483647})", WithCount("2147483647")},
+      {R"({"Count":-2147483648})", WithCount("-2147483648")},
+      {R"({"Count":2147483648})", kDefault},
+      {R"({"Count":-2147483649})", kDefault},
+      {R"({"Count":1e400,"Open":true})", "refused"},
+      {R"({"Count":1.0})", kDefault},
+      {R"({"Count":1e0})", kDefault},
+      {R"({"Count":-0})", WithCount("0")},
+      {R"({"Count":"1"})", kDefault},
+      {R"({"Count":true})", kDefault},
+      {R"({"Count":null})", kDefault},
+      {R"({"Open":1})", kDefault},
+      {R"({"Open":"true"})", kDefault},
+      {R"({"Name":null})", kDefault},
+      {R"({"Name":1})", kDefault},
+      {R"({"Name":""})", WithName("")},
+      {R"({"Name":"a\u0000b"})", WithName("a")},
+      {R"({"Name":"\u00e4\/\"\\\n\u0001"})", WithName("\xC3\xA4/\\\"\\\\\\n\\u0001")},
+      {"{\"Name\":\"\xFF\xC3\"}", WithName("\xFF\xC3")},
+      {R"({"Nested":[]})", kDefault},
+      {R"({"Nested":null})", kDefault},
+      {R"({"Nested":{"Label":"x"}})", WithNested(R"({"No":-1,"Label":"x"})")},
+      {R"({"Parts":{}})", kDefault},
+      {R"({"Parts":"x"})", kDefault},
+      {R"({"Parts":[]})", kDefault},
+      {R"({"Parts":[{"No":1},{"Label":"x"},{}]})",
+       WithParts(R"([{"No":1,"Label":""},{"No":-1,"Label":"x"},{"No":-1,"Label":""}])")},
+      // Elements of whatever kind are elements without members.
+      {R"({"Parts":[null,true,5,"No",[{"No":3}],{"No":4}]})",
+       WithParts(R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},)"
+                 R"({"No":-1,"Label":""},{"No":4,"Label":""}])")},
+  };
+  for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
+}
+
+TEST(JsonRecordTest, KeysAreMatchedExactlyAndTheFirstOfDuplicatesCounts) {
+  const TextCase cases[] = {
+      {R"({"count":1,"COUNT":1," Count":1,"Count ":1})", kDefault},
+      {R"({"Count\u0000":1})", kDefault},
+      {R"({"Other":1,"Count":2})", WithCount("2")},
+      {R"({"Count":1,"Count":2})", WithCount("1")},
+      {R"({"Count":"1","Count":2})", kDefault},
+      {R"({"Nested":{"No":1},"Nested":{"Label":"x"}})", WithNested(R"({"No":1,"Label":""})")},
+      // A wrong kind at one key does not stop the reading of the others.
+      {R"({"Count":null,"Open":null,"Name":"n"})", WithName("n")},
+  };
+  for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
+}
+
+TEST(JsonRecordTest, ReadingNotesTheKeysThatWereRead) {
+  Sample data;
+  SampleJSONStruct record(&data);
+  ASSERT_TRUE(ParseJsonRequest(record, R"({"Count":"1","Name":"","Nested":{"No":1},"Parts":[],"Other":1})"));
+  EXPECT_EQ(record.m_readKeys, (std::unordered_set<std::string>{"Name", "Nested", "Parts"}));
+}
+
+TEST(JsonRecordTest, ReadingAgainKeepsWhatTheTextDoesNotSayAndAppendsToSequences) {
+  Sample data;
+  SampleJSONStruct record(&data);
+  ASSERT_TRUE(ParseJsonRequest(record, R"({"Count":1,"Nested":{"No":1,"Label":"a"},"Parts":[{"No":1}]})"));
+  ASSERT_TRUE(ParseJsonRequest(record, R"({"Open":true,"Nested":{"No":2},"Parts":[{"No":2}]})"));
+  ASSERT_FALSE(ParseJsonRequest(record, R"({"Count":9)"));
+  EXPECT_EQ(Write(data), R"({"Count":1,"Open":true,"Name":"unset","Nested":{"No":2,"Label":"a"},)"
+                         R"("Parts":[{"No":1,"Label":""},{"No":2,"Label":""}]})");
+}
+
+TEST(JsonRecordTest, DeepNestingCostsNoStack) {
+  constexpr size_t kDepth = 500'000;
+  const std::string arrays = std::string(kDepth, '[') + std::string(kDepth, ']');
+  std::string objects;
+  for (size_t i = 0; i < kDepth; ++i) objects += R"({"Nested":)";
+  objects += "1" + std::string(kDepth, '}');
+  for (const std::string& deep : {arrays, objects}) {
+    EXPECT_EQ(ReadAndWrite(deep), kDefault);
+    EXPECT_EQ(ReadAndWrite(R"({"Other":)" + deep + R"(,"Count":1})"), WithCount("1"));
+    EXPECT_EQ(ReadAndWrite(R"({"Parts":[)" + deep + "]}"), WithParts(R"([{"No":-1,"Label":""}])"));
+    EXPECT_EQ(ReadAndWrite(deep.substr(0, deep.size() - 1)), "refused");
+  }
+}
+
+TEST(JsonRecordTest, LongTextsAndListsAreReadWhole) {
+  constexpr size_t kElements = 100'000;
+  const std::string longText(10'000'000, 'x');
+  std::string list = R"({"No":1})";
+  for (size_t i = 1; i < kElements; ++i) list += R"(,{"No":2})";
+  Sample data;
+  SampleJSONStruct record(&data);
+  ASSERT_TRUE(ParseJsonRequest(record, R"({"Name":")" + longText + R"(","Parts":[)" + list + "]}"));
+  EXPECT_EQ(data.Name, longText);
+  ASSERT_EQ(data.Parts.size(), kElements);
+  EXPECT_EQ(data.Parts.front().No, 1);
+  EXPECT_EQ(data.Parts.back().No, 2);
+}
+
+Sample FilledSample() {
+  Sample data;
+  data.Name = std::string("a\0b", 3);
+  data.Parts.resize(1);
+  return data;
+}
+
+TEST(JsonRecordTest, AFilterDecidesWhichKeysAreWritten) {
+  constexpr char kAll[] = R"({"Count":7,"Open":false,"Name":"a","Nested":{"No":-1,"Label":""},)"
+                          R"("Parts":[{"No":-1,"Label":""}]})";
+  const struct {
+    uint32_t mode;
+    std::set<std::string> keys;
+    std::string expected;
+  } cases[] = {
+      {0, {}, kAll},
+      {0, {"Count", "Nested", "No", "other"}, R"({"Open":false,"Name":"a","Parts":[{"No":-1,"Label":""}]})"},
+      {1, {}, "{}"},
+      {1, {"Name", "Parts"}, R"({"Name":"a","Parts":[{"No":-1,"Label":""}]})"},
+      {1, {"Open", "No"}, R"({"Open":false})"},
+      {2, {"Count"}, kAll},
+      {0xFFFFFFFF, {}, kAll},
+  };
+  for (const auto& c : cases) {
+    Sample data = FilledSample();
+    SampleJSONStruct record(&data);
+    record.m_keyFilter = std::make_shared<JSONKeyFilter>(JSONKeyFilter{c.mode, c.keys});
+    EXPECT_EQ(SerializeJsonResponse(record), c.expected) << c.mode;
+  }
+}
+
+TEST(JsonRecordTest, AFilterNeverLeavesOutANullOrEmptyKey) {
+  Sample data;
+  SampleJSONStruct record(&data);
+  record.m_keyFilter = std::make_shared<JSONKeyFilter>(JSONKeyFilter{1, {}});
+  rapidjson::Document document;
+  rapidjson::Value object(rapidjson::kObjectType);
+  record.AddInteger(object, "", 1, document.GetAllocator());
+  record.AddBoolean(object, nullptr, true, document.GetAllocator());
+  record.AddInteger(object, "x", 1, document.GetAllocator());
+  EXPECT_EQ(object.MemberCount(), 2u);
+}
+
+TEST(JsonRecordTest, TheValueTreeRefersToTheRecordsOwnTexts) {
+  Sample data = FilledSample();
+  SampleJSONStruct record(&data);
+  rapidjson::Document document;
+  const rapidjson::Value value = record.ToJSON(document.GetAllocator());
+  EXPECT_EQ(value["Name"].GetString(), data.Name.c_str());
+}
+
+TEST(JsonRecordTest, AnAdapterThatOverridesNothingReadsNothingAndWritesNull) {
+  struct Plain final : JSONStructAdapter {
+  } plain;
+  EXPECT_TRUE(ParseJsonRequest(plain, R"({"Count":1})"));
+  EXPECT_TRUE(plain.m_readKeys.empty());
+  EXPECT_TRUE(plain.Validate(rapidjson::Value()));
+  EXPECT_EQ(SerializeJsonResponse(plain), "null");
+}
+
+}  // namespace
+}  // namespace protocol_test

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every record of the protocol, walked through its own list of fields; and the exact texts of the records whose order
+// and defaults a host is most likely to lean on.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "QorviViewPlugin/protocol/PlanMessages.h"
+#include "QorviViewPlugin/protocol/UserMessages.h"
+
+namespace protocol_test {
+namespace {
+
+using namespace QorviVideoComm;
+using namespace QorviViewPlugin_view_plugin_protocol;
+
+template <class... Records>
+struct RecordList {};
+
+using AllRecords =
+    RecordList<FisheyeWndParam, FishEyeInfo, CycleResourceID, CycleInfo, Emap, CenterMark, ZoomWindow, ZoomWindowList,
+               RelatedZoomWindow, PlanItem, PlanPage, PlanGroup, PlanBasicInfo, SearchedPlan, GetPlanGroupsRequest,
+               GetPlanGroupsResponse, AddPlanGroupRequest, AddPlanGroupResponse, UpdatePlanGroupRequest,
+               UpdatePlanGroupResponse, DeletePlanGroupRequest, DeletePlanGroupResponse, GetPlansInGroupRequest,
+               GetPlansInGroupResponse, AddPlanRequest, AddPlanResponse, UpdatePlanRequest, UpdatePlanResponse,
+               DeletePlanResquest, DeletePlanResponse, GetPlanDetailRequest, GetPlanDetailResponse,
+               GetPlanConfigRequest, GetPlanConfigResponse, PlanSearchRequest, PlanSearchResponse,
+               IndexCodeStartRequest, IndexCodeStartResponse, ClienInitViewDataRequest, ClienInitViewDataResponse,
+               GetCurrentUserRequest, GetCurrentUserResponse, UserDetailInfo, UserRequestInfo, UserResponseInfo,
+               ViewShareResquestInfo, UserErrorInfo, ShareViewResponseInfo, ViewConfig, ClientViewConfigData,
+               GetClientDefaultViewConfigRequest, GetClientDefaultViewConfigResponse, ClienDefaultViewConfigRequest,
+               ClienDefaultViewConfigReponse, ResourceUpdateRegister>;
+
+template <class... Records, class Check>
+void ForEach(RecordList<Records...>, const Check& check) {
+  (check(std::type_identity<Records>{}), ...);
+}
+
+template <class Record>
+std::string Written(Record& data) {
+  AdapterOf<Record> record(&data);
+  return SerializeJsonResponse(record);
+}
+
+template <class Record>
+std::string WrittenThroughTree(Record& data) {
+  AdapterOf<Record> record(&data);
+  return SerializeJsonResponse(static_cast<IJSONStruct&>(record));
+}
+
+// Gives every field, however deep, a value that is neither its default nor that of another field of its kind.
+class Filler {
+ public:
+  template <class Type>
+  void Fill(Type& field) {
+    if constexpr (std::is_same_v<Type, Integer>) {
+      field = 1000 + ++m_number;
+    } else if constexpr (std::is_same_v<Type, Boolean>) {
+      field = !field;
+    } else if constexpr (std::is_same_v<Type, Text>) {
+      field = "text \"" + std::to_string(++m_number) + "\" \xC3\xA4\n";
+    } else if constexpr (kIsSequence<Type>) {
+      field.resize(2);
+      for (auto& element : field) Fill(element);
+    } else {
+      ForEachField<Type>([&](const auto& part) { Fill(field.*part.member); });
+    }
+  }
+
+ private:
+  int m_number = 0;
+};
+
+TEST(RecordSetTest, EveryFieldOfEveryRecordSurvivesTheRoundTrip) {
+  ForEach(AllRecords{}, []<class Record>(std::type_identity<Record>) {
+    Record filled;
+    Filler().Fill(filled);
+    const std::string text = Written(filled);
+    Record read;
+    AdapterOf<Record> record(&read);
+    ASSERT_TRUE(ParseJsonRequest(record, text)) << text;
+    EXPECT_TRUE(read == filled) << text;
+    EXPECT_FALSE(read == Record()) << text;
+  });
+}
+
+TEST(RecordSetTest, TheStreamedTextIsThatOfTheValueTree) {
+  ForEach(AllRecords{}, []<class Record>(std::type_identity<Record>) {
+    Record data;
+    EXPECT_EQ(Written(data), WrittenThroughTree(data));
+    Filler().Fill(data);
+    EXPECT_EQ(Written(data), WrittenThroughTree(data));
+  });
+}
+
+// Some text of each JSON kind, and which of them a field of that type takes.
+template <class Type>
+std::vector<std::string> ForeignValues() {
+  std::vector<std::string> values = {"null", "1.5", "4294967296"};
+  if (!std::is_same_v<Type, Integer>) values.push_back("1");
+  if (!std::is_same_v<Type, Boolean>) values.insert(values.end(), {"true", "false"});
+  if (!std::is_same_v<Type, Text>) values.push_back(R"("1")");
+  if (!kIsSequence<Type>) values.push_back("[{}]");
+  if (std::is_fundamental_v<Type> || std::is_same_v<Type, Text> || kIsSequence<Type>) values.push_back("{}");
+  return values;
+}
+
+TEST(RecordSetTest, AValueOfAForeignKindLeavesEveryFieldAsItWas) {
+  ForEach(AllRecords{}, []<class Record>(std::type_identity<Record>) {
+    ForEachField<Record>([](const auto& field) {
+      using Type = std::remove_cvref_t<decltype(std::declval<Record>().*field.member)>;
+      for (const std::string& value : ForeignValues<Type>()) {
+        const std::string text = "{\"" + std::string(field.key) + "\":" + value + "}";
+        Record data;
+        AdapterOf<Record> record(&data);
+        ASSERT_TRUE(ParseJsonRequest(record, text)) << text;
+        EXPECT_TRUE(data == Record()) << text;
+        EXPECT_TRUE(record.m_readKeys.empty()) << text;
+      }
+    });
+  });
+}
+
+template <class Record>
+std::string DefaultText() {
+  Record data;
+  return Written(data);
+}
+
+TEST(RecordSetTest, DefaultsAreWrittenInFullAndInOrder) {
+  EXPECT_EQ(
+      DefaultText<PlanItem>(),
+      R"({"Sequence":0,"ResourceType":0,"ResourceID":"","SiteID":"","ResourceName":"","OnlineStatus":0,)"
+      R"("ResourceCapability":"","StreamType":0,"ConnectType":0,"CameraType":0,"PresetId":0,"PresetName":"",)"
+      R"("IsDelete":false,"PermissionItem":"","RelateResourceType":-1,"RelateResourceID":-1,"RelateResourceName":"",)"
+      R"("ExtendResource":"","DeviceID":0,"WindowNo":0,"Xtop":"-1.0","Ytop":"-1.0","Xbottom":"-1.0",)"
+      R"("Ybottom":"-1.0","PresetPointIndex":0,"CruiseIndex":0,"TrackIndex":0,)"
+      R"("FishEye":{"is_fisheye_open":false,"mount_type":0,"expand_mode":0,"window_no":0,"FisheyeWndParam":[]},)"
+      R"("Emap":{"LoadMode":0,"PosX":"","PosY":"","ScaleSize":0,"ExtendInfo":""},)"
+      R"("CenterMark":{"TopX":0,"TopY":0,"BottomX":0,"BottomY":0,"StreamType":0},)"
+      R"("ZoomWindowList":{"ZoomMode":0,"ZoomWindow":[]},)"
+      R"("RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1},)"
+      R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]}})");
+  EXPECT_EQ(DefaultText<AddPlanRequest>(),
+            R"({"GroupID":"","GroupName":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"Remark":"","AutoRun":0,)"
+            R"("PlanStartTime":"","PlanEndTime":"","OwnerId":"","PlanPages":[]})");
+  EXPECT_EQ(DefaultText<UpdatePlanRequest>(),
+            R"({"GroupID":"","GroupName":"","ID":"","Name":"","OwnerId":"","Type":0,"AutoCycle":0,"RoundTime":0,)"
+            R"("Remark":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"","PlanPages":[],"is_share_view":false})");
+  EXPECT_EQ(DefaultText<GetPlanDetailRequest>(),
+            R"({"ID":"","AutoRun":0,"PermissionItem":"","NeedResourceName":true,"resource_download_judge":false})");
+  EXPECT_EQ(DefaultText<GetPlanDetailResponse>(),
+            R"({"ErrorInfo":"","GroupID":"","ID":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"AppCode":"",)"
+            R"("Remark":"","OwnerId":"","CreateTime":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"",)"
+            R"("PlanPages":[],"is_share_view":false,"share_user_name":""})");
+  EXPECT_EQ(DefaultText<GetPlanConfigResponse>(),
+            R"({"LoadAll":false,"CreateRootPlan":false,"EnableSearch":true,"EnableDrag":true,)"
+            R"("SupportDelPlanWithChildren":true,"ViewOrPlan":0,"SupportTimedPlay":false,"OnlyCamera":false,)"
+            R"("MoveBetweenPublicAndPrivate":false,"SupportAddCameraFromFavorite":false,"SupportSmoothStream":true,)"
+            R"("ShowCreationInfo":false,"IsSupportSaveSingleCycle":false,"SupportThumbnail":true,)"
+            R"("SupportPlanGroupCycle":false})");
+  EXPECT_EQ(DefaultText<GetClientDefaultViewConfigResponse>(),
+            R"({"error_module":0,"error_code":0,"error_info":"",)"
+            R"("ViewData":{"ViewDefaultConfig":{"view_type":0,"view_id":""}}})");
+  EXPECT_EQ(DefaultText<PlanSearchResponse>(), R"({"ErrorInfo":"","total":0,"searchedPlan":[]})");
+}
+
+// What one record becomes by reading the text.
+template <class Record>
+Record Read(const std::string& text) {
+  Record data;
+  AdapterOf<Record> record(&data);
+  EXPECT_TRUE(ParseJsonRequest(record, text)) << text;
+  return data;
+}
+
+TEST(RecordSetTest, KeysThatLookAlikeAreNotConfused) {
+  EXPECT_FALSE(Read<PlanGroup>(R"({"is_share_viewgroup":true})").is_share_viwgroup);
+  EXPECT_TRUE(Read<PlanGroup>(R"({"is_share_viwgroup":true})").is_share_viwgroup);
+  EXPECT_FALSE(Read<AddPlanGroupRequest>(R"({"is_share_viwgroup":true})").is_share_viewgroup);
+  EXPECT_TRUE(Read<AddPlanGroupRequest>(R"({"is_share_viewgroup":true})").is_share_viewgroup);
+  EXPECT_TRUE(Read<UpdatePlanGroupRequest>(R"({"is_share_viewgroup":true})").is_share_viewgroup);
+  EXPECT_EQ(Read<PlanBasicInfo>(R"({"Name":"a","name":"b"})").name, "b");
+  EXPECT_EQ(Read<DeletePlanResquest>(R"({"OwnerId":"1"})").UserID, "");
+  EXPECT_EQ(Read<ShareViewResponseInfo>(R"({"error_module":5})").error_model, 0);
+  EXPECT_EQ(Read<UserErrorInfo>(R"({"error_module":5,"error_model":6})").error_model, 6);
+  EXPECT_EQ(Read<GetClientDefaultViewConfigResponse>(R"({"error_model":5,"error_module":6})").error_module, 6);
+  EXPECT_EQ(Read<SearchedPlan>(R"({"highlightName":"a","hightlightName":"b"})").hightlightName, "b");
+  EXPECT_TRUE(Read<PlanItem>(R"({"Fisheye":{"is_fisheye_open":true}})") == PlanItem());
+}
+
+TEST(RecordSetTest, NestedRecordsStartFromTheirOwnDefaults) {
+  const auto page = Read<PlanPage>(R"({"PlanItems":[{"Xtop":0.5,"Ytop":"0.5"},{"RelatedZoomWindow":{}}]})");
+  ASSERT_EQ(page.PlanItems.size(), 2u);
+  EXPECT_EQ(page.PlanItems[0].Xtop, "-1.0");
+  EXPECT_EQ(page.PlanItems[0].Ytop, "0.5");
+  EXPECT_EQ(page.PlanItems[0].RelateResourceType, -1);
+  EXPECT_EQ(page.PlanItems[1].RelatedZoomWindow.ZoomWindowNo, -1);
+
+  // The default view is set flat and answered two objects deep.
+  EXPECT_EQ(Read<ClienDefaultViewConfigRequest>(R"({"ViewData":{"ViewDefaultConfig":{"view_id":"5"}}})").view_id, "");
+  EXPECT_EQ(Read<ClienDefaultViewConfigRequest>(R"({"view_id":"5"})").view_id, "5");
+  const auto answer = Read<GetClientDefaultViewConfigResponse>(R"({"ViewData":{"ViewDefaultConfig":{"view_id":"5"}}})");
+  EXPECT_EQ(answer.ViewData.ViewDefaultConfig.view_id, "5");
+  EXPECT_TRUE(Read<GetClientDefaultViewConfigResponse>(R"({"ViewData":{"view_id":"5"},"view_id":"5"})") ==
+              GetClientDefaultViewConfigResponse());
+}
+
+}  // namespace
+}  // namespace protocol_test
