@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/ImportPlan.h"
+
+#include <set>
+
+namespace host {
+namespace {
+
+Place Moved(const Place& place, const std::optional<Place>& into) {
+  if (!into) return place;
+  Place moved = *into;
+  moved.path.insert(moved.path.end(), place.path.begin(), place.path.end());
+  return moved;
+}
+
+// The place itself and all folders above it, down to the top-level one or the one that everything goes into, which
+// are there.
+void AddWithParents(Place place, size_t depthThatIsThere, std::set<Place>& folders) {
+  while (place.path.size() > depthThatIsThere && folders.insert(place).second) place.path.pop_back();
+}
+
+}  // namespace
+
+Existing ExistingIn(const ViewTree& tree) {
+  Existing existing;
+  for (size_t i = 0; i < tree.folders.size(); ++i) {
+    const TreeFolder& folder = tree.folders[i];
+    const Place place{folder.kind, tree.PathOf(i)};
+    if (folder.parent != i) existing.folders.emplace(place, folder.id);
+    for (const TreeView& view : folder.views) {
+      if (!view.sharedWithUser) existing.views[{place, view.name}].push_back(view.id);
+    }
+  }
+  return existing;
+}
+
+std::vector<ImportStep> PlanImport(const PortableFile& file, const Existing& existing,
+                                   const std::optional<Place>& into) {
+  std::set<Place> folders;
+  const size_t depth = into ? into->path.size() : 0;
+  for (const Place& folder : file.folders) AddWithParents(Moved(folder, into), depth, folders);
+  for (const PortableView& view : file.views) AddWithParents(Moved(view.folder, into), depth, folders);
+
+  std::vector<ImportStep> steps;
+  // A path sorts behind its beginnings, so every folder comes before those in it.
+  for (const Place& folder : folders) {
+    const auto found = existing.folders.find(folder);
+    const bool there = found != existing.folders.end();
+    steps.push_back(
+        {there ? ImportStep::kKeepFolder : ImportStep::kMakeFolder, folder, there ? found->second : "", {}});
+  }
+  std::map<std::pair<Place, std::string>, size_t> matched;
+  for (const PortableView& view : file.views) {
+    const std::pair<Place, std::string> key(Moved(view.folder, into), view.name);
+    const auto found = existing.views.find(key);
+    const size_t nth = matched[key]++;
+    const bool there = found != existing.views.end() && nth < found->second.size();
+    steps.push_back(
+        {there ? ImportStep::kKeepView : ImportStep::kMakeView, key.first, there ? found->second[nth] : "", view});
+  }
+  return steps;
+}
+
+}  // namespace host

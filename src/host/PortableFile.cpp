@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/PortableFile.h"
+
+#include <rapidjson/prettywriter.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "host/Failure.h"
+#include "host/JsonText.h"
+#include "host/Terminal.h"
+
+namespace host {
+namespace {
+
+using rapidjson::Value;
+
+constexpr const char* kFormat = "viewctl-export";
+constexpr int kVersion = 1;
+
+std::string PathText(const std::vector<std::string>& path) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  writer.StartArray();
+  for (const std::string& name : path) WriteText(writer, name);
+  writer.EndArray();
+  return buffer.GetString();
+}
+
+std::string JsonList(const std::vector<std::string>& entries) {
+  std::string text = "[";
+  for (const std::string& entry : entries) text += (text.size() > 1 ? "," : "") + entry;
+  return text + "]";
+}
+
+// REQUIRES: `compact` is JSON of a small, fixed depth.
+std::string Indented(const std::string& compact) {
+  rapidjson::Document document;
+  ParseJson(compact, document);
+  rapidjson::StringBuffer buffer;
+  rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+  writer.SetIndent(' ', 1);
+  document.Accept(writer);
+  return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
+}
+
+Place ReadPlace(const Value& object, const std::string& where) {
+  if (!object.IsObject()) throw Failure(kUsage, where + " is no object");
+  const std::string kind = TextOf(object, "Kind");
+  const auto found = std::find(kKindNames.begin(), kKindNames.end(), kind);
+  if (found == kKindNames.end()) throw Failure(kUsage, where + ": \"Kind\" is not public, private or shared");
+  Place place;
+  place.kind = static_cast<Kind>(found - kKindNames.begin());
+  const auto path = object.FindMember("Path");
+  if (path == object.MemberEnd() || !path->value.IsArray()) throw Failure(kUsage, where + ": \"Path\" is no list");
+  for (const Value& name : path->value.GetArray()) {
+    if (!name.IsString()) throw Failure(kUsage, where + ": \"Path\" holds something that is no name");
+    place.path.emplace_back(name.GetString(), name.GetStringLength());
+  }
+  return place;
+}
+
+int ReadNumber(const Value& object, const char* key, const std::string& where) {
+  const auto member = object.FindMember(key);
+  if (member == object.MemberEnd() || !member->value.IsInt()) {
+    throw Failure(kUsage, where + ": \"" + key + "\" is no whole number of 32 bits");
+  }
+  return member->value.GetInt();
+}
+
+PortableView ReadView(const Value& object, const std::string& where) {
+  PortableView view;
+  view.folder = ReadPlace(object, where);
+  if (view.folder.kind == kShared && view.folder.path.empty()) {
+    throw Failure(kUsage, where + ": a view cannot lie directly in the shared folder");
+  }
+  const auto name = object.FindMember("Name");
+  if (name == object.MemberEnd() || !name->value.IsString()) throw Failure(kUsage, where + ": \"Name\" is no text");
+  view.name = TextOf(object, "Name");
+  view.autoCycle = ReadNumber(object, "AutoCycle", where);
+  view.roundTime = ReadNumber(object, "RoundTime", where);
+  const auto pages = object.FindMember("PlanPages");
+  if (pages == object.MemberEnd()) throw Failure(kUsage, where + ": \"PlanPages\" is missing");
+  view.pages = KeepPages(pages->value, where);
+  return view;
+}
+
+// The lists of the file, each of which must be there.
+const Value& RequireList(const Value& file, const char* key) {
+  const auto member = file.FindMember(key);
+  if (member == file.MemberEnd() || !member->value.IsArray()) {
+    throw Failure(kUsage, std::string("The file has no list \"") + key + "\"");
+  }
+  return member->value;
+}
+
+}  // namespace
+
+std::string PlaceText(const Place& place) {
+  std::string text = kKindNames.at(place.kind);
+  for (const std::string& name : place.path) text += " / " + Printable(name);
+  return text;
+}
+
+std::string WritePortable(PortableFile file) {
+  std::sort(file.folders.begin(), file.folders.end());
+  file.folders.erase(std::unique(file.folders.begin(), file.folders.end()), file.folders.end());
+  std::sort(file.views.begin(), file.views.end());
+
+  std::vector<std::string> folders;
+  for (const Place& folder : file.folders) {
+    folders.push_back(
+        ObjectText().Add("Kind", kKindNames.at(folder.kind)).AddRaw("Path", PathText(folder.path)).Text());
+  }
+  std::vector<std::string> views;
+  for (const PortableView& view : file.views) {
+    views.push_back(ObjectText()
+                        .Add("Kind", kKindNames.at(view.folder.kind))
+                        .AddRaw("Path", PathText(view.folder.path))
+                        .Add("Name", view.name)
+                        .Add("AutoCycle", view.autoCycle)
+                        .Add("RoundTime", view.roundTime)
+                        .AddRaw("PlanPages", view.pages)
+                        .Text());
+  }
+  return Indented(ObjectText()
+                      .Add("Format", kFormat)
+                      .Add("Version", kVersion)
+                      .AddRaw("Folders", JsonList(folders))
+                      .AddRaw("Views", JsonList(views))
+                      .Text());
+}
+
+PortableFile ReadPortable(std::string_view text) {
+  rapidjson::Document document;
+  if (!ParseJson(text, document)) throw Failure(kUsage, "The file is not JSON");
+  if (TextOf(document, "Format") != kFormat) throw Failure(kUsage, "The file was not written by viewctl export");
+  if (NumberOf(document, "Version") != kVersion) {
+    throw Failure(kUsage, "The file is of a version that this viewctl does not know");
+  }
+  PortableFile file;
+  for (const Value& folder : RequireList(document, "Folders").GetArray()) {
+    const std::string where = "Folders[" + std::to_string(file.folders.size() + 1) + "]";
+    file.folders.push_back(ReadPlace(folder, where));
+    if (file.folders.back().path.empty()) throw Failure(kUsage, where + ": \"Path\" is empty");
+  }
+  for (const Value& view : RequireList(document, "Views").GetArray()) {
+    file.views.push_back(ReadView(view, "Views[" + std::to_string(file.views.size() + 1) + "]"));
+  }
+  return file;
+}
+
+PortableView ToPortable(const Value& detail, const Place& folder) {
+  PortableView view;
+  view.folder = folder;
+  view.name = TextOf(detail, "Name");
+  view.autoCycle = NumberOf(detail, "AutoCycle");
+  view.roundTime = NumberOf(detail, "RoundTime");
+  view.pages = KeepPages(ListOf(detail, "PlanPages"), "View " + TextOf(detail, "ID"));
+  return view;
+}
+
+}  // namespace host

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// What people read: names made safe to print, and whole lines that do not mix.
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// The text as it may be shown on a terminal: control characters, line and paragraph separators and marks that turn the
+// reading direction are written \u001b; what is not UTF-8 becomes U+FFFD.
+std::string Printable(std::string_view text);
+
+// Whether a person watches stderr.
+bool IsTerminalErr();
+
+// One line to stderr.
+void Say(std::string_view line);
+
+// Writes whole lines to stdout and flushes each. Any thread.
+class LineWriter {
+ public:
+  void Write(std::string_view line);
+
+ private:
+  std::mutex m_mutex;
+};
+
+}  // namespace host

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/ViewText.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "host/JsonText.h"
+#include "host/Terminal.h"
+
+namespace host {
+namespace {
+
+using rapidjson::Value;
+
+constexpr int kMap = 7001;
+
+struct TypeName {
+  int type;
+  const char* name;
+};
+
+constexpr TypeName kResourceTypes[] = {{1001, "camera"}, {1002, "door"}, {1005, "elevator"},
+                                       {1006, "radar"},  {kMap, "map"},  {25001, "web page"}};
+constexpr TypeName kRelatedTypes[] = {{0, "camera"}, {1, "map"}, {4, "door"}, {5, "element"}, {8, "element"}};
+
+template <size_t N>
+std::string NameOfType(const TypeName (&names)[N], int type) {
+  const auto* found = std::find_if(names, names + N, [&](const TypeName& name) { return name.type == type; });
+  return found == names + N ? "resource of type " + std::to_string(type) : found->name;
+}
+
+std::string Quoted(const std::string& name) {
+  return "\"" + Printable(name) + "\"";
+}
+
+// Decimal text without the zeros at its end; "-" for a text that is no number.
+std::string Shortened(const std::string& decimal) {
+  double number = 0;
+  const char* end = decimal.data() + decimal.size();
+  if (std::from_chars(decimal.data(), end, number).ptr != end || decimal.empty()) return "-";
+  std::string text = decimal;
+  if (text.find('.') != std::string::npos) {
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+  }
+  return text;
+}
+
+double AsNumber(const std::string& decimal) {
+  double number = 0;
+  std::from_chars(decimal.data(), decimal.data() + decimal.size(), number);
+  return number;
+}
+
+std::string Thousandths(const Value& box) {
+  const auto corner = [&](const char* x, const char* y) {
+    return std::to_string(NumberOf(box, x)) + "," + std::to_string(NumberOf(box, y));
+  };
+  return corner("TopX", "TopY") + " to " + corner("BottomX", "BottomY") + " thousandths";
+}
+
+std::string Count(size_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+using Lines = std::vector<std::string>;
+
+void DescribePicture(const Value& window, Lines& extras) {
+  if (const int stream = NumberOf(window, "StreamType"); stream > 0)
+    extras.push_back("stream " + std::to_string(stream));
+  if (const int preset = NumberOf(window, "PresetId"); preset > 0) {
+    const std::string name = TextOf(window, "PresetName");
+    extras.push_back("preset " + std::to_string(preset) + (name.empty() ? "" : " " + Quoted(name)));
+  }
+  if (const int cruise = NumberOf(window, "CruiseIndex"); cruise > 0)
+    extras.push_back("cruise " + std::to_string(cruise));
+  if (const int track = NumberOf(window, "TrackIndex"); track > 0) extras.push_back("track " + std::to_string(track));
+  const bool zoomed = AsNumber(TextOf(window, "Xbottom")) > AsNumber(TextOf(window, "Xtop")) &&
+                      AsNumber(TextOf(window, "Ybottom")) > AsNumber(TextOf(window, "Ytop"));
+  if (zoomed) {
+    extras.push_back("digital zoom from " + Shortened(TextOf(window, "Xtop")) + "," +
+                     Shortened(TextOf(window, "Ytop")) + " to " + Shortened(TextOf(window, "Xbottom")) + "," +
+                     Shortened(TextOf(window, "Ybottom")));
+  }
+}
+
+void DescribeFishEye(const Value& fishEye, Lines& extras) {
+  if (!FlagOf(fishEye, "is_fisheye_open")) return;
+  extras.push_back("fisheye: mount " + std::to_string(NumberOf(fishEye, "mount_type")) + ", expansion " +
+                   std::to_string(NumberOf(fishEye, "expand_mode")) + ", window " +
+                   std::to_string(NumberOf(fishEye, "window_no")));
+  for (const Value& part : ListOf(fishEye, "FisheyeWndParam").GetArray()) {
+    extras.push_back("  part " + std::to_string(NumberOf(part, "WndNo")) + " at " + Shortened(TextOf(part, "PosX")) +
+                     "," + Shortened(TextOf(part, "PosY")) + ", zoom " + Shortened(TextOf(part, "Zoom")));
+  }
+}
+
+void DescribeCycle(const Value& cycle, Lines& extras) {
+  const Value& resources = ListOf(cycle, "CycleResourceID");
+  if (resources.Empty()) return;
+  const int type = NumberOf(cycle, "cycle_type");
+  const std::string kind = type == 0 ? "camera" : type == 1 ? "area" : "resource";
+  const std::string name = TextOf(cycle, "CycleName");
+  extras.push_back("cycles" + (name.empty() ? "" : " " + Quoted(name)) + " through " + Count(resources.Size(), kind) +
+                   ", " + std::to_string(NumberOf(cycle, "cycle_time")) + " s each");
+  for (const Value& resource : resources.GetArray()) {
+    const std::string known = TextOf(resource, "ResourceName");
+    extras.push_back("  " + kind + " " + Printable(TextOf(resource, "ResourceID")) +
+                     (known.empty() ? "" : " " + Quoted(known)));
+  }
+}
+
+void DescribeMap(const Value& map, Lines& extras) {
+  extras.push_back("map centre " + Printable(TextOf(map, "PosX")) + "," + Printable(TextOf(map, "PosY")) + ", scale " +
+                   std::to_string(NumberOf(map, "ScaleSize")) + ", load mode " +
+                   std::to_string(NumberOf(map, "LoadMode")));
+  if (const std::string more = TextOf(map, "ExtendInfo"); !more.empty()) extras.push_back("map info " + Quoted(more));
+}
+
+void DescribeMarks(const Value& window, Lines& extras) {
+  const Value& mark = ObjectOf(window, "CenterMark");
+  if (NumberOf(mark, "BottomX") > NumberOf(mark, "TopX") || NumberOf(mark, "BottomY") > NumberOf(mark, "TopY")) {
+    extras.push_back("centre mark " + Thousandths(mark));
+  }
+  for (const Value& zoom : ListOf(ObjectOf(window, "ZoomWindowList"), "ZoomWindow").GetArray()) {
+    extras.push_back("zoom window " + std::to_string(NumberOf(zoom, "No")) + " " + Thousandths(zoom));
+  }
+  const Value& related = ObjectOf(window, "RelatedZoomWindow");
+  if (const int number = NumberOf(related, "ZoomWindowNo", -1); number >= 0) {
+    extras.push_back("shows zoom window " + std::to_string(number) + " of window " +
+                     Printable(TextOf(related, "ViewItemWindowNo")));
+  }
+}
+
+Lines DescribeExtras(const Value& window) {
+  Lines extras;
+  DescribePicture(window, extras);
+  DescribeFishEye(ObjectOf(window, "FishEye"), extras);
+  DescribeCycle(ObjectOf(window, "CycleInfo"), extras);
+  if (NumberOf(window, "ResourceType") == kMap) DescribeMap(ObjectOf(window, "Emap"), extras);
+  DescribeMarks(window, extras);
+  if (const int id = NumberOf(window, "RelateResourceID", -1); id != -1) {
+    const std::string name = TextOf(window, "RelateResourceName");
+    extras.push_back("related " + NameOfType(kRelatedTypes, NumberOf(window, "RelateResourceType", -1)) + " " +
+                     std::to_string(id) + (name.empty() ? "" : " " + Quoted(name)));
+  }
+  return extras;
+}
+
+std::string DescribeHead(const Value& detail, const std::vector<std::string>& folder) {
+  std::string text = Quoted(TextOf(detail, "Name")) + "  (view " + Printable(TextOf(detail, "ID")) + ")\n";
+  std::string place;
+  for (const std::string& name : folder) place += (place.empty() ? "" : " / ") + Printable(name);
+  text += "  lies in    " + place + "\n";
+  if (FlagOf(detail, "is_share_view")) {
+    text += "  shared by  " + Printable(TextOf(detail, "share_user_name")) + "\n";
+  }
+  const int seconds = NumberOf(detail, "RoundTime");
+  text += "  pages      " + std::to_string(ListOf(detail, "PlanPages").Size());
+  text += NumberOf(detail, "AutoCycle") > 0 ? ", turned every " + std::to_string(seconds) + " s\n" : "\n";
+  if (const std::string guid = TextOf(detail, "AppCode"); !guid.empty())
+    text += "  GUID       " + Printable(guid) + "\n";
+  return text;
+}
+
+}  // namespace
+
+std::string DescribeResource(const Value& window) {
+  const int type = NumberOf(window, "ResourceType");
+  if (type == 0) return "empty";
+  std::string text = NameOfType(kResourceTypes, type);
+  if (const std::string name = TextOf(window, "ResourceName"); !name.empty()) text += " " + Quoted(name);
+  if (const std::string id = TextOf(window, "ResourceID"); id != "-1" && id != "0") text += ", id " + Printable(id);
+  return text;
+}
+
+std::string DescribeView(const Value& detail, const std::vector<std::string>& folder) {
+  std::string text = DescribeHead(detail, folder);
+  int page = 0;
+  for (const Value& entry : ListOf(detail, "PlanPages").GetArray()) {
+    const Value& windows = ListOf(entry, "PlanItems");
+    text += "\nPage " + std::to_string(++page) + ": layout " + std::to_string(NumberOf(entry, "windowDivision"));
+    if (const std::string custom = TextOf(entry, "customWindowDivision"); !custom.empty()) text += " " + Quoted(custom);
+    text += ", " + Count(windows.Size(), "window") + "\n";
+    for (const Value& window : windows.GetArray()) {
+      text += "  " + std::to_string(NumberOf(window, "Sequence")) + ". " + DescribeResource(window) + "\n";
+      for (const std::string& extra : DescribeExtras(window)) text += "       " + extra + "\n";
+    }
+  }
+  return text;
+}
+
+}  // namespace host

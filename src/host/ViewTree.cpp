@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/ViewTree.h"
+
+#include <algorithm>
+#include <set>
+
+#include "VeltControl/VeltControl.h"
+#include "host/Failure.h"
+#include "host/JsonText.h"
+
+namespace host {
+namespace {
+
+bool SortsBefore(const std::string& left, const std::string& right) {
+  return VeltControl::CStandardItemModel::CustomStringCompare(
+      QString::fromStdString(left), QString::fromStdString(right), VeltControl::CStandardItemModel::SortByName);
+}
+
+void AskListing(const Plugin& plugin, const char* exchange, const std::string& request, rapidjson::Document& answer) {
+  std::string response;
+  const bool done = plugin.Ask(exchange, request, response);
+  ParseJson(response, answer);
+  if (!done) throw Failure(kRefused, std::string(exchange) + ": " + TextOf(answer, "ErrorInfo"));
+}
+
+class TreeReader {
+ public:
+  explicit TreeReader(const Plugin& plugin) : m_plugin(plugin) {}
+
+  ViewTree Read() {
+    rapidjson::Document roots;
+    AskListing(m_plugin, "GetPlanGroups", ObjectText().Add("ParentID", "root").Add("GroupType", 0).Text(), roots);
+    for (const auto& root : ListOf(roots, "PlanGroups").GetArray()) {
+      const size_t index = m_tree.folders.size();
+      if (index > kShared) break;
+      TreeFolder& folder = m_tree.folders.emplace_back();
+      folder.id = "-1";
+      folder.name = TextOf(root, "Name");
+      folder.kind = static_cast<Kind>(index);
+      folder.parent = index;
+    }
+    for (size_t top = 0; top < m_tree.folders.size(); ++top) ListGroups(top, {static_cast<Kind>(top)});
+    // Folders are appended while the list is walked, so that depth costs no stack.
+    for (size_t i = 0; i < m_tree.folders.size(); ++i) {
+      if (i > kShared) ListGroups(i, {m_tree.folders[i].kind, kPublic, kPrivate, kShared});
+      ListViews(i);
+    }
+    return std::move(m_tree);
+  }
+
+ private:
+  // A listing names only groups of the asked type but counts them all, so the types after the first are asked for
+  // only while some are missing.
+  void ListGroups(size_t parent, const std::vector<Kind>& types) {
+    std::vector<TreeFolder> found;
+    int total = 1;
+    int seen = 0;
+    std::set<Kind> asked;
+    for (const Kind type : types) {
+      if (seen >= total || !asked.insert(type).second) continue;
+      rapidjson::Document answer;
+      AskListing(m_plugin, "GetPlanGroups",
+                 ObjectText().Add("ParentID", m_tree.folders[parent].id).Add("GroupType", type).Text(), answer);
+      total = NumberOf(answer, "Total");
+      for (const auto& group : ListOf(answer, "PlanGroups").GetArray()) {
+        ++seen;
+        // A group is listed once, whatever a server says about who lies in whom.
+        if (!m_groups.insert(TextOf(group, "ID")).second) continue;
+        TreeFolder& folder = found.emplace_back();
+        folder.id = TextOf(group, "ID");
+        folder.name = TextOf(group, "Name");
+        folder.kind = m_tree.folders[parent].kind;
+        folder.parent = parent;
+      }
+    }
+    std::stable_sort(found.begin(), found.end(), [](const TreeFolder& left, const TreeFolder& right) {
+      return SortsBefore(left.name, right.name);
+    });
+    for (TreeFolder& folder : found) {
+      m_tree.folders[parent].folders.push_back(m_tree.folders.size());
+      m_tree.folders.push_back(std::move(folder));
+    }
+  }
+
+  // A group keeps a view that somebody else moved away, and names one that somebody else changed twice: "ParentID"
+  // says where a view really lies, and its id counts once.
+  void ListViews(size_t index) {
+    TreeFolder& folder = m_tree.folders[index];
+    rapidjson::Document answer;
+    AskListing(m_plugin, "GetPlansInGroup", ObjectText().Add("GroupID", folder.id).Add("Type", folder.kind).Text(),
+               answer);
+    for (const auto& plan : ListOf(answer, "Plans").GetArray()) {
+      if (TextOf(plan, "ParentID") != folder.id || !m_views.insert(TextOf(plan, "ID")).second) continue;
+      folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view")});
+    }
+    // Views of one name come in no fixed order.
+    std::stable_sort(folder.views.begin(), folder.views.end(), [](const TreeView& left, const TreeView& right) {
+      if (left.name != right.name) return SortsBefore(left.name, right.name);
+      return std::make_pair(left.id.size(), left.id) < std::make_pair(right.id.size(), right.id);
+    });
+  }
+
+  const Plugin& m_plugin;
+  ViewTree m_tree;
+  std::set<std::string> m_groups;
+  std::set<std::string> m_views;
+};
+
+}  // namespace
+
+std::vector<std::string> ViewTree::PathOf(size_t folder) const {
+  std::vector<std::string> path;
+  for (; folders[folder].parent != folder; folder = folders[folder].parent) path.push_back(folders[folder].name);
+  std::reverse(path.begin(), path.end());
+  return path;
+}
+
+size_t ViewTree::FindFolder(const std::string& id) const {
+  const auto found = std::find_if(folders.begin(), folders.end(),
+                                  [&](const TreeFolder& folder) { return folder.id == id && folder.id != "-1"; });
+  return static_cast<size_t>(found - folders.begin());
+}
+
+ViewTree ReadViewTree(const Plugin& plugin) {
+  return TreeReader(plugin).Read();
+}
+
+}  // namespace host

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl call: one exchange, as a program would make it.
+#include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+#include "host/Client.h"
+#include "host/RawJson.h"
+#include "host/Terminal.h"
+#include "host/commands/Commands.h"
+
+namespace host {
+namespace {
+
+struct CallOptions {
+  std::string function;
+  std::string request;
+};
+
+int RunCall(const GlobalOptions& options, const CallOptions& call) {
+  std::string request = call.request;
+  if (request == "-") request.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+
+  Client client(options, Texts::kAsKeys);
+  const Plugin::Function* function = client.Functions().Find(call.function);
+  const auto* exchange = function ? std::get_if<Plugin::Exchange>(function) : nullptr;
+  if (!exchange) throw Failure(kUsage, "There is no exchange " + call.function);
+  client.Load();
+  if (!request.empty() && !IsJson(request)) Say("viewctl: The request is not JSON, so the defaults of its keys count");
+  std::string response;
+  const bool done = (*exchange)(request, response);
+  std::fwrite(response.data(), 1, response.size(), stdout);
+  std::fputc('\n', stdout);
+  return done ? kDone : kRefused;
+}
+
+}  // namespace
+
+void AddCallCommand(CLI::App& app, Chosen& chosen) {
+  const auto call = std::make_shared<CallOptions>();
+  CLI::App* command = AddCommand(app, chosen, "call", "one exchange; its response on stdout",
+                                 [call](const GlobalOptions& options) { return RunCall(options, *call); });
+  command->add_option("FUNCTION", call->function, "its name")->required();
+  command->add_option("JSON", call->request, "the request; \"-\" reads it from stdin");
+}
+
+}  // namespace host

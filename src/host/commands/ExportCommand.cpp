@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl export: views and folders as a file for another server.
+#include <QSaveFile>
+#include <cstdio>
+#include <memory>
+#include <set>
+
+#include "host/Client.h"
+#include "host/Ids.h"
+#include "host/JsonText.h"
+#include "host/PortableFile.h"
+#include "host/Progress.h"
+#include "host/Terminal.h"
+#include "host/ViewTree.h"
+#include "host/commands/Commands.h"
+
+namespace host {
+namespace {
+
+struct ExportOptions {
+  std::vector<std::string> ids;
+  std::string output;
+};
+
+struct Selection {
+  std::set<std::string> views;
+  std::set<std::string> groups;
+};
+
+bool HasView(const ViewTree& tree, const std::string& id) {
+  for (const TreeFolder& folder : tree.folders) {
+    for (const TreeView& view : folder.views) {
+      if (view.id == id) return true;
+    }
+  }
+  return false;
+}
+
+// Views and groups are numbered apart, so a bare number may mean both.
+Selection Select(const ViewTree& tree, const std::vector<QualifiedId>& ids) {
+  Selection selection;
+  for (const QualifiedId& wanted : ids) {
+    const bool view = wanted.of != QualifiedId::Of::kGroup && HasView(tree, wanted.id);
+    const bool group = wanted.of != QualifiedId::Of::kView && tree.FindFolder(wanted.id) != tree.folders.size();
+    if (view && group) {
+      throw Failure(kUsage, wanted.id + " is a view and a group: say view:" + wanted.id + " or group:" + wanted.id);
+    }
+    if (!view && !group) throw Failure(kRefused, "There is no view or group " + wanted.id);
+    (view ? selection.views : selection.groups).insert(wanted.id);
+  }
+  return selection;
+}
+
+class Export {
+ public:
+  Export(const Plugin& plugin, const ViewTree& tree) : m_plugin(plugin), m_tree(tree) {}
+
+  PortableFile Everything() {
+    std::vector<size_t> all(m_tree.folders.size());
+    for (size_t i = 0; i < all.size(); ++i) all[i] = i;
+    return Collect(all, {});
+  }
+
+  PortableFile Of(const Selection& selection) {
+    std::vector<size_t> folders;
+    std::set<size_t> taken;
+    // Folders stand behind the one they lie in, so one pass finds all that lie in a chosen one.
+    for (size_t i = 0; i < m_tree.folders.size(); ++i) {
+      const TreeFolder& folder = m_tree.folders[i];
+      if (selection.groups.count(folder.id) == 0 && taken.count(folder.parent) == 0) continue;
+      taken.insert(i);
+      folders.push_back(i);
+    }
+    return Collect(folders, selection.views);
+  }
+
+  size_t LeftOut() const { return m_leftOut; }
+
+ private:
+  PortableFile Collect(const std::vector<size_t>& folders, const std::set<std::string>& views) {
+    PortableFile file;
+    const std::set<size_t> whole(folders.begin(), folders.end());
+    std::vector<std::pair<const TreeView*, Place>> wanted;
+    for (size_t i = 0; i < m_tree.folders.size(); ++i) {
+      const Place place{m_tree.folders[i].kind, m_tree.PathOf(i)};
+      if (whole.count(i) != 0) AddFolder(place, file);
+      for (const TreeView& view : m_tree.folders[i].views) {
+        const bool named = views.count(view.id) != 0;
+        if (!named && whole.count(i) == 0) continue;
+        if (view.sharedWithUser && !named) {
+          ++m_leftOut;
+          continue;
+        }
+        // A copy of somebody else's view is the user's own and lies nowhere yet.
+        wanted.emplace_back(&view, view.sharedWithUser ? Place{kPrivate, {}} : place);
+      }
+    }
+    Progress progress("Exporting", wanted.size());
+    for (const auto& [view, place] : wanted) {
+      progress.Step();
+      AddFolder(place, file);
+      file.views.push_back(Read(view->id, place));
+    }
+    return file;
+  }
+
+  static void AddFolder(Place place, PortableFile& file) {
+    for (; !place.path.empty(); place.path.pop_back()) file.folders.push_back(place);
+  }
+
+  PortableView Read(const std::string& id, const Place& place) {
+    std::string response;
+    const bool done =
+        m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", id).Add("NeedResourceName", false).Text(), response);
+    rapidjson::Document detail;
+    ParseJson(response, detail);
+    if (!done) throw Failure(kRefused, "View " + id + ": " + TextOf(detail, "ErrorInfo"));
+    return ToPortable(detail, place);
+  }
+
+  const Plugin& m_plugin;
+  const ViewTree& m_tree;
+  size_t m_leftOut = 0;
+};
+
+void WriteFile(QSaveFile& file, const std::string& text) {
+  if (file.write(text.data(), static_cast<qint64>(text.size())) < 0 || !file.commit()) {
+    throw Failure(kUsage, "The file " + file.fileName().toStdString() + " cannot be written");
+  }
+}
+
+int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
+  std::vector<QualifiedId> ids;
+  for (const std::string& id : wanted.ids) ids.push_back(ParseQualifiedId(id));
+  // Nothing replaces an old file before the new one is complete.
+  QSaveFile file(QString::fromStdString(wanted.output));
+  if (wanted.output != "-" && !file.open(QIODevice::WriteOnly)) {
+    throw Failure(kUsage, "The file " + wanted.output + " cannot be written");
+  }
+
+  Client client(options, Texts::kTranslated);
+  client.Load();
+  const ViewTree tree = ReadViewTree(client.Functions());
+  Export exporter(client.Functions(), tree);
+  const PortableFile content = ids.empty() ? exporter.Everything() : exporter.Of(Select(tree, ids));
+  const std::string text = WritePortable(content);
+  if (wanted.output == "-") {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+  } else {
+    WriteFile(file, text);
+  }
+  Say("Exported " + std::to_string(content.views.size()) + " views");
+  if (exporter.LeftOut() > 0) {
+    Say("Left out " + std::to_string(exporter.LeftOut()) +
+        " that others shared with you; name their ids to export copies of them");
+  }
+  return kDone;
+}
+
+}  // namespace
+
+void AddExportCommand(CLI::App& app, Chosen& chosen) {
+  const auto wanted = std::make_shared<ExportOptions>();
+  CLI::App* command = AddCommand(app, chosen, "export", "views and folders as a file for any server",
+                                 [wanted](const GlobalOptions& options) { return RunExport(options, *wanted); });
+  command->add_option("ID", wanted->ids, "views and groups, view:ID and group:ID where a number means both; else all");
+  command->add_option("-o", wanted->output, "the file; \"-\" is stdout")->type_name("FILE")->required();
+}
+
+}  // namespace host

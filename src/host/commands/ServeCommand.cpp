@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl serve: the embedded server alone.
+#include <cstdio>
+#include <memory>
+#include <thread>
+
+#include "host/Connection.h"
+#include "host/Failure.h"
+#include "host/StopSignal.h"
+#include "host/commands/Commands.h"
+
+namespace host {
+namespace {
+
+struct ServeOptions {
+  std::string listen = "127.0.0.1:8090";
+  std::string seed;
+};
+
+// "HOST:PORT", an IPv6 host in brackets.
+void ReadAddress(const std::string& text, server::ViewServerOptions& options) {
+  const size_t colon = text.rfind(':');
+  const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
+  const bool digits = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
+  if (colon == 0 || !digits || std::stoi(port) > 65535) throw Failure(kUsage, "--listen: not HOST:PORT");
+  std::string name = text.substr(0, colon);
+  if (name.size() > 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
+  options.listenHost = name;
+  options.listenPort = static_cast<uint16_t>(std::stoi(port));
+}
+
+int RunServe(const GlobalOptions& options, const ServeOptions& serve) {
+  if (!options.server.empty()) throw Failure(kUsage, "serve runs the embedded server; --server names another one");
+  server::ViewServerOptions embedded;
+  ReadAddress(serve.listen, embedded);
+  embedded.seedFile = serve.seed;
+  embedded.dataFile = StoreFile(options.dataDir);
+  WatchForStop();
+  const auto server = StartEmbeddedServer(embedded);
+  if (const auto password = server->TakeFirstPassword()) {
+    std::printf("User admin, password %s (shown this once)\n", password->c_str());
+  }
+  std::printf("Listening on %s\n", server->Url().c_str());
+  std::fflush(stdout);
+  while (!StopAsked()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  return kDone;
+}
+
+}  // namespace
+
+void AddServeCommand(CLI::App& app, Chosen& chosen) {
+  const auto serve = std::make_shared<ServeOptions>();
+  CLI::App* command = AddCommand(app, chosen, "serve", "the embedded server alone, until Ctrl-C",
+                                 [serve](const GlobalOptions& options) { return RunServe(options, *serve); });
+  command->add_option("--listen", serve->listen, "where to listen; port 0 picks one")
+      ->type_name("HOST:PORT")
+      ->capture_default_str();
+  command->add_option("--seed", serve->seed, "what the site starts with, applied by ID")->type_name("FILE");
+}
+
+}  // namespace host

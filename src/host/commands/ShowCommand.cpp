@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl show: one view in full.
+#include <cstdio>
+#include <memory>
+
+#include "host/Client.h"
+#include "host/Ids.h"
+#include "host/JsonText.h"
+#include "host/ViewText.h"
+#include "host/ViewTree.h"
+#include "host/commands/Commands.h"
+
+namespace host {
+namespace {
+
+struct ShowOptions {
+  std::string id;
+  bool json = false;
+};
+
+// The names of the folders that a view lies in; only the top-level one when its folder is not to be seen.
+std::vector<std::string> FolderOf(const ViewTree& tree, const rapidjson::Value& detail) {
+  const size_t folder = tree.FindFolder(TextOf(detail, "GroupID"));
+  if (folder == tree.folders.size()) return {tree.folders.at(static_cast<size_t>(NumberOf(detail, "Type"))).name};
+  std::vector<std::string> names = tree.PathOf(folder);
+  names.insert(names.begin(), tree.folders.at(tree.folders[folder].kind).name);
+  return names;
+}
+
+int RunShow(const GlobalOptions& options, const ShowOptions& show) {
+  RequireId(show.id, "view");
+  Client client(options, Texts::kTranslated);
+  client.Load();
+  std::string response;
+  const bool done = client.Functions().Ask("GetPlanDetail", ObjectText().Add("ID", show.id).Text(), response);
+  rapidjson::Document detail;
+  ParseJson(response, detail);
+  if (show.json) std::printf("%s\n", response.c_str());
+  if (!done) throw Failure(kRefused, "View " + show.id + ": " + TextOf(detail, "ErrorInfo"));
+  if (!show.json) {
+    const std::string text = DescribeView(detail, FolderOf(ReadViewTree(client.Functions()), detail));
+    std::fwrite(text.data(), 1, text.size(), stdout);
+  }
+  return kDone;
+}
+
+}  // namespace
+
+void AddShowCommand(CLI::App& app, Chosen& chosen) {
+  const auto show = std::make_shared<ShowOptions>();
+  CLI::App* command = AddCommand(app, chosen, "show", "one view in full",
+                                 [show](const GlobalOptions& options) { return RunShow(options, *show); });
+  command->add_option("ID", show->id, "the view")->required();
+  command->add_flag("--json", show->json, "as the plugin answers it");
+}
+
+}  // namespace host

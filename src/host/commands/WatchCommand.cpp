@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl watch: change notices as they come.
+#include <memory>
+#include <set>
+
+#include "host/Client.h"
+#include "host/Ids.h"
+#include "host/JsonText.h"
+#include "host/Notices.h"
+#include "host/StopSignal.h"
+#include "host/ViewTree.h"
+#include "host/commands/Commands.h"
+
+namespace host {
+namespace {
+
+struct WatchOptions {
+  std::vector<std::string> views;
+  std::vector<std::string> groups;
+  bool all = false;
+};
+
+// What is being watched; everything is registered once, because the plugin notifies once per registration.
+class Watch {
+ public:
+  Watch(const Plugin& plugin, ResourceData::IResourceObserver& observer) : m_plugin(plugin), m_observer(observer) {}
+
+  void Add(int type, const std::string& id) {
+    if (!m_watched.emplace(type, id).second) return;
+    m_plugin.Register(&m_observer, ObjectText().Add("ResourceType", type).Add("ID", id).Add("IsRegister", true).Text());
+  }
+
+  void AddEverything() {
+    Add(ResourceData::ResourceTypeViewGroup, "-1");
+    for (const TreeFolder& folder : ReadViewTree(m_plugin).folders) {
+      Add(ResourceData::ResourceTypeViewGroup, folder.id);
+      for (const TreeView& view : folder.views) Add(ResourceData::ResourceTypeView, view.id);
+    }
+  }
+
+ private:
+  const Plugin& m_plugin;
+  ResourceData::IResourceObserver& m_observer;
+  std::set<std::pair<int, std::string>> m_watched;
+};
+
+constexpr int kChildAdded = 3;
+
+int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
+  if (!watched.all && watched.views.empty() && watched.groups.empty()) {
+    throw Failure(kUsage, "Say what to watch: --view ID, --group ID or --all");
+  }
+  for (const std::string& id : watched.views) RequireId(id, "view");
+  for (const std::string& id : watched.groups) RequireId(id, "group");
+
+  WatchForStop();
+  NoticeQueue notices;  // outlives the client, which notifies it
+  Client client(options, Texts::kTranslated);
+  client.Load();
+  Watch watch(client.Functions(), notices);
+  for (const std::string& id : watched.views) watch.Add(ResourceData::ResourceTypeView, id);
+  for (const std::string& id : watched.groups) watch.Add(ResourceData::ResourceTypeViewGroup, id);
+  if (watched.all) watch.AddEverything();
+  Say("Watching; Ctrl-C ends it");
+
+  LineWriter out;
+  while (!StopAsked()) {
+    bool announced = false;
+    for (const Notice& notice : notices.Take(std::chrono::milliseconds(100))) {
+      out.Write(NoticeLine(notice));
+      if (watched.all && notice.enum_state == kChildAdded) {
+        watch.Add(notice.child_type, notice.child_id);
+        announced = true;
+      }
+    }
+    // What lies in an announced group may have come before the group was registered.
+    if (announced) watch.AddEverything();
+  }
+  return kDone;
+}
+
+}  // namespace
+
+void AddWatchCommand(CLI::App& app, Chosen& chosen) {
+  const auto watched = std::make_shared<WatchOptions>();
+  CLI::App* command = AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C",
+                                 [watched](const GlobalOptions& options) { return RunWatch(options, *watched); });
+  command->add_option("--view", watched->views, "a view to watch")->type_name("ID")->expected(1)->take_all();
+  command->add_option("--group", watched->groups, "a group to watch")->type_name("ID")->expected(1)->take_all();
+  command->add_flag("--all", watched->all, "the top level and everything there is or comes to be");
+}
+
+}  // namespace host
