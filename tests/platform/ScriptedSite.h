@@ -66,9 +66,15 @@ class ScriptedSite {
     m_changed.notify_all();
     ASSERT_TRUE(m_changed.wait_for(lock, std::chrono::seconds(20), [&] { return !m_end; }));
   }
+  // Streams that are open; one that its client has left is ended by the next.
   int Streams() const {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_streams;
+  }
+  // Streams that were opened so far.
+  int StreamsOpened() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_newestStream;
   }
 
   int Count(const std::string& name) const { return static_cast<int>(Targets(name).size()); }
@@ -123,8 +129,14 @@ class ScriptedSite {
     connection.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n\r\n");
     std::unique_lock<std::mutex> lock(m_mutex);
     ++m_streams;
+    const int self = ++m_newestStream;
+    m_changed.notify_all();
     while (true) {
-      m_changed.wait(lock, [&] { return !m_text.empty() || m_end || m_allEnd; });
+      m_changed.wait(lock, [&] { return !m_text.empty() || m_end || m_allEnd || self != m_newestStream; });
+      if (self != m_newestStream) {
+        --m_streams;
+        return;
+      }
       std::string text = std::move(m_text);
       m_text.clear();
       lock.unlock();
@@ -151,6 +163,7 @@ class ScriptedSite {
   std::multimap<std::string, Override> m_overrides;
   std::string m_text;
   int m_streams = 0;
+  int m_newestStream = 0;
   bool m_end = false;
   bool m_allEnd = false;
   ScriptedServer m_server;
