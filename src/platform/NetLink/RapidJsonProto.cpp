@@ -57,6 +57,27 @@ std::optional<double> DoubleOf(const Value& value) {
   return std::nullopt;
 }
 
+// RapidJSON's form of a number ("1.0", "1e30") with the shortest digits that read back as the same one, and of those
+// the nearest: RapidJSON's own digits are not always either.
+char* WriteDouble(double value, char* buffer) {
+  char scientific[32];
+  const char* const end =
+      std::to_chars(scientific, scientific + sizeof scientific, value, std::chars_format::scientific).ptr;
+  const char* from = scientific;
+  char* to = buffer;
+  if (*from == '-') *to++ = *from++;
+  char* const digits = to;
+  for (; *from != 'e'; ++from) {
+    if (*from != '.') *to++ = *from;
+  }
+  int exponent = 0;
+  std::from_chars(from[1] == '+' ? from + 2 : from + 1, end, exponent);
+  const int count = static_cast<int>(to - digits);
+  constexpr int kMaxDecimalPlaces = 324;
+  return rapidjson::internal::Prettify(digits, count, exponent - (count - 1), kMaxDecimalPlaces);
+}
+
+// REQUIRES: a number.
 std::string NumberText(const Value& value) {
   char buffer[64];
   char* end = buffer;
@@ -65,7 +86,7 @@ std::string NumberText(const Value& value) {
   } else if (value.IsUint64()) {
     end = std::to_chars(buffer, buffer + sizeof buffer, value.GetUint64()).ptr;
   } else {
-    end = rapidjson::internal::dtoa(value.GetDouble(), buffer);
+    end = WriteDouble(value.GetDouble(), buffer);
   }
   return std::string(buffer, end);
 }
@@ -93,6 +114,9 @@ class TreeWriter {
     } else if (value.IsArray()) {
       m_writer.StartArray();
       m_open.push_back({&value, 0});
+    } else if (value.IsNumber()) {
+      const std::string text = NumberText(value);
+      m_writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
     } else {
       value.Accept(m_writer);
     }

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+// Text conversions, the order of names, and waiting.
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QLocale>
+#include <QTextCodec>
+#include <QTimer>
+#include <algorithm>
+#include <clocale>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "VeltControl/VeltControl.h"
+
+namespace {
+
+using VeltControl::CStandardItemModel;
+using VeltControl::QStringToString;
+using VeltControl::StringToQString;
+
+bool Less(const std::string& left, const std::string& right) {
+  return CStandardItemModel::CustomStringCompare(StringToQString(left), StringToQString(right),
+                                                 CStandardItemModel::SortByName);
+}
+
+TEST(Texts, AreUtf8WhereNoCodecIsGiven) {
+  for (const std::string& text : {std::string(), std::string("a\0b", 3), std::string("\xC3\xA9\xF0\x9F\x98\x80")}) {
+    EXPECT_EQ(QStringToString(StringToQString(text)), text);
+  }
+  EXPECT_EQ(StringToQString("\xF0\x9F\x98\x80").size(), 2);
+  QTextCodec* const latin1 = QTextCodec::codecForName("ISO-8859-1");
+  ASSERT_NE(latin1, nullptr);
+  EXPECT_EQ(StringToQString("\xE9", latin1), QString(QChar(0xE9)));
+  EXPECT_EQ(QStringToString(QString(QChar(0xE9)), latin1), "\xE9");
+}
+
+// In the order wanted.
+const std::vector<std::string> kNatural = {"",
+                                           "1",
+                                           "02",
+                                           "2",
+                                           "10",
+                                           "a",
+                                           "Camera",
+                                           "camera",
+                                           "Camera 1",
+                                           "camera 01",
+                                           "camera 2",
+                                           "CAMERA 10",
+                                           "camera 10",
+                                           "camera 10b",
+                                           "Camera 100",
+                                           "door",
+                                           "\xC3\xA9"
+                                           "clair",
+                                           "f"};
+
+TEST(NaturalOrder, ReadsDigitsByValueAndLettersWhateverTheirCase) {
+  for (std::size_t i = 0; i < kNatural.size(); ++i) {
+    for (std::size_t j = 0; j < kNatural.size(); ++j) {
+      EXPECT_EQ(Less(kNatural[i], kNatural[j]), i < j) << kNatural[i] << " < " << kNatural[j];
+    }
+  }
+}
+
+TEST(NaturalOrder, IsTheSameInEveryLocale) {
+  const QLocale before;
+  for (const char* name : {"C", "de_DE", "cs_CZ", "tr_TR"}) {
+    QLocale::setDefault(QLocale(name));
+    std::setlocale(LC_ALL, "C");
+    // A thread of its own starts without anything kept from before.
+    std::thread([name] { EXPECT_TRUE(std::is_sorted(kNatural.begin(), kNatural.end(), Less)) << name; }).join();
+  }
+  QLocale::setDefault(before);
+}
+
+TEST(NaturalOrder, IsAStrictWeakOrder) {
+  const std::string pieces[] = {"a",
+                                "A",
+                                "b",
+                                "0",
+                                "1",
+                                "01",
+                                "9",
+                                "10",
+                                " ",
+                                "-",
+                                "_",
+                                "\xC3\xA9",
+                                "e\xCC\x81",
+                                "\xC3\x9F",
+                                "\xD0\x96",
+                                "\xE4\xB8\xAD",
+                                "\xEF\xBC\x91",
+                                "\xF0\x9F\x98\x80",
+                                "\xEF\xBF\xBD",
+                                "\t",
+                                "I",
+                                "\xC4\xB1"};
+  std::mt19937 random(1);
+  std::vector<QString> texts;
+  for (int i = 0; i < 90; ++i) {
+    std::string text;
+    for (std::size_t size = random() % 5; size > 0; --size) text += pieces[random() % std::size(pieces)];
+    texts.push_back(StringToQString(text));
+  }
+  const auto less = [](const QString& left, const QString& right) {
+    return CStandardItemModel::CustomStringCompare(left, right, CStandardItemModel::SortByName);
+  };
+  // Different texts are never equal to it, so that it must be a total order: some sequence agrees with every pair.
+  std::sort(texts.begin(), texts.end(), less);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    for (std::size_t j = 0; j < texts.size(); ++j) {
+      EXPECT_EQ(less(texts[i], texts[j]), i < j && texts[i] != texts[j])
+          << texts[i].toStdString() << " < " << texts[j].toStdString();
+    }
+  }
+}
+
+TEST(CodePointOrder, PutsTheSupplementaryPlanesBehindAllOthers) {
+  const QString texts[] = {"",
+                           "A",
+                           "a",
+                           QString(QChar(0xD7FF)),
+                           QString(QChar(0xE000)),
+                           QString(QChar(0xFFFD)),
+                           StringToQString("\xF0\x90\x80\x80"),
+                           StringToQString("\xF0\x9F\x98\x80")};
+  for (std::size_t i = 0; i < std::size(texts); ++i) {
+    for (std::size_t j = 0; j < std::size(texts); ++j) {
+      EXPECT_EQ(CStandardItemModel::CustomStringCompare(texts[i], texts[j], CStandardItemModel::SortByCodePoint),
+                i < j);
+    }
+  }
+}
+
+class Waiting : public testing::Test {
+ protected:
+  static qint64 TimeToWait(int milliseconds) {
+    QElapsedTimer timer;
+    timer.start();
+    VeltControl::qWait(milliseconds);
+    return timer.elapsed();
+  }
+
+  int argc = 1;
+  char name[16] = "VeltControlTest";
+  char* argv[2] = {name, nullptr};
+};
+
+TEST_F(Waiting, SleepsWhereThereIsNoEventLoop) {
+  EXPECT_GE(TimeToWait(30), 30);
+  EXPECT_LT(TimeToWait(-1), 1000);
+  QCoreApplication application(argc, argv);
+  std::thread([] { EXPECT_GE(TimeToWait(30), 30); }).join();
+}
+
+TEST_F(Waiting, RunsTheEventLoopOfTheApplication) {
+  QCoreApplication application(argc, argv);
+  int ticks = 0;
+  QTimer ticker;
+  QObject::connect(&ticker, &QTimer::timeout, [&ticks] { ++ticks; });
+  ticker.start(1);
+  EXPECT_GE(TimeToWait(50), 50);
+  EXPECT_GE(ticks, 2);
+  bool posted = false;
+  QTimer::singleShot(0, [&posted] { posted = true; });
+  VeltControl::qWait(0);
+  EXPECT_TRUE(posted);
+}
+
+TEST_F(Waiting, LastsAsLongAfterTheApplicationWasAskedToQuit) {
+  QCoreApplication application(argc, argv);
+  QTimer::singleShot(0, [] { QCoreApplication::quit(); });
+  QCoreApplication::exec();
+  QTimer::singleShot(1, [] { QCoreApplication::quit(); });
+  EXPECT_GE(TimeToWait(30), 30);
+  EXPECT_GE(TimeToWait(30), 30);
+}
+
+}  // namespace
