@@ -10,6 +10,7 @@
 #include "QorviViewPlugin/Locks.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 #include "ResourceStore/ViewGroupManager.h"
@@ -19,6 +20,10 @@ namespace QorviViewPlugin {
 namespace {
 
 using Vant::Base::details::IOrlFormatLog;
+
+CViewGroupManager& Manager() {
+  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
+}
 
 ResourceStore::CViewGroupManager& Downloads() {
   return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
@@ -184,7 +189,6 @@ struct FirstLoad {
 };
 
 bool Load(const FirstLoad& kind, const std::string& request, std::string& response) {
-  using namespace QorviViewPlugin_view_plugin_protocol;
   if (kind.done) return true;
   static CallbackWithdrawal withdrawal;
   kind.setCallback();
@@ -196,13 +200,13 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   std::string data;
   kind.fetch(data);
   kind.logData(data);
-  return RunExchange<ClienInitViewDataRequest, ClienInitViewDataResponse>(
-      request, response, [&](const ClienInitViewDataRequest&, ClienInitViewDataResponse& to) {
-        (Manager().*kind.load)(data, to.error_info);
-        to.init_finish = true;
-        kind.done = true;
-        return true;
-      });
+  ReadRequest<protocol::ClienInitViewDataRequest>(request);
+  protocol::ClienInitViewDataResponse answer;
+  (Manager().*kind.load)(data, answer.error_info);
+  answer.init_finish = true;
+  response = WriteResponse(answer);
+  kind.done = true;
+  return true;
 }
 
 constexpr FirstLoad kViewGroupLoad = {

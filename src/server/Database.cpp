@@ -45,6 +45,17 @@ SQLite::Database Open(const std::string& file) {
   }
 }
 
+// Another process may do the same at this moment; the second one then finds the first one's work.
+int MakeSchema(SQLite::Database& database) {
+  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+  const int version = database.execAndGet("PRAGMA user_version").getInt();
+  if (version != 0) return version;
+  database.exec(kSchema);
+  database.exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
+  transaction.commit();
+  return kSchemaVersion;
+}
+
 }  // namespace
 
 Database::Database(const std::string& file) : m_database(Open(file)) {
@@ -52,13 +63,8 @@ Database::Database(const std::string& file) : m_database(Open(file)) {
   try {
     m_database.exec("PRAGMA journal_mode=WAL");
     m_database.exec("PRAGMA synchronous=NORMAL");
-    SQLite::Transaction transaction(m_database, SQLite::TransactionBehavior::IMMEDIATE);
     version = m_database.execAndGet("PRAGMA user_version").getInt();
-    if (version == 0) {
-      m_database.exec(kSchema);
-      m_database.exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
-    }
-    transaction.commit();
+    if (version == 0) version = MakeSchema(m_database);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
   }

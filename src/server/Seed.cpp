@@ -124,15 +124,25 @@ void Site::MarkSeeded(const std::string& kind, int32_t id, const std::string& di
   Execute(m_database, "INSERT OR REPLACE INTO seeded (kind, id, digest) VALUES (?,?,?)", kind, id, digest);
 }
 
-void Site::SeedUsers(const SeedData& seed) {
+// Hashed before the transaction, during which another process could not open the store.
+std::map<int32_t, std::string> Site::HashNewPasswords(const SeedData& seed) {
+  std::map<int32_t, std::string> hashes;
+  for (const SeedUser& user : seed.users) {
+    if (!m_accounts.UserExists(user.id)) hashes[user.id] = HashPassword(user.password);
+  }
+  return hashes;
+}
+
+void Site::SeedUsers(const SeedData& seed, const std::map<int32_t, std::string>& passwordHashes) {
   for (const SeedUser& user : seed.users) {
     if (IsSeeded("user", user.id, user.digest)) continue;
     const std::optional<User> namesake = m_accounts.FindUser(user.name);
     if (namesake && namesake->id != user.id) throw std::runtime_error("seed: there is another user " + user.name);
-    if (m_accounts.UserExists(user.id)) {
+    const auto hash = passwordHashes.find(user.id);
+    if (hash == passwordHashes.end()) {
       m_accounts.UpdateUser(user.id, user.name, user.ptz);
     } else {
-      m_accounts.AddUser(user.id, user.name, HashPassword(user.password), user.ptz);
+      m_accounts.AddUser(user.id, user.name, hash->second, user.ptz);
     }
     MarkSeeded("user", user.id, user.digest);
   }
@@ -183,8 +193,9 @@ std::vector<Site::Step> Site::SeedSteps(const SeedData& seed) {
 void Site::Apply(const SeedData& seed) {
   Locked locked(m_mutex);
   try {
+    const std::map<int32_t, std::string> passwordHashes = HashNewPasswords(seed);
     SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
-    SeedUsers(seed);
+    SeedUsers(seed, passwordHashes);
     for (const SeedArea& area : seed.areas) m_resources.PutArea(area.id, area.name);
     for (const Element& element : seed.elements) m_resources.PutElement(element);
 

@@ -3,6 +3,7 @@
 // What a caller may not do throws a Refusal, a broken store an SQLite::Exception; nothing has been changed then.
 #pragma once
 
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -110,7 +111,8 @@ class Site : public ChangeSource {
   static void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
 
   std::vector<Step> SeedSteps(const SeedData& seed);
-  void SeedUsers(const SeedData& seed);
+  std::map<int32_t, std::string> HashNewPasswords(const SeedData& seed);
+  void SeedUsers(const SeedData& seed, const std::map<int32_t, std::string>& passwordHashes);
   bool IsSeeded(const std::string& kind, int32_t id, const std::string& digest);
   void MarkSeeded(const std::string& kind, int32_t id, const std::string& digest);
 

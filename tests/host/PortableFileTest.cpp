@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/PortableFile.h"
+
+#include <gtest/gtest.h>
+
+#include "host/Failure.h"
+#include "host/JsonText.h"
+
+namespace host {
+namespace {
+
+rapidjson::Document Json(const std::string& text) {
+  rapidjson::Document document;
+  EXPECT_TRUE(ParseJson(text, document)) << text;
+  return document;
+}
+
+// The windows of a single page, as KeepPages leaves them.
+rapidjson::Document Kept(const std::string& window) {
+  return Json(KeepPages(Json(R"([{"windowDivision":1,"PlanItems":[)" + window + "]}]"), "View"));
+}
+
+const rapidjson::Value& WindowOf(const rapidjson::Document& pages) {
+  return pages[0]["PlanItems"][0];
+}
+
+TEST(PortableFileTest, WindowsLoseWhatAServerDoesNotKeep) {
+  const auto camera = Kept(
+      R"({"Sequence":3,"ResourceType":1001,"ResourceID":"5","SiteID":"1","ResourceName":"North","OnlineStatus":1,
+      "WindowNo":8,"PresetName":"Door","ExtendResource":"Door","PermissionItem":"","DeviceID":4,
+      "RelateResourceName":"Side door","FishEye":{"is_fisheye_open":false,"mount_type":1},
+      "Emap":{"LoadMode":1},"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]},"CycleInfo":{"cycle_time":9},"New":1})");
+  const auto& window = WindowOf(camera);
+  EXPECT_EQ(NumberOf(window, "Sequence"), 3);
+  EXPECT_EQ(TextOf(window, "ResourceID"), "5");
+  EXPECT_EQ(TextOf(window, "PresetName"), "Door");
+  EXPECT_EQ(TextOf(window, "RelateResourceName"), "Side door");
+  EXPECT_EQ(NumberOf(window, "RelateResourceID"), -1);
+  EXPECT_EQ(TextOf(window, "Xtop"), "-1.0");
+  for (const char* key : {"ResourceName", "OnlineStatus", "WindowNo", "ExtendResource", "PermissionItem", "DeviceID",
+                          "FishEye", "Emap", "ZoomWindowList", "CycleInfo", "New"}) {
+    EXPECT_FALSE(window.HasMember(key)) << key;
+  }
+}
+
+TEST(PortableFileTest, GroupsStayWithTheWindowsThatUseThem) {
+  const std::string groups =
+      R"("ExtendResource":"text","Emap":{"LoadMode":1,"PosX":"1.5","ExtendInfo":"{}"},
+      "ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":250}]},
+      "FishEye":{"is_fisheye_open":true,"mount_type":1,"FisheyeWndParam":[{"WndNo":2,"Zoom":"1.5"}]},
+      "CycleInfo":{"cycle_type":1,"CycleResourceID":[{"SiteID":"1","ResourceID":"9","ResourceName":"gone"}]}})";
+  const auto camera = Kept(R"({"ResourceType":1001,)" + groups);
+  const auto map = Kept(R"({"ResourceType":7001,)" + groups);
+  EXPECT_TRUE(WindowOf(camera).HasMember("ZoomWindowList"));
+  EXPECT_FALSE(WindowOf(camera).HasMember("Emap"));
+  EXPECT_TRUE(WindowOf(map).HasMember("Emap"));
+  EXPECT_FALSE(WindowOf(map).HasMember("ZoomWindowList"));
+  EXPECT_EQ(TextOf(WindowOf(map), "ExtendResource"), "text");
+  const auto& cycled = ListOf(ObjectOf(WindowOf(map), "CycleInfo"), "CycleResourceID")[0];
+  EXPECT_EQ(TextOf(cycled, "ResourceID"), "9");
+  EXPECT_FALSE(cycled.HasMember("ResourceName"));
+  EXPECT_EQ(TextOf(ListOf(ObjectOf(WindowOf(map), "FishEye"), "FisheyeWndParam")[0], "Zoom"), "1.5");
+}
+
+TEST(PortableFileTest, KeepingPagesTwiceChangesNothing) {
+  const std::string once = KeepPages(
+      Json(R"([{"customWindowDivision":"1+2","PlanItems":[{"ResourceType":1001,"Xtop":"0.5"},{"ResourceType":7001}]},
+      {"windowDivision":9,"PlanItems":[]}])"),
+      "View");
+  EXPECT_EQ(KeepPages(Json(once), "View"), once);
+}
+
+TEST(PortableFileTest, TheSameContentGivesTheSameBytesAndIsReadBack) {
+  PortableFile file;
+  file.folders = {{kPublic, {"b"}}, {kPublic, {"a", "c"}}, {kPublic, {"a"}}, {kPublic, {"a"}}};
+  file.views = {{{kPublic, {"b"}}, "Gate", 0, 30, "[]"},
+                {{kPrivate, {}},
+                 "Überführung \"x\"",
+                 1,
+                 -1,
+                 R"([{"windowDivision":1,"customWindowDivision":"","PlanItems":[]}])"},
+                {{kPublic, {"a"}}, "Gate", 0, 30, "[]"}};
+  PortableFile shuffled = file;
+  std::swap(shuffled.views[0], shuffled.views[2]);
+  std::swap(shuffled.folders[0], shuffled.folders[3]);
+  const std::string text = WritePortable(file);
+  EXPECT_EQ(WritePortable(shuffled), text);
+  EXPECT_EQ(text.back(), '\n');
+
+  const PortableFile read = ReadPortable(text);
+  EXPECT_EQ(read.folders.size(), 3u);
+  ASSERT_EQ(read.views.size(), 3u);
+  EXPECT_EQ(read.views[2].name, "Überführung \"x\"");
+  EXPECT_EQ(read.views[2].roundTime, -1);
+  EXPECT_EQ(WritePortable(read), text);
+}
+
+TEST(PortableFileTest, AWrongFileIsRefusedWithItsPlace) {
+  const std::string head = R"({"Format":"viewctl-export","Version":1,)";
+  const auto view = [&](const std::string& fields) {
+    return head + R"("Folders":[],"Views":[{"Kind":"public","Path":[],)" + fields + "}]}";
+  };
+  const auto pages = [&](const std::string& list) {
+    return view(R"("Name":"n","AutoCycle":0,"RoundTime":0,"PlanPages":)" + list);
+  };
+  const std::pair<std::string, std::string> rows[] = {
+      {"no", "not JSON"},
+      {"[]", "not written by"},
+      {R"({"Format":"viewctl-export","Version":2})", "version"},
+      {head + R"("Views":[]})", "\"Folders\""},
+      {head + R"("Folders":[]})", "\"Views\""},
+      {head + R"("Folders":[{"Kind":"secret","Path":["a"]}],"Views":[]})", "Folders[1]: \"Kind\""},
+      {head + R"("Folders":[{"Kind":"public","Path":["a"]},{"Kind":"public","Path":[7]}],"Views":[]})", "Folders[2]"},
+      {head + R"("Folders":[{"Kind":"public","Path":[]}],"Views":[]})", "\"Path\" is empty"},
+      {head + R"("Folders":[7],"Views":[]})", "Folders[1]"},
+      {view(R"("Name":7)"), "Views[1]: \"Name\""},
+      {view(R"("Name":"n","AutoCycle":"1")"), "\"AutoCycle\""},
+      {view(R"("Name":"n","AutoCycle":0,"RoundTime":0)"), "\"PlanPages\" is missing"},
+      {pages("{}"), "\"PlanPages\" is no list"},
+      {pages("[7]"), "Views[1].PlanPages[1] is no page"},
+      {pages(R"([{"PlanItems":{}}])"), "PlanPages[1]: \"PlanItems\""},
+      {pages(R"([{"PlanItems":[{},{"Xtop":0.5}]}])"), "PlanPages[1].PlanItems[2]: \"Xtop\" is no text"},
+      {pages(R"([{"PlanItems":[{"FishEye":[]}]}])"), "\"FishEye\" is no object"},
+      {pages(R"([{"PlanItems":[{"ResourceType":1001,"ZoomWindowList":{"ZoomWindow":{}}}]}])"),
+       "\"ZoomWindow\" is no list"},
+      {head +
+           R"("Folders":[],"Views":[{"Kind":"shared","Path":[],"Name":"n","AutoCycle":0,"RoundTime":0,"PlanPages":[]}]})",
+       "shared"},
+  };
+  for (const auto& [text, part] : rows) {
+    try {
+      ReadPortable(text);
+      ADD_FAILURE() << "read: " << text;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.Status(), kUsage);
+      EXPECT_NE(std::string(failure.what()).find(part), std::string::npos) << failure.what() << " for " << text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+// What people read: log lines, safe names, ids, the tree and a view in words.
+#include <gtest/gtest.h>
+
+#include "host/Failure.h"
+#include "host/Ids.h"
+#include "host/JsonText.h"
+#include "host/LogFile.h"
+#include "host/Terminal.h"
+#include "host/TreeText.h"
+#include "host/ViewText.h"
+
+namespace host {
+namespace {
+
+struct Row {
+  std::string text;
+  std::string expected;
+};
+
+TEST(ReadableTextTest, ALogLineStaysOneLine) {
+  const Row rows[] = {
+      {"[F]plain", "3 M [F]plain"}, {"a\nb\r\nc\rd", "3 M a\\nb\\nc\\rd"}, {"C:\\n\n", "3 M C:\\\\n\\n"}, {"", "3 M "}};
+  for (const Row& row : rows) EXPECT_EQ(LogLine(3, "M", row.text), row.expected) << row.text;
+}
+
+TEST(ReadableTextTest, NamesCannotSteerATerminal) {
+  const Row rows[] = {{"Gate 1, Überführung きっぷ 🚲", "Gate 1, Überführung きっぷ 🚲"},
+                      {"a\x1b[2Jb", "a\\u001b[2Jb"},
+                      {"a\nb\tc\x7f", "a\\u000ab\\u0009c\\u007f"},
+                      {"csi \xC2\x9b", "csi \\u009b"},
+                      {"turned \xE2\x80\xAE txt", "turned \\u202e txt"},
+                      {"line \xE2\x80\xA8", "line \\u2028"},
+                      {"broken \xff", "broken \xEF\xBF\xBD"}};
+  for (const Row& row : rows) EXPECT_EQ(Printable(row.text), row.expected) << row.expected;
+}
+
+TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {
+  for (const char* id : {"0", "5", "4294967295"}) EXPECT_TRUE(IsId(id)) << id;
+  for (const char* text : {"", "-1", "05", "5 ", "4294967296", "5x", "view:5"}) EXPECT_FALSE(IsId(text)) << text;
+  EXPECT_EQ(ParseQualifiedId("view:7").of, QualifiedId::Of::kView);
+  EXPECT_EQ(ParseQualifiedId("group:7").id, "7");
+  EXPECT_EQ(ParseQualifiedId("7").of, QualifiedId::Of::kEither);
+  EXPECT_THROW(ParseQualifiedId("folder:7"), Failure);
+  EXPECT_THROW(ParseQualifiedId("view:"), Failure);
+}
+
+ViewTree SmallTree() {
+  ViewTree tree;
+  for (int kind = 0; kind < 3; ++kind) {
+    TreeFolder& folder = tree.folders.emplace_back();
+    folder.id = "-1";
+    folder.name = kKindNames[static_cast<size_t>(kind)];
+    folder.kind = static_cast<Kind>(kind);
+    folder.parent = tree.folders.size() - 1;
+  }
+  tree.folders[0].folders = {3};
+  tree.folders[0].views = {{"9", "Loose", false}};
+  tree.folders.push_back({"4", "North", kPublic, 0, {4}, {{"8", "Gate", false}}});
+  tree.folders.push_back({"5", "Roof\n", kPublic, 3, {}, {}});
+  tree.folders[2].views = {{"7", "From \"maria\"", true}};
+  return tree;
+}
+
+TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
+  EXPECT_EQ(DescribeTree(SmallTree()),
+            "public\n"
+            "├── North/  (group 4)\n"
+            "│   ├── Roof\\u000a/  (group 5)\n"
+            "│   └── Gate  (view 8)\n"
+            "└── Loose  (view 9)\n"
+            "private\n"
+            "shared\n"
+            "└── From \"maria\"  (view 7, shared with you)\n");
+  EXPECT_EQ(
+      TreeJson(SmallTree()),
+      R"([{"ID":"-1","Name":"public","Type":0,"Folders":[{"ID":"4","Name":"North","Type":0,"Folders":)"
+      R"([{"ID":"5","Name":"Roof\n","Type":0,"Folders":[],"Views":[]}],)"
+      R"("Views":[{"ID":"8","Name":"Gate","Shared":false}]}],"Views":[{"ID":"9","Name":"Loose","Shared":false}]},)"
+      R"({"ID":"-1","Name":"private","Type":1,"Folders":[],"Views":[]},)"
+      R"({"ID":"-1","Name":"shared","Type":2,"Folders":[],)"
+      R"("Views":[{"ID":"7","Name":"From \"maria\"","Shared":true}]}])");
+}
+
+TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {
+  rapidjson::Document detail;
+  ASSERT_TRUE(ParseJson(
+      R"({"ID":"12","Name":"Gate","AutoCycle":1,"RoundTime":20,"AppCode":"g-1","is_share_view":true,
+      "share_user_name":"maria","PlanPages":[{"windowDivision":4,"customWindowDivision":"1+3","PlanItems":[
+      {"Sequence":0,"ResourceType":1001,"ResourceID":"5","ResourceName":"North","StreamType":1,"PresetId":2,
+       "PresetName":"Door","CruiseIndex":-1,"Xtop":"0.250000","Ytop":"0.000000","Xbottom":"0.500000",
+       "Ybottom":"1.000000","FishEye":{"is_fisheye_open":true,"mount_type":1,"expand_mode":2,"window_no":3,
+       "FisheyeWndParam":[{"WndNo":1,"PosX":"0.500000","PosY":"0.100000","Zoom":"2.000000"}]},
+       "CenterMark":{"TopX":250,"TopY":250,"BottomX":750,"BottomY":750},
+       "ZoomWindowList":{"ZoomWindow":[{"No":1,"TopX":1,"TopY":2,"BottomX":3,"BottomY":4}]},
+       "RelatedZoomWindow":{"ViewItemWindowNo":"0","ZoomWindowNo":1},
+       "RelateResourceType":4,"RelateResourceID":77,"RelateResourceName":"Side door",
+       "CycleInfo":{"cycle_type":1,"cycle_time":9,"CycleName":"Rounds",
+       "CycleResourceID":[{"SiteID":"1","ResourceID":"31","ResourceName":"Yard"}]}},
+      {"Sequence":1,"ResourceType":7001,"ResourceID":"6","ResourceName":"Map","RelateResourceID":-1,
+       "Emap":{"LoadMode":1,"PosX":"52.1","PosY":"11.6","ScaleSize":15}},
+      {"Sequence":2,"ResourceType":0,"ResourceID":"-1","Xtop":"-1.000000","Xbottom":"-1.000000"}]}]})",
+      detail));
+  EXPECT_EQ(DescribeView(detail, {"Public views", "North\x1b"}),
+            "\"Gate\"  (view 12)\n"
+            "  lies in    Public views / North\\u001b\n"
+            "  shared by  maria\n"
+            "  pages      1, turned every 20 s\n"
+            "  GUID       g-1\n"
+            "\n"
+            "Page 1: layout 4 \"1+3\", 3 windows\n"
+            "  0. camera \"North\", id 5\n"
+            "       stream 1\n"
+            "       preset 2 \"Door\"\n"
+            "       digital zoom from 0.25,0 to 0.5,1\n"
+            "       fisheye: mount 1, expansion 2, window 3\n"
+            "         part 1 at 0.5,0.1, zoom 2\n"
+            "       cycles \"Rounds\" through 1 area, 9 s each\n"
+            "         area 31 \"Yard\"\n"
+            "       centre mark 250,250 to 750,750 thousandths\n"
+            "       zoom window 1 1,2 to 3,4 thousandths\n"
+            "       shows zoom window 1 of window 0\n"
+            "       related door 77 \"Side door\"\n"
+            "  1. map \"Map\", id 6\n"
+            "       map centre 52.1,11.6, scale 15, load mode 1\n"
+            "  2. empty\n");
+}
+
+}  // namespace
+}  // namespace host

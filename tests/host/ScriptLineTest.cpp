@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/ScriptLine.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace host {
+namespace {
+
+// A line as "KIND|PART|PART", so that a case is one row.
+struct Describe {
+  std::string operator()(const CallLine& line) {
+    return "call|" + line.function + "|" + line.request + "|" + line.response;
+  }
+  std::string operator()(const LoadLine&) { return "load"; }
+  std::string operator()(const ObserveLine& line) { return "observe|" + line.request; }
+  std::string operator()(const SettleLine& line) { return "settle|" + std::to_string(line.milliseconds); }
+  std::string operator()(const WrongLine&) { return "wrong"; }
+};
+
+std::string Parsed(const std::string& text) {
+  return std::visit(Describe(), ParseScriptLine(text));
+}
+
+struct Row {
+  const char* text;
+  const char* parsed;
+};
+
+TEST(ScriptLineTest, CallsKeepTheirRequestAsItWasWritten) {
+  const Row rows[] = {
+      {R"({"call":"F"})", "call|F||"},
+      {R"({"call":"F","request":"{ \"ID\" : \"5\" }"})", R"(call|F|{ "ID" : "5" }|)"},
+      {R"({"request":{ "b": 1.0, "a":[ ], "b" :2},"call":"F"})", R"(call|F|{"b":1.0,"a":[],"b":2}|)"},
+      {R"({"call":"F","request":null})", "call|F|null|"},
+      {R"({"call":"F","request":"","response":"kept"})", "call|F||kept"},
+      {R"({"call":"F","request": [ 1 , "a b" ] , "response":"\n"})", "call|F|[1,\"a b\"]|\n"},
+      {R"({"call":"F","call":"G","request":1,"request":2})", "call|F|1|"},
+      {R"( { "c\u0061ll" : "F" } )", "call|F||"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(Parsed(row.text), row.parsed) << row.text;
+}
+
+TEST(ScriptLineTest, OtherLines) {
+  const Row rows[] = {
+      {R"({"load":true})", "load"},
+      {R"({"settle":0})", "settle|0"},
+      {R"({"settle": 250 })", "settle|250"},
+      {R"({"observe":{"ResourceType":16001, "ID":"5"}})",
+       R"(observe|{"ResourceType":16001,"ID":"5","IsRegister":true})"},
+      {R"({"unobserve":{ "ID" : "5" }})", R"(observe|{"ID":"5","IsRegister":false})"},
+      {R"({"observe":{ }})", R"(observe|{"IsRegister":true})"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(Parsed(row.text), row.parsed) << row.text;
+}
+
+TEST(ScriptLineTest, AnythingElseIsWrong) {
+  const char* rows[] = {
+      "",
+      "hello",
+      "[]",
+      "{}",
+      R"("call")",
+      R"({"call":7})",
+      R"({"call":"F","reqest":{}})",
+      R"({"call":"F","response":{}})",
+      R"({"call":"F","load":true})",
+      R"({"load":false})",
+      R"({"load":1})",
+      R"({"load":true,"settle":1})",
+      R"({"settle":-1})",
+      R"({"settle":1.5})",
+      R"({"settle":99999999999})",
+      R"({"observe":"5"})",
+      R"({"observe":{"ID":"5","IsRegister":false}})",
+      R"({"call":"F"} {"call":"G"})",
+  };
+  for (const char* text : rows) EXPECT_EQ(Parsed(text), "wrong") << text;
+}
+
+}  // namespace
+}  // namespace host

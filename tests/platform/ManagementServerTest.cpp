@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+// The platform against the reference management server, over HTTP and HTTPS.
+#include <curl/curl.h>
+#include <gtest/gtest.h>
+#include <openssl/pem.h>
+#include <openssl/x509v3.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BizShared/NetCommManager.h"
+#include "BizShared/UserCommonManager.h"
+#include "ResourceStore/ViewGroupManager.h"
+#include "ScriptedServer.h"
+#include "server/ViewServer.h"
+
+namespace {
+
+using BizShared::CNetCommManager;
+using BizShared::CUserCommonManager;
+using ResourceStore::CViewGroupManager;
+using testing_support::Eventually;
+using Vant::Base::Error::ErrorCode;
+
+const std::string kRoot = "/NXAPI/Vantorel/Platform/";
+
+template <class T, void (*Free)(T*)>
+struct Freer {
+  void operator()(T* object) const { Free(object); }
+};
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// A key and a certificate for 127.0.0.1 that it signs itself, both in one file.
+void MakeCertificate(const std::string& file) {
+  std::unique_ptr<EVP_PKEY, Freer<EVP_PKEY, EVP_PKEY_free>> key(EVP_RSA_gen(2048));
+  std::unique_ptr<X509, Freer<X509, X509_free>> certificate(X509_new());
+  X509_set_version(certificate.get(), 2);
+  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -60);
+  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
+  X509_set_pubkey(certificate.get(), key.get());
+  std::unique_ptr<X509_EXTENSION, Freer<X509_EXTENSION, X509_EXTENSION_free>> name(
+      X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "IP:127.0.0.1"));
+  X509_add_ext(certificate.get(), name.get(), -1);
+  X509_sign(certificate.get(), key.get(), EVP_sha256());
+  std::unique_ptr<std::FILE, FileCloser> out(std::fopen(file.c_str(), "w"));
+  PEM_write_X509(out.get(), certificate.get());
+  PEM_write_PrivateKey(out.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+}
+
+// A server with the users "ann" and "ben" in a folder of its own.
+class Site {
+ public:
+  explicit Site(bool tls) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "platform-XXXXXX").string();
+    m_folder = mkdtemp(pattern.data());
+    m_options.dataFile = m_folder + "/data.sqlite";
+    if (tls) {
+      m_options.tlsCertFile = m_options.tlsKeyFile = m_folder + "/server.pem";
+      MakeCertificate(m_options.tlsCertFile);
+    }
+    Open();
+    std::string error;
+    EXPECT_TRUE(m_server->AddUser("ann", "secret of ann", error)) << error;
+    EXPECT_TRUE(m_server->AddUser("ben", "secret of ben", error)) << error;
+    m_tokenOfBen = m_server->OpenLocalSession("ben").value().token;
+  }
+  ~Site() {
+    m_server.reset();
+    std::filesystem::remove_all(m_folder);
+  }
+
+  void Restart() {
+    m_options.listenPort = m_server->Port();
+    m_server.reset();
+    Open();
+  }
+  std::string Url() const { return m_server->Url(); }
+  std::string CertificateFile() const { return m_options.tlsCertFile; }
+
+  // Another client, with nothing of the platform in it.
+  void AddViewAsBen(const std::string& name) const {
+    std::unique_ptr<CURL, Freer<CURL, curl_easy_cleanup>> curl(curl_easy_init());
+    std::string body = R"({"View":{"ID":-1,"Name":")" + name + R"(","ViewGroupID":-1,"UserID":-1}})";
+    std::string url = Url() + kRoot + "V0/Views";
+    std::unique_ptr<curl_slist, Freer<curl_slist, curl_slist_free_all>> headers(
+        curl_slist_append(nullptr, ("Authorization: Bearer " + m_tokenOfBen).c_str()));
+    std::string reply;
+    auto collect = +[](char* data, size_t size, size_t count, void* target) {
+      static_cast<std::string*>(target)->append(data, size * count);
+      return size * count;
+    };
+    curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDS, body.c_str());
+    curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
+    curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, collect);
+    curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &reply);
+    curl_easy_setopt(curl.get(), CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(curl.get(), CURLOPT_TIMEOUT, 20L);
+    if (!m_options.tlsCertFile.empty()) curl_easy_setopt(curl.get(), CURLOPT_CAINFO, m_options.tlsCertFile.c_str());
+    EXPECT_EQ(curl_easy_perform(curl.get()), CURLE_OK);
+    EXPECT_NE(reply.find("\"ErrorCode\":0"), std::string::npos) << reply;
+  }
+
+ private:
+  void Open() {
+    m_server = std::make_unique<server::ViewServer>(m_options);
+    m_server->Start();
+  }
+
+  std::string m_folder;
+  server::ViewServerOptions m_options;
+  std::unique_ptr<server::ViewServer> m_server;
+  std::string m_tokenOfBen;
+};
+
+bool Send(const std::string& method, const std::string& path, const std::string& body, ErrorCode& error) {
+  auto send = std::make_shared<NetLink::CClientSendInfo>();
+  send->SetVal_Method(method);
+  send->SetVal_URL(kRoot + path);
+  send->SetVal_send_data(body);
+  auto recv = std::make_shared<NetLink::CClientRecvInfo>();
+  bool answered = CNetCommManager::Instance().ClientSynSend(recv, send, 0);
+  error = recv->GetVal_Error_code();
+  return answered && recv->GetVal_Receive_Data().find("\"ErrorCode\":0") != std::string::npos;
+}
+
+std::string TextOfViews() {
+  std::string text;
+  CViewGroupManager::Instance().GetViewsData(text);
+  return text;
+}
+
+bool ShowsView(const std::string& name) {
+  return TextOfViews().find("\"Name\":\"" + name + "\"") != std::string::npos;
+}
+
+class ManagementServerTest : public testing::TestWithParam<bool> {
+ protected:
+  ManagementServerTest() : m_site(GetParam()) {
+    CViewGroupManager::Instance().SetViewsUpdateCallback([this](const std::string& data) {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_calls.push_back(data);
+    });
+  }
+  ~ManagementServerTest() override {
+    CViewGroupManager::Instance().Stop();
+    CViewGroupManager::Instance().SetViewsUpdateCallback({});
+    CUserCommonManager::Instance().Logout();
+    CNetCommManager::Instance().SetServer({});
+  }
+  size_t Calls() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_calls.size();
+  }
+
+  Site m_site;
+  std::mutex m_mutex;
+  std::vector<std::string> m_calls;
+};
+
+TEST_P(ManagementServerTest, IsLoggedInToDownloadedFromAndFollowed) {
+  ErrorCode error;
+  CUserCommonManager& user = CUserCommonManager::Instance();
+  CNetCommManager::Instance().SetServer(m_site.Url());
+  if (GetParam()) {
+    EXPECT_FALSE(user.Login("ann", "secret of ann", "test", error));
+    EXPECT_EQ(std::pair(error.GetMainError(), error.GetSubError()), std::pair(1, 60)) << "nobody vouches for it";
+  }
+  CNetCommManager::Instance().SetServer(m_site.Url(), m_site.CertificateFile());
+  EXPECT_FALSE(user.Login("ann", "wrong", "test", error));
+  EXPECT_EQ(std::pair(error.GetMainError(), error.GetSubError()), std::pair(101, 1));
+  ASSERT_TRUE(user.Login("ann", "secret of ann", "test", error)) << error.GetMainError() << "-" << error.GetSubError();
+  m_site.AddViewAsBen("before");
+  CViewGroupManager::Instance().Start();
+  ASSERT_TRUE(Eventually([] { return CViewGroupManager::Instance().IsViewDownloadSuccess(); }));
+  EXPECT_TRUE(ShowsView("before"));
+
+  // One's own edit comes without a call; another client's, made after it, with one.
+  ASSERT_TRUE(
+      Send("POST", "V0/Views", R"({"View":{"ID":-1,"Name":"own","ViewGroupID":-1,"UserID":-1,"CycleTime":5}})", error));
+  EXPECT_TRUE(Eventually([] { return ShowsView("own"); }));
+  EXPECT_EQ(Calls(), 0u);
+  m_site.AddViewAsBen("foreign");
+  EXPECT_TRUE(Eventually([&] { return Calls() == 1; }));
+  EXPECT_TRUE(ShowsView("foreign"));
+
+  m_site.Restart();
+  m_site.AddViewAsBen("after the restart");
+  EXPECT_TRUE(Eventually([&] { return Calls() == 2; }));
+  EXPECT_TRUE(ShowsView("after the restart"));
+
+  // The session is ended behind the platform's back; the next request renews it.
+  std::string token = CNetCommManager::Instance().GetToken();
+  CNetCommManager::Instance().SetToken("no longer known");
+  EXPECT_TRUE(Send("PUT", "V1/View/Default/Config", R"({"Config":{"Type":0,"ID":1}})", error));
+  EXPECT_NE(CNetCommManager::Instance().GetToken(), "no longer known");
+  ASSERT_TRUE(Send("POST", "V0/Views", R"({"View":{"ID":-1,"Name":"own again","ViewGroupID":-1,"UserID":-1}})", error));
+  EXPECT_TRUE(Eventually([] { return ShowsView("own again"); }));
+  EXPECT_EQ(Calls(), 2u) << "the renewed session's edits are its own";
+}
+
+INSTANTIATE_TEST_SUITE_P(HttpAndHttps, ManagementServerTest, testing::Bool(),
+                         [](const auto& run) { return run.param ? "Https" : "Http"; });
+
+[[noreturn]] void RunForgetfulHost() {
+  static Site site(true);
+  ErrorCode error;
+  CNetCommManager::Instance().SetServer(site.Url(), site.CertificateFile());
+  bool running = CUserCommonManager::Instance().Login("ann", "secret of ann", "test", error);
+  CViewGroupManager::Instance().Start();
+  running = running && Eventually([] { return CViewGroupManager::Instance().IsViewDownloadSuccess(); });
+  std::exit(running ? 0 : 1);
+}
+
+TEST(ManagementServerDeathTest, AProcessMayEndWhileItFollowsOverTls) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(RunForgetfulHost(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "CallFixture.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "ResourceStore/ViewGroupManager.h"
+
+namespace call_test {
+namespace {
+
+using QorviViewPlugin::kNoId;
+
+std::string Plan(const std::string& name, const std::string& id, const std::string& parentId, int type,
+                 const std::string& isShared = "false") {
+  return R"({"name":")" + name + R"(","Remark":"","ID":")" + id + R"(","ParentID":")" + parentId + R"(","Type":)" +
+         std::to_string(type) + R"(,"is_share_view":)" + isShared + "}";
+}
+
+class PlanCallsTest : public CallTest {};
+
+TEST_F(PlanCallsTest, PlansInNoGroupAreListedByTypeInNaturalOrderAndNotCounted) {
+  CacheView(1, "Gate 10", 1, kNoId);
+  CacheView(2, "gate 9", 1, kNoId, true);
+  CacheView(3, "Public", 0, kNoId);
+  CacheView(4, "In a group", 1, 5);
+  const std::string expected = R"(true {"ErrorInfo":"","Total":0,"Plans":[)" + Plan("gate 9", "2", "-1", 1, "true") +
+                               "," + Plan("Gate 10", "1", "-1", 1) + "]}";
+  for (const char* id : {"-1", "-2", "-4"}) {
+    EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":")" + std::string(id) + R"(","Type":1})"), expected) << id;
+  }
+}
+
+TEST_F(PlanCallsTest, AGroupListsAndCountsAllItsPlansWhateverTheirType) {
+  CacheGroup(5, "group", 0, kNoId);
+  CacheView(0xFFFFFFF0, "b", 1, 5);
+  CacheView(2, "A", 0, 5);
+  CacheView(3, "c", 2, 6);
+  EXPECT_EQ(
+      Call(GetPlansInGroup, R"({"GroupID":"5","Type":2})"),
+      R"(true {"ErrorInfo":"","Total":2,"Plans":[)" + Plan("A", "2", "5", 0) + "," + Plan("b", "-16", "5", 1) + "]}");
+  CacheGroup(6, "empty", 0, kNoId);
+  EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"6"})"), R"(true {"ErrorInfo":"","Total":0,"Plans":[]})");
+}
+
+TEST_F(PlanCallsTest, AnUnknownGroupFailsAndUnreadableIdsAskForGroupZero) {
+  constexpr char kUnknown[] = R"(false {"ErrorInfo":"KaBeAUoxlQkKBOqwV","Total":0,"Plans":[]})";
+  for (const char* id : {"7", "-3", "abc", ""}) {
+    EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":")" + std::string(id) + "\"}"), kUnknown) << id;
+  }
+  CacheGroup(0, "zero", 0, kNoId);
+  EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"abc"})"), R"(true {"ErrorInfo":"","Total":0,"Plans":[]})");
+}
+
+TEST_F(PlanCallsTest, ListingWaitsForTheDownloadOnlyWhenAsked) {
+  auto& downloads = Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
+  EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"-1"})"), R"(true {"ErrorInfo":"","Total":0,"Plans":[]})");
+
+  std::atomic<bool> answered{false};
+  std::thread asker([&] {
+    Call(GetPlansInGroup, R"({"GroupID":"-1","resource_download_judge":true})");
+    answered = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(answered);
+  downloads.SetDownloadedData("", "", true);
+  asker.join();
+  EXPECT_TRUE(IsViewResourceDownFinish());
+}
+
+TEST_F(PlanCallsTest, TheFeatureSwitchesAreTheSameForEveryRequest) {
+  constexpr char kSwitches[] =
+      R"(true {"LoadAll":true,"CreateRootPlan":true,"EnableSearch":true,"EnableDrag":true,)"
+      R"("SupportDelPlanWithChildren":true,"ViewOrPlan":0,"SupportTimedPlay":false,"OnlyCamera":false,)"
+      R"("MoveBetweenPublicAndPrivate":false,"SupportAddCameraFromFavorite":false,"SupportSmoothStream":true,)"
+      R"("ShowCreationInfo":false,"IsSupportSaveSingleCycle":true,"SupportThumbnail":true,)"
+      R"("SupportPlanGroupCycle":true})";
+  for (const char* request : {"", "null", "{", R"({"request":"x","LoadAll":false})"}) {
+    EXPECT_EQ(Call(GetPlanConfig, request), kSwitches) << request;
+  }
+}
+
+// What a plan looks like to the server: "<group> <owner> <cycle> <time> <pages>".
+std::string SentPlan(const std::string& body) {
+  std::string text;
+  for (const char* key : {"ViewGroupID", "UserID", "AutoCycle", "CycleTime", "Name"}) {
+    text += At(body, std::string("/View/") + key) + " ";
+  }
+  return text + At(body, "/View/PlanPages[1]/SpliteType") + " " + At(body, "/View/PlanPages[2]/SpliteType");
+}
+
+TEST_F(PlanCallsTest, AddingSendsThePlanWithItsOwnerAndAnswersTheNewId) {
+  const struct {
+    std::string request;
+    std::string sent;
+  } cases[] = {
+      {R"({"GroupID":"5","Name":"n","Type":0,"AutoCycle":1,"RoundTime":20,"OwnerId":"99",)"
+       R"("PlanPages":[{"windowDivision":4},{"windowDivision":9}]})",
+       "5 -1 1 20 n 4 9"},
+      {R"({"GroupID":"-1","Type":1})", "-1 7 0 0  (none) (none)"},
+      {R"({"GroupID":"-2","Type":2})", "-1 7 0 0  (none) (none)"},
+      // Unlike the other calls this one does not read -4 as "in no group".
+      {R"({"GroupID":"-4","Type":1})", "-4 7 0 0  (none) (none)"},
+      {"{", "-1 -1 0 0  (none) (none)"},
+  };
+  server.Answer(Accepted(R"({"View":{"ID":42}})"));
+  for (const auto& c : cases) {
+    EXPECT_EQ(Call(AddPlan, c.request), R"(true {"ErrorInfo":"","ID":"42"})");
+    const SentRequest sent = Sent();
+    EXPECT_EQ(sent.method + " " + sent.url, "POST /NXAPI/Vantorel/Platform/V0/Views");
+    EXPECT_EQ(SentPlan(sent.body), c.sent) << c.request;
+  }
+}
+
+TEST_F(PlanCallsTest, ANewPlanIsCachedUnderTheServersIdAndJoinsItsGroup) {
+  CacheGroup(5, "group", 0, kNoId);
+  server.Answer(Accepted(R"({"View":{"ID":4294967280}})"));
+  EXPECT_EQ(Call(AddPlan, R"({"GroupID":"5","Name":"new"})"), R"(true {"ErrorInfo":"","ID":"-16"})");
+  EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"5"})"),
+            R"(true {"ErrorInfo":"","Total":1,"Plans":[)" + Plan("new", "-16", "5", 0) + "]}");
+}
+
+TEST_F(PlanCallsTest, ChangingSendsThePlanAndMovesItInTheCache) {
+  CacheGroup(5, "group", 0, kNoId);
+  CacheView(3, "before", 1, 5);
+  const struct {
+    std::string groupId;
+    std::string sent;
+  } cases[] = {{"5", "5"}, {"-2", "-1"}, {"-1", "-1"}, {"-3", "-3"}, {"-4", "-1"}};
+  server.Answer(Accepted());
+  for (const auto& c : cases) {
+    EXPECT_EQ(Call(UpdatePlan, R"({"ID":"3","Name":"after","Type":1,"AutoCycle":1,"RoundTime":20,"GroupID":")" +
+                                   c.groupId + R"(","PlanPages":[{"windowDivision":4}],"is_share_view":true})"),
+              R"(true {"ErrorInfo":""})");
+    const SentRequest sent = Sent();
+    EXPECT_EQ(sent.method + " " + sent.url, "PUT /NXAPI/Vantorel/Platform/V0/Views/3");
+    EXPECT_EQ(SentPlan(sent.body), c.sent + " 7 1 20 after 4 (none)");
+    EXPECT_EQ(At(sent.body, "/View/ID"), "3");
+    EXPECT_EQ(At(sent.body, "/View/SharedUserID"), "1");
+  }
+  EXPECT_TRUE(Members(5).empty());
+  EXPECT_EQ(ViewName(3), "after");
+
+  EXPECT_EQ(Call(UpdatePlan, R"({"ID":"3","Type":0})"), R"(true {"ErrorInfo":""})");
+  EXPECT_EQ(At(Sent().body, "/View/UserID"), "-1");
+}
+
+TEST_F(PlanCallsTest, DeletingSendsTheIdAndTakesThePlanOutOfTheCache) {
+  CacheView(3, "three", 1, kNoId);
+  server.Answer(Accepted());
+  EXPECT_EQ(Call(DeletePlan, R"({"ID":"3","Name":"other","GroupID":"1","GroupName":"x","UserID":"9"})"),
+            R"(true {"ErrorInfo":""})");
+  EXPECT_EQ(Sent().url, "/NXAPI/Vantorel/Platform/V0/Views/3");
+  EXPECT_EQ(ViewName(3), "(none)");
+  EXPECT_EQ(Call(DeletePlan, R"({"ID":3})"), R"(true {"ErrorInfo":""})");
+  EXPECT_EQ(Sent().url, "/NXAPI/Vantorel/Platform/V0/Views/0");
+}
+
+TEST_F(PlanCallsTest, AFailureIsToldInTheErrorTextAndLeavesTheCache) {
+  CacheView(3, "three", 1, kNoId);
+  const struct {
+    Exchange exchange;
+    std::string request;
+    std::string rest;
+  } calls[] = {
+      {AddPlan, R"({"Name":"n"})", R"(","ID":"-1"})"},
+      {UpdatePlan, R"({"ID":"3","Name":"n"})", R"("})"},
+      {DeletePlan, R"({"ID":"3"})", R"("})"},
+  };
+  for (const auto& c : calls) {
+    server.Answer(Refused(100, 3));
+    EXPECT_EQ(Call(c.exchange, c.request), R"(false {"ErrorInfo":"The name is not valid)" + c.rest);
+    server.BreakDown(ErrorCode(1, 28, 0, "by a proxy"));
+    EXPECT_EQ(Call(c.exchange, c.request),
+              R"(false {"ErrorInfo":"The server did not answer in time: by a proxy)" + c.rest);
+    server.BreakDown(ErrorCode(1, 0, 0, ""));
+    EXPECT_EQ(Call(c.exchange, c.request), R"(true {"ErrorInfo":")" + c.rest);
+    EXPECT_EQ(ViewName(3), "three");
+  }
+}
+
+}  // namespace
+}  // namespace call_test

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "QorviViewPlugin/PlanConversion.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+
+namespace call_test {
+namespace {
+
+using namespace QorviViewPlugin;
+namespace protocol = QorviViewPlugin_view_plugin_protocol;
+
+template <class Record>
+Record Read(const std::string& text) {
+  Record data;
+  QorviVideoComm::AdapterOf<Record> record(&data);
+  EXPECT_TRUE(QorviVideoComm::ParseJsonRequest(record, text)) << text;
+  return data;
+}
+
+std::string Written(protocol::PlanItem item) {
+  protocol::PlanItemJSONStruct record(&item);
+  return QorviVideoComm::SerializeJsonResponse(record);
+}
+
+TEST(PlanConversionTest, KindsOfContentDifferOnlyForTheEmptyWindow) {
+  for (const int type : {1001, 1002, 1005, 1006, 1012, 1027, 2004, 5001, 7001, 25001, 29000}) {
+    EXPECT_EQ(PlanItemTypeToResourceType(type), type);
+    EXPECT_EQ(ResourceTypeToPlanItemType(ResourceType{type}), type);
+  }
+  EXPECT_EQ(PlanItemTypeToResourceType(0), 100);
+  EXPECT_EQ(ResourceTypeToPlanItemType(ResourceType{100}), 0);
+  for (const int type : {-1, 1, 42, 100, 1000, 1003, 7000, 29001}) {
+    EXPECT_EQ(PlanItemTypeToResourceType(type), -1) << type;
+  }
+  for (const int type : {-1, 0, 1, 42, 1003, 7000, 29001}) {
+    EXPECT_EQ(ResourceTypeToPlanItemType(ResourceType{type}), 0) << type;
+  }
+}
+
+constexpr char kFullItem[] =
+    R"({"Sequence":3,"ResourceType":7001,"ResourceID":"11","SiteID":"12","ResourceName":"map",)"
+    R"("OnlineStatus":5,"ResourceCapability":"c","StreamType":2,"ConnectType":6,"CameraType":7,"PresetId":13,)"
+    R"("PresetName":"preset","IsDelete":true,"PermissionItem":"p","RelateResourceType":4,"RelateResourceID":14,)"
+    R"("RelateResourceName":"door","ExtendResource":"extend","DeviceID":8,"WindowNo":15,"Xtop":"0.125","Ytop":"0.25",)"
+    R"("Xbottom":"0.5","Ybottom":"1","PresetPointIndex":9,"CruiseIndex":16,"TrackIndex":17,)"
+    R"("FishEye":{"is_fisheye_open":true,"mount_type":1,"expand_mode":2,"window_no":4,)"
+    R"("FisheyeWndParam":[{"WndNo":1,"PosX":"1.5","PosY":"-2","Zoom":"3e1"},{"WndNo":2}]},)"
+    R"("Emap":{"LoadMode":2,"PosX":"x","PosY":"y","ScaleSize":18,"ExtendInfo":"more"},)"
+    R"("CenterMark":{"TopX":250,"TopY":500,"BottomX":750,"BottomY":1000,"StreamType":1},)"
+    R"("ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":100,"TopY":200,"BottomX":300,"BottomY":-400}]},)"
+    R"("RelatedZoomWindow":{"ViewItemWindowNo":"2","ZoomWindowNo":19},)"
+    R"("CycleInfo":{"cycle_type":2,"cycle_time":20,"CycleName":"round","CycleResourceID":[)"
+    R"({"SiteID":"21","ResourceID":"4294967295","ResourceName":"dropped"},{"SiteID":"x"}]}})";
+
+TEST(PlanConversionTest, AWindowComesBackAsTheModelHoldsIt) {
+  EXPECT_EQ(Written(ToPlanItem(ToWindow(Read<protocol::PlanItem>(kFullItem)))),
+            // Names, capabilities and the numbers that the model has no place for are gone; the window number is the
+            // sequence.
+            R"({"Sequence":3,"ResourceType":7001,"ResourceID":"11","SiteID":"12","ResourceName":"",)"
+            R"("OnlineStatus":1,"ResourceCapability":"","StreamType":2,"ConnectType":0,"CameraType":0,"PresetId":13,)"
+            R"("PresetName":"","IsDelete":false,"PermissionItem":"","RelateResourceType":4,"RelateResourceID":14,)"
+            R"("RelateResourceName":"door","ExtendResource":"extend","DeviceID":0,"WindowNo":3,"Xtop":"0.125000",)"
+            R"("Ytop":"0.250000","Xbottom":"0.500000","Ybottom":"1.000000","PresetPointIndex":0,"CruiseIndex":16,)"
+            R"("TrackIndex":17,"FishEye":{"is_fisheye_open":true,"mount_type":1,"expand_mode":2,"window_no":4,)"
+            R"("FisheyeWndParam":[{"WndNo":1,"PosX":"1.500000","PosY":"-2.000000","Zoom":"30.000000"},)"
+            R"({"WndNo":2,"PosX":"0.000000","PosY":"0.000000","Zoom":"0.000000"}]},)"
+            R"("Emap":{"LoadMode":2,"PosX":"x","PosY":"y","ScaleSize":18,"ExtendInfo":"more"},)"
+            R"("CenterMark":{"TopX":250,"TopY":500,"BottomX":750,"BottomY":1000,"StreamType":1},)"
+            R"("ZoomWindowList":{"ZoomMode":1,"ZoomWindow":)"
+            R"([{"No":1,"TopX":100,"TopY":200,"BottomX":300,"BottomY":-400}]},)"
+            R"("RelatedZoomWindow":{"ViewItemWindowNo":"2","ZoomWindowNo":19},)"
+            R"("CycleInfo":{"cycle_type":2,"cycle_time":20,"CycleName":"round","CycleResourceID":[)"
+            R"({"SiteID":"21","ResourceID":"4294967295","ResourceName":""},)"
+            R"({"SiteID":"0","ResourceID":"0","ResourceName":""}]}})");
+}
+
+TEST(PlanConversionTest, TheModelGetsWhatTheHostCannotSee) {
+  const CameraGridStruct window = ToWindow(Read<protocol::PlanItem>(kFullItem));
+  EXPECT_EQ(window.idView, kNoId);
+  EXPECT_EQ(window.uIndex, 3u);
+  EXPECT_EQ(window.idPOS, 15u);
+  EXPECT_TRUE(window.bPTZConfigured);
+  EXPECT_TRUE(window.enable_calibration);
+  EXPECT_FLOAT_EQ(window.calibration_info.coordinate.fXTop, 0.25f);
+}
+
+TEST(PlanConversionTest, NumbersKeepTheirSignInTheWiderFields) {
+  const CameraGridStruct window = ToWindow(Read<protocol::PlanItem>(
+      R"({"Sequence":-2,"PresetId":-3,"CruiseIndex":-4,"TrackIndex":-5,"WindowNo":-6,"SiteID":"-1","ResourceID":"-7"})"));
+  EXPECT_EQ(window.uIndex, static_cast<unsigned long long>(-2));
+  EXPECT_EQ(window.uPresetIndex, static_cast<unsigned long long>(-3));
+  EXPECT_EQ(window.idPOS, static_cast<unsigned int>(-6));
+  EXPECT_EQ(window.relate_id, kNoId);
+  const protocol::PlanItem item = ToPlanItem(window);
+  EXPECT_EQ(item.WindowNo, -2);
+  EXPECT_EQ(item.PresetId, -3);
+  EXPECT_EQ(item.CruiseIndex, -4);
+  EXPECT_EQ(item.TrackIndex, -5);
+  EXPECT_EQ(item.SiteID, "-1");
+  EXPECT_EQ(item.ResourceID, "-7");
+}
+
+TEST(PlanConversionTest, ANewWindowOfTheModelIsACameraWithoutRectangle) {
+  const protocol::PlanItem item = ToPlanItem(CameraGridStruct());
+  EXPECT_EQ(item.Sequence, -1);
+  EXPECT_EQ(item.ResourceType, 1001);
+  EXPECT_EQ(item.ResourceID, "-1");
+  EXPECT_EQ(item.WindowNo, 0);
+  EXPECT_EQ(item.PresetId, -1);
+  EXPECT_EQ(item.Xtop, "-1.000000");
+  EXPECT_EQ(item.CenterMark.TopX, -1000);
+  EXPECT_EQ(item.Emap.LoadMode, 1);
+  EXPECT_EQ(item.RelatedZoomWindow.ZoomWindowNo, -1);
+}
+
+TEST(PlanConversionTest, ACameraWindowCarriesItsPresetsNameAsItsExtendText) {
+  const char* const kTexts = R"(,"PresetName":"preset","ExtendResource":"extend"})";
+  const auto backAndForth = [&](const std::string& type) {
+    return ToPlanItem(ToWindow(Read<protocol::PlanItem>(R"({"ResourceType":)" + type + kTexts)));
+  };
+  EXPECT_EQ(backAndForth("1001").PresetName, "preset");
+  EXPECT_EQ(backAndForth("1001").ExtendResource, "preset");
+  for (const char* type : {"0", "1002", "25001", "42"}) {
+    EXPECT_EQ(backAndForth(type).PresetName, "");
+    EXPECT_EQ(backAndForth(type).ExtendResource, "extend");
+  }
+}
+
+TEST(PlanConversionTest, UnreadableNumbersBecomeZero) {
+  const protocol::PlanItem item = ToPlanItem(
+      ToWindow(Read<protocol::PlanItem>(R"({"ResourceID":"abc","SiteID":"","Xtop":"","Ytop":"x","Xbottom":" .5y"})")));
+  EXPECT_EQ(item.ResourceID, "0");
+  EXPECT_EQ(item.SiteID, "0");
+  EXPECT_EQ(item.Xtop, "0.000000");
+  EXPECT_EQ(item.Ytop, "0.000000");
+  EXPECT_EQ(item.Xbottom, "0.500000");
+  EXPECT_EQ(item.Ybottom, "-1.000000");
+}
+
+// One change to a new window of the model, and one part of the written item.
+struct WindowCase {
+  const char* name;
+  std::function<void(CameraGridStruct&)> change;
+  std::string expected;
+};
+
+TEST(PlanConversionTest, SomeFieldsAreShownOnlyInTheirContext) {
+  const float infinity = std::numeric_limits<float>::infinity();
+  const auto fillFishEye = [](CameraGridStruct& window) { window.fisheye_info = {1, 2, 3, {{4, 1.0f, 1.0f, 1.0f}}}; };
+  const WindowCase cases[] = {
+      {"no stream", [](auto& w) { w.stream_type = ResourceStore::Stream::StreamType{100}; }, R"("StreamType":-1,"Con)"},
+      {"another stream", [](auto& w) { w.stream_type = ResourceStore::Stream::StreamType{101}; },
+       R"("StreamType":101,"Con)"},
+      {"closed fisheye", fillFishEye,
+       R"("FishEye":{"is_fisheye_open":false,"mount_type":0,"expand_mode":0,"window_no":0,"FisheyeWndParam":[]})"},
+      {"cycle through nothing",
+       [](auto& w) {
+         w.single_cycle = {SingleWndCycleAreas, 5, "name", {}};
+       },
+       R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]})"},
+      {"corners",
+       [=](auto& w) {
+         w.local_wins = {{5, {0.1234f, -0.0009f, infinity, -infinity}}};
+       },
+       R"("ZoomWindow":[{"No":5,"TopX":123,"TopY":0,"BottomX":2147483647,"BottomY":-2147483648}])"},
+      {"related to none", [](auto& w) { w.relate_view_win_no = "-1"; }, R"("ViewItemWindowNo":"-1")"},
+      {"related to none with zoom windows",
+       [](auto& w) {
+         w.relate_view_win_no = "-1";
+         w.n_seq_index = 5;
+         w.local_wins.resize(1);
+       },
+       R"("ViewItemWindowNo":"5")"},
+      {"related to another with zoom windows",
+       [](auto& w) {
+         w.relate_view_win_no = " -1";
+         w.n_seq_index = 5;
+         w.local_wins.resize(1);
+       },
+       R"("ViewItemWindowNo":" -1")"},
+  };
+  for (const WindowCase& c : cases) {
+    CameraGridStruct window;
+    c.change(window);
+    EXPECT_NE(Written(ToPlanItem(window)).find(c.expected), std::string::npos) << c.name << Written(ToPlanItem(window));
+  }
+}
+
+TEST(PlanConversionTest, PagesKeepTheirWindowsInOrderDuplicatesIncluded) {
+  const ViewPage page = ToViewPage(Read<protocol::PlanPage>(
+      R"({"windowDivision":9,"customWindowDivision":"1,2","PlanItems":[{"Sequence":5},{"Sequence":2},{"Sequence":5}]})"));
+  EXPECT_EQ(page.nSpliteType, 9);
+  EXPECT_EQ(page.strCustomSplite, "1,2");
+  ASSERT_EQ(page.vcWindows.size(), 3u);
+  EXPECT_EQ(page.vcWindows[0].n_seq_index, 5);
+  EXPECT_EQ(page.vcWindows[1].n_seq_index, 2);
+  EXPECT_EQ(page.vcWindows[2].n_seq_index, 5);
+}
+
+}  // namespace
+}  // namespace call_test
