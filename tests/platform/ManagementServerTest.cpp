@@ -44,6 +44,12 @@ void MakeCertificate(const std::string& file) {
   std::unique_ptr<EVP_PKEY, Freer<EVP_PKEY, EVP_PKEY_free>> key(EVP_RSA_gen(2048));
   std::unique_ptr<X509, Freer<X509, X509_free>> certificate(X509_new());
   X509_set_version(certificate.get(), 2);
+  ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
+  // It vouches for itself: OpenSSL finds the issuer by its name.
+  X509_NAME* const subject = X509_get_subject_name(certificate.get());
+  X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("test server"), -1, -1,
+                             0);
+  X509_set_issuer_name(certificate.get(), subject);
   X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -60);
   X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
   X509_set_pubkey(certificate.get(), key.get());
@@ -201,7 +207,7 @@ TEST_P(ManagementServerTest, IsLoggedInToDownloadedFromAndFollowed) {
   // The session is ended behind the platform's back; the next request renews it.
   std::string token = CNetCommManager::Instance().GetToken();
   CNetCommManager::Instance().SetToken("no longer known");
-  EXPECT_TRUE(Send("PUT", "V1/View/Default/Config", R"({"Config":{"Type":0,"ID":1}})", error));
+  EXPECT_TRUE(Send("PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":0,"ID":1}})", error));
   EXPECT_NE(CNetCommManager::Instance().GetToken(), "no longer known");
   ASSERT_TRUE(Send("POST", "V0/Views", R"({"View":{"ID":-1,"Name":"own again","ViewGroupID":-1,"UserID":-1}})", error));
   EXPECT_TRUE(Eventually([] { return ShowsView("own again"); }));

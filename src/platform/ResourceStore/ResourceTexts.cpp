@@ -162,11 +162,6 @@ std::string ResourceTexts::Views() const {
   return text ? *text : std::string();
 }
 
-bool ResourceTexts::IsFinished() const {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  return m_finished;
-}
-
 void ResourceTexts::Set(std::string groups, std::string views, bool finished) {
   std::lock_guard<std::mutex> lock(m_mutex);
   m_groups.Set(std::move(groups));

@@ -2,6 +2,7 @@
 // For the platform's own tests, not for hosts.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -57,12 +58,13 @@ class RESOURCESTORE_API ResourceList {
   size_t m_removed = 0;  // elements that are not present any more
 };
 
-// Both lists. Any thread; m_mutex guards everything.
+// Both lists. Any thread; m_mutex guards the lists. Whether they are finished may be asked again and again without a
+// pause, so that it takes no lock.
 class ResourceTexts {
  public:
   std::string Groups() const;
   std::string Views() const;
-  bool IsFinished() const;
+  bool IsFinished() const { return m_finished; }
 
   void Set(std::string groups, std::string views, bool finished);
   void Clear();
@@ -76,7 +78,7 @@ class ResourceTexts {
   mutable std::mutex m_mutex;
   mutable ResourceList m_groups{kViewGroupNames};
   mutable ResourceList m_views{kViewNames};
-  bool m_finished = false;
+  std::atomic<bool> m_finished{false};
 };
 
 }  // namespace ResourceStore::details
