@@ -14,19 +14,19 @@ constexpr size_t kTakeBytes = size_t{1} << 20;
 }  // namespace
 
 bool ChangeFeed::Take(std::vector<Text>& events) {
-  TakeQueued(events);
-  if (!events.empty()) return true;
   {
     const std::lock_guard lock(m_mutex);
     if (m_closed) return false;
+    TakeQueued(events);
+    if (!events.empty()) return true;
+    // Only once the queue is empty: what stands in it would be read a second time.
     if (m_overflowed) m_subscribed = m_overflowed = false;
   }
   return m_subscribed || CatchUp(events);
 }
 
 void ChangeFeed::TakeQueued(std::vector<Text>& events) {
-  const std::lock_guard lock(m_mutex);
-  for (size_t bytes = 0; bytes < kTakeBytes && !m_queue.empty() && !m_closed; m_queue.pop_front()) {
+  for (size_t bytes = 0; bytes < kTakeBytes && !m_queue.empty(); m_queue.pop_front()) {
     m_position = m_queue.front().first;
     bytes += m_queue.front().second->size();
     m_queuedBytes -= m_queue.front().second->size();

@@ -50,7 +50,7 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
   void Wake() { m_wake(); }
 
  private:
-  void TakeQueued(std::vector<Text>& events);
+  void TakeQueued(std::vector<Text>& events);  // REQUIRES: m_mutex held
   bool CatchUp(std::vector<Text>& events);
 
   ChangeSource& m_source;

@@ -167,7 +167,8 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
   // --- answering -----------------------------------------------------------------------------------------------------
 
   void OnRequest() {
-    const bool keepAlive = m_parser->get().keep_alive();
+    // Whoever asks for a head alone would take the body of our refusal for the next answer.
+    const bool keepAlive = m_parser->get().keep_alive() && m_request.method != "HEAD";
     m_request.body = std::move(m_parser->get().body());
     m_parser.reset();
     Lowest().expires_never();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <set>
 #include <sstream>
@@ -155,7 +156,7 @@ std::vector<Site::Step> Site::SeedSteps(const SeedData& seed) {
     int32_t& at = next[kind == Kind::kView ? 1 : 0].try_emplace({folder, owner}, 0).first->second;
     if (at == 0) at = m_catalog.NextSequence(kind, folder, owner);
     const int32_t sequence = given.value_or(at);
-    at = std::max(at, sequence + 1);
+    if (sequence < std::numeric_limits<int32_t>::max()) at = std::max(at, sequence + 1);
     return sequence;
   };
   for (const SeedGroup& entry : seed.groups) {

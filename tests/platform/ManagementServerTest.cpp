@@ -205,7 +205,6 @@ TEST_P(ManagementServerTest, IsLoggedInToDownloadedFromAndFollowed) {
   EXPECT_TRUE(ShowsView("after the restart"));
 
   // The session is ended behind the platform's back; the next request renews it.
-  std::string token = CNetCommManager::Instance().GetToken();
   CNetCommManager::Instance().SetToken("no longer known");
   EXPECT_TRUE(Send("PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":0,"ID":1}})", error));
   EXPECT_NE(CNetCommManager::Instance().GetToken(), "no longer known");

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+// The commands for people, and how viewctl ends.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "ViewctlRunner.h"
+#include "host/JsonText.h"
+
+namespace test {
+namespace {
+
+using testing::Test;
+
+class CommandsTest : public Test {
+ protected:
+  static Site& TheSite() {
+    static Site site;
+    return site;
+  }
+
+  static Outcome Maria(const QStringList& command, const std::string& input = {}) {
+    return RunAs(TheSite(), "maria", command, input);
+  }
+};
+
+bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST_F(CommandsTest, TheTreeShowsWhatTheUserMaySee) {
+  const Outcome tree = Maria({"tree"});
+  EXPECT_EQ(tree.status, 0) << tree.err;
+  for (const char* part : {"Public views\n├── ", "/  (group 12)", "Night shift, doors  (view 133)",
+                           "夜間巡回  (view 137, shared with you)", "To be filled  (view 130)"}) {
+    EXPECT_TRUE(Has(tree.out, part)) << part << " is not in\n" << tree.out;
+  }
+  EXPECT_FALSE(Has(tree.out, "フェリー乗り場")) << "kenji's own view";
+
+  const Outcome json = Maria({"tree", "--json"});
+  rapidjson::Document document;
+  ASSERT_TRUE(host::ParseJson(json.out, document)) << json.out;
+  ASSERT_EQ(document.Size(), 3u);
+  EXPECT_EQ(host::TextOf(host::ListOf(document[2], "Folders")[0], "Name"), "Handed over");
+}
+
+TEST_F(CommandsTest, AViewIsShownWithTheNamesOfItsResources) {
+  const Outcome shown = Maria({"show", "110"});
+  EXPECT_EQ(shown.status, 0) << shown.err;
+  EXPECT_TRUE(Has(shown.out, "\"Platform 1 edge, magnified\"  (view 110)")) << shown.out;
+  EXPECT_TRUE(Has(shown.out, "lies in    Public views / Station / Platforms / Platforms 1–2")) << shown.out;
+  EXPECT_TRUE(std::regex_search(shown.out, std::regex("0\\. camera \".+\", id 2031"))) << shown.out;
+  EXPECT_TRUE(Has(shown.out, "zoom window 1 600,150 to 850,400 thousandths")) << shown.out;
+
+  const Outcome detail = Maria({"show", "110", "--json"});
+  const Outcome called = Maria({"call", "GetPlanDetail", R"({"ID":"110"})"});
+  EXPECT_EQ(detail.out, called.out);
+  EXPECT_EQ(called.status, 0);
+}
+
+TEST_F(CommandsTest, ACallPrintsTheResponseAndItsResultIsTheStatus) {
+  const Outcome refused = Maria({"call", "GetPlanDetail", "-"}, R"({"ID":"9999"})");
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(Has(refused.out, R"("ErrorInfo":"NYyjnxIZwFAorxuFXv")")) << "untranslated: " << refused.out;
+  const Outcome defaults = Maria({"call", "GetPlanConfig"});
+  EXPECT_EQ(defaults.status, 0);
+  EXPECT_TRUE(Has(defaults.out, R"({"LoadAll":true,)")) << defaults.out;
+}
+
+TEST_F(CommandsTest, UsersAreListed) {
+  const Outcome users = Maria({"users"});
+  EXPECT_EQ(users.status, 0) << users.err;
+  EXPECT_EQ(Lines(users.out).size(), 7u) << users.out;
+  EXPECT_TRUE(std::regex_search(users.out, std::regex("\n2 +yes +1 +maria\n"))) << users.out;
+}
+
+TEST_F(CommandsTest, WatchHearsWhatComesToBeAndEndsQuietly) {
+  Running watch(TheSite().As("kenji") + QStringList{"watch", "--all"}, "sample-kenji");
+  ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
+  const Outcome group = Maria({"call", "AddPlanGroup", R"({"Name":"New","ParentID":"1","Type":0})"});
+  rapidjson::Document answer;
+  host::ParseJson(group.out, answer);
+  const std::string id = host::TextOf(answer, "ID");
+  EXPECT_TRUE(Has(watch.NextLine(), R"({"notice":{"id":"1","enum_state":3,"name":"","reserved":1,"child_id":")" + id));
+  EXPECT_EQ(
+      Maria({"call", "UpdatePlanGroup", R"({"Name":"Renamed","ID":")" + QString::fromStdString(id) + "\"}"}).status, 0);
+  EXPECT_TRUE(Has(watch.NextLine(), "\"id\":\"" + id + R"(","enum_state":2,"name":"Renamed")"))
+      << "an announced group is watched too";
+  EXPECT_EQ(watch.Terminate(), 0);
+  EXPECT_EQ(Maria({"call", "DeletePlanGroup", R"({"ID":")" + QString::fromStdString(id) + "\"}"}).status, 0);
+}
+
+TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
+  const QStringList maria = TheSite().As("maria");
+  const QString url = QString::fromStdString(TheSite().Url());
+  const QString file = QString::fromStdString(TheSite().Folder()) + "/none";
+  struct Case {
+    QStringList arguments;
+    std::string password;
+    int status;
+  };
+  const Case cases[] = {
+      {{}, "", 2},
+      {{"nonsense"}, "", 2},
+      {{"tree", "--nonsense"}, "", 2},
+      {{"tree", "--server", url}, "", 2},
+      {maria + QStringList{"tree", "--password-file", file}, "", 2},
+      {maria + QStringList{"tree", "--plugin", file}, "sample-maria", 2},
+      {maria + QStringList{"tree", "--log-file", file + "/log"}, "sample-maria", 2},
+      {maria + QStringList{"show", "gate"}, "sample-maria", 2},
+      {maria + QStringList{"call", "InitEnvir"}, "sample-maria", 2},
+      {maria + QStringList{"script", file}, "sample-maria", 2},
+      {maria + QStringList{"watch"}, "sample-maria", 2},
+      {maria + QStringList{"import", file}, "sample-maria", 2},
+      {maria + QStringList{"export", "-o", file + "/out"}, "sample-maria", 2},
+      {maria + QStringList{"show", "9999"}, "sample-maria", 1},
+      {maria + QStringList{"export", "view:1", "-o", file}, "sample-maria", 1},
+      {maria + QStringList{"tree"}, "wrong", 3},
+      {{"tree", "--server", "http://127.0.0.1:1"}, "x", 3},
+      {{"script", "--server", "http://127.0.0.1:1"}, "x", 3},
+      {{"tree", "--data", QString::fromStdString(TheSite().Folder()), "--user", "nobody"}, "", 3},
+  };
+  for (const Case& c : cases) {
+    const Outcome outcome = test::Run(c.arguments, c.password);
+    const std::string line = c.arguments.join(' ').toStdString();
+    EXPECT_EQ(outcome.status, c.status) << line << "\n" << outcome.err;
+    EXPECT_EQ(outcome.out, "") << line;
+    EXPECT_EQ(Lines(outcome.err).size(), 1u) << line << "\n" << outcome.err;
+  }
+}
+
+TEST_F(CommandsTest, TheVersionIsToldWithoutAServer) {
+  const Outcome version = test::Run({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.out.rfind("viewctl ", 0), 0u) << version.out;
+}
+
+TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
+  const QTemporaryDir folder;
+  const QStringList own = {"--data", folder.filePath("store")};
+  const Outcome first =
+      test::Run(own + QStringList{"call", "AddPlanGroup", R"({"Name":"Kept","ParentID":"-1","Type":0})"});
+  EXPECT_EQ(first.status, 0) << first.err;
+  EXPECT_TRUE(Has(first.err, "User admin, password ")) << first.err;
+  const Outcome second = test::Run(own + QStringList{"tree"});
+  EXPECT_TRUE(Has(second.out, "Kept/")) << second.out;
+  EXPECT_EQ(second.err, "");
+}
+
+TEST_F(CommandsTest, ServePrintsItsAddressAndEndsWhenAsked) {
+  const QTemporaryDir folder;
+  Running serve({"serve", "--listen", "127.0.0.1:0", "--data", folder.path()}, "");
+  const std::string user = serve.NextLine();
+  std::smatch password;
+  ASSERT_TRUE(std::regex_match(user, password, std::regex("User admin, password (.+) \\(shown this once\\)"))) << user;
+  const std::string address = serve.NextLine();
+  ASSERT_EQ(address.rfind("Listening on http://127.0.0.1:", 0), 0u) << address;
+  const Outcome tree = test::Run({"--server", QString::fromStdString(address.substr(13)), "tree"}, password[1]);
+  EXPECT_EQ(tree.status, 0) << tree.err;
+  EXPECT_EQ(serve.Terminate(), 0);
+}
+
+TEST_F(CommandsTest, ThePasswordMayStandInAFileAndTheLogGoesToOne) {
+  const std::string password = TheSite().Folder() + "/password";
+  const std::string log = TheSite().Folder() + "/log";
+  WriteFile(password, "sample-maria\r\nnot this\n");
+  const Outcome outcome =
+      test::Run(TheSite().As("maria") + QStringList{"--password-file", QString::fromStdString(password), "--log-file",
+                                                    QString::fromStdString(log), "users"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(outcome.err, "");
+  const auto lines = Lines(ReadFile(log));
+  ASSERT_FALSE(lines.empty());
+  const std::regex form("[0-9]+ [A-Za-z]+ \\[");
+  for (const std::string& line : lines)
+    EXPECT_TRUE(std::regex_search(line, form, std::regex_constants::match_continuous)) << line.substr(0, 200);
+  EXPECT_TRUE(Has(ReadFile(log), "[src/QorviViewPlugin/")) << "paths are relative to the repository";
+}
+
+TEST_F(CommandsTest, TheDemoEndsWell) {
+  const Outcome demo = test::Run({"demo"});
+  EXPECT_EQ(demo.status, 0) << demo.err << demo.out;
+  EXPECT_EQ(demo.err, "");
+  EXPECT_TRUE(Has(demo.out, "kenji hears: ")) << demo.out;
+}
+
+}  // namespace
+}  // namespace test

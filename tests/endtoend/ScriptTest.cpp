@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+// `viewctl script`, line for line.
+#include <gtest/gtest.h>
+
+#include "ViewctlRunner.h"
+#include "host/JsonText.h"
+
+namespace test {
+namespace {
+
+class ScriptTest : public testing::Test {
+ protected:
+  static Site& TheSite() {
+    static Site site;
+    return site;
+  }
+
+  static Outcome Script(const std::string& input) { return RunAs(TheSite(), "admin", {"script"}, input); }
+};
+
+// The id in an answer of AddPlan or AddPlanGroup.
+std::string IdIn(const std::string& answer) {
+  rapidjson::Document line;
+  rapidjson::Document response;
+  host::ParseJson(answer, line);
+  host::ParseJson(host::TextOf(line, "response"), response);
+  return host::TextOf(response, "ID");
+}
+
+TEST_F(ScriptTest, EachLineIsAnsweredWithOneLine) {
+  const std::pair<const char*, const char*> exchanges[] = {
+      {R"({"call":"IsSupportPlanChangeOrder"})", R"({"call":"IsSupportPlanChangeOrder","result":true,"response":""})"},
+      {R"({"load":true})", R"({"load":true,"result":true})"},
+      {R"({"call":"IsInitViewFinish","response":"as it was"})",
+       R"({"call":"IsInitViewFinish","result":true,"response":"as it was"})"},
+      {R"({"call":"GetPlanGroups","request":{"ParentID" : "12345"}})",
+       R"({"call":"GetPlanGroups","result":true,"response":"{\"ErrorInfo\":\"\",\"Total\":0,\"PlanGroups\":[]}"})"},
+      {R"({"call":"GetPlansInGroup","request":"{\"GroupID\":\"12345\"}"})",
+       R"({"call":"GetPlansInGroup","result":false,"response":"{\"ErrorInfo\":\"KaBeAUoxlQkKBOqwV\",\"Total\":0,\"Plans\":[]}"})"},
+      {R"({"call":"GetCurrentUser","request":"{"})",
+       R"({"call":"GetCurrentUser","result":true,"response":"{\"user_id\":1,\"user_name\":\"admin\"}"})"},
+      {R"( {"observe": {"ResourceType":16001 , "ID":"1"}})", R"( {"observe": {"ResourceType":16001 , "ID":"1"}})"},
+      {R"({"unobserve":{"ResourceType":16001,"ID":"1"}})", R"({"unobserve":{"ResourceType":16001,"ID":"1"}})"},
+      {R"({"call":"ViewRegisterResourceUpdate","request":{"ResourceType":16000,"ID":"101","IsRegister":true}})",
+       R"({"call":"ViewRegisterResourceUpdate","result":null,"response":""})"},
+      {R"({"settle":10})", R"({"settle":10})"},
+      {R"({"call":"ClearViewData","response":"x"})", R"({"call":"ClearViewData","result":null,"response":"x"})"},
+      {R"({"call":"UnInitEnvir"})", R"({"call":"UnInitEnvir","result":true,"response":""})"},
+  };
+  std::string input;
+  for (const auto& exchange : exchanges) input += std::string(exchange.first) + "\r\n";
+  const Outcome outcome = Script(input);
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  const auto lines = Lines(outcome.out);
+  ASSERT_EQ(lines.size(), std::size(exchanges)) << outcome.out;
+  for (size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i], exchanges[i].second);
+}
+
+TEST_F(ScriptTest, WrongLinesAreAnsweredAndTheScriptGoesOn) {
+  const Outcome outcome = Script("what\n\n{\"call\":\"NoSuchCall\"}\n{\"call\":\"InitEnvir\"}");
+  EXPECT_EQ(outcome.status, 1);
+  const auto lines = Lines(outcome.out);
+  ASSERT_EQ(lines.size(), 4u) << outcome.out;
+  for (size_t i = 0; i < 3; ++i) EXPECT_EQ(lines[i].rfind("{\"error\":\"", 0), 0u) << lines[i];
+  EXPECT_EQ(lines[3], R"({"call":"InitEnvir","result":true,"response":""})");
+}
+
+TEST_F(ScriptTest, AScriptMayStandInAFile) {
+  const std::string file = TheSite().Folder() + "/script.jsonl";
+  WriteFile(file, "{\"call\":\"InitEnvir\"}\n");
+  const Outcome outcome = RunAs(TheSite(), "admin", {"script", QString::fromStdString(file)});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(outcome.out, "{\"call\":\"InitEnvir\",\"result\":true,\"response\":\"\"}\n");
+}
+
+TEST_F(ScriptTest, WhatOneUserDoesTheOtherHears) {
+  Running maria(TheSite().As("maria") + QStringList{"script"}, "sample-maria");
+  Running kenji(TheSite().As("kenji") + QStringList{"script"}, "sample-kenji");
+  for (Running* side : {&maria, &kenji}) {
+    side->Write("{\"load\":true}\n");
+    ASSERT_EQ(side->NextLine(), R"({"load":true,"result":true})");
+  }
+  kenji.Write("{\"observe\":{\"ResourceType\":16001,\"ID\":\"1\"}}\n");
+  kenji.NextLine();
+
+  maria.Write(R"({"call":"AddPlan","request":{"GroupID":"1","Name":"Overheard","Type":0}})"
+              "\n");
+  const std::string id = IdIn(maria.NextLine());
+  EXPECT_EQ(kenji.NextLine(), R"({"notice":{"id":"1","enum_state":3,"name":"","reserved":1,"child_id":")" + id +
+                                  R"(","child_type":16000,"other_change_info":""}})");
+
+  kenji.Write("{\"unobserve\":{\"ResourceType\":16001,\"ID\":\"1\"}}\n");
+  kenji.NextLine();
+  maria.Write("{\"call\":\"DeletePlan\",\"request\":{\"ID\":\"" + id + "\"}}\n");
+  maria.NextLine();
+  kenji.Write("{\"settle\":300}\n");
+  EXPECT_EQ(kenji.NextLine(), "{\"settle\":300}") << "nothing is heard after unobserve";
+  EXPECT_EQ(maria.Finish(), 0);
+  EXPECT_EQ(kenji.Finish(), 0);
+}
+
+}  // namespace
+}  // namespace test
