@@ -163,6 +163,22 @@ TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
   EXPECT_EQ(Members(1).size(), 500u);
 }
 
+TEST_F(ThreadTest, TheNoticeOfARemovedGroupComesUnderTheGroupTablesLock) {
+  CacheGroup(Group(1));
+  CacheView(View(9, 1));
+  NotingObserver observer;
+  std::future<std::string> reader;
+  observer.onNotice = [&](const auto&) {
+    reader = std::async(std::launch::async, [] { return GroupName(1); });
+    EXPECT_EQ(reader.wait_for(50ms), std::future_status::timeout);
+    EXPECT_NE(FindViewByID(9), nullptr);  // the view table is free
+  };
+  Observe(observer, kViewGroup, "4294967295");
+  Manager().RemoveViewGroupFromCache(1, false);
+  ASSERT_TRUE(reader.valid());
+  EXPECT_EQ(reader.get(), "(none)");
+}
+
 // Everything that hosts and the platform may do at once.
 TEST_F(ThreadTest, LoadsChangesReadsEditsAndClearingMayOverlap) {
   constexpr int kRounds = 150;
@@ -209,6 +225,14 @@ TEST_F(ThreadTest, LoadsChangesReadsEditsAndClearingMayOverlap) {
           view->CheckResourceExist(1001);
         }
         FindViewByID(static_cast<unsigned int>(n % 20));
+      },
+      [](int n) {
+        const std::string id = std::to_string(n % 20 + 1);
+        std::string response;
+        GetPlanGroups(R"({"ParentID":"-1"})", response);
+        GetPlansInGroup(R"({"GroupID":")" + id + R"("})", response);
+        GetPlanDetail(R"({"ID":")" + id + R"(","resource_download_judge":true})", response);
+        GetPlansInGroup(R"({"GroupID":"-1"})", response);
       },
       [](int n) {
         unsigned int newId = 0;
