@@ -37,7 +37,7 @@ std::pair<const std::string_view, Plugin::Function> Resolve(QLibrary& library, c
 }  // namespace
 
 Plugin::Plugin(const std::string& file) {
-  const QString path = file.empty() ? DefaultFile() : QString::fromStdString(file);
+  const QString path = file.empty() ? DefaultFile() : QFileInfo(QString::fromStdString(file)).absoluteFilePath();
   if (!QFileInfo::exists(path)) throw Failure(kUsage, "There is no plugin " + path.toStdString());
   m_library.setFileName(path);
   if (!m_library.load()) throw Failure(kUsage, m_library.errorString().toStdString());

@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
   host::GlobalOptions options;
   host::Chosen chosen;
   CLI::App app("Lists, copies and repairs saved views through QorviViewPlugin", "viewctl");
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);  // without one the parser would not name a command it does not know
   app.fallthrough();
   AddGlobalOptions(app, options);
   AddCommands(app, chosen);
@@ -73,5 +73,6 @@ int main(int argc, char** argv) {
     if (error.get_exit_code() == 0) return app.exit(error);  // help and version
     return Fail(host::kUsage, std::string(error.what()) + " (viewctl --help lists what there is)");
   }
+  if (!chosen.run) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
   return Run(options, chosen);
 }

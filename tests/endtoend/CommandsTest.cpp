@@ -4,6 +4,7 @@
 
 #include <regex>
 
+#include "LoginOnlyServer.h"
 #include "ViewctlRunner.h"
 #include "host/JsonText.h"
 
@@ -133,6 +134,18 @@ TEST_F(CommandsTest, TheVersionIsToldWithoutAServer) {
   const Outcome version = test::Run({"--version"});
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.out.rfind("viewctl ", 0), 0u) << version.out;
+}
+
+TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpAfterTenSeconds) {
+  const LoginOnlyServer server;
+  const QStringList login = {"--server", QString::fromStdString(server.Url())};
+  Running script(login + QStringList{"script"}, "any");
+  script.Write("{\"load\":true}\n");
+  const Outcome tree = test::Run(login + QStringList{"tree"}, "any");
+  EXPECT_EQ(tree.status, 3);
+  EXPECT_EQ(tree.err, "viewctl: The server's views were not loaded within 10 seconds\n");
+  EXPECT_EQ(script.NextLine(), R"({"load":true,"result":false})");
+  EXPECT_EQ(script.Finish(), 0);
 }
 
 TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {

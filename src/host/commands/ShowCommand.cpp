@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl show: one view in full.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -21,7 +22,10 @@ struct ShowOptions {
 // The names of the folders that a view lies in; only the top-level one when its folder is not to be seen.
 std::vector<std::string> FolderOf(const ViewTree& tree, const rapidjson::Value& detail) {
   const size_t folder = tree.FindFolder(TextOf(detail, "GroupID"));
-  if (folder == tree.folders.size()) return {tree.folders.at(static_cast<size_t>(NumberOf(detail, "Type"))).name};
+  if (folder == tree.folders.size()) {
+    const int type = NumberOf(detail, "Type");
+    return {tree.folders.at(static_cast<size_t>(std::clamp<int>(type, kPublic, kShared))).name};
+  }
   std::vector<std::string> names = tree.PathOf(folder);
   names.insert(names.begin(), tree.folders.at(tree.folders[folder].kind).name);
   return names;

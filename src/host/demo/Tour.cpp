@@ -95,7 +95,7 @@ void Tour::Run() {
   OpenAtStart();
   DeleteView();
   FolderAndContent();
-  Tell("\nThat was the tour. The server and its folder are gone again.");
+  Tell("\nThat was the tour; the server and its folder go away with it.");
 }
 
 void Tour::LookAround() {
