@@ -47,6 +47,10 @@ std::string Printable(std::string_view text) {
   return shown.toStdString();
 }
 
+std::string Counted(size_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 bool IsTerminalErr() {
 #ifdef _WIN32
   return _isatty(_fileno(stderr)) != 0;

@@ -12,6 +12,9 @@ namespace host {
 // reading direction are written \u001b; what is not UTF-8 becomes U+FFFD.
 std::string Printable(std::string_view text);
 
+// "1 view", "2 views".
+std::string Counted(size_t count, const std::string& what);
+
 // Whether a person watches stderr.
 bool IsTerminalErr();
 

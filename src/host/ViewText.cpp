@@ -12,6 +12,7 @@ namespace {
 
 using rapidjson::Value;
 
+constexpr int kCamera = 1001;
 constexpr int kMap = 7001;
 
 struct TypeName {
@@ -19,8 +20,8 @@ struct TypeName {
   const char* name;
 };
 
-constexpr TypeName kResourceTypes[] = {{1001, "camera"}, {1002, "door"}, {1005, "elevator"},
-                                       {1006, "radar"},  {kMap, "map"},  {25001, "web page"}};
+constexpr TypeName kResourceTypes[] = {{kCamera, "camera"}, {1002, "door"}, {1005, "elevator"},
+                                       {1006, "radar"},     {kMap, "map"},  {25001, "web page"}};
 constexpr TypeName kRelatedTypes[] = {{0, "camera"}, {1, "map"}, {4, "door"}, {5, "element"}, {8, "element"}};
 
 template <size_t N>
@@ -59,15 +60,9 @@ std::string Thousandths(const Value& box) {
   return corner("TopX", "TopY") + " to " + corner("BottomX", "BottomY") + " thousandths";
 }
 
-std::string Count(size_t count, const std::string& what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 using Lines = std::vector<std::string>;
 
 void DescribePicture(const Value& window, Lines& extras) {
-  if (const int stream = NumberOf(window, "StreamType"); stream > 0)
-    extras.push_back("stream " + std::to_string(stream));
   if (const int preset = NumberOf(window, "PresetId"); preset > 0) {
     const std::string name = TextOf(window, "PresetName");
     extras.push_back("preset " + std::to_string(preset) + (name.empty() ? "" : " " + Quoted(name)));
@@ -101,7 +96,7 @@ void DescribeCycle(const Value& cycle, Lines& extras) {
   const int type = NumberOf(cycle, "cycle_type");
   const std::string kind = type == 0 ? "camera" : type == 1 ? "area" : "resource";
   const std::string name = TextOf(cycle, "CycleName");
-  extras.push_back("cycles" + (name.empty() ? "" : " " + Quoted(name)) + " through " + Count(resources.Size(), kind) +
+  extras.push_back("cycles" + (name.empty() ? "" : " " + Quoted(name)) + " through " + Counted(resources.Size(), kind) +
                    ", " + std::to_string(NumberOf(cycle, "cycle_time")) + " s each");
   for (const Value& resource : resources.GetArray()) {
     const std::string known = TextOf(resource, "ResourceName");
@@ -171,6 +166,10 @@ std::string DescribeResource(const Value& window) {
   std::string text = NameOfType(kResourceTypes, type);
   if (const std::string name = TextOf(window, "ResourceName"); !name.empty()) text += " " + Quoted(name);
   if (const std::string id = TextOf(window, "ResourceID"); id != "-1" && id != "0") text += ", id " + Printable(id);
+  // Every window has a stream, but only a camera has a use for it.
+  if (const int stream = NumberOf(window, "StreamType"); type == kCamera && stream > 0) {
+    text += ", stream " + std::to_string(stream);
+  }
   return text;
 }
 
@@ -181,7 +180,7 @@ std::string DescribeView(const Value& detail, const std::vector<std::string>& fo
     const Value& windows = ListOf(entry, "PlanItems");
     text += "\nPage " + std::to_string(++page) + ": layout " + std::to_string(NumberOf(entry, "windowDivision"));
     if (const std::string custom = TextOf(entry, "customWindowDivision"); !custom.empty()) text += " " + Quoted(custom);
-    text += ", " + Count(windows.Size(), "window") + "\n";
+    text += ", " + Counted(windows.Size(), "window") + "\n";
     for (const Value& window : windows.GetArray()) {
       text += "  " + std::to_string(NumberOf(window, "Sequence")) + ". " + DescribeResource(window) + "\n";
       for (const std::string& extra : DescribeExtras(window)) text += "       " + extra + "\n";

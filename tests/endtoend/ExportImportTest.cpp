@@ -90,7 +90,7 @@ TEST_F(ExportImportTest, IntoAGroupKeepsFoldersAndReportsOtherContent) {
   const Site site;
   const std::string bus = Export(site, "maria", {"group:6"});
   const Outcome made = Import(site, "maria", bus, {"--into", "9"});
-  EXPECT_EQ(LastLine(made), "Made 1 folders and 3 views, skipped 0 folders and 0 views, failed 0") << made.err;
+  EXPECT_EQ(LastLine(made), "Made 1 folder and 3 views, skipped 0 folders and 0 views, failed 0") << made.err;
   EXPECT_NE(made.out.find("made view private / My rounds / Bus terminal / Bus hall\n"), std::string::npos) << made.out;
 
   std::string changed = bus;
@@ -113,7 +113,7 @@ TEST_F(ExportImportTest, WhatTheServerRefusesIsReportedAndTheRestIsMade) {
   EXPECT_EQ(LinesWith(outcome, "failed folder public / bad\\u000aname: "), 1) << outcome.out;
   EXPECT_EQ(LinesWith(outcome, "failed view public / bad\\u000aname / lost: its folder was not made"), 1)
       << outcome.out;
-  EXPECT_EQ(LastLine(outcome), "Made 0 folders and 1 views, skipped 0 folders and 0 views, failed 2");
+  EXPECT_EQ(LastLine(outcome), "Made 0 folders and 1 view, skipped 0 folders and 0 views, failed 2");
 }
 
 }  // namespace

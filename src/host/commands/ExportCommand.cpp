@@ -149,7 +149,7 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   } else {
     WriteFile(file, text);
   }
-  Say("Exported " + std::to_string(content.views.size()) + " views");
+  Say("Exported " + Counted(content.views.size(), "view"));
   if (exporter.LeftOut() > 0) {
     Say("Left out " + std::to_string(exporter.LeftOut()) +
         " that others shared with you; name their ids to export copies of them");

@@ -44,8 +44,12 @@ class Import {
         break;
       }
     }
-    std::printf("%s %d folders and %d views, skipped %d folders and %d views, failed %d\n",
-                m_dryRun ? "Would make" : "Made", m_madeFolders, m_madeViews, m_keptFolders, m_keptViews, m_failed);
+    const auto folders = [](size_t count) { return Counted(count, "folder"); };
+    const auto views = [](size_t count) { return Counted(count, "view"); };
+    const std::string sum = (m_dryRun ? "Would make " : "Made ") + folders(m_madeFolders) + " and " +
+                            views(m_madeViews) + ", skipped " + folders(m_keptFolders) + " and " + views(m_keptViews) +
+                            ", failed " + std::to_string(m_failed);
+    std::printf("%s\n", sum.c_str());
     return m_failed == 0 ? kDone : kRefused;
   }
 
@@ -150,11 +154,11 @@ class Import {
   std::map<Place, std::string> m_folders;
   const bool m_dryRun;
   Progress* m_progress = nullptr;  // set while steps are carried out
-  int m_madeFolders = 0;
-  int m_madeViews = 0;
-  int m_keptFolders = 0;
-  int m_keptViews = 0;
-  int m_failed = 0;
+  size_t m_madeFolders = 0;
+  size_t m_madeViews = 0;
+  size_t m_keptFolders = 0;
+  size_t m_keptViews = 0;
+  size_t m_failed = 0;
   int m_failuresInARow = 0;
 };
 
