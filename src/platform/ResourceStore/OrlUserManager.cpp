@@ -15,7 +15,6 @@
 #include "ResourceStore/Reply.h"
 #include "VantBase/SingletonImpl.h"
 
-template class ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
 template class Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
 
 namespace ResourceStore {
@@ -273,3 +272,6 @@ void COrlUserManager::ResetDownload() {
 }
 
 }  // namespace ResourceStore
+
+// At the end: only members that are defined by then are instantiated.
+template class ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
