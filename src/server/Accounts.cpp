@@ -90,7 +90,7 @@ bool Accounts::SetPassword(const std::string& name, const std::string& passwordH
 }
 
 std::string Accounts::OpenSession(int32_t userId, const std::string& client) {
-  const std::string token = MakeToken();
+  std::string token = MakeToken();
   const int64_t now = m_clock();
   SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
   Execute(m_database, "DELETE FROM sessions WHERE last_used < ?", now - kSessionSeconds);

@@ -28,7 +28,8 @@ using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 void AddHeader(HeaderList& list, const std::string& line) {
   curl_slist* longer = curl_slist_append(list.get(), line.c_str());
   if (!longer) return;
-  list.release();
+  // The longer list has taken the old one over.
+  static_cast<void>(list.release());
   list.reset(longer);
 }
 
