@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+// What look-ups, changes and notices cost as a site grows.
+#include <rapidjson/document.h>
+
+#include <deque>
+#include <string>
+
+#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
+#include "Report.h"
+#include "ResourceStore/ViewGroupManager.h"
+#include "SiteData.h"
+#include "Suites.h"
+
+namespace bench {
+
+namespace {
+
+using namespace QorviViewPlugin;
+using ResourceData::IResourceObserver;
+
+CViewGroupManager& Manager() {
+  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
+}
+
+class Counter : public IResourceObserver {
+ public:
+  virtual ~Counter() = default;
+  void UpdateResourceInfos(const Param&) override { ++notices; }
+  size_t notices = 0;
+};
+
+void Register(IResourceObserver& observer, unsigned int view) {
+  ViewRegisterResourceUpdate(&observer,
+                             R"({"ResourceType":16000,"ID":")" + std::to_string(view) + R"(","IsRegister":true})");
+}
+
+SiteSize Site(unsigned int views, unsigned int viewsOfGroup) {
+  return {"growth", views, 1, 4, viewsOfGroup};
+}
+
+void Load(const SiteSize& site) {
+  ResourceStore::CViewGroupManager::Instance().SetDownloadedData(GroupListText(site), ViewListText(site), true);
+  std::string response;
+  Check(IsInitViewGroupFinish("", response) && IsInitViewFinish("", response), "the site was not loaded");
+  ResourceStore::CViewGroupManager::Instance().SetDownloadedData("", "", true);
+}
+
+// Ids all over the site, in no order.
+std::vector<unsigned int> SomeIds(unsigned int views) {
+  std::vector<unsigned int> ids;
+  for (unsigned int n = 1; n <= 1000; ++n) ids.push_back(1 + static_cast<unsigned int>(n * 7919ull % views));
+  return ids;
+}
+
+void MeasureLookUp(unsigned int views, const std::string& count) {
+  const std::vector<unsigned int> ids = SomeIds(views);
+  Measure("GetViewByID, " + count, {[ids] {
+                                      for (unsigned int id : ids) {
+                                        const auto view = Manager().GetViewByID(id);
+                                        Check(view != nullptr, "a view is not cached");
+                                        Use(view.get());
+                                      }
+                                    },
+                                    {},
+                                    static_cast<double>(ids.size())});
+}
+
+// A changed view, and one that goes and comes again.
+void MeasureChanges(const SiteSize& site, const std::string& count) {
+  std::vector<ViewInfo> changed;
+  for (unsigned int id : SomeIds(site.views)) changed.push_back(MakeView(site, id));
+  const auto units = static_cast<double>(changed.size());
+  Measure("change a view, " + count, {[&changed] {
+                                        for (const ViewInfo& view : changed) Manager().UpdateViewInCache(view);
+                                      },
+                                      {},
+                                      units});
+  Measure("remove and add a view, " + count, {[&changed] {
+                                                for (const ViewInfo& view : changed) {
+                                                  Manager().RemoveViewFromCache(view.idView, false);
+                                                  Manager().InsertViewToCache(view, false);
+                                                }
+                                              },
+                                              {},
+                                              units});
+}
+
+void MeasureNotices(unsigned int views, const std::string& count) {
+  std::deque<Counter> observers(views);
+  for (unsigned int id = 1; id <= views; ++id) Register(observers[id - 1], id);
+  std::vector<IResourceObserver::Param> notices;
+  for (unsigned int id : SomeIds(views)) notices.emplace_back(std::to_string(id), 7);
+  auto& registry = Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance();
+  Measure("notice to its observer, " + count, {[&] {
+                                                 for (const auto& notice : notices) {
+                                                   registry.UpdateResourceInfo(notice, ResourceData::ResourceTypeView);
+                                                 }
+                                               },
+                                               {},
+                                               static_cast<double>(notices.size())});
+  size_t heard = 0;
+  for (const Counter& observer : observers) heard += observer.notices;
+  Check(heard > 0 && heard % notices.size() == 0, "not every notice was heard");
+  registry.UninitManager();
+}
+
+void MeasureObserversOfOneView(unsigned int observerCount) {
+  std::deque<Counter> observers(observerCount);
+  for (Counter& observer : observers) Register(observer, 1);
+  auto& registry = Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance();
+  const IResourceObserver::Param notice("1", 7);
+  Measure("notice for each of " + std::to_string(observerCount) + " observers",
+          {[&] { registry.UpdateResourceInfo(notice, ResourceData::ResourceTypeView); },
+           {},
+           static_cast<double>(observerCount)});
+  for (const Counter& observer : observers) {
+    Check(observer.notices == observers.front().notices, "the observers heard differently");
+  }
+  registry.UninitManager();
+}
+
+// A document of many changed views beside documents of one. Their views join the groups once more with every document,
+// which is how it has to be; so the runs are few.
+void MeasureDocuments(const SiteSize& site) {
+  constexpr unsigned int kMany = 500;
+  const std::string many = ChangeText(site, 1, kMany, 1);
+  const std::string one = ChangeText(site, 7, 7, 1);
+  auto& downloads = ResourceStore::CViewGroupManager::Instance();
+  Measure("changed view in a document of 500", {[&] { downloads.NotifyViewsUpdate(many); }, {}, kMany});
+  Measure("changed view in a document of 1", {[&] { downloads.NotifyViewsUpdate(one); }, {}, 1});
+}
+
+void MeasureForeignChange(const SiteSize& site) {
+  const unsigned int id = site.views / 2;
+  const std::string text = ChangeText(site, id, id, 1);
+  Counter observer;
+  Register(observer, id);
+  auto& downloads = ResourceStore::CViewGroupManager::Instance();
+  AddRatio({"foreign change, text to notice, " + std::to_string(site.views) + " views", "bare DOM parse"}, {10}, {[&] {
+             const size_t before = observer.notices;
+             downloads.NotifyViewsUpdate(text);
+             Check(observer.notices == before + 1, "the change was not noticed");
+           }},
+           {[&] {
+             rapidjson::Document document;
+             document.Parse(text.c_str());
+             Use(&document);
+           }});
+  CViewResourceUpdateManager::Instance().UninitManager();
+}
+
+}  // namespace
+
+void GrowthSuite() {
+  std::vector<unsigned int> sizes{1000, 10000, 100000};
+  if (TheOptions().isShort) sizes = {1000, 10000};
+  for (unsigned int views : sizes) {
+    const std::string count = std::to_string(views) + " views";
+    Load(Site(views, 100));
+    MeasureLookUp(views, count);
+    MeasureNotices(views, count);
+    MeasureChanges(Site(views, 100), count);
+    if (views == sizes.back()) MeasureForeignChange(Site(views, 100));
+    if (views == sizes.front()) MeasureDocuments(Site(views, 100));
+    ClearViewData();
+    Load(Site(views, views));
+    MeasureChanges(Site(views, views), count + " in one group");
+    ClearViewData();
+  }
+  MeasureObserversOfOneView(10);
+  MeasureObserversOfOneView(1000);
+
+  const std::string base = std::to_string(sizes.front()) + " views";
+  for (const char* what : {"GetViewByID, ", "change a view, ", "remove and add a view, ", "notice to its observer, "}) {
+    for (size_t n = 1; n < sizes.size(); ++n) {
+      const std::string count = std::to_string(sizes[n]) + " views";
+      AddGrowth({what + count, base}, 2.5, what + count, what + base);
+    }
+  }
+  for (const char* what : {"change a view, ", "remove and add a view, "}) {
+    const std::string count = std::to_string(sizes.back()) + " views in one group";
+    AddGrowth({what + count, base}, 2.5, what + count, what + base + " in one group");
+  }
+  AddGrowth({"changed view in a document of 500", "in one of 1"}, 2.5, "changed view in a document of 500",
+            "changed view in a document of 1");
+  AddGrowth({"notice for each of 1000 observers", "of 10"}, 2.5, "notice for each of 1000 observers",
+            "notice for each of 10 observers");
+}
+
+}  // namespace bench

@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Report.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <fstream>
+#include <map>
+#include <memory>
+
+namespace bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double Now(bool byWallClock) {
+  timespec time{};
+  clock_gettime(byWallClock ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+// In the short run a growth row may exceed its limit by this factor: what it is to find is a hundred times dearer.
+constexpr double kShortRunTolerance = 2.5;
+
+struct Row {
+  RowText text;
+  Goal goal;
+  double value = 0, low = 0, high = 0;  // median and quartiles
+  double sideTime = 0, peerTime = 0;    // ns of one thing; 0: not measured
+};
+
+std::vector<Row> s_rows;
+std::map<std::string, std::vector<double>> s_times;
+int s_wrongResults = 0;
+std::string s_suite;
+
+double Quantile(std::vector<double> values, double share) {
+  if (values.empty()) return 0;
+  std::sort(values.begin(), values.end());
+  const double place = share * static_cast<double>(values.size() - 1);
+  const auto below = static_cast<size_t>(place);
+  const size_t above = std::min(below + 1, values.size() - 1);
+  return values[below] + (place - static_cast<double>(below)) * (values[above] - values[below]);
+}
+
+// Hands everything on to Google Benchmark's JSON form and keeps its console silent.
+class SuiteReporter : public benchmark::BenchmarkReporter {
+ public:
+  explicit SuiteReporter(const std::string& file) : m_file(file) {
+    m_json.SetOutputStream(&m_file);
+    m_json.SetErrorStream(&m_file);
+  }
+  bool ReportContext(const Context& context) override { return m_json.ReportContext(context); }
+  void ReportRuns(const std::vector<Run>& runs) override { m_json.ReportRuns(runs); }
+  void Finalize() override { m_json.Finalize(); }
+
+ private:
+  std::ofstream m_file;
+  benchmark::JSONReporter m_json;
+};
+
+std::unique_ptr<SuiteReporter> s_reporter;
+
+// Runs one benchmark now, each repetition one iteration; `sample` answers seconds and sets counters.
+void RunNow(const std::string& name, int repetitions, const std::function<double(benchmark::State&)>& sample) {
+  benchmark::ClearRegisteredBenchmarks();
+  benchmark::RegisterBenchmark((s_suite + "/" + name).c_str(),
+                               [&sample](benchmark::State& state) {
+                                 for (auto _ : state) state.SetIterationTime(sample(state));
+                               })
+      ->Iterations(1)
+      ->Repetitions(repetitions)
+      ->UseManualTime()
+      ->Unit(benchmark::kMicrosecond);
+  std::fprintf(stderr, "bench: %s/%s\n", s_suite.c_str(), name.c_str());
+  benchmark::RunSpecifiedBenchmarks(s_reporter.get());
+}
+
+// A side that is run as often as a sample of reasonable length needs.
+class Sampler {
+ public:
+  explicit Sampler(const Side& side) : m_side(side) {}
+
+  // Nanoseconds for one thing.
+  double Sample() {
+    if (m_count == 0) Calibrate();
+    return Seconds(m_count) * 1e9 / (static_cast<double>(m_count) * m_side.units);
+  }
+  bool IsLong() const { return m_isLong; }
+  void Calibrate() {
+    const double wanted = TheOptions().isShort ? 0.004 : 0.03;
+    const double first = Seconds(1);
+    m_isLong = first > 0.1;
+    const double second = m_isLong ? first : std::min(first, Seconds(1));
+    m_count = static_cast<size_t>(std::clamp(wanted / std::max(second, 1e-9), 1.0, 1e6));
+  }
+
+ private:
+  double Seconds(size_t count) {
+    const bool byWallClock = m_side.byWallClock;
+    if (!m_side.after) {
+      const double begin = Now(byWallClock);
+      for (size_t n = 0; n < count; ++n) m_side.run();
+      return Now(byWallClock) - begin;
+    }
+    double total = 0;
+    for (size_t n = 0; n < count; ++n) {
+      const double begin = Now(byWallClock);
+      m_side.run();
+      total += Now(byWallClock) - begin;
+      m_side.after();
+    }
+    return total;
+  }
+
+  const Side& m_side;
+  size_t m_count = 0;
+  bool m_isLong = false;
+};
+
+int Repetitions(bool isLong) {
+  if (TheOptions().isShort) return 5;
+  return isLong ? 9 : 21;
+}
+
+void AddRow(Row row, const std::vector<double>& values) {
+  row.value = Quantile(values, 0.5);
+  row.low = Quantile(values, 0.25);
+  row.high = Quantile(values, 0.75);
+  s_rows.push_back(std::move(row));
+}
+
+std::string Time(double ns) {
+  char text[32];
+  if (ns <= 0) return "";
+  if (ns < 1e3) {
+    std::snprintf(text, sizeof text, "%.1f ns", ns);
+  } else if (ns < 1e6) {
+    std::snprintf(text, sizeof text, "%.2f us", ns / 1e3);
+  } else {
+    std::snprintf(text, sizeof text, "%.2f ms", ns / 1e6);
+  }
+  return text;
+}
+
+std::string Number(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, value >= 100 ? "%.0f" : "%.2f", value);
+  return text;
+}
+
+bool IsMet(const Row& row, double tolerance = 1) {
+  return row.goal.atLeast ? row.value * tolerance >= row.goal.limit : row.value <= row.goal.limit * tolerance;
+}
+
+// As Markdown, so that it goes into the documentation as it is printed.
+void PrintRow(std::FILE* out, const std::vector<std::string>& cells) {
+  static constexpr int kWidths[] = {58, 32, 11, 11, 12, 13, 10, 3};
+  for (size_t n = 0; n < cells.size(); ++n) std::fprintf(out, "| %-*s ", kWidths[n], cells[n].c_str());
+  std::fprintf(out, "|\n");
+}
+
+void PrintRows(std::FILE* out) {
+  PrintRow(out, {"case", "beside", "time", "its time", "median", "quartiles", "goal", "met"});
+  PrintRow(out, {"---", "---", "--:", "--:", "--:", "--:", "--:", "---"});
+  for (const Row& row : s_rows) {
+    const bool hasGoal = row.goal.limit > 0;
+    const std::string unit = *row.text.unit ? std::string(" ") + row.text.unit : "";
+    PrintRow(out, {row.text.name, row.text.beside, Time(row.sideTime), Time(row.peerTime), Number(row.value) + unit,
+                   Number(row.low) + "-" + Number(row.high),
+                   hasGoal ? (row.goal.atLeast ? ">= " : "<= ") + Number(row.goal.limit) : "",
+                   !hasGoal     ? ""
+                   : IsMet(row) ? "yes"
+                                : "NO"});
+  }
+}
+
+}  // namespace
+
+void Check(bool isRight, const std::string& whatIsWrong) {
+  if (isRight) return;
+  ++s_wrongResults;
+  std::fprintf(stderr, "bench: WRONG RESULT: %s\n", whatIsWrong.c_str());
+}
+
+void Use(const void* value) {
+  benchmark::DoNotOptimize(value);
+  benchmark::ClobberMemory();
+}
+
+void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side& peer) {
+  Sampler ours(side), theirs(peer);
+  theirs.Calibrate();
+  ours.Calibrate();
+  std::vector<double> ratios, sideTimes, peerTimes;
+  RunNow(row.name + " : " + row.beside, Repetitions(ours.IsLong() || theirs.IsLong()), [&](benchmark::State& state) {
+    const bool oursFirst = ratios.size() % 2 == 0;
+    double sideTime = oursFirst ? ours.Sample() : 0;
+    const double peerTime = theirs.Sample();
+    if (!oursFirst) sideTime = ours.Sample();
+    sideTimes.push_back(sideTime);
+    peerTimes.push_back(peerTime);
+    ratios.push_back(sideTime / peerTime);
+    state.counters["ratio"] = ratios.back();
+    state.counters["peer_ns"] = peerTime;
+    return sideTime / 1e9;
+  });
+  AddRow({row, goal, 0, 0, 0, Quantile(sideTimes, 0.5), Quantile(peerTimes, 0.5)}, ratios);
+}
+
+void Measure(const std::string& key, const Side& side) {
+  Sampler sampler(side);
+  sampler.Calibrate();
+  std::vector<double>& times = s_times[key];
+  RunNow(key, Repetitions(sampler.IsLong()), [&](benchmark::State&) {
+    times.push_back(sampler.Sample());
+    return times.back() / 1e9;
+  });
+}
+
+void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey) {
+  const std::vector<double>& times = s_times[key];
+  const std::vector<double>& baseTimes = s_times[baseKey];
+  const double base = Quantile(baseTimes, 0.5);
+  std::vector<double> ratios;
+  for (double time : times) ratios.push_back(time / base);
+  AddRow({row, {limit, false, true}, 0, 0, 0, Quantile(times, 0.5), base}, ratios);
+}
+
+void AddFigure(const RowText& row, const Goal& goal, int samples, const std::function<double()>& figure) {
+  std::vector<double> values;
+  RunNow(row.name, samples, [&](benchmark::State& state) {
+    const auto begin = Clock::now();
+    values.push_back(figure());
+    state.counters["figure"] = values.back();
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+  });
+  AddRow({row, goal}, values);
+}
+
+void RunSuite(const char* name, Suite suite) {
+  if (!TheOptions().filter.empty() && std::string(name).find(TheOptions().filter) == std::string::npos) return;
+  s_suite = name;
+  s_reporter = std::make_unique<SuiteReporter>(TheOptions().outputFolder + "/" + name + ".json");
+  suite();
+  s_reporter.reset();
+}
+
+int PrintTable() {
+  PrintRows(stdout);
+  int steep = 0;
+  for (const Row& row : s_rows) {
+    if (!TheOptions().isShort || !row.goal.isGrowth || IsMet(row, kShortRunTolerance)) continue;
+    std::printf("growth too steep: %s beside %s: %.2f, limit %.2f times %.1f\n", row.text.name.c_str(),
+                row.text.beside.c_str(), row.value, row.goal.limit, kShortRunTolerance);
+    ++steep;
+  }
+  if (s_wrongResults > 0) std::printf("%d results were WRONG\n", s_wrongResults);
+  return s_wrongResults > 0 || steep > 0 ? 1 : 0;
+}
+
+}  // namespace bench

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// Measuring and telling. A suite is a function that prepares its data, measures rows and checks the results; every row
+// ends in the one table that the program prints, every suite's samples in a JSON file of Google Benchmark's form.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+struct Options {
+  bool isShort = false;  // small sites and few samples: for results and growth, not for figures
+  std::string outputFolder = ".";
+  std::string filter;  // only suites whose name contains it
+};
+const Options& TheOptions();
+
+// A result that is wrong: told at once, and the program fails at its end.
+void Check(bool isRight, const std::string& whatIsWrong);
+
+// What is asked of a row. Without a limit the row is there to be known.
+struct Goal {
+  double limit = 0;
+  bool atLeast = false;
+  // A ratio of sizes: the short run fails when it is far over its limit, whatever the machine.
+  bool isGrowth = false;
+};
+
+struct RowText {
+  std::string name;
+  std::string beside;     // what a ratio is a ratio to; empty for a plain figure
+  const char* unit = "";  // of a plain figure
+};
+
+// One side of a comparison. `run` is measured; `after`, where there is one, follows each run and is not.
+struct Side {
+  std::function<void()> run;
+  std::function<void()> after = {};
+  double units = 1;  // things done in one run: times are given for one of them
+  // By the clock on the wall, for what other threads do; else by this thread's processor time, which other programs
+  // disturb less.
+  bool byWallClock = false;
+};
+
+// Measures `side` against `peer`, turn and turn about, and adds the row of their ratio.
+void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side& peer);
+// Measures a side alone and keeps its times under `key`, for AddGrowth.
+void Measure(const std::string& key, const Side& side);
+// The row of the time kept under `key` beside the one under `baseKey`.
+void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey);
+// Adds a plain figure, sampled `samples` times.
+void AddFigure(const RowText& row, const Goal& goal, int samples, const std::function<double()>& figure);
+
+using Suite = void (*)();
+// Runs a suite unless the filter leaves it out.
+void RunSuite(const char* name, Suite suite);
+
+// Prints the table. The program's exit code: 1 when a result was wrong or, in a short run, growth too steep.
+int PrintTable();
+
+// Keeps a value from being optimised away.
+void Use(const void* value);
+
+}  // namespace bench

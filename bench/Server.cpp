@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: Apache-2.0
+// The server over loopback, and the library's edits beside bare requests of the same bytes.
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
+#include <curl/curl.h>
+#include <rapidjson/document.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include "BizShared/NetCommManager.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "Report.h"
+#include "SiteData.h"
+#include "Suites.h"
+#include "server/ViewServer.h"
+
+namespace bench {
+
+namespace {
+
+using namespace QorviViewPlugin;
+
+constexpr char kViews[] = "/NXAPI/Vantorel/Platform/V0/Views";
+
+class Folder {
+ public:
+  Folder() {
+    std::string name = (std::filesystem::temp_directory_path() / "qorvi-bench-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("no folder for temporary files");
+    m_path = name;
+  }
+  ~Folder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+  std::string File(const char* name) const { return m_path / name; }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+// A bare libcurl handle with its connection.
+class Curl {
+ public:
+  Curl(const std::string& url, const std::string& token) : m_url(url), m_easy(curl_easy_init()) {
+    m_headers = curl_slist_append(nullptr, ("Authorization: Bearer " + token).c_str());
+    m_headers = curl_slist_append(m_headers, "Content-Type: application/json");
+    m_headers = curl_slist_append(m_headers, "Expect:");
+  }
+  ~Curl() {
+    curl_slist_free_all(m_headers);
+    curl_easy_cleanup(m_easy);
+  }
+  Curl(const Curl&) = delete;
+  Curl& operator=(const Curl&) = delete;
+
+  // The reply's body.
+  const std::string& Send(const char* method, const std::string& path, const std::string& body = "") {
+    m_reply.clear();
+    curl_easy_reset(m_easy);
+    curl_easy_setopt(m_easy, CURLOPT_URL, (m_url + path).c_str());
+    curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, method);
+    curl_easy_setopt(m_easy, CURLOPT_HTTPHEADER, m_headers);
+    curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
+    if (!body.empty()) {
+      curl_easy_setopt(m_easy, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
+      curl_easy_setopt(m_easy, CURLOPT_POSTFIELDS, body.c_str());
+    }
+    curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &Curl::OnBody);
+    curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, this);
+    Check(curl_easy_perform(m_easy) == CURLE_OK, std::string("request failed: ") + method + " " + path);
+    return m_reply;
+  }
+  bool IsAccepted(const char* method, const std::string& path, const std::string& body = "") {
+    return Send(method, path, body).find(R"("ErrorCode":0)") != std::string::npos;
+  }
+
+ private:
+  static size_t OnBody(char* data, size_t size, size_t count, void* self) {
+    static_cast<Curl*>(self)->m_reply.append(data, size * count);
+    return size * count;
+  }
+
+  std::string m_url;
+  CURL* m_easy;
+  curl_slist* m_headers = nullptr;
+  std::string m_reply;
+};
+
+template <class Run>
+double Seconds(Run run) {
+  const auto begin = std::chrono::steady_clock::now();
+  run();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+void MeasureList(Curl& curl, const SiteSize& site) {
+  const std::string list = ViewListText(site);
+  curl.Send("GET", kViews);
+  AddFigure(
+      {"server: list of " + std::string(site.name) + ", " + std::to_string(list.size() / 1000000) + " MB", "", "MB/s"},
+      {200, true}, TheOptions().isShort ? 3 : 7, [&] {
+        size_t bytes = 0;
+        const double seconds = Seconds([&] { bytes = curl.Send("GET", kViews).size(); });
+        return static_cast<double>(bytes) / seconds / 1e6;
+      });
+  Check(curl.Send("GET", kViews) == list, "the server's list is not the seeded site");
+}
+
+void MeasureEdits(Curl& curl, const SiteSize& site, const Folder& folder) {
+  const int edits = TheOptions().isShort ? 100 : 1000;
+  const std::string body = ViewBodyText(MakeView(site, 1));
+  AddFigure({"server: 1,000 edits, each a PUT of a view", "", "/s"}, {1000, true}, 5, [&] {
+    return edits / Seconds([&] {
+             for (int n = 0; n < edits; ++n) {
+               const std::string path = kViews + std::string("/") + std::to_string(1 + n * 13 % site.views);
+               Check(curl.IsAccepted("PUT", path, body), "an edit was refused");
+             }
+           });
+  });
+
+  SQLite::Database database(folder.File("bare.db"), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  database.exec("PRAGMA journal_mode=WAL");
+  database.exec("PRAGMA synchronous=NORMAL");
+  database.exec("CREATE TABLE documents (id INTEGER PRIMARY KEY, text TEXT NOT NULL)");
+  SQLite::Statement insert(database, "INSERT INTO documents (text) VALUES (?)");
+  AddFigure({"bare SQLite inserts of the same text, each a transaction", "", "/s"}, {}, 5, [&] {
+    return edits / Seconds([&] {
+             for (int n = 0; n < edits; ++n) {
+               SQLite::Transaction transaction(database);
+               insert.bindNoCopy(1, body);
+               insert.exec();
+               insert.reset();
+               transaction.commit();
+             }
+           });
+  });
+}
+
+// What a host would send to change the plan into what it is.
+std::string UpdateRequest(unsigned int id, unsigned int groupId) {
+  std::string detail;
+  Check(GetPlanDetail(R"({"ID":")" + std::to_string(id) + R"("})", detail), "no detail of the view to edit");
+  Check(detail.find(R"("GroupID":")" + std::to_string(groupId) + R"(")") != std::string::npos, "the view's group");
+  return detail;  // the keys that both have are named alike
+}
+
+void MeasureRoundTrip(Curl& curl, const server::ViewServer& server, const std::string& token) {
+  const SiteSize site{"edit", 1, 1, 16, 1};
+  BizShared::CNetCommManager::Instance().SetServer(server.Url());
+  BizShared::CNetCommManager::Instance().SetToken(token);
+  ViewInfo view = MakeView(site, 1);
+  auto& manager = Vant::Base::CSingleton<CViewGroupManager>::Instance();
+  manager.InsertViewToCache(view, true);
+  const std::string request = UpdateRequest(1, view.idViewGroup);
+  std::string response;
+  Check(UpdatePlan(request, response), "the edit was refused: " + response);
+  const std::string body = WriteViewDocument(*manager.GetViewByID(1)->Info());
+  const std::string path = kViews + std::string("/1");
+  Check(curl.Send("GET", kViews).find(view.strName) != std::string::npos, "the edit has not arrived");
+  AddRatio({"UpdatePlan of 16 windows over loopback", "bare libcurl, same bytes"}, {1.3},
+           {[&] {
+              std::string answer;
+              Check(UpdatePlan(request, answer), "the edit was refused");
+            },
+            {},
+            1,
+            true},
+           {[&] { Check(curl.IsAccepted("PUT", path, body), "the bare edit was refused"); }, {}, 1, true});
+  BizShared::CNetCommManager::Instance().SetServer("");
+  ClearViewData();
+}
+
+}  // namespace
+
+void ServerSuite() {
+  SiteSize site = kMedium;
+  if (TheOptions().isShort) site.views /= 10;
+  const Folder folder;
+  std::ofstream(folder.File("seed.json"), std::ios::binary) << SeedText(site);
+  server::ViewServerOptions options;
+  options.dataFile = folder.File("site.db");
+  options.seedFile = folder.File("seed.json");
+  server::ViewServer server(options);
+  server.Start();
+  const auto session = server.OpenLocalSession("bench");
+  if (!session) throw std::runtime_error("no session");
+  Curl curl(server.Url(), session->token);
+  MeasureList(curl, site);
+  MeasureEdits(curl, site, folder);
+  MeasureRoundTrip(curl, server, session->token);
+}
+
+}  // namespace bench
