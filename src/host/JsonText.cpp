@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include "json/ParseText.h"
+
 namespace host {
 namespace {
 
@@ -25,14 +27,9 @@ const rapidjson::Value& EmptyObject() {
 }  // namespace
 
 bool ParseJson(std::string_view text, rapidjson::Document& document) {
-  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
-  // The parser takes a NUL for the end of the text and would accept anything behind it.
-  if (text.find('\0') == std::string_view::npos) {
-    document.Parse<kFlags>(text.data(), text.size());
-    if (!document.HasParseError()) return true;
-  }
-  document.SetNull();
-  return false;
+  const bool parsed = json::Parse<rapidjson::kParseValidateEncodingFlag>(std::string(text), document);
+  if (!parsed) document.SetNull();
+  return parsed;
 }
 
 std::string TextOf(const rapidjson::Value& object, const char* key) {

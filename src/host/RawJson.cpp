@@ -59,7 +59,8 @@ std::string Unescaped(std::string_view token) {
 bool IsJson(std::string_view text) {
   // The parser would take a NUL for the end and skip a byte order mark, which is no blank.
   if (text.find('\0') != std::string_view::npos || text.substr(0, 3) == "\xEF\xBB\xBF") return false;
-  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
+  constexpr unsigned kFlags =
+      rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag | rapidjson::kParseNumbersAsStringsFlag;
   rapidjson::MemoryStream bytes(text.data(), text.size());
   rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
   rapidjson::BaseReaderHandler<> ignoreAll;

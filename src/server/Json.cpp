@@ -8,6 +8,7 @@
 #include <limits>
 #include <unordered_set>
 
+#include "json/ParseText.h"
 #include "server/Refusal.h"
 
 namespace server::json {
@@ -37,12 +38,9 @@ void CheckShape(const std::string& text) {
 }  // namespace
 
 rapidjson::Document Parse(const std::string& text) {
-  constexpr unsigned kFlags =
-      rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag;
   CheckShape(text);
   rapidjson::Document document;
-  document.Parse<kFlags>(text.data(), text.size());
-  if (document.HasParseError()) throw Malformed("the body is not JSON");
+  if (!::json::Parse<rapidjson::kParseValidateEncodingFlag>(text, document)) throw Malformed("the body is not JSON");
   if (!document.IsObject()) throw Malformed("the body is not a JSON object");
   return document;
 }

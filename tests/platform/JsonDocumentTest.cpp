@@ -155,6 +155,15 @@ TEST_F(JsonDocument, AFloatIsReadFromNumbersAndTextsThatAreWhollyOne) {
   EXPECT_EQ(Float("\"1" + zeros + "e-400\""), 1.0F);
   EXPECT_EQ(Float("\"0." + zeros + "1e2\""), 0.0F);
   EXPECT_EQ(Float("\"" + zeros + ".5\""), 0.5F);
+
+  // Too small for a double: zero. Digits and exponents of any number make no difference.
+  for (const std::string& tiny :
+       std::vector<std::string>{"0." + zeros + "1", "0." + zeros + "1e-20", "-0.0000000001e-2147483639", "0e" + zeros,
+                                "1e-99999999999999999999"}) {
+    EXPECT_EQ(Float(tiny), 0.0F) << tiny;
+    EXPECT_EQ(Int(tiny), 0) << tiny;
+  }
+  EXPECT_EQ(Float("0." + zeros + "25e401"), 2.5F);
 }
 
 TEST_F(JsonDocument, OnlyTrueAndFalseAreRead) {
@@ -232,6 +241,10 @@ TEST_F(JsonDocument, ATextThatIsNotJsonLeavesNothingToRead) {
                              "[1,]",
                              "nul",
                              "{\"v\":1e999}",
+                             "{\"v\":1.7976931348623159e308}",
+                             "{\"v\":-1.8e308}",
+                             "{\"v\":1" + std::string(299, '3') + "e308}",
+                             "{\"v\":1e99999999999999999999}",
                              "{\"v\":NaN}",
                              "{\"v\":\"\\ud800\"}",
                              "{\"v\":\"a\nb\"",

@@ -100,6 +100,7 @@ TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
       {R"({"Count":2147483648})", kDefault},
       {R"({"Count":-2147483649})", kDefault},
       {R"({"Count":1e400,"Open":true})", "refused"},
+      {R"({"Count":0.0000000001e-2147483639})", kDefault},
       {R"({"Count":1.0})", kDefault},
       {R"({"Count":1e0})", kDefault},
       {R"({"Count":-0})", WithCount("0")},

@@ -50,6 +50,8 @@ TEST_F(RefusalsTest, EachFaultHasItsCodeAndStatusInAWholeEnvelope) {
       {"POST", "V0/Views", R"({"View":{"Name":"x","UserID":"1"}})", 400, "100/6"},
       {"POST", "V0/Views", R"({"View":{"Name":"x","CycleTime":1.5}})", 400, "100/6"},
       {"POST", "V0/Views", R"({"View":{"Name":"x","CycleTime":4294967296}})", 400, "100/6"},
+      {"POST", "V0/Views", R"({"View":{"Name":"x","CycleTime":0.)" + std::string(400, '0') + "1}}", 400, "100/6"},
+      {"POST", "V0/Views", R"({"View":{"Name":"x","CycleTime":1e99999999999}})", 400, "100/6"},
       {"POST", "V0/Views", R"({"View":{"Name":"x","PlanPages":{}}})", 400, "100/6"},
       {"POST", "V0/Views", R"({"View":{"Name":"x","PlanPages":[1]}})", 400, "100/6"},
       {"POST", "V0/Views", R"({"View":{"Name":"x","PlanPages":[{"PlanViewItem":["w"]}]}})", 400, "100/6"},

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/protocol/JsonRecord.h"
 
+#include "json/ParseText.h"
+
 namespace QorviVideoComm {
 namespace {
 
@@ -71,10 +73,10 @@ bool JSONStructAdapter::Validate(const rapidjson::Value&) {
 
 bool ParseJsonRequest(IJSONStruct& record, const std::string& text) {
   if (text.empty() || text == "null") return false;
+  // What stands behind a NUL is not looked at.
+  std::string scratch = text;
   rapidjson::Document document;
-  // Iterative, so that no depth of nesting can overflow the caller's stack.
-  document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
-  if (document.HasParseError()) return false;
+  if (!json::ParseInPlace(scratch.data(), document)) return false;
   record.FromJSON(document);
   return true;
 }

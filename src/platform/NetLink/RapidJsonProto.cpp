@@ -16,13 +16,12 @@
 
 #include "NetLink/JsonCursor.h"
 #include "NetLink/NumberText.h"
+#include "json/ParseText.h"
 
 namespace NetLink {
 namespace {
 
 using rapidjson::Value;
-
-constexpr unsigned int kParseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
 
 std::string_view TextOf(const Value& value) {
   return {value.GetString(), value.GetStringLength()};
@@ -41,7 +40,7 @@ std::optional<int> IntOf(const Value& value) {
   if (value.IsDouble()) {
     const double whole = std::trunc(value.GetDouble());
     // Compared before the conversion, which is undefined for what does not fit.
-    if (std::abs(whole) > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+    if (!(std::abs(whole) <= std::numeric_limits<std::uint32_t>::max())) return std::nullopt;
     return As32Bits(static_cast<std::int64_t>(whole));
   }
   if (value.IsString()) {
@@ -157,10 +156,9 @@ class CRapidJsonProto::Impl {
 
   bool Parse(const std::string& text) {
     m_document.emplace();
-    rapidjson::StringStream stream(text.c_str());
-    m_document->ParseStream<kParseFlags>(stream);
+    m_text = text;
     // The parser takes a NUL for the end of the text.
-    const bool parsed = !m_document->HasParseError() && stream.Tell() == text.size();
+    const bool parsed = json::ParseInPlace(m_text.data(), *m_document) == text.size();
     if (parsed) {
       m_cursor.Reset(*m_document);
     } else {
@@ -187,9 +185,12 @@ class CRapidJsonProto::Impl {
  private:
   void Clear() {
     m_document.emplace(rapidjson::kObjectType);
+    m_text.clear();
     m_cursor.Reset(*m_document);
   }
 
+  // Where the texts of the document stand that were parsed.
+  std::string m_text;
   // Values live in the document's memory pool, which goes as a whole: neither replacing nor destroying one descends
   // into it.
   std::optional<rapidjson::Document> m_document;

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "json/ParseText.h"
+
 namespace ResourceStore::details {
 
 namespace {
@@ -57,12 +59,13 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
 
   bool Null() { return Scalar(std::nullopt); }
   bool Bool(bool) { return Scalar(std::nullopt); }
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool) { return json::PassNumber({text, length}, *this); }
   bool Int(int value) { return Number(value); }
   bool Uint(unsigned value) { return Number(value); }
   bool Int64(int64_t value) { return Number(value); }
   bool Uint64(uint64_t) { return Scalar(std::nullopt); }
   bool Double(double value) {
-    bool fits = std::isfinite(value) && std::abs(value) < 9e9;
+    bool fits = std::abs(value) < 9e9;
     return fits ? Number(static_cast<int64_t>(value)) : Scalar(std::nullopt);
   }
   bool String(const char* text, rapidjson::SizeType length, bool) { return Scalar(ToNumber({text, length})); }
@@ -221,7 +224,8 @@ bool ReadListDocument(const std::string& text, const ListNames& names, bool with
   TextStream stream(text);
   ListHandler handler(text, stream, names, withElements, document);
   rapidjson::Reader reader;
-  rapidjson::ParseResult result = reader.Parse<rapidjson::kParseIterativeFlag>(stream, handler);
+  rapidjson::ParseResult result =
+      reader.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag>(stream, handler);
   // A zero byte ends the text for the reader.
   return !result.IsError() && stream.Tell() >= text.size();
 }

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// How every text from outside becomes a RapidJSON document. Left to itself, RapidJSON 1.1 overflows an int and reads
+// outside its tables for numbers of very many digits or far exponents, and takes some that no double holds for
+// infinite. So it hands numbers out as texts, and they are made here. Stateless: any thread.
+#pragma once
+
+#include <rapidjson/document.h>
+#include <rapidjson/reader.h>
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace json {
+
+// The value of a JSON number that is out of a double's range: nothing when it is too large, 0 when it is too small.
+// std::from_chars does not tell the two apart; the decimal exponent of the first digit that counts does.
+inline std::optional<double> BeyondDouble(std::string_view number) {
+  const size_t mark = number.find_first_of("eE");
+  const std::string_view digits = number.substr(0, mark);
+  std::int64_t exponent = 0;
+  if (mark != std::string_view::npos) {
+    std::string_view text = number.substr(mark + 1);
+    if (text.front() == '+') text.remove_prefix(1);
+    if (std::from_chars(text.data(), text.data() + text.size(), exponent).ec != std::errc()) {
+      return text.front() == '-' ? std::optional(0.0) : std::nullopt;
+    }
+  }
+  const auto first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
+  const auto point = static_cast<std::int64_t>(digits.substr(0, digits.find('.')).size());
+  return exponent < first - point ? std::optional(0.0) : std::nullopt;
+}
+
+// Passes a JSON number on as RapidJSON would: as the smallest of its integer kinds, else as a double, the nearest one.
+// False when no double can hold it, and when the handler says so.
+template <class Handler>
+bool PassNumber(std::string_view number, Handler& handler) {
+  const char* const end = number.data() + number.size();
+  const auto isWhole = [&](auto& value) {
+    const auto [stop, error] = std::from_chars(number.data(), end, value);
+    return error == std::errc() && stop == end;
+  };
+  if (number.front() == '-') {
+    std::int64_t value = 0;
+    if (isWhole(value)) {
+      return value >= INT32_MIN ? handler.Int(static_cast<std::int32_t>(value)) : handler.Int64(value);
+    }
+  } else {
+    std::uint64_t value = 0;
+    if (isWhole(value)) {
+      return value <= UINT32_MAX ? handler.Uint(static_cast<std::uint32_t>(value)) : handler.Uint64(value);
+    }
+  }
+  double value = 0;
+  if (std::from_chars(number.data(), end, value).ec == std::errc()) return handler.Double(value);
+  const std::optional<double> tiny = BeyondDouble(number);
+  return tiny && handler.Double(*tiny);
+}
+
+// Passes all events on to a handler that wants numbers as numbers, and texts to be copied or not.
+template <class Handler, bool CopyTexts>
+class NumberMaker {
+ public:
+  using Ch = char;
+  explicit NumberMaker(Handler& handler) : m_handler(handler) {}
+
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool) { return PassNumber({text, length}, m_handler); }
+  bool Null() { return m_handler.Null(); }
+  bool Bool(bool value) { return m_handler.Bool(value); }
+  bool String(const char* text, rapidjson::SizeType length, bool) { return m_handler.String(text, length, CopyTexts); }
+  bool StartObject() { return m_handler.StartObject(); }
+  bool Key(const char* text, rapidjson::SizeType length, bool) { return m_handler.Key(text, length, CopyTexts); }
+  bool EndObject(rapidjson::SizeType members) { return m_handler.EndObject(members); }
+  bool StartArray() { return m_handler.StartArray(); }
+  bool EndArray(rapidjson::SizeType elements) { return m_handler.EndArray(elements); }
+  // The reader knows these, but numbers come raw.
+  bool Int(int) { return false; }
+  bool Uint(unsigned int) { return false; }
+  bool Int64(std::int64_t) { return false; }
+  bool Uint64(std::uint64_t) { return false; }
+  bool Double(double) { return false; }
+
+ private:
+  Handler& m_handler;
+};
+
+// Parses the text up to its first NUL, in place: it is overwritten, and unless they are copied the document's texts
+// stay in it, so that it must outlive the document. The number of bytes parsed, or nothing when they are not JSON or
+// hold a number that no double can; the document is then as it was. No depth of nesting costs stack. `Flags` are
+// further flags of RapidJSON's.
+template <unsigned int Flags = 0, bool CopyTexts = false>
+std::optional<size_t> ParseInPlace(char* text, rapidjson::Document& document) {
+  constexpr unsigned int kFlags =
+      rapidjson::kParseIterativeFlag | rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag | Flags;
+  rapidjson::InsituStringStream stream(text);
+  rapidjson::Reader reader;
+  auto generate = [&](rapidjson::Document& handler) {
+    NumberMaker<rapidjson::Document, CopyTexts> maker(handler);
+    return !reader.Parse<kFlags>(stream, maker).IsError();
+  };
+  document.Populate(generate);
+  return reader.HasParseError() ? std::nullopt : std::optional(stream.Tell());
+}
+
+// Parses a whole text, of which the document keeps nothing. False, and the document as it was, where it is not JSON
+// from end to end.
+template <unsigned int Flags = 0>
+bool Parse(std::string text, rapidjson::Document& document) {
+  const size_t size = text.size();
+  rapidjson::Document parsed;
+  if (ParseInPlace<Flags, true>(text.data(), parsed) != size) return false;
+  document.Swap(parsed);
+  return true;
+}
+
+}  // namespace json
