@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/Accounts.h"
 
+#include <SQLiteCpp/Exception.h>
+
 #include <chrono>
 
 #include "server/Json.h"
@@ -120,14 +122,18 @@ bool Accounts::Touch(int64_t sessionId) {
     if (!query.Next()) return false;
     lastUsed = query.Int64(0);
   }
-  if (lastUsed < now - kSessionSeconds) {
-    CloseSession(sessionId);
-    return false;
+  const bool alive = lastUsed >= now - kSessionSeconds;
+  if (alive && lastUsed >= now - kUseGranularity) return true;
+  try {
+    if (alive) {
+      Execute(m_database, "UPDATE sessions SET last_used = ? WHERE id = ?", now, sessionId);
+    } else {
+      CloseSession(sessionId);
+    }
+  } catch (const SQLite::Exception&) {
+    // A store that cannot be written, a full disk say, may still be read: the request itself shows.
   }
-  if (lastUsed < now - kUseGranularity) {
-    Execute(m_database, "UPDATE sessions SET last_used = ? WHERE id = ?", now, sessionId);
-  }
-  return true;
+  return alive;
 }
 
 void Accounts::CloseSession(int64_t sessionId) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/ChangeFeed.h"
 
+#include <cstdio>
+#include <exception>
 #include <set>
 
 namespace server {
@@ -11,9 +13,28 @@ constexpr size_t kMaxQueued = 1000;
 constexpr size_t kMaxQueuedBytes = size_t{4} << 20;
 constexpr size_t kTakeBytes = size_t{1} << 20;
 
+// What `step` answers; false when it throws.
+template <class Step>
+bool OrEnd(const Step& step) {
+  try {
+    return step();
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "viewserver: a change stream ends: %s\n", e.what());
+    return false;
+  }
+}
+
 }  // namespace
 
 bool ChangeFeed::Take(std::vector<Text>& events) {
+  return OrEnd([&] { return TakeNext(events); });
+}
+
+bool ChangeFeed::KeepAlive() {
+  return OrEnd([this] { return m_source.TouchSession(m_listener.sessionId); });
+}
+
+bool ChangeFeed::TakeNext(std::vector<Text>& events) {
   {
     const std::lock_guard lock(m_mutex);
     if (m_closed) return false;

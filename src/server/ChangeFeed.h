@@ -40,8 +40,9 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
 
   const Caller& Listener() const { return m_listener; }
 
+  // Where the store fails the stream ends, and the client comes back for the rest.
   bool Take(std::vector<Text>& events) override;
-  bool KeepAlive() override { return m_source.TouchSession(m_listener.sessionId); }
+  bool KeepAlive() override;
   void OnReady(std::function<void()> wake) override { m_wake = std::move(wake); }
 
   // Queues an event; false when the queue is full: the feed must then be unsubscribed, and reads by itself.
@@ -50,6 +51,7 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
   void Wake() { m_wake(); }
 
  private:
+  bool TakeNext(std::vector<Text>& events);
   void TakeQueued(std::vector<Text>& events);  // REQUIRES: m_mutex held
   bool CatchUp(std::vector<Text>& events);
 

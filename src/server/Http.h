@@ -32,7 +32,7 @@ class BodySource {
   virtual bool Next(std::string& chunk) = 0;
 };
 
-// What one listener of an event stream hears. Take and KeepAlive are called by one thread at a time.
+// What one listener of an event stream hears. Take and KeepAlive are called by one thread at a time and must not throw.
 class EventSource {
  public:
   virtual ~EventSource() = default;

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who hears what on the change streams, in which order, and how a listener that was away catches up.
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "TestClient.h"
+#include "server/ChangeFeed.h"
 
 namespace server::test {
 namespace {
@@ -223,6 +225,20 @@ TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
   const int32_t view = ann.AddView("V", -1, kPublic, pages);
   for (int i = 0; i < 120; ++i) ann.Put(At("Views", view), ViewBody("V", -1, kPublic, pages));
   for (int64_t i = 1; i <= 121; ++i) ASSERT_EQ(late.Next().number, i);
+}
+
+struct BrokenStore : ChangeSource {
+  Reach ReadChanges(const FeedPtr&, int64_t, std::vector<Change>&) override { throw std::runtime_error("disk full"); }
+  void Unsubscribe(const ChangeFeed*) override {}
+  bool TouchSession(int64_t) override { throw std::runtime_error("disk full"); }
+};
+
+TEST(ChangeFeed, EndsWhereTheStoreFails) {
+  BrokenStore store;
+  const auto feed = std::make_shared<ChangeFeed>(store, Caller{}, 0);
+  std::vector<Text> events;
+  EXPECT_FALSE(feed->Take(events));
+  EXPECT_FALSE(feed->KeepAlive());
 }
 
 }  // namespace

@@ -211,6 +211,11 @@ TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
     now += kSessionSeconds - 60;
     ASSERT_TRUE(accounts.Authenticate(token)) << "a use prolongs it";
   }
+  database.Handle().exec("PRAGMA query_only=1");
+  now += kSessionSeconds - 60;
+  EXPECT_TRUE(accounts.Authenticate(token)) << "a store that cannot be written is still read";
+  database.Handle().exec("PRAGMA query_only=0");
+  EXPECT_TRUE(accounts.Authenticate(token));
   EXPECT_FALSE(accounts.Authenticate(token + "x"));
   now += kSessionSeconds + 1;
   EXPECT_FALSE(accounts.Authenticate(token));
