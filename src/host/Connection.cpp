@@ -48,9 +48,11 @@ std::string StoreFile(const std::string& dataDir) {
   return dir.filePath("views.db").toStdString();
 }
 
-std::unique_ptr<server::ViewServer> StartEmbeddedServer(const server::ViewServerOptions& options) {
+std::unique_ptr<server::ViewServer> StartEmbeddedServer(
+    const server::ViewServerOptions& options, const std::function<void(const std::string& password)>& tellPassword) {
   try {
     auto server = std::make_unique<server::ViewServer>(options);
+    if (const auto password = server->TakeFirstPassword()) tellPassword(*password);
     server->Start();
     return server;
   } catch (const std::runtime_error& error) {
@@ -62,10 +64,9 @@ Connection::Connection(const GlobalOptions& options) {
   if (options.server.empty()) {
     server::ViewServerOptions embedded;
     embedded.dataFile = StoreFile(options.dataDir);
-    m_server = StartEmbeddedServer(embedded);
-    if (const auto password = m_server->TakeFirstPassword()) {
-      Say("A new store was made. User admin, password " + *password + " (shown this once)");
-    }
+    m_server = StartEmbeddedServer(embedded, [](const std::string& password) {
+      Say("A new store was made. User admin, password " + password + " (shown this once)");
+    });
     OpenLocally(options.user);
   } else {
     Login(options);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -9,9 +10,11 @@
 
 namespace host {
 
-// A running server inside this process. Throws Failure kNoConnection when the store, the seed or the address cannot be
-// used.
-std::unique_ptr<server::ViewServer> StartEmbeddedServer(const server::ViewServerOptions& options);
+// A running server inside this process. The password made for the user `admin` of a new store goes to `tellPassword`,
+// even where the server then cannot start: it is not to be had again. Throws Failure kNoConnection when the store, the
+// seed or the address cannot be used.
+std::unique_ptr<server::ViewServer> StartEmbeddedServer(
+    const server::ViewServerOptions& options, const std::function<void(const std::string& password)>& tellPassword);
 
 // The store's file in `dataDir` (empty: below the user's data directory), whose folder is made when it is not there.
 // Throws Failure kUsage when it cannot be made.

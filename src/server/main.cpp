@@ -45,10 +45,11 @@ int Serve(const server::ViewServerOptions& options) {
 
   AllowManyConnections();
   server::ViewServer viewServer(options);
-  viewServer.Start();
+  // Shown before anything else can fail: the store has the user already.
   if (const auto password = viewServer.TakeFirstPassword()) {
     std::cout << "User admin, password " << *password << " (shown this once)" << std::endl;
   }
+  viewServer.Start();
   std::cout << "Listening on " << viewServer.Url() << std::endl;
   io.run();
   viewServer.Stop();

@@ -173,6 +173,14 @@ TEST_F(CommandsTest, ServePrintsItsAddressAndEndsWhenAsked) {
   EXPECT_EQ(serve.Terminate(), 0);
 }
 
+TEST_F(CommandsTest, TheFirstPasswordIsToldAlsoWhenTheAddressIsTaken) {
+  const QTemporaryDir folder;
+  const QString taken = QString::fromStdString(TheSite().Url().substr(7));
+  const Outcome serve = test::Run({"serve", "--listen", taken, "--data", folder.path()});
+  EXPECT_EQ(serve.status, 3) << serve.err;
+  EXPECT_TRUE(Has(serve.out, "User admin, password ")) << serve.out;
+}
+
 TEST_F(CommandsTest, ThePasswordMayStandInAFileAndTheLogGoesToOne) {
   const std::string password = TheSite().Folder() + "/password";
   const std::string log = TheSite().Folder() + "/log";

@@ -53,7 +53,7 @@ int RunDemo(const GlobalOptions& options) {
   GlobalOptions own = options;
   own.user = kOwnUser;
   NoticeQueue notices;  // outlives the client, which notifies it
-  Client client(own, StartEmbeddedServer(embedded), Texts::kTranslated);
+  Client client(own, StartEmbeddedServer(embedded, [](const std::string&) {}), Texts::kTranslated);
   client.Load();
   OwnSide maria(kOwnUser, client.Functions(), notices);
   ScriptSide kenji(kOtherUser, SamplePassword(site, kOtherUser), client.Server().EmbeddedServer()->Url(),

@@ -36,10 +36,9 @@ int RunServe(const GlobalOptions& options, const ServeOptions& serve) {
   embedded.seedFile = serve.seed;
   embedded.dataFile = StoreFile(options.dataDir);
   WatchForStop();
-  const auto server = StartEmbeddedServer(embedded);
-  if (const auto password = server->TakeFirstPassword()) {
-    std::printf("User admin, password %s (shown this once)\n", password->c_str());
-  }
+  const auto server = StartEmbeddedServer(embedded, [](const std::string& password) {
+    std::printf("User admin, password %s (shown this once)\n", password.c_str());
+  });
   std::printf("Listening on %s\n", server->Url().c_str());
   std::fflush(stdout);
   while (!StopAsked()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
