@@ -6,6 +6,7 @@
 
 #include <charconv>
 #include <limits>
+#include <string_view>
 #include <unordered_set>
 
 #include "json/ParseText.h"
@@ -15,7 +16,14 @@ namespace server::json {
 
 namespace {
 
-// The parser would take a NUL for the end of the text, and the tree it builds must not be deep: one look before it.
+// Whether at `at` stands the escape of a code point from U+D800 to U+DFFF whose second digit is one of `digits`.
+bool IsHalfEscape(const std::string& text, size_t at, std::string_view digits) {
+  return at + 3 < text.size() && text[at + 1] == 'u' && (text[at + 2] == 'd' || text[at + 2] == 'D') &&
+         digits.find(text[at + 3]) != std::string_view::npos;
+}
+
+// The parser would take a NUL for the end of the text and the second half of a surrogate pair without the first for a
+// code point, and the tree it builds must not be deep: one look before it.
 void CheckShape(const std::string& text) {
   int depth = 0;
   bool inString = false;
@@ -23,8 +31,10 @@ void CheckShape(const std::string& text) {
     const char c = text[i];
     if (c == '\0') throw Malformed("the body is not JSON");
     if (inString) {
-      if (c == '\\') ++i;
       if (c == '"') inString = false;
+      if (c != '\\') continue;
+      if (IsHalfEscape(text, i, "cdefCDEF")) throw Malformed("the body is not UTF-8");
+      i += IsHalfEscape(text, i, "89abAB") ? 11 : 1;  // the parser wants a second half behind a first one
     } else if (c == '"') {
       inString = true;
     } else if (c == '{' || c == '[') {
