@@ -144,7 +144,9 @@ MoveInput ReadMoveBody(Kind kind, const std::string& body) {
 
 std::vector<int32_t> ReadShareBody(const std::string& body) {
   const rapidjson::Document document = json::Parse(body);
-  return json::IdList(json::String(json::ObjectMember(document, "ViewShare"), "ShareUsers"));
+  std::vector<int32_t> users = json::IdList(json::String(json::ObjectMember(document, "ViewShare"), "ShareUsers"));
+  if (users.size() > kMaxShareUsers) throw TooLarge();
+  return users;
 }
 
 DefaultView ReadDefaultViewBody(const std::string& body) {

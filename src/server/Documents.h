@@ -34,6 +34,9 @@ struct MoveInput {
   std::vector<int32_t> ids;  // in their new order
 };
 
+// Users named in one request to share: each is looked up while everybody else waits.
+constexpr size_t kMaxShareUsers = 10000;
+
 struct LoginInput {
   std::string userName, password, clientName;
 };

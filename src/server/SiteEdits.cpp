@@ -88,10 +88,10 @@ std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, cons
   std::vector<ShareFailure> failures;
   auto view = std::make_shared<View>(*old);
   for (int32_t user : users) {
-    const std::string name = m_accounts.UserName(user);
+    const std::string name = m_accounts.UserName(user);  // empty: there is no such user
     if (user == caller.userId) {
       failures.push_back({user, name, NotPermitted("nobody shares a view with themselves")});
-    } else if (!m_accounts.UserExists(user)) {
+    } else if (name.empty()) {
       failures.push_back({user, name, NoSuchUser()});
     } else {
       const auto place = std::lower_bound(view->sharedWith.begin(), view->sharedWith.end(), user);

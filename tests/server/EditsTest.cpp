@@ -198,6 +198,9 @@ TEST_F(EditsTest, SharingAddsUsersAndTellsWhichOnesItCouldNot) {
   for (const char* users : {"", ",", "2,", "2,x", "2 ,3", "0x2", "99999999999"}) {
     EXPECT_EQ(ann.Post(share, ShareBody(users)).Error(), "100/6") << users;
   }
+  std::string many = "1";
+  for (int user = 2; user <= 10001; ++user) many += "," + std::to_string(user);
+  EXPECT_EQ(ann.Post(share, ShareBody(many)).Outcome(), "100/7 413");
 }
 
 TEST_F(EditsTest, EachUserHasADefaultViewOfTheirOwn) {
