@@ -2,7 +2,6 @@
 #include "server/Rules.h"
 
 #include <algorithm>
-#include <set>
 
 #include "server/Refusal.h"
 
@@ -36,12 +35,14 @@ void CheckFolder(const Catalog& catalog, int32_t userId, int32_t folderId, int32
   if (folder->userId != owner) throw NotPermitted("a folder's content has the folder's owner");
 }
 
-void CheckNoCycle(const Catalog& catalog, int32_t groupId, int32_t newParentId) {
-  for (int32_t at = newParentId; at != kTopFolder;) {
-    if (at == groupId) throw NotPermitted("a group cannot lie in itself");
+std::set<int32_t> WayToTop(const Catalog& catalog, int32_t folderId) {
+  std::set<int32_t> way;
+  for (int32_t at = folderId; at != kTopFolder;) {
+    way.insert(at);
     const GroupPtr group = catalog.FindGroup(at);
     at = group ? group->parentId : kTopFolder;
   }
+  return way;
 }
 
 void CheckName(const std::string& name) {

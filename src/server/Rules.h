@@ -3,6 +3,7 @@
 // and change nothing. What a user may not see does not exist for them.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,8 @@ GroupPtr EditableGroup(const Catalog& catalog, int32_t userId, int32_t groupId);
 void CheckOwner(int32_t userId, int32_t owner);
 // A folder's content has the folder's owner.
 void CheckFolder(const Catalog& catalog, int32_t userId, int32_t folderId, int32_t owner);
-// A group never lies in itself, however deep.
-void CheckNoCycle(const Catalog& catalog, int32_t groupId, int32_t newParentId);
+// A folder and all that it lies in; none of them can be moved into it, for a group never lies in itself.
+std::set<int32_t> WayToTop(const Catalog& catalog, int32_t folderId);
 // 1 to 256 code points, no control characters.
 // REQUIRES: valid UTF-8
 void CheckName(const std::string& name);
