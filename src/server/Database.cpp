@@ -2,6 +2,8 @@
 #include "server/Database.h"
 
 #include <SQLiteCpp/Exception.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -38,6 +40,9 @@ CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NU
 )sql";
 
 SQLite::Database Open(const std::string& file) {
+  // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
+  const int made = file == ":memory:" ? -1 : open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (made >= 0) close(made);
   try {
     return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5000 /* ms to wait for a lock */);
   } catch (const SQLite::Exception& e) {

@@ -165,6 +165,9 @@ TEST_F(StoreTest, LoggingInTakesTheRightPasswordAndShowsWhoIsOnline) {
   EXPECT_TRUE(fresh.AddUser("dora", "d", error)) << error;
   EXPECT_FALSE(fresh.OpenLocalSession("nobody"));
   fresh.Start();
+  for (const char* file : {"fresh.db", "fresh.db-wal", "fresh.db-shm", "fresh.db.lock"}) {
+    EXPECT_EQ(std::filesystem::status(m_folder / file).permissions(), std::filesystem::perms(0600)) << file;
+  }
   const Client stranger(fresh.Port(), "");
   const auto logIn = [&stranger](const std::string& name, const std::string& word) {
     return stranger.Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + word + "\"}}");
