@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/Api.h"
 
+#include <charconv>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -35,6 +36,10 @@ HttpReply Reply(std::string body) {
   HttpReply reply;
   reply.body = std::move(body);
   return reply;
+}
+
+bool IsLogin(const HttpRequest& request) {
+  return request.method == "POST" && request.path == std::string(kRoot) + "V0/Sessions";
 }
 
 HttpReply Done() {
@@ -103,10 +108,12 @@ std::optional<std::string> Parameter(std::string_view query, std::string_view na
 }
 
 int64_t ChangeNumber(const std::optional<std::string>& text) {
-  if (!text || text->empty() || text->size() > 18 || text->find_first_not_of("0123456789") != std::string::npos) {
+  if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
     throw Malformed("After is not the number of a change");
   }
-  return std::stoll(*text);
+  int64_t number = 0;
+  if (std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc()) throw ChangesGone();
+  return number;
 }
 
 std::string IdData(const char* kind, int32_t id) {
@@ -173,6 +180,7 @@ const Api::Route& Api::FindRoute(const HttpRequest& request, Exchange& exchange)
 }
 
 uint64_t Api::BodyLimit(const HttpRequest& request) {
+  if (IsLogin(request)) return kUsualBody;
   try {
     m_site.Authenticate(request.token);
     return kMaxBody;
@@ -182,8 +190,7 @@ uint64_t Api::BodyLimit(const HttpRequest& request) {
 }
 
 bool Api::IsSlow(const HttpRequest& request) {
-  return request.body.size() > kSlowBody ||
-         (request.method == "POST" && request.path == std::string(kRoot) + "V0/Sessions");
+  return request.body.size() > kSlowBody || IsLogin(request);
 }
 
 HttpReply Api::AnswerMalformed() {

@@ -54,12 +54,15 @@ struct HttpReply {
   std::chrono::milliseconds delay{0};   // to wait before answering
 };
 
+constexpr uint64_t kUsualBody = 64 << 10;
+
 // Called from several threads at once. Must not throw.
 class HttpHandler {
  public:
   virtual ~HttpHandler() = default;
   virtual HttpReply Handle(const HttpRequest& request) = 0;
-  // How many bytes a body may have that is larger than usual; asked before it is read, so `request` has none yet.
+  // How many bytes a body may have that is larger than usual; asked before it is read, so `request` has none yet. 0:
+  // something else is wrong with the request, and Handle says what.
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
   // True when Handle may take so long that other connections should not wait for it.
   virtual bool IsSlow(const HttpRequest& request) = 0;

@@ -28,7 +28,6 @@ using PlainStream = beast::tcp_stream;
 using TlsStream = asio::ssl::stream<beast::tcp_stream>;
 
 constexpr uint32_t kMaxHead = 64 << 10;
-constexpr uint64_t kUsualBody = 64 << 10;
 constexpr uint64_t kDrainBytes = uint64_t{256} << 20;
 constexpr std::chrono::seconds kDrainTime{5};
 constexpr size_t kGather = 32;  // buffers in one write
@@ -129,10 +128,11 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 
     const auto length = m_parser->content_length();
     uint64_t limit = kUsualBody;
-    if (!length || *length > limit) limit = std::max(limit, m_context.handler.BodyLimit(m_request));
-    if (length && *length > limit) {
-      // Even without the body the handler knows what is wrong with a stranger's request.
-      return Refuse(limit == kUsualBody ? m_context.handler.Handle(m_request) : m_context.handler.AnswerTooLarge());
+    if (!length || *length > limit) {
+      const uint64_t allowed = m_context.handler.BodyLimit(m_request);
+      if (length && allowed == 0) return Refuse(m_context.handler.Handle(m_request));
+      limit = std::max(limit, allowed);
+      if (length && *length > limit) return Refuse(m_context.handler.AnswerTooLarge());
     }
     m_parser->body_limit(limit);
     if (beast::iequals(message[http::field::expect], "100-continue")) return SayContinue();

@@ -72,6 +72,7 @@ TEST_F(RefusalsTest, EachFaultHasItsCodeAndStatusInAWholeEnvelope) {
       {"GET", "V0/Changes", "", 400, "100/6"},
       {"GET", "V0/Changes?After=-1", "", 400, "100/6"},
       {"GET", "V0/Changes?After=1000000", "", 410, "100/6"},
+      {"GET", "V0/Changes?After=99999999999999999999", "", 410, "100/6"},
 
       {"GET", "V0/Nothing", "", 404, "100/6"},
       {"GET", "V0/Views/", "", 404, "100/6"},
@@ -97,6 +98,7 @@ TEST_F(RefusalsTest, NothingButLoggingInGoesWithoutAToken) {
     EXPECT_EQ(stranger.Get("V0/Views").Outcome(), "101/2 401");
     EXPECT_EQ(stranger.Post("V0/Views", "{").Outcome(), "101/2 401");
     EXPECT_EQ(stranger.Post("V0/Views", std::string(1 << 20, ' ')).Outcome(), "101/2 401");
+    EXPECT_EQ(stranger.Post("V0/Sessions", std::string(1 << 20, ' ')).Outcome(), "100/7 413");
     EXPECT_EQ(stranger.Listen(0).Status(), 401);
   }
 }
