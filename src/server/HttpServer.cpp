@@ -36,9 +36,9 @@ constexpr size_t kGather = 32;  // buffers in one write
 struct Context {
   const HttpSettings settings;
   HttpHandler& handler;
+  std::atomic<size_t> connections{0};  // before what holds connections to its end
   asio::io_context io;
   asio::thread_pool slow;
-  std::atomic<size_t> connections{0};
 };
 
 const char* Reason(int status) {
@@ -337,7 +337,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 class HttpServer::Impl {
  public:
   Impl(const HttpSettings& settings, HttpHandler& handler)
-      : m_context{settings, handler, asio::io_context(settings.threads), asio::thread_pool(settings.slowThreads), {}},
+      : m_context{settings, handler, {}, asio::io_context(settings.threads), asio::thread_pool(settings.slowThreads)},
         m_acceptor(asio::make_strand(m_context.io)),
         m_pause(m_acceptor.get_executor()) {
     LoadCertificate();
@@ -349,6 +349,7 @@ class HttpServer::Impl {
   ~Impl() {
     m_context.io.stop();
     for (std::thread& thread : m_threads) thread.join();
+    m_context.slow.stop();  // what has not begun is not wanted any more
     m_context.slow.join();
   }
 
