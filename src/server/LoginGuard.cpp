@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "server/Secrets.h"
+
 namespace server {
 
 namespace {
@@ -14,12 +16,14 @@ constexpr size_t kMaxNames = 10000;
 }  // namespace
 
 std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, Time now) {
+  const std::string key = Digest(userName);
   const std::lock_guard lock(m_mutex);
-  if (m_failures.size() >= kMaxNames) {
-    std::erase_if(m_failures, [now](const auto& entry) { return entry.second.last + kForgetAfter < now; });
-    if (m_failures.size() >= kMaxNames) m_failures.erase(m_failures.begin());
+  if (m_failures.size() >= kMaxNames && m_failures.count(key) == 0) {
+    m_failures.erase(std::min_element(m_failures.begin(), m_failures.end(), [](const auto& left, const auto& right) {
+      return left.second.last < right.second.last;
+    }));
   }
-  Failures& failures = m_failures[userName];
+  Failures& failures = m_failures[key];
   if (failures.last + kForgetAfter < now) failures.count = 0;
   failures.last = now;
   const int beyond = ++failures.count - kFree;
@@ -27,8 +31,9 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, Time n
 }
 
 void LoginGuard::Succeeded(const std::string& userName) {
+  const std::string key = Digest(userName);
   const std::lock_guard lock(m_mutex);
-  m_failures.erase(userName);
+  m_failures.erase(key);
 }
 
 }  // namespace server

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Makes guessing passwords slow: failed log-ins of one user name are answered later and later. A right password is
-// answered at once, so that nobody can lock another user out. Any thread.
+// answered at once, so that nobody can lock another user out; who guesses over many connections at a time is therefore
+// slowed by the hashing alone. Any thread.
 #pragma once
 
 #include <chrono>
@@ -24,8 +25,8 @@ class LoginGuard {
     Time last;
   };
 
-  std::mutex m_mutex;  // leaf; guards what follows
-  std::map<std::string, Failures> m_failures;
+  std::mutex m_mutex;                          // leaf; guards what follows
+  std::map<std::string, Failures> m_failures;  // by digest of the name, which strangers choose as long as they like
 };
 
 }  // namespace server

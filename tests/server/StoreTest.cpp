@@ -239,6 +239,9 @@ TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {
   const int expected[] = {0, 0, 0, 250, 500, 1000, 2000, 4000, 8000, 8000};
   for (int ms : expected) EXPECT_EQ(guard.Failed("ann", now), milliseconds(ms));
   EXPECT_EQ(guard.Failed("bob", now), milliseconds(0));
+  for (int i = 0; i < 9998; ++i) guard.Failed("earlier " + std::to_string(i), now - std::chrono::minutes(1));
+  for (int i = 0; i < 3; ++i) guard.Failed("later " + std::to_string(i), now);
+  EXPECT_EQ(guard.Failed("ann", now), milliseconds(8000)) << "the oldest make room";
   EXPECT_EQ(guard.Failed("ann", now + std::chrono::hours(1)), milliseconds(0)) << "forgotten after a while";
   for (int i = 0; i < 5; ++i) guard.Failed("ann", now);
   guard.Succeeded("ann");
