@@ -168,7 +168,7 @@ std::string GroupHead(const Group& group) {
   json::AppendMember(head += ',', "Name", group.name);
   json::AppendMember(head += ',', "ParentViewGroupID", group.parentId);
   json::AppendMember(head += ',', "UserID", group.userId);
-  json::AppendMember(head += ',', "IsSharedView", group.sharedFolder ? 1 : -1);
+  json::AppendMember(head += ',', "IsSharedView", group.sharedFolder && group.userId != kNobody ? 1 : -1);
   json::AppendMember(head += ',', "SequenceIndex", group.sequence);
   return head;
 }

@@ -22,7 +22,7 @@ struct Group {
   std::string name;
   int32_t parentId = kTopFolder;
   int32_t userId = kNobody;
-  bool sharedFolder = false;
+  bool sharedFolder = false;  // counts for a private one only
   int32_t sequence = 0;
   Text head;  // the element without its closing brace
 };

@@ -77,6 +77,9 @@ TEST_F(EditsTest, ReplacingTakesNameFolderCycleAndPagesAndKeepsTheRest) {
   EXPECT_EQ(Text(Group(groups, group)["Name"]), "H");
   EXPECT_EQ(Number(Group(groups, group)["IsSharedView"]), 1);
   EXPECT_EQ(Number(Group(groups, folder)["IsSharedView"]), -1) << "never 0";
+  const int32_t open = ann.AddGroup("open", -1, kPublic);
+  ann.Put("V0/ViewGroups/" + std::to_string(open), GroupBody("open", -1, -1, 1));
+  EXPECT_EQ(Number(Group(bob.Get("V0/ViewGroups"), open)["IsSharedView"]), -1) << "it has no owner";
   EXPECT_EQ(Number(Group(groups, group)["ParentViewGroupID"]), folder);
   EXPECT_EQ(Number(Group(groups, group)["UserID"]), kAnn);
 }
