@@ -65,14 +65,17 @@ void ViewSync::End() {
 }
 
 bool ViewSync::IsThisThread() const {
-  return m_thread.get_id() == std::this_thread::get_id();
+  return m_threadId == std::this_thread::get_id();
 }
 
 void ViewSync::Run() {
+  m_threadId = std::this_thread::get_id();
   Lists lists;
-  if (!Download(lists)) return;
-  m_targets.texts.Set(std::move(lists.groups.text), std::move(lists.views.text), true);
-  Follow();
+  if (Download(lists)) {
+    m_targets.texts.Set(std::move(lists.groups.text), std::move(lists.views.text), true);
+    Follow();
+  }
+  m_threadId = std::thread::id();  // the next thread may get the same
 }
 
 bool ViewSync::Download(Lists& lists) {

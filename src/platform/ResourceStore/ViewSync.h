@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -78,6 +79,8 @@ class ViewSync {
 
   uint64_t m_lastSeen = 0;     // number of the last change that is in the texts and was called back
   uint64_t m_viewsNumber = 0;  // number of the last change that the views' list holds
+  // The thread's own id while it runs: others ask for it while m_thread is joined.
+  std::atomic<std::thread::id> m_threadId{};
   std::thread m_thread;
 };
 
