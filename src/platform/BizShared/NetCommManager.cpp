@@ -104,7 +104,7 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
     transport = m_impl->m_transport;
     request.server = m_impl->m_server;
     request.caFile = m_impl->m_caFile;
-    if (exchange.asUser) request.token = m_impl->m_token;
+    request.token = exchange.asUser ? m_impl->m_token : exchange.token;
   }
   exchange.token = request.token;
   if (transport) return transport(recv, send);

@@ -143,21 +143,22 @@ bool CUserCommonManager::Login(const std::string& userName, const std::string& p
 }
 
 void CUserCommonManager::Logout() {
+  details::Exchange exchange;
+  exchange.asUser = false;
   {
+    // Taken away before somebody else can log in, whose new session is not the one to end.
     std::lock_guard<std::mutex> lock(m_impl->m_mutex);
     m_impl->Forget();
+    exchange.token = CNetCommManager::Instance().GetToken();
+    CNetCommManager::Instance().SetToken({});
   }
-  std::string token = CNetCommManager::Instance().GetToken();
-  if (token.empty()) return;
+  if (exchange.token.empty()) return;
   NetLink::CClientSendInfo send;
   send.SetVal_Method("DELETE");
   send.SetVal_URL(kCurrentSessionUrl);
   send.SetVal_Timeout(kLogoutTimeout);
   NetLink::CClientRecvInfo recv;
-  details::Exchange exchange;
   CNetCommManager::Instance().Send(recv, send, exchange);
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
-  if (!m_impl->m_loggedIn) CNetCommManager::Instance().SetToken({});
 }
 
 bool CUserCommonManager::Renew(const std::string& refusedToken, details::CCanceller* canceller) {

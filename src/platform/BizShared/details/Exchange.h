@@ -15,14 +15,15 @@ namespace BizShared::details {
 struct Exchange {
   // In.
   CCanceller* canceller = nullptr;
-  bool asUser = true;  // sends the user's token, and renews a session that the server no longer knows
+  // Sends the user's token, and renews a session that the server no longer knows; else what stands in `token` is sent.
+  bool asUser = true;
   // Gets the body of a 200 piece by piece on the calling thread, until it answers false; there is no limit for the
   // whole request then, only for silence. Must not throw. Empty: the body is collected in the reply record.
   std::function<bool(std::string_view)> receive;
   std::chrono::milliseconds silence{0};  // 0: no limit
 
   // Out.
-  std::string token;             // that the request was last sent with, from before it is sent
+  std::string token;             // that the request was last sent with, from before it is sent; see asUser
   int status = 0;                // HTTP status, 0 without a reply
   std::string resourceSequence;  // header "Resource-Sequence", empty when absent
 };
