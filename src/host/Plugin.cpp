@@ -8,6 +8,7 @@
 
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "host/Failure.h"
+#include "host/JsonText.h"
 
 namespace host {
 namespace {
@@ -83,6 +84,15 @@ const Plugin::Function* Plugin::Find(std::string_view name) const {
 
 bool Plugin::Ask(std::string_view exchange, const std::string& request, std::string& response) const {
   return std::get<Exchange>(m_functions.at(exchange))(request, response);
+}
+
+bool Plugin::Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response) const {
+  std::string text;
+  const bool done = Ask(exchange, request, text);
+  if (!ParseJson(text, response) && done) {
+    throw Failure(kRefused, std::string(exchange) + ": The response is not JSON in UTF-8, so nothing is made of it");
+  }
+  return done;
 }
 
 bool Plugin::Ask(std::string_view question) const {

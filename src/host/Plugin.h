@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <rapidjson/document.h>
+
 #include <QLibrary>
 #include <chrono>
 #include <map>
@@ -32,8 +34,11 @@ class Plugin {
   // Null when there is no function of that name.
   const Function* Find(std::string_view name) const;
 
-  // The three below REQUIRE the name of a function of that kind.
+  // The four below REQUIRE the name of a function of that kind.
   bool Ask(std::string_view exchange, const std::string& request, std::string& response) const;
+  // The same, with the response read. Throws Failure kRefused when the answer is true and cannot be read: what a server
+  // holds may be no UTF-8. An answer of false may come with a null.
+  bool Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response) const;
   bool Ask(std::string_view question) const;
   void Register(ResourceData::IResourceObserver* observer, const std::string& request) const;
 

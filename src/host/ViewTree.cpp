@@ -17,10 +17,8 @@ bool SortsBefore(const std::string& left, const std::string& right) {
 }
 
 void AskListing(const Plugin& plugin, const char* exchange, const std::string& request, rapidjson::Document& answer) {
-  std::string response;
-  const bool done = plugin.Ask(exchange, request, response);
-  ParseJson(response, answer);
-  if (!done) throw Failure(kRefused, std::string(exchange) + ": " + TextOf(answer, "ErrorInfo"));
+  if (!plugin.Ask(exchange, request, answer))
+    throw Failure(kRefused, std::string(exchange) + ": " + TextOf(answer, "ErrorInfo"));
 }
 
 class TreeReader {

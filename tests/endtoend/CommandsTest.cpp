@@ -160,6 +160,22 @@ TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
   EXPECT_EQ(second.err, "");
 }
 
+TEST_F(CommandsTest, WhatIsNoUtf8IsReportedAndNotLeftOut) {
+  const QTemporaryDir folder;
+  const QStringList own = {"--data", folder.path()};
+  test::Run(own + QStringList{"call", "AddPlanGroup", R"({"Name":"Spoilt","ParentID":"-1","Type":0})"});
+  const std::string store = folder.filePath("views.db").toStdString();
+  std::string content = ReadFile(store);
+  for (size_t at = 0; (at = content.find("Spoilt")) != std::string::npos;) content[at] = '\xff';
+  WriteFile(store, content);
+  for (const QStringList& command : {QStringList{"tree"}, QStringList{"export", "-o", "-"}}) {
+    const Outcome outcome = test::Run(own + command);
+    EXPECT_EQ(outcome.status, 1) << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, "GetPlanGroups: The response is not JSON in UTF-8")) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+  }
+}
+
 TEST_F(CommandsTest, ServePrintsItsAddressAndEndsWhenAsked) {
   const QTemporaryDir folder;
   Running serve({"serve", "--listen", "127.0.0.1:0", "--data", folder.path()}, "");

@@ -109,11 +109,9 @@ class Export {
   }
 
   PortableView Read(const std::string& id, const Place& place) {
-    std::string response;
-    const bool done =
-        m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", id).Add("NeedResourceName", false).Text(), response);
     rapidjson::Document detail;
-    ParseJson(response, detail);
+    const bool done =
+        m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", id).Add("NeedResourceName", false).Text(), detail);
     if (!done) throw Failure(kRefused, "View " + id + ": " + TextOf(detail, "ErrorInfo"));
     return ToPortable(detail, place);
   }

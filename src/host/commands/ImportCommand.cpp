@@ -83,16 +83,14 @@ class Import {
     if (!parentId) return Fail("folder", PlaceText(step.place), "the folder above was not made", false);
     std::string id;
     if (!m_dryRun) {
-      std::string response;
+      rapidjson::Document answer;
       const std::string request = ObjectText()
                                       .Add("Name", step.place.path.back())
                                       .Add("ParentID", *parentId)
                                       .Add("Type", step.place.kind)
                                       .Add("is_share_viewgroup", step.place.kind == kShared)
                                       .Text();
-      const bool done = m_plugin.Ask("AddPlanGroup", request, response);
-      rapidjson::Document answer;
-      ParseJson(response, answer);
+      const bool done = m_plugin.Ask("AddPlanGroup", request, answer);
       if (!done) return Fail("folder", PlaceText(step.place), TextOf(answer, "ErrorInfo"), true);
       id = TextOf(answer, "ID");
     }
@@ -106,7 +104,7 @@ class Import {
     const auto folderId = FolderId(step.place);
     if (!folderId) return Fail("view", ViewPlace(step), "its folder was not made", false);
     if (!m_dryRun) {
-      std::string response;
+      rapidjson::Document answer;
       // What lies in an own folder of the shared kind is private too: shared is what others share with the user.
       const std::string request = ObjectText()
                                       .Add("GroupID", *folderId)
@@ -116,9 +114,7 @@ class Import {
                                       .Add("RoundTime", step.view.roundTime)
                                       .AddRaw("PlanPages", step.view.pages)
                                       .Text();
-      const bool done = m_plugin.Ask("AddPlan", request, response);
-      rapidjson::Document answer;
-      ParseJson(response, answer);
+      const bool done = m_plugin.Ask("AddPlan", request, answer);
       if (!done) return Fail("view", ViewPlace(step), TextOf(answer, "ErrorInfo"), true);
     }
     m_failuresInARow = 0;
@@ -136,7 +132,7 @@ class Import {
     std::string response;
     m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", step.id).Add("NeedResourceName", false).Text(), response);
     rapidjson::Document detail;
-    ParseJson(response, detail);
+    ParseJson(response, detail);  // what cannot be read is other content
     return ToPortable(detail, step.view.folder) == step.view;
   }
 

@@ -35,11 +35,15 @@ int RunShow(const GlobalOptions& options, const ShowOptions& show) {
   RequireId(show.id, "view");
   Client client(options, Texts::kTranslated);
   client.Load();
+  const std::string request = ObjectText().Add("ID", show.id).Text();
   std::string response;
-  const bool done = client.Functions().Ask("GetPlanDetail", ObjectText().Add("ID", show.id).Text(), response);
   rapidjson::Document detail;
-  ParseJson(response, detail);
-  if (show.json) std::printf("%s\n", response.c_str());
+  const bool done = show.json ? client.Functions().Ask("GetPlanDetail", request, response)
+                              : client.Functions().Ask("GetPlanDetail", request, detail);
+  if (show.json) {
+    std::printf("%s\n", response.c_str());
+    ParseJson(response, detail);
+  }
   if (!done) throw Failure(kRefused, "View " + show.id + ": " + TextOf(detail, "ErrorInfo"));
   if (!show.json) {
     const std::string text = DescribeView(detail, FolderOf(ReadViewTree(client.Functions()), detail));

@@ -13,11 +13,8 @@ namespace {
 int RunUsers(const GlobalOptions& options) {
   Client client(options, Texts::kTranslated);
   client.Load();
-  std::string response;
-  const bool done = client.Functions().Ask("GetAllUserInfo", "", response);
   rapidjson::Document answer;
-  ParseJson(response, answer);
-  if (!done) throw Failure(kRefused, TextOf(answer, "error_info"));
+  if (!client.Functions().Ask("GetAllUserInfo", "", answer)) throw Failure(kRefused, TextOf(answer, "error_info"));
   std::printf("%-6s  %-7s  %-3s  %s\n", "ID", "ONLINE", "PTZ", "NAME");
   for (const auto& user : ListOf(answer, "user_detail_list").GetArray()) {
     std::printf("%-6d  %-7s  %-3d  %s\n", NumberOf(user, "user_id"), FlagOf(user, "user_online") ? "yes" : "no",
