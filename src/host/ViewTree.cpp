@@ -37,16 +37,28 @@ class TreeReader {
       folder.kind = static_cast<Kind>(index);
       folder.parent = index;
     }
-    for (size_t top = 0; top < m_tree.folders.size(); ++top) ListGroups(top, {static_cast<Kind>(top)});
-    // Folders are appended while the list is walked, so that depth costs no stack.
-    for (size_t i = 0; i < m_tree.folders.size(); ++i) {
-      if (i > kShared) ListGroups(i, {m_tree.folders[i].kind, kPublic, kPrivate, kShared});
-      ListViews(i);
-    }
+    const size_t tops = m_tree.folders.size();
+    for (size_t top = 0; top < tops; ++top) ListGroups(top, {static_cast<Kind>(top)});
+    for (size_t top = 0; top < tops; ++top) ListViews(top);
+    ListBelow(tops);
+    return std::move(m_tree);
+  }
+
+  ViewTree ReadGroup(const std::string& id) {
+    m_tree.folders.emplace_back().id = id;
+    ListBelow(0);
     return std::move(m_tree);
   }
 
  private:
+  // Folders are appended while the list is walked, so that depth costs no stack.
+  void ListBelow(size_t first) {
+    for (size_t i = first; i < m_tree.folders.size(); ++i) {
+      ListGroups(i, {m_tree.folders[i].kind, kPublic, kPrivate, kShared});
+      ListViews(i);
+    }
+  }
+
   // A listing names only groups of the asked type but counts them all, so the types after the first are asked for
   // only while some are missing.
   void ListGroups(size_t parent, const std::vector<Kind>& types) {
@@ -85,8 +97,11 @@ class TreeReader {
   void ListViews(size_t index) {
     TreeFolder& folder = m_tree.folders[index];
     rapidjson::Document answer;
-    AskListing(m_plugin, "GetPlansInGroup", ObjectText().Add("GroupID", folder.id).Add("Type", folder.kind).Text(),
-               answer);
+    // A group that is not known has gone since it was listed, and what it held with it.
+    if (!m_plugin.Ask("GetPlansInGroup", ObjectText().Add("GroupID", folder.id).Add("Type", folder.kind).Text(),
+                      answer)) {
+      return;
+    }
     for (const auto& plan : ListOf(answer, "Plans").GetArray()) {
       if (TextOf(plan, "ParentID") != folder.id || !m_views.insert(TextOf(plan, "ID")).second) continue;
       folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view")});
@@ -121,6 +136,10 @@ size_t ViewTree::FindFolder(const std::string& id) const {
 
 ViewTree ReadViewTree(const Plugin& plugin) {
   return TreeReader(plugin).Read();
+}
+
+ViewTree ReadGroup(const Plugin& plugin, const std::string& id) {
+  return TreeReader(plugin).ReadGroup(id);
 }
 
 }  // namespace host

@@ -40,7 +40,10 @@ struct ViewTree {
   size_t FindFolder(const std::string& id) const;
 };
 
-// REQUIRES: the views are loaded. Throws Failure kRefused when a listing fails.
+// REQUIRES: the views are loaded. Throws Failure kRefused when a listing fails. A group that somebody else deletes
+// meanwhile may stand in the tree without content.
 ViewTree ReadViewTree(const Plugin& plugin);
+// The same for what lies in one group, which is the first folder, its name and kind left out.
+ViewTree ReadGroup(const Plugin& plugin, const std::string& id);
 
 }  // namespace host

@@ -32,13 +32,23 @@ class Watch {
 
   void AddEverything() {
     Add(ResourceData::ResourceTypeViewGroup, "-1");
-    for (const TreeFolder& folder : ReadViewTree(m_plugin).folders) {
+    AddAll(ReadViewTree(m_plugin));
+  }
+
+  void AddAnnounced(int type, const std::string& id) {
+    Add(type, id);
+    // What lies in a group may have come before the group was registered.
+    if (type == ResourceData::ResourceTypeViewGroup) AddAll(ReadGroup(m_plugin, id));
+  }
+
+ private:
+  void AddAll(const ViewTree& tree) {
+    for (const TreeFolder& folder : tree.folders) {
       Add(ResourceData::ResourceTypeViewGroup, folder.id);
       for (const TreeView& view : folder.views) Add(ResourceData::ResourceTypeView, view.id);
     }
   }
 
- private:
   const Plugin& m_plugin;
   ResourceData::IResourceObserver& m_observer;
   std::set<std::pair<int, std::string>> m_watched;
@@ -65,16 +75,12 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
 
   LineWriter out;
   while (!StopAsked()) {
-    bool announced = false;
     for (const Notice& notice : notices.Take(std::chrono::milliseconds(100))) {
       out.Write(NoticeLine(notice));
       if (watched.all && notice.enum_state == kChildAdded) {
-        watch.Add(notice.child_type, notice.child_id);
-        announced = true;
+        watch.AddAnnounced(notice.child_type, notice.child_id);
       }
     }
-    // What lies in an announced group may have come before the group was registered.
-    if (announced) watch.AddEverything();
   }
   return kDone;
 }
