@@ -104,8 +104,9 @@ class Export {
     return file;
   }
 
-  static void AddFolder(Place place, PortableFile& file) {
-    for (; !place.path.empty(); place.path.pop_back()) file.folders.push_back(place);
+  // A folder that was added has brought those above it.
+  void AddFolder(Place place, PortableFile& file) {
+    for (; !place.path.empty() && m_added.insert(place).second; place.path.pop_back()) file.folders.push_back(place);
   }
 
   PortableView Read(const std::string& id, const Place& place) {
@@ -118,6 +119,7 @@ class Export {
 
   const Plugin& m_plugin;
   const ViewTree& m_tree;
+  std::set<Place> m_added;
   size_t m_leftOut = 0;
 };
 
