@@ -129,6 +129,7 @@ TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
       {maria + QStringList{"tree", "--log-file", file + "/log"}, "sample-maria", 2},
       {maria + QStringList{"show", "gate"}, "sample-maria", 2},
       {maria + QStringList{"call", "InitEnvir"}, "sample-maria", 2},
+      {{"call", "Nonsense", "--server", "http://127.0.0.1:1"}, "x", 2},
       {maria + QStringList{"script", file}, "sample-maria", 2},
       {maria + QStringList{"watch"}, "sample-maria", 2},
       {maria + QStringList{"import", file}, "sample-maria", 2},

@@ -18,18 +18,25 @@ struct CallOptions {
   std::string request;
 };
 
+bool HasExchange(const Plugin& plugin, const std::string& name) {
+  const Plugin::Function* function = plugin.Find(name);
+  return function && std::holds_alternative<Plugin::Exchange>(*function);
+}
+
 int RunCall(const GlobalOptions& options, const CallOptions& call) {
   std::string request = call.request;
   if (request == "-") request.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
 
+  // A wrong name is told without a server.
+  if (!HasExchange(Plugin(options.plugin), call.function)) {
+    throw Failure(kUsage, "There is no exchange " + call.function);
+  }
+
   Client client(options, Texts::kAsKeys);
-  const Plugin::Function* function = client.Functions().Find(call.function);
-  const auto* exchange = function ? std::get_if<Plugin::Exchange>(function) : nullptr;
-  if (!exchange) throw Failure(kUsage, "There is no exchange " + call.function);
   client.Load();
   if (!request.empty() && !IsJson(request)) Say("viewctl: The request is not JSON, so the defaults of its keys count");
   std::string response;
-  const bool done = (*exchange)(request, response);
+  const bool done = client.Functions().Ask(call.function, request, response);
   std::fwrite(response.data(), 1, response.size(), stdout);
   std::fputc('\n', stdout);
   return done ? kDone : kRefused;
