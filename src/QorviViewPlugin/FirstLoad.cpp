@@ -21,10 +21,6 @@ namespace {
 
 using Vant::Base::details::IOrlFormatLog;
 
-CViewGroupManager& Manager() {
-  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
-}
-
 ResourceStore::CViewGroupManager& Downloads() {
   return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
 }
@@ -63,6 +59,20 @@ void ApplyViewGroupChange(const ViewGroupInfo& change) {
   }
 }
 
+// Nothing may be thrown into the platform's thread: what an observer or want of memory throws ends that one step.
+template <class Step>
+void Quietly(Step step) noexcept {
+  try {
+    step();
+  } catch (...) {
+  }
+}
+
+template <class Info>
+void ApplyEach(const std::list<Info>& changes, void (*apply)(const Info&)) {
+  for (const Info& change : changes) Quietly([&] { apply(change); });
+}
+
 void ApplyViewDocument(const std::string& data) {
   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
                 "ViewDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
@@ -70,7 +80,7 @@ void ApplyViewDocument(const std::string& data) {
   ViewTable scratch;
   std::list<ViewInfo> changes;
   Manager().AnalysisViewInitData(data, ignoredError, scratch, changes);
-  for (const ViewInfo& change : changes) ApplyViewChange(change);
+  ApplyEach(changes, ApplyViewChange);
 }
 
 void ApplyViewGroupDocument(const std::string& data) {
@@ -80,7 +90,7 @@ void ApplyViewGroupDocument(const std::string& data) {
   ViewGroupTable scratch;
   std::list<ViewGroupInfo> changes;
   Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes);
-  for (const ViewGroupInfo& change : changes) ApplyViewGroupChange(change);
+  ApplyEach(changes, ApplyViewGroupChange);
 }
 
 // Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
@@ -97,7 +107,7 @@ class ChangeGate {
         return;
       }
     }
-    ApplyQuietly(apply, data);
+    apply(data);
   }
 
   void BeginLoad() EXCLUDES(m_lock) {
@@ -114,7 +124,7 @@ class ChangeGate {
       m_draining = true;
     }
     Change change;
-    while (TakeNext(change)) ApplyQuietly(change.apply, change.data);
+    while (TakeNext(change)) Quietly([&] { change.apply(change.data); });
   }
 
  private:
@@ -134,15 +144,6 @@ class ChangeGate {
     return true;
   }
 
-  // Nothing may be thrown into the platform's thread; a change that cannot be applied is dropped like an unreadable
-  // one.
-  static void ApplyQuietly(Apply apply, const std::string& data) noexcept {
-    try {
-      apply(data);
-    } catch (...) {
-    }
-  }
-
   Mutex m_lock;
   int m_loads GUARDED_BY(m_lock) = 0;
   bool m_draining GUARDED_BY(m_lock) = false;
@@ -157,10 +158,10 @@ std::atomic<bool> s_bViewGroupInitFinish{false};
 std::atomic<bool> s_bViewInitFinish{false};
 
 void ViewDataResourceUpdate(const std::string& data) {
-  s_changeGate.Arrive(ApplyViewDocument, data);
+  Quietly([&] { s_changeGate.Arrive(ApplyViewDocument, data); });
 }
 void ViewGroupDataResourceUpdate(const std::string& data) {
-  s_changeGate.Arrive(ApplyViewGroupDocument, data);
+  Quietly([&] { s_changeGate.Arrive(ApplyViewGroupDocument, data); });
 }
 
 // Withdraws the change callbacks when the library is unloaded, waiting for a running one. Made as a local static on the
@@ -191,10 +192,11 @@ struct FirstLoad {
 bool Load(const FirstLoad& kind, const std::string& request, std::string& response) {
   if (kind.done) return true;
   static CallbackWithdrawal withdrawal;
+  // Before the callback is set, which waits for a running one: no change is applied beside the load from here on.
+  LoadInProgress loading;
   kind.setCallback();
   if (!Downloads().IsViewDownloadSuccess()) return false;
 
-  LoadInProgress loading;
   MutexLock lock(s_loadLock);
   if (kind.done) return true;
   std::string data;
@@ -256,9 +258,11 @@ bool IsInitViewFinish(const std::string& request, std::string& response) {
 
 void ClearViewData() {
   using namespace QorviViewPlugin;
-  MutexLock lock(s_loadLock);
-  s_bViewGroupInitFinish = false;
-  s_bViewInitFinish = false;
-  Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().UninitManager();
-  Manager().ClearViewData();
+  Quietly([] {
+    MutexLock lock(s_loadLock);
+    s_bViewGroupInitFinish = false;
+    s_bViewInitFinish = false;
+    Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().UninitManager();
+    Manager().ClearViewData();
+  });
 }

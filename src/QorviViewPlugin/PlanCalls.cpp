@@ -16,10 +16,6 @@ namespace {
 using Vant::Base::Error::ErrorCode;
 using Views = std::vector<std::shared_ptr<CView>>;
 
-CViewGroupManager& Manager() {
-  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
-}
-
 protocol::PlanBasicInfo ToPlanBasicInfo(const ViewInfo& view) {
   protocol::PlanBasicInfo entry;
   entry.name = view.strName;

@@ -29,6 +29,7 @@ void EnsureLoaded() {
 
 // Has the platform fetch the elements of that kind; false with its error.
 bool FetchElements(int type, const std::set<unsigned>& ids, ErrorCode& error) {
+  error = ErrorCode();
   auto request = std::make_shared<ResourceStore::CDownloadLogicalResource>();
   request->SetVal_extra_ids(ids);
   request->SetVal_source_type({comm_method::ResourceType{type}});
@@ -125,7 +126,7 @@ void FillPages(const ViewInfo& view, bool needsResourceNames, std::vector<protoc
 void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, protocol::GetPlanDetailResponse& response) {
   if (request.resource_download_judge) EnsureLoaded();
 
-  const auto cached = Vant::Base::CSingleton<CViewGroupManager>::Instance().GetViewByID(StringToUInt(request.ID));
+  const auto cached = Manager().GetViewByID(StringToUInt(request.ID));
   if (!cached) {
     response.ErrorInfo = Translated("NYyjnxIZwFAorxuFXv");
     return;

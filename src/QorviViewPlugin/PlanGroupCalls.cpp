@@ -9,10 +9,6 @@ namespace {
 
 using Vant::Base::Error::ErrorCode;
 
-CViewGroupManager& Manager() {
-  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
-}
-
 void AnswerTopFolders(protocol::GetPlanGroupsResponse& response) {
   static constexpr struct {
     const char* nameKey;

@@ -29,7 +29,7 @@ bool AnswerGetCurrentUser(const protocol::GetCurrentUserRequest&, protocol::GetC
 void AnswerGetAllUserInfo(const protocol::UserRequestInfo&, protocol::UserResponseInfo& response) {
   ErrorCode error;
   std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
-  if (!Vant::Base::CSingleton<CViewGroupManager>::Instance().GetAllUsers(error, users)) {
+  if (!Manager().GetAllUsers(error, users)) {
     response.error_info = TextOf(error);
     IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]GetAllUserInfo Failed: %s[%s(%d)]", "GetAllUserInfo",
                   response.error_info.c_str(), __FILE__, __LINE__);

@@ -18,7 +18,7 @@ void AnswerGetClientViewConfig(const protocol::GetClientDefaultViewConfigRequest
   protocol::ViewConfig& config = response.ViewData.ViewDefaultConfig;
   int viewId = -1;
   ErrorCode error;
-  if (!Vant::Base::CSingleton<CViewGroupManager>::Instance().GetDefaultViewConfig(viewId, config.view_type, error)) {
+  if (!Manager().GetDefaultViewConfig(viewId, config.view_type, error)) {
     response.error_info = TextOf(error);
   }
   config.view_id = IntToString(viewId);
@@ -29,7 +29,7 @@ void AnswerSetClientViewConfig(const protocol::ClienDefaultViewConfigRequest& re
                                protocol::ClienDefaultViewConfigReponse& response) {
   const int viewId = StringToInt(request.view_id == kHostNoView ? kServerNoView : request.view_id);
   ErrorCode error;
-  if (!Vant::Base::CSingleton<CViewGroupManager>::Instance().SetDefaultViewConfig(viewId, request.view_type, error)) {
+  if (!Manager().SetDefaultViewConfig(viewId, request.view_type, error)) {
     response.error_info = TextOf(error);
   }
 }

@@ -21,7 +21,7 @@ std::string WriteViewsRequest(uint32_t clientResourceVersion) {
 }
 
 void ParseViewList(NetLink::CRapidJsonProto& reply, std::vector<ViewInfo>& views) {
-  auto& manager = Vant::Base::CSingleton<CViewGroupManager>::Instance();
+  auto& manager = Manager();
   PendingChecks pending;
   PathCursor at(reply, "/ResponseStatus/Data/ViewList/");
   const int count = at.Count("View");

@@ -106,8 +106,9 @@ bool CViewGroupManager::SetDefaultViewConfig(const int& viewId, int viewType, Er
 COrlUserObserver& CViewGroupManager::UserObserver() {
   MutexLock lock(m_userLock);
   if (!m_pUserObserver) {
-    m_pUserObserver = std::make_unique<COrlUserObserver>();
-    Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().RegisterObserver(m_pUserObserver.get());
+    auto observer = std::make_unique<COrlUserObserver>();
+    Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().RegisterObserver(observer.get());
+    m_pUserObserver = std::move(observer);
   }
   return *m_pUserObserver;
 }

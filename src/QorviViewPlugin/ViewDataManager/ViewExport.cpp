@@ -134,12 +134,12 @@ CViewGroupExport& CViewGroupExport::operator=(const CViewGroupExport& other) = d
 CViewGroupExport::~CViewGroupExport() = default;
 
 std::shared_ptr<CViewExport> FindViewByID(unsigned int id) {
-  const auto view = Vant::Base::CSingleton<CViewGroupManager>::Instance().GetViewByID(id);
+  const auto view = Manager().GetViewByID(id);
   return view ? std::make_shared<CViewExport>(*view) : nullptr;
 }
 
 std::shared_ptr<CViewGroupExport> FindViewGroupByID(unsigned int id) {
-  const auto group = Vant::Base::CSingleton<CViewGroupManager>::Instance().GetViewGroupByID(id);
+  const auto group = Manager().GetViewGroupByID(id);
   return group ? std::make_shared<CViewGroupExport>(*group) : nullptr;
 }
 

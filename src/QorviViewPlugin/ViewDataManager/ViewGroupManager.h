@@ -129,3 +129,12 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
 }  // namespace QorviViewPlugin
 
 extern template class Vant::Base::CSingleton<QorviViewPlugin::CViewGroupManager>;
+
+namespace QorviViewPlugin {
+
+// The process's one.
+inline CViewGroupManager& Manager() {
+  return Vant::Base::CSingleton<CViewGroupManager>::Instance();
+}
+
+}  // namespace QorviViewPlugin

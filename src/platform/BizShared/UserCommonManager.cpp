@@ -180,7 +180,11 @@ bool CUserCommonManager::Renew(const std::string& refusedToken, details::CCancel
   }
   Session session;
   ErrorCode error;
-  bool opened = OpenSession(credentials, canceller, session, error);
+  bool opened = false;
+  try {
+    opened = OpenSession(credentials, canceller, session, error);
+  } catch (const std::exception&) {  // want of memory; those who wait must hear of the end
+  }
   {
     std::lock_guard<std::mutex> lock(m_impl->m_mutex);
     m_impl->m_renewing = false;

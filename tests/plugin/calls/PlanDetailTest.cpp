@@ -28,7 +28,7 @@ class PlanDetailTest : public CallTest {
          std::make_shared<CElement>(3, 1005, "elevator", 5), std::make_shared<CElement>(4, 1006, "radar", 5),
          std::make_shared<CElement>(5, 1027, "other", 5), std::make_shared<CElement>(6, 2004, "sensor", 5)});
     Elements().PutArea(9, "area");
-    // Notes what is asked for, "<type>:<ids>", and fails for one type.
+    // Notes what is asked for, "<type>:<ids>", and fails for one type; the others leave something in the record.
     Downloader().SetDownload([this](ErrorCode& error, const ResourceStore::CDownloadLogicalResource& request) {
       EXPECT_EQ(request.GetVal_source_type().size(), 1u);
       EXPECT_EQ(request.GetVal_extra_request_type(), 4);
@@ -36,8 +36,12 @@ class PlanDetailTest : public CallTest {
       std::string text = std::to_string(type) + ":";
       for (const unsigned id : request.GetVal_extra_ids()) text += std::to_string(id) + ",";
       downloads.push_back(text);
-      if (type == failingType) error = ErrorCode(100, 4, 0, "");
-      return type != failingType;
+      if (type == failingType) {
+        if (!failsSilently) error = ErrorCode(100, 4, 0, "");
+        return false;
+      }
+      error = ErrorCode(100, 5, 0, "left over");
+      return true;
     });
   }
   ~PlanDetailTest() override {
@@ -73,6 +77,7 @@ class PlanDetailTest : public CallTest {
 
   Texts downloads;
   int failingType = 0;
+  bool failsSilently = false;
 };
 
 TEST_F(PlanDetailTest, AnUnknownPlanHasNoFieldsAtAll) {
@@ -171,6 +176,10 @@ TEST_F(PlanDetailTest, TheFirstFailedFetchEndsTheAnswerBeforeItsPages) {
   EXPECT_EQ(At(response, "/GroupID"), "8");
   EXPECT_EQ(At(response, "/PlanPages[1]/windowDivision"), "(none)");
   EXPECT_EQ(downloads, (Texts{"1001:1,", "1002:2,"}));
+
+  failsSilently = true;
+  EXPECT_EQ(Call(GetPlanDetail, R"({"ID":"3"})").substr(0, 20), R"(true {"ErrorInfo":"")")
+      << "a fetch is not told by the record of the one before";
 }
 
 TEST_F(PlanDetailTest, CyclesNameTheirResourcesWhetherOrNotNamesAreAskedFor) {

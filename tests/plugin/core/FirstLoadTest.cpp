@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The first load, the changes that follow it, and clearing, through the exported functions.
+#include <stdexcept>
+
 #include "CoreFixture.h"
 #include "QorviViewPlugin/FirstLoad.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
@@ -222,6 +224,16 @@ TEST_F(FirstLoadTest, RubbishBetweenTwoChangesIsDropped) {
     ChangeGroups(R"({"ID":3,"Name":"changed","Method":1})");
     EXPECT_EQ(GroupName(3), "changed");
   }
+}
+
+TEST_F(FirstLoadTest, AnObserverThatThrowsKeepsNoChangeFromTheCache) {
+  Load();
+  Watch();
+  ofGroups.onNotice = [](const auto&) { throw std::runtime_error("an observer's own"); };
+  ChangeViews(R"({"ID":9,"Name":"new","ViewGroupID":1},{"ID":10,"Name":"newer","ViewGroupID":1},{"ID":5,"Method":2})");
+  EXPECT_EQ(ViewName(9) + ViewName(10) + ViewName(5), "newnewer(none)");
+  ChangeGroups(R"({"ID":3,"Name":"new","ParentViewGroupID":1},{"ID":4,"Name":"newer"})");
+  EXPECT_EQ(GroupName(3) + GroupName(4), "newnewer");
 }
 
 TEST_F(FirstLoadTest, ChangesAreLoggedAsTheyCame) {
