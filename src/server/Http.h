@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,6 +41,8 @@ class EventSource {
   virtual bool Take(std::vector<Text>& events) = 0;
   // Called whenever a sign of life is sent. False: the stream ends.
   virtual bool KeepAlive() = 0;
+  // True: not even signs of life are sent.
+  virtual bool IsSilent() const { return false; }
   // `wake` is called, from any thread and with no lock held, when Take would give something new. Set once, before
   // the first Take.
   virtual void OnReady(std::function<void()> wake) = 0;
@@ -52,6 +55,7 @@ struct HttpReply {
   std::shared_ptr<BodySource> source;   // JSON as well
   std::shared_ptr<EventSource> events;  // a stream of events, kept open
   std::chrono::milliseconds delay{0};   // to wait before answering
+  std::optional<uint64_t> cut;          // so many bytes are sent, the head's included, and the connection is closed
 };
 
 constexpr uint64_t kUsualBody = 64 << 10;

@@ -198,6 +198,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     m_reply = std::move(reply);
     if (m_reply.events || m_reply.source) m_reply.body.clear();
     m_head = ReplyHead(m_reply, m_keepAlive);
+    if (m_reply.cut) return SendPart(*m_reply.cut);
     ExpireWrite(m_head.size() + m_reply.body.size());
     const std::array<asio::const_buffer, 2> buffers{asio::buffer(m_head), asio::buffer(m_reply.body)};
     asio::async_write(m_stream, buffers, [self = this->shared_from_this()](error_code error, size_t) {
@@ -205,6 +206,13 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
       if (self->m_reply.events) return self->StartEvents();
       self->m_reply.source ? self->SendChunk() : self->OnSent();
     });
+  }
+
+  void SendPart(uint64_t bytes) {
+    m_chunk = (m_head + m_reply.body).substr(0, bytes);
+    ExpireWrite(m_chunk.size());
+    asio::async_write(m_stream, asio::buffer(m_chunk),
+                      [self = this->shared_from_this()](error_code, size_t) { self->Lowest().close(); });
   }
 
   void SendChunk() {
@@ -274,7 +282,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     m_timer.async_wait([self = this->shared_from_this()](error_code error) {
       if (error || self->m_ended) return;
       if (!self->m_reply.events->KeepAlive()) return self->EndEvents();
-      self->m_commentDue = true;
+      self->m_commentDue = !self->m_reply.events->IsSilent();
       self->StartHeartbeat();
       self->PumpEvents();
     });

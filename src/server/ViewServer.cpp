@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "server/Api.h"
+#include "server/FaultHandler.h"
 #include "server/FileLock.h"
 #include "server/Secrets.h"
 #include "server/Seed.h"
@@ -22,6 +23,12 @@ class ViewServer::Impl {
         m_site(options.dataFile, options.keepChanges, SecondsNow),
         m_api(m_site) {
     if (!options.seedFile.empty()) m_site.Apply(ReadSeed(options.seedFile));
+    if (!options.faultsFile.empty()) {
+      m_faults = std::make_unique<FaultHandler>(m_api, options.faultsFile, [this](const std::string& userName) {
+        const std::optional<User> user = m_site.FindUser(userName);
+        return user ? m_site.OpenSession(user->id, "colleague") : std::string();
+      });
+    }
     if (!m_site.HasUsers()) {
       m_firstPassword = MakePassword();
       m_site.AddUser("admin", HashPassword(*m_firstPassword));
@@ -30,7 +37,6 @@ class ViewServer::Impl {
 
   static const ViewServerOptions& Checked(const ViewServerOptions& options) {
     InitSecrets();
-    if (!options.faultsFile.empty()) throw std::runtime_error("fault plans are not supported");
     if (options.tlsCertFile.empty() != options.tlsKeyFile.empty()) {
       throw std::runtime_error("TLS needs both a certificate and a key");
     }
@@ -41,7 +47,8 @@ class ViewServer::Impl {
   const FileLock m_lock;
   Site m_site;
   Api m_api;
-  std::mutex m_mutex;  // guards what follows
+  std::unique_ptr<FaultHandler> m_faults;  // between network and API, if there is a plan
+  std::mutex m_mutex;                      // guards what follows
   std::unique_ptr<HttpServer> m_http;
   std::optional<std::string> m_firstPassword;
 };
@@ -63,7 +70,9 @@ void ViewServer::Start() {
   settings.port = m_impl->m_options.listenPort;
   settings.certFile = m_impl->m_options.tlsCertFile;
   settings.keyFile = m_impl->m_options.tlsKeyFile;
-  m_impl->m_http = std::make_unique<HttpServer>(settings, m_impl->m_api);
+  HttpHandler* handler = &m_impl->m_api;
+  if (m_impl->m_faults) handler = m_impl->m_faults.get();
+  m_impl->m_http = std::make_unique<HttpServer>(settings, *handler);
 }
 
 void ViewServer::Stop() {

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kWaitMs = 20000;
+constexpr int kWaitMs = 40000;
 
 std::string TextAt(const rapidjson::Value& object, const char* key) {
   const auto member = object.FindMember(key);
@@ -39,9 +39,18 @@ ScriptClient::ScriptClient(const std::string& serverUrl, const std::string& user
   m_process.start(VIEWCTL_FILE, {"--server", QString::fromStdString(serverUrl), "--user", QString::fromStdString(user),
                                  "script", "-"});
   if (!m_process.waitForStarted(kWaitMs)) throw std::runtime_error("viewctl did not start");
+  Load();
+}
+
+void ScriptClient::Load() {
   const rapidjson::Document loaded = Exchange(R"({"load":true})");
   const auto result = loaded.FindMember("result");
   if (result == loaded.MemberEnd() || !result->value.IsTrue()) throw std::runtime_error("viewctl did not load");
+}
+
+void ScriptClient::Kill() {
+  m_process.kill();
+  m_process.waitForFinished(kWaitMs);
 }
 
 ScriptClient::~ScriptClient() {
@@ -49,14 +58,30 @@ ScriptClient::~ScriptClient() {
   if (!m_process.waitForFinished(kWaitMs)) m_process.kill();
 }
 
+void ScriptClient::Reload() {
+  Exchange(R"({"call":"ClearViewData"})");
+  Load();
+}
+
 ScriptClient::Answer ScriptClient::Call(const std::string& function, const std::string& request) {
-  const rapidjson::Document line = Exchange(R"({"call":)" + Quoted(function) + R"(,"request":)" + request + "}");
+  Begin(function, request);
+  return Finish();
+}
+
+void ScriptClient::Begin(const std::string& function, const std::string& request) {
+  m_process.write((R"({"call":)" + Quoted(function) + R"(,"request":)" + request + "}\n").c_str());
+  m_process.waitForBytesWritten(kWaitMs);
+}
+
+ScriptClient::Answer ScriptClient::Finish() {
+  const rapidjson::Document line = ReadAnswer();
   const auto result = line.FindMember("result");
-  if (result == line.MemberEnd()) throw std::runtime_error("no result for " + function);
+  if (result == line.MemberEnd()) throw std::runtime_error("no result in an answer");
   Answer answer;
   answer.result = result->value.IsTrue();
-  answer.response.Parse(TextAt(line, "response").c_str());
-  if (answer.response.HasParseError()) throw std::runtime_error(function + " answered no JSON");
+  answer.text = TextAt(line, "response");
+  answer.response.Parse(answer.text.c_str());
+  if (answer.response.HasParseError()) throw std::runtime_error("answered no JSON: " + answer.text);
   return answer;
 }
 
@@ -65,18 +90,24 @@ void ScriptClient::Observe(int resourceType, const std::string& id) {
 }
 
 void ScriptClient::AwaitNotice(const std::string& id, const std::string& name) {
-  for (;;) {
-    while (m_notices.empty()) {
-      if (!TakeNotice(ReadLine())) throw std::runtime_error("an answer where a notice was awaited");
-    }
-    const Notice notice = m_notices.front();
-    m_notices.pop_front();
-    if (notice.id == id && notice.name == name) return;
+  for (Notice notice = NextNotice(); notice.id != id || notice.name != name;) notice = NextNotice();
+}
+
+Notice ScriptClient::NextNotice() {
+  while (m_notices.empty()) {
+    if (!TakeNotice(ReadLine())) throw std::runtime_error("an answer where a notice was awaited");
   }
+  const Notice notice = m_notices.front();
+  m_notices.pop_front();
+  return notice;
 }
 
 rapidjson::Document ScriptClient::Exchange(const std::string& line) {
   m_process.write((line + "\n").c_str());
+  return ReadAnswer();
+}
+
+rapidjson::Document ScriptClient::ReadAnswer() {
   for (;;) {
     rapidjson::Document answer = ReadLine();
     if (!TakeNotice(answer)) return answer;

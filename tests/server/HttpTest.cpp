@@ -58,8 +58,8 @@ class Echo : public HttpHandler {
   }
   uint64_t BodyLimit(const HttpRequest& request) override { return request.token == "trusted" ? 1 << 20 : 0; }
   bool IsSlow(const HttpRequest& request) override { return request.path == "/slow"; }
-  HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}}; }
-  HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}}; }
+  HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
+  HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
 
   std::atomic<int> slowAnswers{0};
 };

@@ -193,10 +193,6 @@ TEST_F(StoreTest, LoggingInTakesTheRightPasswordAndShowsWhoIsOnline) {
 
 TEST_F(StoreTest, OneServerAtATimeUsesAStore) {
   EXPECT_THROW(ViewServer second(Options()), std::runtime_error);
-  ViewServerOptions faults = Options();
-  faults.dataFile = ":memory:";
-  faults.faultsFile = "plan.json";
-  EXPECT_THROW(ViewServer refused(faults), std::runtime_error);
   const std::string notAStore = WriteFile("text.db", std::string(5000, 'x'));
   ViewServerOptions options = Options();
   options.dataFile = notAStore;

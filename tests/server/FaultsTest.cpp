@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+// Fault plans: which are refused, what each fault does to an exchange or a change stream, and that it can be repeated.
+#include <chrono>
+#include <string>
+
+#include "TestClient.h"
+#include "server/FaultPlan.h"
+
+namespace server::test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+class FaultsTest : public ServerTest {
+ protected:
+  void RestartWith(const std::string& plan) {
+    ViewServerOptions options = Options();
+    options.faultsFile = WriteFile("plan.json", plan);
+    Restart(options);
+  }
+  void RestartWithRule(const std::string& rule) { RestartWith(R"({"Rules":[)" + rule + "]}"); }
+  std::string WhyRefused(const std::string& plan) {
+    try {
+      FaultPlan refused(WriteFile("plan.json", plan));
+    } catch (const std::runtime_error& e) {
+      const std::string why = e.what();
+      return why.substr(why.rfind("plan.json") + 9);
+    }
+    return "taken";
+  }
+  std::string NameOf(int32_t view) const {
+    const Answer list = ann.Get("V0/Views");
+    const auto& element = list.Element("ViewList", "View", view);
+    return element.IsObject() ? element["Name"].GetString() : "gone";
+  }
+};
+
+TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
+  const auto rule = [](const std::string& members) {
+    return R"({"Rules":[{"Fault":"Delay","Milliseconds":5},{)" + members + "}]}";
+  };
+  const std::string second = ": Rules[1]: ";
+  const struct {
+    std::string plan, why;
+  } cases[] = {
+      {"", ""},
+      {"[]", " is not a JSON object"},
+      {R"({"Rules":[]})", "taken"},
+      {R"({"Seed":1})", ": Rules is not a list"},
+      {R"({"Rules":[],"Seed":"x"})", ": Seed is not a number from 0 to 2147483647"},
+      {R"({"Rules":[],"Sed":1})", ": there is no member \"Sed\""},
+      {R"({"Rules":[7]})", ": Rules[0]: not an object"},
+      {rule(""), second + "Fault is missing"},
+      {rule(R"("Fault":"Fire")"), second + "there is no fault \"Fire\""},
+      {rule(R"("Fault":"DropAfter","Chanse":1)"), second + "there is no member \"Chanse\""},
+      {rule(R"("Fault":"DropAfter","Chance":1.5)"), second + "Chance is not a number from 0 to 1"},
+      {rule(R"("Fault":"DropAfter","Method":1)"), second + "Method is not a text"},
+      {rule(R"("Fault":"DropAfter","Times":0)"), second + "Times is not a number from 1 to 2147483647"},
+      {rule(R"("Fault":"Delay")"), second + "Delay needs Milliseconds"},
+      {rule(R"("Fault":"Delay","Milliseconds":-1)"), second + "Milliseconds is not a number from 1 to 3600000"},
+      {rule(R"("Fault":"EmptyBody","Milliseconds":1)"), second + "EmptyBody has no Milliseconds"},
+      {rule(R"("Fault":"StallStream","Path":"V0/Views")"),
+       second + "StallStream concerns the events of change streams: it has no Method and no Path"},
+      {rule(R"("Fault":"ColleagueEdit")"), second + "Colleague goes with ColleagueEdit, and only with it"},
+      {rule(R"("Fault":"ColleagueEdit","Colleague":{"User":"bob"})"), second + "Colleague needs User, Method and Path"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(WhyRefused(c.plan), c.why) << c.plan;
+  ViewServerOptions options = Options();
+  options.dataFile = ":memory:";
+  options.faultsFile = (m_folder / "nowhere.json").string();
+  EXPECT_THROW(ViewServer refused(options), std::runtime_error);
+}
+
+TEST_F(FaultsTest, EachFaultDoesToAnExchangeWhatItSays) {
+  const struct {
+    std::string fault;
+    bool takesEffect;
+    std::string outcome;  // "?": no envelope that can be read
+  } cases[] = {
+      {R"("Fault":"Delay","Milliseconds":300)", true, "0/0 200"},
+      {R"("Fault":"DropBefore")", false, "? 0"},
+      {R"("Fault":"DropAfter")", true, "? 0"},
+      {R"("Fault":"EmptyBody")", true, "? 200"},
+      {R"("Fault":"MissingErrorCode")", true, "? 200"},
+      {R"("Fault":"ColleagueEdit","Colleague":{"User":"bob","Method":"DELETE","Path":"V0/Views/#"})", false,
+       "100/1 404"},
+      {R"("Fault":"ColleagueEdit","Colleague":{"User":"nobody","Method":"DELETE","Path":"V0/Views/#"})", true,
+       "0/0 200"},
+      {R"("Fault":"DropBefore","Skip":1)", true, "0/0 200"},
+      {R"("Fault":"DropBefore","Chance":0)", true, "0/0 200"},
+  };
+  for (const auto& c : cases) {
+    RestartWithRule(R"({"Method":"PUT","Path":"V0/Views/#",)" + c.fault + "}");
+    const int32_t view = ann.AddView("before", -1, kPublic);
+    const auto began = Clock::now();
+    const Answer answer = ann.Put("V0/Views/" + std::to_string(view), ViewBody("after", -1, kPublic));
+    const bool wasLate = Clock::now() - began > std::chrono::milliseconds(250);
+    EXPECT_EQ(answer.Outcome(), c.outcome) << c.fault;
+    EXPECT_EQ(NameOf(view) == "after", c.takesEffect) << c.fault;
+    EXPECT_EQ(wasLate, c.fault.find("Delay") != std::string::npos) << c.fault;
+  }
+}
+
+TEST_F(FaultsTest, AnswersAreCutAndTheirValuesChangedAnywhere) {
+  RestartWithRule(R"({"Fault":"Truncate","Path":"V0/Areas"},{"Fault":"WrongKinds","Path":"V0/Users"})");
+  const std::string whole = cid.Get("V0/ViewGroups").body;
+  size_t headsCut = 0;
+  size_t bodiesCut = 0;
+  size_t changed = 0;
+  for (int i = 0; i < 60; ++i) {
+    const Answer areas = cid.Get("V0/Areas");
+    if (areas.headers.count("content-length") == 0 || areas.body.empty()) {
+      ++headsCut;
+    } else {
+      bodiesCut += areas.body.size() < std::stoul(areas.headers.at("content-length"));
+    }
+    const Answer users = cid.Get("V0/Users");
+    EXPECT_FALSE(users.json.HasParseError()) << users.body;
+    changed += users.body != bob.Get("V0/Users").body;
+  }
+  EXPECT_EQ(headsCut + bodiesCut, 60u);
+  EXPECT_GT(headsCut, 5u);
+  EXPECT_GT(bodiesCut, 5u);
+  EXPECT_GT(changed, 40u) << "two of them are hardly ever spoiled alike";
+}
+
+TEST_F(FaultsTest, TheSameSeedHitsTheSameExchanges) {
+  const auto pattern = [this](int seed) {
+    RestartWith(R"({"Seed":)" + std::to_string(seed) + R"(,"Rules":[{"Fault":"DropBefore","Path":"V0/A*","Chance":0.5},
+                {"Fault":"EmptyBody","Path":"V0/Areas","Chance":0.5,"Times":3}]})");
+    std::string outcomes;
+    for (int i = 0; i < 40; ++i) {
+      const Answer answer = ann.Get("V0/Areas");
+      outcomes += answer.status == 0 ? 'd' : answer.body.empty() ? 'e' : '.';
+      cid.Get("V0/Users");  // what does not fit changes nothing
+    }
+    return outcomes;
+  };
+  const std::string first = pattern(1);
+  EXPECT_EQ(pattern(1), first);
+  EXPECT_NE(pattern(2), first);
+  EXPECT_NE(first.find('d'), std::string::npos) << first;
+  EXPECT_NE(first.find('e'), std::string::npos) << first;
+}
+
+TEST_F(FaultsTest, ChangesComeTwiceLateInPartOrNotAtAll) {
+  const auto streamAfterThreeEdits = [this](const std::string& rule) {
+    RestartWithRule(rule);
+    EventStream stream = bob.Listen();
+    for (const char* name : {"1", "2", "3"}) ann.AddGroup(name, -1, kPublic);
+    return stream;
+  };
+  const auto names = [](EventStream& stream, int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+      const Event event = stream.Next();
+      text += event.name.empty() ? "-" : event.json.HasParseError() ? "/" : event.Element()["Name"].GetString();
+    }
+    return text;
+  };
+  EventStream twice = streamAfterThreeEdits(R"({"Fault":"DuplicateChange","Skip":1,"Times":1})");
+  EXPECT_EQ(names(twice, 5), "12232") << "twice, and once more after the next one";
+
+  const auto began = Clock::now();
+  EventStream late = streamAfterThreeEdits(R"({"Fault":"LateChange","Milliseconds":300,"Skip":1,"Times":1})");
+  EXPECT_EQ(names(late, 3), "123");
+  EXPECT_GT(Clock::now() - began, std::chrono::milliseconds(290));
+
+  EventStream part = streamAfterThreeEdits(R"({"Fault":"TruncateChange","Skip":1,"Times":1})");
+  EXPECT_EQ(names(part, 2), "1-") << "the stream ends within the second";
+
+  EventStream stalled = streamAfterThreeEdits(R"({"Fault":"StallStream","Milliseconds":300,"Skip":1,"Times":1})");
+  EXPECT_EQ(names(stalled, 2), "1-") << "it ends once it has stalled long enough";
+  EXPECT_EQ(ann.GroupIds().empty(), false);
+}
+
+}  // namespace
+}  // namespace server::test
