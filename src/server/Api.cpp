@@ -179,14 +179,17 @@ const Api::Route& Api::FindRoute(const HttpRequest& request, Exchange& exchange)
   throw UnknownPath();
 }
 
+int32_t Api::UserOf(const HttpRequest& request) {
+  try {
+    return m_site.Authenticate(request.token).userId;
+  } catch (...) {
+    return kNobody;  // Handle tells a small request what is wrong; a large one from a stranger is not worth reading
+  }
+}
+
 uint64_t Api::BodyLimit(const HttpRequest& request) {
   if (IsLogin(request)) return kUsualBody;
-  try {
-    m_site.Authenticate(request.token);
-    return kMaxBody;
-  } catch (...) {
-    return 0;  // Handle tells a small request what is wrong; a large one from a stranger is not worth reading
-  }
+  return UserOf(request) == kNobody ? 0 : kMaxBody;
 }
 
 bool Api::IsSlow(const HttpRequest& request) {
@@ -201,12 +204,18 @@ HttpReply Api::AnswerTooLarge() {
   return Refused(TooLarge());
 }
 
+HttpReply Api::AnswerTooMany() {
+  return Refused(TooManyConnections());
+}
+
 HttpReply Api::Login(const Exchange& exchange) {
   const LoginInput login = ReadLoginBody(exchange.request.body);
   const std::optional<User> user = m_site.FindUser(login.userName);
-  if (!VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
+  const std::string& peer = exchange.request.peer;
+  if (!m_guard.Admits(login.userName, peer) ||
+      !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
     HttpReply reply = Refused(BadLogin());
-    reply.delay = m_guard.Failed(login.userName);
+    reply.delay = m_guard.Failed(login.userName, peer);
     return reply;
   }
   m_guard.Succeeded(login.userName);

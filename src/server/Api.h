@@ -19,8 +19,10 @@ class Api : public HttpHandler {
   HttpReply Handle(const HttpRequest& request) override;
   uint64_t BodyLimit(const HttpRequest& request) override;
   bool IsSlow(const HttpRequest& request) override;
+  int32_t UserOf(const HttpRequest& request) override;
   HttpReply AnswerMalformed() override;
   HttpReply AnswerTooLarge() override;
+  HttpReply AnswerTooMany() override;
 
  private:
   struct Exchange;  // one request on its way: who asks, and the id in its path

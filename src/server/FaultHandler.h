@@ -24,8 +24,10 @@ class FaultHandler : public HttpHandler {
   HttpReply Handle(const HttpRequest& request) override;
   uint64_t BodyLimit(const HttpRequest& request) override { return m_inner.BodyLimit(request); }
   bool IsSlow(const HttpRequest& request) override { return m_inner.IsSlow(request); }
+  int32_t UserOf(const HttpRequest& request) override { return m_inner.UserOf(request); }
   HttpReply AnswerMalformed() override { return m_inner.AnswerMalformed(); }
   HttpReply AnswerTooLarge() override { return m_inner.AnswerTooLarge(); }
+  HttpReply AnswerTooMany() override { return m_inner.AnswerTooMany(); }
 
  private:
   class Events;

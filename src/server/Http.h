@@ -21,6 +21,7 @@ struct HttpRequest {
   std::string path;   // as it came, without the query
   std::string query;  // as it came, without the "?"
   std::string token;  // of `Authorization: Bearer`, else empty
+  std::string peer;   // the address it came from
   std::string body;
 };
 
@@ -70,9 +71,13 @@ class HttpHandler {
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
   // True when Handle may take so long that other connections should not wait for it.
   virtual bool IsSlow(const HttpRequest& request) = 0;
-  // Answers to what is no request: not HTTP, and too large in head or body.
+  // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
+  virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
+  // Answers to what is no request: not HTTP, and too large in head or body; and to one of a user who holds as many
+  // connections as a user may.
   virtual HttpReply AnswerMalformed() = 0;
   virtual HttpReply AnswerTooLarge() = 0;
+  virtual HttpReply AnswerTooMany() = 0;
 };
 
 struct HttpSettings {
@@ -82,7 +87,10 @@ struct HttpSettings {
   int threads = 2;
   int slowThreads = 2;
   size_t maxConnections = 8192;
-  std::chrono::seconds readTimeout{30};        // for the head of a request, and for each piece of its body
+  size_t maxConnectionsPerUser = 256;
+  // For the first byte of a connection, for the head of a request and for its body, for the latter plus a second for
+  // each 100 KiB of it.
+  std::chrono::seconds readTimeout{30};
   std::chrono::seconds idleTimeout{120};       // between requests
   std::chrono::seconds writeTimeout{30};       // for a piece of a reply, plus a second for each 100 KiB of it
   std::chrono::milliseconds heartbeat{15000};  // of an event stream

@@ -6,12 +6,13 @@
 #include <boost/asio/ssl.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
-#include <deque>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
 #include <type_traits>
+#include <unordered_map>
 
 #include "server/Http.h"
 
@@ -32,13 +33,42 @@ constexpr uint64_t kDrainBytes = uint64_t{256} << 20;
 constexpr std::chrono::seconds kDrainTime{5};
 constexpr size_t kGather = 32;  // buffers in one write
 
-// What all connections share.
+// How many connections each user holds. Any thread.
+class Holders {
+ public:
+  bool Add(int32_t user, size_t limit) {
+    const std::lock_guard lock(m_mutex);
+    size_t& count = m_counts[user];
+    if (count >= limit) return false;
+    ++count;
+    return true;
+  }
+  void Remove(int32_t user) {
+    const std::lock_guard lock(m_mutex);
+    const auto it = m_counts.find(user);
+    if (it != m_counts.end() && --it->second == 0) m_counts.erase(it);
+  }
+
+ private:
+  std::mutex m_mutex;  // leaf; guards what follows
+  std::unordered_map<int32_t, size_t> m_counts;
+};
+
+std::chrono::seconds TimeFor(uint64_t bytes) {
+  return std::chrono::seconds(bytes / (100 << 10));
+}
+
+// What all connections share. They die with the I/O context, so what they use stands before it.
 struct Context {
   const HttpSettings settings;
   HttpHandler& handler;
-  std::atomic<size_t> connections{0};  // before what holds connections to its end
+  std::atomic<size_t> connections{0};
+  Holders holders;
   asio::io_context io;
   asio::thread_pool slow;
+
+  Context(const HttpSettings& how, HttpHandler& who)
+      : settings(how), handler(who), io(how.threads), slow(static_cast<size_t>(how.slowThreads)) {}
 };
 
 const char* Reason(int status) {
@@ -72,10 +102,14 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
   Connection(Context& context, tcp::socket&& socket, Args&... args)
       : m_context(context), m_stream(std::move(socket), args...), m_timer(m_stream.get_executor()) {}
 
-  ~Connection() { --m_context.connections; }
+  ~Connection() {
+    --m_context.connections;
+    Release();
+  }
 
   void Start() {
     error_code ignored;
+    m_peer = Lowest().socket().remote_endpoint(ignored).address().to_string();
     Lowest().socket().set_option(tcp::no_delay(true), ignored);
     if constexpr (std::is_same_v<Stream, TlsStream>) {
       Lowest().expires_after(m_context.settings.readTimeout);
@@ -101,7 +135,8 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     m_parser->header_limit(kMaxHead);
     m_parser->body_limit(boost::none);  // set once the head tells who asks
     if (m_buffer.size() > 0) return ReadHead();
-    Lowest().expires_after(m_context.settings.idleTimeout);
+    const HttpSettings& settings = m_context.settings;
+    Lowest().expires_after(m_isFirst ? settings.readTimeout : settings.idleTimeout);
     m_stream.async_read_some(m_buffer.prepare(4096), [self = this->shared_from_this()](error_code error, size_t bytes) {
       if (error) return;
       self->m_buffer.commit(bytes);
@@ -117,6 +152,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 
   void OnHead(error_code error) {
     if (error) return OnReadError(error);
+    m_isFirst = false;
     const auto& message = m_parser->get();
     const std::string_view target = message.target();
     const size_t question = target.find('?');
@@ -124,6 +160,8 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     m_request.path = std::string(target.substr(0, question));
     if (question != std::string_view::npos) m_request.query = std::string(target.substr(question + 1));
     m_request.token = BearerToken(*m_parser);
+    m_request.peer = m_peer;
+    if (!Claim()) return Refuse(m_context.handler.AnswerTooMany());
     if (m_parser->is_done()) return OnRequest();
 
     const auto length = m_parser->content_length();
@@ -135,19 +173,43 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
       if (length && *length > limit) return Refuse(m_context.handler.AnswerTooLarge());
     }
     m_parser->body_limit(limit);
+    // For all of it, or a client could keep its connection by sending a byte now and then.
+    m_bodyTime = m_context.settings.readTimeout + TimeFor(length.value_or(limit));
     if (beast::iequals(message[http::field::expect], "100-continue")) return SayContinue();
-    ReadBody();
+    StartBody();
+  }
+
+  // Counts the connection as its user's, asking once for each token. False: that user holds too many.
+  bool Claim() {
+    if (m_request.token.empty() || m_request.token == m_token) return true;
+    Release();
+    const int32_t user = m_context.handler.UserOf(m_request);
+    if (user == kNobody) return true;
+    if (!m_context.holders.Add(user, m_context.settings.maxConnectionsPerUser)) return false;
+    m_user = user;
+    m_token = m_request.token;
+    return true;
+  }
+
+  void Release() {
+    if (m_user != kNobody) m_context.holders.Remove(m_user);
+    m_user = kNobody;
+    m_token.clear();
   }
 
   void SayContinue() {
     static constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
     asio::async_write(m_stream, asio::buffer(kContinue), [self = this->shared_from_this()](error_code error, size_t) {
-      if (!error) self->ReadBody();
+      if (!error) self->StartBody();
     });
   }
 
+  void StartBody() {
+    Lowest().expires_after(m_bodyTime);
+    ReadBody();
+  }
+
   void ReadBody() {
-    Lowest().expires_after(m_context.settings.readTimeout);
     http::async_read_some(m_stream, m_buffer, *m_parser, [self = this->shared_from_this()](error_code error, size_t) {
       if (error) return self->OnReadError(error);
       self->m_parser->is_done() ? self->OnRequest() : self->ReadBody();
@@ -247,9 +309,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     });
   }
 
-  void ExpireWrite(size_t bytes) {
-    Lowest().expires_after(m_context.settings.writeTimeout + std::chrono::seconds(bytes / (100 << 10)));
-  }
+  void ExpireWrite(size_t bytes) { Lowest().expires_after(m_context.settings.writeTimeout + TimeFor(bytes)); }
 
   // --- events --------------------------------------------------------------------------------------------------------
 
@@ -326,6 +386,10 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
   asio::steady_timer m_timer;
   beast::flat_buffer m_buffer;
   std::optional<Parser> m_parser;
+  std::chrono::seconds m_bodyTime{0};
+  std::string m_peer, m_token;
+  int32_t m_user = kNobody;  // who is counted as holding it
+  bool m_isFirst = true;     // no request has come yet
   HttpRequest m_request;
   HttpReply m_reply;
   std::string m_head, m_chunk;
@@ -345,9 +409,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 class HttpServer::Impl {
  public:
   Impl(const HttpSettings& settings, HttpHandler& handler)
-      : m_context{settings, handler, {}, asio::io_context(settings.threads), asio::thread_pool(settings.slowThreads)},
-        m_acceptor(asio::make_strand(m_context.io)),
-        m_pause(m_acceptor.get_executor()) {
+      : m_context(settings, handler), m_acceptor(asio::make_strand(m_context.io)), m_pause(m_acceptor.get_executor()) {
     LoadCertificate();
     Listen();
     asio::post(m_acceptor.get_executor(), [this] { Accept(); });

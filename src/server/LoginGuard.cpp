@@ -12,10 +12,20 @@ namespace {
 constexpr int kFree = 3;
 constexpr std::chrono::minutes kForgetAfter{15};
 constexpr size_t kMaxNames = 10000;
+constexpr size_t kMaxDue = 3;
 
 }  // namespace
 
-std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, Time now) {
+bool LoginGuard::Admits(const std::string& userName, const std::string& peer, Time now) {
+  const Guesser guesser(Digest(userName), peer);
+  const std::lock_guard lock(m_mutex);
+  const auto due = m_due.find(guesser);
+  if (due == m_due.end()) return true;
+  std::erase_if(due->second, [now](Time time) { return time <= now; });
+  return due->second.size() < kMaxDue;
+}
+
+std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const std::string& peer, Time now) {
   const std::string key = Digest(userName);
   const std::lock_guard lock(m_mutex);
   if (m_failures.size() >= kMaxNames && m_failures.count(key) == 0) {
@@ -27,7 +37,13 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, Time n
   if (failures.last + kForgetAfter < now) failures.count = 0;
   failures.last = now;
   const int beyond = ++failures.count - kFree;
-  return beyond <= 0 ? std::chrono::milliseconds(0) : std::chrono::milliseconds(250 << std::min(beyond - 1, 5));
+  if (beyond <= 0) return std::chrono::milliseconds(0);
+  const std::chrono::milliseconds delay(250 << std::min(beyond - 1, 5));
+  if (m_due.size() >= kMaxNames) {
+    std::erase_if(m_due, [now](const auto& entry) { return entry.second.empty() || entry.second.back() <= now; });
+  }
+  m_due[{key, peer}].push_back(now + delay);
+  return delay;
 }
 
 void LoginGuard::Succeeded(const std::string& userName) {

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Makes guessing passwords slow: failed log-ins of one user name are answered later and later. A right password is
-// answered at once, so that nobody can lock another user out; who guesses over many connections at a time is therefore
-// slowed by the hashing alone. Any thread.
+// Makes guessing passwords slow: failed log-ins of one user name are answered later and later, and while three such
+// answers are due at one address, its further guesses of that name count for nothing. A right password is answered at
+// once, so that nobody can lock out a user who is elsewhere. Any thread.
 #pragma once
 
 #include <chrono>
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace server {
 
@@ -15,8 +17,11 @@ class LoginGuard {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
+  // False: too many answers are due there; the attempt counts as failed, whatever the password.
+  bool Admits(const std::string& userName, const std::string& peer, Time now = std::chrono::steady_clock::now());
   // How long to wait before answering this failure: nothing for the first three, then 250 ms, doubling to 8 s.
-  std::chrono::milliseconds Failed(const std::string& userName, Time now = std::chrono::steady_clock::now());
+  std::chrono::milliseconds Failed(const std::string& userName, const std::string& peer,
+                                   Time now = std::chrono::steady_clock::now());
   void Succeeded(const std::string& userName);
 
  private:
@@ -25,8 +30,11 @@ class LoginGuard {
     Time last;
   };
 
+  using Guesser = std::pair<std::string, std::string>;  // as below, and address
+
   std::mutex m_mutex;                          // leaf; guards what follows
   std::map<std::string, Failures> m_failures;  // by digest of the name, which strangers choose as long as they like
+  std::map<Guesser, std::vector<Time>> m_due;  // when the answers that wait are given
 };
 
 }  // namespace server

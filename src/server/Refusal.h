@@ -41,6 +41,9 @@ inline Refusal ChangesGone() {
 inline Refusal TooLarge() {
   return {kViewModule, 7, 413, "too large"};
 }
+inline Refusal TooManyConnections() {
+  return {kViewModule, 4, 429, "this user holds too many connections"};
+}
 inline Refusal InternalError() {
   return {kViewModule, 8, 500, "internal error"};
 }

@@ -39,8 +39,14 @@ struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-// A key and a certificate for 127.0.0.1 that it signs itself, both in one file.
-void MakeCertificate(const std::string& file) {
+struct Certificate {
+  const char* name = "IP:127.0.0.1";
+  long from = -60;  // seconds from now
+  long to = 3600;
+};
+
+// A key and a certificate that it signs itself, both in one file.
+void MakeCertificate(const std::string& file, const Certificate& what) {
   std::unique_ptr<EVP_PKEY, Freer<EVP_PKEY, EVP_PKEY_free>> key(EVP_RSA_gen(2048));
   std::unique_ptr<X509, Freer<X509, X509_free>> certificate(X509_new());
   X509_set_version(certificate.get(), 2);
@@ -50,11 +56,11 @@ void MakeCertificate(const std::string& file) {
   X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("test server"), -1, -1,
                              0);
   X509_set_issuer_name(certificate.get(), subject);
-  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), -60);
-  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
+  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), what.from);
+  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), what.to);
   X509_set_pubkey(certificate.get(), key.get());
   std::unique_ptr<X509_EXTENSION, Freer<X509_EXTENSION, X509_EXTENSION_free>> name(
-      X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "IP:127.0.0.1"));
+      X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, what.name));
   X509_add_ext(certificate.get(), name.get(), -1);
   X509_sign(certificate.get(), key.get(), EVP_sha256());
   std::unique_ptr<std::FILE, FileCloser> out(std::fopen(file.c_str(), "w"));
@@ -65,13 +71,13 @@ void MakeCertificate(const std::string& file) {
 // A server with the users "ann" and "ben" in a folder of its own.
 class Site {
  public:
-  explicit Site(bool tls) {
+  explicit Site(bool tls, const Certificate& certificate = {}) {
     std::string pattern = (std::filesystem::temp_directory_path() / "platform-XXXXXX").string();
     m_folder = mkdtemp(pattern.data());
     m_options.dataFile = m_folder + "/data.sqlite";
     if (tls) {
       m_options.tlsCertFile = m_options.tlsKeyFile = m_folder + "/server.pem";
-      MakeCertificate(m_options.tlsCertFile);
+      MakeCertificate(m_options.tlsCertFile, certificate);
     }
     Open();
     std::string error;
@@ -215,6 +221,40 @@ TEST_P(ManagementServerTest, IsLoggedInToDownloadedFromAndFollowed) {
 
 INSTANTIATE_TEST_SUITE_P(HttpAndHttps, ManagementServerTest, testing::Bool(),
                          [](const auto& run) { return run.param ? "Https" : "Http"; });
+
+TEST(TlsTest, AServerThatIsNotWhoItShouldBeIsToldNoPassword) {
+  const Site right(true), other(true), wrongName(true, {"IP:127.0.0.2"}), wrongHost(true, {"DNS:localhost"}),
+      expired(true, {"IP:127.0.0.1", -7200, -3600}), early(true, {"IP:127.0.0.1", 3600, 7200}), plain(false);
+  const auto swapScheme = [](const Site& site, const std::string& scheme) {
+    return scheme + site.Url().substr(site.Url().find(':'));
+  };
+  const struct {
+    const char* what;
+    std::string url, caFile;
+    int curlCode;
+  } cases[] = {
+      {"right", right.Url(), right.CertificateFile(), 0},
+      {"somebody else's certificate", right.Url(), other.CertificateFile(), 60},
+      {"nobody vouches for it", right.Url(), "", 60},
+      {"no such file", right.Url(), "/nowhere.pem", 77},
+      {"another address's", wrongName.Url(), wrongName.CertificateFile(), 60},
+      {"another name's", wrongHost.Url(), wrongHost.CertificateFile(), 60},
+      {"expired", expired.Url(), expired.CertificateFile(), 60},
+      {"not valid yet", early.Url(), early.CertificateFile(), 60},
+      {"no TLS where it should be", swapScheme(plain, "https"), right.CertificateFile(), 35},
+      {"TLS where none should be", swapScheme(right, "http"), "", 52},
+  };
+  for (const auto& c : cases) {
+    ErrorCode error;
+    CNetCommManager::Instance().SetServer(c.url, c.caFile);
+    EXPECT_EQ(CUserCommonManager::Instance().Login("ann", "secret of ann", "test", error), c.curlCode == 0) << c.what;
+    EXPECT_EQ(std::pair(error.GetMainError(), error.GetSubError()),
+              c.curlCode == 0 ? std::pair(0, 0) : std::pair(1, c.curlCode))
+        << c.what;
+    CUserCommonManager::Instance().Logout();
+  }
+  CNetCommManager::Instance().SetServer({});
+}
 
 [[noreturn]] void RunForgetfulHost() {
   static Site site(true);

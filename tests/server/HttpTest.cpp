@@ -60,6 +60,10 @@ class Echo : public HttpHandler {
   bool IsSlow(const HttpRequest& request) override { return request.path == "/slow"; }
   HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
   HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
+  HttpReply AnswerTooMany() override { return {429, {}, "too many", nullptr, nullptr, {}, {}}; }
+  int32_t UserOf(const HttpRequest& request) override {
+    return request.token.rfind("user", 0) == 0 ? std::stoi(request.token.substr(4)) : kNobody;
+  }
 
   std::atomic<int> slowAnswers{0};
 };
@@ -72,6 +76,7 @@ class HttpTest : public ::testing::Test {
     settings.readTimeout = settings.idleTimeout = settings.writeTimeout = std::chrono::seconds(1);
     settings.heartbeat = std::chrono::milliseconds(50);
     settings.maxConnections = 20;
+    settings.maxConnectionsPerUser = 3;
     server = std::make_unique<HttpServer>(settings, echo);
   }
 
@@ -146,6 +151,49 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
     read += received.size();
   }
   EXPECT_LT(read, size_t{100} << 20) << "no more than was underway when it was dropped";
+}
+
+TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
+  for (const char* head : {"GET /a HTTP/1.1\r\nX: ", "PUT /a HTTP/1.1\r\nContent-Length: 60000\r\n\r\n"}) {
+    Wire wire(server->Port());
+    wire.Send(head);
+    const auto began = std::chrono::steady_clock::now();
+    bool isOpen = true;
+    for (int i = 0; isOpen && i < 40; ++i) {
+      wire.Send("x");
+      std::string received;
+      try {
+        isOpen = wire.Receive(received, std::chrono::milliseconds(100));
+      } catch (const std::runtime_error&) {  // nothing came yet
+      }
+    }
+    EXPECT_FALSE(isOpen) << head;
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(3)) << head;
+  }
+}
+
+TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
+  const auto ask = [](Wire& wire, const std::string& user) {
+    wire.Send("GET /a HTTP/1.1\r\nAuthorization: Bearer user" + user + "\r\n\r\n");
+    std::string received;
+    wire.Receive(received);
+    return ParseAnswer(received).status;
+  };
+  std::vector<std::unique_ptr<Wire>> wires;
+  for (int expected : {200, 200, 200, 429}) {
+    wires.push_back(std::make_unique<Wire>(server->Port()));
+    EXPECT_EQ(ask(*wires.back(), "1"), expected);
+  }
+  Wire other(server->Port());
+  EXPECT_EQ(ask(other, "2"), 200);
+  EXPECT_EQ(ask(other, "2"), 200) << "a connection counts once";
+  EXPECT_EQ(ask(*wires[0], "2"), 200) << "and for the user it is used by";
+  EXPECT_EQ(ask(*wires[1], "1"), 200);
+  Wire again(server->Port());
+  EXPECT_EQ(ask(again, "1"), 200) << "one became free";
+  EXPECT_EQ(ask(*wires[2], "2"), 200);
+  Wire last(server->Port());
+  EXPECT_EQ(ask(last, "2"), 429);
 }
 
 TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {

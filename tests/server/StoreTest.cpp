@@ -229,19 +229,25 @@ TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
 
 TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {
   using std::chrono::milliseconds;
+  const std::string here = "here";
   LoginGuard guard;
   LoginGuard::Time now{};
   now += std::chrono::hours(1);
   const int expected[] = {0, 0, 0, 250, 500, 1000, 2000, 4000, 8000, 8000};
-  for (int ms : expected) EXPECT_EQ(guard.Failed("ann", now), milliseconds(ms));
-  EXPECT_EQ(guard.Failed("bob", now), milliseconds(0));
-  for (int i = 0; i < 9998; ++i) guard.Failed("earlier " + std::to_string(i), now - std::chrono::minutes(1));
-  for (int i = 0; i < 3; ++i) guard.Failed("later " + std::to_string(i), now);
-  EXPECT_EQ(guard.Failed("ann", now), milliseconds(8000)) << "the oldest make room";
-  EXPECT_EQ(guard.Failed("ann", now + std::chrono::hours(1)), milliseconds(0)) << "forgotten after a while";
-  for (int i = 0; i < 5; ++i) guard.Failed("ann", now);
+  for (int ms : expected) EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(ms));
+  EXPECT_EQ(guard.Failed("bob", here, now), milliseconds(0));
+  EXPECT_FALSE(guard.Admits("ann", here, now)) << "seven answers are due";
+  EXPECT_TRUE(guard.Admits("ann", "elsewhere", now));
+  EXPECT_TRUE(guard.Admits("bob", here, now));
+  EXPECT_FALSE(guard.Admits("ann", here, now + milliseconds(3999))) << "three are due still";
+  EXPECT_TRUE(guard.Admits("ann", here, now + milliseconds(4001)));
+  for (int i = 0; i < 9998; ++i) guard.Failed("earlier " + std::to_string(i), here, now - std::chrono::minutes(1));
+  for (int i = 0; i < 3; ++i) guard.Failed("later " + std::to_string(i), here, now);
+  EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(8000)) << "the oldest make room";
+  EXPECT_EQ(guard.Failed("ann", here, now + std::chrono::hours(1)), milliseconds(0)) << "forgotten after a while";
+  for (int i = 0; i < 5; ++i) guard.Failed("ann", here, now);
   guard.Succeeded("ann");
-  EXPECT_EQ(guard.Failed("ann", now), milliseconds(0));
+  EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(0));
 }
 
 }  // namespace

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: Apache-2.0
+// Ids are texts that hosts pass on. Whatever stands in one, what is sent is one well-formed request to the place that
+// the call is about, or nothing.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "../../platform/ScriptedServer.h"
+#include "BizShared/NetCommManager.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
+
+namespace {
+
+using testing_support::Connection;
+using testing_support::Request;
+using testing_support::ScriptedServer;
+
+const std::string kPlatform = "/NXAPI/Vantorel/Platform/";
+
+bool IsPlain(const std::string& target) {
+  if (target.rfind(kPlatform, 0) != 0 || ("/" + target + "/").find("/../") != std::string::npos) return false;
+  return std::none_of(target.begin(), target.end(),
+                      [](unsigned char c) { return c <= 0x20 || c == 0x7f || c == '?' || c == '#' || c == '\\'; });
+}
+
+std::string Quoted(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') quoted += '\\';
+    if (static_cast<unsigned char>(c) < 0x20) {
+      static const char kDigits[] = "0123456789abcdef";
+      quoted += std::string("\\u00") + kDigits[c >> 4] + kDigits[c & 15];
+    } else {
+      quoted += c;
+    }
+  }
+  return quoted + '"';
+}
+
+TEST(IdTexts, SmuggleNothingIntoAddressOrHeader) {
+  ScriptedServer server([](const Request&, Connection& connection) { connection.ReplyData("{}"); });
+  BizShared::CNetCommManager::Instance().SetServer(server.Url());
+  BizShared::CNetCommManager::Instance().SetToken("token");
+  const std::string ids[] = {
+      "7",
+      "",
+      " ",
+      "7 HTTP/1.1\r\nX-Evil: yes\r\n\r\nGET /evil",
+      "7\r\nX-Evil: yes",
+      "7\nX-Evil: yes",
+      std::string("7\0X", 3),
+      "7?x=1",
+      "7#x",
+      "..",
+      "../..",
+      "../../V0/Sessions/Current#",
+      "7/../../../V0/Users",
+      "..\\..\\x",
+      "7;x",
+      "%2e%2e/%2e%2e",
+      "7%0d%0aX-Evil:yes",
+      "@evil.example/",
+      "//evil.example/",
+      "\x7f",
+      "\xff\xfe",
+      "\xe2\x80\xa8",
+      "99999999999999999999",
+      "-1",
+      "0x7",
+      "7,8",
+      "\"}},{\"",
+      std::string(100000, '7'),
+  };
+  using Exchange = bool (*)(const std::string&, std::string&);
+  const struct {
+    Exchange call;
+    const char *before, *after;
+    std::string method, path;  // where what is sent may go: the path's beginning
+  } calls[] = {
+      {&ViewShareUsers, R"({"share_users":"2","view_id":)", "}", "POST", "V1/View/"},
+      {&ViewShareUsers, R"({"view_id":"7","share_users":)", "}", "POST", "V1/View/7/Share"},
+      {&UpdatePlan, R"({"Name":"n","GroupID":"7","ID":)", "}", "PUT", "V0/Views/"},
+      {&UpdatePlan, R"({"Name":"n","ID":"7","GroupID":)", "}", "PUT", "V0/Views/7"},
+      {&AddPlan, R"({"Name":"n","GroupID":)", "}", "POST", "V0/Views"},
+      {&DeletePlan, R"({"ID":)", "}", "DELETE", "V0/Views/"},
+      {&AddPlanGroup, R"({"Name":"n","ParentID":)", "}", "POST", "V0/ViewGroups"},
+      {&UpdatePlanGroup, R"({"Name":"n","ID":)", "}", "PUT", "V0/ViewGroups/"},
+      {&DeletePlanGroup, R"({"ID":)", "}", "DELETE", "V0/ViewGroups/"},
+  };
+  const std::set<std::string> headers{"host", "accept", "authorization", "content-type", "content-length"};
+  size_t sentInAll = 0;
+  for (const auto& c : calls) {
+    for (const std::string& id : ids) {
+      const size_t before = server.Requests().size();
+      std::string response;
+      c.call(c.before + Quoted(id) + c.after, response);
+      const auto requests = server.Requests();
+      ASSERT_LE(requests.size() - before, 1u) << c.before << id;
+      for (size_t i = before; i < requests.size(); ++i, ++sentInAll) {
+        const Request& request = requests[i];
+        EXPECT_EQ(request.method, c.method);
+        EXPECT_TRUE(IsPlain(request.target)) << request.target;
+        EXPECT_EQ(request.target.rfind(kPlatform + c.path, 0), 0u) << request.target;
+        for (const auto& [name, value] : request.headers) EXPECT_EQ(headers.count(name), 1u) << name << ": " << value;
+        EXPECT_EQ(request.headers.at("authorization"), "Bearer token");
+      }
+    }
+  }
+  EXPECT_GT(sentInAll, std::size(ids)) << "most calls read a number and do send";
+  BizShared::CNetCommManager::Instance().SetToken({});
+  BizShared::CNetCommManager::Instance().SetServer({});
+}
+
+}  // namespace
