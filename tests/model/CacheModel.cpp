@@ -9,25 +9,25 @@ int TypeOf(Id owner) {
   return owner == kPublic ? 0 : 1;
 }
 
+int TypeOf(const ViewRecord& view) {
+  return view.shared ? 2 : TypeOf(view.owner);
+}
+
 CacheModel::Listed Entry(const ViewRecord& view) {
-  return {view.name, view.id, view.group, TypeOf(view.owner)};
+  return {view.name, view.id, view.group, TypeOf(view)};
 }
 
 }  // namespace
 
-std::vector<Id> Truth::WithDescendants(Id group) const {
-  std::vector<Id> result;
-  for (const auto& [id, record] : groups) {
-    if (record.parent != group) continue;
-    const std::vector<Id> below = WithDescendants(id);
-    result.insert(result.end(), below.begin(), below.end());
-  }
-  result.push_back(group);
-  return result;
+void CacheModel::Load(const std::vector<GroupRecord>& groups, const std::vector<ViewRecord>& views) {
+  m_groups.clear();
+  m_views.clear();
+  for (const GroupRecord& group : groups) OwnGroupAdded(group);
+  for (const ViewRecord& view : views) OwnViewAdded(view);
 }
 
 void CacheModel::OwnGroupAdded(const GroupRecord& group) {
-  m_groups.emplace(group.id, Group{group, {}});
+  m_groups.emplace(group.id, Folder{group, {}});
 }
 
 void CacheModel::OwnGroupRenamed(Id id, const std::string& name) {
@@ -64,23 +64,16 @@ void CacheModel::OwnViewRemoved(Id id) {
 }
 
 void CacheModel::GroupAdded(const GroupRecord& group) {
-  if (!Sees(group.owner)) return;
   m_groups.erase(group.id);
-  m_groups.emplace(group.id, Group{group, {}});
+  m_groups.emplace(group.id, Folder{group, {}});
 }
 
 void CacheModel::GroupModified(const GroupRecord& group) {
-  if (!Sees(group.owner)) return;
   const auto entry = m_groups.find(group.id);
   if (entry != m_groups.end()) entry->second.record = group;
 }
 
-void CacheModel::GroupRemoved(const GroupRecord& group) {
-  if (Sees(group.owner)) m_groups.erase(group.id);
-}
-
 void CacheModel::ViewAdded(const ViewRecord& view) {
-  if (!Sees(view.owner)) return;
   // Read once into the group and, when it is applied, once more in its place.
   Append(view.group, std::make_shared<ViewRecord>(view));
   OwnViewRemoved(view.id);
@@ -88,15 +81,9 @@ void CacheModel::ViewAdded(const ViewRecord& view) {
 }
 
 void CacheModel::ViewModified(const ViewRecord& view) {
-  if (!Sees(view.owner)) return;
   Append(view.group, std::make_shared<ViewRecord>(view));
   const auto entry = m_views.find(view.id);
   if (entry != m_views.end()) *entry->second = view;
-}
-
-void CacheModel::ViewRemoved(const ViewRecord& view) {
-  // The document names the id alone, so no group gains an appearance.
-  if (Sees(view.owner)) OwnViewRemoved(view.id);
 }
 
 std::vector<Id> CacheModel::GroupIds() const {
@@ -111,10 +98,10 @@ std::vector<Id> CacheModel::ViewIds() const {
   return ids;
 }
 
-std::vector<std::tuple<std::string, Id>> CacheModel::ChildGroups(Id parent, Id owner) const {
+std::vector<std::tuple<std::string, Id>> CacheModel::ChildGroups(Id parent, int type) const {
   std::vector<std::tuple<std::string, Id>> result;
   for (const auto& [id, group] : m_groups) {
-    if (group.record.parent == parent && TypeOf(group.record.owner) == TypeOf(owner)) {
+    if (group.record.parent == parent && TypeOf(group.record.owner) == type) {
       result.emplace_back(group.record.name, id);
     }
   }
@@ -132,7 +119,7 @@ std::vector<CacheModel::Listed> CacheModel::Members(Id group) const {
 std::vector<CacheModel::Listed> CacheModel::WithoutGroup(int type) const {
   std::vector<Listed> result;
   for (const auto& [id, view] : m_views) {
-    if (view->group == kNone && TypeOf(view->owner) == type) result.push_back(Entry(*view));
+    if (view->group == kNone && TypeOf(*view) == type) result.push_back(Entry(*view));
   }
   std::sort(result.begin(), result.end());
   return result;

@@ -7,6 +7,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -20,6 +21,7 @@ struct GroupRecord {
   Id parent = kNone;
   Id owner = kPublic;
   std::string name;
+  bool operator==(const GroupRecord&) const = default;
 };
 
 struct ViewRecord {
@@ -29,23 +31,22 @@ struct ViewRecord {
   std::string name;
   int cycleTime = 0;
   size_t windows = 0;
+  bool shared = false;  // somebody else's
+  bool operator==(const ViewRecord&) const = default;
 };
 
 // What the server holds.
 struct Truth {
   std::map<Id, GroupRecord> groups;
   std::map<Id, ViewRecord> views;
-
-  // The groups below `group`, deepest first, itself last.
-  std::vector<Id> WithDescendants(Id group) const;
+  std::map<Id, std::set<Id>> sharedWith;  // users by view
 };
 
-// The cache of a client of one user.
+// The cache of a client.
 class CacheModel {
  public:
-  explicit CacheModel(Id user) : m_user(user) {}
-
-  bool Sees(Id owner) const { return owner == kPublic || owner == m_user; }
+  // What a load makes of it: groups, then views.
+  void Load(const std::vector<GroupRecord>& groups, const std::vector<ViewRecord>& views);
 
   void OwnGroupAdded(const GroupRecord& group);
   void OwnGroupRenamed(Id id, const std::string& name);
@@ -54,26 +55,28 @@ class CacheModel {
   void OwnViewModified(const ViewRecord& view);
   void OwnViewRemoved(Id id);
 
-  // Change documents; what the user may not see is not sent.
+  // Change documents.
   void GroupAdded(const GroupRecord& group);
   void GroupModified(const GroupRecord& group);
-  void GroupRemoved(const GroupRecord& group);
+  void GroupRemoved(Id id) { m_groups.erase(id); }
   void ViewAdded(const ViewRecord& view);
   void ViewModified(const ViewRecord& view);
-  void ViewRemoved(const ViewRecord& view);
+  void ViewRemoved(Id id) { OwnViewRemoved(id); }  // names the id alone, so that no group gains an appearance
 
   using Listed = std::tuple<std::string, Id, Id, int>;  // name, id, group, type
 
   std::vector<Id> GroupIds() const;
   std::vector<Id> ViewIds() const;
   const ViewRecord& View(Id id) const { return *m_views.at(id); }
+  const GroupRecord& Group(Id id) const { return m_groups.at(id).record; }
+  bool HasView(Id id) const { return m_views.count(id) > 0; }
   // Sorted.
-  std::vector<std::tuple<std::string, Id>> ChildGroups(Id parent, Id owner) const;
+  std::vector<std::tuple<std::string, Id>> ChildGroups(Id parent, int type) const;
   std::vector<Listed> Members(Id group) const;
   std::vector<Listed> WithoutGroup(int type) const;
 
  private:
-  struct Group {
+  struct Folder {
     GroupRecord record;
     std::list<std::shared_ptr<ViewRecord>> members;
   };
@@ -81,7 +84,6 @@ class CacheModel {
   void RemoveFirstMember(Id group, Id view);
   void Append(Id group, std::shared_ptr<ViewRecord> view);
 
-  Id m_user;
-  std::map<Id, Group> m_groups;
+  std::map<Id, Folder> m_groups;
   std::map<Id, std::shared_ptr<ViewRecord>> m_views;
 };

@@ -16,7 +16,7 @@ const std::string kListening = "Listening on http://127.0.0.1:";
 ServerProcess::ServerProcess(const std::string& folder, const std::string& seed, const std::string& faultPlan)
     : m_folder(folder), m_hasFaults(!faultPlan.empty()) {
   std::ofstream(folder + "/seed.json") << seed;
-  if (m_hasFaults) std::ofstream(folder + "/faults.json") << faultPlan;
+  if (m_hasFaults) SetFaultPlan(faultPlan);
   m_process.setStandardErrorFile(QString::fromStdString(folder + "/server.log"), QIODevice::Append);
   Start();
 }
@@ -29,6 +29,10 @@ ServerProcess::~ServerProcess() {
 void ServerProcess::Kill() {
   m_process.kill();
   m_process.waitForFinished(kWaitMs);
+}
+
+void ServerProcess::SetFaultPlan(const std::string& faultPlan) {
+  std::ofstream(m_folder + "/faults.json") << faultPlan;
 }
 
 void ServerProcess::Start() {

@@ -20,6 +20,7 @@ class ServerProcess {
 
   void Kill();  // SIGKILL
   void Start();
+  void SetFaultPlan(const std::string& faultPlan);  // from the next start on
 
   // As the server tells: how often things went wrong on purpose, in all and by fault.
   std::string Faults(size_t& count) const;
