@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The list of known behaviours names tests; each of them must exist.
+// The lists of known behaviours and of promises name tests; each of them must exist.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -37,6 +37,9 @@ TEST(KnownBehaviours, AreEachHeldByATestThatExists) {
   const std::set<std::string> named = Pairs(ContentOf(BEHAVIOURS_DOCUMENT), std::regex(R"(`([A-Z]\w+)\.(\w+)`)"));
   EXPECT_GT(named.size(), 40u);
   for (const std::string& name : named) EXPECT_TRUE(tests.contains(name)) << name;
+  for (const std::string& name : Pairs(ContentOf(RELIABILITY_DOCUMENT), std::regex(R"(`([A-Z]\w+)\.(\w+)`)"))) {
+    EXPECT_TRUE(tests.contains(name)) << name;
+  }
 }
 
 }  // namespace
