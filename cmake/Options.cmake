@@ -9,6 +9,8 @@ endif()
 set(QORVI_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 option(QORVI_WERROR "Treat warnings as errors" OFF)
 
+file(RELATIVE_PATH QORVI_SOURCE_FROM_BUILD ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" QORVI_SOURCE_FROM_BUILD "${QORVI_SOURCE_FROM_BUILD}")
 add_library(qorvi_options INTERFACE)
 target_compile_options(qorvi_options INTERFACE
   -Wall -Wextra -Wshadow
@@ -16,8 +18,9 @@ target_compile_options(qorvi_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
   # GCC 12 sees overlaps in std::string's own code where there are none.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-  # Log lines name their source file relative to the repository.
-  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+  # Log lines name their source file relative to the repository. ccache may hand the compiler paths relative to the build
+  # folder.
+  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=)
 if(QORVI_WERROR)
   target_compile_options(qorvi_options INTERFACE -Werror)
 endif()

@@ -6,6 +6,7 @@
 #include <deque>
 #include <utility>
 
+#include "json/ParseText.h"
 #include "server/Json.h"
 
 namespace server {
@@ -57,16 +58,18 @@ void GiveOtherKind(Value& value, uint32_t random) {
       Value(), Value(true), Value(7), Value("text"), Value(rapidjson::kArrayType), Value(rapidjson::kObjectType)};
   constexpr uint32_t kCount = std::size(others);
   uint32_t at = random % kCount;
-  while (others[at].GetType() == value.GetType()) at = (at + 1) % kCount;
+  const auto isSameKind = [&](const Value& other) {
+    return other.GetType() == value.GetType() || (other.IsBool() && value.IsBool());
+  };
+  while (isSameKind(others[at])) at = (at + 1) % kCount;
   value = std::move(others[at]);
 }
 
 // One value of the answer, whichever, becomes one of another kind.
 void GiveWrongKind(std::string& body, uint32_t random) {
   Document document;
-  document.Parse(body.data(), body.size());
   std::vector<Value*> values;
-  if (!document.HasParseError()) CollectValues(document, values);
+  if (::json::Parse(body, document)) CollectValues(document, values);
   if (values.empty()) return;
   const auto count = static_cast<uint32_t>(values.size());
   GiveOtherKind(*values[random % count], random / count);
@@ -75,8 +78,7 @@ void GiveWrongKind(std::string& body, uint32_t random) {
 
 void RemoveErrorCode(std::string& body) {
   Document document;
-  document.Parse(body.data(), body.size());
-  if (document.HasParseError() || !document.IsObject()) return;
+  if (!::json::Parse(body, document) || !document.IsObject()) return;
   const auto envelope = document.FindMember("ResponseStatus");
   if (envelope == document.MemberEnd() || !envelope->value.IsObject()) return;
   envelope->value.RemoveMember("ErrorCode");

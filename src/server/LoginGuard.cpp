@@ -42,7 +42,10 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const 
   if (m_due.size() >= kMaxNames) {
     std::erase_if(m_due, [now](const auto& entry) { return entry.second.empty() || entry.second.back() <= now; });
   }
-  m_due[{key, peer}].push_back(now + delay);
+  // The latest tell whether so many are due; noting more would let a flood make each look at them longer.
+  std::vector<Time>& due = m_due[{key, peer}];
+  due.push_back(now + delay);
+  if (due.size() > kMaxDue) due.erase(due.begin());
   return delay;
 }
 

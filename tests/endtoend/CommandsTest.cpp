@@ -91,25 +91,6 @@ TEST_F(CommandsTest, WatchHearsWhatComesToBeAndEndsQuietly) {
   EXPECT_EQ(Maria({"call", "DeletePlanGroup", R"({"ID":")" + QString::fromStdString(id) + "\"}"}).status, 0);
 }
 
-TEST_F(CommandsTest, WatchGoesOnWhenAnAnnouncedGroupHasGoneAlready) {
-  Running watch(TheSite().As("kenji") + QStringList{"watch", "--all"}, "sample-kenji");
-  ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
-  Running maria(TheSite().As("maria") + QStringList{"script"}, "sample-maria");
-  maria.Write("{\"load\":true}\n");
-  maria.NextLine();
-  for (int i = 0; i < 30; ++i) {
-    maria.Write(R"({"call":"AddPlanGroup","request":{"Name":"Brief","ParentID":"1","Type":0}})"
-                "\n");
-    rapidjson::Document answer, response;
-    host::ParseJson(maria.NextLine(), answer);
-    host::ParseJson(host::TextOf(answer, "response"), response);
-    maria.Write(R"({"call":"DeletePlanGroup","request":{"ID":")" + host::TextOf(response, "ID") + "\"}}\n");
-    EXPECT_TRUE(Has(maria.NextLine(), "\"result\":true"));
-  }
-  for (int i = 0; i < 60; ++i) ASSERT_TRUE(Has(watch.NextLine(), "\"child_type\":16001")) << i;
-  EXPECT_EQ(watch.Terminate(), 0);
-}
-
 TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
   const QStringList maria = TheSite().As("maria");
   const QString url = QString::fromStdString(TheSite().Url());
