@@ -50,34 +50,16 @@ struct TextCase {
 };
 
 TEST(JsonRecordTest, WholeTextsAreRefusedOrReadLeniently) {
-  const TextCase cases[] = {
-      {"", "refused"},
-      {"null", "refused"},
-      {"NULL", "refused"},
-      {"{", "refused"},
-      {" \t\r\n", "refused"},
-      {"{}{}", "refused"},
-      {"{},", "refused"},
-      {R"({"Count":1,})", "refused"},
-      {R"({"Count":1}/**/)", "refused"},
-      {R"({"Count":01})", "refused"},
-      {R"({'Count':1})", "refused"},
-      {"\xEF\xBB\xBF{}", "refused"},
-      {" null", kDefault},
-      {"null ", kDefault},
-      {"true", kDefault},
-      {"false", kDefault},
-      {"5", kDefault},
-      {"5.5", kDefault},
-      {R"("Count")", kDefault},
-      {"[]", kDefault},
-      {R"([{"Count":1}])", kDefault},
-      {"{}", kDefault},
-      {" { } ", kDefault},
-      {std::string("{}\0garbage", 10), kDefault},
-      {std::string("\0{}", 3), "refused"},
-  };
-  for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
+  for (const char* text : {"", "null", "NULL", "{", " \t\r\n", "{}{}", "{},", R"({"Count":1,})", R"({"Count":1}/**/)",
+                           R"({"Count":01})", R"({'Count':1})", "\xEF\xBB\xBF{}"}) {
+    EXPECT_EQ(ReadAndWrite(text), "refused") << text;
+  }
+  EXPECT_EQ(ReadAndWrite(std::string("\0{}", 3)), "refused");
+  for (const char* text :
+       {" null", "null ", "true", "false", "5", "5.5", R"("Count")", "[]", R"([{"Count":1}])", "{}", " { } "}) {
+    EXPECT_EQ(ReadAndWrite(text), kDefault) << text;
+  }
+  EXPECT_EQ(ReadAndWrite(std::string("{}\0garbage", 10)), kDefault);
 }
 
 std::string WithCount(const std::string& written) {
@@ -97,30 +79,13 @@ TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
   const TextCase cases[] = {
       {R"({"Count":2147483647})", WithCount("2147483647")},
       {R"({"Count":-2147483648})", WithCount("-2147483648")},
-      {R"({"Count":2147483648})", kDefault},
-      {R"({"Count":-2147483649})", kDefault},
       {R"({"Count":1e400,"Open":true})", "refused"},
-      {R"({"Count":0.0000000001e-2147483639})", kDefault},
-      {R"({"Count":1.0})", kDefault},
-      {R"({"Count":1e0})", kDefault},
       {R"({"Count":-0})", WithCount("0")},
-      {R"({"Count":"1"})", kDefault},
-      {R"({"Count":true})", kDefault},
-      {R"({"Count":null})", kDefault},
-      {R"({"Open":1})", kDefault},
-      {R"({"Open":"true"})", kDefault},
-      {R"({"Name":null})", kDefault},
-      {R"({"Name":1})", kDefault},
       {R"({"Name":""})", WithName("")},
       {R"({"Name":"a\u0000b"})", WithName("a")},
       {R"({"Name":"\u00e4\/\"\\\n\u0001"})", WithName("\xC3\xA4/\\\"\\\\\\n\\u0001")},
       {"{\"Name\":\"\xFF\xC3\"}", WithName("\xFF\xC3")},
-      {R"({"Nested":[]})", kDefault},
-      {R"({"Nested":null})", kDefault},
       {R"({"Nested":{"Label":"x"}})", WithNested(R"({"No":-1,"Label":"x"})")},
-      {R"({"Parts":{}})", kDefault},
-      {R"({"Parts":"x"})", kDefault},
-      {R"({"Parts":[]})", kDefault},
       {R"({"Parts":[{"No":1},{"Label":"x"},{}]})",
        WithParts(R"([{"No":1,"Label":""},{"No":-1,"Label":"x"},{"No":-1,"Label":""}])")},
       // Elements of whatever kind are elements without members.
@@ -128,6 +93,13 @@ TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
        WithParts(R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},)"
                  R"({"No":-1,"Label":""},{"No":4,"Label":""}])")},
   };
+  for (const char* text :
+       {R"({"Count":2147483648})", R"({"Count":-2147483649})", R"({"Count":0.0000000001e-2147483639})",
+        R"({"Count":1.0})", R"({"Count":1e0})", R"({"Count":"1"})", R"({"Count":true})", R"({"Count":null})",
+        R"({"Open":1})", R"({"Open":"true"})", R"({"Name":null})", R"({"Name":1})", R"({"Nested":[]})",
+        R"({"Nested":null})", R"({"Parts":{}})", R"({"Parts":"x"})", R"({"Parts":[]})"}) {
+    EXPECT_EQ(ReadAndWrite(text), kDefault) << text;
+  }
   for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
 }
 
@@ -174,20 +146,6 @@ TEST(JsonRecordTest, DeepNestingCostsNoStack) {
     EXPECT_EQ(ReadAndWrite(R"({"Parts":[)" + deep + "]}"), WithParts(R"([{"No":-1,"Label":""}])"));
     EXPECT_EQ(ReadAndWrite(deep.substr(0, deep.size() - 1)), "refused");
   }
-}
-
-TEST(JsonRecordTest, LongTextsAndListsAreReadWhole) {
-  constexpr size_t kElements = 100'000;
-  const std::string longText(10'000'000, 'x');
-  std::string list = R"({"No":1})";
-  for (size_t i = 1; i < kElements; ++i) list += R"(,{"No":2})";
-  Sample data;
-  SampleJSONStruct record(&data);
-  ASSERT_TRUE(ParseJsonRequest(record, R"({"Name":")" + longText + R"(","Parts":[)" + list + "]}"));
-  EXPECT_EQ(data.Name, longText);
-  ASSERT_EQ(data.Parts.size(), kElements);
-  EXPECT_EQ(data.Parts.front().No, 1);
-  EXPECT_EQ(data.Parts.back().No, 2);
 }
 
 Sample FilledSample() {

@@ -149,19 +149,6 @@ TEST(RecordSetTest, DefaultsAreWrittenInFullAndInOrder) {
             R"("Remark":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"","PlanPages":[],"is_share_view":false})");
   EXPECT_EQ(DefaultText<GetPlanDetailRequest>(),
             R"({"ID":"","AutoRun":0,"PermissionItem":"","NeedResourceName":true,"resource_download_judge":false})");
-  EXPECT_EQ(DefaultText<GetPlanDetailResponse>(),
-            R"({"ErrorInfo":"","GroupID":"","ID":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"AppCode":"",)"
-            R"("Remark":"","OwnerId":"","CreateTime":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"",)"
-            R"("PlanPages":[],"is_share_view":false,"share_user_name":""})");
-  EXPECT_EQ(DefaultText<GetPlanConfigResponse>(),
-            R"({"LoadAll":false,"CreateRootPlan":false,"EnableSearch":true,"EnableDrag":true,)"
-            R"("SupportDelPlanWithChildren":true,"ViewOrPlan":0,"SupportTimedPlay":false,"OnlyCamera":false,)"
-            R"("MoveBetweenPublicAndPrivate":false,"SupportAddCameraFromFavorite":false,"SupportSmoothStream":true,)"
-            R"("ShowCreationInfo":false,"IsSupportSaveSingleCycle":false,"SupportThumbnail":true,)"
-            R"("SupportPlanGroupCycle":false})");
-  EXPECT_EQ(DefaultText<GetClientDefaultViewConfigResponse>(),
-            R"({"error_module":0,"error_code":0,"error_info":"",)"
-            R"("ViewData":{"ViewDefaultConfig":{"view_type":0,"view_id":""}}})");
   EXPECT_EQ(DefaultText<PlanSearchResponse>(), R"({"ErrorInfo":"","total":0,"searchedPlan":[]})");
 }
 
