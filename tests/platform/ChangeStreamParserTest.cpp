@@ -29,10 +29,7 @@ std::string ParseWhole(std::string_view stream, size_t limit = ChangeStreamParse
 }
 
 TEST(ChangeStreamParserTest, YieldsTheEventsOfAStream) {
-  const struct {
-    const char* stream;
-    const char* events;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"id: 5\nevent: Views\ndata: {}\n\n", "5|Views|{}\n"},
       {"id:5\r\nevent:Views\r\ndata:{}\r\n\r\n", "5|Views|{}\n"},
       {"id: 5\revent: Views\rdata: {}\r\r", "5|Views|{}\n"},
@@ -46,7 +43,7 @@ TEST(ChangeStreamParserTest, YieldsTheEventsOfAStream) {
       {"id: 1\ndata: cut off\n", ""},
       {"\n\n\r\n\r\r", ""},
   };
-  for (const auto& c : cases) EXPECT_EQ(ParseWhole(c.stream), c.events) << c.stream;
+  for (const auto& [stream, events] : cases) EXPECT_EQ(ParseWhole(stream), events) << stream;
 }
 
 TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {
@@ -62,25 +59,14 @@ TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {
 }
 
 TEST(ChangeStreamParserTest, TheSameEventsComeHoweverTheStreamIsCut) {
-  const std::vector<std::string> pieces = {"id: ",
-                                           "17",
-                                           "\n",
-                                           "\r\n",
-                                           "\r",
-                                           "\n\n",
-                                           "\r\n\r\n",
-                                           "data:",
-                                           "data: x",
-                                           "event: Views",
-                                           ":",
-                                           "rubbish",
-                                           std::string(70, 'z'),
-                                           "\xEF\xBB\xBF"};
+  const std::string pieces[] = {
+      "id: ",  "17",      "\n",           "\r\n", "\r",      "\n\n",         "\r\n\r\n",
+      "data:", "data: x", "event: Views", ":",    "rubbish", "\xEF\xBB\xBF", std::string(70, 'z')};
   std::mt19937 random(20240607);
   auto pick = [&](size_t count) { return std::uniform_int_distribution<size_t>(0, count - 1)(random); };
   for (int round = 0; round < 400; ++round) {
     std::string stream;
-    for (size_t i = 0, n = pick(40) + 1; i < n; ++i) stream += pieces[pick(pieces.size())];
+    for (size_t i = 0, n = pick(40) + 1; i < n; ++i) stream += pieces[pick(std::size(pieces))];
     std::string whole = ParseWhole(stream, 60);
     ChangeStreamParser parser(60);
     std::vector<ChangeEvent> events;

@@ -3,9 +3,9 @@
 // builds.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "NetLink/RapidJsonProto.h"
@@ -18,12 +18,7 @@ constexpr int kNone = -77;
 
 class JsonDocument : public testing::Test {
  protected:
-  // Reads of the value that `json` stands for.
-  int Int(const std::string& json) { return Holding(json).get_int_v("/v", kNone); }
-  std::string Text(const std::string& json) { return Holding(json).get_v("/v", "none"); }
-  float Float(const std::string& json) { return Holding(json).get_float_v("/v", kNone); }
-  int Count(const std::string& json) { return Holding(json).get_cnt("/v"); }
-
+  // The document whose "/v" this is.
   CRapidJsonProto& Holding(const std::string& json) {
     EXPECT_TRUE(document.set_str("{\"v\":" + json + "}")) << json;
     return document;
@@ -33,137 +28,75 @@ class JsonDocument : public testing::Test {
 };
 
 TEST_F(JsonDocument, AnIntegerIsReadFromWhatFitsThirtyTwoBits) {
-  const struct {
-    const char* json;
-    int expected;
-  } cases[] = {
-      {"0", 0},
-      {"-0", 0},
-      {"2147483647", 2147483647},
-      {"-2147483648", std::numeric_limits<int>::min()},
-      {"2147483648", std::numeric_limits<int>::min()},
-      {"4294967295", -1},
-      {"4294967296", kNone},
-      {"-2147483649", kNone},
-      {"18446744073709551615", kNone},
-      {"18446744073709551616", kNone},
-      {"1.9", 1},
-      {"-1.9", -1},
-      {"-0.5", 0},
-      {"1e3", 1000},
-      {"4294967295.9", -1},
-      {"4294967296.0", kNone},
-      {"-2147483648.9", std::numeric_limits<int>::min()},
-      {"-2147483649.0", kNone},
-      {"1e300", kNone},
-      {"\"12\"", 12},
-      {"\"-12\"", -12},
-      {"\"0012\"", 12},
-      {"\"4294967295\"", -1},
-      {"\"4294967296\"", kNone},
-      {"\"-2147483649\"", kNone},
-      {"\"99999999999999999999\"", kNone},
-      {"\"00000000000000000000000000000000000007\"", 7},
-      {"\"\"", kNone},
-      {"\"-\"", kNone},
-      {"\"+1\"", kNone},
-      {"\" 1\"", kNone},
-      {"\"1 \"", kNone},
-      {"\"1\\u0000\"", kNone},
-      {"\"1.0\"", kNone},
-      {"\"0x1\"", kNone},
-      {"true", kNone},
-      {"null", kNone},
-      {"[1]", kNone},
-      {"{}", kNone},
+  constexpr int kMin = std::numeric_limits<int>::min();
+  const std::pair<int, std::vector<const char*>> cases[] = {
+      {0, {"0", "-0", "-0.5"}},
+      {1, {"1.9"}},
+      {7, {R"("00000000000000000000000000000000000007")"}},
+      {12, {R"("12")", R"("0012")"}},
+      {1000, {"1e3"}},
+      {-1, {"-1.9", "4294967295", "4294967295.9", R"("4294967295")"}},
+      {-12, {R"("-12")"}},
+      {2147483647, {"2147483647"}},
+      {kMin, {"-2147483648", "2147483648", "-2147483648.9"}},
+      {kNone, {"4294967296", "-2147483649", "18446744073709551615", "18446744073709551616", "4294967296.0", "1e300"}},
+      {kNone, {"-2147483649.0", R"("4294967296")", R"("-2147483649")", R"("99999999999999999999")", R"("")"}},
+      {kNone, {R"("-")", R"("+1")", R"(" 1")", R"("1 ")", R"("1\u0000")", R"("1.0")", R"("0x1")"}},
+      {kNone, {"true", "null", "[1]", "{}"}},
   };
-  for (const auto& c : cases) EXPECT_EQ(Int(c.json), c.expected) << c.json;
+  for (const auto& [expected, texts] : cases) {
+    for (const char* json : texts) EXPECT_EQ(Holding(json).get_int_v("/v", kNone), expected) << json;
+  }
 }
 
 TEST_F(JsonDocument, ATextIsReadFromTextsAndNumbers) {
-  const struct {
-    const char* json;
-    std::string expected;
-  } cases[] = {
-      {"\"\"", ""},
-      {"\"a\\u00e9\\ud83d\\ude00\"", "a\xC3\xA9\xF0\x9F\x98\x80"},
-      {"\"a\\u0000b\"", std::string("a\0b", 3)},
-      {"-7", "-7"},
-      {"4294967295", "4294967295"},
-      {"-9223372036854775808", "-9223372036854775808"},
-      {"18446744073709551615", "18446744073709551615"},
-      {"0.1", "0.1"},
-      {"0.30000000000000004", "0.30000000000000004"},
+  for (const char* number :
+       {"-7", "4294967295", "-9223372036854775808", "18446744073709551615", "0.1", "1.0", "-0.0", "0.30000000000000004",
+        "123456789012345680000.0", "0.000001", "5e-324", "1e30", "-1.7976931348623157e308", "1.5e-7"}) {
+    EXPECT_EQ(Holding(number).get_v("/v", "none"), number);
+  }
+  const std::pair<const char*, std::string> others[] = {
+      {R"("")", ""},
+      {R"("a\u00e9\ud83d\ude00")", "a\xC3\xA9\xF0\x9F\x98\x80"},
+      {R"("a\u0000b")", std::string("a\0b", 3)},
       {"116.39745600", "116.397456"},
-      {"1.0", "1.0"},
-      {"-0.0", "-0.0"},
-      {"123456789012345680000.0", "123456789012345680000.0"},
-      {"0.000001", "0.000001"},
-      {"-1.7976931348623157e308", "-1.7976931348623157e308"},
-      {"5e-324", "5e-324"},
-      {"1e30", "1e30"},
-      {"1.5e-7", "1.5e-7"},
       {"true", "none"},
       {"null", "none"},
-      {"[\"a\"]", "none"},
+      {R"(["a"])", "none"},
       {"{}", "none"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Text(c.json), c.expected) << c.json;
+  for (const auto& [json, expected] : others) EXPECT_EQ(Holding(json).get_v("/v", "none"), expected) << json;
 }
 
 TEST_F(JsonDocument, AFloatIsReadFromNumbersAndTextsThatAreWhollyOne) {
   constexpr float kMax = std::numeric_limits<float>::max();
-  const struct {
-    const char* json;
-    float expected;
-  } cases[] = {
-      {"3", 3.0F},
-      {"0.25", 0.25F},
-      {"1e300", kMax},
-      {"-1e300", -kMax},
-      {"18446744073709551615", 18446744073709551615.0F},
-      {"\"0.250000\"", 0.25F},
-      {"\"-1e2\"", -100.0F},
-      {"\"1E+2\"", 100.0F},
-      {"\"007\"", 7.0F},
-      {"\"1e999\"", kMax},
-      {"\"-1e999\"", -kMax},
-      {"\"1e99999999999999999999\"", kMax},
-      {"\"1e-999\"", 0.0F},
-      {"\"1e-99999999999999999999\"", 0.0F},
-      {"\"0e99999999999999999999\"", 0.0F},
-      {"\"0.0e999\"", 0.0F},
-      {"\"\"", kNone},
-      {"\"1,5\"", kNone},
-      {"\"1.\"", kNone},
-      {"\".5\"", kNone},
-      {"\"+1\"", kNone},
-      {"\" 1\"", kNone},
-      {"\"1 \"", kNone},
-      {"\"1e\"", kNone},
-      {"\"0x10\"", kNone},
-      {"\"nan\"", kNone},
-      {"\"inf\"", kNone},
-      {"\"-infinity\"", kNone},
-      {"true", kNone},
-      {"null", kNone},
-      {"[1]", kNone},
-  };
-  for (const auto& c : cases) EXPECT_EQ(Float(c.json), c.expected) << c.json;
   const std::string zeros(400, '0');
-  EXPECT_EQ(Float("\"1" + zeros + "e-1\""), kMax);
-  EXPECT_EQ(Float("\"1" + zeros + "e-400\""), 1.0F);
-  EXPECT_EQ(Float("\"0." + zeros + "1e2\""), 0.0F);
-  EXPECT_EQ(Float("\"" + zeros + ".5\""), 0.5F);
-
-  // Too small for a double: zero. Digits and exponents of any number make no difference.
-  for (const std::string& tiny :
-       std::vector<std::string>{"0." + zeros + "1", "0." + zeros + "1e-20", "-0.0000000001e-2147483639", "0e" + zeros,
-                                "1e-99999999999999999999"}) {
-    EXPECT_EQ(Float(tiny), 0.0F) << tiny;
-    EXPECT_EQ(Int(tiny), 0) << tiny;
+  const std::pair<float, std::vector<std::string>> cases[] = {
+      {3.0F, {"3"}},
+      {0.25F, {"0.25", R"("0.250000")"}},
+      {2.5F, {"0." + zeros + "25e401"}},
+      {-100.0F, {R"("-1e2")"}},
+      {100.0F, {R"("1E+2")"}},
+      {7.0F, {R"("007")"}},
+      {1.0F, {"\"1" + zeros + "e-400\""}},
+      {0.5F, {"\"" + zeros + ".5\""}},
+      {18446744073709551615.0F, {"18446744073709551615"}},
+      {kMax, {"1e300", R"("1e999")", R"("1e99999999999999999999")", "\"1" + zeros + "e-1\""}},
+      {-kMax, {"-1e300", R"("-1e999")"}},
+      {0.0F, {R"("1e-999")", R"("1e-99999999999999999999")", R"("0e99999999999999999999")", R"("0.0e999")"}},
+      {0.0F, {"\"0." + zeros + "1e2\""}},
+      {kNone, {R"("")", R"("1,5")", R"("1.")", R"(".5")", R"("+1")", R"(" 1")", R"("1 ")", R"("1e")", R"("0x10")"}},
+      {kNone, {R"("nan")", R"("inf")", R"("-infinity")", "true", "null", "[1]"}},
+  };
+  for (const auto& [expected, texts] : cases) {
+    for (const std::string& json : texts) EXPECT_EQ(Holding(json).get_float_v("/v", kNone), expected) << json;
   }
-  EXPECT_EQ(Float("0." + zeros + "25e401"), 2.5F);
+  // Too small for a double: zero. Digits and exponents of any number make no difference.
+  for (const std::string& tiny : {"0." + zeros + "1", "0." + zeros + "1e-20", std::string("-0.0000000001e-2147483639"),
+                                  "0e" + zeros, std::string("1e-99999999999999999999")}) {
+    EXPECT_EQ(Holding(tiny).get_float_v("/v", kNone), 0.0F) << tiny;
+    EXPECT_EQ(Holding(tiny).get_int_v("/v", kNone), 0) << tiny;
+  }
 }
 
 TEST_F(JsonDocument, OnlyTrueAndFalseAreRead) {
@@ -176,86 +109,51 @@ TEST_F(JsonDocument, OnlyTrueAndFalseAreRead) {
 }
 
 TEST_F(JsonDocument, CountsElements) {
-  const struct {
-    const char* json;
-    int expected;
-  } cases[] = {{"[]", 0}, {"[1,null,3]", 3}, {"null", 0}, {"{}", 1}, {"0", 1}, {"\"\"", 1}, {"false", 1}};
-  for (const auto& c : cases) EXPECT_EQ(Count(c.json), c.expected) << c.json;
+  const std::pair<int, std::vector<const char*>> cases[] = {
+      {0, {"[]", "null"}}, {3, {"[1,null,3]"}}, {1, {"{}", "0", R"("")", "false"}}};
+  for (const auto& [expected, texts] : cases) {
+    for (const char* json : texts) EXPECT_EQ(Holding(json).get_cnt("/v"), expected) << json;
+  }
   EXPECT_EQ(document.get_cnt("/absent"), 0);
 }
 
+// Paths that are well formed are walked at random in JsonDocumentModelTest.cpp.
 TEST_F(JsonDocument, PathsAddressMembersElementsAndLoneObjects) {
   ASSERT_TRUE(document.set_str(R"({"a":{"b":[{"c":1},{"c":2},[{"c":9}]],"b":[{"c":8}]},"lone":{"x":3},"n":4,"a":0})"));
-  const struct {
-    const char* path;
-    int expected;
-  } cases[] = {
-      {"/a/b[1]/c", 1},
-      {"/a/b[2]/c", 2},
-      {"/a/b[02]/c", 2},
-      {"/lone[1]/x", 3},
-      {"/n[1]", 4},
-      {"/a[1]/b[1]/c", 1},
-      {"/a/b[0]/c", kNone},
-      {"/a/b[4]/c", kNone},
-      {"/a/b/c", kNone},
-      {"/a/b[3]/c", kNone},
-      {"/lone[2]/x", kNone},
-      {"/n[2]", kNone},
-      {"/n/x", kNone},
-      {"a/b[1]/c", kNone},
-      {"", kNone},
-      {"/", kNone},
-      {"/n/", kNone},
-      {"//n", kNone},
-      {"/a//b[1]/c", kNone},
-      {"/[1]", kNone},
-      {"/a/b[]/c", kNone},
-      {"/a/b[1/c", kNone},
-      {"/a/b[-1]/c", kNone},
-      {"/a/b[+1]/c", kNone},
-      {"/a/b[1]x/c", kNone},
-      {"/a/b[x]/c", kNone},
-      {"/a/b[1][1]/c", kNone},
-      {"/a/b[ 1]/c", kNone},
-      {"/A/b[1]/c", kNone},
-      {"/a/b[18446744073709551617]/c", kNone},
-      {"/a/b[4294967297]/c", kNone},
-      {"/n[", kNone},
-      {"/n]", kNone},
+  const std::pair<int, std::vector<const char*>> cases[] = {
+      {1, {"/a/b[1]/c", "/a[1]/b[1]/c"}},
+      {2, {"/a/b[2]/c", "/a/b[02]/c"}},
+      {3, {"/lone[1]/x"}},
+      {4, {"/n[1]"}},
+      {kNone, {"", "/", "a/b[1]/c", "/n/", "//n", "/a//b[1]/c", "/[1]", "/n[", "/n]", "/A/b[1]/c", "/a/b[0]/c"}},
+      {kNone, {"/a/b[]/c", "/a/b[1/c", "/a/b[-1]/c", "/a/b[+1]/c", "/a/b[1]x/c", "/a/b[x]/c", "/a/b[1][1]/c"}},
+      {kNone, {"/a/b[ 1]/c", "/a/b[18446744073709551617]/c", "/a/b[4294967297]/c"}},
   };
   // Twice: what the first reads remembered must not change what the second ones answer.
   for (int round = 0; round < 2; ++round) {
-    for (const auto& c : cases) EXPECT_EQ(document.get_int_v(c.path, kNone), c.expected) << c.path;
+    for (const auto& [expected, paths] : cases) {
+      for (const char* path : paths) EXPECT_EQ(document.get_int_v(path, kNone), expected) << path;
+    }
   }
 }
 
 TEST_F(JsonDocument, ATextThatIsNotJsonLeavesNothingToRead) {
-  const std::string bad[] = {"",
-                             "{",
-                             "{\"v\":1",
-                             "{\"v\":1}}",
-                             "{\"v\":1} x",
-                             "{\"v\":01}",
-                             "{v:1}",
-                             "[1,]",
-                             "nul",
-                             "{\"v\":1e999}",
-                             "{\"v\":1.7976931348623159e308}",
-                             "{\"v\":-1.8e308}",
-                             "{\"v\":1" + std::string(299, '3') + "e308}",
-                             "{\"v\":1e99999999999999999999}",
-                             "{\"v\":NaN}",
-                             "{\"v\":\"\\ud800\"}",
-                             "{\"v\":\"a\nb\"",
-                             std::string("{\"v\":1}\0", 8),
-                             std::string("{\"v\":1}\0{}", 10)};
-  for (const std::string& text : bad) {
+  const auto expectBad = [this](const std::string& text) {
     Holding("1");
     EXPECT_FALSE(document.set_str(text)) << text;
     EXPECT_EQ(document.get_cnt("/v"), 0) << text;
     EXPECT_EQ(document.get_str(0), "{}") << text;
+  };
+  for (const char* text : {"", "{", R"({"v":1)", R"({"v":1}})", R"({"v":1} x)", "{v:1}", "[1,]", "nul"})
+    expectBad(text);
+  for (const std::string& number :
+       {std::string("01"), std::string("1e999"), std::string("-1.8e308"), std::string("1.7976931348623159e308"),
+        "1" + std::string(299, '3') + "e308", std::string("1e99999999999999999999"), std::string("NaN"),
+        std::string(R"("\ud800")")}) {
+    expectBad(R"({"v":)" + number + "}");
   }
+  for (const std::string& tail : {std::string("\0", 1), std::string("\0{}", 3)}) expectBad(R"({"v":1})" + tail);
+  expectBad("{\"v\":\"a\nb\"");
   for (const char* text : {" {\"v\" : 1} \n", "[]", "1", "null", "\"\""}) EXPECT_TRUE(document.set_str(text)) << text;
   EXPECT_EQ(document.get_cnt("/v"), 0);
 }
@@ -266,47 +164,22 @@ TEST_F(JsonDocument, TextOfTheDocumentIsCompactAndKeepsOrderAndDuplicates) {
   EXPECT_EQ(document.get_str(0), "{\"b\":[1,2.5,0.30000000000000004,{},[]],\"a\":null,\"b\":\"\xC3\xA9/\\n\"}");
 }
 
-TEST_F(JsonDocument, WritesBuildObjectsAndArraysInTheOrderFirstWritten) {
+// What a write at a path does to objects, arrays and values on its way is in JsonDocumentModelTest.cpp too.
+TEST_F(JsonDocument, WritesKeepTextsWholeAndGiveWayOnlyWhereAPathNeedsIt) {
   document.set_v("/View/ID", 7);
-  document.set_v("/View/Pages[1]/Type", -1);
-  document.set_v("/View/Pages[1]/Item[1]/Name", std::string("\"\xC3\xA9\0", 4));
-  document.set_v("/View/Pages[1]/Item[2]/Name", std::string());
-  document.set_v("/View/Pages[2]/Type", 3);
-  document.set_v("/View/Flat[1]", 1);
-  document.set_v("/View/Flat[2]", "x");
+  document.set_v("/View/Item[1]/Name", std::string("\"\xC3\xA9\0", 4));
+  document.set_v("/View/Item[2]/Name", std::string());
   document.set_v("/View/ID", "replaced in place");
-  EXPECT_EQ(
-      document.get_str(0),
-      "{\"View\":{\"ID\":\"replaced in place\",\"Pages\":[{\"Type\":-1,\"Item\":[{\"Name\":\"\\\"\xC3\xA9\\u0000\"},"
-      "{\"Name\":\"\"}]},{\"Type\":3}],\"Flat\":[1,\"x\"]}}");
-}
-
-TEST_F(JsonDocument, WritesGiveWayOnlyWhereAPathNeedsIt) {
+  EXPECT_EQ(document.get_str(0),
+            "{\"View\":{\"ID\":\"replaced in place\",\"Item\":[{\"Name\":\"\\\"\xC3\xA9\\u0000\"},{\"Name\":\"\"}]}}");
   const struct {
-    const char* before;
-    const char* path;
-    const char* after;
+    const char *before, *path, *after;
   } cases[] = {
-      {"{}", "/a/b[2]/c", "{}"},
-      {"{}", "/a/b[1]/c[0]", "{}"},
-      {"{}", "/a//b", "{}"},
-      {"{}", "/a/", "{}"},
       {"{}", "a", "{}"},
-      {"{}", "", "{}"},
+      {"{}", "/a/", "{}"},
       {"{}", "/a[4000000000]", "{}"},
-      {"{\"a\":[1]}", "/a[3]/b", "{\"a\":[1]}"},
-      {"{\"a\":[1]}", "/a[2]/b", "{\"a\":[1,{\"b\":5}]}"},
-      {"{\"a\":[1]}", "/a[1]/b", "{\"a\":[{\"b\":5}]}"},
-      {"{\"a\":[1]}", "/a/b", "{\"a\":{\"b\":5}}"},
-      {"{\"a\":[1]}", "/a", "{\"a\":5}"},
-      {"{\"a\":1}", "/a/b", "{\"a\":{\"b\":5}}"},
-      {"{\"a\":{\"c\":1}}", "/a[1]/b", "{\"a\":{\"c\":1,\"b\":5}}"},
-      {"{\"a\":{\"c\":1}}", "/a[2]/b", "{\"a\":[{\"c\":1},{\"b\":5}]}"},
-      {"{\"a\":{\"c\":1}}", "/a[3]/b", "{\"a\":{\"c\":1}}"},
-      {"{\"a\":null}", "/a[1]/b", "{\"a\":{\"b\":5}}"},
-      {"{\"a\":null}", "/a[2]/b", "{\"a\":null}"},
-      {"{\"a\":1,\"a\":2}", "/a", "{\"a\":5,\"a\":2}"},
-      {"[1]", "/a", "{\"a\":5}"},
+      {R"({"a":1,"a":2})", "/a", R"({"a":5,"a":2})"},
+      {"[1]", "/a", R"({"a":5})"},
       {"[1]", "/a[2]", "[1]"},
   };
   for (const auto& c : cases) {
@@ -316,12 +189,7 @@ TEST_F(JsonDocument, WritesGiveWayOnlyWhereAPathNeedsIt) {
   }
 }
 
-TEST_F(JsonDocument, ReadsAndWritesTakeTurns) {
-  document.set_v("/a/b/c", 1);
-  EXPECT_EQ(document.get_cnt("/a/b"), 1);
-  document.set_v("/a/b", 2);
-  EXPECT_EQ(document.get_int_v("/a/b/c", kNone), kNone);
-  EXPECT_EQ(document.get_int_v("/a/b", kNone), 2);
+TEST_F(JsonDocument, WritesThatMoveWhatReadsRememberAreReadAsWritten) {
   // Enough members and elements to move what is behind the levels that the reads remember.
   for (int i = 1; i <= 100; ++i) {
     const std::string n = std::to_string(i);

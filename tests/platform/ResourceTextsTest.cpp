@@ -34,10 +34,7 @@ std::string Read(const std::string& text) {
 }
 
 TEST(ListDocumentTest, FindsTheElementsOfAListAndNothingElse) {
-  const struct {
-    std::string text;
-    std::string elements;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {Document(R"({"ID":1,"A":{"ID":9,"Method":2,"B":[{"Method":1}]}},{"ID":2})"),
        "1 0 {\"ID\":1,\"A\":{\"ID\":9,\"Method\":2,\"B\":[{\"Method\":1}]}}\n2 0 {\"ID\":2}\n"},
       {Document(R"({"Method":1,"ID":1},{"ID":2,"Method":2},{"ID":3,"Method":1,"N":"x"},{"Method":2})"),
@@ -57,7 +54,7 @@ TEST(ListDocumentTest, FindsTheElementsOfAListAndNothingElse) {
       {Document("") + std::string("\0{}", 3), "not JSON"},
       {"", "not JSON"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Read(c.text), c.elements) << c.text;
+  for (const auto& [text, elements] : cases) EXPECT_EQ(Read(text), elements) << text;
 }
 
 TEST(ListDocumentTest, ReadsTheEnvelopeAtAnyDepthOfNesting) {

@@ -21,17 +21,11 @@
 namespace {
 
 using namespace std::chrono_literals;
+using namespace testing_support;
 using BizShared::CNetCommManager;
 using BizShared::CUserCommonManager;
 using ResourceStore::CViewGroupManager;
 using ResourceStore::details::StreamTimings;
-using testing_support::Connection;
-using testing_support::Event;
-using testing_support::Eventually;
-using testing_support::Groups;
-using testing_support::Request;
-using testing_support::ScriptedSite;
-using testing_support::Views;
 
 class ViewDownloadTest : public testing::Test {
  protected:
@@ -151,15 +145,6 @@ TEST_F(ViewDownloadTest, FetchesAListAgainUntilItIsWhole) {
   EXPECT_EQ(m_site.Count("V0/Views"), 9);
 }
 
-TEST_F(ViewDownloadTest, OwnChangesReachTheTextsWithoutACall) {
-  Load();
-  m_site.Stream(Event(20, "OwnViewGroups", Groups(R"({"ID":2,"Name":"own","Method":0})")) +
-                Event(21, "OwnViews", Views(R"({"ID":5,"Method":2})")) + Event(22, "Views", Views(kView6)));
-  ExpectCalls(1, {"V " + Views(kView6)});
-  EXPECT_EQ(TextOfGroups(), Groups(R"({"ID":1,"Name":"g"},{"ID":2,"Name":"own"})"));
-  EXPECT_EQ(TextOfViews(), Views(R"({"ID":6,"Name":"six"})"));
-}
-
 TEST_F(ViewDownloadTest, RubbishBetweenTwoChangesCostsNeither) {
   Load();
   m_site.Stream(Event(20, "Views", Views(kView6)) + ": comment\n\n<html>\n\ndata: no number\n\nid: x\ndata: y\n\n" +
@@ -167,21 +152,6 @@ TEST_F(ViewDownloadTest, RubbishBetweenTwoChangesCostsNeither) {
                 Event(23, "ViewGroups", Groups(R"({"ID":1,"Method":2})")));
   ExpectCalls(3, {"V " + Views(kView6), "V no JSON", "G " + Groups(R"({"ID":1,"Method":2})")});
   EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"},{"ID":6,"Name":"six"})"));
-}
-
-TEST_F(ViewDownloadTest, GoesOnAfterTheLastChangeSeenWhenTheStreamIsLost) {
-  Load();
-  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Reply(503, ""); });
-  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Close(); });
-  m_site.Stream(Event(20, "Views", Views(kView6)) + Event(21, "Views", "cut off").substr(0, 20));
-  ExpectCalls(1, {});
-  m_site.EndStream();
-  // The server repeats what was cut off, and for good measure what was not.
-  m_site.Stream(Event(20, "Views", Views(kView6)) + Event(21, "Views", Views(R"({"ID":5,"Method":2})")));
-  ExpectCalls(2, {"V " + Views(R"({"ID":5,"Method":2})")});
-  std::vector<std::string> targets = m_site.Targets("V0/Changes");
-  EXPECT_TRUE(targets.back().ends_with("?After=20")) << targets.back();
-  EXPECT_EQ(m_site.Count("V0/Views"), 1) << "no new download";
 }
 
 TEST_F(ViewDownloadTest, ASilentStreamCountsAsLost) {
@@ -230,8 +200,8 @@ TEST_F(ViewDownloadTest, ARenewedSessionGetsAStreamOfItsOwn) {
 
 TEST_F(ViewDownloadTest, StopsAtOnceWhateverItIsDoing) {
   SetTimings({60s, 60s, 60s, 60s});
-  auto stall = [](const Request&, Connection& c) { c.Stall(); };
-  auto fail = [](const Request&, Connection& c) { c.Reply(500, ""); };
+  const ScriptedSite::Override stall = [](const Request&, Connection& c) { c.Stall(); };
+  const ScriptedSite::Override fail = [](const Request&, Connection& c) { c.Reply(500, ""); };
   auto expectPromptStop = [](const char* what) {
     auto began = std::chrono::steady_clock::now();
     Manager().Stop();
@@ -240,11 +210,7 @@ TEST_F(ViewDownloadTest, StopsAtOnceWhateverItIsDoing) {
   for (const char* list : {"V0/Areas", "V0/ViewGroups", "V0/Views", "V0/Changes"}) {
     for (bool stalling : {true, false}) {
       int before = m_site.Count(list);
-      if (stalling) {
-        m_site.AnswerOnce(list, stall);
-      } else {
-        m_site.AnswerOnce(list, fail);
-      }
+      m_site.AnswerOnce(list, stalling ? stall : fail);
       Manager().Start();
       EXPECT_TRUE(Eventually([&] { return m_site.Count(list) > before; })) << list;
       expectPromptStop(list);
@@ -311,34 +277,19 @@ TEST_F(ViewDownloadTest, TheSetterWaitsForARunningCallUnlessItIsMadeFromIt) {
   EXPECT_TRUE(Eventually([&] { return calls == 21; })) << calls;
 }
 
-TEST_F(ViewDownloadTest, TheSeamsNeedNoServer) {
-  Manager().SetDownloadedData("groups", "views", true);
-  EXPECT_TRUE(Manager().IsViewDownloadSuccess());
-  EXPECT_EQ(TextOfGroups() + TextOfViews(), "groupsviews");
-  Manager().NotifyViewsUpdate("a");
-  Manager().NotifyViewGroupsUpdate("b");
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"V a", "G b"}));
-  EXPECT_EQ(TextOfGroups() + TextOfViews(), "groupsviews");
-}
-
 TEST_F(ViewDownloadTest, SettersGettersStartsAndStopsMayOverlap) {
   std::atomic<bool> done{false};
+  const auto startAndStop = [] {
+    Manager().Start();
+    Manager().Stop();
+  };
   std::vector<std::thread> threads;
-  threads.emplace_back([&] {
-    while (!done) {
-      TextOfViews();
-      TextOfGroups();
-    }
-  });
-  threads.emplace_back([&] {
-    while (!done) Manager().SetViewsUpdateCallback([this](const std::string& data) { Note("V ", data, {}); });
-  });
-  for (int i = 0; i < 2; ++i) {
-    threads.emplace_back([&] {
-      while (!done) {
-        Manager().Start();
-        Manager().Stop();
-      }
+  for (const std::function<void()>& job : std::initializer_list<std::function<void()>>{
+           [] { TextOfViews() + TextOfGroups(); },
+           [this] { Manager().SetViewsUpdateCallback([this](const std::string& data) { Note("V ", data, {}); }); },
+           startAndStop, startAndStop}) {
+    threads.emplace_back([&done, job] {
+      while (!done) job();
     });
   }
   for (int i = 0; i < 50; ++i) {
