@@ -28,11 +28,6 @@ class FaultsTest : public ServerTest {
     }
     return "taken";
   }
-  std::string NameOf(int32_t view) const {
-    const Answer list = ann.Get("V0/Views");
-    const auto& element = list.Element("ViewList", "View", view);
-    return element.IsObject() ? element["Name"].GetString() : "gone";
-  }
 };
 
 TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
@@ -40,9 +35,7 @@ TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
     return R"({"Rules":[{"Fault":"Delay","Milliseconds":5},{)" + members + "}]}";
   };
   const std::string second = ": Rules[1]: ";
-  const struct {
-    std::string plan, why;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {"", ""},
       {"[]", " is not a JSON object"},
       {R"({"Rules":[]})", "taken"},
@@ -64,7 +57,7 @@ TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
       {rule(R"("Fault":"ColleagueEdit")"), second + "Colleague goes with ColleagueEdit, and only with it"},
       {rule(R"("Fault":"ColleagueEdit","Colleague":{"User":"bob"})"), second + "Colleague needs User, Method and Path"},
   };
-  for (const auto& c : cases) EXPECT_EQ(WhyRefused(c.plan), c.why) << c.plan;
+  for (const auto& [plan, why] : cases) EXPECT_EQ(WhyRefused(plan), why) << plan;
   ViewServerOptions options = Options();
   options.dataFile = ":memory:";
   options.faultsFile = (m_folder / "nowhere.json").string();
@@ -96,7 +89,7 @@ TEST_F(FaultsTest, EachFaultDoesToAnExchangeWhatItSays) {
     const Answer answer = ann.Put("V0/Views/" + std::to_string(view), ViewBody("after", -1, kPublic));
     const bool wasLate = Clock::now() - began > std::chrono::milliseconds(250);
     EXPECT_EQ(answer.Outcome(), c.outcome) << c.fault;
-    EXPECT_EQ(NameOf(view) == "after", c.takesEffect) << c.fault;
+    EXPECT_EQ(ann.Show("View", view, {"Name"}) == "after", c.takesEffect) << c.fault;
     EXPECT_EQ(wasLate, c.fault.find("Delay") != std::string::npos) << c.fault;
   }
 }

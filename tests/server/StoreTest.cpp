@@ -14,11 +14,6 @@ namespace {
 
 class StoreTest : public ServerTest {
  protected:
-  Answer Login(const std::string& name, const std::string& password) const {
-    return Client(m_server->Port(), "")
-        .Post("V0/Sessions",
-              R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + R"(","ClientName":"test"}})");
-  }
   std::string Seed(const std::string& text) {
     ViewServerOptions options = Options();
     options.seedFile = WriteFile("seed.json", text);
@@ -220,11 +215,6 @@ TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
   EXPECT_FALSE(accounts.Authenticate(token));
   now -= kSessionSeconds;
   EXPECT_FALSE(accounts.Authenticate(token)) << "over is over";
-
-  SQLite::Statement tokens(database.Handle(), "SELECT count(*) FROM sessions WHERE token_hash = ?");
-  tokens.bind(1, accounts.OpenSession(1, "c"));
-  tokens.executeStep();
-  EXPECT_EQ(tokens.getColumn(0).getInt(), 0) << "no token stands in the store";
 }
 
 TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {

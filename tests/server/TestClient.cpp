@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TestClient.h"
 
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,7 +15,6 @@
 
 namespace server::test {
 
-namespace asio = boost::asio;
 using rapidjson::Value;
 
 namespace {
@@ -28,6 +31,15 @@ const Value& DataOf(const Value& json) {
   return Member(Member(json, "ResponseStatus"), "Data");
 }
 
+const Value& Elements(const Value& data, const std::string& kind) {
+  return Member(Member(data, (kind + "List").c_str()), kind.c_str());
+}
+
+std::string Plain(const Value& value) {
+  if (value.IsString()) return value.GetString();
+  return value.IsInt() ? std::to_string(value.GetInt()) : "-";
+}
+
 std::string HeadOf(const std::string& method, const std::string& path, const std::string& token) {
   std::string head = method + " " + kRoot + path + " HTTP/1.1\r\nHost: test\r\nConnection: close\r\n";
   return token.empty() ? head : head + "Authorization: Bearer " + token + "\r\n";
@@ -35,31 +47,40 @@ std::string HeadOf(const std::string& method, const std::string& path, const std
 
 }  // namespace
 
-Wire::Wire(uint16_t port) : m_socket(m_io) {
-  m_socket.connect({asio::ip::make_address("127.0.0.1"), port});
-  m_socket.set_option(asio::ip::tcp::no_delay(true));
+Wire::Wire(uint16_t port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const int on = 1;
+  setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    close(m_socket);
+    throw std::runtime_error("cannot connect to the server");
+  }
+}
+
+Wire::~Wire() {
+  close(m_socket);
 }
 
 void Wire::Send(const std::string& bytes) {
-  boost::system::error_code ignored;  // the server may have heard enough
-  asio::write(m_socket, asio::buffer(bytes), ignored);
+  for (size_t sent = 0; sent < bytes.size();) {
+    const ssize_t count = send(m_socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    if (count <= 0) return;  // the server may have heard enough
+    sent += static_cast<size_t>(count);
+  }
 }
 
 bool Wire::Receive(std::string& received, std::chrono::milliseconds patience) {
-  char piece[65536];
-  std::optional<size_t> count;
-  m_socket.async_read_some(asio::buffer(piece),
-                           [&count](boost::system::error_code error, size_t bytes) { count = error ? 0 : bytes; });
-  m_io.restart();
-  m_io.run_for(patience);
-  if (!count) {
-    m_socket.cancel();
-    m_io.restart();
-    m_io.run();
+  pollfd readable{m_socket, POLLIN, 0};
+  if (poll(&readable, 1, static_cast<int>(patience.count())) <= 0) {
     throw std::runtime_error("nothing came from the server in time");
   }
-  received.append(piece, *count);
-  return *count > 0;
+  char piece[65536];
+  const ssize_t count = recv(m_socket, piece, sizeof piece, 0);
+  if (count > 0) received.append(piece, static_cast<size_t>(count));
+  return count > 0;
 }
 
 std::string Wire::ReceiveAll() {
@@ -85,24 +106,12 @@ const Value& Answer::Data() const {
   return DataOf(json);
 }
 
-std::string Answer::Ids(const char* list, const char* element) const {
-  const Value& elements = Member(Member(Data(), list), element);
+std::string Answer::Ids(const std::string& kind) const {
+  const Value& elements = Elements(Data(), kind);
   if (!elements.IsArray()) return "no list";
   std::string ids;
-  for (const Value& entry : elements.GetArray()) {
-    const Value& id = Member(entry, "ID");
-    ids += (ids.empty() ? "" : ",") + (id.IsInt() ? std::to_string(id.GetInt()) : "?");
-  }
+  for (const Value& entry : elements.GetArray()) ids += (ids.empty() ? "" : ",") + Plain(Member(entry, "ID"));
   return ids;
-}
-
-const Value& Answer::Element(const char* list, const char* element, int32_t id) const {
-  const Value& elements = Member(Member(Data(), list), element);
-  if (!elements.IsArray()) return kNull;
-  for (const Value& entry : elements.GetArray()) {
-    if (Member(entry, "ID") == Value(id)) return entry;
-  }
-  return kNull;
 }
 
 Answer ParseAnswer(const std::string& bytes) {
@@ -124,8 +133,8 @@ Answer ParseAnswer(const std::string& bytes) {
 
 const Value& Event::Element() const {
   const Value& data = DataOf(json);
-  for (const auto& [list, element] : {std::pair{"ViewList", "View"}, std::pair{"ViewGroupList", "ViewGroup"}}) {
-    const Value& elements = Member(Member(data, list), element);
+  for (const char* kind : {"View", "ViewGroup"}) {
+    const Value& elements = Elements(data, kind);
     if (elements.IsArray() && elements.Size() == 1) return elements[0];
   }
   return kNull;
@@ -133,10 +142,7 @@ const Value& Event::Element() const {
 
 std::string Event::Brief() const {
   if (name.empty()) return "end";
-  const Value& id = Member(Element(), "ID");
-  const Value& method = Member(Element(), "Method");
-  if (!id.IsInt() || !method.IsInt()) return name + " ?";
-  return name + " " + std::to_string(id.GetInt()) + " method " + std::to_string(method.GetInt());
+  return name + " " + Plain(Member(Element(), "ID")) + " method " + Plain(Member(Element(), "Method"));
 }
 
 EventStream::EventStream(uint16_t port, const std::string& token, int64_t after)
@@ -184,18 +190,24 @@ Answer Client::Request(const std::string& method, const std::string& path, const
   return ParseAnswer(wire.ReceiveAll());
 }
 
-int32_t Client::AddView(const std::string& name, int32_t folder, int32_t owner, const std::string& more) const {
-  const Answer answer = Post("V0/Views", ViewBody(name, folder, owner, more));
-  const Value& id = Member(Member(answer.Data(), "View"), "ID");
-  if (!id.IsInt()) throw std::runtime_error("cannot add view " + name + ": " + answer.Error());
+int32_t Client::Add(const std::string& kind, const std::string& body) const {
+  const Answer answer = Post("V0/" + kind + "s", body);
+  const Value& id = Member(Member(answer.Data(), kind.c_str()), "ID");
+  if (!id.IsInt()) throw std::runtime_error("cannot add " + body + ": " + answer.Error());
   return id.GetInt();
 }
 
-int32_t Client::AddGroup(const std::string& name, int32_t parent, int32_t owner) const {
-  const Answer answer = Post("V0/ViewGroups", GroupBody(name, parent, owner));
-  const Value& id = Member(Member(answer.Data(), "ViewGroup"), "ID");
-  if (!id.IsInt()) throw std::runtime_error("cannot add group " + name + ": " + answer.Error());
-  return id.GetInt();
+std::string Client::Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const {
+  const Answer list = Get("V0/" + kind + "s");
+  const Value& elements = Elements(list.Data(), kind);
+  if (!elements.IsArray()) return "no list";
+  for (const Value& entry : elements.GetArray()) {
+    if (Member(entry, "ID") != Value(id)) continue;
+    std::string text;
+    for (const char* key : keys) text += (text.empty() ? "" : " ") + Plain(Member(entry, key));
+    return text;
+  }
+  return "gone";
 }
 
 int64_t Client::Sequence() const {

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
-#include <boost/asio.hpp>
 #include <chrono>
 #include <filesystem>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -27,14 +27,14 @@ inline const std::string kRoot = "/NXAPI/Vantorel/Platform/";
 class Wire {
  public:
   explicit Wire(uint16_t port);
+  ~Wire();
   void Send(const std::string& bytes);
   // Adds what comes next to `received`; false at the end of the connection.
   bool Receive(std::string& received, std::chrono::milliseconds patience = kPatience);
   std::string ReceiveAll();  // up to the end of the connection
 
  private:
-  boost::asio::io_context m_io;
-  boost::asio::ip::tcp::socket m_socket;
+  int m_socket;
 };
 
 struct Answer {
@@ -47,9 +47,8 @@ struct Answer {
   std::string Error() const;
   std::string Outcome() const;           // the same and the HTTP status
   const rapidjson::Value& Data() const;  // "Data" of the envelope; null where there is none
-  // The list in "Data" whose name and whose elements' name these are, as "id,id,...".
-  std::string Ids(const char* list, const char* element) const;
-  const rapidjson::Value& Element(const char* list, const char* element, int32_t id) const;
+  // The elements of that kind ("View": those of "ViewList") as "id,id,...".
+  std::string Ids(const std::string& kind) const;
 };
 
 Answer ParseAnswer(const std::string& bytes);
@@ -77,6 +76,11 @@ class EventStream {
   int m_status = 0;
 };
 
+std::string ViewBody(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "");
+std::string GroupBody(const std::string& name, int32_t parent, int32_t owner, int32_t isShared = -1);
+std::string MoveBody(int type, int32_t folder, const std::string& ids);
+std::string ShareBody(const std::string& users);
+
 // One session of one user.
 class Client {
  public:
@@ -89,23 +93,26 @@ class Client {
   Answer Put(const std::string& path, const std::string& body) const { return Request("PUT", path, body); }
   Answer Delete(const std::string& path) const { return Request("DELETE", path); }
 
-  int32_t AddView(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "") const;
-  int32_t AddGroup(const std::string& name, int32_t parent, int32_t owner) const;
-  std::string ViewIds() const { return Get("V0/Views").Ids("ViewList", "View"); }
-  std::string GroupIds() const { return Get("V0/ViewGroups").Ids("ViewGroupList", "ViewGroup"); }
+  int32_t AddView(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "") const {
+    return Add("View", ViewBody(name, folder, owner, more));
+  }
+  int32_t AddGroup(const std::string& name, int32_t parent, int32_t owner) const {
+    return Add("ViewGroup", GroupBody(name, parent, owner));
+  }
+  std::string ViewIds() const { return Get("V0/Views").Ids("View"); }
+  std::string GroupIds() const { return Get("V0/ViewGroups").Ids("ViewGroup"); }
+  // The values of some keys of a listed "View" or "ViewGroup", with blanks between them and "-" for what is not there.
+  std::string Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const;
   int64_t Sequence() const;
   EventStream Listen(int64_t after) const { return {m_port, m_token, after}; }
   EventStream Listen() const { return Listen(Sequence()); }
 
  private:
+  int32_t Add(const std::string& kind, const std::string& body) const;
+
   uint16_t m_port = 0;
   std::string m_token;
 };
-
-std::string ViewBody(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "");
-std::string GroupBody(const std::string& name, int32_t parent, int32_t owner, int32_t isShared = -1);
-std::string MoveBody(int type, int32_t folder, const std::string& ids);
-std::string ShareBody(const std::string& users);
 
 // A server with the users ann (1), bob (2) and cid (3), and nothing else.
 class ServerTest : public ::testing::Test {
