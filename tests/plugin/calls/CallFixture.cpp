@@ -14,12 +14,6 @@ BizShared::CUserCommonManager& Users() {
 
 }  // namespace
 
-std::string Call(Exchange exchange, const std::string& request) {
-  std::string response = "old";
-  const bool result = exchange(request, response);
-  return (result ? "true " : "false ") + response;
-}
-
 std::string At(const std::string& json, const std::string& path) {
   NetLink::CRapidJsonProto document;
   EXPECT_TRUE(document.set_str(json)) << json;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the tests of the exported functions add to the fixture of the core: calling an exchange, a current user, and
-// reading what was sent.
+// What the tests of the exported functions add to the fixture of the core: a current user, and reading what was sent.
 #pragma once
 
 #include <string>
@@ -10,18 +9,15 @@
 namespace call_test {
 
 using core_test::Accepted;
+using core_test::Call;
 using core_test::ErrorCode;
+using core_test::Exchange;
 using core_test::Group;
 using core_test::InfoLine;
-using core_test::LogLine;
 using core_test::Refused;
 using core_test::SentRequest;
+using core_test::Texts;
 using core_test::View;
-
-using Exchange = bool (*)(const std::string& request, std::string& response);
-
-// "true <response>" or "false <response>", the response text having been "old".
-std::string Call(Exchange exchange, const std::string& request = "");
 
 // The value at a path of a JSON text, as text; "(none)" where there is none.
 std::string At(const std::string& json, const std::string& path);

@@ -13,6 +13,7 @@ namespace call_test {
 namespace {
 
 namespace protocol = QorviViewPlugin_view_plugin_protocol;
+using QorviViewPlugin::kNoId;
 
 class ExchangeTest : public CallTest {};
 
@@ -39,25 +40,48 @@ TEST_F(ExchangeTest, OneStringMayBeRequestAndResponse) {
   EXPECT_EQ(At(text, "/Total"), "3");
 }
 
-TEST_F(ExchangeTest, WhateverATransportThrowsEndsInAFailedAnswer) {
+TEST_F(ExchangeTest, AFailedEditIsToldInTheErrorTextAndLeavesTheCache) {
+  CacheGroup(5, "five", 1, kNoId);
+  CacheView(3, "three", 1, 5);
+  const std::string before = Cached();
   const struct {
     Exchange exchange;
-    std::string expected;
+    std::string request;
+    std::string rest;
   } calls[] = {
-      {AddPlanGroup, R"(false {"ErrorInfo":"Internal error in the client library","ID":""})"},
-      {UpdatePlanGroup, R"(false {"ErrorInfo":"Internal error in the client library"})"},
-      {AddPlan, R"(false {"ErrorInfo":"Internal error in the client library","ID":""})"},
-      {UpdatePlan, R"(false {"ErrorInfo":"Internal error in the client library"})"},
-      {DeletePlan, R"(false {"ErrorInfo":"Internal error in the client library"})"},
-      {SetClientViewConfig, R"(false {"error_info":"Internal error in the client library"})"},
-      {ViewShareUsers, R"(false {"error_model":0,"error_code":0,)"
-                       R"("error_info":"Internal error in the client library","lst_user_data":[]})"},
+      {AddPlan, R"({"Name":"n"})", R"(","ID":"-1"})"},
+      {UpdatePlan, R"({"ID":"3","Name":"n"})", R"("})"},
+      {DeletePlan, R"({"ID":"3"})", R"("})"},
+      {AddPlanGroup, R"({"Name":"n"})", R"(","ID":"-1"})"},
+      {UpdatePlanGroup, R"({"ID":"5","Name":"n"})", R"("})"},
+      {DeletePlanGroup, R"({"ID":"5"})", R"("})"},
+  };
+  for (const auto& c : calls) {
+    server.Answer(Refused(100, 3));
+    EXPECT_EQ(Call(c.exchange, c.request), R"(false {"ErrorInfo":"The name is not valid)" + c.rest);
+    server.BreakDown(ErrorCode(1, 28, 0, "by a proxy"));
+    EXPECT_EQ(Call(c.exchange, c.request),
+              R"(false {"ErrorInfo":"The server did not answer in time: by a proxy)" + c.rest);
+    // A failure without an error text counts as success.
+    server.BreakDown(ErrorCode(1, 0, 0, ""));
+    EXPECT_EQ(Call(c.exchange, c.request), R"(true {"ErrorInfo":")" + c.rest);
+    EXPECT_EQ(Cached(), before);
+  }
+}
+
+TEST_F(ExchangeTest, WhateverATransportThrowsEndsInAFailedAnswer) {
+  const std::string text = R"("Internal error in the client library")";
+  const std::pair<Exchange, std::string> calls[] = {
+      {AddPlanGroup, R"("ErrorInfo":)" + text + R"(,"ID":"")"},
+      {UpdatePlanGroup, R"("ErrorInfo":)" + text},
+      {SetClientViewConfig, R"("error_info":)" + text},
+      {ViewShareUsers, R"("error_model":0,"error_code":0,"error_info":)" + text + R"(,"lst_user_data":[])"},
   };
   const std::function<void()> throws[] = {[] { throw std::bad_alloc(); }, [] { throw std::runtime_error("x"); },
                                           [] { throw 5; }};
   for (const auto& thrower : throws) {
     server.onRequest = thrower;
-    for (const auto& c : calls) EXPECT_EQ(Call(c.exchange), c.expected);
+    for (const auto& [exchange, expected] : calls) EXPECT_EQ(Call(exchange), "false {" + expected + "}");
   }
 }
 

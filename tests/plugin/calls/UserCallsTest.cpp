@@ -21,10 +21,10 @@ class UserCallsTest : public CallTest {
 
 TEST_F(UserCallsTest, TheCurrentUserIsThePlatforms) {
   EXPECT_EQ(Call(GetCurrentUser, R"({"str_request":"x"})"), R"(true {"user_id":7,"user_name":"operator"})");
-  EXPECT_EQ(log->Take(), std::vector<LogLine>{InfoLine("[GetCurrentUser]GetCurrentUser Success")});
+  EXPECT_EQ(log->Take(), Texts{InfoLine("[GetCurrentUser]GetCurrentUser Success")});
   Vant::Base::CSingleton<BizShared::CUserCommonManager>::Instance().Logout();
   EXPECT_EQ(Call(GetCurrentUser), R"(false {"user_id":-1,"user_name":""})");
-  EXPECT_EQ(log->Take(), std::vector<LogLine>{InfoLine("[GetCurrentUser]GetCurrentUser Failed")});
+  EXPECT_EQ(log->Take(), Texts{InfoLine("[GetCurrentUser]GetCurrentUser Failed")});
 }
 
 TEST_F(UserCallsTest, AllUsersAreListedInTheServersOrder) {
@@ -35,7 +35,7 @@ TEST_F(UserCallsTest, AllUsersAreListedInTheServersOrder) {
             R"(true {"error_info":"","user_detail_list":[)"
             R"({"user_id":9,"user_name":"zoe","user_online":true,"user_ptz_ability":2},)"
             "{\"user_id\":-1,\"user_name\":\"\xC3\xA4\",\"user_online\":false,\"user_ptz_ability\":-5}]}");
-  EXPECT_EQ(log->Take(), std::vector<LogLine>{InfoLine("[GetAllUserInfo]GetAllUserInfo Success User Number: 2")});
+  EXPECT_EQ(log->Take(), Texts{InfoLine("[GetAllUserInfo]GetAllUserInfo Success User Number: 2")});
   Downloads().SetDownload({}, ErrorCode());
   EXPECT_EQ(Call(GetAllUserInfo), R"(true {"error_info":"","user_detail_list":[]})");
 }
@@ -46,8 +46,7 @@ TEST_F(UserCallsTest, AFailedUserDownloadListsNobody) {
   log->Take();
   Downloads().SetDownload({}, ErrorCode(100, 8, 0, ""));
   EXPECT_EQ(Call(GetAllUserInfo), R"(false {"error_info":"Internal error of the server","user_detail_list":[]})");
-  EXPECT_EQ(log->Take(),
-            std::vector<LogLine>{InfoLine("[GetAllUserInfo]GetAllUserInfo Failed: Internal error of the server")});
+  EXPECT_EQ(log->Take(), Texts{InfoLine("[GetAllUserInfo]GetAllUserInfo Failed: Internal error of the server")});
 }
 
 TEST_F(UserCallsTest, SharingSendsTheUsersAndTheIdAsTheyStand) {
@@ -56,8 +55,8 @@ TEST_F(UserCallsTest, SharingSendsTheUsersAndTheIdAsTheyStand) {
             R"(true {"error_model":0,"error_code":0,"error_info":"","lst_user_data":[]})");
   const std::string body = R"({"ViewShare":{"ShareUsers":"1,2,\"x\""}})";
   EXPECT_EQ(Sent(), (SentRequest{"POST", "/NXAPI/Vantorel/Platform/V1/View/abc/Share", body, "", 0}));
-  EXPECT_EQ(log->Take(), (std::vector<LogLine>{InfoLine("[ViewShareUsers]ViewShare User Ids Request: " + body),
-                                               InfoLine("[ViewShareUsers]Share View Recvive Data: " + Accepted())}));
+  EXPECT_EQ(log->Take(), (Texts{InfoLine("[ViewShareUsers]ViewShare User Ids Request: " + body),
+                                InfoLine("[ViewShareUsers]Share View Recvive Data: " + Accepted())}));
   Call(ViewShareUsers);
   EXPECT_EQ(Sent().url, "/NXAPI/Vantorel/Platform/V1/View//Share");
 }

@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CoreFixture.h"
 
+#include <numeric>
 #include <utility>
 
 #include "BizShared/NetCommManager.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
-#include "ResourceStore/ViewGroupManager.h"
 
 namespace core_test {
 
 using namespace QorviViewPlugin;
-
-std::ostream& operator<<(std::ostream& out, const LogLine& line) {
-  return out << line.level << ' ' << line.module << ' ' << line.text;
-}
 
 std::ostream& operator<<(std::ostream& out, const SentRequest& request) {
   return out << request.method << ' ' << request.url << " body " << request.body << " request data "
@@ -31,19 +27,19 @@ std::string WithoutPlace(const std::string& text) {
 void LogRecorder::Write(int level, const char* module, const std::string& text) {
   if (onLine) onLine(text);
   std::lock_guard<std::mutex> lock(m_mutex);
-  m_lines.push_back({level, module, WithoutPlace(text)});
+  m_lines.push_back(std::to_string(level) + " " + module + " " + WithoutPlace(text));
 }
 
-std::vector<LogLine> LogRecorder::Take() {
+Texts LogRecorder::Take() {
   std::lock_guard<std::mutex> lock(m_mutex);
   return std::exchange(m_lines, {});
 }
 
 LogLine InfoLine(const std::string& text) {
-  return {3, "ClientVFPluginInfo", text};
+  return "3 ClientVFPluginInfo " + text;
 }
 LogLine ErrorLine(const std::string& text) {
-  return {5, "ClientVFPluginError", text};
+  return "5 ClientVFPluginError " + text;
 }
 
 ScriptedServer::ScriptedServer() {
@@ -114,7 +110,7 @@ void NotingObserver::UpdateResourceInfos(const Param& param) {
   if (onNotice) onNotice(param);
 }
 
-std::vector<std::string> NotingObserver::Take() {
+Texts NotingObserver::Take() {
   std::lock_guard<std::mutex> lock(m_mutex);
   return std::exchange(m_notices, {});
 }
@@ -131,6 +127,12 @@ void Observe(ResourceData::IResourceObserver& observer, int type, const std::str
 void Unobserve(ResourceData::IResourceObserver& observer, int type, const std::string& id) {
   Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().RegisterResourceUpdate(
       &observer, RegistrationText(type, id, false));
+}
+
+std::string Call(Exchange exchange, const std::string& request) {
+  std::string response = "old";
+  const bool result = exchange(request, response);
+  return (result ? "true " : "false ") + response;
 }
 
 ViewInfo View(unsigned int id, unsigned int groupId, const std::string& name) {
@@ -151,14 +153,6 @@ ViewGroupInfo Group(unsigned int id, unsigned int parentId, const std::string& n
 
 namespace {
 
-void ForgetEverything() {
-  auto& downloads = Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
-  downloads.SetViewsUpdateCallback(nullptr);
-  downloads.SetViewGroupsUpdateCallback(nullptr);
-  downloads.SetDownloadedData("", "", false);
-  ClearViewData();
-}
-
 std::vector<std::shared_ptr<CView>> MemberViews(unsigned int groupId) {
   std::vector<std::shared_ptr<CView>> views;
   if (const auto group = Vant::Base::CSingleton<CViewGroupManager>::Instance().GetViewGroupByID(groupId)) {
@@ -168,6 +162,13 @@ std::vector<std::shared_ptr<CView>> MemberViews(unsigned int groupId) {
 }
 
 }  // namespace
+
+void CoreTest::ForgetEverything() {
+  Downloads().SetViewsUpdateCallback(nullptr);
+  Downloads().SetViewGroupsUpdateCallback(nullptr);
+  Downloads().SetDownloadedData("", "", false);
+  ClearViewData();
+}
 
 CoreTest::CoreTest() {
   ForgetEverything();
@@ -183,6 +184,10 @@ CViewGroupManager& CoreTest::Manager() {
   return Vant::Base::CSingleton<CViewGroupManager>::Instance();
 }
 
+ResourceStore::CViewGroupManager& CoreTest::Downloads() {
+  return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
+}
+
 void CoreTest::CacheView(const ViewInfo& view) {
   Manager().InsertViewToCache(view, true);
 }
@@ -190,14 +195,37 @@ void CoreTest::CacheGroup(const ViewGroupInfo& group) {
   Manager().InsertViewGroupToCache(group);
 }
 
-std::vector<unsigned int> CoreTest::Members(unsigned int groupId) {
-  std::vector<unsigned int> ids;
+std::string CoreTest::Cached() {
+  Ids ids(51);
+  std::iota(ids.begin(), ids.end(), 0);
+  ids.push_back(kNoId);
+  std::string text;
+  for (const unsigned int id : ids) {
+    const auto group = Manager().GetViewGroupByID(id);
+    if (!group) continue;
+    text += "group " + std::to_string(id) + " '" + GroupName(id) + "' in " +
+            std::to_string(static_cast<int>(group->GetParentID()));
+    const char* before = ": ";
+    for (const auto& view : MemberViews(id)) {
+      text += before + std::to_string(view->GetID()) + " '" + view->GetName() + "'";
+      before = ", ";
+    }
+    text += "; ";
+  }
+  for (const unsigned int id : ids) {
+    if (Manager().GetViewByID(id)) text += "view " + std::to_string(id) + " '" + ViewName(id) + "'; ";
+  }
+  return text;
+}
+
+Ids CoreTest::Members(unsigned int groupId) {
+  Ids ids;
   for (const auto& view : MemberViews(groupId)) ids.push_back(view->GetID());
   return ids;
 }
 
-std::vector<std::string> CoreTest::MemberNames(unsigned int groupId) {
-  std::vector<std::string> names;
+Texts CoreTest::MemberNames(unsigned int groupId) {
+  Texts names;
   for (const auto& view : MemberViews(groupId)) names.push_back(view->GetName());
   return names;
 }

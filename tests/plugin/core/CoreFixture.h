@@ -14,6 +14,7 @@
 
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "ResourceStore/ResourceObserver.h"
+#include "ResourceStore/ViewGroupManager.h"
 #include "VantBase/Error.h"
 #include "VantBase/Log.h"
 
@@ -21,13 +22,9 @@ namespace core_test {
 
 using Vant::Base::Error::ErrorCode;
 
-struct LogLine {
-  int level;
-  std::string module;
-  std::string text;
-  bool operator==(const LogLine&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const LogLine& line);
+using Ids = std::vector<unsigned int>;
+using Texts = std::vector<std::string>;
+using LogLine = std::string;  // "<level> <module> <text>"
 
 // A line of the plugin without its closing "[source file(line)]"; a line that has none keeps its whole text and thus
 // equals no expected line.
@@ -38,13 +35,13 @@ class LogRecorder : public Vant::Base::ILogSink {
  public:
   bool Wants(int) const override { return true; }
   void Write(int level, const char* module, const std::string& text) override;
-  std::vector<LogLine> Take();
+  Texts Take();
   // Called with each line, on the thread that logs; to be set before anything is logged.
   std::function<void(const std::string& text)> onLine;
 
  private:
   std::mutex m_mutex;  // guards m_lines
-  std::vector<LogLine> m_lines;
+  Texts m_lines;
 };
 
 LogLine InfoLine(const std::string& text);
@@ -95,14 +92,14 @@ class NotingObserver : public ResourceData::IResourceObserver {
   explicit NotingObserver(std::string name = "") : m_name(std::move(name)) {}
   virtual ~NotingObserver() = default;
   void UpdateResourceInfos(const Param& param) override;
-  std::vector<std::string> Take();
+  Texts Take();
   // Called after each notice has been noted, on the notifying thread.
   std::function<void(const Param&)> onNotice;
 
  private:
   std::string m_name;
   std::mutex m_mutex;  // guards m_notices
-  std::vector<std::string> m_notices;
+  Texts m_notices;
 };
 
 constexpr int kView = 16000;
@@ -110,6 +107,10 @@ constexpr int kViewGroup = 16001;
 std::string RegistrationText(int type, const std::string& id, bool isRegister);
 void Observe(ResourceData::IResourceObserver& observer, int type, const std::string& id);
 void Unobserve(ResourceData::IResourceObserver& observer, int type, const std::string& id);
+
+using Exchange = bool (*)(const std::string& request, std::string& response);
+// "true <response>" or "false <response>", the response text having been "old".
+std::string Call(Exchange exchange, const std::string& request = "");
 
 QorviViewPlugin::ViewInfo View(unsigned int id, unsigned int groupId = QorviViewPlugin::kNoId,
                                const std::string& name = "");
@@ -122,16 +123,21 @@ class CoreTest : public testing::Test {
   ~CoreTest() override;
 
   static QorviViewPlugin::CViewGroupManager& Manager();
+  static ResourceStore::CViewGroupManager& Downloads();
   // Puts objects into the cache without a notice.
   void CacheView(const QorviViewPlugin::ViewInfo& view);
   void CacheGroup(const QorviViewPlugin::ViewGroupInfo& group);
+  // What is cached under ids up to 50 and all ones: "group 1 'name' in -1: 5 'member'; view 5 'name'; ".
+  static std::string Cached();
   // Ids of a group's members in order; {} for a group that is not cached.
-  static std::vector<unsigned int> Members(unsigned int groupId);
+  static Ids Members(unsigned int groupId);
   // Names of the same.
-  static std::vector<std::string> MemberNames(unsigned int groupId);
+  static Texts MemberNames(unsigned int groupId);
   // Name of the cached view or group, "(none)" without one.
   static std::string ViewName(unsigned int id);
   static std::string GroupName(unsigned int id);
+
+  static void ForgetEverything();
 
   std::shared_ptr<LogRecorder> log = std::make_shared<LogRecorder>();
   ScriptedServer server;

@@ -41,30 +41,21 @@ constexpr EnvelopeRow kUnusable[] = {
     {R"({"ResponseStatus":{"ErrorCode":0)", "", -1},
 };
 
-TEST_F(IngestionTest, GroupsOfAnUnusableEnvelopeAreLoggedAndNotRead) {
+TEST_F(IngestionTest, AnUnusableEnvelopeIsLoggedAndNotRead) {
+  const auto line = [](const std::string& function, int code) {
+    return ErrorLine("[QorviViewPlugin::CViewGroupManager::" + function + "]" + function +
+                     "_Error:" + std::to_string(code));
+  };
   for (const EnvelopeRow& row : kUnusable) {
-    error = "before";
-    EXPECT_FALSE(ReadGroups(row.document)) << row.document;
-    EXPECT_EQ(error, row.cascading) << row.document;
-    EXPECT_EQ(log->Take(), std::vector{ErrorLine("[QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData]"
-                                                 "AnalysisViewGroupInitData_Error:" +
-                                                 std::to_string(row.loggedCode))});
+    for (const bool areViews : {false, true}) {
+      error = "before";
+      EXPECT_FALSE(areViews ? ReadViews(row.document) : ReadGroups(row.document)) << row.document;
+      EXPECT_EQ(error, row.cascading) << row.document;
+      EXPECT_EQ(log->Take(),
+                Texts{line(areViews ? "AnalysisViewInitData" : "AnalysisViewGroupInitData", row.loggedCode)});
+    }
   }
-  EXPECT_TRUE(groups.empty());
-  EXPECT_TRUE(groupList.empty());
-}
-
-TEST_F(IngestionTest, ViewsOfAnUnusableEnvelopeAreLoggedAndNotRead) {
-  for (const EnvelopeRow& row : kUnusable) {
-    error = "before";
-    EXPECT_FALSE(ReadViews(row.document)) << row.document;
-    EXPECT_EQ(error, row.cascading) << row.document;
-    EXPECT_EQ(log->Take(), std::vector{ErrorLine("[QorviViewPlugin::CViewGroupManager::AnalysisViewInitData]"
-                                                 "AnalysisViewInitData_Error:" +
-                                                 std::to_string(row.loggedCode))});
-  }
-  EXPECT_TRUE(views.empty());
-  EXPECT_TRUE(viewList.empty());
+  EXPECT_TRUE(groups.empty() && groupList.empty() && views.empty() && viewList.empty());
 }
 
 TEST_F(IngestionTest, AnEmptyTextIsSuccessForGroupsAndAnErrorForViews) {

@@ -6,8 +6,6 @@ namespace core_test {
 namespace {
 
 using namespace QorviViewPlugin;
-using Ids = std::vector<unsigned int>;
-using Texts = std::vector<std::string>;
 
 class ManagerTest : public CoreTest {
  protected:
@@ -45,29 +43,6 @@ TEST_F(ManagerTest, AnInsertedViewJoinsItsGroupAndTheGroupIsTold) {
   EXPECT_TRUE(Manager().InsertViewToCache(View(4), false));
   EXPECT_EQ(Notices(), Texts{"group 4294967295 state 3 child '4' 16000 name '' reserved 1 info ''"});
   EXPECT_TRUE(Manager().InsertViewToCache(View(5, 1), true));
-  EXPECT_EQ(Notices(), Texts());
-}
-
-TEST_F(ManagerTest, AViewInsertedTwiceStaysInTheTableYetTheNewOneJoinsTheGroup) {
-  CacheGroup(Group(1));
-  CacheView(View(9, 1, "old"));
-  CacheView(View(4, 1, "other"));
-  CacheView(View(9, 1, "new"));
-  EXPECT_EQ(ViewName(9), "old");
-  EXPECT_EQ(MemberNames(1), (Texts{"other", "new"}));
-}
-
-TEST_F(ManagerTest, ARemovedViewLeavesItsGroupAndTheGroupIsTold) {
-  CacheGroup(Group(1));
-  CacheView(View(9, 1));
-  Notices();
-  EXPECT_TRUE(Manager().RemoveViewFromCache(9, false));
-  EXPECT_EQ(ViewName(9), "(none)");
-  EXPECT_EQ(Members(1), Ids());
-  EXPECT_EQ(Notices(), Texts{"group 1 state 4 child '9' 16000 name '' reserved 1 info ''"});
-  EXPECT_TRUE(Manager().RemoveViewFromCache(9, false));
-  CacheView(View(9, 1));
-  EXPECT_TRUE(Manager().RemoveViewFromCache(9, true));
   EXPECT_EQ(Notices(), Texts());
 }
 
@@ -112,17 +87,6 @@ TEST_F(ManagerTest, ARemovedGroupLeavesItsViewsAndChildren) {
   EXPECT_EQ(Notices(), Texts{"group 4294967295 state 4 child '1' 16001 name '' reserved 1 info ''"});
   EXPECT_TRUE(Manager().RemoveViewGroupFromCache(1, false));
   EXPECT_TRUE(Manager().RemoveViewGroupFromCache(2, true));
-  EXPECT_EQ(Notices(), Texts());
-}
-
-TEST_F(ManagerTest, AnUpdatedGroupTellsItsNewNameAndAnswersFalseInAnyCase) {
-  CacheGroup(Group(1, kNoId, "old"));
-  Notices();
-  EXPECT_FALSE(Manager().UpdateViewGroupInCache(Group(1, 2, "new")));
-  EXPECT_EQ(GroupName(1), "new");
-  EXPECT_EQ(GroupIds(2), Ids{1});
-  EXPECT_EQ(Notices(), Texts{"group 1 state 2 child '' 1001 name 'new' reserved 1 info ''"});
-  EXPECT_FALSE(Manager().UpdateViewGroupInCache(Group(2)));
   EXPECT_EQ(Notices(), Texts());
 }
 

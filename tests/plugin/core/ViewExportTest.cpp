@@ -146,7 +146,7 @@ TEST_F(LookUpTest, ACopiedViewOrGroupGoesItsOwnWay) {
   const CView view(*Manager().GetViewByID(9));
   const CViewGroup group(*Manager().GetViewGroupByID(1));
   Manager().UpdateViewInCache(View(9, 1, "new"));
-  Manager().UpdateViewGroupInCache(Group(1, kNoId, "new"));
+  EXPECT_FALSE(Manager().UpdateViewGroupInCache(Group(1, kNoId, "new"))) << "in any case";
   EXPECT_EQ(view.GetName(), "old");
   EXPECT_TRUE(view.CheckResourceExist(1012));
   EXPECT_EQ(group.Info()->strName, "old");
