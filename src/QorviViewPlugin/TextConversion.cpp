@@ -27,7 +27,7 @@ struct IntegerText {
   uint32_t magnitude = 0;
 };
 
-IntegerText ScanInteger(const std::string& text) {
+IntegerText ScanInteger(std::string_view text) {
   IntegerText result;
   const char* at = text.data();
   const char* const end = at + text.size();
@@ -65,8 +65,8 @@ const char* ScanFloat(const char* at, const char* end) {
   return at;
 }
 
-float ExtractFloat(const std::string& text) {
-  std::istringstream stream(text);
+float ExtractFloat(std::string_view text) {
+  std::istringstream stream{std::string(text)};
   stream.imbue(std::locale::classic());
   float value = 0.0f;
   stream >> value;
@@ -83,13 +83,13 @@ int TruncatedToInt(float value) {
 
 }  // namespace
 
-unsigned int StringToUInt(const std::string& text) {
+unsigned int StringToUInt(std::string_view text) {
   const IntegerText number = ScanInteger(text);
   if (number.tooLarge) return std::numeric_limits<uint32_t>::max();
   return number.negative ? 0u - number.magnitude : number.magnitude;
 }
 
-int StringToInt(const std::string& text) {
+int StringToInt(std::string_view text) {
   const IntegerText number = ScanInteger(text);
   constexpr uint32_t kLimit = 0x80000000u;
   if (number.negative)
@@ -99,7 +99,7 @@ int StringToInt(const std::string& text) {
                                                        : static_cast<int>(number.magnitude);
 }
 
-float StringToFloat(const std::string& text) {
+float StringToFloat(std::string_view text) {
   const char* begin = text.data();
   const char* const end = begin + text.size();
   while (begin != end && IsBlank(*begin)) ++begin;
@@ -124,6 +124,19 @@ std::string UIntToString(unsigned int value) {
 std::string FloatToString(float value) {
   // The largest float has 39 digits before the point.
   char text[64];
+  // A float's 24 bits times a million's 20 are exact in a double, and a long long holds what comes of it; so it is
+  // rounded once, as printf does, and all that is left is the digits of an integer.
+  constexpr float kExactBelow = 9e12f;
+  if (std::fabs(value) < kExactBelow) {
+    const long long millionths = std::llrint(std::fabs(static_cast<double>(value)) * 1e6);
+    char* at = text;
+    if (std::signbit(value)) *at++ = '-';
+    at = std::to_chars(at, text + sizeof text, millionths / 1000000).ptr;
+    *at = '.';
+    long long rest = millionths % 1000000;
+    for (int place = 6; place > 0; --place, rest /= 10) at[place] = static_cast<char>('0' + rest % 10);
+    return std::string(text, at + 7);
+  }
   const std::to_chars_result result =
       std::to_chars(text, text + sizeof text, static_cast<double>(value), std::chars_format::fixed, 6);
   return std::string(text, result.ptr);

@@ -5,14 +5,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace QorviViewPlugin {
 
 // A leading minus sign wraps around: "-1" gives 0xFFFFFFFF. A number out of range gives the largest value.
-unsigned int StringToUInt(const std::string& text);
+unsigned int StringToUInt(std::string_view text);
 // A number out of range gives the nearest limit.
-int StringToInt(const std::string& text);
-float StringToFloat(const std::string& text);
+int StringToInt(std::string_view text);
+float StringToFloat(std::string_view text);
 
 std::string IntToString(int value);
 std::string UIntToString(unsigned int value);

@@ -1,134 +1,162 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "NetLink/RapidJsonProto.h"
+#include "QorviViewPlugin/JsonText.h"
 #include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
 #include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
 #include "VantBase/Base64.h"
 
 namespace QorviViewPlugin {
 namespace {
 
-void WriteFishEye(PathCursor& window, const FishEyeInfo& fisheye) {
-  const auto group = window.Enter("FishEye");
-  window.SetNumber("MountType", fisheye.mount_type);
-  window.SetNumber("ExpandMode", fisheye.expand_mode);
-  window.SetNumber("FishParentNo", fisheye.window_index);
-  int n = 0;
-  for (const FisheyeExpandWndParam& param : fisheye.vc_wnd_param) {
-    const auto entry = window.Enter("FishEyeInfo", ++n);
-    window.SetNumber("No", param.wnd_no);
-    window.SetText("PosX", FloatToString(param.pos_x));
-    window.SetText("PosY", FloatToString(param.pos_y));
-    window.SetText("Zoom", FloatToString(param.zoom));
+void Add(JsonText& json, std::string_view key, int number) {
+  json.Key(key);
+  json.Int(number);
+}
+void Add(JsonText& json, std::string_view key, const std::string& text) {
+  json.Key(key);
+  json.String(text);
+}
+
+// A list without elements is left out.
+template <class List, class Write>
+void AddList(JsonText& json, std::string_view key, const List& list, const Write& write) {
+  if (list.empty()) return;
+  json.Key(key);
+  json.BeginArray();
+  for (const auto& element : list) {
+    json.BeginObject();
+    write(element);
+    json.EndObject();
   }
+  json.EndArray();
 }
 
-void WriteCycle(PathCursor& window, const SingleWndCycle& cycle) {
-  const auto group = window.Enter("Cycle");
-  window.SetNumber("Type", cycle.type);
-  window.SetNumber("CycleTime", cycle.cycle_time);
-  window.SetText("CycleName", cycle.cycle_name);
-  int n = 0;
-  for (const auto& [siteId, resourceId] : cycle.vc_id) {
-    const auto entry = window.Enter("ID", ++n);
-    window.SetNumber("SiteID", AsSigned(siteId));
-    window.SetNumber("ResourceID", AsSigned(resourceId));
-  }
+void WriteFishEye(JsonText& json, const FishEyeInfo& fisheye) {
+  json.Key("FishEye");
+  json.BeginObject();
+  Add(json, "MountType", fisheye.mount_type);
+  Add(json, "ExpandMode", fisheye.expand_mode);
+  Add(json, "FishParentNo", fisheye.window_index);
+  AddList(json, "FishEyeInfo", fisheye.vc_wnd_param, [&json](const FisheyeExpandWndParam& param) {
+    Add(json, "No", param.wnd_no);
+    Add(json, "PosX", FloatToString(param.pos_x));
+    Add(json, "PosY", FloatToString(param.pos_y));
+    Add(json, "Zoom", FloatToString(param.zoom));
+  });
+  json.EndObject();
 }
 
-void WriteEmap(PathCursor& window, const CameraGridStruct& grid) {
-  const auto group = window.Enter("Emap");
-  window.SetNumber("LoadMode", grid.map_load_type);
-  window.SetText("PosX", grid.map_center_x);
-  window.SetText("PosY", grid.map_center_y);
-  window.SetNumber("ScaleSize", grid.map_scale_size);
-  window.SetText("ExtendInfo", grid.map_more_info);
+void WriteCycle(JsonText& json, const SingleWndCycle& cycle) {
+  json.Key("Cycle");
+  json.BeginObject();
+  Add(json, "Type", cycle.type);
+  Add(json, "CycleTime", cycle.cycle_time);
+  Add(json, "CycleName", cycle.cycle_name);
+  AddList(json, "ID", cycle.vc_id, [&json](const std::pair<unsigned int, unsigned int>& resource) {
+    Add(json, "SiteID", AsSigned(resource.first));
+    Add(json, "ResourceID", AsSigned(resource.second));
+  });
+  json.EndObject();
 }
 
-void WriteMilliCorners(PathCursor& box, const Rectangle& corners) {
-  box.SetNumber("TopX", ToMilli(corners.fXTop));
-  box.SetNumber("TopY", ToMilli(corners.fYTop));
-  box.SetNumber("BottomX", ToMilli(corners.fXBottom));
-  box.SetNumber("BottomY", ToMilli(corners.fYBottom));
+void WriteEmap(JsonText& json, const CameraGridStruct& grid) {
+  json.Key("Emap");
+  json.BeginObject();
+  Add(json, "LoadMode", grid.map_load_type);
+  Add(json, "PosX", grid.map_center_x);
+  Add(json, "PosY", grid.map_center_y);
+  Add(json, "ScaleSize", grid.map_scale_size);
+  Add(json, "ExtendInfo", grid.map_more_info);
+  json.EndObject();
 }
 
-void WriteCenterMark(PathCursor& window, const CalibrationInfo& mark) {
-  const auto group = window.Enter("CenterMark");
-  WriteMilliCorners(window, mark.coordinate);
-  window.SetNumber("StreamType", mark.stream_type);
+void WriteMilliCorners(JsonText& json, const Rectangle& corners) {
+  Add(json, "TopX", ToMilli(corners.fXTop));
+  Add(json, "TopY", ToMilli(corners.fYTop));
+  Add(json, "BottomX", ToMilli(corners.fXBottom));
+  Add(json, "BottomY", ToMilli(corners.fYBottom));
 }
 
-void WriteZoomWindows(PathCursor& window, const CameraGridStruct& grid) {
-  const auto group = window.Enter("ZoomWindowList");
-  window.SetNumber("ZoomMode", grid.zoom_mode);
-  int n = 0;
-  for (const LocalWindowInfo& zoomWindow : grid.local_wins) {
-    const auto entry = window.Enter("ZoomWindow", ++n);
-    window.SetNumber("No", zoomWindow.ZoomWindowNo);
-    WriteMilliCorners(window, zoomWindow.win_coordinate);
-  }
+void WriteCenterMark(JsonText& json, const CalibrationInfo& mark) {
+  json.Key("CenterMark");
+  json.BeginObject();
+  WriteMilliCorners(json, mark.coordinate);
+  Add(json, "StreamType", mark.stream_type);
+  json.EndObject();
 }
 
-void WriteWindow(PathCursor& window, const CameraGridStruct& grid) {
-  window.SetNumber("SequenceIndex", grid.n_seq_index);
-  window.SetNumber("ResourceType", grid.enum_resource_type_);
-  window.SetNumber("SiteID", AsSigned(grid.camera_workstation_id));
-  window.SetNumber("ResourceID", AsSigned(grid.id_element_));
-  window.SetNumber("RelateResourceID", AsSigned(grid.relate_id));
-  window.SetText("RelateResourceName", grid.relate_name);
-  window.SetNumber("RelateResourceType", RelateTypeToServerNumber(grid.relate_type));
-  window.SetText("ExtendResource", grid.extend_resource);
-  window.SetNumber("WindowNo", LowBits(grid.uIndex));
-  window.SetText("Xtop", FloatToString(grid.struRect.fXTop));
-  window.SetText("Ytop", FloatToString(grid.struRect.fYTop));
-  window.SetText("Xbottom", FloatToString(grid.struRect.fXBottom));
-  window.SetText("Ybottom", FloatToString(grid.struRect.fYBottom));
-  window.SetNumber("PresetPointIndex", LowBits(grid.uPresetIndex));
-  window.SetNumber("CruiseIndex", LowBits(grid.uCruiseIndex));
-  window.SetNumber("TrackIndex", LowBits(grid.uTrackIndex));
-  window.SetNumber("StreamType", grid.stream_type);
+void WriteZoomWindows(JsonText& json, const CameraGridStruct& grid) {
+  json.Key("ZoomWindowList");
+  json.BeginObject();
+  Add(json, "ZoomMode", grid.zoom_mode);
+  AddList(json, "ZoomWindow", grid.local_wins, [&json](const LocalWindowInfo& zoomWindow) {
+    Add(json, "No", zoomWindow.ZoomWindowNo);
+    WriteMilliCorners(json, zoomWindow.win_coordinate);
+  });
+  json.EndObject();
+}
 
-  if (grid.b_enable_fish_eye) WriteFishEye(window, grid.fisheye_info);
+void WriteWindow(JsonText& json, const CameraGridStruct& grid) {
+  Add(json, "SequenceIndex", grid.n_seq_index);
+  Add(json, "ResourceType", grid.enum_resource_type_);
+  Add(json, "SiteID", AsSigned(grid.camera_workstation_id));
+  Add(json, "ResourceID", AsSigned(grid.id_element_));
+  Add(json, "RelateResourceID", AsSigned(grid.relate_id));
+  Add(json, "RelateResourceName", grid.relate_name);
+  Add(json, "RelateResourceType", RelateTypeToServerNumber(grid.relate_type));
+  Add(json, "ExtendResource", grid.extend_resource);
+  Add(json, "WindowNo", LowBits(grid.uIndex));
+  Add(json, "Xtop", FloatToString(grid.struRect.fXTop));
+  Add(json, "Ytop", FloatToString(grid.struRect.fYTop));
+  Add(json, "Xbottom", FloatToString(grid.struRect.fXBottom));
+  Add(json, "Ybottom", FloatToString(grid.struRect.fYBottom));
+  Add(json, "PresetPointIndex", LowBits(grid.uPresetIndex));
+  Add(json, "CruiseIndex", LowBits(grid.uCruiseIndex));
+  Add(json, "TrackIndex", LowBits(grid.uTrackIndex));
+  Add(json, "StreamType", grid.stream_type);
+
+  if (grid.b_enable_fish_eye) WriteFishEye(json, grid.fisheye_info);
   // A cycle through nothing is not written, whatever its name and time.
-  if (!grid.single_cycle.vc_id.empty()) WriteCycle(window, grid.single_cycle);
-  if (grid.enum_resource_type_ == ResourceTypeEmap) WriteEmap(window, grid);
-  if (grid.enable_calibration) WriteCenterMark(window, grid.calibration_info);
-  WriteZoomWindows(window, grid);
-  const auto related = window.Enter("RelatedZoomWindow");
-  window.SetText("ViewItemWindowNo", grid.relate_view_win_no);
-  window.SetNumber("ZoomWindowNo", grid.relate_draw_box_no);
+  if (!grid.single_cycle.vc_id.empty()) WriteCycle(json, grid.single_cycle);
+  if (grid.enum_resource_type_ == ResourceTypeEmap) WriteEmap(json, grid);
+  if (grid.enable_calibration) WriteCenterMark(json, grid.calibration_info);
+  WriteZoomWindows(json, grid);
+  json.Key("RelatedZoomWindow");
+  json.BeginObject();
+  Add(json, "ViewItemWindowNo", grid.relate_view_win_no);
+  Add(json, "ZoomWindowNo", grid.relate_draw_box_no);
+  json.EndObject();
 }
 
-void WritePages(PathCursor& view, const std::vector<ViewPage>& pages) {
-  int p = 0;
-  for (const ViewPage& page : pages) {
-    const auto pageLevel = view.Enter("PlanPages", ++p);
-    view.SetNumber("SpliteType", page.nSpliteType);
-    view.SetText("CustomSplite", page.strCustomSplite.empty()
-                                     ? std::string()
-                                     : Vant::Base::Encrypt::Base64Encode(page.strCustomSplite));
-    int w = 0;
-    for (const CameraGridStruct& grid : page.vcWindows) {
-      const auto windowLevel = view.Enter("PlanViewItem", ++w);
-      WriteWindow(view, grid);
-    }
-  }
+void WritePage(JsonText& json, const ViewPage& page) {
+  Add(json, "SpliteType", page.nSpliteType);
+  Add(json, "CustomSplite",
+      page.strCustomSplite.empty() ? std::string() : Vant::Base::Encrypt::Base64Encode(page.strCustomSplite));
+  AddList(json, "PlanViewItem", page.vcWindows, [&json](const CameraGridStruct& grid) { WriteWindow(json, grid); });
 }
 
 }  // namespace
 
+// By hand and not through the platform's document: a body of some hundred windows is the larger part of an edit's cost.
 std::string WriteViewDocument(const ViewInfo& view) {
-  NetLink::CRapidJsonProto document;
-  PathCursor cursor(document, "/View/");
-  cursor.SetNumber("ID", AsSigned(view.idView));
-  cursor.SetText("Name", view.strName);
+  JsonText json;
+  json.BeginObject();
+  json.Key("View");
+  json.BeginObject();
+  Add(json, "ID", AsSigned(view.idView));
+  Add(json, "Name", view.strName);
   // The server knows "in no group" only as -1.
-  cursor.SetNumber("ViewGroupID", view.idViewGroup == 0 ? -1 : AsSigned(view.idViewGroup));
-  cursor.SetNumber("UserID", AsSigned(view.idUser));
-  cursor.SetNumber("SequenceIndex", LowBits(static_cast<unsigned long long>(view.nSequenceIndex)));
-  cursor.SetNumber("AutoCycle", view.nAutoCycle);
-  cursor.SetNumber("CycleTime", view.nCycleTime);
-  if (view.bShared) cursor.SetNumber("SharedUserID", 1);
-  WritePages(cursor, view.vcPages);
-  return document.get_str(0);
+  Add(json, "ViewGroupID", view.idViewGroup == 0 ? -1 : AsSigned(view.idViewGroup));
+  Add(json, "UserID", AsSigned(view.idUser));
+  Add(json, "SequenceIndex", LowBits(static_cast<unsigned long long>(view.nSequenceIndex)));
+  Add(json, "AutoCycle", view.nAutoCycle);
+  Add(json, "CycleTime", view.nCycleTime);
+  if (view.bShared) Add(json, "SharedUserID", 1);
+  AddList(json, "PlanPages", view.vcPages, [&json](const ViewPage& page) { WritePage(json, page); });
+  json.EndObject();
+  json.EndObject();
+  return json.Take();
 }
 
 std::string WriteViewGroupDocument(const ViewGroupInfo& group) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/protocol/JsonRecord.h"
 
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
 #include "json/ParseText.h"
 
 namespace QorviVideoComm {

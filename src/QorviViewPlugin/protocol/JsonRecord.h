@@ -16,8 +16,6 @@
 #pragma once
 
 #include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <cstdint>
 #include <cstring>
@@ -28,6 +26,8 @@
 #include <type_traits>
 #include <unordered_set>
 #include <vector>
+
+#include "QorviViewPlugin/JsonText.h"
 
 namespace QorviVideoComm {
 
@@ -233,40 +233,38 @@ rapidjson::Value RecordAdapter<Record>::ToJSON(rapidjson::Document::AllocatorTyp
   return object;
 }
 
-// Writes the record straight into a writer: the same bytes as its ToJSON, without the value tree.
-template <class Writer, class Data>
-void WriteRecord(Writer& writer, const Data& data) {
-  writer.StartObject();
+// Writes the record straight into a text: the same bytes as its ToJSON, without the value tree.
+template <class Data>
+void WriteRecord(QorviViewPlugin::JsonText& json, const Data& data) {
+  json.BeginObject();
   ForEachField<Data>([&](const auto& field) {
     using Type = std::remove_cvref_t<decltype(data.*field.member)>;
     const Type& value = data.*field.member;
-    writer.Key(field.key, field.keyLength);
+    json.Key({field.key, field.keyLength});
     if constexpr (std::is_same_v<Type, Integer>) {
-      writer.Int(value);
+      json.Int(value);
     } else if constexpr (std::is_same_v<Type, Boolean>) {
-      writer.Bool(value);
+      json.Bool(value);
     } else if constexpr (std::is_same_v<Type, Text>) {
-      const auto text = WrittenText(value);
-      writer.String(text.s, text.length);
+      json.String(value.c_str());
     } else if constexpr (kIsSequence<Type>) {
-      writer.StartArray();
-      for (const auto& element : value) WriteRecord(writer, element);
-      writer.EndArray();
+      json.BeginArray();
+      for (const auto& element : value) WriteRecord(json, element);
+      json.EndArray();
     } else {
-      WriteRecord(writer, value);
+      WriteRecord(json, value);
     }
   });
-  writer.EndObject();
+  json.EndObject();
 }
 
 // The same for an adapter whose record is known: no value tree is built unless a key filter has to be asked.
 template <class Data>
 std::string SerializeJsonResponse(RecordAdapter<Data>& record) {
   if (record.m_keyFilter) return SerializeJsonResponse(static_cast<IJSONStruct&>(record));
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  WriteRecord(writer, *record.m_pData);
-  return std::string(buffer.GetString(), buffer.GetSize());
+  QorviViewPlugin::JsonText json;
+  WriteRecord(json, *record.m_pData);
+  return json.Take();
 }
 
 }  // namespace QorviVideoComm

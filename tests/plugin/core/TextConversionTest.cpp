@@ -121,7 +121,8 @@ TEST(TextsToNumbers, AreReadAsByStreamExtractionWhateverTheText) {
 
 TEST(NumbersToTexts, HaveSixDecimals) {
   std::mt19937 random(7);
-  std::vector<float> values = {0.0f, -0.0f, 0.25f, -1.0f, 0.0000005f, 1e-30f, FLT_MAX, -FLT_MAX, INFINITY, -INFINITY};
+  std::vector<float> values = {0.0f,  -0.0f,  0.25f,   -1.0f,    1 / 128.0f, 3 / 128.0f, 8e12f,
+                               1e13f, 1e-30f, FLT_MAX, -FLT_MAX, INFINITY,   -INFINITY};
   for (int n = 0; n < 20000; ++n) {
     const float value = std::bit_cast<float>(static_cast<uint32_t>(random()));
     if (!std::isnan(value)) values.push_back(value);

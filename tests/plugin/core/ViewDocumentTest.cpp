@@ -3,6 +3,8 @@
 #include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
 
 #include <gtest/gtest.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 #include "ModelText.h"
 
@@ -93,6 +95,16 @@ TEST(AWrittenView, LeavesOutWhatANewWindowDoesNotHave) {
       R"("ExtendResource":"","WindowNo":0,"Xtop":"-1.000000","Ytop":"-1.000000","Xbottom":"-1.000000",)"
       R"("Ybottom":"-1.000000","PresetPointIndex":-1,"CruiseIndex":-1,"TrackIndex":-1,"StreamType":0,)"
       R"("ZoomWindowList":{"ZoomMode":0},"RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1}}]}]}})");
+}
+
+TEST(AWrittenView, EscapesTextsAsRapidJsonDoes) {
+  ViewInfo view;
+  for (int c = 0; c < 256; ++c) view.strName += static_cast<char>(c);
+  rapidjson::StringBuffer expected;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(expected);
+  writer.String(view.strName.data(), static_cast<rapidjson::SizeType>(view.strName.size()));
+  EXPECT_NE(WriteViewDocument(view).find("\"Name\":" + std::string(expected.GetString()) + ",\"ViewGroupID\""),
+            std::string::npos);
 }
 
 TEST(AWrittenView, SendsBothKindsOfNoGroupAsMinusOne) {
