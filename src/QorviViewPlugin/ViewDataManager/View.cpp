@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/View.h"
 
-#include <algorithm>
-
 #include "ResourceStore/Element.h"
 
 namespace QorviViewPlugin {
-namespace {
-
-auto MemberWithId(std::vector<std::shared_ptr<CView>>& views, unsigned int id) {
-  return std::find_if(views.begin(), views.end(), [id](const auto& view) { return view->GetID() == id; });
-}
-
-}  // namespace
 
 CView::CView(const CView& other) : CNonThreadSafe(other), m_info(other.m_info), mapResourceFlag(other.Flags()) {}
 
@@ -73,15 +64,46 @@ bool IsElementKnown(int type, unsigned int elementId) {
   }
 }
 
+void MemberViews::Append(std::shared_ptr<CView> view) {
+  const size_t place = m_views.empty() ? 0 : m_views.rbegin()->first + 1;
+  m_places.emplace(view->GetID(), place);
+  m_views.emplace_hint(m_views.end(), place, std::move(view));
+}
+
+bool MemberViews::Remove(unsigned int id) {
+  const auto entry = FirstOf(id);
+  if (entry == m_places.end()) return false;
+  m_views.erase(entry->second);
+  m_places.erase(entry);
+  return true;
+}
+
+std::shared_ptr<CView> MemberViews::Find(unsigned int id) const {
+  const auto entry = FirstOf(id);
+  return entry == m_places.end() ? nullptr : m_views.at(entry->second);
+}
+
+std::vector<std::shared_ptr<CView>> MemberViews::All() const {
+  std::vector<std::shared_ptr<CView>> views;
+  views.reserve(m_views.size());
+  for (const auto& [place, view] : m_views) views.push_back(view);
+  return views;
+}
+
+MemberViews::Places::const_iterator MemberViews::FirstOf(unsigned int id) const {
+  const auto entry = m_places.lower_bound({id, 0});
+  return entry != m_places.end() && entry->first == id ? entry : m_places.end();
+}
+
 CViewGroup::CViewGroup(const CViewGroup& other)
     : CNonThreadSafe(other), m_info(other.m_info), vcViews(other.Members()) {}
 
 CViewGroup& CViewGroup::operator=(const CViewGroup& other) {
   if (this == &other) return *this;
   m_info = other.m_info;
-  std::vector<std::shared_ptr<CView>> members = other.Members();
+  MemberViews members = other.Members();
   WriteLock lock(m_memberLock);
-  vcViews.swap(members);
+  std::swap(vcViews, members);
   return *this;
 }
 
@@ -89,7 +111,7 @@ void CViewGroup::SetInfo(ViewGroupInfo info) {
   m_info.Set(std::make_shared<const ViewGroupInfo>(std::move(info)));
 }
 
-std::vector<std::shared_ptr<CView>> CViewGroup::Members() const {
+MemberViews CViewGroup::Members() const {
   ReadLock lock(m_memberLock);
   return vcViews;
 }
@@ -97,43 +119,38 @@ std::vector<std::shared_ptr<CView>> CViewGroup::Members() const {
 bool CViewGroup::AddMemberView(std::shared_ptr<CView> view, bool) {
   if (!view) return false;
   WriteLock lock(m_memberLock);
-  const auto member = MemberWithId(vcViews, view->GetID());
-  if (member != vcViews.end()) vcViews.erase(member);
-  vcViews.push_back(std::move(view));
+  vcViews.Remove(view->GetID());
+  vcViews.Append(std::move(view));
   return true;
 }
 
 bool CViewGroup::RemoveMemberView(unsigned int id) {
   WriteLock lock(m_memberLock);
-  const auto member = MemberWithId(vcViews, id);
-  if (member == vcViews.end()) return false;
-  vcViews.erase(member);
-  return true;
+  return vcViews.Remove(id);
 }
 
 std::shared_ptr<CView> CViewGroup::FindMemberView(unsigned int id) const {
   ReadLock lock(m_memberLock);
-  for (const auto& view : vcViews) {
-    if (view->GetID() == id) return view;
-  }
-  return nullptr;
+  return vcViews.Find(id);
 }
 
 bool CViewGroup::GetMemberViews(std::vector<std::shared_ptr<CView>>& views) const {
   ReadLock lock(m_memberLock);
-  if (!vcViews.empty()) views = vcViews;
+  std::vector<std::shared_ptr<CView>> members = vcViews.All();
+  if (!members.empty()) views = std::move(members);
   return true;
 }
 
 bool CViewGroup::ClearMemberViews() {
+  MemberViews members;
   WriteLock lock(m_memberLock);
-  vcViews.clear();
+  std::swap(vcViews, members);
   return true;
 }
 
 void CViewGroup::AppendMemberView(const std::shared_ptr<CView>& view) {
   WriteLock lock(m_memberLock);
-  vcViews.push_back(view);
+  vcViews.Append(view);
 }
 
 }  // namespace QorviViewPlugin

@@ -4,6 +4,8 @@
 
 #include <map>
 #include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "QorviViewPlugin/Locks.h"
@@ -79,6 +81,27 @@ class CView : public Vant::Base::CNonThreadSafe {
 // Windows of other types count as known.
 bool IsElementKnown(int type, unsigned int elementId);
 
+// The members of a group, in the order in which they joined it; the same view, or several of one id, may be there more
+// than once. A member goes by the id with which it joined. No cost but All's grows faster than the logarithm of their
+// number. One thread at a time.
+class MemberViews {
+ public:
+  void Append(std::shared_ptr<CView> view);
+  // Removes the first member with that id; whether one was removed.
+  bool Remove(unsigned int id);
+  // The first member with that id, or empty.
+  std::shared_ptr<CView> Find(unsigned int id) const;
+  std::vector<std::shared_ptr<CView>> All() const;
+
+ private:
+  using Places = std::set<std::pair<unsigned int, size_t>>;
+  // Of the first member with that id, or the end.
+  Places::const_iterator FirstOf(unsigned int id) const;
+
+  std::map<size_t, std::shared_ptr<CView>> m_views;  // by place in the order
+  Places m_places;                                   // id and place of each
+};
+
 // One cached group with its member views, which are the objects of the view table. A copy shares the members.
 class CViewGroup : public Vant::Base::CNonThreadSafe {
  public:
@@ -107,11 +130,11 @@ class CViewGroup : public Vant::Base::CNonThreadSafe {
   void AppendMemberView(const std::shared_ptr<CView>& view) EXCLUDES(m_memberLock);
 
  private:
-  std::vector<std::shared_ptr<CView>> Members() const EXCLUDES(m_memberLock);
+  MemberViews Members() const EXCLUDES(m_memberLock);
 
   RecordSlot<ViewGroupInfo> m_info;
   mutable SharedMutex m_memberLock;
-  std::vector<std::shared_ptr<CView>> vcViews GUARDED_BY(m_memberLock);
+  MemberViews vcViews GUARDED_BY(m_memberLock);
 };
 
 }  // namespace QorviViewPlugin
