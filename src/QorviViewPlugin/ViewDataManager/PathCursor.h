@@ -39,6 +39,8 @@ class PathCursor {
   // Reads, with the document's rules for values of another kind.
   int Number(std::string_view key, int absent = -1) { return m_document.get_int_v(Full(key), absent); }
   std::string Text(std::string_view key) { return m_document.get_v(Full(key), kNoText); }
+  // For readers of either cursor, which need not keep the text.
+  std::string TextInPlace(std::string_view key) { return Text(key); }
   int Count(std::string_view key) { return m_document.get_cnt(Full(key)); }
 
   void SetNumber(std::string_view key, int value) { m_document.set_v(Full(key), value); }

@@ -12,7 +12,6 @@ namespace {
 
 using Vant::Base::details::IOrlFormatLog;
 
-constexpr int kSubSystemCode = 1;
 constexpr unsigned long kListingTimeoutMs = 30000;
 
 void LogSuccess(const SessionTexts& texts) {

@@ -17,6 +17,7 @@ inline constexpr char kInfoModule[] = "ClientVFPluginInfo";
 inline constexpr char kErrorModule[] = "ClientVFPluginError";
 inline constexpr int kInfoLevel = 3;
 inline constexpr int kErrorLevel = 5;
+inline constexpr int kSubSystemCode = 1;
 
 // How a session logs: its full name, and its formats. A format takes the name first and the source place last; the two
 // failure formats take main and sub error in between.

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "QorviViewPlugin/ViewDataManager/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/ValueCursor.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
 
 namespace QorviViewPlugin {
@@ -29,6 +30,7 @@ enum class DocumentOrigin { ListReply, Download };
 
 // Read the element that the cursor stands at. Missing keys never fail: numbers become -1 ("Method" 0), texts empty.
 ViewInfo ReadView(PathCursor& element, DocumentOrigin origin);
+ViewInfo ReadView(ValueCursor& element, DocumentOrigin origin);
 ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin);
 
 // The JSON text that a window may carry in "ExtendInfo": a digital zoom, else a fisheye, else an e-map position. A

@@ -13,8 +13,9 @@ namespace {
 // What the server calls an e-map in downloaded data.
 constexpr int kServerEmap = 7000;
 
-float DecimalText(PathCursor& at, std::string_view key) {
-  return StringToFloat(at.Text(key));
+template <class Cursor>
+float DecimalText(Cursor& at, std::string_view key) {
+  return StringToFloat(at.TextInPlace(key));
 }
 
 // The view type of an object that is not shared.
@@ -22,14 +23,16 @@ int TypeOfOwner(unsigned int idUser) {
   return idUser == kNoId ? ViewTypePublic : ViewTypePrivate;
 }
 
-void ReadDigitalZoom(PathCursor& at, Rectangle& box) {
+template <class Cursor>
+void ReadDigitalZoom(Cursor& at, Rectangle& box) {
   box.fXTop = DecimalText(at, "Xtop");
   box.fYTop = DecimalText(at, "Ytop");
   box.fXBottom = DecimalText(at, "Xbottom");
   box.fYBottom = DecimalText(at, "Ybottom");
 }
 
-void ReadMilliCorners(PathCursor& at, Rectangle& corners) {
+template <class Cursor>
+void ReadMilliCorners(Cursor& at, Rectangle& corners) {
   corners.fXTop = FromMilli(at.Number("TopX"));
   corners.fYTop = FromMilli(at.Number("TopY"));
   corners.fXBottom = FromMilli(at.Number("BottomX"));
@@ -38,13 +41,15 @@ void ReadMilliCorners(PathCursor& at, Rectangle& corners) {
 
 // Stands at the fisheye object; the list of expanded windows has a name of its own in each document. Expanded windows
 // are added to those already there.
-void ReadFishEye(PathCursor& at, std::string_view listKey, CameraGridStruct& window) {
+template <class Cursor>
+void ReadFishEye(Cursor& at, std::string_view listKey, CameraGridStruct& window) {
   window.b_enable_fish_eye = true;
   FishEyeInfo& fisheye = window.fisheye_info;
   fisheye.mount_type = at.Number("MountType");
   fisheye.expand_mode = at.Number("ExpandMode");
   fisheye.window_index = at.Number("FishParentNo");
   const int count = at.Count(listKey);
+  fisheye.vc_wnd_param.reserve(fisheye.vc_wnd_param.size() + static_cast<size_t>(count));
   for (int n = 1; n <= count; ++n) {
     const auto entry = at.Enter(listKey, n);
     FisheyeExpandWndParam& param = fisheye.vc_wnd_param.emplace_back();
@@ -55,12 +60,14 @@ void ReadFishEye(PathCursor& at, std::string_view listKey, CameraGridStruct& win
   }
 }
 
-void ReadCycle(PathCursor& at, SingleWndCycle& cycle) {
+template <class Cursor>
+void ReadCycle(Cursor& at, SingleWndCycle& cycle) {
   const auto group = at.Enter("Cycle");
   cycle.type = static_cast<SingleWndCycleType>(at.Number("Type"));
   cycle.cycle_time = at.Number("CycleTime");
   cycle.cycle_name = at.Text("CycleName");
   const int count = at.Count("ID");
+  cycle.vc_id.reserve(static_cast<size_t>(count));
   for (int n = 1; n <= count; ++n) {
     const auto entry = at.Enter("ID", n);
     const unsigned int siteId = AsUnsigned(at.Number("SiteID"));
@@ -68,7 +75,8 @@ void ReadCycle(PathCursor& at, SingleWndCycle& cycle) {
   }
 }
 
-void ReadEmap(PathCursor& at, CameraGridStruct& window) {
+template <class Cursor>
+void ReadEmap(Cursor& at, CameraGridStruct& window) {
   const auto group = at.Enter("Emap");
   window.map_load_type = static_cast<MapLoadType>(at.Number("LoadMode"));
   window.map_center_x = at.Text("PosX");
@@ -77,13 +85,15 @@ void ReadEmap(PathCursor& at, CameraGridStruct& window) {
   window.map_more_info = at.Text("ExtendInfo");
 }
 
-void ReadCenterMark(PathCursor& at, CalibrationInfo& mark) {
+template <class Cursor>
+void ReadCenterMark(Cursor& at, CalibrationInfo& mark) {
   const auto group = at.Enter("CenterMark");
   ReadMilliCorners(at, mark.coordinate);
   mark.stream_type = static_cast<ResourceStore::Stream::StreamType>(at.Number("StreamType"));
 }
 
-void ReadZoomWindows(PathCursor& at, CameraGridStruct& window) {
+template <class Cursor>
+void ReadZoomWindows(Cursor& at, CameraGridStruct& window) {
   const auto group = at.Enter("ZoomWindowList");
   const int count = at.Count("ZoomWindow");
   if (count < 1) return;
@@ -97,8 +107,9 @@ void ReadZoomWindows(PathCursor& at, CameraGridStruct& window) {
   }
 }
 
-void ReadPlainKeys(PathCursor& at, DocumentOrigin origin, CameraGridStruct& window) {
-  window.n_seq_index = StringToInt(at.Text("SequenceIndex"));
+template <class Cursor>
+void ReadPlainKeys(Cursor& at, DocumentOrigin origin, CameraGridStruct& window) {
+  window.n_seq_index = StringToInt(at.TextInPlace("SequenceIndex"));
   int type = at.Number("ResourceType");
   if (origin == DocumentOrigin::Download && type == kServerEmap) type = ResourceTypeEmap;
   window.enum_resource_type_ = static_cast<ResourceType>(type);
@@ -116,7 +127,8 @@ void ReadPlainKeys(PathCursor& at, DocumentOrigin origin, CameraGridStruct& wind
   window.stream_type = static_cast<ResourceStore::Stream::StreamType>(at.Number("StreamType"));
 }
 
-void ReadWindow(PathCursor& at, DocumentOrigin origin, CameraGridStruct& window) {
+template <class Cursor>
+void ReadWindow(Cursor& at, DocumentOrigin origin, CameraGridStruct& window) {
   ReadPlainKeys(at, origin, window);
   if (at.Count("FishEye") == 1) {
     const auto group = at.Enter("FishEye");
@@ -136,7 +148,8 @@ void ReadWindow(PathCursor& at, DocumentOrigin origin, CameraGridStruct& window)
   if (origin == DocumentOrigin::Download) ReadExtendInfo(at.Text("ExtendInfo"), window);
 }
 
-void ReadPage(PathCursor& at, DocumentOrigin origin, unsigned int idView, ViewPage& page) {
+template <class Cursor>
+void ReadPage(Cursor& at, DocumentOrigin origin, unsigned int idView, ViewPage& page) {
   page.nSpliteType = at.Number("SpliteType");
   const std::string customSplit = at.Text("CustomSplite");
   if (!customSplit.empty()) page.strCustomSplite = Vant::Base::Encrypt::Base64Decode(customSplit);
@@ -156,9 +169,8 @@ std::string CoordinateText(NetLink::CRapidJsonProto& document, std::string_view 
   return VeltControl::QStringToString(QString::number(static_cast<double>(value), 'g', 6));
 }
 
-}  // namespace
-
-ViewInfo ReadView(PathCursor& element, DocumentOrigin origin) {
+template <class Cursor>
+ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
   ViewInfo view;
   view.idView = AsUnsigned(element.Number("ID"));
   view.strGUID = element.Text("GUID");
@@ -182,6 +194,15 @@ ViewInfo ReadView(PathCursor& element, DocumentOrigin origin) {
   }
   view.nMethod = element.Number("Method", ChangeAdded);
   return view;
+}
+
+}  // namespace
+
+ViewInfo ReadView(PathCursor& element, DocumentOrigin origin) {
+  return ReadViewAt(element, origin);
+}
+ViewInfo ReadView(ValueCursor& element, DocumentOrigin origin) {
+  return ReadViewAt(element, origin);
 }
 
 ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin) {

@@ -4,6 +4,7 @@
 #include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDataManager/ViewList.h"
 #include "VantBase/Log.h"
 
 namespace QorviViewPlugin {
@@ -14,18 +15,9 @@ struct EnvelopeTexts {
   const char* refused;
 };
 
-// Parses the document and checks its envelope; `cascadingErrorInfo` becomes the envelope's text.
-bool OpenDocument(const std::string& data, const EnvelopeTexts& texts, NetLink::CRapidJsonProto& document,
-                  std::string& cascadingErrorInfo) {
-  document.set_str(data);
-  ErrorCode error;
-  const bool usable = ReadResponseStatus(document, CascadingText::Kept, error);
-  cascadingErrorInfo = error.GetCasadingErrorInfo();
-  if (!usable) {
-    Vant::Base::details::IOrlFormatLog(kErrorLevel, kErrorModule, texts.refused, texts.function, error.GetSubError(),
-                                       __FILE__, __LINE__);
-  }
-  return usable;
+void LogRefused(const EnvelopeTexts& texts, const ErrorCode& error) {
+  Vant::Base::details::IOrlFormatLog(kErrorLevel, kErrorModule, texts.refused, texts.function, error.GetSubError(),
+                                     __FILE__, __LINE__);
 }
 
 // Whether a window of that type shows an element that the platform does not know.
@@ -46,7 +38,14 @@ bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::
                                            "[%s]AnalysisViewGroupInitData_Error:%d[%s(%d)]"};
   if (data.empty()) return true;
   NetLink::CRapidJsonProto document;
-  if (!OpenDocument(data, kTexts, document, cascadingErrorInfo)) return false;
+  document.set_str(data);
+  ErrorCode error;
+  const bool isUsable = ReadResponseStatus(document, CascadingText::Kept, error);
+  cascadingErrorInfo = error.GetCasadingErrorInfo();
+  if (!isUsable) {
+    LogRefused(kTexts, error);
+    return false;
+  }
   PathCursor at(document, "/ResponseStatus/Data/ViewGroupList/");
   const int count = at.Count("ViewGroup");
   for (int n = 1; n <= count; ++n) {
@@ -67,14 +66,16 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
                                   std::list<ViewInfo>* changes) {
   static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewInitData",
                                            "[%s]AnalysisViewInitData_Error:%d[%s(%d)]"};
-  NetLink::CRapidJsonProto document;
-  if (!OpenDocument(data, kTexts, document, cascadingErrorInfo)) return false;
+  ErrorCode error;
+  std::vector<ViewInfo> read;
+  const bool isUsable = ReadViewList(data, error, read);
+  cascadingErrorInfo = error.GetCasadingErrorInfo();
+  if (!isUsable) {
+    LogRefused(kTexts, error);
+    return false;
+  }
   PendingChecks pending;
-  PathCursor at(document, "/ResponseStatus/Data/ViewList/");
-  const int count = at.Count("View");
-  for (int i = 1; i <= count; ++i) {
-    const auto level = at.Enter("View", i);
-    ViewInfo info = ReadView(at, DocumentOrigin::Download);
+  for (ViewInfo& info : read) {
     CollectPendingChecks(info, pending);
     if (changes) changes->push_back(info);
     const unsigned int idView = info.idView;

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+// Views out of downloaded data and change documents.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "VantBase/Error.h"
+
+namespace QorviViewPlugin {
+
+// `views` becomes the list's views, in its order. False, with `views` untouched, when the envelope reports an error or
+// cannot be read. `error` becomes the envelope's status.
+//
+// A list of the usual form is read view by view, each through a small parsed value of its own, so that the text never
+// stands in memory a second time as a tree. Whatever is unusual, in a view or in the envelope, is left to the
+// platform's document: the result is always that of ReadViewListByPaths.
+bool ReadViewList(const std::string& text, Vant::Base::Error::ErrorCode& error, std::vector<ViewInfo>& views);
+
+// The same through the platform's document alone.
+bool ReadViewListByPaths(const std::string& text, Vant::Base::Error::ErrorCode& error, std::vector<ViewInfo>& views);
+
+}  // namespace QorviViewPlugin

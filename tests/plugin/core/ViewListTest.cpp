@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: Apache-2.0
+// The reader of view lists beside the plain one, which asks the platform's document for every value by its path.
+#include "QorviViewPlugin/ViewDataManager/ViewList.h"
+
+#include <random>
+
+#include "CoreFixture.h"
+#include "ModelText.h"
+
+namespace core_test {
+namespace {
+
+using namespace QorviViewPlugin;
+using Reader = bool (*)(const std::string&, ErrorCode&, std::vector<ViewInfo>&);
+
+// Everything that a reader makes of a text.
+std::string Outcome(Reader read, const std::string& text) {
+  ErrorCode error;
+  std::vector<ViewInfo> views(1);
+  std::string outcome = read(text, error, views) ? "read " : "refused ";
+  outcome += Text(error);
+  for (const ViewInfo& view : views) {
+    outcome += "\n" + Difference(ViewInfo(), view);
+    for (const ViewPage& page : view.vcPages) {
+      for (const CameraGridStruct& window : page.vcWindows) outcome += "\n  " + Difference(CameraGridStruct(), window);
+    }
+  }
+  return outcome;
+}
+
+void ExpectSame(const std::string& text) {
+  ASSERT_EQ(Outcome(ReadViewList, text), Outcome(ReadViewListByPaths, text)) << text;
+}
+
+const std::string kWindow =
+    R"({"SequenceIndex":"3","ResourceType":1001,"SiteID":1,"ResourceID":-1,"RelateResourceID":7,)"
+    R"("RelateResourceName":"T\u00fcr","RelateResourceType":1002,"ExtendResource":"a\"b","WindowNo":2,)"
+    R"("Xtop":"0.25","Ytop":"-1.0","Xbottom":"1e2","Ybottom":"x","PresetPointIndex":4,"CruiseIndex":-1,)"
+    R"("TrackIndex":5,"StreamType":1,"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,)"
+    R"("FishEyeInfo":[{"No":1,"PosX":"0.5","PosY":"1","Zoom":"2"},{"No":2}]},)"
+    R"("Cycle":{"Type":1,"CycleTime":9,"CycleName":"round","ID":[{"SiteID":1,"ResourceID":2},{"SiteID":3}]},)"
+    R"("CenterMark":{"TopX":250,"TopY":1,"BottomX":-5,"BottomY":1000,"StreamType":1},)"
+    R"("ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":250,"TopY":0,"BottomX":3,"BottomY":4}]},)"
+    R"("RelatedZoomWindow":{"ViewItemWindowNo":"-1","ZoomWindowNo":6},)"
+    R"("ExtendInfo":"{\"playParams\":{\"DigitZoom\":{\"Xtop\":\"0.75\"}}}"})";
+const std::string kEmap =
+    R"({"ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1.5","PosY":"2.5","ScaleSize":3,"ExtendInfo":"layer"}})";
+
+std::string ViewText(const std::string& windows) {
+  return R"({"ID":9,"GUID":"g","Name":"Entr\u00e9e","ViewGroupID":1,"UserID":3,"SharedUserID":7,"SharedUserName":"u",)"
+         R"("SequenceIndex":4,"CycleTime":20,"AutoCycle":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
+         R"("PlanViewItem":[)" +
+         windows + R"(]},{"SpliteType":1}],"Method":1})";
+}
+
+TEST(ViewList, IsReadAsByPathsWhateverItsForm) {
+  const std::string view = ViewText(kWindow + "," + kEmap);
+  const std::string list = R"("Data":{"ViewList":{"View":[)" + view + "]}}";
+  const std::string status = R"("ErrorModule":100,"ErrorCode":0,"CascadingErrorInfo":"c")";
+  constexpr size_t kDepth = 200000;
+  const std::string deep = std::string(kDepth, '[') + std::string(kDepth, ']');
+  const std::string documents[] = {
+      ViewsDocument(view + "," + view),
+      ViewsDocument(""),
+      " \r\n\t" + ViewsDocument(" " + view + "\n,\t" + view + " ") + " \n",
+      "",
+      "null",
+      "[]",
+      "{}",
+      ViewsDocument(view) + "x",
+      ViewsDocument(view) + std::string(1, '\0'),
+      ViewsDocument(view) + "{}",
+      // The status after the data, twice, or not as usual.
+      R"({"ResponseStatus":{)" + list + "," + status + "}}",
+      R"({"ResponseStatus":{)" + list + R"(,"ErrorModule":1,"ErrorCode":4}})",
+      R"({"ResponseStatus":{)" + list + R"(,"ErrorModule":1}})",
+      R"({"ResponseStatus":{"ErrorCode":0,"ErrorCode":5,)" + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":5,"ErrorCode":0,)" + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":"0",)" + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":0.0,"ErrorModule":"7","CascadingErrorInfo":12,)" + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":null,)" + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":0e0,"CascadingErrorInfo":null,)" + list + "}}",
+      // The list twice, elsewhere, among strangers, not a list.
+      R"({"ResponseStatus":{"ErrorCode":0,)" + list + R"(,"Data":{}}})",
+      R"({"ResponseStatus":{"ErrorCode":0,"Data":1,)" + list + "}}",
+      R"({"ResponseStatus":1,"ResponseStatus":{"ErrorCode":0,)" + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":0,)" + list + R"(},"ResponseStatus":{"ErrorCode":0}})",
+      R"({"Other":[1,{"ResponseStatus":2}],"ResponseStatus":{"X":null,)" + status + "," + list + R"(},"Y":"\n"})",
+      R"({"Response\u0053tatus":{)" + status + "," + list + "}}",
+      R"({"ResponseStatus":{"ErrorCode":0,"Data":{"ViewList":{"View":)" + view + R"(,"View":[]}}}})",
+      R"({"ResponseStatus":{"ErrorCode":0,"Data":{"ViewList":{"View":[]},"ViewList":{"View":[{}]}}}})",
+      R"({"ResponseStatus":{"ErrorCode":0,"Data":{"ViewList":[{"View":[{}]}]}}})",
+      R"({"ResponseStatus":[{"ErrorCode":0}]})",
+      Accepted(R"({"ViewList":{"View":7}})"),
+      Accepted(R"({"ViewList":{"View":null}})"),
+      Accepted(R"({"ViewList":{}})"),
+      Accepted("{}"),
+      Accepted("[]"),
+      ViewsDocument("{},null,3,[{}],\"x\"," + view),
+      ViewsDocument(R"({"Other":)" + deep + R"(,"PlanPages":)" + deep + "}"),
+      R"({"Other":)" + deep + R"(,"ResponseStatus":{"ErrorCode":)" + deep + "," + list + "}}",
+      ViewsDocument(deep.substr(0, kDepth)),
+      // Numbers of all sorts.
+      ViewsDocument(R"({"ID":4294967295,"UserID":4294967296,"ViewGroupID":"12","SequenceIndex":1.9,"Method":true})"),
+      ViewsDocument(R"({"ID":1e2,"Name":12,"GUID":1.5,"CycleTime":[3],"AutoCycle":{"a":1},"SharedUserName":null})"),
+      ViewsDocument(R"({"ID":)" + std::string(400, '9') + "}"),
+      ViewsDocument(R"({"ID":1e400})"),
+      ViewsDocument(R"({"ID":1e-99999999999,"UserID":0.)" + std::string(400, '0') + "1}"),
+      ViewsDocument(R"({"ID":01})"),
+  };
+  for (const std::string& document : documents) ExpectSame(document);
+}
+
+TEST(ViewList, IsReadAsByPathsWhateverAWindowHolds) {
+  // What stands where another kind is wanted, and a second member of the name.
+  for (const char* value : {"null", "true", "3", "-2.75", "\"7\"", "\"\"", "[]", "[{}]", "[1,2]", "{}", "{\"No\":1}"}) {
+    for (const char* key : {"SequenceIndex",
+                            "ResourceType",
+                            "ResourceID",
+                            "RelateResourceName",
+                            "Xtop",
+                            "PresetPointIndex",
+                            "FishEye",
+                            "FishEyeInfo",
+                            "Cycle",
+                            "ID",
+                            "Emap",
+                            "CenterMark",
+                            "ZoomWindowList",
+                            "ZoomWindow",
+                            "RelatedZoomWindow",
+                            "ViewItemWindowNo",
+                            "ExtendInfo",
+                            "PlanViewItem",
+                            "PlanPages",
+                            "CustomSplite",
+                            "SharedUserID"}) {
+      const std::string text = ViewText(kWindow + "," + kEmap);
+      const std::string name = "\"" + std::string(key) + "\":";
+      const size_t at = text.find(name);
+      if (at == std::string::npos) continue;
+      std::string before = text, replaced = text;
+      before.insert(at, name + value + ",");
+      ExpectSame(ViewsDocument(before));
+      ExpectSame(ViewsDocument(text.substr(0, text.size() - 1) + "," + name + value + "}"));
+      replaced.insert(at + name.size(), std::string(value) + ",\"Was" + key + "\":");
+      ExpectSame(ViewsDocument(replaced));
+    }
+  }
+  // Members in other orders: the type behind everything that depends on it.
+  ExpectSame(ViewsDocument(ViewText(R"({"Emap":{"PosX":"1"},"ZoomWindowList":{"ZoomWindow":{"No":1}},)"
+                                    R"("Xtop":"1","SequenceIndex":"2","ResourceType":7001})")));
+  ExpectSame(ViewsDocument(ViewText(R"({"ZoomWindowList":{"ZoomWindow":[{"No":1}]},"ResourceType":1001},1,null,[])")));
+}
+
+TEST(ViewList, IsReadAsByPathsWhenCutOffOrChangedAnywhere) {
+  const std::string text = ViewsDocument(ViewText(kWindow) + "," + ViewText(kEmap));
+  for (size_t size = 0; size < text.size(); ++size) ExpectSame(text.substr(0, size));
+  std::mt19937 random(20);
+  const auto below = [&random](size_t limit) { return static_cast<size_t>(random() % limit); };
+  const std::string letters = "{}[]\",:\\0159-.eE tfnu" + std::string(1, '\0');
+  for (int round = 0; round < 4000; ++round) {
+    std::string changed = text;
+    for (size_t edits = 1 + below(3); edits > 0; --edits) {
+      const size_t at = below(changed.size());
+      const size_t length = std::min(below(30), changed.size() - at);
+      switch (below(4)) {
+        case 0:
+          changed[at] = letters[below(letters.size())];
+          break;
+        case 1:
+          changed.insert(at, 1, letters[below(letters.size())]);
+          break;
+        case 2:
+          changed.erase(at, length);
+          break;
+        default:
+          changed.insert(below(changed.size()), changed.substr(at, length));
+          break;
+      }
+    }
+    ExpectSame(changed);
+  }
+}
+
+TEST(ViewList, OfAnyLengthIsReadAsByPaths) {
+  std::string views;
+  std::string windows = kWindow;
+  for (int n = 0; n < 120; ++n) {
+    if (n % 40 == 39) {
+      for (int more = 0; more < 250; ++more) windows += "," + kEmap;
+    }
+    views += (views.empty() ? "" : ",") + ViewText(windows);
+    if (n % 40 == 39) windows = kWindow;
+  }
+  const std::string text = ViewsDocument(views);
+  ExpectSame(text);
+  // A number, a blank and the end of the text wherever the pieces that are read at a time may end.
+  for (size_t size : {65535, 65536, 65537, 131072, 200000}) ExpectSame(text.substr(0, size));
+  for (size_t blanks = 65400; blanks < 65700; ++blanks) {
+    const std::string start = R"({"ResponseStatus":)" + std::string(blanks, ' ');
+    ExpectSame(start + R"({"ErrorModule":12345,"ErrorCode":0,"Data":{"ViewList":{"View":[{"ID":12345}]}}}})");
+  }
+}
+
+}  // namespace
+}  // namespace core_test
