@@ -62,36 +62,32 @@ TEST(JsonRecordTest, WholeTextsAreRefusedOrReadLeniently) {
   EXPECT_EQ(ReadAndWrite(std::string("{}\0garbage", 10)), kDefault);
 }
 
-std::string WithCount(const std::string& written) {
-  return R"({"Count":)" + written + R"(,"Open":false,"Name":"unset","Nested":{"No":-1,"Label":""},"Parts":[]})";
-}
-std::string WithName(const std::string& written) {
-  return R"({"Count":7,"Open":false,"Name":")" + written + R"(","Nested":{"No":-1,"Label":""},"Parts":[]})";
-}
-std::string WithNested(const std::string& written) {
-  return R"({"Count":7,"Open":false,"Name":"unset","Nested":)" + written + R"(,"Parts":[]})";
-}
-std::string WithParts(const std::string& written) {
-  return R"({"Count":7,"Open":false,"Name":"unset","Nested":{"No":-1,"Label":""},"Parts":)" + written + "}";
+// The default text with another value of that member.
+std::string With(const std::string& member, const std::string& written) {
+  std::string text = kDefault;
+  const std::string before = "\"" + member + "\":";
+  const size_t begin = text.find(before) + before.size();
+  const size_t end = member == "Parts" ? text.size() - 1 : text.find(member == "Nested" ? ",\"Parts" : ",", begin);
+  return text.replace(begin, end - begin, written);
 }
 
 TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
   const TextCase cases[] = {
-      {R"({"Count":2147483647})", WithCount("2147483647")},
-      {R"({"Count":-2147483648})", WithCount("-2147483648")},
+      {R"({"Count":2147483647})", With("Count", "2147483647")},
+      {R"({"Count":-2147483648})", With("Count", "-2147483648")},
       {R"({"Count":1e400,"Open":true})", "refused"},
-      {R"({"Count":-0})", WithCount("0")},
-      {R"({"Name":""})", WithName("")},
-      {R"({"Name":"a\u0000b"})", WithName("a")},
-      {R"({"Name":"\u00e4\/\"\\\n\u0001"})", WithName("\xC3\xA4/\\\"\\\\\\n\\u0001")},
-      {"{\"Name\":\"\xFF\xC3\"}", WithName("\xFF\xC3")},
-      {R"({"Nested":{"Label":"x"}})", WithNested(R"({"No":-1,"Label":"x"})")},
+      {R"({"Count":-0})", With("Count", "0")},
+      {R"({"Name":""})", With("Name", "\"\"")},
+      {R"({"Name":"a\u0000b"})", With("Name", "\"a\"")},
+      {R"({"Name":"\u00e4\/\"\\\n\u0001"})", With("Name", "\"\xC3\xA4/\\\"\\\\\\n\\u0001\"")},
+      {"{\"Name\":\"\xFF\xC3\"}", With("Name", "\"\xFF\xC3\"")},
+      {R"({"Nested":{"Label":"x"}})", With("Nested", R"({"No":-1,"Label":"x"})")},
       {R"({"Parts":[{"No":1},{"Label":"x"},{}]})",
-       WithParts(R"([{"No":1,"Label":""},{"No":-1,"Label":"x"},{"No":-1,"Label":""}])")},
+       With("Parts", R"([{"No":1,"Label":""},{"No":-1,"Label":"x"},{"No":-1,"Label":""}])")},
       // Elements of whatever kind are elements without members.
       {R"({"Parts":[null,true,5,"No",[{"No":3}],{"No":4}]})",
-       WithParts(R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},)"
-                 R"({"No":-1,"Label":""},{"No":4,"Label":""}])")},
+       With("Parts", R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},)"
+                     R"({"No":-1,"Label":""},{"No":4,"Label":""}])")},
   };
   for (const char* text :
        {R"({"Count":2147483648})", R"({"Count":-2147483649})", R"({"Count":0.0000000001e-2147483639})",
@@ -107,12 +103,12 @@ TEST(JsonRecordTest, KeysAreMatchedExactlyAndTheFirstOfDuplicatesCounts) {
   const TextCase cases[] = {
       {R"({"count":1,"COUNT":1," Count":1,"Count ":1})", kDefault},
       {R"({"Count\u0000":1})", kDefault},
-      {R"({"Other":1,"Count":2})", WithCount("2")},
-      {R"({"Count":1,"Count":2})", WithCount("1")},
+      {R"({"Other":1,"Count":2})", With("Count", "2")},
+      {R"({"Count":1,"Count":2})", With("Count", "1")},
       {R"({"Count":"1","Count":2})", kDefault},
-      {R"({"Nested":{"No":1},"Nested":{"Label":"x"}})", WithNested(R"({"No":1,"Label":""})")},
+      {R"({"Nested":{"No":1},"Nested":{"Label":"x"}})", With("Nested", R"({"No":1,"Label":""})")},
       // A wrong kind at one key does not stop the reading of the others.
-      {R"({"Count":null,"Open":null,"Name":"n"})", WithName("n")},
+      {R"({"Count":null,"Open":null,"Name":"n"})", With("Name", "\"n\"")},
   };
   for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
 }
@@ -142,8 +138,8 @@ TEST(JsonRecordTest, DeepNestingCostsNoStack) {
   objects += "1" + std::string(kDepth, '}');
   for (const std::string& deep : {arrays, objects}) {
     EXPECT_EQ(ReadAndWrite(deep), kDefault);
-    EXPECT_EQ(ReadAndWrite(R"({"Other":)" + deep + R"(,"Count":1})"), WithCount("1"));
-    EXPECT_EQ(ReadAndWrite(R"({"Parts":[)" + deep + "]}"), WithParts(R"([{"No":-1,"Label":""}])"));
+    EXPECT_EQ(ReadAndWrite(R"({"Other":)" + deep + R"(,"Count":1})"), With("Count", "1"));
+    EXPECT_EQ(ReadAndWrite(R"({"Parts":[)" + deep + "]}"), With("Parts", R"([{"No":-1,"Label":""}])"));
     EXPECT_EQ(ReadAndWrite(deep.substr(0, deep.size() - 1)), "refused");
   }
 }

@@ -39,32 +39,13 @@ TEST(IdTexts, SmuggleNothingIntoAddressOrHeader) {
   BizShared::CNetCommManager::Instance().SetServer(server.Url());
   BizShared::CNetCommManager::Instance().SetToken("token");
   std::vector<std::string> ids{std::string("7\0X", 3), std::string(100000, '7')};
-  for (const char* id : {"7",
-                         "",
-                         " ",
-                         "7?x=1",
-                         "7#x",
-                         "..",
-                         "../..",
-                         "..\\..\\x",
-                         "7;x",
-                         "\x7f",
-                         "\xff\xfe",
-                         "-1",
-                         "0x7",
-                         "7,8",
-                         "\"}},{\"",
-                         "7\r\nX-Evil: yes",
-                         "7\nX-Evil: yes",
-                         "7%0d%0aX-Evil:yes",
-                         "7 HTTP/1.1\r\nX-Evil: yes\r\n\r\nGET /evil",
-                         "../../V0/Sessions/Current#",
-                         "7/../../../V0/Users",
-                         "%2e%2e/%2e%2e",
-                         "@evil.example/",
-                         "//evil.example/",
-                         "99999999999999999999",
-                         "\xe2\x80\xa8"}) {
+  for (const char* id : {"7", "", " ", "7?x=1", "7#x", "..", "../..", "..\\..\\x", "7;x", "\x7f", "\xff\xfe", "-1",
+                         "0x7", "7,8", "\"}},{\"", "\xe2\x80\xa8"}) {
+    ids.push_back(id);
+  }
+  for (const char* id : {"7\r\nX-Evil: yes", "7\nX-Evil: yes", "7%0d%0aX-Evil:yes", "7/../../../V0/Users",
+                         "../../V0/Sessions/Current#", "%2e%2e/%2e%2e", "@evil.example/", "//evil.example/",
+                         "99999999999999999999", "7 HTTP/1.1\r\nX-Evil: yes\r\n\r\nGET /evil"}) {
     ids.push_back(id);
   }
   const struct {

@@ -59,18 +59,6 @@ TEST_F(PlanCallsTest, ListingWaitsForTheDownloadOnlyWhenAsked) {
   waiting.get();
 }
 
-TEST_F(PlanCallsTest, TheFeatureSwitchesAreTheSameForEveryRequest) {
-  constexpr char kSwitches[] =
-      R"(true {"LoadAll":true,"CreateRootPlan":true,"EnableSearch":true,"EnableDrag":true,)"
-      R"("SupportDelPlanWithChildren":true,"ViewOrPlan":0,"SupportTimedPlay":false,"OnlyCamera":false,)"
-      R"("MoveBetweenPublicAndPrivate":false,"SupportAddCameraFromFavorite":false,"SupportSmoothStream":true,)"
-      R"("ShowCreationInfo":false,"IsSupportSaveSingleCycle":true,"SupportThumbnail":true,)"
-      R"("SupportPlanGroupCycle":true})";
-  for (const char* request : {"", "null", "{", R"({"request":"x","LoadAll":false})"}) {
-    EXPECT_EQ(Call(GetPlanConfig, request), kSwitches) << request;
-  }
-}
-
 // What a plan looks like to the server: "<group> <owner> <cycle> <time> <pages>".
 std::string SentPlan(const std::string& body) {
   std::string text;

@@ -171,16 +171,5 @@ TEST(PlanConversionTest, SomeFieldsAreShownOnlyInTheirContext) {
   }
 }
 
-TEST(PlanConversionTest, PagesKeepTheirWindowsInOrderDuplicatesIncluded) {
-  const ViewPage page = ToViewPage(Read<protocol::PlanPage>(
-      R"({"windowDivision":9,"customWindowDivision":"1,2","PlanItems":[{"Sequence":5},{"Sequence":2},{"Sequence":5}]})"));
-  EXPECT_EQ(page.nSpliteType, 9);
-  EXPECT_EQ(page.strCustomSplite, "1,2");
-  ASSERT_EQ(page.vcWindows.size(), 3u);
-  EXPECT_EQ(page.vcWindows[0].n_seq_index, 5);
-  EXPECT_EQ(page.vcWindows[1].n_seq_index, 2);
-  EXPECT_EQ(page.vcWindows[2].n_seq_index, 5);
-}
-
 }  // namespace
 }  // namespace call_test

@@ -71,25 +71,20 @@ TEST_F(UserCallsTest, SharingIsWholeOnlyWhereTheServerSaysSoAndNamesNobody) {
         << reply;
   }
   const struct {
-    std::string reply;
-    std::string expected;
-    std::string numbers;
+    std::string reply, module, code, text;
   } refusals[] = {
-      {Refused(100, 4), R"({"error_model":100,"error_code":4,"error_info":"Not permitted")", "100, Second_code: 4"},
-      {Refused(100, 6),
-       R"({"error_model":100,"error_code":6,)"
-       R"("error_info":"The server did not understand the request")",
-       "100, Second_code: 6"},
-      {"{}", R"({"error_model":-1,"error_code":-1,"error_info":"Error -1--1")", "-1, Second_code: -1"},
-      {"", R"({"error_model":-1,"error_code":-1,"error_info":"Error -1--1")", "-1, Second_code: -1"},
-      {R"({"ResponseStatus":{"ErrorModule":5}})", R"({"error_model":5,"error_code":-1,"error_info":"Error 5--1")",
-       "5, Second_code: -1"},
+      {Refused(100, 4), "100", "4", "Not permitted"},
+      {Refused(100, 6), "100", "6", "The server did not understand the request"},
+      {"{}", "-1", "-1", "Error -1--1"},
+      {"", "-1", "-1", "Error -1--1"},
+      {R"({"ResponseStatus":{"ErrorModule":5}})", "5", "-1", "Error 5--1"},
   };
-  for (const auto& c : refusals) {
-    server.Answer(c.reply);
-    log->Take();
-    EXPECT_EQ(Call(ViewShareUsers), "false " + c.expected + R"(,"lst_user_data":[]})");
-    EXPECT_EQ(log->Take().back(), InfoLine("[ViewShareUsers]Receive View Share Response First_code: " + c.numbers));
+  for (const auto& [reply, module, code, text] : refusals) {
+    server.Answer(reply);
+    EXPECT_EQ(Call(ViewShareUsers), R"(false {"error_model":)" + module + R"(,"error_code":)" + code +
+                                        R"(,"error_info":")" + text + R"(","lst_user_data":[]})");
+    EXPECT_EQ(log->Take().back(),
+              InfoLine("[ViewShareUsers]Receive View Share Response First_code: " + module + ", Second_code: " + code));
   }
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ModelText.h"
 
+#include <functional>
 #include <sstream>
-#include <utility>
 #include <vector>
 
 namespace core_test {
@@ -10,8 +10,6 @@ namespace core_test {
 using namespace QorviViewPlugin;
 
 namespace {
-
-using Fields = std::vector<std::pair<const char*, std::string>>;
 
 template <class Value>
 std::string Show(const Value& value) {
@@ -55,75 +53,61 @@ std::string Show(const std::vector<ViewPage>& pages) {
   return text;
 }
 
-Fields FieldsOf(const CameraGridStruct& w) {
-  return {{"idView", Show(w.idView)},
-          {"uIndex", Show(w.uIndex)},
-          {"n_seq_index", Show(w.n_seq_index)},
-          {"site", Show(w.camera_workstation_id)},
-          {"element", Show(w.id_element_)},
-          {"type", Show(w.enum_resource_type_)},
-          {"ptz", Show(w.bPTZConfigured)},
-          {"rect", Show(w.struRect)},
-          {"preset", Show(w.uPresetIndex)},
-          {"cruise", Show(w.uCruiseIndex)},
-          {"track", Show(w.uTrackIndex)},
-          {"pos", Show(w.idPOS)},
-          {"stream", Show(w.stream_type)},
-          {"center_x", Show(w.map_center_x)},
-          {"center_y", Show(w.map_center_y)},
-          {"scale", Show(w.map_scale_size)},
-          {"more", Show(w.map_more_info)},
-          {"relate_type", Show(w.relate_type)},
-          {"relate_id", Show(w.relate_id)},
-          {"relate_name", Show(w.relate_name)},
-          {"load", Show(w.map_load_type)},
-          {"extend", Show(w.extend_resource)},
-          {"mark", Show(w.enable_calibration)},
-          {"mark_box", Show(w.calibration_info.coordinate)},
-          {"mark_stream", Show(w.calibration_info.stream_type)},
-          {"zoom_mode", Show(w.zoom_mode)},
-          {"zooms", Show(w.local_wins)},
-          {"related_window", Show(w.relate_view_win_no)},
-          {"related_box", Show(w.relate_draw_box_no)},
-          {"has_fisheye", Show(w.b_enable_fish_eye)},
-          {"fisheye", Show(w.fisheye_info)},
-          {"cycle", Show(w.single_cycle)}};
-}
-
-Fields FieldsOf(const ViewInfo& v) {
-  return {{"idView", Show(v.idView)},           {"guid", Show(v.strGUID)},      {"name", Show(v.strName)},
-          {"group", Show(v.idViewGroup)},       {"type", Show(v.enumViewType)}, {"user", Show(v.idUser)},
-          {"sequence", Show(v.nSequenceIndex)}, {"auto", Show(v.nAutoCycle)},   {"time", Show(v.nCycleTime)},
-          {"pages", Show(v.vcPages)},           {"method", Show(v.nMethod)},    {"shared", Show(v.bShared)},
-          {"sharer", Show(v.strSharedUserName)}};
-}
-
-Fields FieldsOf(const ViewGroupInfo& g) {
-  return {{"idViewGroup", Show(g.idViewGroup)}, {"user", Show(g.idUser)},
-          {"parent", Show(g.idParent)},         {"name", Show(g.strName)},
-          {"type", Show(g.enumViewType)},       {"sequence", Show(g.nSequenceIndex)},
-          {"method", Show(g.nMethod)},          {"shared", Show(g.bShared)}};
-}
-
-std::string Difference(const Fields& base, const Fields& actual) {
-  std::string text;
-  for (size_t n = 0; n < base.size(); ++n) {
-    if (base[n].second == actual[n].second) continue;
-    text += (text.empty() ? "" : " ") + std::string(base[n].first) + "=" + actual[n].second;
+// Collects "name=actual value" of the fields in which two records differ.
+template <class Record>
+class Differences {
+ public:
+  Differences(const Record& base, const Record& actual) : m_base(base), m_actual(actual) {}
+  template <class Field>
+  Differences& operator()(const char* name, Field field) {
+    const std::string value = Show(std::invoke(field, m_actual));
+    if (Show(std::invoke(field, m_base)) != value) {
+      text += (text.empty() ? "" : " ") + std::string(name) + "=" + value;
+    }
+    return *this;
   }
-  return text;
-}
+  std::string text;
+
+ private:
+  const Record& m_base;
+  const Record& m_actual;
+};
 
 }  // namespace
 
 std::string Difference(const CameraGridStruct& base, const CameraGridStruct& actual) {
-  return Difference(FieldsOf(base), FieldsOf(actual));
+  using W = CameraGridStruct;
+  Differences<W> differ(base, actual);
+  differ("idView", &W::idView)("uIndex", &W::uIndex)("n_seq_index", &W::n_seq_index);
+  differ("site", &W::camera_workstation_id)("element", &W::id_element_)("type", &W::enum_resource_type_);
+  differ("ptz", &W::bPTZConfigured)("rect", &W::struRect)("preset", &W::uPresetIndex)("cruise", &W::uCruiseIndex);
+  differ("track", &W::uTrackIndex)("pos", &W::idPOS)("stream", &W::stream_type);
+  differ("center_x", &W::map_center_x)("center_y", &W::map_center_y)("scale", &W::map_scale_size);
+  differ("more", &W::map_more_info)("relate_type", &W::relate_type)("relate_id", &W::relate_id);
+  differ("relate_name", &W::relate_name)("load", &W::map_load_type)("extend", &W::extend_resource);
+  differ("mark", &W::enable_calibration);
+  differ("mark_box", [](const W& window) { return window.calibration_info.coordinate; });
+  differ("mark_stream", [](const W& window) { return window.calibration_info.stream_type; });
+  differ("zoom_mode", &W::zoom_mode)("zooms", &W::local_wins)("related_window", &W::relate_view_win_no);
+  differ("related_box", &W::relate_draw_box_no)("has_fisheye", &W::b_enable_fish_eye);
+  return differ("fisheye", &W::fisheye_info)("cycle", &W::single_cycle).text;
 }
+
 std::string Difference(const ViewInfo& base, const ViewInfo& actual) {
-  return Difference(FieldsOf(base), FieldsOf(actual));
+  using V = ViewInfo;
+  Differences<V> differ(base, actual);
+  differ("idView", &V::idView)("guid", &V::strGUID)("name", &V::strName)("group", &V::idViewGroup);
+  differ("type", &V::enumViewType)("user", &V::idUser)("sequence", &V::nSequenceIndex)("auto", &V::nAutoCycle);
+  differ("time", &V::nCycleTime)("pages", &V::vcPages)("method", &V::nMethod)("shared", &V::bShared);
+  return differ("sharer", &V::strSharedUserName).text;
 }
+
 std::string Difference(const ViewGroupInfo& base, const ViewGroupInfo& actual) {
-  return Difference(FieldsOf(base), FieldsOf(actual));
+  using G = ViewGroupInfo;
+  Differences<G> differ(base, actual);
+  differ("idViewGroup", &G::idViewGroup)("user", &G::idUser)("parent", &G::idParent)("name", &G::strName);
+  return differ("type", &G::enumViewType)("sequence", &G::nSequenceIndex)("method", &G::nMethod)("shared", &G::bShared)
+      .text;
 }
 
 }  // namespace core_test

@@ -6,6 +6,9 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <functional>
+#include <utility>
+
 #include "ModelText.h"
 
 namespace QorviViewPlugin {
@@ -118,13 +121,11 @@ TEST(AWrittenView, SendsBothKindsOfNoGroupAsMinusOne) {
 }
 
 TEST(AWrittenView, ConvertsTheKindOfTheRelatedResource) {
-  const struct {
-    int model;
-    int server;
-  } rows[] = {{0, 1001}, {1, 7001}, {4, 1002}, {5, 2004}, {8, 1027}, {-1, -1}, {2, 2}, {1005, 1005}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(RelateTypeToServerNumber(static_cast<RelateResourceType>(row.model)), row.server);
-    EXPECT_EQ(RelateTypeFromServer(row.server), row.model);
+  const std::pair<int, int> rows[] = {{0, 1001}, {1, 7001}, {4, 1002}, {5, 2004},
+                                      {8, 1027}, {-1, -1},  {2, 2},    {1005, 1005}};
+  for (const auto& [model, server] : rows) {
+    EXPECT_EQ(RelateTypeToServerNumber(static_cast<RelateResourceType>(model)), server);
+    EXPECT_EQ(RelateTypeFromServer(server), model);
   }
 }
 
@@ -160,23 +161,26 @@ CameraGridStruct ReadWindowText(const std::string& members, DocumentOrigin origi
   return view.vcPages.at(0).vcWindows.at(0);
 }
 
-// What each reader makes of some members, told as the difference from an element without any.
+// What each reader makes of some members.
 struct ReadRow {
-  const char* members;
+  std::string members;
   const char* fromList;
-  const char* fromDownload;
+  const char* fromDownload = fromList;
 };
-constexpr const char* kSame = nullptr;
 
-void ExpectWindows(std::initializer_list<ReadRow> rows) {
+void ExpectRead(std::initializer_list<ReadRow> rows,
+                const std::function<std::string(const std::string& members, DocumentOrigin origin)>& told) {
   for (const ReadRow& row : rows) {
-    const char* expected[] = {row.fromList, row.fromDownload ? row.fromDownload : row.fromList};
-    for (DocumentOrigin origin : {DocumentOrigin::ListReply, DocumentOrigin::Download}) {
-      EXPECT_EQ(Difference(ReadWindowText("", origin), ReadWindowText(row.members, origin)),
-                expected[origin == DocumentOrigin::Download])
-          << row.members << (origin == DocumentOrigin::Download ? " downloaded" : " listed");
-    }
+    EXPECT_EQ(told(row.members, DocumentOrigin::ListReply), row.fromList) << row.members << " listed";
+    EXPECT_EQ(told(row.members, DocumentOrigin::Download), row.fromDownload) << row.members << " downloaded";
   }
+}
+
+// Windows are told as the difference from one without any member.
+void ExpectWindows(std::initializer_list<ReadRow> rows) {
+  ExpectRead(rows, [](const std::string& members, DocumentOrigin origin) {
+    return Difference(ReadWindowText("", origin), ReadWindowText(members, origin));
+  });
 }
 
 TEST(AReadWindow, WithoutKeysDiffersFromANewOne) {
@@ -188,25 +192,25 @@ TEST(AReadWindow, WithoutKeysDiffersFromANewOne) {
 
 TEST(AReadWindow, TakesEachPlainKeyByItsOwnRule) {
   ExpectWindows({
-      {R"("SequenceIndex":"3")", "n_seq_index=3", kSame},
-      {R"("SequenceIndex":3)", "n_seq_index=3", kSame},
-      {R"("SequenceIndex":" 12ab")", "n_seq_index=12", kSame},
-      {R"("SequenceIndex":"x")", "", kSame},
-      {R"("SequenceIndex":true)", "", kSame},
-      {R"("ResourceType":1002)", "type=1002", kSame},
-      {R"("ResourceType":"1002")", "type=1002", kSame},
-      {R"("SiteID":4294967294)", "site=4294967294", kSame},
-      {R"("SiteID":31,"ResourceID":501)", "site=31 element=501", kSame},
-      {R"("SiteID":{},"ResourceID":[5],"StreamType":null)", "", kSame},
+      {R"("SequenceIndex":"3")", "n_seq_index=3"},
+      {R"("SequenceIndex":3)", "n_seq_index=3"},
+      {R"("SequenceIndex":" 12ab")", "n_seq_index=12"},
+      {R"("SequenceIndex":"x")", ""},
+      {R"("SequenceIndex":true)", ""},
+      {R"("ResourceType":1002)", "type=1002"},
+      {R"("ResourceType":"1002")", "type=1002"},
+      {R"("SiteID":4294967294)", "site=4294967294"},
+      {R"("SiteID":31,"ResourceID":501)", "site=31 element=501"},
+      {R"("SiteID":{},"ResourceID":[5],"StreamType":null)", ""},
       {R"("RelateResourceID":77,"RelateResourceName":"Gate","RelateResourceType":1027)",
-       "relate_type=8 relate_id=77 relate_name='Gate'", kSame},
-      {R"("RelateResourceType":3)", "relate_type=3", kSame},
-      {R"("ExtendResource":"{}")", "extend='{}'", kSame},
+       "relate_type=8 relate_id=77 relate_name='Gate'"},
+      {R"("RelateResourceType":3)", "relate_type=3"},
+      {R"("ExtendResource":"{}")", "extend='{}'"},
       {R"("WindowNo":4,"PresetPointIndex":5,"CruiseIndex":-2,"TrackIndex":6)",
-       "uIndex=4 preset=5 cruise=18446744073709551614 track=6", kSame},
-      {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "rect=(0.5,0.25,1.5,0)", kSame},
-      {R"("StreamType":2)", "stream=2", kSame},
-      {R"("ResourceType":1002,"ResourceType":1005)", "type=1002", kSame},
+       "uIndex=4 preset=5 cruise=18446744073709551614 track=6"},
+      {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "rect=(0.5,0.25,1.5,0)"},
+      {R"("StreamType":2)", "stream=2"},
+      {R"("ResourceType":1002,"ResourceType":1005)", "type=1002"},
   });
 }
 
@@ -214,31 +218,31 @@ TEST(AReadWindow, TakesEachGroupWhenItIsThere) {
   ExpectWindows({
       {R"("FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FishEyeInfo":[{"No":1,"PosX":"0.5","PosY":"-1",)"
        R"("Zoom":"2"},{}]})",
-       "has_fisheye=1 fisheye=1/2/3+1:0.5,-1,2+-1:0,0,0", kSame},
-      {R"("FishEye":{"FishEyeInfo":{"No":7}})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0", kSame},
-      {R"("FishEye":[])", "", kSame},
-      {R"("FishEye":null)", "", kSame},
-      {R"("FishEye":[{},{}])", "", kSame},
-      {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "has_fisheye=1 fisheye=-1/-1/-1", kSame},
+       "has_fisheye=1 fisheye=1/2/3+1:0.5,-1,2+-1:0,0,0"},
+      {R"("FishEye":{"FishEyeInfo":{"No":7}})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0"},
+      {R"("FishEye":[])", ""},
+      {R"("FishEye":null)", ""},
+      {R"("FishEye":[{},{}])", ""},
+      {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "has_fisheye=1 fisheye=-1/-1/-1"},
       {R"("Cycle":{"Type":1,"CycleTime":20,"CycleName":"doors","ID":[{"SiteID":5,"ResourceID":9},{}]})",
-       "cycle=1/20/'doors'+5:9+4294967295:4294967295", kSame},
-      {R"("Cycle":{"ID":{"SiteID":5,"ResourceID":9}})", "cycle=-1/-1/''+5:9", kSame},
-      {R"("Cycle":[{},{}])", "", kSame},
+       "cycle=1/20/'doors'+5:9+4294967295:4294967295"},
+      {R"("Cycle":{"ID":{"SiteID":5,"ResourceID":9}})", "cycle=-1/-1/''+5:9"},
+      {R"("Cycle":[{},{}])", ""},
       {R"("ResourceType":7001,"Emap":{"LoadMode":3,"PosX":"1.5","PosY":"2","ScaleSize":4,"ExtendInfo":"m"})",
-       "type=7001 center_x='1.5' center_y='2' scale=4 more='m' load=3", kSame},
-      {R"("ResourceType":7001)", "type=7001 scale=-1 load=-1", kSame},
-      {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "type=1001", kSame},
+       "type=7001 center_x='1.5' center_y='2' scale=4 more='m' load=3"},
+      {R"("ResourceType":7001)", "type=7001 scale=-1 load=-1"},
+      {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "type=1001"},
       {R"("CenterMark":{"TopX":123,"TopY":-1,"BottomX":1000,"BottomY":2500,"StreamType":1})",
-       "mark=1 mark_box=(0.123,-0.001,1,2.5) mark_stream=1", kSame},
-      {R"("CenterMark":[{"TopX":123},{}])", "mark=1 mark_box=(-0.001,-0.001,-0.001,-0.001) mark_stream=-1", kSame},
-      {R"("CenterMark":[])", "", kSame},
+       "mark=1 mark_box=(0.123,-0.001,1,2.5) mark_stream=1"},
+      {R"("CenterMark":[{"TopX":123},{}])", "mark=1 mark_box=(-0.001,-0.001,-0.001,-0.001) mark_stream=-1"},
+      {R"("CenterMark":[])", ""},
       {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1,"TopX":250,"TopY":500,)"
        R"("BottomX":750,"BottomY":1000},{}]})",
-       "type=1001 zoom_mode=2 zooms=+1(0.25,0.5,0.75,1)+-1(-0.001,-0.001,-0.001,-0.001)", kSame},
-      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "type=1001", kSame},
-      {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "type=1002", kSame},
-      {R"("RelatedZoomWindow":{"ViewItemWindowNo":"3","ZoomWindowNo":1})", "related_window='3' related_box=1", kSame},
-      {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "related_window='3'", kSame},
+       "type=1001 zoom_mode=2 zooms=+1(0.25,0.5,0.75,1)+-1(-0.001,-0.001,-0.001,-0.001)"},
+      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "type=1001"},
+      {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "type=1002"},
+      {R"("RelatedZoomWindow":{"ViewItemWindowNo":"3","ZoomWindowNo":1})", "related_window='3' related_box=1"},
+      {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "related_window='3'"},
   });
 }
 
@@ -253,10 +257,7 @@ TEST(AReadWindow, DiffersBetweenListAndDownloadInTheseKeysOnly) {
 }
 
 TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
-  const struct {
-    const char* text;
-    const char* changes;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"", ""},
       {"{", ""},
       {"5", ""},
@@ -274,10 +275,10 @@ TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
       {R"({"Zoom":[1,2],"coordinate":[1,2]})", ""},
       {R"({"Zoom":null,"coordinate":[1,2]})", ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [text, changes] : rows) {
     CameraGridStruct window;
-    ReadExtendInfo(row.text, window);
-    EXPECT_EQ(Difference(CameraGridStruct(), window), row.changes) << row.text;
+    ReadExtendInfo(text, window);
+    EXPECT_EQ(Difference(CameraGridStruct(), window), changes) << text;
   }
 }
 
@@ -294,57 +295,42 @@ TEST(ExtendInfo, AddsItsFisheyeWindowsToThoseOfTheDocumentAndSetsTheLoadMode) {
 }
 
 TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
-  const struct {
-    const char* members;
-    const char* fromList;
-    const char* fromDownload;
-  } rows[] = {
-      {"", "auto=-1 time=-1", kSame},
-      {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,"Method":2)",
-       "idView=9 guid='g' name='n' group=0 sequence=-7 auto=1 time=30 method=2", kSame},
-      {R"("UserID":3)", "type=1 user=3 auto=-1 time=-1", kSame},
-      {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")", "type=1 user=3 auto=-1 time=-1",
-       "type=2 user=3 auto=-1 time=-1 shared=1 sharer='eve'"},
-      {R"("SharedUserID":0)", "auto=-1 time=-1", "type=2 auto=-1 time=-1 shared=1"},
-      {R"("SharedUserID":-1,"SharedUserName":"eve")", "auto=-1 time=-1", "auto=-1 time=-1 sharer='eve'"},
-      {R"("ID":"9","Name":5,"Method":"x")", "idView=9 name='5' auto=-1 time=-1", kSame},
-      {R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{},{}]},{"CustomSplite":""}])",
-       "auto=-1 time=-1 pages=[4 '1x2' windows 2][-1 '' windows 0]", kSame},
-      {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})", "auto=-1 time=-1 pages=[4 '' windows 1]",
-       kSame},
-      {R"("PlanPages":null)", "auto=-1 time=-1", kSame},
-      {R"("PlanPages":[7,{"PlanViewItem":[null]}])", "auto=-1 time=-1 pages=[-1 '' windows 0][-1 '' windows 1]", kSame},
+  const auto told = [](const std::string& members, DocumentOrigin origin) {
+    return Difference(ViewInfo(), ReadViewText("{" + members + "}", origin));
   };
-  for (const auto& row : rows) {
-    const std::string text = std::string("{") + row.members + "}";
-    EXPECT_EQ(Difference(ViewInfo(), ReadViewText(text, DocumentOrigin::ListReply)), row.fromList) << text;
-    EXPECT_EQ(Difference(ViewInfo(), ReadViewText(text, DocumentOrigin::Download)),
-              row.fromDownload ? row.fromDownload : row.fromList)
-        << text;
-  }
+  ExpectRead(
+      {
+          {"", "auto=-1 time=-1"},
+          {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,"Method":2)",
+           "idView=9 guid='g' name='n' group=0 sequence=-7 auto=1 time=30 method=2"},
+          {R"("UserID":3)", "type=1 user=3 auto=-1 time=-1"},
+          {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")", "type=1 user=3 auto=-1 time=-1",
+           "type=2 user=3 auto=-1 time=-1 shared=1 sharer='eve'"},
+          {R"("SharedUserID":0)", "auto=-1 time=-1", "type=2 auto=-1 time=-1 shared=1"},
+          {R"("SharedUserID":-1,"SharedUserName":"eve")", "auto=-1 time=-1", "auto=-1 time=-1 sharer='eve'"},
+          {R"("ID":"9","Name":5,"Method":"x")", "idView=9 name='5' auto=-1 time=-1"},
+          {R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{},{}]},{"CustomSplite":""}])",
+           "auto=-1 time=-1 pages=[4 '1x2' windows 2][-1 '' windows 0]"},
+          {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})", "auto=-1 time=-1 pages=[4 '' windows 1]"},
+          {R"("PlanPages":null)", "auto=-1 time=-1"},
+          {R"("PlanPages":[7,{"PlanViewItem":[null]}])", "auto=-1 time=-1 pages=[-1 '' windows 0][-1 '' windows 1]"},
+      },
+      told);
 }
 
 TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
-  const struct {
-    const char* text;
-    const char* fromList;
-    const char* fromDownload;
-  } rows[] = {
-      {"{}", "", ""},
-      {R"({"ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"Method":1})",
-       "idViewGroup=3 parent=2 name='n' sequence=-2 method=1", "idViewGroup=3 parent=2 name='n' sequence=-2 method=1"},
-      {R"({"UserID":8,"IsSharedView":-1})", "user=8 type=1", "user=8 type=1"},
-      {R"({"UserID":8,"IsSharedView":0})", "user=8 type=1", "user=8 type=1"},
-      {R"({"UserID":8,"IsSharedView":2})", "user=8 type=1", "user=8 type=1"},
-      {R"({"UserID":8,"IsSharedView":1})", "user=8 type=1", "user=8 type=2 shared=1"},
-      {R"({"IsSharedView":1})", "", "type=2 shared=1"},
+  const auto told = [](const std::string& members, DocumentOrigin origin) {
+    return Difference(ViewGroupInfo(), ReadGroupText("{" + members + "}", origin));
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Difference(ViewGroupInfo(), ReadGroupText(row.text, DocumentOrigin::ListReply)), row.fromList)
-        << row.text;
-    EXPECT_EQ(Difference(ViewGroupInfo(), ReadGroupText(row.text, DocumentOrigin::Download)), row.fromDownload)
-        << row.text;
-  }
+  ExpectRead({{"", ""},
+              {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"Method":1)",
+               "idViewGroup=3 parent=2 name='n' sequence=-2 method=1"},
+              {R"("UserID":8,"IsSharedView":-1)", "user=8 type=1"},
+              {R"("UserID":8,"IsSharedView":0)", "user=8 type=1"},
+              {R"("UserID":8,"IsSharedView":2)", "user=8 type=1"},
+              {R"("UserID":8,"IsSharedView":1)", "user=8 type=1", "user=8 type=2 shared=1"},
+              {R"("IsSharedView":1)", "", "type=2 shared=1"}},
+             told);
 }
 
 TEST(AWrittenView, ComesBackAsItWasButForTheKnownAsymmetries) {
