@@ -153,17 +153,6 @@ class RandomDocuments : public testing::TestWithParam<unsigned int> {
   std::mt19937 m_random{GetParam()};
 };
 
-TEST_P(RandomDocuments, AnswerAsAWalkFromTheRootDoes) {
-  for (int round = 0; round < 50 && !HasFailure(); ++round) {
-    Node root = Tree(5);
-    NetLink::CRapidJsonProto document;
-    ASSERT_TRUE(document.set_str(root.Json()));
-    Path path;
-    for (int read = 0; read < 200; ++read) ExpectSameReads(document, root, path = NextPath(path));
-    EXPECT_EQ(document.get_str(0), root.Json());
-  }
-}
-
 TEST_P(RandomDocuments, StayInStepWhileTheyAreWritten) {
   for (int round = 0; round < 25 && !HasFailure(); ++round) {
     Node root = round % 2 ? Tree(4) : Node{Node::kObject, 0, {}, {}};

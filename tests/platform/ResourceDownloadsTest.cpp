@@ -22,6 +22,10 @@ using namespace ResourceStore;
 using namespace testing_support;
 using Vant::Base::Error::ErrorCode;
 
+std::string Numbers(const ErrorCode& error) {
+  return std::to_string(error.GetMainError()) + "/" + std::to_string(error.GetSubError());
+}
+
 class ResourceDownloadsTest : public testing::Test {
  protected:
   ~ResourceDownloadsTest() override {
@@ -109,7 +113,7 @@ TEST_F(ElementsTest, AFailureKeepsWhatHadArrived) {
   });
   ErrorCode error;
   EXPECT_FALSE(Fetch({1}, {comm_method::ResourceTypeCamera, comm_method::ResourceTypeDoor}, error));
-  EXPECT_EQ(std::pair(error.GetMainError(), error.GetSubError()), std::pair(100, 4));
+  EXPECT_EQ(Numbers(error), "100/4");
   EXPECT_EQ(error.GetCasadingErrorInfo(), "from below");
   EXPECT_EQ(CElementManager::Instance().GetCameraElementName(1), "lone");
   m_server.reset();
@@ -125,14 +129,14 @@ class Listener : public IOrlUserObserver {
   void OnUserListNotify(CIOrlUserObserverParam& param) override {
     if (m_during) m_during();
     std::lock_guard<std::mutex> lock(m_mutex);
-    ErrorCode error = param.GetVal_stru_error_code();
-    m_ends.push_back({param.GetVal_enumState(), error.GetMainError(), error.GetSubError()});
+    m_ends.push_back("state " + std::to_string(param.GetVal_enumState()) + " " +
+                     Numbers(param.GetVal_stru_error_code()));
   }
   size_t Count() const {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_ends.size();
   }
-  std::vector<int> Last() const {
+  std::string Last() const {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_ends.back();
   }
@@ -140,7 +144,7 @@ class Listener : public IOrlUserObserver {
 
  private:
   mutable std::mutex m_mutex;
-  std::vector<std::vector<int>> m_ends;
+  std::vector<std::string> m_ends;
 };
 
 class UsersTest : public ResourceDownloadsTest {
@@ -176,18 +180,18 @@ TEST_F(UsersTest, EveryDownloadEndsWithANotification) {
     EXPECT_TRUE(Eventually([&] { return listener.Count() > before; }));
     return listener.Last();
   };
-  EXPECT_EQ(download(), (std::vector<int>{0, 0, 0}));
+  EXPECT_EQ(download(), "state 0 0/0");
   EXPECT_EQ(seen, "2b+3 1a-0 ") << "the users are in place by then";
   failing = true;
-  EXPECT_EQ(download(), (std::vector<int>{1, 100, 8}));
+  EXPECT_EQ(download(), "state 1 100/8");
   EXPECT_EQ(Names(), "2b+3 1a-0 ");
   m_server.reset();
-  EXPECT_EQ(download(), (std::vector<int>{1, 1, 7}));
+  EXPECT_EQ(download(), "state 1 1/7");
   Manager().SetDownload({std::make_shared<CUserInfo>(9, "fixed", true, 1)}, {});
-  EXPECT_EQ(download(), (std::vector<int>{0, 0, 0}));
+  EXPECT_EQ(download(), "state 0 0/0");
   EXPECT_EQ(Names(), "9fixed+1 ");
   Manager().SetDownload({}, ErrorCode(5, 6, 0, {}));
-  EXPECT_EQ(download(), (std::vector<int>{1, 5, 6}));
+  EXPECT_EQ(download(), "state 1 5/6");
 }
 
 TEST_F(UsersTest, ARequestDuringADownloadIsFollowedByANotificationOfItsOwn) {

@@ -87,35 +87,16 @@ TEST_F(TransportTest, SendsWhatTheRequestSays) {
 
 TEST_F(TransportTest, RefusesUrlsThatWouldChangeTheirMeaningOnTheWay) {
   Serve(AnswerOk);
-  const struct {
-    const char* method;
-    std::string url;
-    bool sent;
-  } cases[] = {
-      {"GET", "/a b", false},
-      {"GET", "/a\tb", false},
-      {"GET", "/a\r\nX: y", false},
-      {"GET", "/a\x7f", false},
-      {"GET", std::string("/a\0b", 4), false},
-      {"GET", "/a#b", false},
-      {"GET", "/a\\b", false},
-      {"GET", "/..", false},
-      {"GET", "/a/../b", false},
-      {"GET", "/a/..?x=1", false},
-      {"GET", "", false},
-      {"GET", "@127.0.0.1/", false},
-      {"POST", "/a?x=1", false},
-      {"DELETE", "/a?", false},
-      {"PATCH", "/a", false},
-      {"GET", "/a?x=/../y", true},
-      {"GET", "/a..b/...", true},
-      {"POST", "/%00%20", true},
-  };
-  for (const auto& c : cases) {
-    size_t before = m_server->Requests().size();
-    EXPECT_EQ(Send(c.method, c.url), c.sent ? "0/0 ok" : "failed 1/3 ") << c.method << " " << c.url;
-    EXPECT_EQ(m_server->Requests().size() - before, c.sent ? 1u : 0u) << c.url;
+  for (const char* url :
+       {"/a b", "/a\tb", "/a\r\nX: y", "/a\x7f", "/a#b", "/a\\b", "/..", "/a/../b", "/a/..?x=1", "", "@127.0.0.1/"}) {
+    EXPECT_EQ(Send("GET", url), "failed 1/3 ") << url;
   }
+  EXPECT_EQ(Send("GET", std::string("/a\0b", 4)), "failed 1/3 ");
+  EXPECT_EQ(Send("POST", "/a?x=1"), "failed 1/3 ");
+  EXPECT_EQ(Send("DELETE", "/a?"), "failed 1/3 ");
+  EXPECT_EQ(Send("PATCH", "/a"), "failed 1/3 ");
+  EXPECT_EQ(m_server->Requests().size(), 0u);
+  EXPECT_EQ(Send("GET", "/a?x=/../y") + Send("GET", "/a..b/...") + Send("POST", "/%00%20"), "0/0 ok0/0 ok0/0 ok");
 }
 
 TEST_F(TransportTest, TellsRepliesFromFailures) {
@@ -167,12 +148,9 @@ TEST_F(TransportTest, ServesManyThreadsAtOnce) {
   Serve([](const Request& request, Connection& connection) { connection.Reply(200, request.body); });
   std::atomic<int> right{0};
   std::vector<std::thread> threads;
-  for (int t = 0; t < 6; ++t) {
-    threads.emplace_back([t, &right] {
-      for (int i = 0; i < 30; ++i) {
-        std::string body = std::to_string(t) + "-" + std::to_string(i);
-        if (Send("POST", "/echo", body) == "0/0 " + body) ++right;
-      }
+  for (const std::string body : {"0", "1", "2", "3", "4", "5"}) {
+    threads.emplace_back([&right, body] {
+      for (int i = 0; i < 30; ++i) right += Send("POST", "/echo", body) == "0/0 " + body;
     });
   }
   for (std::thread& thread : threads) thread.join();

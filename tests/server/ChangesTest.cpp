@@ -12,22 +12,18 @@
 namespace server::test {
 namespace {
 
-class ChangesTest : public ServerTest {
- protected:
-  static std::string Id(int32_t id) { return std::to_string(id); }
-  static std::string At(const char* what, int32_t id) { return std::string("V0/") + what + "/" + Id(id); }
-};
+// Numbers are given from 1, to views and groups each.
+class ChangesTest : public ServerTest {};
 
 TEST_F(ChangesTest, TheSessionThatEditsHearsItsOwnAndTheOthersHearAChange) {
   EventStream own = ann.Listen();
   EventStream annElsewhere = LogIn("ann").Listen();
   EventStream other = bob.Listen();
-  const int32_t group = ann.AddGroup("G", -1, kPublic);
-  const int32_t view = ann.AddView("V", group, kPublic, R"(,"PlanPages":[])");
-  ann.Put(At("Views", view), ViewBody("W", -1, kPublic));
-  ann.Put(At("ViewGroups", group), GroupBody("H", -1, -1));
-  ann.Delete(At("Views", view));
-  ann.Delete(At("ViewGroups", group));
+  ann.AddView("V", ann.AddGroup("G", -1, kPublic), kPublic, R"(,"PlanPages":[])");
+  ann.Put("V0/Views/1", ViewBody("W", -1, kPublic));
+  ann.Put("V0/ViewGroups/1", GroupBody("H", -1, -1));
+  ann.Delete("V0/Views/1");
+  ann.Delete("V0/ViewGroups/1");
 
   EXPECT_EQ(own.NextBriefs(6),
             "OwnViewGroups 1 method 0; OwnViews 1 method 0; OwnViews 1 method 1; OwnViewGroups 1 method 1; "
@@ -41,7 +37,7 @@ TEST_F(ChangesTest, TheSessionThatEditsHearsItsOwnAndTheOthersHearAChange) {
 
 TEST_F(ChangesTest, AnEventIsAWholeListReplyOnOneLine) {
   EventStream stream = bob.Listen(0);
-  const int32_t view = ann.AddView("A \\\"line\\\"", -1, kPublic, R"(,"PlanPages":[{"SpliteType":9}],"Kept":"x\ny")");
+  ann.AddView("A \\\"line\\\"", -1, kPublic, R"(,"PlanPages":[{"SpliteType":9}],"Kept":"x\ny")");
   const Event event = stream.Next();
   const Answer list = bob.Get("V0/Views");
   std::string expected = list.body;
@@ -50,7 +46,7 @@ TEST_F(ChangesTest, AnEventIsAWholeListReplyOnOneLine) {
   EXPECT_EQ(event.number, 1);
   EXPECT_EQ(list.headers.at("resource-sequence"), "1");
 
-  ann.Delete(At("Views", view));
+  ann.Delete("V0/Views/1");
   EXPECT_EQ(stream.Next().text,
             R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{"ViewList":{"View":[)"
             R"({"ID":1,"Method":2}]}}}})");
@@ -58,33 +54,30 @@ TEST_F(ChangesTest, AnEventIsAWholeListReplyOnOneLine) {
 
 TEST_F(ChangesTest, AStrangersPrivateThingsAreNotHeardOf) {
   EventStream stream = bob.Listen();
-  const int32_t group = ann.AddGroup("G", -1, kAnn);
-  const int32_t view = ann.AddView("V", group, kAnn);
-  ann.Put("V0/Views/Move", MoveBody(1, -1, Id(view)));
-  ann.Delete(At("Views", view));
-  ann.Delete(At("ViewGroups", group));
-  const int32_t marker = ann.AddGroup("marker", -1, kPublic);
+  ann.AddView("V", ann.AddGroup("G", -1, kAnn), kAnn);
+  ann.Put("V0/Views/Move", MoveBody(1, -1, "1"));
+  ann.Delete("V0/Views/1");
+  ann.Delete("V0/ViewGroups/1");
+  ann.AddGroup("marker", -1, kPublic);
   const Event event = stream.Next();
-  EXPECT_EQ(event.Brief(), "ViewGroups " + Id(marker) + " method 0");
+  EXPECT_EQ(event.Brief(), "ViewGroups 2 method 0");
   EXPECT_EQ(event.number, ann.Sequence());
 }
 
 TEST_F(ChangesTest, ASharedViewAppearsChangesAndDisappearsForThoseWhoHaveIt) {
   const int32_t group = ann.AddGroup("G", -1, kAnn);
-  const int32_t view = ann.AddView("V", group, kAnn);
+  ann.AddView("V", group, kAnn);
   EventStream owner = ann.Listen();
   EventStream sharer = bob.Listen();
-  const std::string share = "V1/View/" + Id(view) + "/Share";
-
-  ann.Post(share, ShareBody("2"));
+  ann.Post("V1/View/1/Share", ShareBody("2"));
   const Event appeared = sharer.Next();
   EXPECT_EQ(appeared.Brief(), "Views 1 method 0");
   EXPECT_NE(appeared.text.find(R"("ViewGroupID":-1,"UserID":1,)"), std::string::npos) << appeared.text;
   EXPECT_NE(appeared.text.find(R"("SharedUserID":1,"SharedUserName":"ann","Method":0})"), std::string::npos);
 
-  ann.Post(share, ShareBody("2,3"));  // nothing new for bob, nor for ann
-  ann.Put(At("Views", view), ViewBody("W", group, kAnn));
-  ann.Delete(At("ViewGroups", group));
+  ann.Post("V1/View/1/Share", ShareBody("2,3"));  // nothing new for bob, nor for ann
+  ann.Put("V0/Views/1", ViewBody("W", group, kAnn));
+  ann.Delete("V0/ViewGroups/1");
   EXPECT_EQ(sharer.NextBriefs(2), "Views 1 method 1; Views 1 method 2");
   EXPECT_EQ(owner.NextBriefs(3), "OwnViews 1 method 1; Views 1 method 2; OwnViewGroups 1 method 2");
 }
@@ -93,45 +86,38 @@ TEST_F(ChangesTest, AGroupGoesAfterItsContentDeepestFirst) {
   const int32_t top = ann.AddGroup("top", -1, kPublic);
   const int32_t left = ann.AddGroup("left", top, kPublic);
   const int32_t deep = ann.AddGroup("deep", left, kPublic);
-  const int32_t viewOfTop = ann.AddView("t", top, kPublic);
-  const int32_t viewOfDeep = ann.AddView("d", deep, kPublic);
-  const int32_t viewOfLeft = ann.AddView("l", left, kPublic);
+  for (int32_t group : {top, deep, left}) ann.AddView("V", group, kPublic);
   EventStream own = ann.Listen();
   EventStream other = bob.Listen();
-  ann.Delete(At("ViewGroups", top));
-
-  const std::string members = "Views " + Id(viewOfDeep) + " method 2; Views " + Id(viewOfLeft) + " method 2; Views " +
-                              Id(viewOfTop) + " method 2; ViewGroups " + Id(deep) + " method 2; ViewGroups " +
-                              Id(left) + " method 2; ";
-  EXPECT_EQ(other.NextBriefs(6), members + "ViewGroups " + Id(top) + " method 2");
-  EXPECT_EQ(own.NextBriefs(6), members + "OwnViewGroups " + Id(top) + " method 2")
-      << "what follows from an edit is everybody's";
+  ann.Delete("V0/ViewGroups/1");
+  const std::string members =
+      "Views 2 method 2; Views 3 method 2; Views 1 method 2; ViewGroups 3 method 2; ViewGroups 2 method 2; ";
+  EXPECT_EQ(other.NextBriefs(6), members + "ViewGroups 1 method 2");
+  EXPECT_EQ(own.NextBriefs(6), members + "OwnViewGroups 1 method 2") << "what follows from an edit is everybody's";
 }
 
 TEST_F(ChangesTest, EverythingMovedIsOnesOwn) {
   const int32_t group = ann.AddGroup("G", -1, kPublic);
-  const int32_t first = ann.AddView("1", -1, kPublic);
-  const int32_t second = ann.AddView("2", -1, kPublic);
+  for (const char* name : {"1", "2"}) ann.AddView(name, -1, kPublic);
   EventStream own = ann.Listen();
-  ann.Put("V0/Views/Move", MoveBody(1, group, Id(second) + "," + Id(first)));
-  EXPECT_EQ(own.NextBriefs(2), "OwnViews " + Id(second) + " method 1; OwnViews " + Id(first) + " method 1");
+  ann.Put("V0/Views/Move", MoveBody(1, group, "2,1"));
+  EXPECT_EQ(own.NextBriefs(2), "OwnViews 2 method 1; OwnViews 1 method 1");
 }
 
 TEST_F(ChangesTest, AListenerWhoWasAwayHearsTheSameAsOneWhoStayed) {
   EventStream stayed = bob.Listen(0);
   const int32_t group = ann.AddGroup("G", -1, kAnn);
-  const int32_t view = ann.AddView("V", group, kAnn);
-  ann.Post("V1/View/" + Id(view) + "/Share", ShareBody("2"));
+  ann.AddView("V", group, kAnn);
+  ann.Post("V1/View/1/Share", ShareBody("2"));
   for (int i = 0; i < 600; ++i) {  // more than is read at once
-    ann.Put(At("Views", view), ViewBody("W" + std::to_string(i), group, kAnn));
+    ann.Put("V0/Views/1", ViewBody("W" + std::to_string(i), group, kAnn));
     if (i % 50 == 0) bob.AddGroup("bob's " + std::to_string(i), -1, kBob);
   }
-  ann.Delete(At("Views", view));
+  ann.Delete("V0/Views/1");
 
   EventStream returned = bob.Listen(0);
   EventStream owner = ann.Listen(0);
-  const Client bobAgain = LogIn("bob");
-  EventStream otherSession = bobAgain.Listen(0);
+  EventStream otherSession = LogIn("bob").Listen(0);
   for (int i = 0; i < 614; ++i) {
     const Event a = stayed.Next();
     const Event b = returned.Next();
@@ -146,9 +132,7 @@ TEST_F(ChangesTest, AListenerWhoWasAwayHearsTheSameAsOneWhoStayed) {
   }
   EXPECT_EQ(owner.NextBriefs(3), "OwnViewGroups 1 method 0; OwnViews 1 method 0; OwnViews 1 method 1");
 
-  const int64_t last = bob.Sequence();
-  EventStream half = bob.Listen(last - 1);
-  EXPECT_EQ(half.Next().Brief(), "Views 1 method 2");
+  EXPECT_EQ(bob.Listen(bob.Sequence() - 1).Next().Brief(), "Views 1 method 2");
 }
 
 TEST_F(ChangesTest, OnlyTheKeptChangesCanBeAskedFor) {
@@ -194,7 +178,7 @@ TEST_F(ChangesTest, ListenersFollowEditorsThatRace) {
       std::vector<int32_t> mine;
       for (int i = 0; i < kEdits; ++i) {
         if (i % 4 == 3) {
-          client.Delete(At("Views", mine.back()));
+          client.Delete("V0/Views/" + std::to_string(mine.back()));
           mine.pop_back();
         } else {
           mine.push_back(client.AddView("V", -1, kPublic));
@@ -214,7 +198,7 @@ TEST_F(ChangesTest, ListenersFollowEditorsThatRace) {
       ASSERT_EQ(event.Element()["Method"].GetInt() == 2 ? known.erase(id) : known.insert(id).second, 1u);
     }
     std::string ids;
-    for (int32_t id : known) ids += (ids.empty() ? "" : ",") + Id(id);
+    for (int32_t id : known) ids += (ids.empty() ? "" : ",") + std::to_string(id);
     EXPECT_EQ(ids, list);
   }
 }
@@ -222,8 +206,8 @@ TEST_F(ChangesTest, ListenersFollowEditorsThatRace) {
 TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
   EventStream late = bob.Listen();
   const std::string pages = R"(,"PlanPages":[],"Ballast":")" + std::string(200000, 'x') + "\"";
-  const int32_t view = ann.AddView("V", -1, kPublic, pages);
-  for (int i = 0; i < 120; ++i) ann.Put(At("Views", view), ViewBody("V", -1, kPublic, pages));
+  ann.AddView("V", -1, kPublic, pages);
+  for (int i = 0; i < 120; ++i) ann.Put("V0/Views/1", ViewBody("V", -1, kPublic, pages));
   for (int64_t i = 1; i <= 121; ++i) ASSERT_EQ(late.Next().number, i);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fault plans: which are refused, what each fault does to an exchange or a change stream, and that it can be repeated.
+// Fault plans: which are refused, what they do to answers and change streams, and that it can be repeated. What the
+// faults of whole exchanges come to is seen by the clients of ClientFaultsTest.
 #include <chrono>
 #include <string>
 
@@ -62,36 +63,6 @@ TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
   options.dataFile = ":memory:";
   options.faultsFile = (m_folder / "nowhere.json").string();
   EXPECT_THROW(ViewServer refused(options), std::runtime_error);
-}
-
-TEST_F(FaultsTest, EachFaultDoesToAnExchangeWhatItSays) {
-  const struct {
-    std::string fault;
-    bool takesEffect;
-    std::string outcome;  // "?": no envelope that can be read
-  } cases[] = {
-      {R"("Fault":"Delay","Milliseconds":300)", true, "0/0 200"},
-      {R"("Fault":"DropBefore")", false, "? 0"},
-      {R"("Fault":"DropAfter")", true, "? 0"},
-      {R"("Fault":"EmptyBody")", true, "? 200"},
-      {R"("Fault":"MissingErrorCode")", true, "? 200"},
-      {R"("Fault":"ColleagueEdit","Colleague":{"User":"bob","Method":"DELETE","Path":"V0/Views/#"})", false,
-       "100/1 404"},
-      {R"("Fault":"ColleagueEdit","Colleague":{"User":"nobody","Method":"DELETE","Path":"V0/Views/#"})", true,
-       "0/0 200"},
-      {R"("Fault":"DropBefore","Skip":1)", true, "0/0 200"},
-      {R"("Fault":"DropBefore","Chance":0)", true, "0/0 200"},
-  };
-  for (const auto& c : cases) {
-    RestartWithRule(R"({"Method":"PUT","Path":"V0/Views/#",)" + c.fault + "}");
-    const int32_t view = ann.AddView("before", -1, kPublic);
-    const auto began = Clock::now();
-    const Answer answer = ann.Put("V0/Views/" + std::to_string(view), ViewBody("after", -1, kPublic));
-    const bool wasLate = Clock::now() - began > std::chrono::milliseconds(250);
-    EXPECT_EQ(answer.Outcome(), c.outcome) << c.fault;
-    EXPECT_EQ(ann.Show("View", view, {"Name"}) == "after", c.takesEffect) << c.fault;
-    EXPECT_EQ(wasLate, c.fault.find("Delay") != std::string::npos) << c.fault;
-  }
 }
 
 TEST_F(FaultsTest, AnswersAreCutAndTheirValuesChangedAnywhere) {

@@ -3,6 +3,7 @@
 #include <SQLiteCpp/Database.h>
 
 #include <string>
+#include <vector>
 
 #include "TestClient.h"
 #include "server/Accounts.h"
@@ -114,24 +115,22 @@ TEST_F(StoreTest, ASeedThatChangedIsAppliedByIdAndTellsThoseConcerned) {
 
 TEST_F(StoreTest, ASeedThatDoesNotFitIsRefusedWholeWithOneLine) {
   ann.AddGroup("kept", -1, kAnn);
-  const char* const cases[] = {
+  std::vector<std::string> seeds = {
       "",
       "[]",
       R"({"Views":{}})",
       R"({"Views":[5]})",
-      R"({"Views":[{"Name":"no id"}]})",
-      R"({"Views":[{"ID":0}]})",
-      R"({"Views":[{"ID":1,"Name":"a"},{"ID":1,"Name":"b"}]})",
-      R"({"Views":[{"ID":1,"Name":""}]})",
-      R"({"Views":[{"ID":1,"Name":"a","UserID":99}]})",
-      R"({"Views":[{"ID":1,"Name":"a","ViewGroupID":99}]})",
-      R"({"Views":[{"ID":1,"Name":"a","UserID":-1,"SharedWith":[2]}]})",
-      R"({"Views":[{"ID":1,"Name":"a","UserID":1,"SharedWith":[1]}]})",
-      R"({"Views":[{"ID":1,"Name":"a","UserID":2,"ViewGroupID":1}]})",
-      R"({"ViewGroups":[{"ID":3,"Name":"a","ParentViewGroupID":4},{"ID":4,"Name":"b","ParentViewGroupID":3}]})",
       R"({"Users":[{"ID":9,"Name":"ann","Password":"x"}]})",
-      R"({"Users":[{"ID":9,"Name":"new","Password":""}]})"};
-  for (const char* seed : cases) {
+      R"({"Users":[{"ID":9,"Name":"new","Password":""}]})",
+      R"({"ViewGroups":[{"ID":3,"Name":"a","ParentViewGroupID":4},{"ID":4,"Name":"b","ParentViewGroupID":3}]})"};
+  for (const char* view :
+       {R"("Name":"no id")", R"("ID":0)", R"("ID":1,"Name":"a"},{"ID":1,"Name":"b")", R"("ID":1,"Name":"")",
+        R"("ID":1,"Name":"a","UserID":99)", R"("ID":1,"Name":"a","ViewGroupID":99)",
+        R"("ID":1,"Name":"a","UserID":-1,"SharedWith":[2])", R"("ID":1,"Name":"a","UserID":1,"SharedWith":[1])",
+        R"("ID":1,"Name":"a","UserID":2,"ViewGroupID":1)"}) {
+    seeds.push_back(R"({"Views":[{)" + std::string(view) + "}]}");
+  }
+  for (const std::string& seed : seeds) {
     const std::string why = WhySeedFails(seed);
     EXPECT_NE(why, "") << seed;
     EXPECT_EQ(why.find('\n'), std::string::npos) << why;
