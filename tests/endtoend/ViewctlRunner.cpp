@@ -81,6 +81,10 @@ Running::Running(const QStringList& arguments, const std::string& password) {
 }
 
 Running::~Running() {
+  Kill();
+}
+
+void Running::Kill() {
   m_process.kill();
   m_process.waitForFinished(kLimit);
 }

@@ -55,6 +55,7 @@ class Running {
   std::string NextErrorLine(int milliseconds = 15000);
   // Ends the input and waits for the exit status.
   int Finish();
+  void Kill();
   // Asks the process to terminate and waits for the exit status.
   int Terminate();
 

@@ -62,14 +62,6 @@ TEST(PortableFileTest, GroupsStayWithTheWindowsThatUseThem) {
   EXPECT_EQ(TextOf(ListOf(ObjectOf(WindowOf(map), "FishEye"), "FisheyeWndParam")[0], "Zoom"), "1.5");
 }
 
-TEST(PortableFileTest, KeepingPagesTwiceChangesNothing) {
-  const std::string once = KeepPages(
-      Json(R"([{"customWindowDivision":"1+2","PlanItems":[{"ResourceType":1001,"Xtop":"0.5"},{"ResourceType":7001}]},
-      {"windowDivision":9,"PlanItems":[]}])"),
-      "View");
-  EXPECT_EQ(KeepPages(Json(once), "View"), once);
-}
-
 TEST(PortableFileTest, TheSameContentGivesTheSameBytesAndIsReadBack) {
   PortableFile file;
   file.folders = {{kPublic, {"b"}}, {kPublic, {"a", "c"}}, {kPublic, {"a"}}, {kPublic, {"a"}}};

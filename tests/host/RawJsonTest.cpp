@@ -9,13 +9,8 @@
 namespace host {
 namespace {
 
-struct Stripping {
-  const char* text;
-  const char* stripped;
-};
-
 TEST(RawJsonTest, OnlyBlanksBetweenTokensGoAway) {
-  const Stripping cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"{ \"a\" : 1 }", R"({"a":1})"},
       {"\t[ 1 ,\r\n 2 ]\n", "[1,2]"},
       {R"({"b":1, "a":2, "b":3})", R"({"b":1,"a":2,"b":3})"},
@@ -27,9 +22,9 @@ TEST(RawJsonTest, OnlyBlanksBetweenTokensGoAway) {
       {" null ", "null"},
       {"{ }", "{}"},
   };
-  for (const Stripping& c : cases) {
-    ASSERT_TRUE(IsJson(c.text)) << c.text;
-    EXPECT_EQ(WithoutBlanks(c.text), c.stripped) << c.text;
+  for (const auto& [text, stripped] : cases) {
+    ASSERT_TRUE(IsJson(text)) << text;
+    EXPECT_EQ(WithoutBlanks(text), stripped) << text;
   }
 }
 

@@ -13,26 +13,23 @@
 namespace host {
 namespace {
 
-struct Row {
-  std::string text;
-  std::string expected;
-};
+using Rows = std::vector<std::pair<std::string, std::string>>;
 
 TEST(ReadableTextTest, ALogLineStaysOneLine) {
-  const Row rows[] = {
+  const Rows rows = {
       {"[F]plain", "3 M [F]plain"}, {"a\nb\r\nc\rd", "3 M a\\nb\\nc\\rd"}, {"C:\\n\n", "3 M C:\\\\n\\n"}, {"", "3 M "}};
-  for (const Row& row : rows) EXPECT_EQ(LogLine(3, "M", row.text), row.expected) << row.text;
+  for (const auto& [text, expected] : rows) EXPECT_EQ(LogLine(3, "M", text), expected) << text;
 }
 
 TEST(ReadableTextTest, NamesCannotSteerATerminal) {
-  const Row rows[] = {{"Gate 1, Überführung きっぷ 🚲", "Gate 1, Überführung きっぷ 🚲"},
-                      {"a\x1b[2Jb", "a\\u001b[2Jb"},
-                      {"a\nb\tc\x7f", "a\\u000ab\\u0009c\\u007f"},
-                      {"csi \xC2\x9b", "csi \\u009b"},
-                      {"turned \xE2\x80\xAE txt", "turned \\u202e txt"},
-                      {"line \xE2\x80\xA8", "line \\u2028"},
-                      {"broken \xff", "broken \xEF\xBF\xBD"}};
-  for (const Row& row : rows) EXPECT_EQ(Printable(row.text), row.expected) << row.expected;
+  const Rows rows = {{"Gate 1, Überführung きっぷ 🚲", "Gate 1, Überführung きっぷ 🚲"},
+                     {"a\x1b[2Jb", "a\\u001b[2Jb"},
+                     {"a\nb\tc\x7f", "a\\u000ab\\u0009c\\u007f"},
+                     {"csi \xC2\x9b", "csi \\u009b"},
+                     {"turned \xE2\x80\xAE txt", "turned \\u202e txt"},
+                     {"line \xE2\x80\xA8", "line \\u2028"},
+                     {"broken \xff", "broken \xEF\xBF\xBD"}};
+  for (const auto& [text, expected] : rows) EXPECT_EQ(Printable(text), expected) << expected;
 }
 
 TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {

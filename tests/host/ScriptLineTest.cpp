@@ -23,13 +23,10 @@ std::string Parsed(const std::string& text) {
   return std::visit(Describe(), ParseScriptLine(text));
 }
 
-struct Row {
-  const char* text;
-  const char* parsed;
-};
+using Rows = std::vector<std::pair<const char*, const char*>>;
 
 TEST(ScriptLineTest, CallsKeepTheirRequestAsItWasWritten) {
-  const Row rows[] = {
+  const Rows rows = {
       {R"({"call":"F"})", "call|F||"},
       {R"({"call":"F","request":"{ \"ID\" : \"5\" }"})", R"(call|F|{ "ID" : "5" }|)"},
       {R"({"request":{ "b": 1.0, "a":[ ], "b" :2},"call":"F"})", R"(call|F|{"b":1.0,"a":[],"b":2}|)"},
@@ -39,11 +36,11 @@ TEST(ScriptLineTest, CallsKeepTheirRequestAsItWasWritten) {
       {R"({"call":"F","call":"G","request":1,"request":2})", "call|F|1|"},
       {R"( { "c\u0061ll" : "F" } )", "call|F||"},
   };
-  for (const Row& row : rows) EXPECT_EQ(Parsed(row.text), row.parsed) << row.text;
+  for (const auto& [text, parsed] : rows) EXPECT_EQ(Parsed(text), parsed) << text;
 }
 
 TEST(ScriptLineTest, OtherLines) {
-  const Row rows[] = {
+  const Rows rows = {
       {R"({"load":true})", "load"},
       {R"({"settle":0})", "settle|0"},
       {R"({"settle": 250 })", "settle|250"},
@@ -52,31 +49,17 @@ TEST(ScriptLineTest, OtherLines) {
       {R"({"unobserve":{ "ID" : "5" }})", R"(observe|{"ID":"5","IsRegister":false})"},
       {R"({"observe":{ }})", R"(observe|{"IsRegister":true})"},
   };
-  for (const Row& row : rows) EXPECT_EQ(Parsed(row.text), row.parsed) << row.text;
+  for (const auto& [text, parsed] : rows) EXPECT_EQ(Parsed(text), parsed) << text;
 }
 
 TEST(ScriptLineTest, AnythingElseIsWrong) {
-  const char* rows[] = {
-      "",
-      "hello",
-      "[]",
-      "{}",
-      R"("call")",
-      R"({"call":7})",
-      R"({"call":"F","reqest":{}})",
-      R"({"call":"F","response":{}})",
-      R"({"call":"F","load":true})",
-      R"({"load":false})",
-      R"({"load":1})",
-      R"({"load":true,"settle":1})",
-      R"({"settle":-1})",
-      R"({"settle":1.5})",
-      R"({"settle":99999999999})",
-      R"({"observe":"5"})",
-      R"({"observe":{"ID":"5","IsRegister":false}})",
-      R"({"call":"F"} {"call":"G"})",
-  };
-  for (const char* text : rows) EXPECT_EQ(Parsed(text), "wrong") << text;
+  for (const char* text :
+       {"", "hello", "[]", "{}", R"("call")", R"({"call":7})", R"({"call":"F","reqest":{}})",
+        R"({"call":"F","response":{}})", R"({"call":"F","load":true})", R"({"load":false})", R"({"load":1})",
+        R"({"load":true,"settle":1})", R"({"settle":-1})", R"({"settle":1.5})", R"({"settle":99999999999})",
+        R"({"observe":"5"})", R"({"observe":{"ID":"5","IsRegister":false}})", R"({"call":"F"} {"call":"G"})"}) {
+    EXPECT_EQ(Parsed(text), "wrong") << text;
+  }
 }
 
 }  // namespace

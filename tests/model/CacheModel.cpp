@@ -92,18 +92,23 @@ std::vector<Id> CacheModel::GroupIds() const {
   return ids;
 }
 
-std::vector<Id> CacheModel::ViewIds() const {
-  std::vector<Id> ids;
-  for (const auto& [id, view] : m_views) ids.push_back(id);
-  return ids;
+std::vector<GroupRecord> CacheModel::Groups() const {
+  std::vector<GroupRecord> groups;
+  for (const auto& [id, group] : m_groups) groups.push_back(group.record);
+  return groups;
 }
 
-std::vector<std::tuple<std::string, Id>> CacheModel::ChildGroups(Id parent, int type) const {
-  std::vector<std::tuple<std::string, Id>> result;
-  for (const auto& [id, group] : m_groups) {
-    if (group.record.parent == parent && TypeOf(group.record.owner) == type) {
-      result.emplace_back(group.record.name, id);
-    }
+std::vector<ViewRecord> CacheModel::Views() const {
+  std::vector<ViewRecord> views;
+  for (const auto& [id, view] : m_views) views.push_back(*view);
+  return views;
+}
+
+std::vector<CacheModel::Listed> CacheModel::ChildGroups(Id parent, int type) const {
+  std::vector<Listed> result;
+  for (const GroupRecord& group : Groups()) {
+    if (group.parent != parent || TypeOf(group.owner) != type) continue;
+    result.emplace_back(group.name, group.id, group.parent, type);
   }
   std::sort(result.begin(), result.end());
   return result;

@@ -63,15 +63,14 @@ class CacheModel {
   void ViewModified(const ViewRecord& view);
   void ViewRemoved(Id id) { OwnViewRemoved(id); }  // names the id alone, so that no group gains an appearance
 
-  using Listed = std::tuple<std::string, Id, Id, int>;  // name, id, group, type
+  using Listed = std::tuple<std::string, Id, Id, int>;  // name, id, upper group, type
 
   std::vector<Id> GroupIds() const;
-  std::vector<Id> ViewIds() const;
-  const ViewRecord& View(Id id) const { return *m_views.at(id); }
-  const GroupRecord& Group(Id id) const { return m_groups.at(id).record; }
+  std::vector<GroupRecord> Groups() const;
+  std::vector<ViewRecord> Views() const;
   bool HasView(Id id) const { return m_views.count(id) > 0; }
   // Sorted.
-  std::vector<std::tuple<std::string, Id>> ChildGroups(Id parent, int type) const;
+  std::vector<Listed> ChildGroups(Id parent, int type) const;
   std::vector<Listed> Members(Id group) const;
   std::vector<Listed> WithoutGroup(int type) const;
 

@@ -8,11 +8,14 @@
 #include <thread>
 #include <vector>
 
+#include "../endtoend/ScriptClient.h"
 #include "../server/TestClient.h"
-#include "ScriptClient.h"
 
 namespace server::test {
 namespace {
+
+using ::test::Notice;
+using ::test::ScriptClient;
 
 constexpr int kGroupType = 16001;
 const std::string kTop = "4294967295";

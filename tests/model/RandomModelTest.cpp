@@ -17,14 +17,19 @@
 #include <random>
 #include <thread>
 
+#include "../endtoend/ScriptClient.h"
 #include "../server/TestClient.h"
 #include "CacheModel.h"
-#include "ScriptClient.h"
 #include "ServerProcess.h"
 #include "StoreReader.h"
+#include "host/JsonText.h"
 
 namespace {
 
+using host::ListOf;
+using host::NumberOf;
+using host::TextOf;
+using test::ScriptClient;
 using Clock = std::chrono::steady_clock;
 
 constexpr int kGroupType = 16001;
@@ -66,24 +71,23 @@ uint32_t Seed() {
   return fixed ? static_cast<uint32_t>(std::strtoul(fixed, nullptr, 10)) : std::random_device()();
 }
 
-std::string Text(const rapidjson::Value& object, const char* key) {
-  const auto member = object.FindMember(key);
-  return member != object.MemberEnd() && member->value.IsString() ? member->value.GetString() : "<none>";
-}
-
-int Number(const rapidjson::Value& object, const char* key) {
-  const auto member = object.FindMember(key);
-  return member != object.MemberEnd() && member->value.IsInt() ? member->value.GetInt() : -99;
-}
-
-const rapidjson::Value& List(const rapidjson::Value& object, const char* key) {
-  static const rapidjson::Value kEmpty(rapidjson::kArrayType);
-  const auto member = object.FindMember(key);
-  return member != object.MemberEnd() && member->value.IsArray() ? member->value : kEmpty;
+// As a JSON text.
+std::string Quoted(const std::string& text) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  host::WriteText(writer, text);
+  return buffer.GetString();
 }
 
 std::string Str(Id id) {
   return std::to_string(id);
+}
+
+template <class Record>
+std::vector<Record> Values(const std::map<Id, Record>& records) {
+  std::vector<Record> values;
+  for (const auto& [id, record] : records) values.push_back(record);
+  return values;
 }
 
 std::string Pages(size_t windows) {
@@ -173,26 +177,22 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
   }
 
   std::optional<ViewRecord> PickView(const Player& player, size_t actor) {
-    std::vector<ViewRecord> mine;
-    for (const Id id : player.model.ViewIds()) {
-      if (IsMine(id, actor)) mine.push_back(player.model.View(id));
-    }
+    std::vector<ViewRecord> mine = player.model.Views();
+    std::erase_if(mine, [&](const ViewRecord& view) { return !IsMine(view.id, actor); });
     return PickFrom(mine);
   }
 
   std::optional<GroupRecord> PickGroup(const Player& player, size_t actor) {
-    std::vector<GroupRecord> mine;
-    for (const Id id : player.model.GroupIds()) {
-      if (id != kMarker && IsMine(id, actor)) mine.push_back(player.model.Group(id));
-    }
+    std::vector<GroupRecord> mine = player.model.Groups();
+    std::erase_if(mine, [&](const GroupRecord& group) { return group.id == kMarker || !IsMine(group.id, actor); });
     return PickFrom(mine);
   }
 
   // A folder for content of that owner, or none.
-  Id PickFolder(const CacheModel& model, Id owner) {
+  Id PickFolder(const std::vector<GroupRecord>& groups, Id owner) {
     std::vector<Id> fitting(1, kNone);
-    for (const Id id : model.GroupIds()) {
-      if (id != kMarker && model.Group(id).owner == owner) fitting.push_back(id);
+    for (const GroupRecord& group : groups) {
+      if (group.id != kMarker && group.owner == owner) fitting.push_back(group.id);
     }
     return *PickFrom(fitting);
   }
@@ -200,13 +200,13 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
   Edit AddGroup(Player& player) {
     GroupRecord group;
     group.owner = Chance(600) ? kPublic : player.user;
-    group.parent = PickFolder(player.model, group.owner);
+    group.parent = PickFolder(player.model.Groups(), group.owner);
     group.name = NewName();
     return {"AddPlanGroup",
             R"({"Name":)" + Quoted(group.name) + R"(,"ParentID":")" + Str(group.parent) + R"(","Type":)" +
                 (group.owner == kPublic ? "0" : "1") + "}",
             [&player, group](const ScriptClient::Answer& answer) mutable {
-              group.id = std::stoll(Text(answer.response, "ID"));
+              group.id = std::stoll(TextOf(answer.response, "ID"));
               player.model.OwnGroupAdded(group);
             }};
   }
@@ -232,12 +232,12 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
   Edit AddView(Player& player) {
     ViewRecord view;
     view.owner = Chance(600) ? kPublic : player.user;
-    view.group = PickFolder(player.model, view.owner);
+    view.group = PickFolder(player.model.Groups(), view.owner);
     view.name = NewName();
     view.cycleTime = static_cast<int>(Below(100));
     view.windows = 1 + Below(4);
     return {"AddPlan", PlanRequest(view, ""), [&player, view](const ScriptClient::Answer& answer) mutable {
-              view.id = std::stoll(Text(answer.response, "ID"));
+              view.id = std::stoll(TextOf(answer.response, "ID"));
               player.model.OwnViewAdded(view);
             }};
   }
@@ -246,7 +246,7 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     auto view = PickView(player, actor);
     if (!view) return std::nullopt;
     if (Chance(700)) view->name = NewName();
-    if (Chance(400)) view->group = PickFolder(player.model, view->owner);
+    if (Chance(400)) view->group = PickFolder(player.model.Groups(), view->owner);
     view->cycleTime = static_cast<int>(Below(100));
     view->windows = 1 + Below(4);
     Edit edit{"UpdatePlan", PlanRequest(*view, R"("ID":")" + Str(view->id) + R"(",)"),
@@ -330,14 +330,6 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     return ids;
   }
 
-  Id PickPublicFolder() {
-    std::vector<Id> folders(1, kNone);
-    for (const auto& [id, group] : m_truth.groups) {
-      if (id != kMarker && group.owner == kPublic) folders.push_back(id);
-    }
-    return *PickFrom(folders);
-  }
-
   struct AdminEdit {
     std::string method, path, body;
     size_t most = 1;  // changes; all of them or none
@@ -345,7 +337,7 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
 
   AdminEdit ChooseAdminEdit(size_t actor) {
     using namespace server::test;
-    const auto folder = static_cast<int32_t>(PickPublicFolder());
+    const auto folder = static_cast<int32_t>(PickFolder(Values(m_truth.groups), kPublic));
     size_t count = 0;
     const size_t dice = Below(100);
     if (dice < 30) {
@@ -362,12 +354,10 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
       return {"DELETE", "V0/Views/" + mine.substr(0, mine.find(',')), ""};
     }
     // A view of its own, given to a client.
-    std::vector<Id> own;
-    for (const auto& [id, view] : m_truth.views) {
-      if (view.owner == kAdmin) own.push_back(id);
-    }
+    std::vector<ViewRecord> own = Values(m_truth.views);
+    std::erase_if(own, [](const ViewRecord& view) { return view.owner != kAdmin; });
     if (own.size() < 5 || dice < 80) return {"POST", "V0/Views", ViewBody(PlainName(), -1, kAdmin, kPages)};
-    const std::string id = Str(*PickFrom(own));
+    const std::string id = Str(PickFrom(own)->id);
     if (dice < 90) return {"POST", "V1/View/" + id + "/Share", ShareBody(Chance(500) ? "1" : "1,2")};
     if (dice < 95) return {"PUT", "V0/Views/" + id, ViewBody(PlainName(), -1, kAdmin, kPages)};
     return {"DELETE", "V0/Views/" + id, ""};
@@ -429,7 +419,7 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     }
     ScriptClient::Answer answer = player.script->Finish();
     // An add that is answered with nothing at all fails without a word.
-    if (edit.function.rfind("Add", 0) == 0 && Text(answer.response, "ID") == "-1") answer.result = false;
+    if (edit.function.rfind("Add", 0) == 0 && TextOf(answer.response, "ID") == "-1") answer.result = false;
     if (edit.refused) {
       EXPECT_FALSE(answer.result) << edit.function << edit.request;
     } else if (!GetParam()) {
@@ -462,10 +452,8 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
   }
 
   void LoadModel(Player& player) {
-    std::vector<GroupRecord> groups;
-    for (const auto& [id, group] : m_truth.groups) {
-      if (group.owner == kPublic || group.owner == player.user) groups.push_back(group);
-    }
+    std::vector<GroupRecord> groups = Values(m_truth.groups);
+    std::erase_if(groups, [&](const auto& group) { return group.owner != kPublic && group.owner != player.user; });
     std::vector<ViewRecord> views;
     for (const auto& [id, view] : m_truth.views) {
       const ViewRecord seen = SeenBy(player.user, view);
@@ -548,51 +536,46 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
 
   // --- comparison ----------------------------------------------------------------------------------------------------
 
-  void ExpectGroups(Player& player, Id parent, int type) {
-    const auto answer = player.script->Call(
-        "GetPlanGroups", R"({"ParentID":")" + Str(parent) + R"(","GroupType":)" + std::to_string(type) + "}");
-    std::vector<std::tuple<std::string, Id>> listed;
-    for (const auto& group : List(answer.response, "PlanGroups").GetArray()) {
-      listed.emplace_back(Text(group, "Name"), std::stoll(Text(group, "ID")));
-    }
-    std::sort(listed.begin(), listed.end());
-    EXPECT_EQ(listed, player.model.ChildGroups(parent, type)) << player.name << ", below " << parent;
-  }
+  static Id IdOf(const rapidjson::Value& entry, const char* key) { return std::stoll(TextOf(entry, key)); }
 
-  void ExpectPlans(Player& player, Id group, int type, const std::vector<CacheModel::Listed>& expected) {
-    const auto answer = player.script->Call(
-        "GetPlansInGroup", R"({"GroupID":")" + Str(group) + R"(","Type":)" + std::to_string(type) + "}");
+  // `answer` holds a list of groups or of plans, which differ in the spelling of their names.
+  static void ExpectListed(const ScriptClient::Answer& answer, const char* list, const char* name,
+                           const std::vector<CacheModel::Listed>& expected) {
     std::vector<CacheModel::Listed> listed;
-    for (const auto& plan : List(answer.response, "Plans").GetArray()) {
-      listed.emplace_back(Text(plan, "name"), std::stoll(Text(plan, "ID")), std::stoll(Text(plan, "ParentID")),
-                          Number(plan, "Type"));
+    for (const auto& entry : ListOf(answer.response, list).GetArray()) {
+      listed.emplace_back(TextOf(entry, name), IdOf(entry, "ID"), IdOf(entry, "ParentID"), NumberOf(entry, "Type"));
     }
     std::sort(listed.begin(), listed.end());
-    EXPECT_EQ(listed, expected) << player.name << ", group " << group;
+    EXPECT_EQ(listed, expected) << answer.text;
   }
 
-  void ExpectDetail(Player& player, Id id) {
-    const ViewRecord& view = player.model.View(id);
-    const auto answer = player.script->Call("GetPlanDetail", R"({"ID":")" + Str(id) + R"(","NeedResourceName":false})");
-    EXPECT_TRUE(answer.result) << player.name << ", view " << id;
-    EXPECT_EQ(Text(answer.response, "Name"), view.name) << player.name << ", view " << id;
-    EXPECT_EQ(Text(answer.response, "GroupID"), Str(view.group));
-    EXPECT_EQ(Number(answer.response, "RoundTime"), view.cycleTime);
-    const auto& pages = List(answer.response, "PlanPages");
-    ASSERT_EQ(pages.Size(), 1u);
-    EXPECT_EQ(List(pages[0], "PlanItems").Size(), view.windows);
+  void ExpectContent(Player& player, Id group, int type, const std::vector<CacheModel::Listed>& plans) {
+    const std::string kind = std::to_string(type);
+    ExpectListed(
+        player.script->Call("GetPlanGroups", R"({"ParentID":")" + Str(group) + R"(","GroupType":)" + kind + "}"),
+        "PlanGroups", "Name", player.model.ChildGroups(group, type));
+    ExpectListed(player.script->Call("GetPlansInGroup", R"({"GroupID":")" + Str(group) + R"(","Type":)" + kind + "}"),
+                 "Plans", "name", plans);
+  }
+
+  static void ExpectDetail(Player& player, const ViewRecord& view) {
+    const auto answer =
+        player.script->Call("GetPlanDetail", R"({"ID":")" + Str(view.id) + R"(","NeedResourceName":false})");
+    const auto& pages = ListOf(answer.response, "PlanPages");
+    ASSERT_EQ(pages.Size(), 1u) << answer.text;
+    EXPECT_EQ(std::tuple(TextOf(answer.response, "Name"), TextOf(answer.response, "GroupID"),
+                         NumberOf(answer.response, "RoundTime"), ListOf(pages[0], "PlanItems").Size()),
+              std::tuple(view.name, Str(view.group), view.cycleTime, view.windows))
+        << answer.text;
   }
 
   void ExpectCacheAsPredicted(Player& player) {
-    for (int type : {0, 1, 2}) {
-      ExpectGroups(player, kNone, type);
-      ExpectPlans(player, kNone, type, player.model.WithoutGroup(type));
-    }
+    SCOPED_TRACE(player.name);
+    for (int type : {0, 1, 2}) ExpectContent(player, kNone, type, player.model.WithoutGroup(type));
     for (const Id group : player.model.GroupIds()) {
-      for (int type : {0, 1}) ExpectGroups(player, group, type);
-      ExpectPlans(player, group, 0, player.model.Members(group));
+      for (int type : {0, 1}) ExpectContent(player, group, type, player.model.Members(group));
     }
-    for (const Id view : player.model.ViewIds()) ExpectDetail(player, view);
+    for (const ViewRecord& view : player.model.Views()) ExpectDetail(player, view);
     const Id absent = static_cast<Id>(1 + Below(static_cast<size_t>(m_names) + 1));
     EXPECT_EQ(player.script->Call("GetPlanDetail", R"({"ID":")" + Str(absent) + "\"}").result,
               player.model.HasView(absent));

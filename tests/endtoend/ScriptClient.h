@@ -5,9 +5,12 @@
 
 #include <rapidjson/document.h>
 
-#include <QProcess>
 #include <deque>
 #include <string>
+
+#include "ViewctlRunner.h"
+
+namespace test {
 
 struct Notice {
   std::string id;
@@ -20,38 +23,36 @@ class ScriptClient {
  public:
   // Starts, logs in and loads.
   ScriptClient(const std::string& serverUrl, const std::string& user, const std::string& password);
-  ~ScriptClient();
+  ~ScriptClient() { m_process.Finish(); }
 
   struct Answer {
     bool result = false;
-    std::string text;
+    std::string text;  // the response as it stands
     rapidjson::Document response;
   };
+  // `request` is JSON.
   Answer Call(const std::string& function, const std::string& request);
   // The same in two halves, so that several clients may be busy at once.
   void Begin(const std::string& function, const std::string& request);
   Answer Finish();
   // Ends it without a word to the server.
-  void Kill();
+  void Kill() { m_process.Kill(); }
 
   // Clears and loads again.
   void Reload();
 
   void Observe(int resourceType, const std::string& id);
-  // Waits for a notice of that resource and name; those before it are dropped.
-  void AwaitNotice(const std::string& id, const std::string& name);
   Notice NextNotice();
 
  private:
   void Load();
-  // Writes one line and waits for its answer; notices on the way are kept.
-  rapidjson::Document Exchange(const std::string& line);
+  // The next line that is no notice; notices on the way are kept.
   rapidjson::Document ReadAnswer();
   rapidjson::Document ReadLine();
   bool TakeNotice(const rapidjson::Document& line);
 
-  QProcess m_process;
+  Running m_process;
   std::deque<Notice> m_notices;
 };
 
-std::string Quoted(const std::string& text);
+}  // namespace test

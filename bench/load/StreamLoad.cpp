@@ -19,8 +19,8 @@
 #include <string>
 #include <vector>
 
-#include "../model/ServerProcess.h"
-#include "../server/TestClient.h"
+#include "../../tests/model/ServerProcess.h"
+#include "../../tests/server/TestClient.h"
 
 namespace {
 
