@@ -63,12 +63,10 @@ Outcome Run(const QStringList& arguments, const std::string& password, const std
   Start(process, arguments, password);
   process.write(input.data(), static_cast<qint64>(input.size()));
   process.closeWriteChannel();
-  if (!process.waitForFinished(kLimit)) {
-    process.kill();
-    process.waitForFinished(kLimit);
-    return {-1, process.readAllStandardOutput().toStdString(), process.readAllStandardError().toStdString()};
-  }
-  return {StatusOf(process), process.readAllStandardOutput().toStdString(),
+  const bool ended = process.waitForFinished(kLimit);
+  if (!ended) process.kill();
+  process.waitForFinished(kLimit);
+  return {ended ? StatusOf(process) : -1, process.readAllStandardOutput().toStdString(),
           process.readAllStandardError().toStdString()};
 }
 

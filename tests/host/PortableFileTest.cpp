@@ -66,11 +66,7 @@ TEST(PortableFileTest, TheSameContentGivesTheSameBytesAndIsReadBack) {
   PortableFile file;
   file.folders = {{kPublic, {"b"}}, {kPublic, {"a", "c"}}, {kPublic, {"a"}}, {kPublic, {"a"}}};
   file.views = {{{kPublic, {"b"}}, "Gate", 0, 30, "[]"},
-                {{kPrivate, {}},
-                 "Überführung \"x\"",
-                 1,
-                 -1,
-                 R"([{"windowDivision":1,"customWindowDivision":"","PlanItems":[]}])"},
+                {{kPrivate, {}}, "Überführung \"x\"", 1, -1, "[]"},
                 {{kPublic, {"a"}}, "Gate", 0, 30, "[]"}};
   PortableFile shuffled = file;
   std::swap(shuffled.views[0], shuffled.views[2]);

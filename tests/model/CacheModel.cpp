@@ -86,12 +86,6 @@ void CacheModel::ViewModified(const ViewRecord& view) {
   if (entry != m_views.end()) *entry->second = view;
 }
 
-std::vector<Id> CacheModel::GroupIds() const {
-  std::vector<Id> ids;
-  for (const auto& [id, group] : m_groups) ids.push_back(id);
-  return ids;
-}
-
 std::vector<GroupRecord> CacheModel::Groups() const {
   std::vector<GroupRecord> groups;
   for (const auto& [id, group] : m_groups) groups.push_back(group.record);

@@ -65,7 +65,6 @@ class CacheModel {
 
   using Listed = std::tuple<std::string, Id, Id, int>;  // name, id, upper group, type
 
-  std::vector<Id> GroupIds() const;
   std::vector<GroupRecord> Groups() const;
   std::vector<ViewRecord> Views() const;
   bool HasView(Id id) const { return m_views.count(id) > 0; }

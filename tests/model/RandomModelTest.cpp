@@ -71,14 +71,6 @@ uint32_t Seed() {
   return fixed ? static_cast<uint32_t>(std::strtoul(fixed, nullptr, 10)) : std::random_device()();
 }
 
-// As a JSON text.
-std::string Quoted(const std::string& text) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  host::WriteText(writer, text);
-  return buffer.GetString();
-}
-
 std::string Str(Id id) {
   return std::to_string(id);
 }
@@ -99,10 +91,16 @@ std::string Pages(size_t windows) {
   return R"([{"windowDivision":4,"PlanItems":[)" + items + "]}]";
 }
 
-std::string PlanRequest(const ViewRecord& view, const std::string& id) {
-  return "{" + id + R"("GroupID":")" + Str(view.group) + R"(","Name":)" + Quoted(view.name) + R"(,"Type":)" +
-         (view.owner == kPublic ? "0" : "1") + R"(,"RoundTime":)" + std::to_string(view.cycleTime) +
-         R"(,"PlanPages":)" + Pages(view.windows) + "}";
+// With the view's id, where it has one.
+std::string PlanRequest(const ViewRecord& view) {
+  host::ObjectText request;
+  if (view.id != kNone) request.Add("ID", Str(view.id));
+  return request.Add("GroupID", Str(view.group))
+      .Add("Name", view.name)
+      .Add("Type", view.owner == kPublic ? 0 : 1)
+      .Add("RoundTime", view.cycleTime)
+      .AddRaw("PlanPages", Pages(view.windows))
+      .Text();
 }
 
 // One client, with what its cache must hold.
@@ -203,8 +201,11 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     group.parent = PickFolder(player.model.Groups(), group.owner);
     group.name = NewName();
     return {"AddPlanGroup",
-            R"({"Name":)" + Quoted(group.name) + R"(,"ParentID":")" + Str(group.parent) + R"(","Type":)" +
-                (group.owner == kPublic ? "0" : "1") + "}",
+            host::ObjectText()
+                .Add("Name", group.name)
+                .Add("ParentID", Str(group.parent))
+                .Add("Type", group.owner == kPublic ? 0 : 1)
+                .Text(),
             [&player, group](const ScriptClient::Answer& answer) mutable {
               group.id = std::stoll(TextOf(answer.response, "ID"));
               player.model.OwnGroupAdded(group);
@@ -215,7 +216,7 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     const auto group = PickGroup(player, actor);
     if (!group) return std::nullopt;
     const std::string name = NewName();
-    return Edit{"UpdatePlanGroup", R"({"Name":)" + Quoted(name) + R"(,"ID":")" + Str(group->id) + R"("})",
+    return Edit{"UpdatePlanGroup", host::ObjectText().Add("Name", name).Add("ID", Str(group->id)).Text(),
                 [&player, id = group->id, name](const auto&) { player.model.OwnGroupRenamed(id, name); }};
   }
 
@@ -236,7 +237,7 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     view.name = NewName();
     view.cycleTime = static_cast<int>(Below(100));
     view.windows = 1 + Below(4);
-    return {"AddPlan", PlanRequest(view, ""), [&player, view](const ScriptClient::Answer& answer) mutable {
+    return {"AddPlan", PlanRequest(view), [&player, view](const ScriptClient::Answer& answer) mutable {
               view.id = std::stoll(TextOf(answer.response, "ID"));
               player.model.OwnViewAdded(view);
             }};
@@ -249,8 +250,7 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     if (Chance(400)) view->group = PickFolder(player.model.Groups(), view->owner);
     view->cycleTime = static_cast<int>(Below(100));
     view->windows = 1 + Below(4);
-    Edit edit{"UpdatePlan", PlanRequest(*view, R"("ID":")" + Str(view->id) + R"(",)"),
-              [&player, view](const auto&) { player.model.OwnViewModified(*view); }};
+    Edit edit{"UpdatePlan", PlanRequest(*view), [&player, view](const auto&) { player.model.OwnViewModified(*view); }};
     edit.refused = view->shared;
     return edit;
   }
@@ -572,8 +572,8 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
   void ExpectCacheAsPredicted(Player& player) {
     SCOPED_TRACE(player.name);
     for (int type : {0, 1, 2}) ExpectContent(player, kNone, type, player.model.WithoutGroup(type));
-    for (const Id group : player.model.GroupIds()) {
-      for (int type : {0, 1}) ExpectContent(player, group, type, player.model.Members(group));
+    for (const GroupRecord& group : player.model.Groups()) {
+      for (int type : {0, 1}) ExpectContent(player, group.id, type, player.model.Members(group.id));
     }
     for (const ViewRecord& view : player.model.Views()) ExpectDetail(player, view);
     const Id absent = static_cast<Id>(1 + Below(static_cast<size_t>(m_names) + 1));

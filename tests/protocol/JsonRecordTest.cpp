@@ -44,10 +44,7 @@ std::string ReadAndWrite(const std::string& text) {
   return Write(data);
 }
 
-struct TextCase {
-  std::string text;
-  std::string expected;
-};
+using TextCase = std::pair<std::string, std::string>;
 
 TEST(JsonRecordTest, WholeTextsAreRefusedOrReadLeniently) {
   for (const char* text : {"", "null", "NULL", "{", " \t\r\n", "{}{}", "{},", R"({"Count":1,})", R"({"Count":1}/**/)",
@@ -96,7 +93,7 @@ TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
         R"({"Nested":null})", R"({"Parts":{}})", R"({"Parts":"x"})", R"({"Parts":[]})"}) {
     EXPECT_EQ(ReadAndWrite(text), kDefault) << text;
   }
-  for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
+  for (const auto& [text, expected] : cases) EXPECT_EQ(ReadAndWrite(text), expected) << text;
 }
 
 TEST(JsonRecordTest, KeysAreMatchedExactlyAndTheFirstOfDuplicatesCounts) {
@@ -110,7 +107,7 @@ TEST(JsonRecordTest, KeysAreMatchedExactlyAndTheFirstOfDuplicatesCounts) {
       // A wrong kind at one key does not stop the reading of the others.
       {R"({"Count":null,"Open":null,"Name":"n"})", With("Name", "\"n\"")},
   };
-  for (const TextCase& c : cases) EXPECT_EQ(ReadAndWrite(c.text), c.expected) << c.text;
+  for (const auto& [text, expected] : cases) EXPECT_EQ(ReadAndWrite(text), expected) << text;
 }
 
 TEST(JsonRecordTest, ReadingNotesTheKeysThatWereRead) {

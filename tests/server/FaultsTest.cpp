@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fault plans: which are refused, what they do to answers and change streams, and that it can be repeated. What the
-// faults of whole exchanges come to is seen by the clients of ClientFaultsTest.
+// Fault plans: which are refused, what they do to change streams, and that it can be repeated. What becomes of
+// exchanges is seen by the clients of ClientFaultsTest.
 #include <chrono>
 #include <string>
 
@@ -63,29 +63,6 @@ TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
   options.dataFile = ":memory:";
   options.faultsFile = (m_folder / "nowhere.json").string();
   EXPECT_THROW(ViewServer refused(options), std::runtime_error);
-}
-
-TEST_F(FaultsTest, AnswersAreCutAndTheirValuesChangedAnywhere) {
-  RestartWithRule(R"({"Fault":"Truncate","Path":"V0/Areas"},{"Fault":"WrongKinds","Path":"V0/Users"})");
-  const std::string whole = cid.Get("V0/ViewGroups").body;
-  size_t headsCut = 0;
-  size_t bodiesCut = 0;
-  size_t changed = 0;
-  for (int i = 0; i < 60; ++i) {
-    const Answer areas = cid.Get("V0/Areas");
-    if (areas.headers.count("content-length") == 0 || areas.body.empty()) {
-      ++headsCut;
-    } else {
-      bodiesCut += areas.body.size() < std::stoul(areas.headers.at("content-length"));
-    }
-    const Answer users = cid.Get("V0/Users");
-    EXPECT_FALSE(users.json.HasParseError()) << users.body;
-    changed += users.body != bob.Get("V0/Users").body;
-  }
-  EXPECT_EQ(headsCut + bodiesCut, 60u);
-  EXPECT_GT(headsCut, 5u);
-  EXPECT_GT(bodiesCut, 5u);
-  EXPECT_GT(changed, 40u) << "two of them are hardly ever spoiled alike";
 }
 
 TEST_F(FaultsTest, TheSameSeedHitsTheSameExchanges) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The manager's edits: the server first, then, silently, the cache.
-#include <atomic>
-#include <thread>
+#include <future>
 
 #include "CoreFixture.h"
 #include "ResourceStore/OrlUserManager.h"
@@ -129,17 +128,15 @@ TEST_F(UsersTest, EachCallWaitsForADownloadOfItsOwn) {
 
 TEST_F(UsersTest, SeveralThreadsMayAskAtOnce) {
   Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, ErrorCode());
-  std::atomic<int> succeeded{0};
-  std::vector<std::thread> threads;
+  std::vector<std::future<bool>> answers;
   for (int n = 0; n < 4; ++n) {
-    threads.emplace_back([&] {
+    answers.push_back(std::async(std::launch::async, [] {
       std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
       ErrorCode own;
-      if (Manager().GetAllUsers(own, users) && users.size() == 1) ++succeeded;
-    });
+      return Manager().GetAllUsers(own, users) && users.size() == 1;
+    }));
   }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(succeeded, 4);
+  for (auto& answer : answers) EXPECT_TRUE(answer.get());
 }
 
 }  // namespace

@@ -159,27 +159,19 @@ TEST_F(PendingChecksTest, NoteAWatchedTypeOfWhichTheNewRecordShowsAnUnknownEleme
   EXPECT_EQ(Taken(), PendingChecks());
 }
 
-TEST_F(PendingChecksTest, NeverFireForTypesThatAreNotWatchedForAddedViewsOrForViewsThatAreNotCached) {
-  PutElements({});
-  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  EXPECT_EQ(Taken(), PendingChecks());
-  Watch({1002});
-  EXPECT_TRUE(
-      ReadViews(ViewsDocument(R"({"ID":9,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]},)"
-                              R"({"ID":8,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]})")));
-  EXPECT_EQ(Taken(), PendingChecks());
-}
-
-TEST_F(PendingChecksTest, ReplaceEarlierOnesOnlyWhenSomethingIsFound) {
+TEST_F(PendingChecksTest, FireForWatchedTypesOfModifiedViewsThatAreCachedAndLeaveEarlierOnesOtherwise) {
   PendingChecks earlier{{1001, {3}}};
   Manager().SetPendingChecks(earlier);
   EXPECT_TRUE(earlier.empty());
-  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  Watch({1006});
   PutElements({});
+  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
+  Watch({1002, 1006});
+  EXPECT_TRUE(
+      ReadViews(ViewsDocument(R"({"ID":9,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]},)"
+                              R"({"ID":8,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]})")));
   EXPECT_EQ(Taken(), (PendingChecks{{1001, {3}}}));
   EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  EXPECT_EQ(Taken(), (PendingChecks{{1006, {9}}}));
+  EXPECT_EQ(Taken(), (PendingChecks{{1002, {9}}, {1006, {9}}}));
 }
 
 TEST_F(PendingChecksTest, AViewWhoseOwnElementsAreGoneNoLongerCounts) {

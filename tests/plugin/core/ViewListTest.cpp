@@ -111,40 +111,29 @@ TEST(ViewList, IsReadAsByPathsWhateverItsForm) {
   for (const std::string& document : documents) ExpectSame(document);
 }
 
+// What stands where another kind is wanted, and a second member of the name.
+void ExpectSameWith(const std::string& key, const std::string& value) {
+  const std::string text = ViewText(kWindow + "," + kEmap);
+  const std::string name = "\"" + key + "\":";
+  const size_t at = text.find(name);
+  if (at == std::string::npos) return;
+  std::string before = text, replaced = text;
+  before.insert(at, name + value + ",");
+  ExpectSame(ViewsDocument(before));
+  ExpectSame(ViewsDocument(text.substr(0, text.size() - 1) + "," + name + value + "}"));
+  replaced.insert(at + name.size(), value + ",\"Was" + key + "\":");
+  ExpectSame(ViewsDocument(replaced));
+}
+
 TEST(ViewList, IsReadAsByPathsWhateverAWindowHolds) {
-  // What stands where another kind is wanted, and a second member of the name.
   for (const char* value : {"null", "true", "3", "-2.75", "\"7\"", "\"\"", "[]", "[{}]", "[1,2]", "{}", "{\"No\":1}"}) {
-    for (const char* key : {"SequenceIndex",
-                            "ResourceType",
-                            "ResourceID",
-                            "RelateResourceName",
-                            "Xtop",
-                            "PresetPointIndex",
-                            "FishEye",
-                            "FishEyeInfo",
-                            "Cycle",
-                            "ID",
-                            "Emap",
-                            "CenterMark",
-                            "ZoomWindowList",
-                            "ZoomWindow",
-                            "RelatedZoomWindow",
-                            "ViewItemWindowNo",
-                            "ExtendInfo",
-                            "PlanViewItem",
-                            "PlanPages",
-                            "CustomSplite",
-                            "SharedUserID"}) {
-      const std::string text = ViewText(kWindow + "," + kEmap);
-      const std::string name = "\"" + std::string(key) + "\":";
-      const size_t at = text.find(name);
-      if (at == std::string::npos) continue;
-      std::string before = text, replaced = text;
-      before.insert(at, name + value + ",");
-      ExpectSame(ViewsDocument(before));
-      ExpectSame(ViewsDocument(text.substr(0, text.size() - 1) + "," + name + value + "}"));
-      replaced.insert(at + name.size(), std::string(value) + ",\"Was" + key + "\":");
-      ExpectSame(ViewsDocument(replaced));
+    for (const char* key : {"SequenceIndex", "ResourceType", "ResourceID", "RelateResourceName", "Xtop", "FishEye",
+                            "PresetPointIndex", "FishEyeInfo", "CenterMark", "ZoomWindowList", "ZoomWindow", "Cycle"}) {
+      ExpectSameWith(key, value);
+    }
+    for (const char* key : {"ID", "Emap", "RelatedZoomWindow", "ViewItemWindowNo", "ExtendInfo", "PlanViewItem",
+                            "PlanPages", "CustomSplite", "SharedUserID"}) {
+      ExpectSameWith(key, value);
     }
   }
   // Members in other orders: the type behind everything that depends on it.
@@ -164,20 +153,11 @@ TEST(ViewList, IsReadAsByPathsWhenCutOffOrChangedAnywhere) {
     for (size_t edits = 1 + below(3); edits > 0; --edits) {
       const size_t at = below(changed.size());
       const size_t length = std::min(below(30), changed.size() - at);
-      switch (below(4)) {
-        case 0:
-          changed[at] = letters[below(letters.size())];
-          break;
-        case 1:
-          changed.insert(at, 1, letters[below(letters.size())]);
-          break;
-        case 2:
-          changed.erase(at, length);
-          break;
-        default:
-          changed.insert(below(changed.size()), changed.substr(at, length));
-          break;
-      }
+      const size_t kind = below(4);
+      if (kind == 0) changed[at] = letters[below(letters.size())];
+      if (kind == 1) changed.insert(at, 1, letters[below(letters.size())]);
+      if (kind == 2) changed.erase(at, length);
+      if (kind == 3) changed.insert(below(changed.size()), changed.substr(at, length));
     }
     ExpectSame(changed);
   }
