@@ -60,18 +60,8 @@ ViewRecord SeenBy(Id user, ViewRecord view) {
   return view;
 }
 
-class StoreReader::Impl {
- public:
-  explicit Impl(const std::string& file) : database(file, SQLite::OPEN_READWRITE, 10000) {}
-  Id Number(const std::string& sql) { return database.execAndGet(sql).getInt64(); }
-  SQLite::Database database;
-};
-
-StoreReader::StoreReader(const std::string& file) : m_impl(std::make_unique<Impl>(file)) {}
-StoreReader::~StoreReader() = default;
-
 std::vector<Row> StoreReader::ChangesAfter(Id number) {
-  SQLite::Statement query(m_impl->database,
+  SQLite::Statement query(m_database,
                           "SELECT number, kind, object_id, session_id, content_changed, before, after, head, d.text "
                           "FROM changes LEFT JOIN documents d ON d.id = document_id WHERE number > ? ORDER BY number");
   query.bind(1, number);
@@ -91,18 +81,18 @@ std::vector<Row> StoreReader::ChangesAfter(Id number) {
 }
 
 Id StoreReader::LastChange() {
-  return m_impl->Number("SELECT coalesce(max(number), 0) FROM changes");
+  return Number("SELECT coalesce(max(number), 0) FROM changes");
 }
 
 Truth StoreReader::Tables() {
   Truth truth;
-  SQLite::Statement groups(m_impl->database, "SELECT id, parent_id, user_id, name FROM groups");
+  SQLite::Statement groups(m_database, "SELECT id, parent_id, user_id, name FROM groups");
   while (groups.executeStep()) {
     const GroupRecord group{groups.getColumn(0).getInt64(), groups.getColumn(1).getInt64(),
                             groups.getColumn(2).getInt64(), groups.getColumn(3).getString()};
     truth.groups[group.id] = group;
   }
-  SQLite::Statement views(m_impl->database,
+  SQLite::Statement views(m_database,
                           "SELECT v.id, group_id, user_id, name, cycle_time, d.text FROM views v "
                           "JOIN documents d ON d.id = document_id");
   while (views.executeStep()) {
@@ -111,15 +101,15 @@ Truth StoreReader::Tables() {
                           views.getColumn(4).getInt(),   CountWindows(views.getColumn(5).getString())};
     truth.views[view.id] = view;
   }
-  SQLite::Statement shares(m_impl->database, "SELECT view_id, user_id FROM shares");
+  SQLite::Statement shares(m_database, "SELECT view_id, user_id FROM shares");
   while (shares.executeStep()) truth.sharedWith[shares.getColumn(0).getInt64()].insert(shares.getColumn(1).getInt64());
   return truth;
 }
 
 Id StoreReader::NewestSession(Id user) {
-  return m_impl->Number("SELECT max(id) FROM sessions WHERE user_id = " + std::to_string(user));
+  return Number("SELECT max(id) FROM sessions WHERE user_id = " + std::to_string(user));
 }
 
 std::string StoreReader::IntegrityCheck() {
-  return m_impl->database.execAndGet("PRAGMA integrity_check").getString();
+  return m_database.execAndGet("PRAGMA integrity_check").getString();
 }

@@ -2,7 +2,8 @@
 // What stands in a server's store, read beside the server: its tables and the changes it recorded.
 #pragma once
 
-#include <memory>
+#include <SQLiteCpp/Database.h>
+
 #include <string>
 #include <vector>
 
@@ -29,8 +30,7 @@ ViewRecord SeenBy(Id user, ViewRecord view);
 
 class StoreReader {
  public:
-  explicit StoreReader(const std::string& file);
-  ~StoreReader();
+  explicit StoreReader(const std::string& file) : m_database(file, SQLite::OPEN_READWRITE, 10000) {}
 
   std::vector<Row> ChangesAfter(Id number);
   Id LastChange();
@@ -39,6 +39,7 @@ class StoreReader {
   std::string IntegrityCheck();  // "ok"
 
  private:
-  class Impl;
-  std::unique_ptr<Impl> m_impl;
+  Id Number(const std::string& sql) { return m_database.execAndGet(sql).getInt64(); }
+
+  SQLite::Database m_database;
 };

@@ -126,6 +126,15 @@ struct WindowCase {
 TEST(PlanConversionTest, SomeFieldsAreShownOnlyInTheirContext) {
   const float infinity = std::numeric_limits<float>::infinity();
   const auto fillFishEye = [](CameraGridStruct& window) { window.fisheye_info = {1, 2, 3, {{4, 1.0f, 1.0f, 1.0f}}}; };
+  const auto fillCycle = [](CameraGridStruct& window) { window.single_cycle = {SingleWndCycleAreas, 5, "name", {}}; };
+  const auto addZoom = [=](CameraGridStruct& w) { w.local_wins = {{5, {0.1234f, -0.0009f, infinity, -infinity}}}; };
+  const auto relatedWithZooms = [](const char* window) {
+    return [window](CameraGridStruct& w) {
+      w.relate_view_win_no = window;
+      w.n_seq_index = 5;
+      w.local_wins.resize(1);
+    };
+  };
   const WindowCase cases[] = {
       {"a new one", [](auto&) {}, R"({"Sequence":-1,"ResourceType":1001,"ResourceID":"-1",)"},
       {"its rectangle", [](auto&) {}, R"("WindowNo":0,"Xtop":"-1.000000",)"},
@@ -138,31 +147,12 @@ TEST(PlanConversionTest, SomeFieldsAreShownOnlyInTheirContext) {
        R"("StreamType":101,"Con)"},
       {"closed fisheye", fillFishEye,
        R"("FishEye":{"is_fisheye_open":false,"mount_type":0,"expand_mode":0,"window_no":0,"FisheyeWndParam":[]})"},
-      {"cycle through nothing",
-       [](auto& w) {
-         w.single_cycle = {SingleWndCycleAreas, 5, "name", {}};
-       },
+      {"cycle through nothing", fillCycle,
        R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]})"},
-      {"corners",
-       [=](auto& w) {
-         w.local_wins = {{5, {0.1234f, -0.0009f, infinity, -infinity}}};
-       },
-       R"("ZoomWindow":[{"No":5,"TopX":123,"TopY":0,"BottomX":2147483647,"BottomY":-2147483648}])"},
+      {"corners", addZoom, R"("ZoomWindow":[{"No":5,"TopX":123,"TopY":0,"BottomX":2147483647,"BottomY":-2147483648}])"},
       {"related to none", [](auto& w) { w.relate_view_win_no = "-1"; }, R"("ViewItemWindowNo":"-1")"},
-      {"related to none with zoom windows",
-       [](auto& w) {
-         w.relate_view_win_no = "-1";
-         w.n_seq_index = 5;
-         w.local_wins.resize(1);
-       },
-       R"("ViewItemWindowNo":"5")"},
-      {"related to another with zoom windows",
-       [](auto& w) {
-         w.relate_view_win_no = " -1";
-         w.n_seq_index = 5;
-         w.local_wins.resize(1);
-       },
-       R"("ViewItemWindowNo":" -1")"},
+      {"related to none with zoom windows", relatedWithZooms("-1"), R"("ViewItemWindowNo":"5")"},
+      {"related to another with zoom windows", relatedWithZooms(" -1"), R"("ViewItemWindowNo":" -1")"},
   };
   for (const WindowCase& c : cases) {
     CameraGridStruct window;

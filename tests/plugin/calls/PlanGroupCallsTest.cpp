@@ -55,22 +55,22 @@ TEST_F(PlanGroupCallsTest, TheParentsIdIsReadAsANumberWithTwoNamesForTheTop) {
 }
 
 TEST_F(PlanGroupCallsTest, AddingSendsTheGroupWithItsOwnerAndAnswersTheNewId) {
-  const std::pair<std::string, std::string> cases[] = {
-      {R"({"Name":"n","ParentID":"4","Type":0})",
-       R"({"ViewGroup":{"ID":-1,"Name":"n","ParentViewGroupID":4,"UserID":-1,"IsSharedView":-1,"SequenceIndex":-1}})"},
-      {R"({"Name":"n","ParentID":"-2","Type":1})",
-       R"({"ViewGroup":{"ID":-1,"Name":"n","ParentViewGroupID":-1,"UserID":7,"IsSharedView":-1,"SequenceIndex":-1}})"},
-      {R"({"Name":"n","ParentID":"-4","Type":2,"is_share_viewgroup":true})",
-       R"({"ViewGroup":{"ID":-1,"Name":"n","ParentViewGroupID":-1,"UserID":7,"IsSharedView":1,"SequenceIndex":-1}})"},
-      {R"({"Name":"n","ParentID":"-3","Type":2})",
-       R"({"ViewGroup":{"ID":-1,"Name":"n","ParentViewGroupID":-3,"UserID":7,"IsSharedView":-1,"SequenceIndex":-1}})"},
+  const struct {
+    std::string request, parent, owner, shared;
+  } cases[] = {
+      {R"("ParentID":"4","Type":0)", "4", "-1", "-1"},
+      {R"("ParentID":"-2","Type":1)", "-1", "7", "-1"},
+      {R"("ParentID":"-4","Type":2,"is_share_viewgroup":true)", "-1", "7", "1"},
+      {R"("ParentID":"-3","Type":2)", "-3", "7", "-1"},
   };
   server.Answer(Accepted(R"({"ViewGroup":{"ID":42}})"));
-  for (const auto& [request, body] : cases) {
-    EXPECT_EQ(Call(AddPlanGroup, request), R"(true {"ErrorInfo":"","ID":"42"})");
-    const SentRequest sent = Sent();
-    EXPECT_EQ(sent.method + " " + sent.url, "POST /NXAPI/Vantorel/Platform/V0/ViewGroups");
-    EXPECT_EQ(sent.body, body);
+  for (const auto& c : cases) {
+    EXPECT_EQ(Call(AddPlanGroup, R"({"Name":"n",)" + c.request + "}"), R"(true {"ErrorInfo":"","ID":"42"})");
+    EXPECT_EQ(Sent(),
+              (SentRequest{"POST", "/NXAPI/Vantorel/Platform/V0/ViewGroups",
+                           R"({"ViewGroup":{"ID":-1,"Name":"n","ParentViewGroupID":)" + c.parent + R"(,"UserID":)" +
+                               c.owner + R"(,"IsSharedView":)" + c.shared + R"(,"SequenceIndex":-1}})",
+                           "", 0}));
   }
   EXPECT_EQ(GroupName(42), "n");
 }

@@ -98,10 +98,7 @@ TEST_F(UserCallsTest, SharingThatReachesNoServerTellsTheTransportsError) {
 
 TEST_F(UserCallsTest, UsersWhoCouldNotBeGivenTheViewAreListedInTheServersOrder) {
   const struct {
-    std::string errors;
-    std::string text;
-    std::string users;
-    std::string logged;
+    std::string errors, text, users, logged;
   } cases[] = {
       {R"([{"UserID":9,"UserName":"zoe","ErrorModule":100,"ErrorCode":5},)"
        R"({"UserID":2,"UserName":"adam","ErrorModule":100,"ErrorCode":4}])",

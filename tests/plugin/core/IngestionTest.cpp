@@ -176,18 +176,15 @@ TEST_F(PendingChecksTest, FireForWatchedTypesOfModifiedViewsThatAreCachedAndLeav
 
 TEST_F(PendingChecksTest, AViewWhoseOwnElementsAreGoneNoLongerCounts) {
   ViewInfo view = View(9);
-  view.vcPages.resize(1);
-  view.vcPages[0].vcWindows.resize(1);
+  view.vcPages = {{"", 1, {CameraGridStruct()}}};
   view.vcPages[0].vcWindows[0].id_element_ = 1;
   Manager().UpdateViewInCache(view);
   const auto cached = Manager().GetViewByID(9);
   EXPECT_FALSE(cached->CheckResourceExist(1001));
-  cached->SetResourceFlag(1001, true);
   cached->SetResourceFlag(1002, false);
-  cached->SetResourceFlag(1027, true);
-  EXPECT_TRUE(cached->CheckResourceExist(1001));
-  EXPECT_FALSE(cached->CheckResourceExist(1002));
-  EXPECT_TRUE(cached->CheckResourceExist(1027));  // of the other types nothing is looked up
+  Watch({1001, 1027});
+  EXPECT_TRUE(cached->CheckResourceExist(1001) && !cached->CheckResourceExist(1002));
+  EXPECT_TRUE(cached->CheckResourceExist(1027)) << "of the other types nothing is looked up";
   PutElements({{1, 1002}});
   EXPECT_FALSE(cached->CheckResourceExist(1001));
 }
