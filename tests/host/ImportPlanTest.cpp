@@ -11,9 +11,10 @@ PortableView View(const Place& folder, const std::string& name) {
 }
 
 // One line for each step: "make folder public / a", "keep view 5 public / a / Gate".
-std::vector<std::string> Steps(const PortableFile& file, const Existing& existing) {
+std::vector<std::string> Steps(const PortableFile& file, const Existing& existing,
+                               const std::optional<Place>& into = std::nullopt) {
   std::vector<std::string> lines;
-  for (const ImportStep& step : PlanImport(file, existing, std::nullopt)) {
+  for (const ImportStep& step : PlanImport(file, existing, into)) {
     const bool folder = step.action == ImportStep::kMakeFolder || step.action == ImportStep::kKeepFolder;
     const bool make = step.action == ImportStep::kMakeFolder || step.action == ImportStep::kMakeView;
     lines.push_back((make ? "make " : "keep ") + std::string(folder ? "folder " : "view ") +
@@ -52,6 +53,17 @@ TEST(ImportPlanTest, ViewsOfOneNameAreMatchedOneByOne) {
   const PortableFile file{{}, {View(kA, "Gate"), View(kA, "Gate"), View(kA, "Gate")}};
   EXPECT_EQ(Steps(file, existing), (Lines{"keep folder 7 public / a", "keep view 5 public / a / Gate",
                                           "keep view 6 public / a / Gate", "make view public / a / Gate"}));
+}
+
+TEST(ImportPlanTest, EverythingGoesIntoTheNamedGroupWhateverItsKind) {
+  Existing existing;
+  const Place target{kPrivate, {"copy", "here"}};
+  existing.folders = {{{kPrivate, {"copy"}}, "1"}, {target, "2"}, {kA, "3"}, {{kPrivate, {"copy", "here", "a"}}, "4"}};
+  const PortableFile file{{kAB}, {View(kA, "Gate"), View({kPublic, {}}, "Loose"), View({kShared, {"x"}}, "New")}};
+  EXPECT_EQ(Steps(file, existing, target),
+            (Lines{"keep folder 4 private / copy / here / a", "make folder private / copy / here / a / b",
+                   "make folder private / copy / here / x", "make view private / copy / here / a / Gate",
+                   "make view private / copy / here / Loose", "make view private / copy / here / x / New"}));
 }
 
 TEST(ImportPlanTest, WhatOthersSharedIsNotTheUsersToMatch) {

@@ -142,6 +142,12 @@ TEST(RecordSetTest, DefaultsAreWrittenInFullAndInOrder) {
       R"("ZoomWindowList":{"ZoomMode":0,"ZoomWindow":[]},)"
       R"("RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1},)"
       R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]}})");
+  EXPECT_EQ(DefaultText<AddPlanRequest>(),
+            R"({"GroupID":"","GroupName":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"Remark":"","AutoRun":0,)"
+            R"("PlanStartTime":"","PlanEndTime":"","OwnerId":"","PlanPages":[]})");
+  EXPECT_EQ(DefaultText<UpdatePlanRequest>(),
+            R"({"GroupID":"","GroupName":"","ID":"","Name":"","OwnerId":"","Type":0,"AutoCycle":0,"RoundTime":0,)"
+            R"("Remark":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"","PlanPages":[],"is_share_view":false})");
   EXPECT_EQ(DefaultText<PlanSearchResponse>(), R"({"ErrorInfo":"","total":0,"searchedPlan":[]})");
 }
 

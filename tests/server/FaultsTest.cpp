@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fault plans: which are refused, what they do to change streams, and that it can be repeated. What becomes of
-// exchanges is seen by the clients of ClientFaultsTest.
+// Fault plans: which are refused, what they do to answers and change streams, and that it can be repeated. What becomes
+// of edits is seen by the clients of ClientFaultsTest.
+#include <algorithm>
 #include <chrono>
 #include <string>
 
@@ -63,6 +64,25 @@ TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
   options.dataFile = ":memory:";
   options.faultsFile = (m_folder / "nowhere.json").string();
   EXPECT_THROW(ViewServer refused(options), std::runtime_error);
+}
+
+TEST_F(FaultsTest, AnswersAreLateOrCutAnywhere) {
+  RestartWithRule(R"({"Fault":"Truncate","Path":"V0/Areas"},{"Fault":"Delay","Path":"V0/Users","Milliseconds":300},
+      {"Fault":"ColleagueEdit","Path":"V0/Views","Colleague":{"User":"nobody","Method":"DELETE","Path":"V0/Views/1"}})");
+  size_t headsCut = 0;
+  size_t bodiesCut = 0;
+  for (int i = 0; i < 60; ++i) {
+    const Answer areas = cid.Get("V0/Areas");
+    const bool isHeadCut = areas.headers.count("content-length") == 0 || areas.body.empty();
+    headsCut += isHeadCut;
+    bodiesCut += !isHeadCut && areas.body.size() < std::stoul(areas.headers.at("content-length"));
+  }
+  EXPECT_EQ(headsCut + bodiesCut, 60u);
+  EXPECT_GT(std::min(headsCut, bodiesCut), 5u);
+  const auto began = Clock::now();
+  EXPECT_EQ(cid.Get("V0/Users").Outcome(), "0/0 200");
+  EXPECT_GT(Clock::now() - began, std::chrono::milliseconds(290));
+  EXPECT_EQ(cid.Get("V0/Views").Outcome(), "0/0 200") << "a colleague who is not there disturbs nobody";
 }
 
 TEST_F(FaultsTest, TheSameSeedHitsTheSameExchanges) {

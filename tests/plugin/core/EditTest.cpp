@@ -3,6 +3,7 @@
 #include <future>
 
 #include "CoreFixture.h"
+#include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
 #include "ResourceStore/OrlUserManager.h"
 
 namespace core_test {
@@ -137,6 +138,18 @@ TEST_F(UsersTest, SeveralThreadsMayAskAtOnce) {
     }));
   }
   for (auto& answer : answers) EXPECT_TRUE(answer.get());
+}
+
+TEST(UserObserver, TakesEveryEndButSuccessForAFailure) {
+  COrlUserObserver observer;
+  using Param = ResourceStore::CIOrlUserObserverParam;
+  for (int state : {1, 2, -1}) {
+    observer.SetWaiting(true);
+    Param failed(static_cast<Param::State>(state), ErrorCode(4, 503, 0, "down"));
+    observer.OnUserListNotify(failed);
+    EXPECT_FALSE(observer.IsWaiting() || observer.IsSucceeded());
+    EXPECT_EQ(Text(observer.GetErrorCode()), "4/503/0/down");
+  }
 }
 
 }  // namespace

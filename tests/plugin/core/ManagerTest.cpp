@@ -141,5 +141,10 @@ TEST_F(ManagerTest, MembersAreKeptOnceEachInTheOrderOfTheirLastArrival) {
   EXPECT_EQ(copy.FindMemberView(3)->GetName(), "");  // the copy keeps its own list
 }
 
+TEST_F(ManagerTest, RelatedResourcesAreNumberedAsTheServerDoes) {
+  EXPECT_EQ(Manager().ServerToRelateType(1027), 8);
+  EXPECT_EQ(Manager().RelateTypeToServer(static_cast<RelateResourceType>(8)), 1027);
+}
+
 }  // namespace
 }  // namespace core_test
