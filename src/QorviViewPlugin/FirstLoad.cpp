@@ -2,6 +2,7 @@
 #include "QorviViewPlugin/FirstLoad.h"
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <list>
 #include <string>
@@ -94,7 +95,9 @@ void ApplyViewGroupDocument(const std::string& data) {
 }
 
 // Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
-// applied in order by the thread that loaded. m_lock is a leaf lock; nothing is applied under it.
+// applied in order by the thread that loaded. Who brings further ones then waits for that thread, lest a flood keep it
+// at work for ever; but not for long, since an observer that it calls may in turn wait for the bringer's callback to
+// end. m_lock is a leaf lock; nothing is applied under it.
 class ChangeGate {
  public:
   using Apply = void (*)(const std::string&);
@@ -102,6 +105,7 @@ class ChangeGate {
   void Arrive(Apply apply, const std::string& data) EXCLUDES(m_lock) {
     {
       MutexLock lock(m_lock);
+      if (m_draining && m_loads == 0) m_drained.WaitFor(lock, kPatience);
       if (m_loads > 0 || m_draining) {
         m_waiting.push_back({apply, data});
         return;
@@ -137,6 +141,7 @@ class ChangeGate {
     MutexLock lock(m_lock);
     if (m_waiting.empty() || m_loads > 0) {
       m_draining = false;
+      m_drained.NotifyAll();
       return false;
     }
     change = std::move(m_waiting.front());
@@ -144,7 +149,10 @@ class ChangeGate {
     return true;
   }
 
+  static constexpr std::chrono::milliseconds kPatience{100};
+
   Mutex m_lock;
+  Condition m_drained;
   int m_loads GUARDED_BY(m_lock) = 0;
   bool m_draining GUARDED_BY(m_lock) = false;
   std::deque<Change> m_waiting GUARDED_BY(m_lock);

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The Boost mutexes with the annotations that clang's thread-safety analysis needs. Locking goes through the three
-// scoped classes only.
+// scoped classes only, waiting through Condition.
 #pragma once
 
 #include <boost/thread/locks.hpp>
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/shared_mutex.hpp>
+#include <chrono>
+#include <condition_variable>
 
 #include "QorviViewPlugin/ThreadAnnotations.h"
 
@@ -40,7 +42,18 @@ class SCOPED_CAPABILITY MutexLock {
   ~MutexLock() RELEASE() {}
 
  private:
+  friend class Condition;
   boost::unique_lock<boost::mutex> m_lock;
+};
+
+class Condition {
+ public:
+  void NotifyAll() { m_condition.notify_all(); }
+  // Gives the lock up until notified or the time has passed, or for no reason at all.
+  void WaitFor(MutexLock& lock, std::chrono::milliseconds time) { m_condition.wait_for(lock.m_lock, time); }
+
+ private:
+  std::condition_variable_any m_condition;
 };
 
 class SCOPED_CAPABILITY ReadLock {

@@ -13,11 +13,14 @@ using core_test::Call;
 using core_test::ErrorCode;
 using core_test::Exchange;
 using core_test::Group;
+using core_test::GroupsDocument;
 using core_test::InfoLine;
+using core_test::NotingObserver;
 using core_test::Refused;
 using core_test::SentRequest;
 using core_test::Texts;
 using core_test::View;
+using core_test::ViewsDocument;
 
 // The value at a path of a JSON text, as text; "(none)" where there is none.
 std::string At(const std::string& json, const std::string& path);

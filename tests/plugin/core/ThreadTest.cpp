@@ -116,6 +116,58 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
   EXPECT_EQ(Members(1).size(), 4u);
 }
 
+TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
+  CacheGroup(Group(1));
+  Downloads().SetDownloadedData("", ViewsDocument(""), true);
+  Gate applying;
+  std::atomic<bool> stop{false};
+  NotingObserver slow;
+  slow.onNotice = [&](const auto&) {
+    applying.Pass();
+    if (!stop) std::this_thread::sleep_for(2ms);
+  };
+  Observe(slow, kViewGroup, "1");
+  HoldTheFill();
+  auto load = std::async(std::launch::async, LoadViews);
+  ASSERT_TRUE(filling.WaitUntilReached());
+  const auto change = [] { Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":1,"ViewGroupID":1})")); };
+  for (int n = 0; n < 50; ++n) change();
+  filling.Open();
+  ASSERT_TRUE(applying.WaitUntilReached());
+  std::vector<std::thread> flood;
+  for (int n = 0; n < 4; ++n) {
+    flood.emplace_back([&] {
+      while (!stop) change();
+    });
+  }
+  applying.Open();
+  EXPECT_EQ(load.wait_for(10s), std::future_status::ready);
+  stop = true;
+  for (std::thread& thread : flood) thread.join();
+}
+
+TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
+  CacheGroup(Group(1));
+  std::atomic<bool> stop{false};
+  NotingObserver guest;
+  std::vector<std::thread> threads;
+  for (int n = 0; n < 2; ++n) {
+    threads.emplace_back([&] {
+      while (!stop) {
+        Observe(guest, kViewGroup, "1");
+        Unobserve(guest, kViewGroup, "1");
+      }
+    });
+  }
+  NotingObserver resident;
+  Observe(resident, kViewGroup, "1");
+  for (unsigned int id = 1; id <= 500; ++id) Manager().InsertViewToCache(View(id, 1), false);
+  stop = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(resident.Take().size(), 500u);
+  EXPECT_EQ(Members(1).size(), 500u);
+}
+
 TEST_F(ThreadTest, TheNoticeOfARemovedGroupComesUnderTheGroupTablesLock) {
   CacheGroup(Group(1));
   CacheView(View(9, 1));
@@ -130,86 +182,6 @@ TEST_F(ThreadTest, TheNoticeOfARemovedGroupComesUnderTheGroupTablesLock) {
   Manager().RemoveViewGroupFromCache(1, false);
   ASSERT_TRUE(reader.valid());
   EXPECT_EQ(reader.get(), "(none)");
-}
-
-// Everything that hosts and the platform may do at once.
-TEST_F(ThreadTest, LoadsChangesReadsEditsAndClearingMayOverlap) {
-  constexpr int kRounds = 150;
-  std::string groups;
-  std::string views;
-  for (int id = 1; id <= 20; ++id) {
-    groups += (id > 1 ? "," : "") + (R"({"ID":)" + std::to_string(id)) + "}";
-    views += (id > 1 ? "," : "") + (R"({"ID":)" + std::to_string(id)) + R"(,"Name":"loaded","ViewGroupID":)" +
-             std::to_string(id % 5 + 1) + R"(,"PlanPages":[{"PlanViewItem":[{"WindowNo":1}]}]})";
-  }
-  Downloads().SetDownloadedData(GroupsDocument(groups), ViewsDocument(views), true);
-  server.Answer(Accepted(R"({"View":{"ID":900},"ViewGroup":{"ID":901}})"));
-  log->onLine = nullptr;
-  NotingObserver observer;
-  observer.onNotice = [](const auto& param) {
-    // Not from the notice of a removed group, which comes under the group table's lock.
-    if (param.enum_state == 4 && param.child_type == 16001) return;
-    FindViewGroupByID(2);
-    FindViewByID(3);
-  };
-
-  const std::vector<std::function<void(int)>> jobs = {
-      [](int) {
-        std::string response;
-        IsInitViewGroupFinish("", response);
-        IsInitViewFinish("", response);
-      },
-      [](int n) {
-        const std::string id = std::to_string(n % 20 + 1);
-        Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":)" + id + R"(,"ViewGroupID":2,"Method":)" +
-                                                    std::to_string(n % 3) + R"(,"Name":"changed"})"));
-        Downloads().NotifyViewGroupsUpdate(
-            GroupsDocument(R"({"ID":)" + id + R"(,"Method":)" + std::to_string(n % 3) + R"(,"Name":"changed"})"));
-      },
-      [](int n) {
-        const auto view = Manager().GetViewByID(static_cast<unsigned int>(n % 20));
-        if (view) view->CheckResourceExist(1001);
-        FindViewByID(static_cast<unsigned int>(n % 20));
-      },
-      [](int n) {
-        const std::string id = std::to_string(n % 20 + 1);
-        std::string response;
-        GetPlanGroups(R"({"ParentID":"-1"})", response);
-        GetPlansInGroup(R"({"GroupID":")" + id + R"("})", response);
-        GetPlanDetail(R"({"ID":")" + id + R"(","resource_download_judge":true})", response);
-        GetPlansInGroup(R"({"GroupID":"-1"})", response);
-      },
-      [](int n) {
-        unsigned int newId = 0;
-        ErrorCode error;
-        const unsigned int id = static_cast<unsigned int>(n % 20 + 1);
-        Manager().AddView(View(kNoId, 3), newId, error);
-        Manager().ModifyView(View(id, static_cast<unsigned int>(n % 5), "edited"), error);
-        Manager().ModifyViewGroup(Group(id, kNoId, "edited"), error);
-        Manager().DeleteView(newId, error);
-        Manager().AddViewGroup(Group(kNoId), newId, error);
-        Manager().DeleteViewGroup(newId, error);
-      },
-      [&](int n) {
-        const std::string id = std::to_string(n % 20 + 1);
-        ViewRegisterResourceUpdate(&observer, RegistrationText(n % 2 ? kView : kViewGroup, id, true));
-        ViewRegisterResourceUpdate(&observer, RegistrationText(n % 3 ? kView : kViewGroup, id, false));
-      },
-      [](int n) {
-        if (n % 10 == 0) ClearViewData();
-        std::this_thread::yield();
-      },
-  };
-  std::vector<std::thread> threads;
-  for (const auto& job : jobs) {
-    threads.emplace_back([&job] {
-      for (int n = 0; n < kRounds; ++n) job(n);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  ClearViewData();
-  EXPECT_EQ(LoadViews(), kLoaded);
-  EXPECT_EQ(ViewName(20), "loaded");
 }
 
 }  // namespace
