@@ -4,6 +4,7 @@
 
 #include <QLibrary>
 #include <QString>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -87,13 +88,24 @@ void Use(Plugin& plugin) {
     EXPECT_EQ(plugin.Call("GetPlanGroups", "").substr(0, 5), "true ");
     EXPECT_EQ(plugin.Call("GetPlanDetail", R"({"ID":"5"})").substr(0, 5), "true ");
   }).join();
+  // The user logs out and another logs in.
+  plugin.Resolve<void()>("ClearViewData")();
+  EXPECT_EQ(plugin.Call("GetPlanDetail", R"({"ID":"5"})").substr(0, 6), "false ");
+  EXPECT_EQ(plugin.Call("IsInitViewGroupFinish", "").substr(0, 5), "true ");
+  EXPECT_EQ(plugin.Call("IsInitViewFinish", "").substr(0, 5), "true ");
+  EXPECT_EQ(plugin.Call("GetPlanDetail", R"({"ID":"5"})").substr(0, 5), "true ");
   EXPECT_TRUE(plugin.Resolve<bool()>("UnInitEnvir")());
+}
+
+int Rounds() {
+  const char* const rounds = std::getenv("UNLOAD_ROUNDS");
+  return rounds ? std::atoi(rounds) : 5;
 }
 
 TEST(AHost, LoadsUsesAndReallyUnloadsTheLibraryAsOftenAsItLikes) {
   Downloads().SetDownloadedData(kGroups, kViews, true);
   Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, {});
-  for (int round = 0; round < 4; ++round) {
+  for (int round = 0; round < Rounds(); ++round) {
     ASSERT_FALSE(IsMapped(PLUGIN_LIBRARY)) << "round " << round;
     {
       Plugin plugin;
