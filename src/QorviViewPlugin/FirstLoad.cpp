@@ -213,9 +213,9 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   ReadRequest<protocol::ClienInitViewDataRequest>(request);
   protocol::ClienInitViewDataResponse answer;
   (Manager().*kind.load)(data, answer.error_info);
+  kind.done = true;  // also when memory does not suffice for the response: nothing may be loaded twice
   answer.init_finish = true;
   response = WriteResponse(answer);
-  kind.done = true;
   return true;
 }
 

@@ -17,8 +17,12 @@ CView& CView::operator=(const CView& other) {
 }
 
 bool CView::SetInfo(ViewInfo info) {
-  m_info.Set(std::make_shared<const ViewInfo>(std::move(info)));
+  SetInfo(std::make_shared<const ViewInfo>(std::move(info)));
   return true;
+}
+
+void CView::SetInfo(std::shared_ptr<const ViewInfo> info) {
+  m_info.Set(std::move(info));
 }
 
 std::map<int, bool> CView::Flags() const {
@@ -65,9 +69,28 @@ bool IsElementKnown(int type, unsigned int elementId) {
 }
 
 void MemberViews::Append(std::shared_ptr<CView> view) {
-  const size_t place = m_views.empty() ? 0 : m_views.rbegin()->first + 1;
-  m_places.emplace(view->GetID(), place);
+  const size_t place = NextPlace();
+  Places entry{{view->GetID(), place}};
   m_views.emplace_hint(m_views.end(), place, std::move(view));
+  m_places.merge(entry);  // moves the node, which cannot fail
+}
+
+void MemberViews::Append(MemberViews&& others) {
+  const size_t first = NextPlace();
+  while (!others.m_views.empty()) {
+    auto node = others.m_views.extract(others.m_views.begin());
+    node.key() += first;
+    m_views.insert(m_views.end(), std::move(node));
+  }
+  while (!others.m_places.empty()) {
+    auto node = others.m_places.extract(others.m_places.begin());
+    node.value().second += first;
+    m_places.insert(std::move(node));
+  }
+}
+
+size_t MemberViews::NextPlace() const {
+  return m_views.empty() ? 0 : m_views.rbegin()->first + 1;
 }
 
 bool MemberViews::Remove(unsigned int id) {
@@ -119,8 +142,10 @@ MemberViews CViewGroup::Members() const {
 bool CViewGroup::AddMemberView(std::shared_ptr<CView> view, bool) {
   if (!view) return false;
   WriteLock lock(m_memberLock);
-  vcViews.Remove(view->GetID());
+  const unsigned int id = view->GetID();
+  const bool replaces = vcViews.Find(id) != nullptr;
   vcViews.Append(std::move(view));
+  if (replaces) vcViews.Remove(id);
   return true;
 }
 
@@ -151,6 +176,11 @@ bool CViewGroup::ClearMemberViews() {
 void CViewGroup::AppendMemberView(const std::shared_ptr<CView>& view) {
   WriteLock lock(m_memberLock);
   vcViews.Append(view);
+}
+
+void CViewGroup::AppendMemberViews(MemberViews&& views) {
+  WriteLock lock(m_memberLock);
+  vcViews.Append(std::move(views));
 }
 
 }  // namespace QorviViewPlugin

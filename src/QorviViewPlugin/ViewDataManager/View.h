@@ -62,6 +62,8 @@ class CView : public Vant::Base::CNonThreadSafe {
   std::shared_ptr<const ViewInfo> Info() const { return m_info.Get(); }
   // Replaces the record; always true.
   bool SetInfo(ViewInfo info);
+  // The same, with a record made before; cannot fail.
+  void SetInfo(std::shared_ptr<const ViewInfo> info);
 
   // Marks that the elements of that resource type are watched for.
   void SetResourceFlag(int type, bool flag) EXCLUDES(m_flagLock);
@@ -86,7 +88,10 @@ bool IsElementKnown(int type, unsigned int elementId);
 // number. One thread at a time.
 class MemberViews {
  public:
+  // All or nothing.
   void Append(std::shared_ptr<CView> view);
+  // Takes the others over behind its own, in their order; cannot fail.
+  void Append(MemberViews&& others);
   // Removes the first member with that id; whether one was removed.
   bool Remove(unsigned int id);
   // The first member with that id, or empty.
@@ -95,6 +100,7 @@ class MemberViews {
 
  private:
   using Places = std::set<std::pair<unsigned int, size_t>>;
+  size_t NextPlace() const;
   // Of the first member with that id, or the end.
   Places::const_iterator FirstOf(unsigned int id) const;
 
@@ -117,7 +123,8 @@ class CViewGroup : public Vant::Base::CNonThreadSafe {
   std::shared_ptr<const ViewGroupInfo> Info() const { return m_info.Get(); }
   void SetInfo(ViewGroupInfo info);
 
-  // Takes out the first member of the view's id, if any, and appends the view. False for an empty pointer.
+  // Takes out the first member of the view's id, if any, and appends the view, all or nothing. False for an empty
+  // pointer.
   bool AddMemberView(std::shared_ptr<CView> view, bool reserved = false) EXCLUDES(m_memberLock);
   // Removes the first member with that id; whether one was removed.
   bool RemoveMemberView(unsigned int id) EXCLUDES(m_memberLock);
@@ -128,6 +135,8 @@ class CViewGroup : public Vant::Base::CNonThreadSafe {
   bool ClearMemberViews() EXCLUDES(m_memberLock);
   // Appends without looking for a member of the same id.
   void AppendMemberView(const std::shared_ptr<CView>& view) EXCLUDES(m_memberLock);
+  // The same for several; cannot fail.
+  void AppendMemberViews(MemberViews&& views) EXCLUDES(m_memberLock);
 
  private:
   MemberViews Members() const EXCLUDES(m_memberLock);

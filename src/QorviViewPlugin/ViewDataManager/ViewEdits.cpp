@@ -44,12 +44,14 @@ bool CViewGroupManager::ModifyView(const ViewInfo& info, ErrorCode& err) {
   }
   const std::shared_ptr<CView> view = GetViewByID(info.idView);
   if (!view) return true;
+  // What may want memory comes first: nothing after the new group's entry can fail.
+  auto record = std::make_shared<const ViewInfo>(info);
   const unsigned int oldGroupId = view->GetViewGroupID();
   if (oldGroupId != info.idViewGroup) {
+    AttachViewToGroup(view, info.idViewGroup);
     if (const auto oldGroup = GetViewGroupByID(oldGroupId)) oldGroup->RemoveMemberView(info.idView);
-    if (const auto newGroup = GetViewGroupByID(info.idViewGroup)) newGroup->AddMemberView(view);
   }
-  view->SetInfo(info);
+  view->SetInfo(std::move(record));
   return true;
 }
 

@@ -42,11 +42,18 @@ CViewGroupManager::~CViewGroupManager() {
 
 bool CViewGroupManager::InsertViewToCache(const ViewInfo& info, bool bSilent) {
   const auto view = std::make_shared<CView>(info);
+  bool isNew = false;
   {
     WriteLock lock(m_viewLock);
-    mapViews.emplace(info.idView, view);
+    isNew = mapViews.emplace(info.idView, view).second;
   }
-  AttachViewToGroup(view, info.idViewGroup);
+  try {
+    AttachViewToGroup(view, info.idViewGroup);
+  } catch (...) {
+    WriteLock lock(m_viewLock);
+    if (isNew) mapViews.erase(info.idView);
+    throw;
+  }
   if (!bSilent) {
     Notify(ChildNotice(info.idViewGroup, NoticeChildAdded, ResourceData::ResourceTypeView, info.idView),
            ResourceData::ResourceTypeViewGroup);

@@ -75,6 +75,7 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
     return false;
   }
   PendingChecks pending;
+  std::map<unsigned int, MemberViews> members;
   for (ViewInfo& info : read) {
     CollectPendingChecks(info, pending);
     if (changes) changes->push_back(info);
@@ -82,9 +83,14 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
     const unsigned int idViewGroup = info.idViewGroup;
     const auto view = std::make_shared<CView>(std::move(info));
     views.emplace(idView, view);
+    members[idViewGroup].Append(view);
+  }
+  // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
+  // again.
+  for (auto& [idViewGroup, joining] : members) {
     // Always the cached groups, also when `views` is not the cache. A view that a change document names thus becomes a
     // member beside the cached view of the same id.
-    if (const auto group = GetViewGroupByID(idViewGroup)) group->AppendMemberView(view);
+    if (const auto group = GetViewGroupByID(idViewGroup)) group->AppendMemberViews(std::move(joining));
   }
   if (!pending.empty()) SetPendingChecks(pending);
   return true;

@@ -4,13 +4,12 @@
 namespace QorviViewPlugin {
 
 void COrlUserObserver::OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) {
-  const bool succeeded = param.GetVal_enumState() == ResourceStore::CIOrlUserObserverParam::Succeeded;
-  const Vant::Base::Error::ErrorCode error =
-      succeeded ? Vant::Base::Error::ErrorCode() : param.GetVal_stru_error_code();
   MutexLock lock(m_lock);
+  m_bWaiting = false;  // whatever comes of the rest, lest somebody wait for ever
+  m_bSucceeded = false;
+  const bool succeeded = param.GetVal_enumState() == ResourceStore::CIOrlUserObserverParam::Succeeded;
+  m_error = succeeded ? Vant::Base::Error::ErrorCode() : param.GetVal_stru_error_code();
   m_bSucceeded = succeeded;
-  m_error = error;
-  m_bWaiting = false;
 }
 
 void COrlUserObserver::SetWaiting(bool waiting) {

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: Apache-2.0
+// What becomes of each exported function when memory runs out at any single moment of it.
+#include <cstdlib>
+#include <new>
+#include <sstream>
+
+#include "CallFixture.h"
+#include "NetLink/RapidJsonProto.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "ResourceStore/OrlUserManager.h"
+#include "ResourceStore/ViewGroupManager.h"
+
+namespace {
+
+enum class Want { OneAllocation, AllFromThere };
+
+// How many allocations of this thread still succeed; below 0: all.
+thread_local long t_left = -1;
+thread_local Want t_want = Want::OneAllocation;
+thread_local bool t_refused = false;
+
+bool MayAllocate() {
+  if (t_left < 0) return true;
+  if (t_left > 0) {
+    --t_left;
+    return true;
+  }
+  t_refused = true;
+  if (t_want == Want::OneAllocation) t_left = -1;
+  return false;
+}
+
+void* Allocate(std::size_t size, std::size_t alignment) {
+  void* const memory =
+      MayAllocate() ? std::aligned_alloc(alignment, (size + alignment) / alignment * alignment) : nullptr;
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+
+}  // namespace
+
+// The whole program's, its shared libraries included. The forms that these do not name end in them.
+void* operator new(std::size_t size) {
+  return Allocate(size, alignof(std::max_align_t));
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  return Allocate(size, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+  std::free(memory);
+}
+
+namespace call_test {
+namespace {
+
+// The calling thread's allocations fail from its `allowed`th on, or that one alone, until this ends.
+class Shortage {
+ public:
+  Shortage(long allowed, Want want) {
+    t_refused = false;
+    t_want = want;
+    t_left = allowed;
+  }
+  ~Shortage() { t_left = -1; }
+  Shortage(const Shortage&) = delete;
+  Shortage& operator=(const Shortage&) = delete;
+};
+
+constexpr char kGroups[] = R"({"ID":1,"Name":"one"},{"ID":2,"Name":"two","ParentViewGroupID":1})";
+constexpr char kViews[] =
+    R"({"ID":5,"Name":"five","ViewGroupID":1,"PlanPages":[{"PlanViewItem":[{"WindowNo":1,"ElementType":1001,)"
+    R"("ElementID":9}]}]},{"ID":6,"Name":"a name that no small string holds","ViewGroupID":2},{"ID":7,"Name":"seven"})";
+constexpr char kPlan[] =
+    R"("Name":"a plan with a name of some length","GroupID":"2","PlanPages":[{"windowDivision":4,"PlanItems":)"
+    R"([{"Sequence":0,"ResourceType":1001,"ResourceID":"9"},{"Sequence":1,"ResourceType":1001,"ResourceID":"10"}]}]})";
+
+class WantOfMemoryTest : public CallTest {
+ protected:
+  void Load() {
+    ClearViewData();
+    Downloads().SetDownloadedData(GroupsDocument(kGroups), ViewsDocument(kViews), true);
+    std::string response;
+    ASSERT_TRUE(IsInitViewGroupFinish("", response));
+    ASSERT_TRUE(IsInitViewFinish("", response));
+  }
+
+  // All that a host sees of the cache.
+  static std::string Cache() {
+    std::string text;
+    for (const char* parent : {"root", "-1", "1", "2"}) {
+      text += Call(GetPlanGroups, R"({"ParentID":")" + std::string(parent) + "\"}") + "\n";
+    }
+    for (const char* group : {"-1", "1", "2", "77"}) {
+      text += Call(GetPlansInGroup, R"({"GroupID":")" + std::string(group) + "\"}") + "\n";
+    }
+    for (const char* view : {"5", "6", "7", "77"}) {
+      text += Call(GetPlanDetail, R"({"ID":")" + std::string(view) + "\"}") + "\n";
+    }
+    return text;
+  }
+
+  // The lines of `now` that differ from those of `before`, which has as many.
+  static std::string Changed(const std::string& before, const std::string& now) {
+    std::istringstream lines(now);
+    std::istringstream linesBefore(before);
+    std::string line;
+    std::string changed;
+    for (std::string old; std::getline(lines, line) && std::getline(linesBefore, old);) {
+      if (line != old) changed += line + "\n";
+    }
+    return changed;
+  }
+
+  // Runs `call` once for each moment at which memory may run out. It answers whether it succeeded; `check` is told so.
+  // Answers at how many moments memory did run out.
+  template <class Call, class Check>
+  static int AtEachMoment(Want want, Call call, Check check) {
+    for (int moment = 0;; ++moment) {
+      bool succeeded = false;
+      {
+        const Shortage shortage(moment, want);
+        succeeded = call();
+      }
+      if (!t_refused) {
+        EXPECT_TRUE(succeeded);
+        return moment;
+      }
+      check(succeeded, moment);
+    }
+  }
+};
+
+TEST_F(WantOfMemoryTest, EveryExchangeFailsCleanlyAtEveryAllocation) {
+  Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().SetDownload(
+      {std::make_shared<ResourceStore::CUserInfo>(1, "a user whose name is long", true, 0)}, {});
+  const struct {
+    const char* name;
+    Exchange exchange;
+    std::string request;
+    std::string reply;
+  } cases[] = {
+      {"GetPlanGroups", GetPlanGroups, R"({"ParentID":"1"})", ""},
+      {"GetPlanGroups of the root", GetPlanGroups, R"({"ParentID":"root"})", ""},
+      {"GetPlansInGroup", GetPlansInGroup, R"({"GroupID":"2"})", ""},
+      {"GetPlanDetail", GetPlanDetail, R"({"ID":"5"})", ""},
+      {"GetPlanConfig", GetPlanConfig, "{}", ""},
+      {"GetCurrentUser", GetCurrentUser, "{}", ""},
+      {"GetAllUserInfo", GetAllUserInfo, "{}", ""},
+      {"AddPlanGroup", AddPlanGroup, R"({"Name":"a group with a long name","ParentID":"1"})",
+       R"({"ViewGroup":{"ID":77}})"},
+      {"UpdatePlanGroup", UpdatePlanGroup, R"({"ID":"2","Name":"another name, as long"})", "{}"},
+      {"DeletePlanGroup", DeletePlanGroup, R"({"ID":"2"})", "{}"},
+      {"AddPlan", AddPlan, std::string("{") + kPlan, R"({"View":{"ID":77}})"},
+      {"UpdatePlan", UpdatePlan, std::string(R"({"ID":"5",)") + kPlan, "{}"},
+      {"DeletePlan", DeletePlan, R"({"ID":"5"})", "{}"},
+      {"ViewShareUsers", ViewShareUsers, R"({"share_users":"3","view_id":"5"})", "{}"},
+      {"GetClientViewConfig", GetClientViewConfig, "{}", R"({"View":{"ID":5,"Type":1}})"},
+      {"SetClientViewConfig", SetClientViewConfig, R"({"view_type":1,"view_id":"5"})", "{}"},
+  };
+  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      server.Answer(Accepted(c.reply.empty() ? "{}" : c.reply));
+      Load();
+      const std::string before = Cache();
+      std::string response;
+      ASSERT_TRUE(c.exchange(c.request, response));
+      const std::string after = Cache();
+      Load();
+      const int moments = AtEachMoment(
+          want,
+          [&] {
+            response = "old";
+            return c.exchange(c.request, response);
+          },
+          [&](bool succeeded, int moment) {
+            NetLink::CRapidJsonProto document;
+            EXPECT_TRUE(document.set_str(response)) << moment << ": " << response;
+            // Memory may also run out when all is done and only the answer is left to be written.
+            const std::string now = Cache();
+            EXPECT_TRUE(now == after || (!succeeded && now == before)) << moment << ": " << Changed(before, now);
+            if (now != before) Load();
+          });
+      EXPECT_GT(moments, 2);
+      log->Take();
+      server.Take();
+    }
+  }
+}
+
+TEST_F(WantOfMemoryTest, AFirstLoadThatFailsIsMadeWholeByTheNextPoll) {
+  Load();
+  const std::string whole = Cache();
+  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
+    const auto loadAfresh = [] {
+      ClearViewData();
+      std::string groups;
+      std::string views;
+      return IsInitViewGroupFinish("", groups) && IsInitViewFinish("", views);
+    };
+    const int moments = AtEachMoment(want, loadAfresh, [&](bool, int moment) {
+      std::string response;
+      ASSERT_TRUE(IsInitViewGroupFinish("", response));
+      ASSERT_TRUE(IsInitViewFinish("", response));
+      ASSERT_EQ(Cache(), whole) << moment;
+    });
+    EXPECT_GT(moments, 20);
+  }
+}
+
+TEST_F(WantOfMemoryTest, AChangeMayBeLostButDoesNoHarm) {
+  const std::string document =
+      ViewsDocument(R"({"ID":77,"Name":"an added view of long name","ViewGroupID":2,"Method":0},)"
+                    R"({"ID":6,"Name":"a changed view of long name","ViewGroupID":2,"Method":1},{"ID":5,"Method":2})");
+  NotingObserver observer;
+  Load();
+  const std::string whole = Cache();
+  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
+    const auto change = [&] {
+      try {
+        Downloads().NotifyViewsUpdate(document);
+      } catch (const std::bad_alloc&) {
+        // The platform's own; the library lets nothing into its threads.
+      }
+      return true;
+    };
+    const int moments = AtEachMoment(want, change, [&](bool, int moment) {
+      Cache();
+      Load();
+      ASSERT_EQ(Cache(), whole) << moment;
+      core_test::Observe(observer, core_test::kViewGroup, "2");
+    });
+    EXPECT_GT(moments, 20);
+    Load();
+  }
+}
+
+}  // namespace
+}  // namespace call_test
