@@ -95,9 +95,9 @@ void ApplyViewGroupDocument(const std::string& data) {
 }
 
 // Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
-// applied in order by the thread that loaded. Who brings further ones then waits for that thread, lest a flood keep it
-// at work for ever; but not for long, since an observer that it calls may in turn wait for the bringer's callback to
-// end. m_lock is a leaf lock; nothing is applied under it.
+// applied in order by the thread that loaded. Who brings them waits for that thread, lest a flood fill the memory and
+// keep it at work for ever; but not for long, since the load itself, or an observer that it calls, may be waiting for
+// the bringer's callback to end. m_lock is a leaf lock; nothing is applied under it.
 class ChangeGate {
  public:
   using Apply = void (*)(const std::string&);
@@ -105,7 +105,7 @@ class ChangeGate {
   void Arrive(Apply apply, const std::string& data) EXCLUDES(m_lock) {
     {
       MutexLock lock(m_lock);
-      if (m_draining && m_loads == 0) m_drained.WaitFor(lock, kPatience);
+      if (m_loads > 0 || m_draining) m_drained.WaitFor(lock, kPatience);
       if (m_loads > 0 || m_draining) {
         m_waiting.push_back({apply, data});
         return;
