@@ -11,8 +11,6 @@ namespace QorviViewPlugin {
 // that makes JSON; commas come by themselves. One thread at a time.
 class JsonText {
  public:
-  void Reserve(size_t bytes) { m_text.reserve(bytes); }
-
   void BeginObject() { Begin('{'); }
   void EndObject() { m_text += '}'; }
   void BeginArray() { Begin('['); }

@@ -18,6 +18,14 @@ void Add(JsonText& json, std::string_view key, const std::string& text) {
   json.String(text);
 }
 
+template <class Write>
+void AddObject(JsonText& json, std::string_view key, const Write& write) {
+  json.Key(key);
+  json.BeginObject();
+  write();
+  json.EndObject();
+}
+
 // A list without elements is left out.
 template <class List, class Write>
 void AddList(JsonText& json, std::string_view key, const List& list, const Write& write) {
@@ -33,8 +41,6 @@ void AddList(JsonText& json, std::string_view key, const List& list, const Write
 }
 
 void WriteFishEye(JsonText& json, const FishEyeInfo& fisheye) {
-  json.Key("FishEye");
-  json.BeginObject();
   Add(json, "MountType", fisheye.mount_type);
   Add(json, "ExpandMode", fisheye.expand_mode);
   Add(json, "FishParentNo", fisheye.window_index);
@@ -44,12 +50,9 @@ void WriteFishEye(JsonText& json, const FishEyeInfo& fisheye) {
     Add(json, "PosY", FloatToString(param.pos_y));
     Add(json, "Zoom", FloatToString(param.zoom));
   });
-  json.EndObject();
 }
 
 void WriteCycle(JsonText& json, const SingleWndCycle& cycle) {
-  json.Key("Cycle");
-  json.BeginObject();
   Add(json, "Type", cycle.type);
   Add(json, "CycleTime", cycle.cycle_time);
   Add(json, "CycleName", cycle.cycle_name);
@@ -57,18 +60,14 @@ void WriteCycle(JsonText& json, const SingleWndCycle& cycle) {
     Add(json, "SiteID", AsSigned(resource.first));
     Add(json, "ResourceID", AsSigned(resource.second));
   });
-  json.EndObject();
 }
 
 void WriteEmap(JsonText& json, const CameraGridStruct& grid) {
-  json.Key("Emap");
-  json.BeginObject();
   Add(json, "LoadMode", grid.map_load_type);
   Add(json, "PosX", grid.map_center_x);
   Add(json, "PosY", grid.map_center_y);
   Add(json, "ScaleSize", grid.map_scale_size);
   Add(json, "ExtendInfo", grid.map_more_info);
-  json.EndObject();
 }
 
 void WriteMilliCorners(JsonText& json, const Rectangle& corners) {
@@ -79,22 +78,16 @@ void WriteMilliCorners(JsonText& json, const Rectangle& corners) {
 }
 
 void WriteCenterMark(JsonText& json, const CalibrationInfo& mark) {
-  json.Key("CenterMark");
-  json.BeginObject();
   WriteMilliCorners(json, mark.coordinate);
   Add(json, "StreamType", mark.stream_type);
-  json.EndObject();
 }
 
 void WriteZoomWindows(JsonText& json, const CameraGridStruct& grid) {
-  json.Key("ZoomWindowList");
-  json.BeginObject();
   Add(json, "ZoomMode", grid.zoom_mode);
   AddList(json, "ZoomWindow", grid.local_wins, [&json](const LocalWindowInfo& zoomWindow) {
     Add(json, "No", zoomWindow.ZoomWindowNo);
     WriteMilliCorners(json, zoomWindow.win_coordinate);
   });
-  json.EndObject();
 }
 
 void WriteWindow(JsonText& json, const CameraGridStruct& grid) {
@@ -116,17 +109,16 @@ void WriteWindow(JsonText& json, const CameraGridStruct& grid) {
   Add(json, "TrackIndex", LowBits(grid.uTrackIndex));
   Add(json, "StreamType", grid.stream_type);
 
-  if (grid.b_enable_fish_eye) WriteFishEye(json, grid.fisheye_info);
+  if (grid.b_enable_fish_eye) AddObject(json, "FishEye", [&] { WriteFishEye(json, grid.fisheye_info); });
   // A cycle through nothing is not written, whatever its name and time.
-  if (!grid.single_cycle.vc_id.empty()) WriteCycle(json, grid.single_cycle);
-  if (grid.enum_resource_type_ == ResourceTypeEmap) WriteEmap(json, grid);
-  if (grid.enable_calibration) WriteCenterMark(json, grid.calibration_info);
-  WriteZoomWindows(json, grid);
-  json.Key("RelatedZoomWindow");
-  json.BeginObject();
-  Add(json, "ViewItemWindowNo", grid.relate_view_win_no);
-  Add(json, "ZoomWindowNo", grid.relate_draw_box_no);
-  json.EndObject();
+  if (!grid.single_cycle.vc_id.empty()) AddObject(json, "Cycle", [&] { WriteCycle(json, grid.single_cycle); });
+  if (grid.enum_resource_type_ == ResourceTypeEmap) AddObject(json, "Emap", [&] { WriteEmap(json, grid); });
+  if (grid.enable_calibration) AddObject(json, "CenterMark", [&] { WriteCenterMark(json, grid.calibration_info); });
+  AddObject(json, "ZoomWindowList", [&] { WriteZoomWindows(json, grid); });
+  AddObject(json, "RelatedZoomWindow", [&] {
+    Add(json, "ViewItemWindowNo", grid.relate_view_win_no);
+    Add(json, "ZoomWindowNo", grid.relate_draw_box_no);
+  });
 }
 
 void WritePage(JsonText& json, const ViewPage& page) {
@@ -142,19 +134,18 @@ void WritePage(JsonText& json, const ViewPage& page) {
 std::string WriteViewDocument(const ViewInfo& view) {
   JsonText json;
   json.BeginObject();
-  json.Key("View");
-  json.BeginObject();
-  Add(json, "ID", AsSigned(view.idView));
-  Add(json, "Name", view.strName);
-  // The server knows "in no group" only as -1.
-  Add(json, "ViewGroupID", view.idViewGroup == 0 ? -1 : AsSigned(view.idViewGroup));
-  Add(json, "UserID", AsSigned(view.idUser));
-  Add(json, "SequenceIndex", LowBits(static_cast<unsigned long long>(view.nSequenceIndex)));
-  Add(json, "AutoCycle", view.nAutoCycle);
-  Add(json, "CycleTime", view.nCycleTime);
-  if (view.bShared) Add(json, "SharedUserID", 1);
-  AddList(json, "PlanPages", view.vcPages, [&json](const ViewPage& page) { WritePage(json, page); });
-  json.EndObject();
+  AddObject(json, "View", [&] {
+    Add(json, "ID", AsSigned(view.idView));
+    Add(json, "Name", view.strName);
+    // The server knows "in no group" only as -1.
+    Add(json, "ViewGroupID", view.idViewGroup == 0 ? -1 : AsSigned(view.idViewGroup));
+    Add(json, "UserID", AsSigned(view.idUser));
+    Add(json, "SequenceIndex", LowBits(static_cast<unsigned long long>(view.nSequenceIndex)));
+    Add(json, "AutoCycle", view.nAutoCycle);
+    Add(json, "CycleTime", view.nCycleTime);
+    if (view.bShared) Add(json, "SharedUserID", 1);
+    AddList(json, "PlanPages", view.vcPages, [&json](const ViewPage& page) { WritePage(json, page); });
+  });
   json.EndObject();
   return json.Take();
 }
