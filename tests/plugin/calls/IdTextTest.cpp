@@ -7,8 +7,6 @@
 
 #include <algorithm>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "../../platform/ScriptedServer.h"
 #include "BizShared/NetCommManager.h"

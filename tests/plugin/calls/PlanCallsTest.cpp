@@ -111,16 +111,5 @@ TEST_F(PlanCallsTest, ChangingSendsThePlanAndMovesItInTheCache) {
   EXPECT_EQ(At(Sent().body, "/View/UserID"), "-1");
 }
 
-TEST_F(PlanCallsTest, DeletingSendsTheIdAndTakesThePlanOutOfTheCache) {
-  CacheView(3, "three", 1, kNoId);
-  server.Answer(Accepted());
-  EXPECT_EQ(Call(DeletePlan, R"({"ID":"3","Name":"other","GroupID":"1","GroupName":"x","UserID":"9"})"),
-            R"(true {"ErrorInfo":""})");
-  EXPECT_EQ(Sent().url, "/NXAPI/Vantorel/Platform/V0/Views/3");
-  EXPECT_EQ(ViewName(3), "(none)");
-  EXPECT_EQ(Call(DeletePlan, R"({"ID":3})"), R"(true {"ErrorInfo":""})");
-  EXPECT_EQ(Sent().url, "/NXAPI/Vantorel/Platform/V0/Views/0");
-}
-
 }  // namespace
 }  // namespace call_test

@@ -23,9 +23,9 @@ TEST_F(PlanGroupCallsTest, TheRootHasThreeFoldersWhateverTypeIsAskedFor) {
 }
 
 TEST_F(PlanGroupCallsTest, ChildrenAreListedByTypeButCountedAltogether) {
-  CacheGroup(9, "private", 1, 3);
-  CacheGroup(5, "public", 0, 3);
   CacheGroup(0xFFFFFFF0, "private too", 1, 3);
+  CacheGroup(5, "public", 0, 3);
+  CacheGroup(9, "private", 1, 3);
   CacheGroup(6, "elsewhere", 1, 5);
   EXPECT_EQ(Call(GetPlanGroups, R"({"ParentID":"3","GroupType":1})"),
             R"(true {"ErrorInfo":"","Total":3,"PlanGroups":[)"

@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "CallFixture.h"
-#include "NetLink/RapidJsonProto.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
@@ -52,6 +51,7 @@ std::string Fault(Exchange exchange, const std::string& request) {
   const bool succeeded = exchange(request, response);
   NetLink::CRapidJsonProto document;
   if (!document.set_str(response)) return "not JSON: " + response;
+  if (exchange == GetAllUserInfo && !succeeded) return "no users: " + response;
   if (exchange != GetPlanDetail || !succeeded) return {};
   const std::string mark = document.get_v("/Name", "");
   for (const char* window : {"[1]", "[2]"}) {

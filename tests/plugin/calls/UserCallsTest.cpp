@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "BizShared/UserCommonManager.h"
 #include "CallFixture.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "ResourceStore/OrlUserManager.h"
@@ -27,7 +26,7 @@ TEST_F(UserCallsTest, TheCurrentUserIsThePlatforms) {
   EXPECT_EQ(log->Take(), Texts{InfoLine("[GetCurrentUser]GetCurrentUser Failed")});
 }
 
-TEST_F(UserCallsTest, AllUsersAreListedInTheServersOrder) {
+TEST_F(UserCallsTest, AllUsersAreListedInTheServersOrderAndNobodyWhereThatFails) {
   Downloads().SetDownload({std::make_shared<CUserInfo>(0x1'0000'0009, "zoe", true, 2),
                            std::make_shared<CUserInfo>(-1, "\xC3\xA4", false, -5)},
                           ErrorCode());
@@ -36,17 +35,11 @@ TEST_F(UserCallsTest, AllUsersAreListedInTheServersOrder) {
             R"({"user_id":9,"user_name":"zoe","user_online":true,"user_ptz_ability":2},)"
             "{\"user_id\":-1,\"user_name\":\"\xC3\xA4\",\"user_online\":false,\"user_ptz_ability\":-5}]}");
   EXPECT_EQ(log->Take(), Texts{InfoLine("[GetAllUserInfo]GetAllUserInfo Success User Number: 2")});
-  Downloads().SetDownload({}, ErrorCode());
-  EXPECT_EQ(Call(GetAllUserInfo), R"(true {"error_info":"","user_detail_list":[]})");
-}
-
-TEST_F(UserCallsTest, AFailedUserDownloadListsNobody) {
-  Downloads().SetDownload({std::make_shared<CUserInfo>(1, "a", true, 2)}, ErrorCode());
-  Call(GetAllUserInfo);
-  log->Take();
   Downloads().SetDownload({}, ErrorCode(100, 8, 0, ""));
   EXPECT_EQ(Call(GetAllUserInfo), R"(false {"error_info":"Internal error of the server","user_detail_list":[]})");
   EXPECT_EQ(log->Take(), Texts{InfoLine("[GetAllUserInfo]GetAllUserInfo Failed: Internal error of the server")});
+  Downloads().SetDownload({}, ErrorCode());
+  EXPECT_EQ(Call(GetAllUserInfo), R"(true {"error_info":"","user_detail_list":[]})");
 }
 
 TEST_F(UserCallsTest, SharingSendsTheUsersAndTheIdAsTheyStand) {

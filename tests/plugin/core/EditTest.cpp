@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The manager's edits: the server first, then, silently, the cache.
-#include <future>
-
 #include "CoreFixture.h"
 #include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
 #include "ResourceStore/OrlUserManager.h"
@@ -125,19 +123,6 @@ TEST_F(UsersTest, EachCallWaitsForADownloadOfItsOwn) {
   EXPECT_EQ(Asked(false), "ada 4/503/0/down");
   Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(2, "eve", false, 3)}, ErrorCode());
   EXPECT_EQ(Asked(true), "eve 0/0/0/");
-}
-
-TEST_F(UsersTest, SeveralThreadsMayAskAtOnce) {
-  Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, ErrorCode());
-  std::vector<std::future<bool>> answers;
-  for (int n = 0; n < 4; ++n) {
-    answers.push_back(std::async(std::launch::async, [] {
-      std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
-      ErrorCode own;
-      return Manager().GetAllUsers(own, users) && users.size() == 1;
-    }));
-  }
-  for (auto& answer : answers) EXPECT_TRUE(answer.get());
 }
 
 TEST(UserObserver, TakesEveryEndButSuccessForAFailure) {

@@ -142,8 +142,9 @@ TEST_F(FirstLoadTest, ChangesOfViewsReachCacheAndObservers) {
   Watch();
   ChangeViews(
       R"({"ID":9,"Name":"new","ViewGroupID":1},{"ID":6,"Name":"SIX","Method":1},{"ID":5,"ViewGroupID":1,)"
-      R"("Method":2},{"ID":77,"Method":2},{"ID":9,"Name":"ignored","Method":3},{"ID":9,"Name":"ignored","Method":-1})");
-  EXPECT_EQ(ViewName(9) + ViewName(6) + ViewName(5), "newSIX(none)");
+      R"("Method":2},{"ID":77,"Method":2},{"ID":8,"Name":"ignored","Method":1},{"ID":9,"Name":"ignored","Method":3},)"
+      R"({"ID":9,"Name":"ignored","Method":-1})");
+  EXPECT_EQ(ViewName(9) + ViewName(6) + ViewName(5) + ViewName(8), "newSIX(none)(none)");
   EXPECT_EQ(ofGroups.Take(), (Texts{"group 1 state 3 child '9' 16000 name '' reserved 1 info ''",
                                     "group 1 state 4 child '5' 16000 name '' reserved 1 info ''"}));
   EXPECT_EQ(ofViews.Take(), Texts{"view 6 state 7 child '' 1001 name '' reserved 1 info ''"});
@@ -182,27 +183,10 @@ TEST_F(FirstLoadTest, AModifiedOrDeletedViewLeavesASecondObjectAmongItsGroupsMem
   // A deletion that names no group adds none.
   ChangeViews(R"({"ID":6,"Method":2})");
   EXPECT_EQ(Members(1).size(), 2u);
-}
-
-TEST_F(FirstLoadTest, RubbishBetweenTwoChangesIsDropped) {
-  Load();
-  log->Take();
-  const std::string rubbish[] = {"",
-                                 "{",
-                                 "[]",
-                                 Refused(100, 8, "broken"),
-                                 std::string(100000, '['),
-                                 ViewsDocument("null,7,[],{\"Method\":\"x\"}")};
-  for (const std::string& text : rubbish) {
-    ChangeViews(R"({"ID":9,"Name":"new"})");
-    Downloads().NotifyViewsUpdate(text);
-    ChangeViews(R"({"ID":9,"Name":"changed","Method":1})");
-    EXPECT_EQ(ViewName(9), "changed");
-    ChangeGroups(R"({"ID":3,"Name":"new"})");
-    Downloads().NotifyViewGroupsUpdate(text);
-    ChangeGroups(R"({"ID":3,"Name":"changed","Method":1})");
-    EXPECT_EQ(GroupName(3), "changed");
-  }
+  // One that was moved stays in its old group's list.
+  ChangeViews(R"({"ID":9,"ViewGroupID":1},{"ID":9,"Name":"moved","ViewGroupID":2,"Method":1})");
+  EXPECT_EQ(Manager().GetViewByID(9)->GetViewGroupID(), 2u);
+  EXPECT_EQ(MemberNames(1), (Texts{"FIVE", "gone", "moved"}));
 }
 
 TEST_F(FirstLoadTest, AnObserverThatThrowsKeepsNoChangeFromTheCache) {

@@ -174,6 +174,15 @@ TEST_F(PendingChecksTest, FireForWatchedTypesOfModifiedViewsThatAreCachedAndLeav
   EXPECT_EQ(Taken(), (PendingChecks{{1002, {9}}, {1006, {9}}}));
 }
 
+TEST_F(PendingChecksTest, AreForgottenWithReadinessByClearing) {
+  PendingChecks checks{{1001, {9}}};
+  Manager().SetPendingChecks(checks);
+  Manager().SetResourceReady(true);
+  Manager().ClearViewData();
+  EXPECT_EQ(Taken(), PendingChecks());
+  EXPECT_FALSE(Manager().IsResourceReady());
+}
+
 TEST_F(PendingChecksTest, AViewWhoseOwnElementsAreGoneNoLongerCounts) {
   ViewInfo view = View(9);
   view.vcPages = {{"", 1, {CameraGridStruct()}}};

@@ -130,17 +130,11 @@ TEST_P(SessionTest, SucceedsWhenTheSubErrorIsZero) {
   Expect(true, "-1/0/1/" + Cascading(""), Succeeded());
 }
 
-TEST_P(SessionTest, PassesOnTheTransportsRecordWhenNoReplyArrives) {
+TEST_P(SessionTest, FailsWithTheTransportsOrTheServersErrorElseMinusOne) {
   server.BreakDown(ErrorCode(4, 503, 6, "wire"));
   Expect(false, "4/503/6/wire", Failed(GetParam().beforeTransportFailure, 4, 503));
-}
-
-TEST_P(SessionTest, FailsWithTheStatusOfARefusal) {
   server.Answer(Refused(100, 4, "c"));
   Expect(false, "100/4/1/" + Cascading("c"), Failed(GetParam().before, 100, 4));
-}
-
-TEST_P(SessionTest, FailsWithMinusOneWhenTheReplyHasNoStatus) {
   for (const char* body : {"{}", "[]", "null", "not JSON", R"({"ResponseStatus":[]})"}) {
     SCOPED_TRACE(body);
     server.Answer(body);

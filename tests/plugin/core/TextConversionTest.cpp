@@ -54,24 +54,16 @@ TEST(TextsToNumbers, GiveTheValuesThatHostsRelyOn) {
 }
 
 TEST(TextsToNumbers, AreReadAsByStreamExtraction) {
-  for (const char* text : {"", " ", "0", "-0", "+7", "007", "- 1", "--1", "+-1", "12 13", "1,5", "1'000", "\u00a03"}) {
-    ExpectAsStreamsRead(text);
-  }
-  for (const char* text :
-       {"1.5",   "1.5.5", ".5",  "-.5",   ".",      "-",      "+",     "1e",   "1e+", "1e-", "1e5", "1E-2x",
-        "1e5.5", "e5",    ".e5", "1e400", "-1e400", "1e-400", "1e-45", "0x1F", "inf", "nan", "0.1", "\v\f\r 3"}) {
-    ExpectAsStreamsRead(text);
-  }
-  for (const char* text : {"4294967295", "4294967296", "-4294967295", "-4294967296", "2147483647", "2147483648",
-                           "-2147483648", "-2147483649", "99999999999999999999", "16777217"}) {
+  for (const char* text : {"root",       "1'000",      "\u00a03",     "0x1F",        "inf",
+                           "nan",        "1e400",      "-1e400",      "1e-400",      "1e-45",
+                           "\v\f\r 3",   "4294967295", "4294967296",  "-4294967295", "-4294967296",
+                           "2147483647", "2147483648", "-2147483648", "-2147483649", "99999999999999999999",
+                           "16777217"}) {
     ExpectAsStreamsRead(text);
   }
   ExpectAsStreamsRead("340282350000000000000000000000000000000");
   ExpectAsStreamsRead("340282360000000000000000000000000000001");
   ExpectAsStreamsRead(std::string("3\0004", 3));
-}
-
-TEST(TextsToNumbers, AreReadAsByStreamExtractionWhateverTheText) {
   std::mt19937 random(20240611);
   const std::string alphabet = "00123456789+-..eE xX,\t\n";
   for (int n = 0; n < 60000; ++n) {
@@ -127,13 +119,6 @@ TEST(Thousandths, AreTruncatedTowardZeroAndSaturate) {
   for (const auto& [value, milli] : rows) EXPECT_EQ(ToMilli(value), milli) << value;
   EXPECT_EQ(FromMilli(123), 0.123f);
   EXPECT_EQ(FromMilli(-1), -0.001f);
-}
-
-TEST(WireNumbers, KeepTheLow32BitsAndComeBackWithTheirSign) {
-  EXPECT_EQ(LowBits(~0ull), -1);
-  EXPECT_EQ(LowBits(0x1'0000'0005ull), 5);
-  EXPECT_EQ(SignExtended(-1), ~0ull);
-  EXPECT_EQ(SignExtended(5), 5ull);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The core from several threads at once; run under ThreadSanitizer too.
-#include <future>
 #include <thread>
 
+#include "../../Gate.h"
 #include "CoreFixture.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
@@ -13,29 +13,21 @@ namespace {
 
 using namespace QorviViewPlugin;
 using namespace std::chrono_literals;
-
-// Holds the one who passes until it is opened, for 30 s at most, so that a fault fails a test instead of hanging it.
-class Gate {
- public:
-  void Pass() {
-    m_reached.set_value();
-    m_open.get_future().wait_for(30s);
-  }
-  bool WaitUntilReached() { return m_reached.get_future().wait_for(30s) == std::future_status::ready; }
-  void Open() { m_open.set_value(); }
-
- private:
-  std::promise<void> m_reached, m_open;
-};
+using testing_support::Gate;
 
 class ThreadTest : public CoreTest {
  protected:
+  ThreadTest() { CacheGroup(Group(1)); }
   static std::string LoadViews() { return Call(IsInitViewFinish); }
-  // Makes the next first load of views stop while it fills, until the gate is opened.
-  void HoldTheFill() {
+  // Starts a first load of these views, which stops while it fills until the gate is opened.
+  std::future<std::string> StartHeldLoad(const std::string& views) {
+    Downloads().SetDownloadedData("", ViewsDocument(views), true);
     log->onLine = [this](const std::string& text) {
       if (text.find("init view_messgae data") != std::string::npos) filling.Pass();
     };
+    auto load = std::async(std::launch::async, LoadViews);
+    EXPECT_TRUE(filling.WaitUntilReached());
+    return load;
   }
 
   Gate filling;
@@ -44,10 +36,7 @@ class ThreadTest : public CoreTest {
 constexpr char kLoaded[] = R"(true {"error_info":"","init_finish":true})";
 
 TEST_F(ThreadTest, ASecondThreadThatStartsAFirstLoadWaitsForTheFirst) {
-  Downloads().SetDownloadedData("", ViewsDocument(R"({"ID":5,"Name":"five"})"), true);
-  HoldTheFill();
-  auto first = std::async(std::launch::async, LoadViews);
-  ASSERT_TRUE(filling.WaitUntilReached());
+  auto first = StartHeldLoad(R"({"ID":5,"Name":"five"})");
   auto second = std::async(std::launch::async, [] {
     const std::string answer = LoadViews();
     return answer + ViewName(5);
@@ -59,17 +48,12 @@ TEST_F(ThreadTest, ASecondThreadThatStartsAFirstLoadWaitsForTheFirst) {
 }
 
 TEST_F(ThreadTest, ChangesThatArriveDuringAFillAreAppliedAfterItInOrder) {
-  CacheGroup(Group(1));
-  Downloads().SetDownloadedData("", ViewsDocument(R"({"ID":5,"Name":"five","ViewGroupID":1},{"ID":6,"ViewGroupID":1})"),
-                                true);
   NotingObserver observer;
   Texts namesSeen;
   observer.onNotice = [&](const auto&) { namesSeen.push_back(ViewName(9)); };
   Observe(observer, kViewGroup, "1");
   Observe(observer, kView, "9");
-  HoldTheFill();
-  auto load = std::async(std::launch::async, LoadViews);
-  ASSERT_TRUE(filling.WaitUntilReached());
+  auto load = StartHeldLoad(R"({"ID":5,"Name":"five","ViewGroupID":1},{"ID":6,"ViewGroupID":1})");
   std::thread platform([] {
     Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":9,"Name":"new","ViewGroupID":1})"));
     Downloads().NotifyViewsUpdate("rubbish");
@@ -87,20 +71,16 @@ TEST_F(ThreadTest, ChangesThatArriveDuringAFillAreAppliedAfterItInOrder) {
 }
 
 TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
-  CacheGroup(Group(1));
-  Downloads().SetDownloadedData("", ViewsDocument(""), true);
   Gate applying;
   NotingObserver observer;
   observer.onNotice = [&](const auto& param) {
     if (param.child_id == "1") applying.Pass();
   };
   Observe(observer, kViewGroup, "1");
-  HoldTheFill();
   const auto add = [](const char* id) {
     Downloads().NotifyViewsUpdate(ViewsDocument(std::string(R"({"ID":)") + id + R"(,"ViewGroupID":1})"));
   };
-  auto load = std::async(std::launch::async, LoadViews);
-  ASSERT_TRUE(filling.WaitUntilReached());
+  auto load = StartHeldLoad("");
   add("1");
   add("2");
   filling.Open();
@@ -117,8 +97,6 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
 }
 
 TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
-  CacheGroup(Group(1));
-  Downloads().SetDownloadedData("", ViewsDocument(""), true);
   Gate applying;
   std::atomic<bool> isHeld{false};
   std::atomic<bool> stop{false};
@@ -128,9 +106,7 @@ TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
     if (!stop) std::this_thread::sleep_for(2ms);
   };
   Observe(slow, kViewGroup, "1");
-  HoldTheFill();
-  auto load = std::async(std::launch::async, LoadViews);
-  ASSERT_TRUE(filling.WaitUntilReached());
+  auto load = StartHeldLoad("");
   const auto change = [] { Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":1,"ViewGroupID":1})")); };
   for (int n = 0; n < 5; ++n) change();
   filling.Open();
@@ -149,13 +125,11 @@ TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
 }
 
 TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
-  CacheGroup(Group(1));
-  std::atomic<bool> stop{false};
   NotingObserver guest;
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> visitors;
   for (int n = 0; n < 2; ++n) {
-    threads.emplace_back([&] {
-      while (!stop) {
+    visitors.emplace_back([&](const std::stop_token& end) {
+      while (!end.stop_requested()) {
         Observe(guest, kViewGroup, "1");
         Unobserve(guest, kViewGroup, "1");
       }
@@ -164,14 +138,12 @@ TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
   NotingObserver resident;
   Observe(resident, kViewGroup, "1");
   for (unsigned int id = 1; id <= 500; ++id) Manager().InsertViewToCache(View(id, 1), false);
-  stop = true;
-  for (std::thread& thread : threads) thread.join();
+  visitors.clear();
   EXPECT_EQ(resident.Take().size(), 500u);
   EXPECT_EQ(Members(1).size(), 500u);
 }
 
 TEST_F(ThreadTest, TheNoticeOfARemovedGroupComesUnderTheGroupTablesLock) {
-  CacheGroup(Group(1));
   CacheView(View(9, 1));
   NotingObserver observer;
   std::future<std::string> reader;

@@ -2,17 +2,15 @@
 // Loads the built library as a host does, uses it, and unloads it for good, several times in one process.
 #include <gtest/gtest.h>
 
-#include <QLibrary>
-#include <QString>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ResourceObserver.h"
 #include "ResourceStore/ViewGroupManager.h"
+#include "host/Plugin.h"
 
 namespace {
 
@@ -46,55 +44,37 @@ struct CountingObserver : ResourceData::IResourceObserver {
   int notices = 0;
 };
 
-class Plugin {
- public:
-  Plugin() : m_library(PLUGIN_LIBRARY) { EXPECT_TRUE(m_library.load()) << m_library.errorString().toStdString(); }
-  ~Plugin() { EXPECT_TRUE(m_library.unload()); }
-
-  template <class Function>
-  Function* Resolve(const char* name) {
-    const QFunctionPointer function = m_library.resolve(name);
-    EXPECT_NE(function, nullptr) << name;
-    return reinterpret_cast<Function*>(function);
-  }
-  // "<result> <response>", or nothing when there is no such exchange.
-  std::string Call(const char* name, const std::string& request) {
-    auto* const exchange = Resolve<bool(const std::string&, std::string&)>(name);
-    if (!exchange) return "";
-    std::string response = "untouched";
-    const bool result = exchange(request, response);
-    return (result ? "true " : "false ") + response;
-  }
-
- private:
-  QLibrary m_library;
-};
+// "<result> <response>".
+std::string Call(const host::Plugin& plugin, const char* name, const std::string& request) {
+  std::string response = "untouched";
+  const bool result = plugin.Ask(name, request, response);
+  return (result ? "true " : "false ") + response;
+}
 
 // Uses what leaves traces in the platform: change callbacks, the observer of the users, observers of changes.
-void Use(Plugin& plugin) {
+void Use(const host::Plugin& plugin) {
   CountingObserver observer;
-  auto* const registerObserver =
-      plugin.Resolve<void(ResourceData::IResourceObserver*, std::string)>("ViewRegisterResourceUpdate");
-  ASSERT_TRUE(plugin.Resolve<bool()>("InitEnvir")());
-  ASSERT_EQ(plugin.Call("IsInitViewGroupFinish", ""), R"(true {"error_info":"","init_finish":true})");
-  ASSERT_EQ(plugin.Call("IsInitViewFinish", ""), R"(true {"error_info":"","init_finish":true})");
-  registerObserver(&observer, R"({"ResourceType":16001,"ID":"1","IsRegister":true})");
+  const auto call = [&](const char* name, const std::string& request) { return Call(plugin, name, request); };
+  ASSERT_TRUE(plugin.Ask("InitEnvir"));
+  ASSERT_EQ(call("IsInitViewGroupFinish", ""), R"(true {"error_info":"","init_finish":true})");
+  ASSERT_EQ(call("IsInitViewFinish", ""), R"(true {"error_info":"","init_finish":true})");
+  plugin.Register(&observer, R"({"ResourceType":16001,"ID":"1","IsRegister":true})");
   Downloads().NotifyViewsUpdate(kAddedView);
   EXPECT_EQ(observer.notices, 1);
-  EXPECT_EQ(plugin.Call("GetAllUserInfo", "").substr(0, 5), "true ");
+  EXPECT_EQ(call("GetAllUserInfo", "").substr(0, 5), "true ");
   // A thread of the host that lives longer than the library would keep what is bound to threads.
   std::thread([&] {
-    EXPECT_EQ(plugin.Call("GetPlansInGroup", R"({"GroupID":"1"})").substr(0, 5), "true ");
-    EXPECT_EQ(plugin.Call("GetPlanGroups", "").substr(0, 5), "true ");
-    EXPECT_EQ(plugin.Call("GetPlanDetail", R"({"ID":"5"})").substr(0, 5), "true ");
+    EXPECT_EQ(call("GetPlansInGroup", R"({"GroupID":"1"})").substr(0, 5), "true ");
+    EXPECT_EQ(call("GetPlanGroups", "").substr(0, 5), "true ");
+    EXPECT_EQ(call("GetPlanDetail", R"({"ID":"5"})").substr(0, 5), "true ");
   }).join();
   // The user logs out and another logs in.
-  plugin.Resolve<void()>("ClearViewData")();
-  EXPECT_EQ(plugin.Call("GetPlanDetail", R"({"ID":"5"})").substr(0, 6), "false ");
-  EXPECT_EQ(plugin.Call("IsInitViewGroupFinish", "").substr(0, 5), "true ");
-  EXPECT_EQ(plugin.Call("IsInitViewFinish", "").substr(0, 5), "true ");
-  EXPECT_EQ(plugin.Call("GetPlanDetail", R"({"ID":"5"})").substr(0, 5), "true ");
-  EXPECT_TRUE(plugin.Resolve<bool()>("UnInitEnvir")());
+  std::get<host::Plugin::Command> (*plugin.Find("ClearViewData"))();
+  EXPECT_EQ(call("GetPlanDetail", R"({"ID":"5"})").substr(0, 6), "false ");
+  EXPECT_EQ(call("IsInitViewGroupFinish", "").substr(0, 5), "true ");
+  EXPECT_EQ(call("IsInitViewFinish", "").substr(0, 5), "true ");
+  EXPECT_EQ(call("GetPlanDetail", R"({"ID":"5"})").substr(0, 5), "true ");
+  EXPECT_TRUE(plugin.Ask("UnInitEnvir"));
 }
 
 int Rounds() {
@@ -108,7 +88,7 @@ TEST(AHost, LoadsUsesAndReallyUnloadsTheLibraryAsOftenAsItLikes) {
   for (int round = 0; round < Rounds(); ++round) {
     ASSERT_FALSE(IsMapped(PLUGIN_LIBRARY)) << "round " << round;
     {
-      Plugin plugin;
+      const host::Plugin plugin(PLUGIN_LIBRARY);
       EXPECT_TRUE(IsMapped(PLUGIN_LIBRARY));
       Use(plugin);
     }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "ModelText.h"
+#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 
 namespace QorviViewPlugin {
 namespace {
@@ -123,9 +124,10 @@ TEST(AWrittenView, SendsBothKindsOfNoGroupAsMinusOne) {
 TEST(AWrittenView, ConvertsTheKindOfTheRelatedResource) {
   const std::pair<int, int> rows[] = {{0, 1001}, {1, 7001}, {4, 1002}, {5, 2004},
                                       {8, 1027}, {-1, -1},  {2, 2},    {1005, 1005}};
+  CViewGroupManager& manager = Vant::Base::CSingleton<CViewGroupManager>::Instance();
   for (const auto& [model, server] : rows) {
-    EXPECT_EQ(RelateTypeToServerNumber(static_cast<RelateResourceType>(model)), server);
-    EXPECT_EQ(RelateTypeFromServer(server), model);
+    EXPECT_EQ(manager.RelateTypeToServer(static_cast<RelateResourceType>(model)), server);
+    EXPECT_EQ(manager.ServerToRelateType(server), model);
   }
 }
 

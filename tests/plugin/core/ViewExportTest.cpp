@@ -10,19 +10,6 @@ namespace {
 
 using namespace QorviViewPlugin;
 
-TEST(RecordWrapper, StartsWithANewRecord) {
-  const CCameraGridStruct window;
-  EXPECT_EQ(window.GetVal_enum_resource_type_(), 1001);
-  EXPECT_EQ(window.GetVal_map_load_type(), 1);
-  EXPECT_EQ(window.GetVal_idView(), 4294967295u);
-  EXPECT_EQ(window.GetVal_uPresetIndex(), ~0ull);
-  EXPECT_EQ(window.GetVal_relate_type(), -1);
-  EXPECT_EQ(window.GetVal_relate_draw_box_no(), -1);
-  EXPECT_EQ(window.GetVal_struRect()->GetVal_fYBottom(), -1.0f);
-  EXPECT_EQ(window.GetVal_single_cycle()->GetVal_type(), 0);
-  EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()), "");
-}
-
 TEST(RecordWrapper, CopiesARecordAndSharesAPointerOrAnotherWrapper) {
   Rectangle record{1, 2, 3, 4};
   CRectangle fromRecord(record);
@@ -46,6 +33,7 @@ TEST(RecordWrapper, CopiesARecordAndSharesAPointerOrAnotherWrapper) {
 
 TEST(RecordWrapper, HandsOutNestedRecordsAsCopies) {
   CCameraGridStruct window;
+  EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()), "");
   window.GetVal_struRect()->SetVal_fXTop(0.5f);
   EXPECT_EQ(window.GetVal_struRect()->GetVal_fXTop(), -1.0f);
 
@@ -71,40 +59,6 @@ TEST(RecordWrapper, HandsOutNestedRecordsAsCopies) {
             "rect=(1,2,3,4) mark_box=(9,2,3,4) mark_stream=2 fisheye=3/0/0+1:0.5,0.25,2 cycle=0/0/'doors'+5:9");
   EXPECT_EQ(window.GetVal_fisheye_info()->GetVal_vc_wnd_param().size(), 1u);
   EXPECT_EQ(window.GetVal_single_cycle()->GetVal_vc_id().at(0).second, 9u);
-}
-
-TEST(RecordWrapper, SettersReachTheirOwnField) {
-  CCameraGridStruct window;
-  window.SetVal_idView(1);
-  window.SetVal_uIndex(2);
-  window.SetVal_n_seq_index(3);
-  window.SetVal_camera_workstation_id(4);
-  window.SetVal_id_element_(5);
-  window.SetVal_enum_resource_type_(static_cast<ResourceType>(6));
-  window.SetVal_bPTZConfigured(true);
-  window.SetVal_uPresetIndex(7);
-  window.SetVal_uCruiseIndex(8);
-  window.SetVal_uTrackIndex(9);
-  window.SetVal_idPOS(10);
-  window.SetVal_stream_type(static_cast<ResourceStore::Stream::StreamType>(11));
-  window.SetVal_map_center_x("12");
-  window.SetVal_map_center_y("13");
-  window.SetVal_map_scale_size(14);
-  window.SetVal_map_more_info("15");
-  window.SetVal_relate_type(static_cast<RelateResourceType>(16));
-  window.SetVal_relate_id(17);
-  window.SetVal_relate_name("18");
-  window.SetVal_map_load_type(static_cast<MapLoadType>(19));
-  window.SetVal_extend_resource("20");
-  window.SetVal_enable_calibration(true);
-  window.SetVal_zoom_mode(static_cast<ZoomMode>(21));
-  window.SetVal_relate_view_win_no("22");
-  window.SetVal_relate_draw_box_no(23);
-  window.SetVal_b_enable_fish_eye(true);
-  EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()),
-            "idView=1 uIndex=2 n_seq_index=3 site=4 element=5 type=6 ptz=1 preset=7 cruise=8 track=9 pos=10 stream=11 "
-            "center_x='12' center_y='13' scale=14 more='15' relate_type=16 relate_id=17 relate_name='18' load=19 "
-            "extend='20' mark=1 zoom_mode=21 related_window='22' related_box=23 has_fisheye=1");
 }
 
 TEST(RecordWrapper, AppendsZoomWindowsAndHandsThemOutAsCopies) {
@@ -153,6 +107,26 @@ TEST_F(LookUpTest, ACopiedViewOrGroupGoesItsOwnWay) {
   EXPECT_EQ(group.FindMemberView(9)->GetName(), "new");  // members are those of the cache
   Manager().RemoveViewFromCache(9, true);
   EXPECT_NE(group.FindMemberView(9), nullptr);
+}
+
+TEST_F(LookUpTest, AGroupKeepsMembersOnceEachInTheOrderOfTheirLastArrival) {
+  CacheGroup(Group(1));
+  const auto group = Manager().GetViewGroupByID(1);
+  std::vector<std::shared_ptr<CView>> out = {nullptr};
+  EXPECT_TRUE(group->GetMemberViews(out));
+  EXPECT_EQ(out.size(), 1u) << "an empty group leaves the output as it is";
+  EXPECT_FALSE(group->AddMemberView(nullptr));
+  for (unsigned int id : {1u, 2u, 3u, 1u}) EXPECT_TRUE(group->AddMemberView(std::make_shared<CView>(View(id))));
+  group->AppendMemberView(std::make_shared<CView>(View(3, kNoId, "again")));
+  EXPECT_EQ(Members(1), (Ids{2, 3, 1, 3}));
+  EXPECT_EQ(group->FindMemberView(3)->GetName(), "");
+  const CViewGroup copy = *group;
+  EXPECT_TRUE(group->RemoveMemberView(3));
+  EXPECT_EQ(Members(1), (Ids{2, 1, 3}));
+  EXPECT_FALSE(group->RemoveMemberView(8));
+  EXPECT_TRUE(group->ClearMemberViews());
+  EXPECT_EQ(Members(1), Ids());
+  EXPECT_EQ(copy.FindMemberView(3)->GetName(), "") << "the copy keeps its own list";
 }
 
 }  // namespace
