@@ -117,7 +117,6 @@ TEST_F(JsonDocument, CountsElements) {
   EXPECT_EQ(document.get_cnt("/absent"), 0);
 }
 
-// Paths that are well formed are walked at random in JsonDocumentModelTest.cpp.
 TEST_F(JsonDocument, PathsAddressMembersElementsAndLoneObjects) {
   ASSERT_TRUE(document.set_str(R"({"a":{"b":[{"c":1},{"c":2},[{"c":9}]],"b":[{"c":8}]},"lone":{"x":3},"n":4,"a":0})"));
   const std::pair<int, std::vector<const char*>> cases[] = {
@@ -164,7 +163,6 @@ TEST_F(JsonDocument, TextOfTheDocumentIsCompactAndKeepsOrderAndDuplicates) {
   EXPECT_EQ(document.get_str(0), "{\"b\":[1,2.5,0.30000000000000004,{},[]],\"a\":null,\"b\":\"\xC3\xA9/\\n\"}");
 }
 
-// What a write at a path does to objects, arrays and values on its way is in JsonDocumentModelTest.cpp too.
 TEST_F(JsonDocument, WritesKeepTextsWholeAndGiveWayOnlyWhereAPathNeedsIt) {
   document.set_v("/View/ID", 7);
   document.set_v("/View/Item[1]/Name", std::string("\"\xC3\xA9\0", 4));
@@ -178,6 +176,21 @@ TEST_F(JsonDocument, WritesKeepTextsWholeAndGiveWayOnlyWhereAPathNeedsIt) {
       {"{}", "a", "{}"},
       {"{}", "/a/", "{}"},
       {"{}", "/a[4000000000]", "{}"},
+      {R"({"a":1})", "/a//b", R"({"a":1})"},
+      {R"({"a":1})", "/a[0]", R"({"a":1})"},
+      {R"({"a":1})", "/a/b/c", R"({"a":{"b":{"c":5}}})"},
+      {R"({"a":[1]})", "/a/b", R"({"a":{"b":5}})"},
+      {R"({"a":1})", "/a/b[2]", R"({"a":1})"},
+      {"{}", "/a[1]/b[1]/c", R"({"a":[{"b":[{"c":5}]}]})"},
+      {"{}", "/a[2]", "{}"},
+      {R"({"a":[1,2]})", "/a[2]", R"({"a":[1,5]})"},
+      {R"({"a":[1,2]})", "/a[3]", R"({"a":[1,2,5]})"},
+      {R"({"a":[1,2]})", "/a[4]", R"({"a":[1,2]})"},
+      {R"({"a":1})", "/a[1]", R"({"a":5})"},
+      {R"({"a":1})", "/a[2]", R"({"a":[1,5]})"},
+      {R"({"a":{"b":1}})", "/a[2]/b", R"({"a":[{"b":1},{"b":5}]})"},
+      {R"({"a":null})", "/a[1]", R"({"a":5})"},
+      {R"({"a":null})", "/a[2]", R"({"a":null})"},
       {R"({"a":1,"a":2})", "/a", R"({"a":5,"a":2})"},
       {"[1]", "/a", R"({"a":5})"},
       {"[1]", "/a[2]", "[1]"},

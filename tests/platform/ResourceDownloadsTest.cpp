@@ -1,16 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <memory>
-#include <mutex>
 #include <set>
-#include <string>
-#include <thread>
-#include <vector>
 
-#include "BizShared/NetCommManager.h"
+#include "../Gate.h"
+#include "PlatformCalls.h"
 #include "ResourceStore/DownloadResource.h"
 #include "ResourceStore/Element.h"
 #include "ResourceStore/OrlUserManager.h"
@@ -21,10 +15,6 @@ namespace {
 using namespace ResourceStore;
 using namespace testing_support;
 using Vant::Base::Error::ErrorCode;
-
-std::string Numbers(const ErrorCode& error) {
-  return std::to_string(error.GetMainError()) + "/" + std::to_string(error.GetSubError());
-}
 
 class ResourceDownloadsTest : public testing::Test {
  protected:
@@ -196,40 +186,32 @@ TEST_F(UsersTest, EveryDownloadEndsWithANotification) {
 
 TEST_F(UsersTest, ARequestDuringADownloadIsFollowedByANotificationOfItsOwn) {
   std::atomic<int> asked{0};
-  std::atomic<bool> release{false};
+  Gate first;
   Serve([&](const Request&, Connection& connection) {
-    ++asked;
-    EXPECT_TRUE(Eventually([&] { return release.load(); }));
+    if (++asked == 1) first.Pass();
     connection.ReplyData("{}");
   });
   Listener listener;
   Manager().StartDownLoadOrlUser();
-  ASSERT_TRUE(Eventually([&] { return asked == 1; }));
+  ASSERT_TRUE(first.WaitUntilReached());
   Manager().StartDownLoadOrlUser();
   Manager().StartDownLoadOrlUser();
-  release = true;
+  first.Open();
   EXPECT_TRUE(Eventually([&] { return listener.Count() == 2; }));
   EXPECT_EQ(asked, 2);
 }
 
 TEST_F(UsersTest, WithdrawingWaitsForARunningNotificationUnlessItIsMadeFromIt) {
   Manager().SetDownload({}, {});
-  std::atomic<bool> inside{false}, release{false}, withdrawn{false};
+  Gate running;
   Listener listener;
-  listener.m_during = [&] {
-    inside = true;
-    EXPECT_TRUE(Eventually([&] { return release.load(); }));
-  };
+  listener.m_during = [&] { running.Pass(); };
   Manager().StartDownLoadOrlUser();
-  ASSERT_TRUE(Eventually([&] { return inside.load(); }));
-  std::thread other([&] {
-    Manager().SyncUnregisterObserver(&listener);
-    withdrawn = true;
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(withdrawn);
-  release = true;
-  other.join();
+  ASSERT_TRUE(running.WaitUntilReached());
+  auto other = std::async(std::launch::async, [&] { Manager().SyncUnregisterObserver(&listener); });
+  EXPECT_EQ(other.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  running.Open();
+  other.get();
 
   Listener first, second;
   first.m_during = [&] {

@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <condition_variable>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <string>
 
 #include "ScriptedServer.h"
 

@@ -1,23 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <memory>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include "BizShared/NetCommManager.h"
 #include "BizShared/UserCommonManager.h"
+#include "PlatformCalls.h"
 #include "ScriptedServer.h"
 
 namespace {
 
 using BizShared::CNetCommManager;
 using BizShared::CUserCommonManager;
-using testing_support::Connection;
-using testing_support::Request;
-using testing_support::ScriptedServer;
+using namespace testing_support;
 using Vant::Base::Error::ErrorCode;
 
 class TransportTest : public testing::Test {
@@ -33,23 +25,6 @@ class TransportTest : public testing::Test {
   void Serve(ScriptedServer::Handler handler) {
     m_server = std::make_unique<ScriptedServer>(std::move(handler));
     Net().SetServer(m_server->Url());
-  }
-
-  // "<main>/<sub> <body>", in front of it "failed " where nothing was answered.
-  static std::string Send(const std::string& method, const std::string& url, const std::string& body = {},
-                          unsigned long timeout = 0, const std::string& requestData = {}) {
-    auto send = std::make_shared<NetLink::CClientSendInfo>();
-    send->SetVal_Method(method);
-    send->SetVal_URL(url);
-    send->SetVal_send_data(body);
-    send->SetVal_Request_Data(requestData);
-    send->SetVal_Timeout(timeout);
-    auto recv = std::make_shared<NetLink::CClientRecvInfo>();
-    const bool answered = Net().ClientSynSend(recv, send, 0);
-    return (answered ? "" : "failed ") + Numbers(recv->GetVal_Error_code()) + " " + recv->GetVal_Receive_Data();
-  }
-  static std::string Numbers(const ErrorCode& error) {
-    return std::to_string(error.GetMainError()) + "/" + std::to_string(error.GetSubError());
   }
 
   static bool LogIn(const std::string& password, ErrorCode& error) {

@@ -78,17 +78,14 @@ TEST_F(Log, ByDefaultErrorsGoToStderrAndNothingElse) {
 
 TEST_F(Log, SinksMayBeReplacedWhileOthersLog) {
   std::vector<std::shared_ptr<RecordingSink>> sinks{Record(5)};
-  std::atomic<bool> stop{false};
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] {
-      while (!stop) IOrlFormatLog(5, "Errors", "%d", 1);
+    threads.emplace_back([](const std::stop_token& end) {
+      while (!end.stop_requested()) IOrlFormatLog(5, "Errors", "%d", 1);
     });
   }
   for (int i = 0; i < 200; ++i) sinks.push_back(Record(5));
   while (sinks.back()->Written().empty()) std::this_thread::yield();
-  stop = true;
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Base64, EncodesAndDecodesTheVectorsOfItsStandard) {

@@ -1,15 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
 #include <cstdlib>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
 
+#include "../Gate.h"
 #include "BizShared/NetCommManager.h"
 #include "BizShared/UserCommonManager.h"
 #include "ResourceStore/Element.h"
@@ -247,21 +240,14 @@ TEST(ProcessExitDeathTest, IsCleanAndPromptWithoutAStop) {
 
 TEST_F(ViewDownloadTest, TheSetterWaitsForARunningCallUnlessItIsMadeFromIt) {
   Load();
-  std::atomic<bool> inside{false}, release{false}, set{false};
-  Manager().SetViewsUpdateCallback([&](const std::string&) {
-    inside = true;
-    EXPECT_TRUE(Eventually([&] { return release.load(); }));
-  });
+  Gate running;
+  Manager().SetViewsUpdateCallback([&](const std::string&) { running.Pass(); });
   m_site.Stream(Event(20, "Views", Views(kView6)));
-  ASSERT_TRUE(Eventually([&] { return inside.load(); }));
-  std::thread setter([&] {
-    Manager().SetViewsUpdateCallback({});
-    set = true;
-  });
-  std::this_thread::sleep_for(50ms);
-  EXPECT_FALSE(set);
-  release = true;
-  setter.join();
+  ASSERT_TRUE(running.WaitUntilReached());
+  auto setter = std::async(std::launch::async, [] { Manager().SetViewsUpdateCallback({}); });
+  EXPECT_EQ(setter.wait_for(50ms), std::future_status::timeout);
+  running.Open();
+  setter.get();
 
   std::atomic<int> calls{0};
   Manager().SetViewsUpdateCallback([&](const std::string&) {
@@ -278,26 +264,24 @@ TEST_F(ViewDownloadTest, TheSetterWaitsForARunningCallUnlessItIsMadeFromIt) {
 }
 
 TEST_F(ViewDownloadTest, SettersGettersStartsAndStopsMayOverlap) {
-  std::atomic<bool> done{false};
   const auto startAndStop = [] {
     Manager().Start();
     Manager().Stop();
   };
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (const std::function<void()>& job : std::initializer_list<std::function<void()>>{
            [] { TextOfViews() + TextOfGroups(); },
            [this] { Manager().SetViewsUpdateCallback([this](const std::string& data) { Note("V ", data, {}); }); },
            startAndStop, startAndStop}) {
-    threads.emplace_back([&done, job] {
-      while (!done) job();
+    threads.emplace_back([job](const std::stop_token& end) {
+      while (!end.stop_requested()) job();
     });
   }
   for (int i = 0; i < 50; ++i) {
     Manager().NotifyViewsUpdate("x");
     std::this_thread::sleep_for(5ms);
   }
-  done = true;
-  for (std::thread& thread : threads) thread.join();
+  threads.clear();
   Load();
   // Streams of earlier runs may still take a text that is sent too soon.
   EXPECT_TRUE(Eventually([&] {
