@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Attacks on the server's door: what lies in the store, guessing passwords, looking into what is private.
-#include <chrono>
 #include <fstream>
 #include <sstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "TestClient.h"
 
@@ -17,8 +14,7 @@ using Clock = std::chrono::steady_clock;
 class DoorTest : public ServerTest {
  protected:
   Answer LogInWith(const std::string& name, const std::string& password) const {
-    return Client(m_server->Port(), "")
-        .Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + R"("}})");
+    return Client(m_server->Port(), "").LogIn(name, password);
   }
   // All bytes of the store's files.
   std::string StoredBytes() const {
@@ -64,9 +60,8 @@ TEST_F(DoorTest, GuessingGetsSlowAndGuessingInParallelDoesNotHelp) {
   std::vector<std::unique_ptr<Wire>> wires;
   for (int i = 0; i < 12; ++i) {
     const std::string body = R"({"Session":{"UserName":"ann","Password":"guess)" + std::to_string(i) + R"("}})";
-    wires.push_back(std::make_unique<Wire>(m_server->Port()));
-    wires.back()->Send("POST " + kRoot + "V0/Sessions HTTP/1.1\r\nConnection: close\r\nContent-Length: " +
-                       std::to_string(body.size()) + "\r\n\r\n" + body);
+    const std::string head = "POST " + kRoot + "V0/Sessions HTTP/1.1\r\nConnection: close\r\nContent-Length: ";
+    wires.push_back(std::make_unique<Wire>(m_server->Port(), head + std::to_string(body.size()) + "\r\n\r\n" + body));
   }
   ParseAnswer(wires[0]->ReceiveAll());
   std::this_thread::sleep_for(std::chrono::milliseconds(500));

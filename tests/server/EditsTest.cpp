@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // What edits do to the lists of the one who makes them and of the others.
-#include <string>
 
 #include "TestClient.h"
 
@@ -9,16 +8,6 @@ namespace {
 
 // Numbers are given from 1, to views and groups each.
 class EditsTest : public ServerTest {};
-
-TEST_F(EditsTest, PublicThingsAreEverybodysAndPrivateOnesTheirOwners) {
-  const int32_t open = ann.AddGroup("Open", -1, kPublic);
-  ann.AddView("P", open, kPublic);
-  ann.AddView("Q", ann.AddGroup("Own", -1, kAnn), kAnn);
-  EXPECT_EQ(ann.ViewIds() + " " + ann.GroupIds(), "1,2 1,2");
-  EXPECT_EQ(bob.ViewIds() + " " + bob.GroupIds(), "1 1");
-  EXPECT_EQ(bob.Put("V0/Views/1", ViewBody("P2", open, kPublic)).Error(), "0/0");
-  EXPECT_EQ(ann.Show("View", 1, {"Name"}), "P2");
-}
 
 TEST_F(EditsTest, AViewKeepsWhatItsClientWroteAndItsWindowsTextsLeaveAsTexts) {
   ann.AddView(

@@ -2,8 +2,6 @@
 // Fault plans: which are refused, what they do to answers and change streams, and that it can be repeated. What becomes
 // of edits is seen by the clients of ClientFaultsTest.
 #include <algorithm>
-#include <chrono>
-#include <string>
 
 #include "TestClient.h"
 #include "server/FaultPlan.h"
@@ -15,12 +13,11 @@ using Clock = std::chrono::steady_clock;
 
 class FaultsTest : public ServerTest {
  protected:
-  void RestartWith(const std::string& plan) {
-    ViewServerOptions options = Options();
-    options.faultsFile = WriteFile("plan.json", plan);
-    Restart(options);
+  // A plan's members.
+  void RestartWithPlan(const std::string& members) {
+    RestartWith([&](auto& options) { options.faultsFile = WriteFile("plan.json", "{" + members + "}"); });
   }
-  void RestartWithRule(const std::string& rule) { RestartWith(R"({"Rules":[)" + rule + "]}"); }
+  void RestartWithRule(const std::string& rule) { RestartWithPlan(R"("Rules":[)" + rule + "]"); }
   std::string WhyRefused(const std::string& plan) {
     try {
       FaultPlan refused(WriteFile("plan.json", plan));
@@ -87,8 +84,8 @@ TEST_F(FaultsTest, AnswersAreLateOrCutAnywhere) {
 
 TEST_F(FaultsTest, TheSameSeedHitsTheSameExchanges) {
   const auto pattern = [this](int seed) {
-    RestartWith(R"({"Seed":)" + std::to_string(seed) + R"(,"Rules":[{"Fault":"DropBefore","Path":"V0/A*","Chance":0.5},
-                {"Fault":"EmptyBody","Path":"V0/Areas","Chance":0.5,"Times":3}]})");
+    RestartWithPlan(R"("Seed":)" + std::to_string(seed) + R"(,"Rules":[{"Fault":"DropBefore","Path":"V0/A*",
+        "Chance":0.5},{"Fault":"EmptyBody","Path":"V0/Areas","Chance":0.5,"Times":3}])");
     std::string outcomes;
     for (int i = 0; i < 40; ++i) {
       const Answer answer = ann.Get("V0/Areas");

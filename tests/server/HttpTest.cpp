@@ -2,7 +2,6 @@
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
 #include <atomic>
 #include <stdexcept>
-#include <string>
 #include <thread>
 
 #include "TestClient.h"
@@ -76,9 +75,7 @@ class HttpTest : public ::testing::Test {
   }
 
   std::string Exchange(const std::string& bytes) const {
-    Wire wire(server->Port());
-    wire.Send(bytes);
-    const Answer answer = ParseAnswer(wire.ReceiveAll());
+    const Answer answer = ParseAnswer(Wire(server->Port(), bytes).ReceiveAll());
     return std::to_string(answer.status) + " " + answer.body;
   }
 
@@ -113,8 +110,7 @@ TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
 }
 
 TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
-  Wire wire(server->Port());
-  wire.Send("GET /1 HTTP/1.1\r\n\r\nGET /slow HTTP/1.1\r\n\r\nGET /late HTTP/1.1\r\n\r\n");
+  Wire wire(server->Port(), "GET /1 HTTP/1.1\r\n\r\nGET /slow HTTP/1.1\r\n\r\nGET /late HTTP/1.1\r\n\r\n");
   wire.Send("PUT /4 HTTP/1.1\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
   std::string received;
   while (received.find("100 Continue\r\n\r\n") == std::string::npos && wire.Receive(received)) {
@@ -132,12 +128,9 @@ TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
 TEST_F(HttpTest, ClientsThatStallAreDropped) {
   const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nContent-Length: 5\r\n\r\nhi"};
   for (const std::string& stall : stalls) {
-    Wire wire(server->Port());
-    wire.Send(stall);
-    EXPECT_EQ(wire.ReceiveAll(), "") << stall;
+    EXPECT_EQ(Wire(server->Port(), stall).ReceiveAll(), "") << stall;
   }
-  Wire slowReader(server->Port());
-  slowReader.Send("GET /endless HTTP/1.1\r\n\r\n");
+  Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\n\r\n");
   std::this_thread::sleep_for(std::chrono::seconds(3));
   size_t read = 0;
   for (std::string received; read < (100 << 20) && slowReader.Receive(received); received.clear()) {
@@ -148,8 +141,7 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
 
 TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
   for (const char* head : {"GET /a HTTP/1.1\r\nX: ", "PUT /a HTTP/1.1\r\nContent-Length: 60000\r\n\r\n"}) {
-    Wire wire(server->Port());
-    wire.Send(head);
+    Wire wire(server->Port(), head);
     const auto began = std::chrono::steady_clock::now();
     bool isOpen = true;
     for (int i = 0; isOpen && i < 40; ++i) {
@@ -190,9 +182,7 @@ TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
 }
 
 TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
-  Wire wire(server->Port());
-  wire.Send("GET /events HTTP/1.1\r\n\r\n");
-  const std::string received = wire.ReceiveAll();
+  const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\n\r\n").ReceiveAll();
   EXPECT_NE(received.find("Content-Type: text/event-stream\r\n"), std::string::npos);
   EXPECT_NE(received.find("\r\n\r\ndata: first\n\n: still here\n\n: still here\n\n"), std::string::npos) << received;
 }
@@ -200,8 +190,7 @@ TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
 TEST_F(HttpTest, ConnectionsBeyondTheLimitAreTurnedAwayUntilOthersEnd) {
   std::vector<std::unique_ptr<Wire>> wires;
   for (int i = 0; i < 20; ++i) {
-    wires.push_back(std::make_unique<Wire>(server->Port()));
-    wires.back()->Send("GET /a HTTP/1.1\r\n\r\n");
+    wires.push_back(std::make_unique<Wire>(server->Port(), "GET /a HTTP/1.1\r\n\r\n"));
     std::string received;
     ASSERT_TRUE(wires.back()->Receive(received));
   }
@@ -216,15 +205,12 @@ TEST_F(HttpTest, ConnectionsBeyondTheLimitAreTurnedAwayUntilOthersEnd) {
 }
 
 TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
-  Wire events(server->Port());
-  events.Send("GET /events HTTP/1.1\r\n\r\n");
+  Wire events(server->Port(), "GET /events HTTP/1.1\r\n\r\n");
   std::vector<std::unique_ptr<Wire>> slow;
   for (int i = 0; i < 15; ++i) {
-    slow.push_back(std::make_unique<Wire>(server->Port()));
-    slow.back()->Send("GET /slow HTTP/1.1\r\n\r\n");
+    slow.push_back(std::make_unique<Wire>(server->Port(), "GET /slow HTTP/1.1\r\n\r\n"));
   }
-  Wire late(server->Port());
-  late.Send("GET /late HTTP/1.1\r\n\r\n");
+  Wire late(server->Port(), "GET /late HTTP/1.1\r\n\r\n");
   std::string received;
   events.Receive(received);
   const uint16_t port = server->Port();

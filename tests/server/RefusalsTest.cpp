@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Requests that are wrong in themselves, and what may be asked by whom.
-#include <string>
-#include <vector>
 
 #include "TestClient.h"
 
@@ -93,11 +91,10 @@ TEST_F(RefusalsTest, NothingButLoggingInGoesWithoutAToken) {
 }
 
 TEST_F(RefusalsTest, ResourcesAreListedWholeOrByTypeAndId) {
-  ViewServerOptions options = Options();
-  options.seedFile = WriteFile("resources.json", R"({"Areas":[{"ID":2,"Name":"Yard"},{"ID":1,"Name":"Hall"}],
+  const std::string seed = WriteFile("resources.json", R"({"Areas":[{"ID":2,"Name":"Yard"},{"ID":1,"Name":"Hall"}],
       "Elements":[{"ID":9,"Type":1001,"Name":"Gate \"1\"","SiteID":2},{"ID":4,"Type":1002,"Name":"Door"},
                   {"ID":5,"Type":1001,"Name":"Roof","SiteID":1}]})");
-  Restart(options);
+  RestartWith([&](auto& options) { options.seedFile = seed; });
   const auto elements = [this](const std::string& query) { return bob.Get("V0/Elements" + query).Ids("Element"); };
   EXPECT_EQ(elements(""), "4,5,9");
   EXPECT_EQ(elements("?Type=1001"), "5,9");

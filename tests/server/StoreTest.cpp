@@ -2,9 +2,6 @@
 // What is kept: across restarts, across seeds, in sessions and for passwords.
 #include <SQLiteCpp/Database.h>
 
-#include <string>
-#include <vector>
-
 #include "TestClient.h"
 #include "server/Accounts.h"
 #include "server/LoginGuard.h"
@@ -16,9 +13,7 @@ namespace {
 class StoreTest : public ServerTest {
  protected:
   std::string Seed(const std::string& text) {
-    ViewServerOptions options = Options();
-    options.seedFile = WriteFile("seed.json", text);
-    Restart(options);
+    RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", text); });
     return ann.Get("V0/ViewGroups").body + ann.Get("V0/Views").body + std::to_string(ann.Sequence());
   }
   std::string WhySeedFails(const std::string& text) {
@@ -60,9 +55,7 @@ TEST_F(StoreTest, ARestartKeepsEverything) {
 }
 
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
-  ViewServerOptions options = Options();
-  options.keepChanges = 2;
-  Restart(options);
+  RestartWith([](auto& options) { options.keepChanges = 2; });
   const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
   for (int i = 0; i < 10; ++i) ann.Put(view, ViewBody("V", -1, kAnn));
   ann.AddGroup("G", -1, kAnn);
@@ -163,14 +156,10 @@ TEST_F(StoreTest, LoggingInTakesTheRightPasswordAndShowsWhoIsOnline) {
     EXPECT_EQ(std::filesystem::status(m_folder / file).permissions(), std::filesystem::perms(0600)) << file;
   }
   const Client stranger(fresh.Port(), "");
-  const auto logIn = [&stranger](const std::string& name, const std::string& word) {
-    return stranger.Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + word + "\"}}");
-  };
-  EXPECT_EQ(logIn("admin", "wrong").Outcome(), "101/1 401");
-  EXPECT_EQ(logIn("nobody", "wrong").Outcome(), "101/1 401");
+  EXPECT_EQ(stranger.LogIn("admin", "wrong").Outcome(), "101/1 401");
   EXPECT_EQ(stranger.Post("V0/Sessions", R"({"Session":{"UserName":"admin"}})").Outcome(), "100/6 400");
 
-  const Answer answer = logIn("admin", *password);
+  const Answer answer = stranger.LogIn("admin", *password);
   ASSERT_EQ(answer.Outcome(), "0/0 200");
   const auto& session = answer.Data()["Session"];
   EXPECT_STREQ(session["UserName"].GetString(), "admin");
@@ -182,7 +171,7 @@ TEST_F(StoreTest, LoggingInTakesTheRightPasswordAndShowsWhoIsOnline) {
 
   EXPECT_TRUE(fresh.SetPassword("admin", "new", error)) << error;
   EXPECT_EQ(admin.Get("V0/Users").Outcome(), "101/2 401") << "a new password ends the old sessions";
-  EXPECT_EQ(logIn("admin", "new").Error(), "0/0");
+  EXPECT_EQ(stranger.LogIn("admin", "new").Error(), "0/0");
 }
 
 TEST_F(StoreTest, OneServerAtATimeUsesAStore) {

@@ -47,7 +47,7 @@ std::string HeadOf(const std::string& method, const std::string& path, const std
 
 }  // namespace
 
-Wire::Wire(uint16_t port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+Wire::Wire(uint16_t port, const std::string& first) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(port);
@@ -58,6 +58,7 @@ Wire::Wire(uint16_t port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC,
     close(m_socket);
     throw std::runtime_error("cannot connect to the server");
   }
+  Send(first);
 }
 
 Wire::~Wire() {
@@ -146,8 +147,7 @@ std::string Event::Brief() const {
 }
 
 EventStream::EventStream(uint16_t port, const std::string& token, int64_t after)
-    : m_wire(std::make_unique<Wire>(port)) {
-  m_wire->Send(HeadOf("GET", "V0/Changes?After=" + std::to_string(after), token) + "\r\n");
+    : m_wire(std::make_unique<Wire>(port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after), token) + "\r\n")) {
   while (m_received.find("\r\n\r\n") == std::string::npos && m_wire->Receive(m_received)) {
   }
   m_status = ParseAnswer(m_received).status;
@@ -185,9 +185,8 @@ std::string EventStream::NextBriefs(int count) {
 }
 
 Answer Client::Request(const std::string& method, const std::string& path, const std::string& body) const {
-  Wire wire(m_port);
-  wire.Send(HeadOf(method, path, m_token) + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
-  return ParseAnswer(wire.ReceiveAll());
+  const std::string head = HeadOf(method, path, m_token) + "Content-Length: " + std::to_string(body.size());
+  return ParseAnswer(Wire(m_port, head + "\r\n\r\n" + body).ReceiveAll());
 }
 
 int32_t Client::Add(const std::string& kind, const std::string& body) const {

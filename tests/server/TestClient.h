@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -26,7 +27,7 @@ inline const std::string kRoot = "/NXAPI/Vantorel/Platform/";
 // A socket with bounded waits.
 class Wire {
  public:
-  explicit Wire(uint16_t port);
+  explicit Wire(uint16_t port, const std::string& first = "");  // sends that
   ~Wire();
   void Send(const std::string& bytes);
   // Adds what comes next to `received`; false at the end of the connection.
@@ -92,6 +93,10 @@ class Client {
   Answer Post(const std::string& path, const std::string& body) const { return Request("POST", path, body); }
   Answer Put(const std::string& path, const std::string& body) const { return Request("PUT", path, body); }
   Answer Delete(const std::string& path) const { return Request("DELETE", path); }
+  // Opens another session.
+  Answer LogIn(const std::string& name, const std::string& password) const {
+    return Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + "\"}}");
+  }
 
   int32_t AddView(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "") const {
     return Add("View", ViewBody(name, folder, owner, more));
@@ -124,6 +129,11 @@ class ServerTest : public ::testing::Test {
 
   ViewServerOptions Options() const;
   void Restart(const ViewServerOptions& options);
+  void RestartWith(const std::function<void(ViewServerOptions&)>& change) {
+    ViewServerOptions options = Options();
+    change(options);
+    Restart(options);
+  }
   std::string WriteFile(const std::string& name, const std::string& text) const;
   Client LogIn(const std::string& user) const;  // a new session
 
