@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The commands for people, and how viewctl ends.
-#include <gtest/gtest.h>
 
 #include <regex>
 
@@ -76,7 +75,8 @@ TEST_F(CommandsTest, WatchHearsWhatComesToBeAndEndsQuietly) {
   rapidjson::Document answer;
   host::ParseJson(group.out, answer);
   const std::string id = host::TextOf(answer, "ID");
-  EXPECT_TRUE(Has(watch.NextLine(), R"({"notice":{"id":"1","enum_state":3,"name":"","reserved":1,"child_id":")" + id));
+  EXPECT_EQ(watch.NextLine(), R"({"notice":{"id":"1","enum_state":3,"name":"","reserved":1,"child_id":")" + id +
+                                  R"(","child_type":16001,"other_change_info":"0"}})");
   EXPECT_EQ(
       Maria({"call", "UpdatePlanGroup", R"({"Name":"Renamed","ID":")" + QString::fromStdString(id) + "\"}"}).status, 0);
   EXPECT_TRUE(Has(watch.NextLine(), "\"id\":\"" + id + R"(","enum_state":2,"name":"Renamed")"))

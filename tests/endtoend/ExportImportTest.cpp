@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Views carried from one server to another.
-#include <gtest/gtest.h>
 
 #include <algorithm>
 

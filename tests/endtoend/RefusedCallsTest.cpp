@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a host may send that cannot be done, asked of a real server through the built library. A refused call is told in
 // one plain text and leaves everything as it was.
-#include <gtest/gtest.h>
 
 #include "ScriptClient.h"
 #include "host/JsonText.h"

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // `viewctl script`, line for line.
-#include <gtest/gtest.h>
-
-#include <regex>
 
 #include "ViewctlRunner.h"
 
@@ -18,12 +15,6 @@ class ScriptTest : public testing::Test {
 
   static Outcome Script(const std::string& input) { return RunAs(TheSite(), "admin", {"script"}, input); }
 };
-
-// The id in an answer of AddPlan or AddPlanGroup.
-std::string IdIn(const std::string& answer) {
-  std::smatch match;
-  return std::regex_search(answer, match, std::regex(R"(\\"ID\\":\\"([0-9]+))")) ? match[1].str() : "";
-}
 
 TEST_F(ScriptTest, EachLineIsAnsweredWithOneLine) {
   const std::pair<const char*, const char*> exchanges[] = {
@@ -69,32 +60,6 @@ TEST_F(ScriptTest, AScriptMayStandInAFile) {
   const Outcome outcome = RunAs(TheSite(), "admin", {"script", QString::fromStdString(file)});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_EQ(outcome.out, "{\"call\":\"InitEnvir\",\"result\":true,\"response\":\"\"}\n");
-}
-
-TEST_F(ScriptTest, WhatOneUserDoesTheOtherHears) {
-  Running maria(TheSite().As("maria") + QStringList{"script"}, "sample-maria");
-  Running kenji(TheSite().As("kenji") + QStringList{"script"}, "sample-kenji");
-  for (Running* side : {&maria, &kenji}) {
-    side->Write("{\"load\":true}\n");
-    ASSERT_EQ(side->NextLine(), R"({"load":true,"result":true})");
-  }
-  kenji.Write("{\"observe\":{\"ResourceType\":16001,\"ID\":\"1\"}}\n");
-  kenji.NextLine();
-
-  maria.Write(R"({"call":"AddPlan","request":{"GroupID":"1","Name":"Overheard","Type":0}})"
-              "\n");
-  const std::string id = IdIn(maria.NextLine());
-  EXPECT_EQ(kenji.NextLine(), R"({"notice":{"id":"1","enum_state":3,"name":"","reserved":1,"child_id":")" + id +
-                                  R"(","child_type":16000,"other_change_info":""}})");
-
-  kenji.Write("{\"unobserve\":{\"ResourceType\":16001,\"ID\":\"1\"}}\n");
-  kenji.NextLine();
-  maria.Write("{\"call\":\"DeletePlan\",\"request\":{\"ID\":\"" + id + "\"}}\n");
-  maria.NextLine();
-  kenji.Write("{\"settle\":300}\n");
-  EXPECT_EQ(kenji.NextLine(), "{\"settle\":300}") << "nothing is heard after unobserve";
-  EXPECT_EQ(maria.Finish(), 0);
-  EXPECT_EQ(kenji.Finish(), 0);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // that somebody else modified appears in its group once more, and a removal takes out the first of its appearances.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -46,32 +47,91 @@ struct Truth {
 class CacheModel {
  public:
   // What a load makes of it: groups, then views.
-  void Load(const std::vector<GroupRecord>& groups, const std::vector<ViewRecord>& views);
+  void Load(const std::vector<GroupRecord>& groups, const std::vector<ViewRecord>& views) {
+    m_groups.clear();
+    m_views.clear();
+    for (const GroupRecord& group : groups) OwnGroupAdded(group);
+    for (const ViewRecord& view : views) OwnViewAdded(view);
+  }
 
-  void OwnGroupAdded(const GroupRecord& group);
-  void OwnGroupRenamed(Id id, const std::string& name);
-  void OwnGroupRemoved(Id id);
-  void OwnViewAdded(const ViewRecord& view);
-  void OwnViewModified(const ViewRecord& view);
-  void OwnViewRemoved(Id id);
+  void OwnGroupAdded(const GroupRecord& group) { m_groups.emplace(group.id, Folder{group, {}}); }
+  void OwnGroupRenamed(Id id, const std::string& name) { m_groups.at(id).record.name = name; }
+  void OwnViewAdded(const ViewRecord& view) {
+    const auto object = std::make_shared<ViewRecord>(view);
+    m_views.emplace(view.id, object);
+    Join(view.group, object);
+  }
+  void OwnViewModified(const ViewRecord& view) {
+    const auto object = m_views.at(view.id);
+    if (object->group != view.group) {
+      RemoveFirstMember(object->group, view.id);
+      Join(view.group, object);
+    }
+    *object = view;
+  }
 
-  // Change documents.
-  void GroupAdded(const GroupRecord& group);
-  void GroupModified(const GroupRecord& group);
+  // Change documents. One of a removed object names the id alone, so that no group gains an appearance: it does what
+  // the user's own edit does.
+  void GroupAdded(const GroupRecord& group) { m_groups.insert_or_assign(group.id, Folder{group, {}}); }
+  void GroupModified(const GroupRecord& group) {
+    const auto entry = m_groups.find(group.id);
+    if (entry != m_groups.end()) entry->second.record = group;
+  }
   void GroupRemoved(Id id) { m_groups.erase(id); }
-  void ViewAdded(const ViewRecord& view);
-  void ViewModified(const ViewRecord& view);
-  void ViewRemoved(Id id) { OwnViewRemoved(id); }  // names the id alone, so that no group gains an appearance
+  void ViewAdded(const ViewRecord& view) {
+    // Read once into the group and, when it is applied, once more in its place.
+    Append(view.group, std::make_shared<ViewRecord>(view));
+    ViewRemoved(view.id);
+    OwnViewAdded(view);
+  }
+  void ViewModified(const ViewRecord& view) {
+    Append(view.group, std::make_shared<ViewRecord>(view));
+    const auto entry = m_views.find(view.id);
+    if (entry != m_views.end()) *entry->second = view;
+  }
+  void ViewRemoved(Id id) {
+    const auto entry = m_views.find(id);
+    if (entry == m_views.end()) return;
+    const Id group = entry->second->group;
+    m_views.erase(entry);
+    RemoveFirstMember(group, id);
+  }
 
   using Listed = std::tuple<std::string, Id, Id, int>;  // name, id, upper group, type
 
-  std::vector<GroupRecord> Groups() const;
-  std::vector<ViewRecord> Views() const;
+  std::vector<GroupRecord> Groups() const {
+    std::vector<GroupRecord> groups;
+    for (const auto& [id, group] : m_groups) groups.push_back(group.record);
+    return groups;
+  }
+  std::vector<ViewRecord> Views() const {
+    std::vector<ViewRecord> views;
+    for (const auto& [id, view] : m_views) views.push_back(*view);
+    return views;
+  }
   bool HasView(Id id) const { return m_views.count(id) > 0; }
+
   // Sorted.
-  std::vector<Listed> ChildGroups(Id parent, int type) const;
-  std::vector<Listed> Members(Id group) const;
-  std::vector<Listed> WithoutGroup(int type) const;
+  std::vector<Listed> ChildGroups(Id parent, int type) const {
+    std::vector<Listed> result;
+    for (const auto& [id, group] : m_groups) {
+      if (group.record.parent != parent || TypeOf(group.record.owner) != type) continue;
+      result.emplace_back(group.record.name, id, parent, type);
+    }
+    return Sorted(std::move(result));
+  }
+  std::vector<Listed> Members(Id group) const {
+    std::vector<Listed> result;
+    for (const auto& view : m_groups.at(group).members) result.push_back(Entry(*view));
+    return Sorted(std::move(result));
+  }
+  std::vector<Listed> WithoutGroup(int type) const {
+    std::vector<Listed> result;
+    for (const auto& [id, view] : m_views) {
+      if (view->group == kNone && TypeOf(*view) == type) result.push_back(Entry(*view));
+    }
+    return Sorted(std::move(result));
+  }
 
  private:
   struct Folder {
@@ -79,8 +139,30 @@ class CacheModel {
     std::list<std::shared_ptr<ViewRecord>> members;
   };
 
-  void RemoveFirstMember(Id group, Id view);
-  void Append(Id group, std::shared_ptr<ViewRecord> view);
+  static int TypeOf(Id owner) { return owner == kPublic ? 0 : 1; }
+  static int TypeOf(const ViewRecord& view) { return view.shared ? 2 : TypeOf(view.owner); }
+  static Listed Entry(const ViewRecord& view) { return {view.name, view.id, view.group, TypeOf(view)}; }
+  static std::vector<Listed> Sorted(std::vector<Listed> list) {
+    std::sort(list.begin(), list.end());
+    return list;
+  }
+
+  void RemoveFirstMember(Id group, Id view) {
+    const auto entry = m_groups.find(group);
+    if (entry == m_groups.end()) return;
+    auto& members = entry->second.members;
+    const auto member = std::find_if(members.begin(), members.end(), [view](const auto& m) { return m->id == view; });
+    if (member != members.end()) members.erase(member);
+  }
+  void Append(Id group, const std::shared_ptr<ViewRecord>& view) {
+    const auto entry = m_groups.find(group);
+    if (entry != m_groups.end()) entry->second.members.push_back(view);
+  }
+  // As the last of the group's members, instead of the first of that id.
+  void Join(Id group, const std::shared_ptr<ViewRecord>& view) {
+    RemoveFirstMember(group, view->id);
+    Append(group, view);
+  }
 
   std::map<Id, Folder> m_groups;
   std::map<Id, std::shared_ptr<ViewRecord>> m_views;

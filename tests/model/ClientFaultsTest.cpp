@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a client believes when exchanges and change streams go wrong, and how it comes right.
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "../endtoend/ScriptClient.h"
 #include "../server/TestClient.h"

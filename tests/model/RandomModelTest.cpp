@@ -5,15 +5,9 @@
 // With faults, exchanges and change streams go wrong, clients end and the server is killed in the midst of edits.
 //
 // MODEL_SECONDS sets how long each of the two tests runs, RANDOM_MODEL_SEED repeats a run.
-#include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <functional>
 #include <iostream>
-#include <optional>
 #include <random>
 #include <thread>
 
@@ -134,7 +128,8 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     m_store = std::make_unique<StoreReader>(m_server->StoreFile());
     m_truth = m_store->Tables();
     m_heard = m_store->LastChange();
-    m_admin = server::test::Client(m_server->Port(), AdminToken());
+    const auto login = server::test::Client(m_server->Port(), "").LogIn("admin", "c");
+    m_admin = server::test::Client(m_server->Port(), login.Data()["Session"]["Token"].GetString());
     m_adminSession = m_store->NewestSession(kAdmin);
     for (const auto& [name, user] : {std::pair("ann", 1), std::pair("ann", 1), std::pair("bob", 2)}) {
       m_players.push_back(std::make_unique<Player>());
@@ -149,12 +144,6 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
     m_server.reset();
     std::error_code ignored;
     if (!HasFailure()) std::filesystem::remove_all(m_folder, ignored);
-  }
-
-  std::string AdminToken() const {
-    const auto answer = server::test::Client(m_server->Port(), "")
-                            .Post("V0/Sessions", R"({"Session":{"UserName":"admin","Password":"c"}})");
-    return answer.Data()["Session"]["Token"].GetString();
   }
 
   size_t Below(size_t limit) { return std::uniform_int_distribution<size_t>(0, limit - 1)(m_random); }
@@ -212,22 +201,17 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
             }};
   }
 
-  std::optional<Edit> RenameGroup(Player& player, size_t actor) {
-    const auto group = PickGroup(player, actor);
-    if (!group) return std::nullopt;
+  Edit RenameGroup(Player& player, Id id) {
     const std::string name = NewName();
-    return Edit{"UpdatePlanGroup", host::ObjectText().Add("Name", name).Add("ID", Str(group->id)).Text(),
-                [&player, id = group->id, name](const auto&) { player.model.OwnGroupRenamed(id, name); }};
+    return {"UpdatePlanGroup", host::ObjectText().Add("Name", name).Add("ID", Str(id)).Text(),
+            [&player, id, name](const auto&) { player.model.OwnGroupRenamed(id, name); }};
   }
 
-  std::optional<Edit> DeleteGroup(Player& player, size_t actor) {
-    const auto group = PickGroup(player, actor);
-    if (!group) return std::nullopt;
-    return Edit{"DeletePlanGroup", R"({"ID":")" + Str(group->id) + R"("})",
-                [this, &player, id = group->id](const auto&) {
-                  player.model.OwnGroupRemoved(id);
-                  m_groupWent = true;
-                }};
+  Edit DeleteGroup(Player& player, Id id) {
+    return {"DeletePlanGroup", R"({"ID":")" + Str(id) + R"("})", [this, &player, id](const auto&) {
+              player.model.GroupRemoved(id);
+              m_groupWent = true;
+            }};
   }
 
   Edit AddView(Player& player) {
@@ -243,34 +227,28 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
             }};
   }
 
-  std::optional<Edit> ModifyView(Player& player, size_t actor) {
-    auto view = PickView(player, actor);
-    if (!view) return std::nullopt;
-    if (Chance(700)) view->name = NewName();
-    if (Chance(400)) view->group = PickFolder(player.model.Groups(), view->owner);
-    view->cycleTime = static_cast<int>(Below(100));
-    view->windows = 1 + Below(4);
-    Edit edit{"UpdatePlan", PlanRequest(*view), [&player, view](const auto&) { player.model.OwnViewModified(*view); }};
-    edit.refused = view->shared;
+  Edit ModifyView(Player& player, ViewRecord view) {
+    if (Chance(700)) view.name = NewName();
+    if (Chance(400)) view.group = PickFolder(player.model.Groups(), view.owner);
+    view.cycleTime = static_cast<int>(Below(100));
+    view.windows = 1 + Below(4);
+    Edit edit{"UpdatePlan", PlanRequest(view), [&player, view](const auto&) { player.model.OwnViewModified(view); }};
+    edit.refused = view.shared;
     return edit;
   }
 
-  std::optional<Edit> DeleteView(Player& player, size_t actor) {
-    const auto view = PickView(player, actor);
-    if (!view) return std::nullopt;
-    Edit edit{"DeletePlan", R"({"ID":")" + Str(view->id) + R"("})",
-              [&player, id = view->id](const auto&) { player.model.OwnViewRemoved(id); }};
-    edit.refused = view->shared;
+  static Edit DeleteView(Player& player, const ViewRecord& view) {
+    Edit edit{"DeletePlan", R"({"ID":")" + Str(view.id) + R"("})",
+              [&player, id = view.id](const auto&) { player.model.ViewRemoved(id); }};
+    edit.refused = view.shared;
     return edit;
   }
 
-  std::optional<Edit> ShareView(Player& player, size_t actor) {
-    const auto view = PickView(player, actor);
-    if (!view) return std::nullopt;
+  static Edit ShareView(const Player& player, const ViewRecord& view) {
     Edit edit{"ViewShareUsers",
-              R"({"view_id":")" + Str(view->id) + R"(","share_users":")" + (player.user == 1 ? "2" : "1") + R"(,3"})",
+              R"({"view_id":")" + Str(view.id) + R"(","share_users":")" + (player.user == 1 ? "2" : "1") + R"(,3"})",
               [](const auto&) {}};
-    edit.refused = view->owner != player.user;
+    edit.refused = view.owner != player.user;
     edit.least = 0;  // they may have it already
     return edit;
   }
@@ -294,27 +272,20 @@ class RandomModelTest : public ::testing::TestWithParam<bool> {
   }
 
   Edit ChooseEdit(Player& player, size_t actor) {
-    std::optional<Edit> edit;
+    const auto group = PickGroup(player, actor);
+    const auto view = PickView(player, actor);
     const size_t dice = Below(100);
-    if (m_truth.views.size() > kManyViews && dice < 40) {
-      edit = dice < 4 && m_actors == 1 ? DeleteGroup(player, actor) : DeleteView(player, actor);
-    } else if (dice < 15) {
-      edit = AddGroup(player);
-    } else if (dice < 25) {
-      edit = RenameGroup(player, actor);
-    } else if (dice < 31) {
-      // What it held goes with it; nobody else may be putting something into it meanwhile.
-      edit = m_actors == 1 ? DeleteGroup(player, actor) : RenameGroup(player, actor);
-    } else if (dice < 55) {
-      edit = AddView(player);
-    } else if (dice < 80) {
-      edit = ModifyView(player, actor);
-    } else if (dice < 88) {
-      edit = DeleteView(player, actor);
-    } else if (dice < 95) {
-      edit = ShareView(player, actor);
+    const bool areMany = m_truth.views.size() > kManyViews && dice < 40;
+    if (group && (areMany ? dice < 4 : dice >= 15 && dice < 31)) {
+      // What a group held goes with it; nobody else may be putting something into it meanwhile.
+      const bool deletes = m_actors == 1 && (areMany || dice >= 25);
+      return deletes ? DeleteGroup(player, group->id) : RenameGroup(player, group->id);
     }
-    return edit ? *edit : RefusedEdit();
+    if (areMany) return view ? DeleteView(player, *view) : RefusedEdit();
+    if (dice < 15) return AddGroup(player);
+    if (dice >= 31 && dice < 55) return AddView(player);
+    if (!view || dice < 31 || dice >= 95) return RefusedEdit();
+    return dice < 80 ? ModifyView(player, *view) : dice < 88 ? DeleteView(player, *view) : ShareView(player, *view);
   }
 
   // --- the administrator, who edits what everybody sees --------------------------------------------------------------
