@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "host/Plugin.h"
+
 namespace host {
 namespace {
 
@@ -37,22 +39,15 @@ TEST(ImportPlanTest, FoldersComeBeforeWhatTheyHoldEvenUnlistedOnes) {
                    "make folder shared / x / y", "make view shared / x / y / Gate", "make view private / Mine"}));
 }
 
-TEST(ImportPlanTest, WhatIsThereIsKept) {
+TEST(ImportPlanTest, WhatIsThereIsKeptViewsOfOneNameOneByOne) {
   Existing existing;
   existing.folders = {{kA, "7"}, {{kPrivate, {"a"}}, "8"}};
-  existing.views = {{{kA, "Gate"}, {"5"}}, {{kOwn, "Door"}, {"6"}}};
-  const PortableFile file{{}, {View(kA, "Gate"), View(kA, "Door"), View(kOwn, "Gate")}};
-  EXPECT_EQ(Steps(file, existing), (Lines{"keep folder 7 public / a", "keep view 5 public / a / Gate",
-                                          "make view public / a / Door", "make view private / Gate"}));
-}
-
-TEST(ImportPlanTest, ViewsOfOneNameAreMatchedOneByOne) {
-  Existing existing;
-  existing.folders = {{kA, "7"}};
-  existing.views = {{{kA, "Gate"}, {"5", "6"}}};
-  const PortableFile file{{}, {View(kA, "Gate"), View(kA, "Gate"), View(kA, "Gate")}};
-  EXPECT_EQ(Steps(file, existing), (Lines{"keep folder 7 public / a", "keep view 5 public / a / Gate",
-                                          "keep view 6 public / a / Gate", "make view public / a / Gate"}));
+  existing.views = {{{kA, "Gate"}, {"5", "4"}}, {{kOwn, "Door"}, {"6"}}};
+  const PortableView gate = View(kA, "Gate");
+  const PortableFile file{{}, {gate, View(kA, "Door"), View(kOwn, "Gate"), gate, gate}};
+  EXPECT_EQ(Steps(file, existing),
+            (Lines{"keep folder 7 public / a", "keep view 5 public / a / Gate", "make view public / a / Door",
+                   "make view private / Gate", "keep view 4 public / a / Gate", "make view public / a / Gate"}));
 }
 
 TEST(ImportPlanTest, EverythingGoesIntoTheNamedGroupWhateverItsKind) {
@@ -78,6 +73,14 @@ TEST(ImportPlanTest, WhatOthersSharedIsNotTheUsersToMatch) {
   EXPECT_EQ(existing.folders, (std::map<Place, std::string>{{{kShared, {"x"}}, "9"}}));
   EXPECT_EQ(existing.views.size(), 2u);
   EXPECT_EQ(existing.views.count({{kShared, {}}, "Gate"}), 0u);
+}
+
+// As when somebody deletes a group between two listings.
+TEST(ViewTreeTest, AGroupThatHasGoneIsReadAsEmpty) {
+  const ViewTree tree = ReadGroup(Plugin(PLUGIN_LIBRARY), "77777");
+  ASSERT_EQ(tree.folders.size(), 1u);
+  EXPECT_EQ(tree.folders[0].id, "77777");
+  EXPECT_TRUE(tree.folders[0].views.empty());
 }
 
 }  // namespace

@@ -39,20 +39,6 @@ TEST(RawJsonTest, WhatIsNotOneJsonValueIsRefused) {
   }
 }
 
-TEST(RawJsonTest, AnObjectIsSplitAtItsOwnMembersOnly) {
-  const auto members = SplitObject(R"( { "a" : {"a":[1,"}"]} , "b\u0061" :[ 2 ] ,"a":"x,\"y" , "n":-1.0,"t":true } )");
-  ASSERT_TRUE(members);
-  const std::pair<const char*, const char*> expected[] = {
-      {"a", R"({"a":[1,"}"]})"}, {"ba", "[ 2 ]"}, {"a", R"("x,\"y")"}, {"n", "-1.0"}, {"t", "true"}};
-  ASSERT_EQ(members->size(), std::size(expected));
-  for (size_t i = 0; i < members->size(); ++i) {
-    EXPECT_EQ((*members)[i].name, expected[i].first);
-    EXPECT_EQ((*members)[i].value, expected[i].second);
-  }
-  EXPECT_EQ(SplitObject("{}")->size(), 0u);
-  EXPECT_FALSE(SplitObject("[1]"));
-}
-
 TEST(RawJsonTest, DepthCostsNoStack) {
   const size_t depth = 1000000;
   const std::string deep = "{\"a\":" + std::string(depth, '[') + " " + std::string(depth, ']') + "}";

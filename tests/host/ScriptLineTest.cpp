@@ -33,6 +33,7 @@ TEST(ScriptLineTest, CallsKeepTheirRequestAsItWasWritten) {
       {R"({"call":"F","request":null})", "call|F|null|"},
       {R"({"call":"F","request":"","response":"kept"})", "call|F||kept"},
       {R"({"call":"F","request": [ 1 , "a b" ] , "response":"\n"})", "call|F|[1,\"a b\"]|\n"},
+      {R"({"request":{"a":[1,"}"],"b":"x,\"y"} ,"call":"F"})", R"(call|F|{"a":[1,"}"],"b":"x,\"y"}|)"},
       {R"({"call":"F","call":"G","request":1,"request":2})", "call|F|1|"},
       {R"( { "c\u0061ll" : "F" } )", "call|F||"},
   };

@@ -86,12 +86,9 @@ TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
        With("Parts", R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},)"
                      R"({"No":-1,"Label":""},{"No":4,"Label":""}])")},
   };
-  for (const char* text :
-       {R"({"Count":2147483648})", R"({"Count":-2147483649})", R"({"Count":0.0000000001e-2147483639})",
-        R"({"Count":1.0})", R"({"Count":1e0})", R"({"Count":"1"})", R"({"Count":true})", R"({"Count":null})",
-        R"({"Open":1})", R"({"Open":"true"})", R"({"Name":null})", R"({"Name":1})", R"({"Nested":[]})",
-        R"({"Nested":null})", R"({"Parts":{}})", R"({"Parts":"x"})", R"({"Parts":[]})"}) {
-    EXPECT_EQ(ReadAndWrite(text), kDefault) << text;
+  // Values of other kinds are in RecordSetTest.cpp.
+  for (const char* number : {"2147483648", "-2147483649", "0.0000000001e-2147483639", "1.0", "1e0"}) {
+    EXPECT_EQ(ReadAndWrite("{\"Count\":" + std::string(number) + "}"), kDefault) << number;
   }
   for (const auto& [text, expected] : cases) EXPECT_EQ(ReadAndWrite(text), expected) << text;
 }

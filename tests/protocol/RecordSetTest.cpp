@@ -142,54 +142,14 @@ TEST(RecordSetTest, DefaultsAreWrittenInFullAndInOrder) {
       R"("ZoomWindowList":{"ZoomMode":0,"ZoomWindow":[]},)"
       R"("RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1},)"
       R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]}})");
-  EXPECT_EQ(DefaultText<AddPlanRequest>(),
-            R"({"GroupID":"","GroupName":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"Remark":"","AutoRun":0,)"
-            R"("PlanStartTime":"","PlanEndTime":"","OwnerId":"","PlanPages":[]})");
   EXPECT_EQ(DefaultText<UpdatePlanRequest>(),
             R"({"GroupID":"","GroupName":"","ID":"","Name":"","OwnerId":"","Type":0,"AutoCycle":0,"RoundTime":0,)"
             R"("Remark":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"","PlanPages":[],"is_share_view":false})");
   EXPECT_EQ(DefaultText<PlanSearchResponse>(), R"({"ErrorInfo":"","total":0,"searchedPlan":[]})");
-}
-
-// What one record becomes by reading the text.
-template <class Record>
-Record Read(const std::string& text) {
-  Record data;
-  AdapterOf<Record> record(&data);
-  EXPECT_TRUE(ParseJsonRequest(record, text)) << text;
-  return data;
-}
-
-TEST(RecordSetTest, KeysThatLookAlikeAreNotConfused) {
-  EXPECT_FALSE(Read<PlanGroup>(R"({"is_share_viewgroup":true})").is_share_viwgroup);
-  EXPECT_TRUE(Read<PlanGroup>(R"({"is_share_viwgroup":true})").is_share_viwgroup);
-  EXPECT_FALSE(Read<AddPlanGroupRequest>(R"({"is_share_viwgroup":true})").is_share_viewgroup);
-  EXPECT_TRUE(Read<AddPlanGroupRequest>(R"({"is_share_viewgroup":true})").is_share_viewgroup);
-  EXPECT_TRUE(Read<UpdatePlanGroupRequest>(R"({"is_share_viewgroup":true})").is_share_viewgroup);
-  EXPECT_EQ(Read<PlanBasicInfo>(R"({"Name":"a","name":"b"})").name, "b");
-  EXPECT_EQ(Read<DeletePlanResquest>(R"({"OwnerId":"1"})").UserID, "");
-  EXPECT_EQ(Read<ShareViewResponseInfo>(R"({"error_module":5})").error_model, 0);
-  EXPECT_EQ(Read<UserErrorInfo>(R"({"error_module":5,"error_model":6})").error_model, 6);
-  EXPECT_EQ(Read<GetClientDefaultViewConfigResponse>(R"({"error_model":5,"error_module":6})").error_module, 6);
-  EXPECT_EQ(Read<SearchedPlan>(R"({"highlightName":"a","hightlightName":"b"})").hightlightName, "b");
-  EXPECT_TRUE(Read<PlanItem>(R"({"Fisheye":{"is_fisheye_open":true}})") == PlanItem());
-}
-
-TEST(RecordSetTest, NestedRecordsStartFromTheirOwnDefaults) {
-  const auto page = Read<PlanPage>(R"({"PlanItems":[{"Xtop":0.5,"Ytop":"0.5"},{"RelatedZoomWindow":{}}]})");
-  ASSERT_EQ(page.PlanItems.size(), 2u);
-  EXPECT_EQ(page.PlanItems[0].Xtop, "-1.0");
-  EXPECT_EQ(page.PlanItems[0].Ytop, "0.5");
-  EXPECT_EQ(page.PlanItems[0].RelateResourceType, -1);
-  EXPECT_EQ(page.PlanItems[1].RelatedZoomWindow.ZoomWindowNo, -1);
-
-  // The default view is set flat and answered two objects deep.
-  EXPECT_EQ(Read<ClienDefaultViewConfigRequest>(R"({"ViewData":{"ViewDefaultConfig":{"view_id":"5"}}})").view_id, "");
-  EXPECT_EQ(Read<ClienDefaultViewConfigRequest>(R"({"view_id":"5"})").view_id, "5");
-  const auto answer = Read<GetClientDefaultViewConfigResponse>(R"({"ViewData":{"ViewDefaultConfig":{"view_id":"5"}}})");
-  EXPECT_EQ(answer.ViewData.ViewDefaultConfig.view_id, "5");
-  EXPECT_TRUE(Read<GetClientDefaultViewConfigResponse>(R"({"ViewData":{"view_id":"5"},"view_id":"5"})") ==
-              GetClientDefaultViewConfigResponse());
+  EXPECT_EQ(DefaultText<SearchedPlan>(),
+            R"({"indexCode":"","name":"","hightlightName":"","roundTime":0,"remark":"","presetDocType":"",)"
+            R"("uploadPresetDoc":"","appCode":"","ownerId":"","flag":"","autoRun":"","planStartTime":"",)"
+            R"("planEndTime":""})");
 }
 
 }  // namespace
