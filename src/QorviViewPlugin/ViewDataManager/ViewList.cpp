@@ -47,8 +47,9 @@ class ParsedText {
     return true;
   }
 
-  // The next value; it holds until the next call. Null when there is none. A number that the end of the piece cuts
-  // off is taken for the value, and what follows it for something that cannot follow a value.
+  // The next value; it holds until the next call of this or of Skip, Take or IsAtEnd. Null when there is none. A number
+  // that the end of the piece cuts off is taken for the value, and what follows it for something that cannot follow a
+  // value.
   const Value* ParseValue() {
     do {
       m_pool.Clear();
@@ -116,9 +117,10 @@ class UsualList {
     do {
       if (m_text.Skip() != '"') return false;
       const Value* const key = m_text.ParseValue();
-      if (!key || !m_text.Take(':')) return false;
-      const std::string_view name(key->GetString(), key->GetStringLength());
-      const auto known = std::find(names.begin(), names.end(), name);
+      if (!key) return false;
+      const auto known =
+          std::find(names.begin(), names.end(), std::string_view(key->GetString(), key->GetStringLength()));
+      if (!m_text.Take(':')) return false;
       if (known == names.end()) {
         if (!m_text.ParseValue()) return false;
       } else {

@@ -183,5 +183,19 @@ TEST(ViewList, OfAnyLengthIsReadAsByPaths) {
   }
 }
 
+// The end of the first piece moves over every byte of a whole list. The piece has held so many values by then that the
+// next one takes its memory.
+TEST(ViewList, IsReadAsByPathsWhereverAPieceEnds) {
+  const std::string list = R"("ErrorModule":7,"ErrorCode":0,"Data":{"ViewList":{"View":[{"ID":12,"Name":"n"}]}},)"
+                           R"("CascadingErrorInfo":"c",)";
+  std::string start = R"({"ResponseStatus":{)";
+  for (int n = 0; n < 20; ++n) start += "\"u" + std::to_string(n) + "\":1,";
+  const std::string end = R"("Rest":")" + std::string(80000, 'r') + R"("}})";
+  for (size_t at = 65536 - list.size(); at <= 65536; ++at) {
+    const std::string pad = R"("Pad":")" + std::string(at - start.size() - 9, 'p') + R"(",)";
+    ASSERT_NO_FATAL_FAILURE(ExpectSame(start + pad + list + end)) << "list at " << at;
+  }
+}
+
 }  // namespace
 }  // namespace core_test
