@@ -134,8 +134,39 @@ TEST_F(ViewDownloadTest, FetchesAListAgainUntilItIsWhole) {
   Load();
   EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"})"));
   EXPECT_EQ(m_site.Count("V0/Areas"), 7);
-  EXPECT_EQ(m_site.Count("V0/ViewGroups"), 9);
+  EXPECT_EQ(m_site.Count("V0/ViewGroups"), 10);
   EXPECT_EQ(m_site.Count("V0/Views"), 9);
+}
+
+// Of group 2 and view 6 in it, made between the two lists, both must be there at once: a group takes in no view later.
+TEST_F(ViewDownloadTest, AGroupMadeBetweenTheListsIsThereBeforeItsViews) {
+  const std::string group = R"({"ID":2,"Name":"new"})", view = R"({"ID":6,"ViewGroupID":2})";
+  const auto makeBoth = [&](const Request&, Connection& c) {
+    m_site.SetGroups(R"({"ID":1,"Name":"g"},)" + group, 23);
+    m_site.SetViews(view, 22);
+    c.Reply(200, Views(view), "Resource-Sequence: 22\r\n");
+  };
+  const auto expectNoneTwice = [&](size_t calls) {
+    m_site.Stream(Event(22, "Views", "in the list") + Event(23, "ViewGroups", "in the list") +
+                  Event(23, "OwnViewGroups", "in the list") + Event(24, "ViewGroups", "after it"));
+    ExpectCalls(calls, {"G after it"});
+    EXPECT_TRUE(m_site.Targets("V0/Changes").back().ends_with("?After=22"));
+  };
+  m_site.AnswerOnce("V0/Views", makeBoth);
+  Load();
+  EXPECT_EQ(TextOfGroups(), Groups(R"({"ID":1,"Name":"g"},)" + group));
+  expectNoneTwice(1);
+
+  m_site.SetGroups("", 20);
+  m_site.SetViews("", 20);
+  Manager().Stop();
+  Load();
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+  m_site.AnswerOnce("V0/Views", makeBoth);
+  m_site.EndStream();
+  ExpectCalls(3, {"G " + Groups(R"({"ID":1,"Name":"g","Method":0},{"ID":2,"Name":"new","Method":0})"),
+                  "V " + Views(R"({"ID":6,"ViewGroupID":2,"Method":0})")});
+  expectNoneTwice(4);
 }
 
 TEST_F(ViewDownloadTest, RubbishBetweenTwoChangesCostsNeither) {

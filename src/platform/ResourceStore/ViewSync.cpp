@@ -78,13 +78,15 @@ void ViewSync::Run() {
   m_threadId = std::thread::id();  // the next thread may get the same
 }
 
+// A view of the views' list may lie in a group that was made after the groups' list was, and would find it too late: so
+// where there were changes between the two lists, the groups are asked for once more.
 bool ViewSync::Download(Lists& lists) {
-  if (!FetchAreas() || !FetchList("V0/ViewGroups", details::kViewGroupNames, lists.groups) ||
-      !FetchList("V0/Views", details::kViewNames, lists.views)) {
-    return false;
-  }
-  m_lastSeen = lists.groups.number;
+  const auto fetchGroups = [&] { return FetchList("V0/ViewGroups", details::kViewGroupNames, lists.groups); };
+  if (!FetchAreas() || !fetchGroups() || !FetchList("V0/Views", details::kViewNames, lists.views)) return false;
+  if (lists.groups.number < lists.views.number && !fetchGroups()) return false;
+  m_groupsNumber = lists.groups.number;
   m_viewsNumber = lists.views.number;
+  m_lastSeen = std::min(m_groupsNumber, m_viewsNumber);
   return true;
 }
 
@@ -219,6 +221,7 @@ void ViewSync::Deliver(const ChangeEvent& event) {
     m_targets.texts.ApplyViews(event.data);
     if (!ownViews) m_targets.viewsCallback.Call(event.data);
   } else if (ownGroups || event.type == "ViewGroups") {
+    if (m_lastSeen <= m_groupsNumber) return;
     m_targets.texts.ApplyGroups(event.data);
     if (!ownGroups) m_targets.groupsCallback.Call(event.data);
   }

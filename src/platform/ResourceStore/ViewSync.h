@@ -77,8 +77,9 @@ class ViewSync {
   const details::StreamTimings m_timings = details::GetStreamTimings();
   BizShared::details::CCanceller m_canceller;
 
-  uint64_t m_lastSeen = 0;     // number of the last change that is in the texts and was called back
-  uint64_t m_viewsNumber = 0;  // number of the last change that the views' list holds
+  uint64_t m_lastSeen = 0;      // number of the last change that is in the texts and was called back
+  uint64_t m_groupsNumber = 0;  // number of the last change that the groups' list holds
+  uint64_t m_viewsNumber = 0;   // the views' list likewise
   // The thread's own id while it runs: others ask for it while m_thread is joined.
   std::atomic<std::thread::id> m_threadId{};
   std::thread m_thread;
