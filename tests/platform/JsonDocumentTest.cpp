@@ -3,12 +3,16 @@
 // builds.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "NetLink/RapidJsonProto.h"
+#include "json/ParseText.h"
 
 namespace {
 
@@ -155,6 +159,37 @@ TEST_F(JsonDocument, ATextThatIsNotJsonLeavesNothingToRead) {
   expectBad("{\"v\":\"a\nb\"");
   for (const char* text : {" {\"v\" : 1} \n", "[]", "1", "null", "\"\""}) EXPECT_TRUE(document.set_str(text)) << text;
   EXPECT_EQ(document.get_cnt("/v"), 0);
+}
+
+// Library, platform and server all parse by this; nothing else of theirs is shared.
+TEST(ParseText, NumbersAreWhatTheCLibraryMakesOfThem) {
+  std::mt19937 random(7);
+  const auto digits = [&random](unsigned int most) {
+    std::string text;
+    for (unsigned int n = 1 + random() % most; n > 0; --n) text += static_cast<char>('0' + random() % 10);
+    return text;
+  };
+  // Longer ones and larger exponents RapidJSON refuses, whatever their value.
+  for (int round = 0; round < 100000; ++round) {
+    const bool isLong = random() % 10 == 0;
+    const std::string whole = digits(isLong ? 300 : 22);
+    std::string number = whole.front() == '0' ? "0" : whole;
+    if (random() % 2 == 0) number += "." + digits(isLong ? 400 : 20);
+    if (random() % 2 == 0) number += random() % 2 == 0 ? "e-" + digits(3) : "e" + std::to_string(random() % 300);
+    if (random() % 2 == 0) number.insert(0, 1, '-');
+    const double expected = std::strtod(number.c_str(), nullptr);
+    rapidjson::Document document;
+    ASSERT_EQ(json::Parse(number, document), std::isfinite(expected)) << number;
+    if (!std::isfinite(expected)) continue;
+    ASSERT_EQ(document.GetDouble(), expected) << number;
+    if (number.find_first_of(".e") != std::string::npos) {
+      ASSERT_TRUE(document.IsDouble()) << number;
+    } else if (std::abs(expected) < 1e18) {
+      ASSERT_EQ(document.GetInt64(), std::strtoll(number.c_str(), nullptr, 10)) << number;
+      ASSERT_EQ(document.IsInt(), expected >= INT32_MIN && expected <= INT32_MAX) << number;
+      ASSERT_EQ(document.IsUint(), expected >= 0 && expected <= UINT32_MAX) << number;
+    }
+  }
 }
 
 TEST_F(JsonDocument, TextOfTheDocumentIsCompactAndKeepsOrderAndDuplicates) {
