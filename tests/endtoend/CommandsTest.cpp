@@ -28,44 +28,35 @@ bool Has(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-TEST_F(CommandsTest, TheTreeShowsWhatTheUserMaySee) {
-  const Outcome tree = Maria({"tree"});
-  EXPECT_EQ(tree.status, 0) << tree.err;
-  for (const char* part : {"Public views\n├── ", "/  (group 12)", "Night shift, doors  (view 133)",
-                           "夜間巡回  (view 137, shared with you)", "To be filled  (view 130)"}) {
-    EXPECT_TRUE(Has(tree.out, part)) << part << " is not in\n" << tree.out;
+TEST_F(CommandsTest, EachPrintsWhatTheUserMaySee) {
+  const struct {
+    QStringList command;
+    std::string input;
+    int status;
+    std::vector<const char*> parts;
+  } cases[] = {
+      {{"tree"},
+       "",
+       0,
+       {"Public views\n├── ", "/  (group 12)", "Night shift, doors  (view 133)",
+        "夜間巡回  (view 137, shared with you)", "To be filled  (view 130)"}},
+      {{"show", "110"},
+       "",
+       0,
+       {"\"Platform 1 edge, magnified\"  (view 110)", "lies in    Public views / Station / Platforms / Platforms 1–2",
+        "\n  0. camera \"Platform 1, edge 1\", id 2031\n", "zoom window 1 600,150 to 850,400 thousandths"}},
+      {{"users"}, "", 0, {"\n2       yes      1    maria\n"}},
+      {{"call", "GetPlanDetail", "-"}, R"({"ID":"9999"})", 1, {R"("ErrorInfo":"NYyjnxIZwFAorxuFXv")"}},
+      {{"call", "GetPlanConfig"}, "", 0, {R"({"LoadAll":true,)"}},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Maria(c.command, c.input);
+    EXPECT_EQ(outcome.status, c.status) << outcome.err;
+    for (const char* part : c.parts) EXPECT_TRUE(Has(outcome.out, part)) << part << " is not in\n" << outcome.out;
+    EXPECT_FALSE(Has(outcome.out, "フェリー乗り場")) << "kenji's own view";
   }
-  EXPECT_FALSE(Has(tree.out, "フェリー乗り場")) << "kenji's own view";
-}
-
-TEST_F(CommandsTest, AViewIsShownWithTheNamesOfItsResources) {
-  const Outcome shown = Maria({"show", "110"});
-  EXPECT_EQ(shown.status, 0) << shown.err;
-  EXPECT_TRUE(Has(shown.out, "\"Platform 1 edge, magnified\"  (view 110)")) << shown.out;
-  EXPECT_TRUE(Has(shown.out, "lies in    Public views / Station / Platforms / Platforms 1–2")) << shown.out;
-  EXPECT_TRUE(std::regex_search(shown.out, std::regex("0\\. camera \".+\", id 2031"))) << shown.out;
-  EXPECT_TRUE(Has(shown.out, "zoom window 1 600,150 to 850,400 thousandths")) << shown.out;
-
   const Outcome detail = Maria({"show", "110", "--json"});
-  const Outcome called = Maria({"call", "GetPlanDetail", R"({"ID":"110"})"});
-  EXPECT_EQ(detail.out, called.out);
-  EXPECT_EQ(called.status, 0);
-}
-
-TEST_F(CommandsTest, ACallPrintsTheResponseAndItsResultIsTheStatus) {
-  const Outcome refused = Maria({"call", "GetPlanDetail", "-"}, R"({"ID":"9999"})");
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(Has(refused.out, R"("ErrorInfo":"NYyjnxIZwFAorxuFXv")")) << "untranslated: " << refused.out;
-  const Outcome defaults = Maria({"call", "GetPlanConfig"});
-  EXPECT_EQ(defaults.status, 0);
-  EXPECT_TRUE(Has(defaults.out, R"({"LoadAll":true,)")) << defaults.out;
-}
-
-TEST_F(CommandsTest, UsersAreListed) {
-  const Outcome users = Maria({"users"});
-  EXPECT_EQ(users.status, 0) << users.err;
-  EXPECT_EQ(Lines(users.out).size(), 7u) << users.out;
-  EXPECT_TRUE(std::regex_search(users.out, std::regex("\n2 +yes +1 +maria\n"))) << users.out;
+  EXPECT_EQ(detail.out, Maria({"call", "GetPlanDetail", R"({"ID":"110"})"}).out);
 }
 
 TEST_F(CommandsTest, WatchHearsWhatComesToBeAndEndsQuietly) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ServerProcess.h"
 
-#include <QElapsedTimer>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -42,13 +41,9 @@ void ServerProcess::Start() {
                         "--listen", "127.0.0.1:" + QString::number(m_port)};
   if (m_hasFaults) arguments << "--faults" << folder + "/faults.json";
   m_process.start(VIEWSERVER_FILE, arguments);
-  QElapsedTimer timer;
-  timer.start();
   while (!m_process.canReadLine()) {
-    const int left = kWaitMs - static_cast<int>(timer.elapsed());
-    if (left <= 0 || !m_process.waitForReadyRead(left)) {
-      throw std::runtime_error("viewserver did not start: see " + m_folder + "/server.log");
-    }
+    if (m_process.waitForReadyRead(kWaitMs)) continue;
+    throw std::runtime_error("viewserver did not start: see " + m_folder + "/server.log");
   }
   const std::string line = m_process.readLine().trimmed().toStdString();
   if (line.rfind(kListening, 0) != 0) throw std::runtime_error("viewserver said " + line);

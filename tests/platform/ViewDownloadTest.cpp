@@ -40,16 +40,13 @@ class ViewDownloadTest : public testing::Test {
 
   static CViewGroupManager& Manager() { return CViewGroupManager::Instance(); }
   static void SetTimings(const StreamTimings& timings) { ResourceStore::details::SetStreamTimings(timings); }
-  static std::string TextOfViews() {
+  static std::string Text(void (CViewGroupManager::*get)(std::string&) const) {
     std::string text;
-    Manager().GetViewsData(text);
+    (Manager().*get)(text);
     return text;
   }
-  static std::string TextOfGroups() {
-    std::string text;
-    Manager().GetViewGroupsData(text);
-    return text;
-  }
+  static std::string TextOfViews() { return Text(&CViewGroupManager::GetViewsData); }
+  static std::string TextOfGroups() { return Text(&CViewGroupManager::GetViewGroupsData); }
 
   void Note(const std::string& kind, const std::string& data, const std::string& text) {
     std::lock_guard<std::mutex> lock(m_mutex);
