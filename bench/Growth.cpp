@@ -3,7 +3,10 @@
 #include <rapidjson/document.h>
 
 #include <deque>
+#include <map>
+#include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
@@ -57,14 +60,44 @@ std::vector<unsigned int> SomeIds(unsigned int views) {
 void MeasureLookUp(unsigned int views, const std::string& count) {
   const std::vector<unsigned int> ids = SomeIds(views);
   Measure("GetViewByID, " + count, {[ids] {
-                                      for (unsigned int id : ids) {
-                                        const auto view = Manager().GetViewByID(id);
-                                        Check(view != nullptr, "a view is not cached");
-                                        Use(view.get());
-                                      }
+                                      size_t found = 0;
+                                      for (unsigned int id : ids) found += Manager().GetViewByID(id) != nullptr;
+                                      Check(found == ids.size(), "not every view is cached");
                                     },
                                     {},
                                     static_cast<double>(ids.size())});
+}
+
+using View = std::shared_ptr<unsigned int>;
+
+// The same on a table alone, with nothing beside it in memory: what the machine's caches make of the size.
+template <class Table>
+void MeasureBareTable(const std::string& name, unsigned int views) {
+  Table table;
+  for (unsigned int id = 1; id <= views; ++id) table.emplace(id, std::make_shared<unsigned int>(id));
+  const std::vector<unsigned int> ids = SomeIds(views);
+  const auto units = static_cast<double>(ids.size());
+  const std::string count = ", " + std::to_string(views) + " views";
+  const Side lookUp{[&] {
+                      size_t found = 0;
+                      for (unsigned int id : ids) {
+                        const View view = table.find(id)->second;
+                        found += view != nullptr;
+                      }
+                      Check(found == ids.size(), "not every view is in the bare table");
+                    },
+                    {},
+                    units};
+  Measure("look-up in a bare " + name + count, lookUp);
+  const Side change{[&] {
+                      for (unsigned int id : ids) {
+                        table.erase(id);
+                        table.emplace(id, std::make_shared<unsigned int>(id));
+                      }
+                    },
+                    {},
+                    units};
+  Measure("remove and add in a bare " + name + count, change);
 }
 
 // A changed view, and one that goes and comes again.
@@ -151,33 +184,20 @@ void MeasureForeignChange(const SiteSize& site) {
   CViewResourceUpdateManager::Instance().UninitManager();
 }
 
-}  // namespace
-
-void GrowthSuite() {
-  std::vector<unsigned int> sizes{1000, 10000, 100000};
-  if (TheOptions().isShort) sizes = {1000, 10000};
-  for (unsigned int views : sizes) {
-    const std::string count = std::to_string(views) + " views";
-    Load(Site(views, 100));
-    MeasureLookUp(views, count);
-    MeasureNotices(views, count);
-    MeasureChanges(Site(views, 100), count);
-    if (views == sizes.back()) MeasureForeignChange(Site(views, 100));
-    if (views == sizes.front()) MeasureDocuments(Site(views, 100));
-    ClearViewData();
-    Load(Site(views, views));
-    MeasureChanges(Site(views, views), count + " in one group");
-    ClearViewData();
-  }
-  MeasureObserversOfOneView(10);
-  MeasureObserversOfOneView(1000);
-
+void AddGrowthRows(const std::vector<unsigned int>& sizes) {
   const std::string base = std::to_string(sizes.front()) + " views";
-  for (const char* what : {"GetViewByID, ", "change a view, ", "remove and add a view, ", "notice to its observer, "}) {
+  const auto addGrowth = [&](const char* what, double limit) {
     for (size_t n = 1; n < sizes.size(); ++n) {
       const std::string count = std::to_string(sizes[n]) + " views";
-      AddGrowth({what + count, base}, 2.5, what + count, what + base);
+      AddGrowth({what + count, base}, limit, what + count, what + base);
     }
+  };
+  for (const char* what : {"GetViewByID, ", "change a view, ", "remove and add a view, ", "notice to its observer, "}) {
+    addGrowth(what, 2.5);
+  }
+  for (const char* what : {"look-up in a bare std::map, ", "look-up in a bare std::unordered_map, ",
+                           "remove and add in a bare std::map, ", "remove and add in a bare std::unordered_map, "}) {
+    addGrowth(what, 0);
   }
   for (const char* what : {"change a view, ", "remove and add a view, "}) {
     const std::string count = std::to_string(sizes.back()) + " views in one group";
@@ -187,6 +207,37 @@ void GrowthSuite() {
             "changed view in a document of 1");
   AddGrowth({"notice for each of 1000 observers", "of 10"}, 2.5, "notice for each of 1000 observers",
             "notice for each of 10 observers");
+}
+
+}  // namespace
+
+void GrowthSuite() {
+  std::vector<unsigned int> sizes{1000, 10000, 100000};
+  if (TheOptions().isShort) sizes = {1000, 10000};
+  // The smallest once more at the end: a machine that grows slower or faster meanwhile does so for either size.
+  std::vector<unsigned int> order = sizes;
+  order.push_back(sizes.front());
+  bool isFirst = true;
+  for (unsigned int views : order) {
+    const std::string count = std::to_string(views) + " views";
+    Load(Site(views, 100));
+    MeasureLookUp(views, count);
+    MeasureNotices(views, count);
+    MeasureChanges(Site(views, 100), count);
+    if (views == sizes.back()) MeasureForeignChange(Site(views, 100));
+    if (isFirst) MeasureDocuments(Site(views, 100));
+    isFirst = false;
+    ClearViewData();
+    Load(Site(views, views));
+    MeasureChanges(Site(views, views), count + " in one group");
+    ClearViewData();
+    MeasureBareTable<std::map<unsigned int, View>>("std::map", views);
+    MeasureBareTable<std::unordered_map<unsigned int, View>>("std::unordered_map", views);
+  }
+  MeasureObserversOfOneView(10);
+  MeasureObserversOfOneView(1000);
+
+  AddGrowthRows(sizes);
 }
 
 }  // namespace bench

@@ -13,6 +13,8 @@ struct Options {
   bool isShort = false;  // small sites and few samples: for results and growth, not for figures
   std::string outputFolder = ".";
   std::string filter;  // only suites whose name contains it
+  // For a profiler: rows whose name contains it run for some seconds without their peers, all others not at all.
+  std::string profile;
 };
 const Options& TheOptions();
 
@@ -23,7 +25,7 @@ void Check(bool isRight, const std::string& whatIsWrong);
 struct Goal {
   double limit = 0;
   bool atLeast = false;
-  // A ratio of sizes: the short run fails when it is far over its limit, whatever the machine.
+  // A ratio of sizes: the short run fails when it is far over its limit.
   bool isGrowth = false;
 };
 
@@ -38,8 +40,8 @@ struct Side {
   std::function<void()> run;
   std::function<void()> after = {};
   double units = 1;  // things done in one run: times are given for one of them
-  // By the clock on the wall, for what other threads do; else by this thread's processor time, which other programs
-  // disturb less.
+  // By the clock on the wall, for what other threads do: both sides of a ratio then need it, of one unit and with
+  // nothing after a run. Else by this thread's processor time, which other programs disturb less.
   bool byWallClock = false;
 };
 
@@ -47,7 +49,7 @@ struct Side {
 void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side& peer);
 // Measures a side alone and keeps its times under `key`, for AddGrowth.
 void Measure(const std::string& key, const Side& side);
-// The row of the time kept under `key` beside the one under `baseKey`.
+// The row of the time kept under `key` beside the one under `baseKey`. A limit of 0 is none.
 void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey);
 // Adds a plain figure, sampled `samples` times.
 void AddFigure(const RowText& row, const Goal& goal, int samples, const std::function<double()>& figure);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qorvi_bench [--short] [--out FOLDER] [--filter TEXT]
+// qorvi_bench [--short] [--out FOLDER] [--filter SUITE] [--profile ROW]
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -33,8 +33,10 @@ int Run(int argc, char** argv) {
       s_options.outputFolder = argv[++n];
     } else if (std::strcmp(argv[n], "--filter") == 0 && n + 1 < argc) {
       s_options.filter = argv[++n];
+    } else if (std::strcmp(argv[n], "--profile") == 0 && n + 1 < argc) {
+      s_options.profile = argv[++n];
     } else {
-      std::fprintf(stderr, "usage: qorvi_bench [--short] [--out FOLDER] [--filter SUITE]\n");
+      std::fprintf(stderr, "usage: qorvi_bench [--short] [--out FOLDER] [--filter SUITE] [--profile ROW]\n");
       return 2;
     }
   }
