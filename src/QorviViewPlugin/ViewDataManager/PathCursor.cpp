@@ -8,22 +8,27 @@ namespace QorviViewPlugin {
 const std::string PathCursor::kNoText;
 
 PathCursor::Level PathCursor::Enter(std::string_view key, int n) {
-  const size_t outerLength = m_path.size();
+  const size_t outerLength = m_length;
   char digits[16];
   const char* const end = std::to_chars(digits, digits + sizeof digits, n).ptr;
-  m_path.append(key).append("[").append(digits, static_cast<size_t>(end - digits)).append("]/");
+  Full(key);
+  m_path.append("[").append(digits, static_cast<size_t>(end - digits)).append("]/");
+  m_length = m_path.size();
   return Level(*this, outerLength);
 }
 
 PathCursor::Level PathCursor::Enter(std::string_view key) {
-  const size_t outerLength = m_path.size();
-  m_path.append(key).append("/");
+  const size_t outerLength = m_length;
+  Full(key);
+  m_path.append("/");
+  m_length = m_path.size();
   return Level(*this, outerLength);
 }
 
 std::string_view PathCursor::Full(std::string_view key) {
-  m_full.assign(m_path).append(key);
-  return m_full;
+  m_path.resize(m_length);
+  m_path.append(key);
+  return m_path;
 }
 
 }  // namespace QorviViewPlugin

@@ -14,7 +14,7 @@ namespace QorviViewPlugin {
 class PathCursor {
  public:
   explicit PathCursor(NetLink::CRapidJsonProto& document, std::string_view root = "/")
-      : m_document(document), m_path(root) {}
+      : m_document(document), m_path(root), m_length(root.size()) {}
   PathCursor(const PathCursor&) = delete;
   PathCursor& operator=(const PathCursor&) = delete;
 
@@ -23,7 +23,7 @@ class PathCursor {
    public:
     Level(const Level&) = delete;
     Level& operator=(const Level&) = delete;
-    ~Level() { m_cursor.m_path.resize(m_outerLength); }
+    ~Level() { m_cursor.m_length = m_outerLength; }
 
    private:
     friend class PathCursor;
@@ -53,8 +53,9 @@ class PathCursor {
   static const std::string kNoText;
 
   NetLink::CRapidJsonProto& m_document;
+  // The place is the path's first m_length characters; what stands behind them is the key that was read last.
   std::string m_path;
-  std::string m_full;
+  size_t m_length;
 };
 
 }  // namespace QorviViewPlugin

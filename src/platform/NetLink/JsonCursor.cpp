@@ -72,15 +72,19 @@ rapidjson::SizeType CountOf(const Value& value) {
 Value* MemberFinder::Find(std::string_view name) {
   if (!m_value->IsObject()) return nullptr;
   const auto first = m_value->MemberBegin();
-  if (m_seen.test(MarkOf(name.data(), name.size()))) {
+  const std::uint8_t mark = MarkOf(name.data(), name.size());
+  if (m_seen[mark]) {
     for (auto member = first; member != first + m_next; ++member) {
       if (IsNamed(*member, name)) return &member->value;
     }
   }
   for (const rapidjson::SizeType count = m_value->MemberCount(); m_next < count;) {
     auto& member = *(first + m_next++);
-    m_seen.set(MarkOf(member.name.GetString(), member.name.GetStringLength()));
-    if (IsNamed(member, name)) return &member.value;
+    if (IsNamed(member, name)) {
+      m_seen[mark] = true;
+      return &member.value;
+    }
+    m_seen[MarkOf(member.name.GetString(), member.name.GetStringLength())] = true;
   }
   return nullptr;
 }
