@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/JsonMembers.h"
 
+#include <cstdint>
+
 namespace QorviViewPlugin {
 
 using rapidjson::SizeType;
@@ -12,10 +14,12 @@ std::string_view TextOf(const Value& value) {
   return {value.GetString(), value.GetStringLength()};
 }
 
-std::uint64_t MarkOf(std::string_view name) {
-  if (name.empty()) return 1;
-  const auto letter = [](char c) { return static_cast<unsigned int>(static_cast<unsigned char>(c)); };
-  return std::uint64_t{1} << ((name.size() * 11 + letter(name.front()) + letter(name.back()) * 5) % 64);
+std::uint8_t MarkOf(std::string_view name) {
+  if (name.empty()) return 0;
+  const auto at = [name](size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
+  const std::uint32_t mixed =
+      static_cast<std::uint32_t>(name.size()) | at(0) << 8 | at(name.size() / 2) << 16 | at(name.size() - 1) << 24;
+  return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
 }
 
 }  // namespace
@@ -23,7 +27,10 @@ std::uint64_t MarkOf(std::string_view name) {
 const Value* JsonMembers::Find(std::string_view name) {
   if (!m_object) return nullptr;
   const auto first = m_object->MemberBegin();
-  if (m_passed & MarkOf(name)) {
+  // The one found last: no member before it bears its name.
+  if (m_next > 0 && TextOf(first[m_next - 1].name) == name) return &first[m_next - 1].value;
+  const std::uint8_t mark = MarkOf(name);
+  if (m_passed[mark]) {
     for (SizeType member = 0; member < m_next; ++member) {
       if (TextOf(first[member].name) == name) return &first[member].value;
     }
@@ -31,7 +38,9 @@ const Value* JsonMembers::Find(std::string_view name) {
   const SizeType count = m_object->MemberCount();
   for (SizeType member = m_next; member < count; ++member) {
     if (TextOf(first[member].name) != name) continue;
-    for (; m_next <= member; ++m_next) m_passed |= MarkOf(TextOf(first[m_next].name));
+    for (; m_next < member; ++m_next) m_passed[MarkOf(TextOf(first[m_next].name))] = true;
+    m_passed[mark] = true;
+    ++m_next;
     return &first[member].value;
   }
   return nullptr;

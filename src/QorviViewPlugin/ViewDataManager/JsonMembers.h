@@ -3,7 +3,7 @@
 
 #include <rapidjson/document.h>
 
-#include <cstdint>
+#include <bitset>
 #include <string_view>
 
 namespace QorviViewPlugin {
@@ -22,7 +22,7 @@ class JsonMembers {
   // The members before m_next have been passed, and m_passed holds a mark of each one's name: a name whose mark is
   // missing is not among them.
   rapidjson::SizeType m_next = 0;
-  std::uint64_t m_passed = 0;
+  std::bitset<256> m_passed;
 };
 
 }  // namespace QorviViewPlugin
