@@ -134,7 +134,7 @@ void CViewGroupManager::ClearViewData() {
 
 void CViewGroupManager::ClearCache() {
   // The tables are emptied under their locks and destroyed outside: a large site takes a while.
-  ViewTable views;
+  CachedViews views;
   ViewGroupTable groups;
   {
     WriteLock lock(m_viewLock);
@@ -166,10 +166,14 @@ bool CViewGroupManager::GetViewGroups(std::vector<std::shared_ptr<CViewGroup>>& 
 }
 
 void CViewGroupManager::GetViewsWithoutGroup(std::vector<std::shared_ptr<CView>>& out) const {
-  ReadLock lock(m_viewLock);
-  for (const auto& [id, view] : mapViews) {
-    if (view->GetViewGroupID() == kNoId) out.push_back(view);
+  ViewTable found;
+  {
+    ReadLock lock(m_viewLock);
+    for (const auto& [id, view] : mapViews) {
+      if (view->GetViewGroupID() == kNoId) found.emplace(id, view);
+    }
   }
+  for (const auto& [id, view] : found) out.push_back(view);
 }
 
 RelateResourceType CViewGroupManager::ServerToRelateType(const int& serverType) const {

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "QorviViewPlugin/Locks.h"
@@ -109,14 +110,23 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   friend struct Vant::Base::SingletonStorage;
   CViewGroupManager();
 
+  // A look-up costs the same in a small site and in a large one, where a tree's nodes lie all over the memory.
+  using CachedViews = std::unordered_map<unsigned int, std::shared_ptr<CView>>;
+
+  using Joining = std::map<unsigned int, MemberViews>;  // by group
+
   void ClearCache();
-  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
+  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, std::vector<std::shared_ptr<CView>>& views,
                  std::list<ViewInfo>* changes);
+  static Joining MembersOf(const std::vector<std::shared_ptr<CView>>& views);
+  // Always the cached groups, whether or not the views are cached: one that a change document names becomes a member
+  // beside the cached view of the same id. Cannot fail.
+  void JoinGroups(Joining members);
   // Made and registered on first use; lives as long as the manager.
   COrlUserObserver& UserObserver() EXCLUDES(m_userLock);
 
   mutable SharedMutex m_viewLock;
-  ViewTable mapViews GUARDED_BY(m_viewLock);
+  CachedViews mapViews GUARDED_BY(m_viewLock);
   mutable SharedMutex m_groupLock;
   ViewGroupTable mapViewGroups GUARDED_BY(m_groupLock);
   Mutex m_checkLock;

@@ -59,11 +59,16 @@ bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::
 
 bool CViewGroupManager::AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
                                              std::list<ViewInfo>& changes) {
-  return ReadViews(data, cascadingErrorInfo, views, &changes);
+  std::vector<std::shared_ptr<CView>> read;
+  if (!ReadViews(data, cascadingErrorInfo, read, &changes)) return false;
+  Joining members = MembersOf(read);
+  for (const auto& view : read) views.emplace(view->GetID(), view);
+  JoinGroups(std::move(members));
+  return true;
 }
 
-bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
-                                  std::list<ViewInfo>* changes) {
+bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo,
+                                  std::vector<std::shared_ptr<CView>>& views, std::list<ViewInfo>* changes) {
   static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewInitData",
                                            "[%s]AnalysisViewInitData_Error:%d[%s(%d)]"};
   ErrorCode error;
@@ -75,25 +80,26 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
     return false;
   }
   PendingChecks pending;
-  std::map<unsigned int, MemberViews> members;
+  views.reserve(read.size());
   for (ViewInfo& info : read) {
     CollectPendingChecks(info, pending);
     if (changes) changes->push_back(info);
-    const unsigned int idView = info.idView;
-    const unsigned int idViewGroup = info.idViewGroup;
-    const auto view = std::make_shared<CView>(std::move(info));
-    views.emplace(idView, view);
-    members[idViewGroup].Append(view);
-  }
-  // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
-  // again.
-  for (auto& [idViewGroup, joining] : members) {
-    // Always the cached groups, also when `views` is not the cache. A view that a change document names thus becomes a
-    // member beside the cached view of the same id.
-    if (const auto group = GetViewGroupByID(idViewGroup)) group->AppendMemberViews(std::move(joining));
+    views.push_back(std::make_shared<CView>(std::move(info)));
   }
   if (!pending.empty()) SetPendingChecks(pending);
   return true;
+}
+
+CViewGroupManager::Joining CViewGroupManager::MembersOf(const std::vector<std::shared_ptr<CView>>& views) {
+  Joining members;
+  for (const auto& view : views) members[view->GetViewGroupID()].Append(view);
+  return members;
+}
+
+void CViewGroupManager::JoinGroups(Joining members) {
+  for (auto& [idViewGroup, joining] : members) {
+    if (const auto group = GetViewGroupByID(idViewGroup)) group->AppendMemberViews(std::move(joining));
+  }
 }
 
 void CViewGroupManager::CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const {
@@ -118,10 +124,20 @@ void CViewGroupManager::LoadViewGroups(const std::string& data, std::string& cas
 }
 
 void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadingErrorInfo) {
-  ViewTable views;
+  std::vector<std::shared_ptr<CView>> views;
   ReadViews(data, cascadingErrorInfo, views, nullptr);
-  WriteLock lock(m_viewLock);
-  mapViews.merge(views);
+  Joining members = MembersOf(views);
+  CachedViews table;
+  table.reserve(views.size());
+  for (const auto& view : views) table.emplace(view->GetID(), view);
+  {
+    WriteLock lock(m_viewLock);
+    mapViews.reserve(mapViews.size() + table.size());
+    // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
+    // again.
+    mapViews.merge(table);
+  }
+  JoinGroups(std::move(members));
 }
 
 }  // namespace QorviViewPlugin

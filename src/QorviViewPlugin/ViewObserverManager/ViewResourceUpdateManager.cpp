@@ -2,6 +2,7 @@
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <vector>
 
 #include "NetLink/RapidJsonProto.h"
@@ -53,7 +54,7 @@ class ObserverTable {
   }
 
   Mutex m_lock;
-  std::map<unsigned int, std::vector<IResourceObserver*>> m_observers GUARDED_BY(m_lock);
+  std::unordered_map<unsigned int, std::vector<IResourceObserver*>> m_observers GUARDED_BY(m_lock);
 };
 
 struct Registration {
