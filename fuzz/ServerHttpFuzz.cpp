@@ -7,11 +7,22 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "FuzzInput.h"
 #include "server/ViewServer.h"
 
 namespace {
+
+// A call that the fuzzer's own alarm interrupts goes on.
+template <class Call>
+ssize_t Uninterrupted(Call call) {
+  ssize_t result = 0;
+  do {
+    result = call();
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
 
 class Connection {
  public:
@@ -22,8 +33,10 @@ class Connection {
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    fuzz::Require(connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0,
-                  "the server does not listen");
+    const ssize_t result =
+        Uninterrupted([&] { return connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address); });
+    // Interrupted, it connects in the meantime.
+    fuzz::Require(result == 0 || errno == EISCONN, "the server does not listen", std::strerror(errno));
   }
   ~Connection() {
     // Without waiting for the peer, so that closed connections do not use up the ports.
@@ -36,7 +49,7 @@ class Connection {
 
   void Send(std::string_view bytes) {
     while (!bytes.empty()) {
-      const ssize_t sent = send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      const ssize_t sent = Uninterrupted([&] { return send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL); });
       if (sent <= 0) return;  // the server may close on what it does not like
       bytes.remove_prefix(static_cast<size_t>(sent));
     }
@@ -46,7 +59,7 @@ class Connection {
     std::string received;
     char buffer[4096];
     while (received.size() < enough) {
-      const ssize_t count = recv(m_socket, buffer, sizeof buffer, 0);
+      const ssize_t count = Uninterrupted([&] { return recv(m_socket, buffer, sizeof buffer, 0); });
       fuzz::Require(count >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK), "the server neither answers nor closes");
       if (count <= 0) break;
       received.append(buffer, static_cast<size_t>(count));
