@@ -157,7 +157,9 @@ TEST_F(ViewDownloadTest, AGroupMadeBetweenTheListsIsThereBeforeItsViews) {
   m_site.SetGroups("", 20);
   m_site.SetViews("", 20);
   Manager().Stop();
+  const int opened = m_site.StreamsOpened();
   Load();
+  ASSERT_TRUE(Eventually([&] { return m_site.StreamsOpened() > opened; }));
   m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
   m_site.AnswerOnce("V0/Views", makeBoth);
   m_site.EndStream();
