@@ -5,6 +5,7 @@
 
 namespace QorviViewPlugin {
 
+using json::MarkOf;
 using rapidjson::SizeType;
 using rapidjson::Value;
 
@@ -12,14 +13,6 @@ namespace {
 
 std::string_view TextOf(const Value& value) {
   return {value.GetString(), value.GetStringLength()};
-}
-
-std::uint8_t MarkOf(std::string_view name) {
-  if (name.empty()) return 0;
-  const auto at = [name](size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
-  const std::uint32_t mixed =
-      static_cast<std::uint32_t>(name.size()) | at(0) << 8 | at(name.size() / 2) << 16 | at(name.size() - 1) << 24;
-  return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
 }
 
 }  // namespace

@@ -3,8 +3,9 @@
 
 #include <rapidjson/document.h>
 
-#include <bitset>
 #include <string_view>
+
+#include "json/NameMarks.h"
 
 namespace QorviViewPlugin {
 
@@ -19,10 +20,9 @@ class JsonMembers {
 
  private:
   const rapidjson::Value* m_object;
-  // The members before m_next have been passed, and m_passed holds a mark of each one's name: a name whose mark is
-  // missing is not among them.
+  // The members before m_next have been passed, and m_passed holds the marks of their names.
   rapidjson::SizeType m_next = 0;
-  std::bitset<256> m_passed;
+  json::NameMarks m_passed;
 };
 
 }  // namespace QorviViewPlugin

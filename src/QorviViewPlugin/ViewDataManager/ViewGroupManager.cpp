@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
 #include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
@@ -166,14 +169,15 @@ bool CViewGroupManager::GetViewGroups(std::vector<std::shared_ptr<CViewGroup>>& 
 }
 
 void CViewGroupManager::GetViewsWithoutGroup(std::vector<std::shared_ptr<CView>>& out) const {
-  ViewTable found;
+  std::vector<std::pair<unsigned int, std::shared_ptr<CView>>> found;
   {
     ReadLock lock(m_viewLock);
-    for (const auto& [id, view] : mapViews) {
-      if (view->GetViewGroupID() == kNoId) found.emplace(id, view);
+    for (const auto& entry : mapViews) {
+      if (entry.second->GetViewGroupID() == kNoId) found.emplace_back(entry);
     }
   }
-  for (const auto& [id, view] : found) out.push_back(view);
+  std::sort(found.begin(), found.end());  // by id: no two have the same
+  for (auto& [id, view] : found) out.push_back(std::move(view));
 }
 
 RelateResourceType CViewGroupManager::ServerToRelateType(const int& serverType) const {

@@ -23,16 +23,8 @@ std::size_t SharedLength(std::string_view left, std::string_view right) {
   return shared;
 }
 
-bool IsNamed(const Value::Member& member, std::string_view name) {
-  return member.name.GetStringLength() == name.size() &&
-         std::memcmp(member.name.GetString(), name.data(), name.size()) == 0;
-}
-
-std::uint8_t MarkOf(const char* name, std::size_t size) {
-  if (size == 0) return 0;
-  const auto at = [name](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
-  const std::uint32_t mixed = static_cast<std::uint32_t>(size) | at(0) << 8 | at(size / 2) << 16 | at(size - 1) << 24;
-  return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
+std::string_view NameOf(const Value::Member& member) {
+  return {member.name.GetString(), member.name.GetStringLength()};
 }
 
 // What the segment's index addresses in the value of its name, or null.
@@ -72,19 +64,19 @@ rapidjson::SizeType CountOf(const Value& value) {
 Value* MemberFinder::Find(std::string_view name) {
   if (!m_value->IsObject()) return nullptr;
   const auto first = m_value->MemberBegin();
-  const std::uint8_t mark = MarkOf(name.data(), name.size());
+  const std::uint8_t mark = json::MarkOf(name);
   if (m_seen[mark]) {
     for (auto member = first; member != first + m_next; ++member) {
-      if (IsNamed(*member, name)) return &member->value;
+      if (NameOf(*member) == name) return &member->value;
     }
   }
   for (const rapidjson::SizeType count = m_value->MemberCount(); m_next < count;) {
     auto& member = *(first + m_next++);
-    if (IsNamed(member, name)) {
+    if (NameOf(member) == name) {
       m_seen[mark] = true;
       return &member.value;
     }
-    m_seen[MarkOf(member.name.GetString(), member.name.GetStringLength())] = true;
+    m_seen[json::MarkOf(NameOf(member))] = true;
   }
   return nullptr;
 }

@@ -4,13 +4,13 @@
 
 #include <rapidjson/document.h>
 
-#include <bitset>
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "NetLink/JsonPath.h"
+#include "json/NameMarks.h"
 
 namespace NetLink {
 
@@ -29,10 +29,10 @@ class MemberFinder {
 
  private:
   rapidjson::Value* m_value;
-  // The members before m_next were looked at, and m_seen holds a mark of each name: a name whose mark is missing is
-  // not among them, so that the first of that name is searched from m_next on.
+  // The members before m_next were looked at, and m_seen holds the marks of their names: the first member of a name
+  // without one is searched from m_next on.
   rapidjson::SizeType m_next = 0;
-  std::bitset<256> m_seen;
+  json::NameMarks m_seen;
 };
 
 // A position in one document: the objects on the way to the last path. A path that shares its beginning with the
