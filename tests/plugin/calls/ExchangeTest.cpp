@@ -5,7 +5,6 @@
 
 #include "CallFixture.h"
 #include "QorviViewPlugin/Exchange.h"
-#include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
@@ -13,7 +12,6 @@ namespace call_test {
 namespace {
 
 namespace protocol = QorviViewPlugin_view_plugin_protocol;
-using QorviViewPlugin::kNoId;
 
 class ExchangeTest : public CallTest {};
 
@@ -41,8 +39,8 @@ TEST_F(ExchangeTest, OneStringMayBeRequestAndResponse) {
 }
 
 TEST_F(ExchangeTest, AFailedEditIsToldInTheErrorTextAndLeavesTheCache) {
-  CacheGroup(5, "five", 1, kNoId);
-  CacheView(3, "three", 1, 5);
+  CacheGroup(Group(5, kNoId, "five", 1));
+  CacheView(View(3, 5, "three", 1));
   const std::string before = Cached();
   const struct {
     Exchange exchange;

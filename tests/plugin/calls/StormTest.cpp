@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "CallFixture.h"
-#include "QorviViewPlugin/QorviViewPlugin.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 
@@ -68,12 +67,12 @@ struct Meddler : ResourceData::IResourceObserver {
   void UpdateResourceInfos(const Param& param) override {
     const int turn = ++notices;
     // The notice of a removed group comes under the group table's lock.
-    if (param.enum_state == 4 && param.child_type == core_test::kViewGroup) return;
-    for (const int type : {core_test::kView, core_test::kViewGroup}) {
-      ViewRegisterResourceUpdate(this, core_test::RegistrationText(type, param.id, false));
+    if (param.enum_state == 4 && param.child_type == kViewGroup) return;
+    for (const int type : {kView, kViewGroup}) {
+      ViewRegisterResourceUpdate(this, RegistrationText(type, param.id, false));
     }
     const std::string id = std::to_string(turn % kObjects + 1);
-    if (turn % 2) ViewRegisterResourceUpdate(neighbour, core_test::RegistrationText(core_test::kViewGroup, id, true));
+    if (turn % 2) ViewRegisterResourceUpdate(neighbour, RegistrationText(kViewGroup, id, true));
     std::string response;
     GetPlanDetail(R"({"ID":")" + id + "\"}", response);
     GetPlansInGroup(R"({"GroupID":")" + id + "\"}", response);
@@ -114,9 +113,8 @@ class StormTest : public CallTest {
         Downloads().NotifyViewGroupsUpdate(GroupsDocument(GroupElement(number % 3 + 1, method)));
         return {};
       case 3:
-        ViewRegisterResourceUpdate(&meddlers[mark % 4], core_test::RegistrationText(core_test::kView, id, method != 2));
-        ViewRegisterResourceUpdate(&meddlers[mark % 4],
-                                   core_test::RegistrationText(core_test::kViewGroup, id, method != 2));
+        ViewRegisterResourceUpdate(&meddlers[mark % 4], RegistrationText(kView, id, method != 2));
+        ViewRegisterResourceUpdate(&meddlers[mark % 4], RegistrationText(kViewGroup, id, method != 2));
         return {};
       case 4:
         return all({{AddPlan, PlanRequest("", mark)},
@@ -176,7 +174,7 @@ TEST_F(StormTest, SixteenThreadsCallEverythingWhileChangesComeIn) {
   ClearViewData();
   EXPECT_EQ(Call(IsInitViewGroupFinish), R"(true {"error_info":"","init_finish":true})");
   EXPECT_EQ(Call(IsInitViewFinish), R"(true {"error_info":"","init_finish":true})");
-  EXPECT_EQ(MemberNames(1), (std::vector<std::string>{"7", "7", "7", "7"}));
+  EXPECT_EQ(Members(1), "3'7' 6'7' 9'7' 12'7' ");
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <new>
 
 #include "CallFixture.h"
-#include "QorviViewPlugin/QorviViewPlugin.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 
@@ -60,19 +59,6 @@ void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
 namespace call_test {
 namespace {
 
-// The calling thread's allocations fail from its `allowed`th on, or that one alone, until this ends.
-class Shortage {
- public:
-  Shortage(long allowed, Want want) {
-    t_refused = false;
-    t_want = want;
-    t_left = allowed;
-  }
-  ~Shortage() { t_left = -1; }
-  Shortage(const Shortage&) = delete;
-  Shortage& operator=(const Shortage&) = delete;
-};
-
 constexpr char kGroups[] = R"({"ID":1,"Name":"one"},{"ID":2,"Name":"two","ParentViewGroupID":1})";
 constexpr char kViews[] =
     R"({"ID":5,"Name":"five","ViewGroupID":1,"PlanPages":[{"PlanViewItem":[{"WindowNo":1,"ElementType":1001,)"
@@ -94,14 +80,10 @@ class WantOfMemoryTest : public CallTest {
   // All that a host sees of the cache.
   static std::string Cache() {
     std::string text;
-    for (const char* parent : {"root", "-1", "1", "2"}) {
-      text += Call(GetPlanGroups, R"({"ParentID":")" + std::string(parent) + "\"}") + "\n";
-    }
-    for (const char* group : {"-1", "1", "2", "77"}) {
-      text += Call(GetPlansInGroup, R"({"GroupID":")" + std::string(group) + "\"}") + "\n";
-    }
-    for (const char* view : {"5", "6", "7", "77"}) {
-      text += Call(GetPlanDetail, R"({"ID":")" + std::string(view) + "\"}") + "\n";
+    for (const std::string id : {"root", "-1", "1", "2", "5", "6", "7", "77"}) {
+      text += Call(GetPlanGroups, R"({"ParentID":")" + id + "\"}") + "\n";
+      text += Call(GetPlansInGroup, R"({"GroupID":")" + id + "\"}") + "\n";
+      text += Call(GetPlanDetail, R"({"ID":")" + id + "\"}") + "\n";
     }
     return text;
   }
@@ -111,11 +93,11 @@ class WantOfMemoryTest : public CallTest {
   template <class Call, class Check>
   static int AtEachMoment(Want want, Call call, Check check) {
     for (int moment = 0;; ++moment) {
-      bool succeeded = false;
-      {
-        const Shortage shortage(moment, want);
-        succeeded = call();
-      }
+      t_refused = false;
+      t_want = want;
+      t_left = moment;
+      const bool succeeded = call();
+      t_left = -1;
       if (!t_refused) {
         EXPECT_TRUE(succeeded);
         return moment;
@@ -223,7 +205,7 @@ TEST_F(WantOfMemoryTest, AChangeMayBeLostButDoesNoHarm) {
       Cache();
       Load();
       ASSERT_EQ(Cache(), whole) << moment;
-      core_test::Observe(observer, core_test::kViewGroup, "2");
+      Observe(observer, kViewGroup, "2");
     });
     EXPECT_GT(moments, 20);
     Load();

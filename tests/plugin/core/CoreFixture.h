@@ -7,12 +7,14 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <ostream>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
+#include "BizShared/NetCommManager.h"
+#include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 #include "ResourceStore/ResourceObserver.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "VantBase/Error.h"
@@ -22,122 +24,221 @@ namespace core_test {
 
 using Vant::Base::Error::ErrorCode;
 
-using Ids = std::vector<unsigned int>;
 using Texts = std::vector<std::string>;
-using LogLine = std::string;  // "<level> <module> <text>"
+using Exchange = bool (*)(const std::string& request, std::string& response);
 
-// A line of the plugin without its closing "[source file(line)]"; a line that has none keeps its whole text and thus
-// equals no expected line.
-std::string WithoutPlace(const std::string& text);
+// Texts noted on any thread, to be taken once.
+class Notes {
+ public:
+  void Add(std::string text) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_texts.push_back(std::move(text));
+  }
+  Texts Take() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return std::exchange(m_texts, {});
+  }
 
-// Keeps the plugin's lines, without their places.
-class LogRecorder : public Vant::Base::ILogSink {
+ private:
+  std::mutex m_mutex;  // guards m_texts
+  Texts m_texts;
+};
+
+// Keeps the plugin's lines as "<level> <module> <text>", without their closing "[source file(line)]"; a line that has
+// none keeps its whole text and thus equals no expected line.
+class LogRecorder : public Vant::Base::ILogSink, public Notes {
  public:
   bool Wants(int) const override { return true; }
-  void Write(int level, const char* module, const std::string& text) override;
-  Texts Take();
+  void Write(int level, const char* module, const std::string& text) override {
+    if (onLine) onLine(text);
+    const size_t place = text.rfind("[src/QorviViewPlugin/");
+    const bool hasPlace = place != std::string::npos && text.ends_with(")]") &&
+                          text.find_first_of("123456789", text.rfind('(')) != std::string::npos;
+    Add(std::to_string(level) + " " + module + " " + (hasPlace ? text.substr(0, place) : text));
+  }
   // Called with each line, on the thread that logs; to be set before anything is logged.
   std::function<void(const std::string& text)> onLine;
-
- private:
-  std::mutex m_mutex;  // guards m_lines
-  Texts m_lines;
 };
 
-LogLine InfoLine(const std::string& text);
-LogLine ErrorLine(const std::string& text);
+inline std::string InfoLine(const std::string& text) {
+  return "3 ClientVFPluginInfo " + text;
+}
+inline std::string ErrorLine(const std::string& text) {
+  return "5 ClientVFPluginError " + text;
+}
 
-struct SentRequest {
-  std::string method;
-  std::string url;
-  std::string body;
-  std::string requestData;
-  unsigned long timeout;
-  bool operator==(const SentRequest&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const SentRequest& request);
+// A reply or a downloaded document with this "Data", or with this status.
+inline std::string Accepted(const std::string& data = "{}") {
+  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":)" + data + "}}";
+}
+inline std::string Refused(int module, int code, const std::string& cascading = "") {
+  return R"({"ResponseStatus":{"ErrorModule":)" + std::to_string(module) + R"(,"ErrorCode":)" + std::to_string(code) +
+         R"(,"CascadingErrorInfo":")" + cascading + R"("}})";
+}
+// The same with a list of elements.
+inline std::string ViewsDocument(const std::string& elements) {
+  return Accepted(R"({"ViewList":{"View":[)" + elements + "]}}");
+}
+inline std::string GroupsDocument(const std::string& elements) {
+  return Accepted(R"({"ViewGroupList":{"ViewGroup":[)" + elements + "]}}");
+}
 
-// Stands in for the network: every request gets the same answer until another is set, at first none.
-class ScriptedServer {
+// Stands in for the network: every request gets the same answer until another is set, at first none. Requests are noted
+// as "<method> <url> <body>", those that ask for a list with " asks <request data> within <time-out>".
+class ScriptedServer : public Notes {
  public:
-  ScriptedServer();
-  ~ScriptedServer();
-  void Answer(const std::string& body);
-  void BreakDown(const ErrorCode& error);
+  ScriptedServer() {
+    Network().SetTransport([this](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send) {
+      if (onRequest) onRequest();
+      std::string text = send.GetVal_Method() + " " + send.GetVal_URL() + " " + send.GetVal_send_data();
+      const std::string list = send.GetVal_Request_Data() + " within " + std::to_string(send.GetVal_Timeout());
+      Add(text + (list == " within 0" ? "" : " asks " + list));
+      recv.SetVal_Receive_Data(m_body);
+      recv.SetVal_Error_code(m_error);
+      return m_arrives;
+    });
+  }
+  ~ScriptedServer() { Network().SetTransport(nullptr); }
+
+  void Answer(const std::string& body) { Set(true, body, ErrorCode()); }
+  // The body must not be looked at.
+  void BreakDown(const ErrorCode& error) { Set(false, Accepted(), error); }
   // Called with each request before it is answered.
   std::function<void()> onRequest;
-  std::vector<SentRequest> Take();
 
  private:
-  std::mutex m_mutex;  // guards what follows
+  static BizShared::CNetCommManager& Network() {
+    return Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
+  }
+  void Set(bool arrives, const std::string& body, const ErrorCode& error) {
+    m_arrives = arrives;
+    m_body = body;
+    m_error = error;
+  }
+
   bool m_arrives = false;
   std::string m_body;
   ErrorCode m_error{1, 7, 0, ""};
-  std::vector<SentRequest> m_requests;
 };
 
 // "main/sub/subsystem/text".
-std::string Text(const ErrorCode& error);
+inline std::string Text(const ErrorCode& error) {
+  return std::to_string(error.GetMainError()) + "/" + std::to_string(error.GetSubError()) + "/" +
+         std::to_string(error.GetSubSystemErrorCode()) + "/" + error.GetCasadingErrorInfo();
+}
 
-// A reply or a downloaded document with this "Data", or with this status.
-std::string Accepted(const std::string& data = "{}");
-std::string Refused(int module, int code, const std::string& cascading = "");
-// The same with a list of elements.
-std::string ViewsDocument(const std::string& elements);
-std::string GroupsDocument(const std::string& elements);
-
-// Notes every notice as "id state type child_id/child_type name change_info".
-class NotingObserver : public ResourceData::IResourceObserver {
+class NotingObserver : public ResourceData::IResourceObserver, public Notes {
  public:
   explicit NotingObserver(std::string name = "") : m_name(std::move(name)) {}
   virtual ~NotingObserver() = default;
-  void UpdateResourceInfos(const Param& param) override;
-  Texts Take();
+  void UpdateResourceInfos(const Param& param) override {
+    Add(m_name + param.id + " state " + std::to_string(param.enum_state) + " child '" + param.child_id + "' " +
+        std::to_string(param.child_type) + " name '" + param.name + "' reserved " + std::to_string(param.reserved) +
+        " info '" + param.other_change_info + "'");
+    if (onNotice) onNotice(param);
+  }
   // Called after each notice has been noted, on the notifying thread.
   std::function<void(const Param&)> onNotice;
 
  private:
   std::string m_name;
-  std::mutex m_mutex;  // guards m_notices
-  Texts m_notices;
 };
 
 constexpr int kView = 16000;
 constexpr int kViewGroup = 16001;
-std::string RegistrationText(int type, const std::string& id, bool isRegister);
-void Observe(ResourceData::IResourceObserver& observer, int type, const std::string& id);
-void Unobserve(ResourceData::IResourceObserver& observer, int type, const std::string& id);
 
-using Exchange = bool (*)(const std::string& request, std::string& response);
+inline std::string RegistrationText(int type, const std::string& id, bool isRegister) {
+  return R"({"ResourceType":)" + std::to_string(type) + R"(,"ID":")" + id + R"(","IsRegister":)" +
+         (isRegister ? "true}" : "false}");
+}
+inline void Observe(ResourceData::IResourceObserver& observer, int type, const std::string& id) {
+  ViewRegisterResourceUpdate(&observer, RegistrationText(type, id, true));
+}
+inline void Unobserve(ResourceData::IResourceObserver& observer, int type, const std::string& id) {
+  ViewRegisterResourceUpdate(&observer, RegistrationText(type, id, false));
+}
+
 // "true <response>" or "false <response>", the response text having been "old".
-std::string Call(Exchange exchange, const std::string& request = "");
+inline std::string Call(Exchange exchange, const std::string& request = "") {
+  std::string response = "old";
+  const bool result = exchange(request, response);
+  return (result ? "true " : "false ") + response;
+}
 
-QorviViewPlugin::ViewInfo View(unsigned int id, unsigned int groupId = QorviViewPlugin::kNoId,
-                               const std::string& name = "");
-QorviViewPlugin::ViewGroupInfo Group(unsigned int id, unsigned int parentId = QorviViewPlugin::kNoId,
-                                     const std::string& name = "");
+inline QorviViewPlugin::ViewInfo View(unsigned int id, unsigned int groupId = QorviViewPlugin::kNoId,
+                                      const std::string& name = "", int type = 0) {
+  QorviViewPlugin::ViewInfo view;
+  view.idView = id;
+  view.idViewGroup = groupId;
+  view.strName = name;
+  view.enumViewType = type;
+  return view;
+}
+
+inline QorviViewPlugin::ViewGroupInfo Group(unsigned int id, unsigned int parentId = QorviViewPlugin::kNoId,
+                                            const std::string& name = "", int type = 0) {
+  return {id, QorviViewPlugin::kNoId, parentId, name, type};
+}
 
 class CoreTest : public testing::Test {
  protected:
-  CoreTest();
-  ~CoreTest() override;
+  CoreTest() {
+    ForgetEverything();
+    Vant::Base::SetLogSink(log);
+  }
+  ~CoreTest() override {
+    ForgetEverything();
+    Vant::Base::SetLogSink(nullptr);
+  }
 
-  static QorviViewPlugin::CViewGroupManager& Manager();
-  static ResourceStore::CViewGroupManager& Downloads();
+  static QorviViewPlugin::CViewGroupManager& Manager() {
+    return Vant::Base::CSingleton<QorviViewPlugin::CViewGroupManager>::Instance();
+  }
+  static ResourceStore::CViewGroupManager& Downloads() {
+    return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
+  }
   // Puts objects into the cache without a notice.
-  void CacheView(const QorviViewPlugin::ViewInfo& view);
-  void CacheGroup(const QorviViewPlugin::ViewGroupInfo& group);
-  // What is cached under ids up to 50 and all ones: "group 1 'name' in -1: 5 'member'; view 5 'name'; ".
-  static std::string Cached();
-  // Ids of a group's members in order; {} for a group that is not cached.
-  static Ids Members(unsigned int groupId);
-  // Names of the same.
-  static Texts MemberNames(unsigned int groupId);
-  // Name of the cached view or group, "(none)" without one.
-  static std::string ViewName(unsigned int id);
-  static std::string GroupName(unsigned int id);
+  static void CacheView(const QorviViewPlugin::ViewInfo& view) { Manager().InsertViewToCache(view, true); }
+  static void CacheGroup(const QorviViewPlugin::ViewGroupInfo& group) { Manager().InsertViewGroupToCache(group); }
 
-  static void ForgetEverything();
+  // A group's members in order, "5'five' 6'six' "; nothing for a group that is not cached.
+  static std::string Members(unsigned int groupId) {
+    std::vector<std::shared_ptr<QorviViewPlugin::CView>> views;
+    if (const auto group = Manager().GetViewGroupByID(groupId)) group->GetMemberViews(views);
+    std::string text;
+    for (const auto& view : views) text += std::to_string(view->GetID()) + "'" + view->GetName() + "' ";
+    return text;
+  }
+  // Name of the cached view or group, "(none)" without one.
+  static std::string ViewName(unsigned int id) {
+    const auto view = Manager().GetViewByID(id);
+    return view ? view->GetName() : "(none)";
+  }
+  static std::string GroupName(unsigned int id) {
+    const auto group = Manager().GetViewGroupByID(id);
+    return group ? group->Info()->strName : "(none)";
+  }
+  // What is cached under ids up to 50: "group 1'one' in -1: 5'five' ; view 5'five'; ".
+  static std::string Cached() {
+    std::string text;
+    for (unsigned int id = 0; id <= 50; ++id) {
+      const auto group = Manager().GetViewGroupByID(id);
+      if (!group) continue;
+      text += "group " + std::to_string(id) + "'" + GroupName(id) + "' in " +
+              std::to_string(static_cast<int>(group->GetParentID())) + ": " + Members(id) + "; ";
+    }
+    for (unsigned int id = 0; id <= 50; ++id) {
+      if (Manager().GetViewByID(id)) text += "view " + std::to_string(id) + "'" + ViewName(id) + "'; ";
+    }
+    return text;
+  }
+
+  static void ForgetEverything() {
+    Downloads().SetViewsUpdateCallback(nullptr);
+    Downloads().SetViewGroupsUpdateCallback(nullptr);
+    Downloads().SetDownloadedData("", "", false);
+    ClearViewData();
+  }
 
   std::shared_ptr<LogRecorder> log = std::make_shared<LogRecorder>();
   ScriptedServer server;

@@ -4,7 +4,6 @@
 
 #include "CoreFixture.h"
 #include "QorviViewPlugin/FirstLoad.h"
-#include "QorviViewPlugin/QorviViewPlugin.h"
 
 namespace core_test {
 namespace {
@@ -60,16 +59,14 @@ TEST_F(FirstLoadTest, LoadsGroupsThenViewsAndAnswersThatItDid) {
   EXPECT_TRUE(IsViewLoadDone());
   EXPECT_EQ(log->Take(), (Texts{InfoLine("[IsInitViewGroupFinish]init view_group_message data: " + kGroups),
                                 InfoLine("[IsInitViewFinish]init view_messgae data: " + kViews)}));
-  EXPECT_EQ(GroupName(1) + GroupName(2) + ViewName(5) + ViewName(6), "onetwofivesix");
-  EXPECT_EQ(Members(1), Ids{5});
+  EXPECT_EQ(Cached(), "group 1'one' in -1: 5'five' ; group 2'two' in 1: ; view 5'five'; view 6'six'; ");
 }
 
 TEST_F(FirstLoadTest, ViewsLoadedBeforeTheirGroupsBelongToNone) {
   Download(kGroups, kViews);
   PollViews();
   PollGroups();
-  EXPECT_EQ(ViewName(5), "five");
-  EXPECT_EQ(Members(1), Ids());
+  EXPECT_EQ(ViewName(5) + Members(1), "five");
 }
 
 TEST_F(FirstLoadTest, ASecondPollDoesNothingAndLeavesTheResponse) {
@@ -148,7 +145,7 @@ TEST_F(FirstLoadTest, ChangesOfViewsReachCacheAndObservers) {
   EXPECT_EQ(ofGroups.Take(), (Texts{"group 1 state 3 child '9' 16000 name '' reserved 1 info ''",
                                     "group 1 state 4 child '5' 16000 name '' reserved 1 info ''"}));
   EXPECT_EQ(ofViews.Take(), Texts{"view 6 state 7 child '' 1001 name '' reserved 1 info ''"});
-  EXPECT_EQ(MemberNames(1), (Texts{"", "new"})) << "once";
+  EXPECT_EQ(Members(1), "5'' 9'new' ") << "once";
   // An added view that is cached already is replaced; only the arrival is told.
   ChangeViews(R"({"ID":9,"Name":"newer"})");
   EXPECT_EQ(ViewName(9), "newer");
@@ -160,33 +157,29 @@ TEST_F(FirstLoadTest, ChangesOfGroupsReachCacheAndObservers) {
   Watch();
   ChangeGroups(R"({"ID":3,"Name":"three","ParentViewGroupID":2,"UserID":8},{"ID":1,"Name":"ONE","Method":1},)"
                R"({"ID":2,"Method":2},{"ID":4,"Method":2},{"ID":3,"Name":"ignored","Method":7})");
-  EXPECT_EQ(GroupName(3) + GroupName(1) + GroupName(2), "threeONE(none)");
-  EXPECT_EQ(Members(1), Ids{5});  // a renamed group keeps its members
+  // A renamed group keeps its members.
+  EXPECT_EQ(Cached(), "group 1'ONE' in -1: 5'five' ; group 3'three' in 2: ; view 5'five'; view 6'six'; ");
   EXPECT_EQ(ofGroups.Take(), (Texts{"group 2 state 3 child '3' 16001 name '' reserved 1 info '1'",
                                     "group 1 state 2 child '' 1001 name 'ONE' reserved 1 info ''",
                                     "group 1 state 4 child '2' 16001 name '' reserved 1 info ''"}));
   // An added group that is cached already is replaced, without its members; only the arrival is told.
   ChangeGroups(R"({"ID":1,"Name":"again"})");
-  EXPECT_EQ(GroupName(1), "again");
-  EXPECT_EQ(Members(1), Ids());
+  EXPECT_EQ(GroupName(1) + Members(1), "again");
   EXPECT_EQ(ofGroups.Take(), Texts{"group 4294967295 state 3 child '1' 16001 name '' reserved 1 info '0'"});
 }
 
 TEST_F(FirstLoadTest, AModifiedOrDeletedViewLeavesASecondObjectAmongItsGroupsMembers) {
   Load();
   ChangeViews(R"({"ID":5,"Name":"FIVE","ViewGroupID":1,"Method":1})");
-  EXPECT_EQ(Members(1), (Ids{5, 5}));
-  EXPECT_EQ(MemberNames(1), (Texts{"FIVE", "FIVE"}));
+  EXPECT_EQ(Members(1), "5'FIVE' 5'FIVE' ");
   ChangeViews(R"({"ID":5,"Name":"gone","ViewGroupID":1,"Method":2})");
-  EXPECT_EQ(ViewName(5), "(none)");
-  EXPECT_EQ(MemberNames(1), (Texts{"FIVE", "gone"}));
+  EXPECT_EQ(ViewName(5) + Members(1), "(none)5'FIVE' 5'gone' ");
   // A deletion that names no group adds none.
   ChangeViews(R"({"ID":6,"Method":2})");
-  EXPECT_EQ(Members(1).size(), 2u);
   // One that was moved stays in its old group's list.
   ChangeViews(R"({"ID":9,"ViewGroupID":1},{"ID":9,"Name":"moved","ViewGroupID":2,"Method":1})");
   EXPECT_EQ(Manager().GetViewByID(9)->GetViewGroupID(), 2u);
-  EXPECT_EQ(MemberNames(1), (Texts{"FIVE", "gone", "moved"}));
+  EXPECT_EQ(Members(1) + Members(2), "5'FIVE' 5'gone' 9'moved' 9'moved' ");
 }
 
 TEST_F(FirstLoadTest, AnObserverThatThrowsKeepsNoChangeFromTheCache) {

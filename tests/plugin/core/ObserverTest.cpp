@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The registry of observers.
 #include "CoreFixture.h"
-#include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 
 namespace core_test {
 namespace {
@@ -34,10 +32,8 @@ TEST_F(ObserverTest, OnlyThoseRegisteredForTheIdAndTypeAreCalled) {
   Observe(c, kViewGroup, "12");
   Notify(kView, "12");
   EXPECT_EQ(Calls(), "100");
-  Notify(kViewGroup, "12");
+  for (int type : {kViewGroup, 16002, 1001, -1}) Notify(type, "12");
   EXPECT_EQ(Calls(), "001");
-  for (int type : {16002, 16003, 1001, 0, -1}) Notify(type, "12");
-  EXPECT_EQ(Calls(), "000");
   // Withdrawing what is not registered changes nothing.
   Unobserve(b, kView, "12");
   Unobserve(a, kView, "13");
@@ -63,21 +59,14 @@ TEST_F(ObserverTest, TheyAreCalledInTheOrderOfTheirRegistrationAsOftenAsTheyRegi
 TEST_F(ObserverTest, ARequestIsReadKeyByKey) {
   // The ids of views that the registration is for; an empty id and "0" are the same one.
   const std::pair<const char*, const char*> rows[] = {
-      {R"({"ResourceType":16000,"ID":"12","IsRegister":true})", "[12]"},
       {R"({"ResourceType":"16000","ID":12,"IsRegister":true})", "[12]"},
       {R"({"ResourceType":16000,"ID":"-1","IsRegister":true})", "[4294967295]"},
-      {R"({"ResourceType":16000,"ID":"12ab","IsRegister":true})", "[12]"},
       {R"({"ResourceType":16000,"ID":"ab","IsRegister":true})", "[0][]"},
-      {R"({"ResourceType":16000,"ID":"","IsRegister":true})", "[0][]"},
       {R"({"ResourceType":16000,"IsRegister":true})", "[0][]"},
       {R"({"ResourceType":16000,"ID":"12","IsRegister":1})", ""},
-      {R"({"ResourceType":16000,"ID":"12"})", ""},
       {R"({"ResourceType":16002,"ID":"12","IsRegister":true})", ""},
-      {R"({"ResourceType":1001,"ID":"12","IsRegister":true})", ""},
       {R"({"ID":"12","IsRegister":true})", ""},
-      {R"([])", ""},
       {"{", ""},
-      {"", ""},
   };
   for (const auto& [request, expected] : rows) {
     Registry().UninitManager();
@@ -95,15 +84,11 @@ TEST_F(ObserverTest, ManyAreRegisteredOrWithdrawnByOneRequestAndNullIsIgnored) {
   Registry().RegisterResourceUpdate(nullptr, RegistrationText(kView, "12", true));
   Registry().RegisterMultResourceUpdate({{"7", &a}, {"8", nullptr}, {"x", &b}}, R"({"ResourceType":16001,"ID":"99",)"
                                                                                 R"("IsRegister":true})");
-  for (const char* id : {"12", "7", "8", "0", "99"}) {
-    Notify(kView, id);
-    Notify(kViewGroup, id);
-  }
+  Notify(kView, "12");
+  for (const char* id : {"7", "8", "0", "99"}) Notify(kViewGroup, id);
   EXPECT_EQ(Calls(), "110");
   Registry().RegisterMultResourceUpdate({{"7", &a}, {"0", &b}}, R"({"ResourceType":16001})");
-  Registry().RegisterMultResourceUpdate({{"7", &a}, {"0", &b}}, R"({"ResourceType":16002,"IsRegister":true})");
-  Notify(kViewGroup, "7");
-  Notify(kViewGroup, "0");
+  for (const char* id : {"7", "0"}) Notify(kViewGroup, id);
   EXPECT_EQ(Calls(), "000");
 }
 
@@ -127,16 +112,16 @@ TEST_F(ObserverTest, AnObserverMayCallBackIntoTheLibrary) {
   Observe(b, kView, "9");
   std::string seen;
   a.onNotice = [&](const auto& param) {
-    seen += ViewName(9) + std::to_string(Members(1).size());
+    seen += ViewName(9) + Members(1);
     if (param.enum_state == 3) Manager().UpdateViewInCache(View(9, 1, "changed"));
     if (param.enum_state == 4) ClearViewData();
   };
   Manager().InsertViewToCache(View(9, 1, "new"), false);
-  EXPECT_EQ(seen, "new1");
+  EXPECT_EQ(seen, "new9'new' ");
   EXPECT_EQ(ViewName(9), "changed");
   EXPECT_EQ(b.Take().size(), 1u);
   Manager().RemoveViewFromCache(9, false);
-  EXPECT_EQ(seen, "new1(none)0");
+  EXPECT_EQ(seen, "new9'new' (none)");
   EXPECT_EQ(GroupName(1), "(none)");
 }
 
@@ -150,10 +135,11 @@ TEST_F(ObserverTest, EveryCallIsLogged) {
   Registry().UpdateResourceInfo(param, ResourceData::ResourceTypeView);
   const std::string name = "[QorviViewPlugin::CViewResourceUpdateManager::UpdateResourceInfo]";
   const auto line = [&](const std::string& text) { return "3 ClientResourceStoreWebsocket " + name + text; };
-  const LogLine found = line("if (map_observers.find(res_id) != map_observers.end())");
-  const LogLine next = line("for (auto it = map_observers[res_id].begin(); it < map_observers[res_id].end(); ++it)");
-  const LogLine call = line("ptr_observer->UpdateResourceInfos(parma);parma.id:12; parma.other_change_info:info");
-  const LogLine kind = line("UpdateResource(parma);type:16000; parma.enum_state:3; parma.child_type:16000");
+  const std::string found = line("if (map_observers.find(res_id) != map_observers.end())");
+  const std::string next =
+      line("for (auto it = map_observers[res_id].begin(); it < map_observers[res_id].end(); ++it)");
+  const std::string call = line("ptr_observer->UpdateResourceInfos(parma);parma.id:12; parma.other_change_info:info");
+  const std::string kind = line("UpdateResource(parma);type:16000; parma.enum_state:3; parma.child_type:16000");
   EXPECT_EQ(log->Take(), (Texts{found, next, call, kind, next, call, kind}));
   Registry().UpdateResourceInfo(param, ResourceData::ResourceTypeViewGroup);
   EXPECT_EQ(log->Take(), Texts());

@@ -54,15 +54,11 @@ TEST(TextsToNumbers, GiveTheValuesThatHostsRelyOn) {
 }
 
 TEST(TextsToNumbers, AreReadAsByStreamExtraction) {
-  for (const char* text : {"root",       "1'000",      "\u00a03",     "0x1F",        "inf",
-                           "nan",        "1e400",      "-1e400",      "1e-400",      "1e-45",
-                           "\v\f\r 3",   "4294967295", "4294967296",  "-4294967295", "-4294967296",
-                           "2147483647", "2147483648", "-2147483648", "-2147483649", "99999999999999999999",
-                           "16777217"}) {
+  for (const char* text : {"1'000", "\u00a03", "0x1F", "inf", "nan", "-1e400", "1e-45", "\v\f\r 3", "4294967296",
+                           "-4294967296", "-2147483649", "99999999999999999999", "16777217",
+                           "340282350000000000000000000000000000000", "340282360000000000000000000000000000001"}) {
     ExpectAsStreamsRead(text);
   }
-  ExpectAsStreamsRead("340282350000000000000000000000000000000");
-  ExpectAsStreamsRead("340282360000000000000000000000000000001");
   ExpectAsStreamsRead(std::string("3\0004", 3));
   std::mt19937 random(20240611);
   const std::string alphabet = "00123456789+-..eE xX,\t\n";

@@ -4,9 +4,7 @@
 
 #include "../../Gate.h"
 #include "CoreFixture.h"
-#include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
-#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 
 namespace core_test {
 namespace {
@@ -89,11 +87,8 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
   EXPECT_EQ(observer.Take().size(), 1u);
   applying.Open();
   EXPECT_EQ(load.get(), kLoaded);
-  std::string order;
-  for (unsigned int id : Members(1)) order += std::to_string(id);
-  EXPECT_EQ(order, "123");
   add("4");
-  EXPECT_EQ(Members(1).size(), 4u);
+  EXPECT_EQ(Members(1), "1'' 2'' 3'' 4'' ");
 }
 
 TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
@@ -140,7 +135,7 @@ TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
   for (unsigned int id = 1; id <= 500; ++id) Manager().InsertViewToCache(View(id, 1), false);
   visitors.clear();
   EXPECT_EQ(resident.Take().size(), 500u);
-  EXPECT_EQ(Members(1).size(), 500u);
+  EXPECT_TRUE(Members(1).ends_with(" 499'' 500'' "));
 }
 
 TEST_F(ThreadTest, TheNoticeOfARemovedGroupComesUnderTheGroupTablesLock) {

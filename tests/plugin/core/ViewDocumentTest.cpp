@@ -190,58 +190,38 @@ TEST(AReadWindow, WithoutKeysDiffersFromANewOne) {
   }
 }
 
+// What the writer writes is read back in a test of its own; here is what it never writes.
 TEST(AReadWindow, TakesEachPlainKeyByItsOwnRule) {
   ExpectWindows({
-      {R"("SequenceIndex":"3")", "n_seq_index=3"},
       {R"("SequenceIndex":3)", "n_seq_index=3"},
       {R"("SequenceIndex":" 12ab")", "n_seq_index=12"},
-      {R"("SequenceIndex":"x")", ""},
       {R"("SequenceIndex":true)", ""},
-      {R"("ResourceType":1002)", "type=1002"},
       {R"("ResourceType":"1002")", "type=1002"},
       {R"("SiteID":4294967294)", "site=4294967294"},
-      {R"("SiteID":31,"ResourceID":501)", "site=31 element=501"},
       {R"("SiteID":{},"ResourceID":[5],"StreamType":null)", ""},
-      {R"("RelateResourceID":77,"RelateResourceName":"Gate","RelateResourceType":1027)",
-       "relate_type=8 relate_id=77 relate_name='Gate'"},
-      {R"("RelateResourceType":3)", "relate_type=3"},
-      {R"("ExtendResource":"{}")", "extend='{}'"},
-      {R"("WindowNo":4,"PresetPointIndex":5,"CruiseIndex":-2,"TrackIndex":6)",
-       "uIndex=4 preset=5 cruise=18446744073709551614 track=6"},
+      {R"("CruiseIndex":-2)", "cruise=18446744073709551614"},
       {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "rect=(0.5,0.25,1.5,0)"},
-      {R"("StreamType":2)", "stream=2"},
       {R"("ResourceType":1002,"ResourceType":1005)", "type=1002"},
   });
 }
 
 TEST(AReadWindow, TakesEachGroupWhenItIsThere) {
   ExpectWindows({
-      {R"("FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FishEyeInfo":[{"No":1,"PosX":"0.5","PosY":"-1",)"
-       R"("Zoom":"2"},{}]})",
-       "has_fisheye=1 fisheye=1/2/3+1:0.5,-1,2+-1:0,0,0"},
+      {R"("FishEye":{"FishEyeInfo":[{"No":7},{}]})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0+-1:0,0,0"},
       {R"("FishEye":{"FishEyeInfo":{"No":7}})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0"},
-      {R"("FishEye":[])", ""},
       {R"("FishEye":null)", ""},
       {R"("FishEye":[{},{}])", ""},
       {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "has_fisheye=1 fisheye=-1/-1/-1"},
-      {R"("Cycle":{"Type":1,"CycleTime":20,"CycleName":"doors","ID":[{"SiteID":5,"ResourceID":9},{}]})",
-       "cycle=1/20/'doors'+5:9+4294967295:4294967295"},
-      {R"("Cycle":{"ID":{"SiteID":5,"ResourceID":9}})", "cycle=-1/-1/''+5:9"},
+      {R"("Cycle":{"ID":[{"SiteID":5,"ResourceID":9},{}]})", "cycle=-1/-1/''+5:9+4294967295:4294967295"},
       {R"("Cycle":[{},{}])", ""},
-      {R"("ResourceType":7001,"Emap":{"LoadMode":3,"PosX":"1.5","PosY":"2","ScaleSize":4,"ExtendInfo":"m"})",
-       "type=7001 center_x='1.5' center_y='2' scale=4 more='m' load=3"},
       {R"("ResourceType":7001)", "type=7001 scale=-1 load=-1"},
       {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "type=1001"},
-      {R"("CenterMark":{"TopX":123,"TopY":-1,"BottomX":1000,"BottomY":2500,"StreamType":1})",
-       "mark=1 mark_box=(0.123,-0.001,1,2.5) mark_stream=1"},
       {R"("CenterMark":[{"TopX":123},{}])", "mark=1 mark_box=(-0.001,-0.001,-0.001,-0.001) mark_stream=-1"},
       {R"("CenterMark":[])", ""},
-      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1,"TopX":250,"TopY":500,)"
-       R"("BottomX":750,"BottomY":1000},{}]})",
-       "type=1001 zoom_mode=2 zooms=+1(0.25,0.5,0.75,1)+-1(-0.001,-0.001,-0.001,-0.001)"},
+      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{}]})",
+       "type=1001 zoom_mode=2 zooms=+-1(-0.001,-0.001,-0.001,-0.001)"},
       {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "type=1001"},
       {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "type=1002"},
-      {R"("RelatedZoomWindow":{"ViewItemWindowNo":"3","ZoomWindowNo":1})", "related_window='3' related_box=1"},
       {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "related_window='3'"},
   });
 }
@@ -258,20 +238,15 @@ TEST(AReadWindow, DiffersBetweenListAndDownloadInTheseKeysOnly) {
 
 TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
   const std::pair<const char*, const char*> rows[] = {
-      {"", ""},
       {"{", ""},
-      {"5", ""},
-      {"{}", ""},
       {R"({"playParams":{"DigitZoom":{"Xtop":"0.5","Ytop":0.25,"Xbottom":"x","Ybottom":"1"}}})", "rect=(0.5,0.25,0,1)"},
       {R"({"playParams":{"DigitZoom":{},"FishEye":{"MountType":1}}})", "rect=(0,0,0,0)"},
       {R"({"playParams":{"DigitZoom":[{},{}],"FishEye":{"MountType":1}}})", "has_fisheye=1 fisheye=1/-1/-1"},
       {R"({"playParams":{"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FiehEyeInfo":[{"No":4,"PosX":"0.5",)"
        R"("PosY":"1","Zoom":"2"}],"FishEyeInfo":[{"No":9}]}},"Zoom":3})",
        "has_fisheye=1 fisheye=1/2/3+4:0.5,1,2"},
-      {R"({"Zoom":3,"coordinate":[1.5,2.25]})", "type=7001 center_x='1.5' center_y='2.25' scale=3"},
       {R"({"Zoom":3,"coordinate":["120.1234567",1e-7]})", "type=7001 center_x='120.123' center_y='1e-07' scale=3"},
       {R"({"Zoom":"3"})", "type=7001 center_x='nan' center_y='nan' scale=3"},
-      {R"({"Zoom":{},"coordinate":[1]})", "type=7001 center_x='1' center_y='nan' scale=-1"},
       {R"({"Zoom":[1,2],"coordinate":[1,2]})", ""},
       {R"({"Zoom":null,"coordinate":[1,2]})", ""},
   };
@@ -283,14 +258,12 @@ TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
 }
 
 TEST(ExtendInfo, AddsItsFisheyeWindowsToThoseOfTheDocumentAndSetsTheLoadMode) {
-  EXPECT_EQ(ReadWindowText(R"("FishEye":{"FishEyeInfo":[{"No":1}]},)"
-                           R"("ExtendInfo":"{\"playParams\":{\"FishEye\":{\"FiehEyeInfo\":[{\"No\":2}]}}}")",
-                           DocumentOrigin::Download)
-                .fisheye_info.vc_wnd_param.size(),
-            2u);
   CameraGridStruct window;
+  window.fisheye_info.vc_wnd_param.resize(1);
   window.map_load_type = static_cast<MapLoadType>(4);
+  ReadExtendInfo(R"({"playParams":{"FishEye":{"FiehEyeInfo":[{"No":2}]}}})", window);
   ReadExtendInfo(R"({"Zoom":3})", window);
+  EXPECT_EQ(window.fisheye_info.vc_wnd_param.size(), 2u);
   EXPECT_EQ(window.map_load_type, 1);
 }
 
@@ -308,11 +281,9 @@ TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
            "type=2 user=3 auto=-1 time=-1 shared=1 sharer='eve'"},
           {R"("SharedUserID":0)", "auto=-1 time=-1", "type=2 auto=-1 time=-1 shared=1"},
           {R"("SharedUserID":-1,"SharedUserName":"eve")", "auto=-1 time=-1", "auto=-1 time=-1 sharer='eve'"},
-          {R"("ID":"9","Name":5,"Method":"x")", "idView=9 name='5' auto=-1 time=-1"},
           {R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{},{}]},{"CustomSplite":""}])",
            "auto=-1 time=-1 pages=[4 '1x2' windows 2][-1 '' windows 0]"},
           {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})", "auto=-1 time=-1 pages=[4 '' windows 1]"},
-          {R"("PlanPages":null)", "auto=-1 time=-1"},
           {R"("PlanPages":[7,{"PlanViewItem":[null]}])", "auto=-1 time=-1 pages=[-1 '' windows 0][-1 '' windows 1]"},
       },
       told);
@@ -325,8 +296,6 @@ TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
   ExpectRead({{"", ""},
               {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"Method":1)",
                "idViewGroup=3 parent=2 name='n' sequence=-2 method=1"},
-              {R"("UserID":8,"IsSharedView":-1)", "user=8 type=1"},
-              {R"("UserID":8,"IsSharedView":0)", "user=8 type=1"},
               {R"("UserID":8,"IsSharedView":2)", "user=8 type=1"},
               {R"("UserID":8,"IsSharedView":1)", "user=8 type=1", "user=8 type=2 shared=1"},
               {R"("IsSharedView":1)", "", "type=2 shared=1"}},
@@ -334,16 +303,20 @@ TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
 }
 
 TEST(AWrittenView, ComesBackAsItWasButForTheKnownAsymmetries) {
-  CameraGridStruct camera = WindowWithEverything();
-  camera.idView = 17;
-  camera.enum_resource_type_ = ResourceTypeCamera;
-  const std::string written = WriteViewDocument(ViewWith({{"1x2", 4, {camera}}}));
-  const std::string element = written.substr(8, written.size() - 9);
-  const ViewInfo back = ReadViewText(element, DocumentOrigin::ListReply);
-  EXPECT_EQ(Difference(ViewWith({{"1x2", 4, {camera}}}), back), "type=1");
-  // High halves, e-map keys of a camera and precision beyond thousandths do not travel.
-  EXPECT_EQ(Difference(camera, back.vcPages.at(0).vcWindows.at(0)),
-            "preset=7 center_x='' center_y='' scale=0 more='' load=1 mark_box=(0.123,0.5,1,-0.25)");
+  // High halves, e-map keys of a camera, zoom windows of an e-map and precision beyond thousandths do not travel.
+  const std::pair<ResourceType, const char*> rows[] = {
+      {ResourceTypeCamera, "preset=7 center_x='' center_y='' scale=0 more='' load=1 mark_box=(0.123,0.5,1,-0.25)"},
+      {ResourceTypeEmap, "preset=7 mark_box=(0.123,0.5,1,-0.25) zoom_mode=0 zooms="}};
+  for (const auto& [type, changes] : rows) {
+    CameraGridStruct window = WindowWithEverything();
+    window.idView = 17;
+    window.enum_resource_type_ = type;
+    const ViewInfo view = ViewWith({{"1x2", 4, {window}}});
+    const std::string written = WriteViewDocument(view);
+    const ViewInfo back = ReadViewText(written.substr(8, written.size() - 9), DocumentOrigin::ListReply);
+    EXPECT_EQ(Difference(view, back), "type=1");
+    EXPECT_EQ(Difference(window, back.vcPages.at(0).vcWindows.at(0)), changes);
+  }
 }
 
 }  // namespace
