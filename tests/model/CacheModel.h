@@ -31,7 +31,7 @@ struct ViewRecord {
   Id owner = kPublic;
   std::string name;
   int cycleTime = 0;
-  size_t windows = 0;
+  uint32_t windows = 0;
   bool shared = false;  // somebody else's
   bool operator==(const ViewRecord&) const = default;
 };

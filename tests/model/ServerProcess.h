@@ -4,28 +4,64 @@
 
 #include <QProcess>
 #include <cstdint>
+#include <fstream>
+#include <stdexcept>
 #include <string>
 
 class ServerProcess {
  public:
   // Starts it with a store, a seed and, unless empty, a fault plan in `folder`. Throws std::runtime_error when it does
   // not come up.
-  ServerProcess(const std::string& folder, const std::string& seed, const std::string& faultPlan);
-  ~ServerProcess();
+  ServerProcess(const std::string& folder, const std::string& seed, const std::string& faultPlan)
+      : m_folder(folder), m_hasFaults(!faultPlan.empty()) {
+    std::ofstream(folder + "/seed.json") << seed;
+    if (m_hasFaults) SetFaultPlan(faultPlan);
+    m_process.setStandardErrorFile(QString::fromStdString(folder + "/server.log"), QIODevice::Append);
+    Start();
+  }
+  ~ServerProcess() {
+    m_process.terminate();
+    if (!m_process.waitForFinished(kWaitMs)) Kill();
+  }
 
   uint16_t Port() const { return m_port; }
   std::string Url() const { return "http://127.0.0.1:" + std::to_string(m_port); }
   qint64 Pid() const { return m_process.processId(); }
   std::string StoreFile() const { return m_folder + "/site.db"; }
 
-  void Kill();  // SIGKILL
-  void Start();
-  void SetFaultPlan(const std::string& faultPlan);  // from the next start on
+  void Kill() {  // SIGKILL
+    m_process.kill();
+    m_process.waitForFinished(kWaitMs);
+  }
+  void Start() {
+    const QString folder = QString::fromStdString(m_folder);
+    QStringList arguments{"--data",   folder + "/site.db",
+                          "--seed",   folder + "/seed.json",
+                          "--listen", "127.0.0.1:" + QString::number(m_port)};
+    if (m_hasFaults) arguments << "--faults" << folder + "/faults.json";
+    m_process.start(VIEWSERVER_FILE, arguments);
+    while (!m_process.canReadLine()) {
+      if (m_process.waitForReadyRead(kWaitMs)) continue;
+      throw std::runtime_error("viewserver did not start: see " + m_folder + "/server.log");
+    }
+    const std::string line = m_process.readLine().trimmed().toStdString();
+    if (line.rfind("Listening on http://127.0.0.1:", 0) != 0) throw std::runtime_error("viewserver said " + line);
+    m_port = static_cast<uint16_t>(std::stoi(line.substr(line.rfind(':') + 1)));
+  }
+  // From the next start on.
+  void SetFaultPlan(const std::string& faultPlan) { std::ofstream(m_folder + "/faults.json") << faultPlan; }
 
-  // As the server tells: how often things went wrong on purpose, in all and by fault.
-  std::string Faults(size_t& count) const;
+  // As the server tells: how often things went wrong on purpose.
+  size_t Faults() const {
+    size_t count = 0;
+    std::ifstream log(m_folder + "/server.log");
+    for (std::string line; std::getline(log, line);) count += line.rfind("viewserver: fault ", 0) == 0;
+    return count;
+  }
 
  private:
+  static constexpr int kWaitMs = 20000;
+
   std::string m_folder;
   bool m_hasFaults;
   uint16_t m_port = 0;
