@@ -168,7 +168,7 @@ class Editor : public std::enable_shared_from_this<Editor> {
     m_socket.async_read_some(asio::buffer(m_piece), [self = shared_from_this()](error_code error, size_t bytes) {
       if (error) return;
       self->m_received.append(self->m_piece.data(), bytes);
-      if (self->m_received.find("\"Data\":{}}}") == std::string::npos) return self->ReadAnswer();
+      if (!self->m_received.ends_with("}}}")) return self->ReadAnswer();  // the end of the envelope
       self->m_refused += self->m_received.find("\"ErrorCode\":0") == std::string::npos;
       self->m_received.clear();
       self->m_waiting.pop_front();

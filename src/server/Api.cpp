@@ -107,7 +107,7 @@ std::optional<std::string> Parameter(std::string_view query, std::string_view na
   return std::nullopt;
 }
 
-int64_t ChangeNumber(const std::optional<std::string>& text) {
+int64_t ReadChangeNumber(const std::optional<std::string>& text) {
   if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
     throw Malformed("After is not the number of a change");
   }
@@ -116,8 +116,17 @@ int64_t ChangeNumber(const std::optional<std::string>& text) {
   return number;
 }
 
-std::string IdData(const char* kind, int32_t id) {
-  return std::string("{\"") + kind + "\":{\"ID\":" + std::to_string(id) + "}}";
+HttpReply Changed(int64_t number) {
+  std::string data = "{";
+  json::AppendMember(data, kChangeNumber, std::to_string(number));
+  return Reply(Envelope(data + '}'));
+}
+
+HttpReply AddedReply(const char* kind, const Added& added) {
+  std::string data = std::string("{\"") + kind + "\":{";
+  json::AppendMember(data, "ID", added.id);
+  json::AppendMember(data += "},", kChangeNumber, std::to_string(added.changeNumber));
+  return Reply(Envelope(data + '}'));
 }
 
 }  // namespace
@@ -249,27 +258,24 @@ HttpReply Api::ListGroups(const Exchange& exchange) {
 
 HttpReply Api::Changes(const Exchange& exchange) {
   HttpReply reply;
-  reply.events = m_site.OpenFeed(exchange.caller, ChangeNumber(Parameter(exchange.request.query, "After")));
+  reply.events = m_site.OpenFeed(exchange.caller, ReadChangeNumber(Parameter(exchange.request.query, "After")));
   return reply;
 }
 
 HttpReply Api::AddView(const Exchange& exchange) {
-  return Reply(Envelope(IdData("View", m_site.AddView(exchange.caller, ReadViewBody(exchange.request.body)))));
+  return AddedReply("View", m_site.AddView(exchange.caller, ReadViewBody(exchange.request.body)));
 }
 
 HttpReply Api::ReplaceView(const Exchange& exchange) {
-  m_site.ReplaceView(exchange.caller, exchange.id, ReadViewBody(exchange.request.body));
-  return Done();
+  return Changed(m_site.ReplaceView(exchange.caller, exchange.id, ReadViewBody(exchange.request.body)));
 }
 
 HttpReply Api::DeleteView(const Exchange& exchange) {
-  m_site.DeleteView(exchange.caller, exchange.id);
-  return Done();
+  return Changed(m_site.DeleteView(exchange.caller, exchange.id));
 }
 
 HttpReply Api::MoveViews(const Exchange& exchange) {
-  m_site.MoveViews(exchange.caller, ReadMoveBody(Kind::kView, exchange.request.body));
-  return Done();
+  return Changed(m_site.MoveViews(exchange.caller, ReadMoveBody(Kind::kView, exchange.request.body)));
 }
 
 HttpReply Api::ShareView(const Exchange& exchange) {
@@ -286,22 +292,19 @@ HttpReply Api::ShareView(const Exchange& exchange) {
 }
 
 HttpReply Api::AddGroup(const Exchange& exchange) {
-  return Reply(Envelope(IdData("ViewGroup", m_site.AddGroup(exchange.caller, ReadGroupBody(exchange.request.body)))));
+  return AddedReply("ViewGroup", m_site.AddGroup(exchange.caller, ReadGroupBody(exchange.request.body)));
 }
 
 HttpReply Api::ReplaceGroup(const Exchange& exchange) {
-  m_site.ReplaceGroup(exchange.caller, exchange.id, ReadGroupBody(exchange.request.body));
-  return Done();
+  return Changed(m_site.ReplaceGroup(exchange.caller, exchange.id, ReadGroupBody(exchange.request.body)));
 }
 
 HttpReply Api::DeleteGroup(const Exchange& exchange) {
-  m_site.DeleteGroup(exchange.caller, exchange.id);
-  return Done();
+  return Changed(m_site.DeleteGroup(exchange.caller, exchange.id));
 }
 
 HttpReply Api::MoveGroups(const Exchange& exchange) {
-  m_site.MoveGroups(exchange.caller, ReadMoveBody(Kind::kGroup, exchange.request.body));
-  return Done();
+  return Changed(m_site.MoveGroups(exchange.caller, ReadMoveBody(Kind::kGroup, exchange.request.body)));
 }
 
 HttpReply Api::GetDefaultView(const Exchange& exchange) {

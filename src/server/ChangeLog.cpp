@@ -73,7 +73,7 @@ std::vector<Change> ChangeLog::Read(int64_t number, size_t limit, size_t maxByte
 }
 
 std::string ChangeText(const Change& change, Sight sight, int method) {
-  std::string text = ListPrefix(change.kind);
+  std::string text = EventPrefix(change.kind);
   if (method == 2) {
     text += "{\"ID\":" + std::to_string(change.id);
   } else {

@@ -97,6 +97,10 @@ std::string EnvelopeStart(int module, int code) {
          R"(,"CascadingErrorInfo":"","Data":)";
 }
 
+const char* ListStart(Kind kind) {
+  return kind == Kind::kView ? R"("ViewList":{"View":[)" : R"("ViewGroupList":{"ViewGroup":[)";
+}
+
 }  // namespace
 
 ViewInput ReadView(Value& element, Allocator& allocator) {
@@ -192,9 +196,14 @@ std::string Envelope(const Refusal& refusal) {
   return EnvelopeStart(refusal.module, refusal.code) + "{}}}";
 }
 
-std::string ListPrefix(Kind kind) {
-  return EnvelopeStart(0, 0) +
-         (kind == Kind::kView ? R"({"ViewList":{"View":[)" : R"({"ViewGroupList":{"ViewGroup":[)");
+std::string ListPrefix(Kind kind, int64_t changeNumber) {
+  std::string prefix = EnvelopeStart(0, 0) + '{';
+  json::AppendMember(prefix, kChangeNumber, std::to_string(changeNumber));
+  return (prefix += ',') + ListStart(kind);
+}
+
+std::string EventPrefix(Kind kind) {
+  return EnvelopeStart(0, 0) + '{' + ListStart(kind);
 }
 
 std::string ListSuffix() {

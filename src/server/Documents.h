@@ -13,6 +13,8 @@
 
 namespace server {
 
+constexpr char kChangeNumber[] = "ChangeNumber";  // a change's number as a decimal text, wherever it is said
+
 struct ViewInput {
   std::string name;
   int32_t groupId = kTopFolder;
@@ -66,8 +68,10 @@ std::string SharedViewHead(const View& view, const std::string& ownerName);
 // `data` is the content of "Data" with its braces.
 std::string Envelope(const std::string& data);
 std::string Envelope(const Refusal& refusal);
-// What stands before and after the elements of a list.
-std::string ListPrefix(Kind kind);
+// What stands before and after the elements of a list reply, which says up to which change it is complete, and before
+// and after the one element of an event.
+std::string ListPrefix(Kind kind, int64_t changeNumber);
+std::string EventPrefix(Kind kind);
 std::string ListSuffix();
 
 }  // namespace server

@@ -32,6 +32,11 @@ struct ElementList {
   std::vector<Element> elements;
 };
 
+struct Added {
+  int32_t id;
+  int64_t changeNumber;
+};
+
 struct ShareFailure {
   int32_t userId;
   std::string userName;
@@ -61,15 +66,16 @@ class Site : public ChangeSource {
   DefaultView GetDefaultView(const Caller& caller);
   void SetDefaultView(const Caller& caller, const DefaultView& view);
 
-  int32_t AddView(const Caller& caller, ViewInput input);
-  void ReplaceView(const Caller& caller, int32_t id, ViewInput input);
-  void DeleteView(const Caller& caller, int32_t id);
-  void MoveViews(const Caller& caller, const MoveInput& move);
+  // Edits answer with the number of their change, the last one where they are several.
+  Added AddView(const Caller& caller, ViewInput input);
+  int64_t ReplaceView(const Caller& caller, int32_t id, ViewInput input);
+  int64_t DeleteView(const Caller& caller, int32_t id);
+  int64_t MoveViews(const Caller& caller, const MoveInput& move);
   std::vector<ShareFailure> ShareView(const Caller& caller, int32_t id, const std::vector<int32_t>& users);
-  int32_t AddGroup(const Caller& caller, const GroupInput& input);
-  void ReplaceGroup(const Caller& caller, int32_t id, const GroupInput& input);
-  void DeleteGroup(const Caller& caller, int32_t id);
-  void MoveGroups(const Caller& caller, const MoveInput& move);
+  Added AddGroup(const Caller& caller, const GroupInput& input);
+  int64_t ReplaceGroup(const Caller& caller, int32_t id, const GroupInput& input);
+  int64_t DeleteGroup(const Caller& caller, int32_t id);
+  int64_t MoveGroups(const Caller& caller, const MoveInput& move);
 
   // What the caller hears after that change. Refuses a number that is not kept.
   FeedPtr OpenFeed(const Caller& caller, int64_t after);
@@ -104,8 +110,8 @@ class Site : public ChangeSource {
   static Step GroupStep(GroupPtr before, std::shared_ptr<Group> after);
 
   // All edits end here: rows and change records in one transaction, then the catalog, then the listeners. Each object
-  // occurs at most once. New objects get their ids.
-  void Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps);
+  // occurs at most once. New objects get their ids. The number of the last change.
+  int64_t Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps);
   void Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes);
   Change RecordOf(const Caller& caller, const Step& step);
   static void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);

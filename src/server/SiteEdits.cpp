@@ -24,7 +24,7 @@ Site::Step Site::GroupStep(GroupPtr before, std::shared_ptr<Group> after) {
   return step;
 }
 
-int32_t Site::AddView(const Caller& caller, ViewInput input) {
+Added Site::AddView(const Caller& caller, ViewInput input) {
   auto view = std::make_shared<View>();
   view->guid = MakeGuid();
   view->name = std::move(input.name);
@@ -39,11 +39,11 @@ int32_t Site::AddView(const Caller& caller, ViewInput input) {
   CheckFolder(m_catalog, caller.userId, view->groupId, view->userId);
   view->sequence = m_catalog.NextSequence(Kind::kView, view->groupId, view->userId);
   std::vector<Step> steps{ViewStep(nullptr, view)};
-  Commit(locked, caller, steps);
-  return view->id;
+  const int64_t number = Commit(locked, caller, steps);
+  return {view->id, number};
 }
 
-void Site::ReplaceView(const Caller& caller, int32_t id, ViewInput input) {
+int64_t Site::ReplaceView(const Caller& caller, int32_t id, ViewInput input) {
   Text document = std::make_shared<std::string>(std::move(input.document));
 
   Locked locked(m_mutex);
@@ -57,16 +57,16 @@ void Site::ReplaceView(const Caller& caller, int32_t id, ViewInput input) {
   view->document = std::move(document);
   view->documentId = 0;
   std::vector<Step> steps{ViewStep(old, std::move(view))};
-  Commit(locked, caller, steps);
+  return Commit(locked, caller, steps);
 }
 
-void Site::DeleteView(const Caller& caller, int32_t id) {
+int64_t Site::DeleteView(const Caller& caller, int32_t id) {
   Locked locked(m_mutex);
   std::vector<Step> steps{ViewStep(EditableView(m_catalog, caller.userId, id), nullptr)};
-  Commit(locked, caller, steps);
+  return Commit(locked, caller, steps);
 }
 
-void Site::MoveViews(const Caller& caller, const MoveInput& move) {
+int64_t Site::MoveViews(const Caller& caller, const MoveInput& move) {
   Locked locked(m_mutex);
   if (move.folderId != kTopFolder) EditableGroup(m_catalog, caller.userId, move.folderId);
   std::vector<Step> steps;
@@ -78,7 +78,7 @@ void Site::MoveViews(const Caller& caller, const MoveInput& move) {
     view->sequence = static_cast<int32_t>(steps.size()) + 1;
     steps.push_back(ViewStep(old, std::move(view)));
   }
-  Commit(locked, caller, steps);
+  return Commit(locked, caller, steps);
 }
 
 std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, const std::vector<int32_t>& users) {
@@ -106,7 +106,7 @@ std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, cons
   return failures;
 }
 
-int32_t Site::AddGroup(const Caller& caller, const GroupInput& input) {
+Added Site::AddGroup(const Caller& caller, const GroupInput& input) {
   auto group = std::make_shared<Group>();
   group->name = input.name;
   group->parentId = input.parentId;
@@ -118,31 +118,31 @@ int32_t Site::AddGroup(const Caller& caller, const GroupInput& input) {
   CheckFolder(m_catalog, caller.userId, group->parentId, group->userId);
   group->sequence = m_catalog.NextSequence(Kind::kGroup, group->parentId, group->userId);
   std::vector<Step> steps{GroupStep(nullptr, group)};
-  Commit(locked, caller, steps);
-  return group->id;
+  const int64_t number = Commit(locked, caller, steps);
+  return {group->id, number};
 }
 
-void Site::ReplaceGroup(const Caller& caller, int32_t id, const GroupInput& input) {
+int64_t Site::ReplaceGroup(const Caller& caller, int32_t id, const GroupInput& input) {
   Locked locked(m_mutex);
   const GroupPtr old = EditableGroup(m_catalog, caller.userId, id);
   auto group = std::make_shared<Group>(*old);
   group->name = input.name;
   group->sharedFolder = input.sharedFolder;
   std::vector<Step> steps{GroupStep(old, std::move(group))};
-  Commit(locked, caller, steps);
+  return Commit(locked, caller, steps);
 }
 
-void Site::DeleteGroup(const Caller& caller, int32_t id) {
+int64_t Site::DeleteGroup(const Caller& caller, int32_t id) {
   Locked locked(m_mutex);
   const Deletion plan = PlanDeletion(m_catalog, *EditableGroup(m_catalog, caller.userId, id));
   std::vector<Step> steps;
   for (int32_t view : plan.views) steps.push_back(ViewStep(m_catalog.FindView(view), nullptr));
   for (int32_t group : plan.groups) steps.push_back(GroupStep(m_catalog.FindGroup(group), nullptr));
   for (Step& step : steps) step.own = step.oldGroup && step.oldGroup->id == id;
-  Commit(locked, caller, steps);
+  return Commit(locked, caller, steps);
 }
 
-void Site::MoveGroups(const Caller& caller, const MoveInput& move) {
+int64_t Site::MoveGroups(const Caller& caller, const MoveInput& move) {
   Locked locked(m_mutex);
   if (move.folderId != kTopFolder) EditableGroup(m_catalog, caller.userId, move.folderId);
   const std::set<int32_t> wayToTop = WayToTop(m_catalog, move.folderId);
@@ -156,10 +156,10 @@ void Site::MoveGroups(const Caller& caller, const MoveInput& move) {
     group->sequence = static_cast<int32_t>(steps.size()) + 1;
     steps.push_back(GroupStep(old, std::move(group)));
   }
-  Commit(locked, caller, steps);
+  return Commit(locked, caller, steps);
 }
 
-void Site::Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps) {
+int64_t Site::Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps) {
   SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
   std::vector<Change> changes;
   Write(caller, steps, changes);
@@ -168,6 +168,7 @@ void Site::Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps
   ApplyTo(m_catalog, steps);
   m_log.Committed(changes);
   for (const Change& change : changes) m_hub.Publish(change, locked.wake);
+  return m_log.Last();
 }
 
 void Site::Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes) {

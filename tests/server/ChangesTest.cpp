@@ -39,6 +39,9 @@ TEST_F(ChangesTest, AnEventIsAWholeListReplyOnOneLine) {
   const Event event = stream.Next();
   const Answer list = bob.Get("V0/Views");
   std::string expected = list.body;
+  const std::string upTo = R"("ChangeNumber":"1",)";  // a list's own
+  ASSERT_EQ(list.DataText().find(upTo), 1u) << list.body;
+  expected.erase(expected.find(upTo), upTo.size());
   expected.insert(expected.rfind("}]}}}}"), ",\"Method\":0");
   EXPECT_EQ(event.text, expected);
   EXPECT_EQ(event.number, 1);

@@ -107,6 +107,11 @@ const Value& Answer::Data() const {
   return DataOf(json);
 }
 
+std::string Answer::DataText() const {
+  const size_t begin = body.find("\"Data\":");
+  return begin == std::string::npos ? "none" : body.substr(begin + 7, body.size() - begin - 9);
+}
+
 std::string Answer::Ids(const std::string& kind) const {
   const Value& elements = Elements(Data(), kind);
   if (!elements.IsArray()) return "no list";

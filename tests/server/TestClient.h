@@ -48,6 +48,7 @@ struct Answer {
   std::string Error() const;
   std::string Outcome() const;           // the same and the HTTP status
   const rapidjson::Value& Data() const;  // "Data" of the envelope; null where there is none
+  std::string DataText() const;          // the same as it was written
   // The elements of that kind ("View": those of "ViewList") as "id,id,...".
   std::string Ids(const std::string& kind) const;
 };
