@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "server/Documents.h"
+#include "server/Json.h"
 
 namespace server {
 
@@ -19,17 +20,15 @@ ChangeLog::ChangeLog(Database& database, uint64_t keep)
   if (m_oldest == 0) m_oldest = m_last + 1;
 }
 
-void ChangeLog::Append(std::vector<Change>& changes) {
-  int64_t number = m_last;
-  for (Change& change : changes) {
-    change.number = ++number;
+void ChangeLog::Append(const std::vector<Change>& changes) {
+  for (const Change& change : changes) {
     Execute(m_database,
             "INSERT INTO changes (number, kind, object_id, session_id, content_changed, before, after, head, "
             "shared_head, document_id) VALUES (?,?,?,?,?,?,?,?,?,?)",
             change.number, static_cast<int>(change.kind), change.id, change.sessionId, change.contentChanged ? 1 : 0,
             change.before.ToText(), change.after.ToText(), change.head, change.sharedHead, change.documentId);
   }
-  Trim(number - m_keep);
+  Trim((changes.empty() ? m_last : changes.back().number) - m_keep);
 }
 
 void ChangeLog::Trim(int64_t upTo) {
@@ -75,7 +74,8 @@ std::vector<Change> ChangeLog::Read(int64_t number, size_t limit, size_t maxByte
 std::string ChangeText(const Change& change, Sight sight, int method) {
   std::string text = EventPrefix(change.kind);
   if (method == 2) {
-    text += "{\"ID\":" + std::to_string(change.id);
+    json::AppendMember(text += '{', "ID", change.id);
+    json::AppendMember(text += ',', kChangeNumber, std::to_string(change.number));
   } else {
     text += sight == Sight::kShared ? change.sharedHead : change.head;
     if (change.document) text += *change.document;

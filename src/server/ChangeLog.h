@@ -17,8 +17,9 @@ class ChangeLog {
   // Whether everything after change `number` is still here (and `number` was ever given).
   bool Reaches(int64_t number) const { return number >= m_oldest - 1 && number <= m_last; }
 
-  // Numbers the changes and writes them. They count once the owner's transaction is committed and it says so.
-  void Append(std::vector<Change>& changes);
+  // Writes the changes, which have the numbers after the last one. They count once the owner's transaction is committed
+  // and it says so.
+  void Append(const std::vector<Change>& changes);
   void Committed(const std::vector<Change>& changes);
 
   // The changes after `number`, in order: at most `limit` of them, and no more once they hold `maxBytes`.

@@ -7,11 +7,15 @@
 
 #include <stdexcept>
 
+#include "server/StoreUpgrade.h"
+
 namespace server {
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
+
+constexpr int kWaitMs = 5000;  // for a lock
 
 // Numbers of users, groups, views, sessions and changes are never given twice: a client may still hold an old one.
 const char kSchema[] = R"sql(
@@ -21,11 +25,13 @@ CREATE TABLE sessions (id INTEGER PRIMARY KEY AUTOINCREMENT, token_hash TEXT NOT
                        client TEXT NOT NULL, last_used INTEGER NOT NULL);
 CREATE INDEX sessions_of_user ON sessions (user_id);
 CREATE TABLE groups (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL, parent_id INTEGER NOT NULL,
-                     user_id INTEGER NOT NULL, shared_folder INTEGER NOT NULL, sequence INTEGER NOT NULL);
+                     user_id INTEGER NOT NULL, shared_folder INTEGER NOT NULL, sequence INTEGER NOT NULL,
+                     change_number INTEGER NOT NULL DEFAULT 0);
 CREATE TABLE documents (id INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT NOT NULL);
 CREATE TABLE views (id INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT NOT NULL, name TEXT NOT NULL,
                     group_id INTEGER NOT NULL, user_id INTEGER NOT NULL, sequence INTEGER NOT NULL,
-                    auto_cycle INTEGER NOT NULL, cycle_time INTEGER NOT NULL, document_id INTEGER NOT NULL);
+                    auto_cycle INTEGER NOT NULL, cycle_time INTEGER NOT NULL, document_id INTEGER NOT NULL,
+                    change_number INTEGER NOT NULL DEFAULT 0);
 CREATE INDEX views_of_document ON views (document_id);
 CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
 CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
@@ -44,7 +50,7 @@ SQLite::Database Open(const std::string& file) {
   const int made = file == ":memory:" ? -1 : open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (made >= 0) close(made);
   try {
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, 5000 /* ms to wait for a lock */);
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot open " + file + ": " + e.what());
   }
@@ -63,13 +69,15 @@ int MakeSchema(SQLite::Database& database) {
 
 }  // namespace
 
-Database::Database(const std::string& file) : m_database(Open(file)) {
+Database::Database(const std::string& file, Use use) : m_database(Open(file)) {
   int version = 0;
   try {
     m_database.exec("PRAGMA journal_mode=WAL");
     m_database.exec("PRAGMA synchronous=NORMAL");
     version = m_database.execAndGet("PRAGMA user_version").getInt();
     if (version == 0) version = MakeSchema(m_database);
+    if (version == 1 && use == Use::kSite) version = UpgradeStore(m_database, file);
+    m_database.setBusyTimeout(kWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
   }

@@ -16,8 +16,13 @@ namespace server {
 
 class Database {
  public:
-  // Opens or makes the file. Throws std::runtime_error with one plain line when it is not a usable store.
-  explicit Database(const std::string& file);
+  // kAccounts: for users and sessions only. Their tables are the same in every version, so that a store of an earlier
+  // one stays as it is, and a server of that version may be using it.
+  enum class Use { kSite, kAccounts };
+
+  // Opens or makes the file; upgrades what an earlier server wrote. Throws std::runtime_error with one plain line when
+  // it is not a usable store; nothing has been changed then.
+  explicit Database(const std::string& file, Use use = Use::kSite);
 
   SQLite::Database& Handle() { return m_database; }
   SQLite::Statement& Prepared(const char* sql);

@@ -19,7 +19,7 @@ using Allocator = rapidjson::Document::AllocatorType;
 // Members of a view that the server keeps by itself or does not take from clients; all others are the document.
 constexpr std::string_view kServersOwn[] = {
     "ID",         "GUID",          "Name",      "ViewGroupID", "UserID", "SharedUserID", "SharedUserName",
-    "SharedWith", "SequenceIndex", "AutoCycle", "CycleTime",   "Method"};
+    "SharedWith", "SequenceIndex", "AutoCycle", "CycleTime",   "Method", kChangeNumber};
 constexpr std::string_view kTextsOfWindow[] = {"SequenceIndex", "Xtop", "Ytop", "Xbottom", "Ybottom"};
 
 template <size_t n>
@@ -92,6 +92,11 @@ std::string Head(const View& view, int32_t groupId) {
   return head;
 }
 
+std::string& AppendChangeNumber(std::string& head, int64_t number) {
+  json::AppendMember(head += ',', kChangeNumber, std::to_string(number));
+  return head;
+}
+
 std::string EnvelopeStart(int module, int code) {
   return R"({"ResponseStatus":{"ErrorModule":)" + std::to_string(module) + R"(,"ErrorCode":)" + std::to_string(code) +
          R"(,"CascadingErrorInfo":"","Data":)";
@@ -114,6 +119,12 @@ ViewInput ReadView(Value& element, Allocator& allocator) {
   NormaliseWindows(element, allocator);
   view.document = DocumentOf(element);
   return view;
+}
+
+std::string WithoutServersOwn(const std::string& document) try {
+  return document.empty() ? document : DocumentOf(json::Parse('{' + document.substr(1) + '}'));
+} catch (const Refusal&) {
+  return document;
 }
 
 GroupInput ReadGroup(const Value& element) {
@@ -174,18 +185,19 @@ std::string GroupHead(const Group& group) {
   json::AppendMember(head += ',', "UserID", group.userId);
   json::AppendMember(head += ',', "IsSharedView", group.sharedFolder && group.userId != kNobody ? 1 : -1);
   json::AppendMember(head += ',', "SequenceIndex", group.sequence);
-  return head;
+  return AppendChangeNumber(head, group.changeNumber);
 }
 
 std::string ViewHead(const View& view) {
-  return Head(view, view.groupId);
+  std::string head = Head(view, view.groupId);
+  return AppendChangeNumber(head, view.changeNumber);
 }
 
 std::string SharedViewHead(const View& view, const std::string& ownerName) {
   std::string head = Head(view, kTopFolder);
   json::AppendMember(head += ',', "SharedUserID", view.userId);
   json::AppendMember(head += ',', "SharedUserName", ownerName);
-  return head;
+  return AppendChangeNumber(head, view.changeNumber);
 }
 
 std::string Envelope(const std::string& data) {

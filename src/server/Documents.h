@@ -52,6 +52,8 @@ struct DefaultView {
 // else that the client wrote and the server does not own. `element` is changed.
 ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType& allocator);
 GroupInput ReadGroup(const rapidjson::Value& element);
+// A document without members that have become the server's own since it was written; as it is where it is no document.
+std::string WithoutServersOwn(const std::string& document);
 
 ViewInput ReadViewBody(const std::string& body);
 GroupInput ReadGroupBody(const std::string& body);

@@ -24,7 +24,8 @@ struct Group {
   int32_t userId = kNobody;
   bool sharedFolder = false;  // counts for a private one only
   int32_t sequence = 0;
-  Text head;  // the element without its closing brace
+  int64_t changeNumber = 0;  // of its last change
+  Text head;                 // the element without its closing brace
 };
 
 struct View {
@@ -36,6 +37,7 @@ struct View {
   int32_t sequence = 0;
   int32_t autoCycle = -1;
   int32_t cycleTime = -1;
+  int64_t changeNumber = 0;         // of its last change
   std::vector<int32_t> sharedWith;  // ascending
   int64_t documentId = 0;           // row of `document`; 0: not stored yet
   Text document;                    // `,"PlanPages":[...]` and what else the client wrote, ready to follow a head

@@ -168,6 +168,7 @@ std::vector<Site::Step> Site::SeedSteps(const SeedData& seed) {
                                                input.userId,
                                                input.sharedFolder,
                                                place(Kind::kGroup, input.parentId, input.userId, entry.sequence),
+                                               0,
                                                {}});
     steps.push_back(GroupStep(m_catalog.FindGroup(entry.id), std::move(group)));
   }

@@ -113,7 +113,7 @@ class Site : public ChangeSource {
   // occurs at most once. New objects get their ids. The number of the last change.
   int64_t Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps);
   void Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes);
-  Change RecordOf(const Caller& caller, const Step& step);
+  Change RecordOf(const Caller& caller, const Step& step, int64_t number);
   static void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
 
   std::vector<Step> SeedSteps(const SeedData& seed);

@@ -172,23 +172,28 @@ int64_t Site::Commit(Locked& locked, const Caller& caller, std::vector<Step>& st
 }
 
 void Site::Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes) {
+  int64_t number = m_log.Last();
   for (Step& step : steps) {
+    ++number;
     if (step.newView) {
+      step.newView->changeNumber = number;
       m_tables.Save(*step.newView);
     } else if (step.oldView) {
       m_tables.DeleteView(*step.oldView);
     } else if (step.newGroup) {
+      step.newGroup->changeNumber = number;
       m_tables.Save(*step.newGroup);
     } else {
       m_tables.DeleteGroup(step.oldGroup->id);
     }
-    changes.push_back(RecordOf(caller, step));
+    changes.push_back(RecordOf(caller, step, number));
   }
   m_log.Append(changes);
 }
 
-Change Site::RecordOf(const Caller& caller, const Step& step) {
+Change Site::RecordOf(const Caller& caller, const Step& step, int64_t number) {
   Change change;
+  change.number = number;
   change.kind = step.kind;
   change.sessionId = step.own ? caller.sessionId : 0;
   change.contentChanged = step.contentChanged;

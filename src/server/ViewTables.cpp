@@ -8,9 +8,10 @@
 namespace server {
 
 void ViewTables::Load(Catalog& catalog) {
-  Query groups(m_database, "SELECT id, name, parent_id, user_id, shared_folder, sequence FROM groups");
+  Query groups(m_database, "SELECT id, name, parent_id, user_id, shared_folder, sequence, change_number FROM groups");
   while (groups.Next()) {
-    Group group{groups.Int(0), groups.String(1), groups.Int(2), groups.Int(3), groups.Int(4) != 0, groups.Int(5), {}};
+    Group group{groups.Int(0),      groups.String(1), groups.Int(2),   groups.Int(3),
+                groups.Int(4) != 0, groups.Int(5),    groups.Int64(6), {}};
     group.head = std::make_shared<std::string>(GroupHead(group));
     catalog.Put(std::make_shared<Group>(std::move(group)));
   }
@@ -21,7 +22,7 @@ void ViewTables::Load(Catalog& catalog) {
 
   Query views(m_database,
               "SELECT v.id, v.guid, v.name, v.group_id, v.user_id, v.sequence, v.auto_cycle, v.cycle_time, "
-              "v.document_id, d.text FROM views v JOIN documents d ON d.id = v.document_id");
+              "v.document_id, d.text, v.change_number FROM views v JOIN documents d ON d.id = v.document_id");
   while (views.Next()) {
     View view;
     view.id = views.Int(0);
@@ -34,6 +35,7 @@ void ViewTables::Load(Catalog& catalog) {
     view.cycleTime = views.Int(7);
     view.documentId = views.Int64(8);
     view.document = std::make_shared<std::string>(views.String(9));
+    view.changeNumber = views.Int64(10);
     const auto shared = sharedWith.find(view.id);
     if (shared != sharedWith.end()) view.sharedWith = std::move(shared->second);
     view.head = std::make_shared<std::string>(ViewHead(view));
@@ -43,14 +45,17 @@ void ViewTables::Load(Catalog& catalog) {
 
 void ViewTables::Save(Group& group) {
   if (group.id == 0) {
-    Execute(m_database, "INSERT INTO groups (name, parent_id, user_id, shared_folder, sequence) VALUES (?,?,?,?,?)",
-            group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence);
+    Execute(
+        m_database,
+        "INSERT INTO groups (name, parent_id, user_id, shared_folder, sequence, change_number) VALUES (?,?,?,?,?,?)",
+        group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence, group.changeNumber);
     group.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
   } else {
     Execute(m_database,
-            "INSERT OR REPLACE INTO groups (id, name, parent_id, user_id, shared_folder, sequence) "
-            "VALUES (?,?,?,?,?,?)",
-            group.id, group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence);
+            "INSERT OR REPLACE INTO groups (id, name, parent_id, user_id, shared_folder, sequence, change_number) "
+            "VALUES (?,?,?,?,?,?,?)",
+            group.id, group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence,
+            group.changeNumber);
   }
   group.head = std::make_shared<std::string>(GroupHead(group));
 }
@@ -65,17 +70,18 @@ void ViewTables::Save(View& view) {
   }
   if (view.id == 0) {
     Execute(m_database,
-            "INSERT INTO views (guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, document_id) "
-            "VALUES (?,?,?,?,?,?,?,?)",
+            "INSERT INTO views (guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, document_id, "
+            "change_number) "
+            "VALUES (?,?,?,?,?,?,?,?,?)",
             view.guid, view.name, view.groupId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
-            view.documentId);
+            view.documentId, view.changeNumber);
     view.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
   } else {
     Execute(m_database,
             "INSERT OR REPLACE INTO views (id, guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, "
-            "document_id) VALUES (?,?,?,?,?,?,?,?,?)",
+            "document_id, change_number) VALUES (?,?,?,?,?,?,?,?,?,?)",
             view.id, view.guid, view.name, view.groupId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
-            view.documentId);
+            view.documentId, view.changeNumber);
     Execute(m_database, "DELETE FROM shares WHERE view_id = ?", view.id);
   }
   for (int32_t user : view.sharedWith) {

@@ -16,6 +16,7 @@ class ViewTables {
   void Load(Catalog& catalog);
 
   // Insert or replace; give an id where there is none yet (a view's document likewise) and fill the head.
+  // REQUIRES: the number of the change is set.
   void Save(Group& group);
   void Save(View& view);
   void DeleteGroup(int32_t id);

@@ -69,7 +69,7 @@ int ManageUser(const server::ViewServerOptions& options, const std::string& name
   const std::string password = ReadPassword();
   std::string error = server::WhyUnusable(name, password);
   if (error.empty()) {
-    server::Database database(options.dataFile);
+    server::Database database(options.dataFile, server::Database::Use::kAccounts);
     server::Accounts accounts(database, server::SecondsNow);
     const std::string hash = server::HashPassword(password);
     if (isNew && !accounts.AddUser(0, name, hash, 0)) error = "there is a user of that name";
@@ -81,7 +81,7 @@ int ManageUser(const server::ViewServerOptions& options, const std::string& name
 }
 
 int ListUsers(const server::ViewServerOptions& options) {
-  server::Database database(options.dataFile);
+  server::Database database(options.dataFile, server::Database::Use::kAccounts);
   server::Accounts accounts(database, server::SecondsNow);
   for (const server::User& user : accounts.Users()) std::cout << user.id << '\t' << user.name << '\n';
   return 0;

@@ -50,7 +50,7 @@ TEST_F(ChangesTest, AnEventIsAWholeListReplyOnOneLine) {
   ann.Delete("V0/Views/1");
   EXPECT_EQ(stream.Next().text,
             R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{"ViewList":{"View":[)"
-            R"({"ID":1,"Method":2}]}}}})");
+            R"({"ID":1,"ChangeNumber":"2","Method":2}]}}}})");
 }
 
 TEST_F(ChangesTest, AStrangersPrivateThingsAreNotHeardOf) {
@@ -74,9 +74,13 @@ TEST_F(ChangesTest, ASharedViewAppearsChangesAndDisappearsForThoseWhoHaveIt) {
   const Event appeared = sharer.Next();
   EXPECT_EQ(appeared.Brief(), "Views 1 method 0");
   EXPECT_NE(appeared.text.find(R"("ViewGroupID":-1,"UserID":1,)"), std::string::npos) << appeared.text;
-  EXPECT_NE(appeared.text.find(R"("SharedUserID":1,"SharedUserName":"ann","Method":0})"), std::string::npos);
+  EXPECT_NE(
+      appeared.text.find(R"("CycleTime":10,"SharedUserID":1,"SharedUserName":"ann","ChangeNumber":"3","Method":0})"),
+      std::string::npos)
+      << appeared.text;
 
-  ann.Post("V1/View/1/Share", ShareBody("2,3"));  // nothing new for bob, nor for ann
+  ann.Post("V1/View/1/Share", ShareBody("2,3"));  // nothing new for bob, nor for ann, but for its number
+  for (const Client* client : {&ann, &bob, &cid}) EXPECT_EQ(client->Show("View", 1, {"ChangeNumber"}), "4");
   ann.Put("V0/Views/1", ViewBody("W", group, kAnn));
   ann.Delete("V0/ViewGroups/1");
   EXPECT_EQ(sharer.NextBriefs(2), "Views 1 method 1; Views 1 method 2");
@@ -95,6 +99,41 @@ TEST_F(ChangesTest, AGroupGoesAfterItsContentDeepestFirst) {
       "Views 2 method 2; Views 3 method 2; Views 1 method 2; ViewGroups 3 method 2; ViewGroups 2 method 2; ";
   EXPECT_EQ(other.NextBriefs(6), members + "ViewGroups 1 method 2");
   EXPECT_EQ(own.NextBriefs(6), members + "OwnViewGroups 1 method 2") << "what follows from an edit is everybody's";
+}
+
+TEST_F(ChangesTest, AnObjectBearsTheNumberOfItsLastChangeInListsAndEvents) {
+  EventStream stayed = bob.Listen(0);
+  const auto numbers = [this] {  // of group 1, 2; of view 1, 2
+    std::string text;
+    for (const char* kind : {"ViewGroup", "View"}) {
+      for (int32_t id : {1, 2}) text += bob.Show(kind, id, {"ChangeNumber"}) + (id == 1 ? " " : "; ");
+    }
+    return text;
+  };
+  for (const char* name : {"G", "H"}) ann.AddGroup(name, -1, kPublic);
+  for (const char* name : {"V", "W"}) ann.AddView(name, 1, kPublic);
+  EXPECT_EQ(numbers(), "1 2; 3 4; ");
+  ann.Put("V0/Views/Move", MoveBody(1, 2, "2,1"));
+  EXPECT_EQ(numbers(), "1 2; 6 5; ");
+  ann.Put("V0/ViewGroups/Move", MoveBody(2, 1, "2"));
+  ann.Put("V0/Views/2", ViewBody("U", 2, kPublic));
+  ann.Put("V0/ViewGroups/1", GroupBody("I", -1, -1));
+  EXPECT_EQ(numbers(), "9 7; 6 8; ");
+  ann.Delete("V0/ViewGroups/1");
+  EXPECT_EQ(ann.Sequence(), 13);
+
+  std::string told;
+  for (int i = 1; i <= 13; ++i) {
+    const Event event = stayed.Next();
+    EXPECT_EQ(event.number, i);
+    EXPECT_EQ(event.ChangeNumber(), std::to_string(i)) << event.text;
+    told += event.text;
+  }
+  Restart(Options());
+  EventStream returned = bob.Listen(0);
+  std::string read;
+  for (int i = 1; i <= 13; ++i) read += returned.Next().text;
+  EXPECT_EQ(read, told);
 }
 
 TEST_F(ChangesTest, AListenerWhoWasAwayHearsTheSameAsOneWhoStayed) {

@@ -14,15 +14,24 @@ TEST_F(EditsTest, AViewKeepsWhatItsClientWroteAndItsWindowsTextsLeaveAsTexts) {
       "V", -1, kPublic,
       R"(,"PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{"SequenceIndex":3,"WindowNo":2,)"
       R"("Xtop":0.25,"Ytop":"0.500000","Xbottom":1,"Ybottom":1e-3,"FishEye":{"No":1.5},"Own key":[null,true]}]}])"
-      R"(,"Later":{"deep":"\u00e4\u0000"},"SharedUserID":1,"SharedUserName":"x","Method":2,"GUID":"mine")");
+      R"(,"Later":{"deep":"\u00e4\u0000"},"ChangeNumber":"77","SharedUserID":1,"SharedUserName":"x","Method":2,"GUID":"mine")");
   const std::string list = bob.Get("V0/Views").body;
-  EXPECT_NE(list.find(R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{"SequenceIndex":"3",)"
-                      R"("WindowNo":2,"Xtop":"0.25","Ytop":"0.500000","Xbottom":"1","Ybottom":"0.001",)"
-                      R"("FishEye":{"No":1.5},"Own key":[null,true]}]}],"Later":{"deep":"ä\u0000"}})"),
-            std::string::npos)
+  EXPECT_NE(
+      list.find(
+          R"("AutoCycle":0,"CycleTime":10,"ChangeNumber":"1","PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{"SequenceIndex":"3",)"
+          R"("WindowNo":2,"Xtop":"0.25","Ytop":"0.500000","Xbottom":"1","Ybottom":"0.001",)"
+          R"("FishEye":{"No":1.5},"Own key":[null,true]}]}],"Later":{"deep":"ä\u0000"}})"),
+      std::string::npos)
       << list;
   EXPECT_EQ(bob.Show("View", 1, {"SharedUserID", "Method"}), "- -");
   EXPECT_EQ(bob.Show("View", 1, {"GUID"}).size(), 36u) << "the server gives it";
+}
+
+TEST_F(EditsTest, AGroupIsListedWithTheServersMembers) {
+  ann.Post("V0/ViewGroups", R"({"ViewGroup":{"Name":"G","ChangeNumber":"77","Unknown":1}})");
+  EXPECT_EQ(bob.Get("V0/ViewGroups").DataText(),
+            R"({"ChangeNumber":"1","ViewGroupList":{"ViewGroup":[{"ID":1,"Name":"G","ParentViewGroupID":-1,)"
+            R"("UserID":-1,"IsSharedView":-1,"SequenceIndex":1,"ChangeNumber":"1"}]}})");
 }
 
 TEST_F(EditsTest, ReplacingTakesNameFolderCycleAndPagesAndKeepsTheRest) {

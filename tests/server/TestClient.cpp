@@ -146,6 +146,10 @@ const Value& Event::Element() const {
   return kNull;
 }
 
+std::string Event::ChangeNumber() const {
+  return Plain(Member(Element(), "ChangeNumber"));
+}
+
 std::string Event::Brief() const {
   if (name.empty()) return "end";
   return name + " " + Plain(Member(Element(), "ID")) + " method " + Plain(Member(Element(), "Method"));

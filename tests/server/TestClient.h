@@ -62,7 +62,8 @@ struct Event {
   std::string text;  // the data
 
   const rapidjson::Value& Element() const;
-  std::string Brief() const;  // "Views 7 method 1"; "end" where the stream ended
+  std::string ChangeNumber() const;  // of the element; "-" where there is none
+  std::string Brief() const;         // "Views 7 method 1"; "end" where the stream ended
 };
 
 class EventStream {

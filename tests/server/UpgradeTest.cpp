@@ -1,0 +1,395 @@
+// SPDX-License-Identifier: Apache-2.0
+// Stores that a server of version 1 has written: what becomes of them, and of the copy that is kept.
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sys/fsuid.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <regex>
+#include <set>
+#include <thread>
+
+#include "TestClient.h"
+#include "server/Accounts.h"
+#include "server/Database.h"
+
+namespace server::test {
+namespace {
+
+const char kSchemaOfVersion1[] = R"sql(
+CREATE TABLE users (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, password TEXT NOT NULL,
+                    ptz INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE sessions (id INTEGER PRIMARY KEY AUTOINCREMENT, token_hash TEXT NOT NULL UNIQUE, user_id INTEGER NOT NULL,
+                       client TEXT NOT NULL, last_used INTEGER NOT NULL);
+CREATE INDEX sessions_of_user ON sessions (user_id);
+CREATE TABLE groups (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL, parent_id INTEGER NOT NULL,
+                     user_id INTEGER NOT NULL, shared_folder INTEGER NOT NULL, sequence INTEGER NOT NULL);
+CREATE TABLE documents (id INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT NOT NULL);
+CREATE TABLE views (id INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT NOT NULL, name TEXT NOT NULL,
+                    group_id INTEGER NOT NULL, user_id INTEGER NOT NULL, sequence INTEGER NOT NULL,
+                    auto_cycle INTEGER NOT NULL, cycle_time INTEGER NOT NULL, document_id INTEGER NOT NULL);
+CREATE INDEX views_of_document ON views (document_id);
+CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
+CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
+                      session_id INTEGER NOT NULL, content_changed INTEGER NOT NULL, before TEXT NOT NULL,
+                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL);
+CREATE INDEX changes_of_document ON changes (document_id);
+CREATE TABLE default_views (user_id INTEGER PRIMARY KEY, type INTEGER NOT NULL, view_id INTEGER NOT NULL);
+CREATE TABLE areas (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
+CREATE TABLE elements (id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, site_id INTEGER NOT NULL);
+CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NULL,
+                     PRIMARY KEY (kind, id)) WITHOUT ROWID;
+PRAGMA user_version=1;
+)sql";
+
+// Changes up to 40 are trimmed: all of group 1 and view 10. View 13 is deleted. Group 2 and view 2 have one number.
+const char kRowsOfVersion1[] = R"sql(
+INSERT INTO users VALUES (1,'ann','-',5), (2,'bob','-',0), (3,'cid','-',0);
+INSERT INTO groups VALUES (1,'Open',-1,-1,0,1), (2,'Own',-1,1,1,1);
+INSERT INTO documents VALUES (1,',"PlanPages":[]'), (3,''),
+  (2,',"PlanPages":[{"SpliteType":4}],"ChangeNumber":"theirs","Ratio":0.25,"Extra":{"ChangeNumber":"ä"}');
+INSERT INTO views VALUES (2,'g2','plain',-1,1,1,-1,-1,3), (10,'g10','old',1,-1,1,0,10,1),
+                         (11,'g11','shared "s"',2,1,1,1,30,2);
+INSERT INTO shares VALUES (11,2);
+INSERT INTO default_views VALUES (2,1,11);
+INSERT INTO changes VALUES
+  (41,1,2,0,1,'','1','{"ID":2,"Name":"Own","ParentViewGroupID":-1,"UserID":1,"IsSharedView":1,"SequenceIndex":1','',0),
+  (42,2,11,0,1,'','1','{"ID":11,"GUID":"g11","Name":"first","ViewGroupID":2,"UserID":1,"SequenceIndex":1,"AutoCycle":1,"CycleTime":30','',2),
+  (43,2,2,0,1,'','1','{"ID":2,"GUID":"g2","Name":"plain","ViewGroupID":-1,"UserID":1,"SequenceIndex":1,"AutoCycle":-1,"CycleTime":-1','',3),
+  (44,2,11,0,0,'1','1,2','{"ID":11,"GUID":"g11","Name":"first","ViewGroupID":2,"UserID":1,"SequenceIndex":1,"AutoCycle":1,"CycleTime":30',
+   '{"ID":11,"GUID":"g11","Name":"first","ViewGroupID":-1,"UserID":1,"SequenceIndex":1,"AutoCycle":1,"CycleTime":30,"SharedUserID":1,"SharedUserName":"ann"',2),
+  (45,2,13,0,1,'*','','','',0),
+  (46,2,11,0,1,'1,2','1,2','{"ID":11,"GUID":"g11","Name":"shared \"s\"","ViewGroupID":2,"UserID":1,"SequenceIndex":1,"AutoCycle":1,"CycleTime":30',
+   '{"ID":11,"GUID":"g11","Name":"shared \"s\"","ViewGroupID":-1,"UserID":1,"SequenceIndex":1,"AutoCycle":1,"CycleTime":30,"SharedUserID":1,"SharedUserName":"ann"',2);
+)sql";
+
+// Everything that a store's tables hold, and what they look like.
+std::string DumpOf(const std::string& file) {
+  SQLite::Database database(file, SQLite::OPEN_READWRITE);
+  std::string dump = database.execAndGet("PRAGMA integrity_check").getString() + " version " +
+                     database.execAndGet("PRAGMA user_version").getString() + "\n";
+  std::vector<std::string> tables;
+  SQLite::Statement schema(database, "SELECT type, name, sql FROM sqlite_master ORDER BY type, name");
+  while (schema.executeStep()) {
+    dump += schema.getColumn(1).getString() + ": " + schema.getColumn(2).getString() + "\n";
+    if (schema.getColumn(0).getString() == "table") tables.push_back(schema.getColumn(1));
+  }
+  for (const std::string& table : tables) {
+    SQLite::Statement rows(database, "SELECT * FROM " + table + " ORDER BY 1, 2");
+    while (rows.executeStep()) {
+      dump += table;
+      for (int i = 0; i < rows.getColumnCount(); ++i) dump += "|" + rows.getColumn(i).getString();
+      dump += "\n";
+    }
+  }
+  return dump;
+}
+
+std::string ColumnsOf(const std::string& file) {
+  SQLite::Database database(file);
+  SQLite::Statement columns(
+      database,
+      "SELECT group_concat(m.name || t.cid || t.name || t.type || t.\"notnull\" || "
+      "coalesce(t.dflt_value, '-') || t.pk, ' ') FROM sqlite_master m, pragma_table_info(m.name) t");
+  columns.executeStep();
+  return columns.getColumn(0);
+}
+
+// As a client of version 1 knows it.
+std::string WithoutNumbers(const std::string& text) {
+  return std::regex_replace(text, std::regex(R"(,"ChangeNumber":"[0-9]+"|"ChangeNumber":"[0-9]+",)"), "");
+}
+
+class UpgradeTest : public ServerTest {
+ protected:
+  UpgradeTest() {
+    m_server.reset();
+    std::filesystem::remove_all(m_folder);
+    std::filesystem::create_directory(m_folder);
+  }
+
+  std::string File() const { return Options().dataFile; }
+
+  // A store of version 1 as a process left it that was killed: its last rows are in the WAL.
+  void MakeOldStore(const std::string& more = "") {
+    const std::string made = File() + ".made";
+    SQLite::Database database(made, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    database.exec("PRAGMA journal_mode=WAL");
+    database.exec(kSchemaOfVersion1);
+    database.exec("PRAGMA wal_checkpoint(TRUNCATE)");
+    database.exec("PRAGMA wal_autocheckpoint=0");
+    database.exec(kRowsOfVersion1);
+    if (!more.empty()) database.exec(more);
+    std::filesystem::copy_file(made, File() + ".before");
+    std::filesystem::copy_file(made + "-wal", File() + ".before-wal");
+    m_dump = DumpOf(File() + ".before");
+    ASSERT_FALSE(std::filesystem::exists(File() + ".before-wal")) << "the dump's is closed";
+    std::filesystem::remove(File() + ".before");
+    std::filesystem::copy_file(made, File());
+    std::filesystem::copy_file(made + "-wal", File() + "-wal");
+    chmod(File().c_str(), 0644);
+    for (const char* end : {"", "-wal", "-shm"}) std::filesystem::remove(made + end);
+  }
+
+  // The line that is told when the store is opened; it is closed again.
+  std::string Open() const {
+    testing::internal::CaptureStderr();
+    { Database opened(File()); }
+    return testing::internal::GetCapturedStderr();
+  }
+  std::string WhyNotOpened() const {
+    try {
+      Database opened(File());
+    } catch (const std::runtime_error& e) {
+      return e.what();
+    }
+    return "opened";
+  }
+  std::string Told(const std::string& copy) const {
+    return "viewserver: " + File() + " is now a store of version 2; as it was it stands in " + File() + copy + "\n";
+  }
+  // What stands in the folder, without the store's name.
+  std::set<std::string> Files() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder)) {
+      names.insert(entry.path().filename().string().substr(std::string("site.db").size()));
+    }
+    return names;
+  }
+
+  std::string m_dump;  // of the old store
+};
+
+TEST_F(UpgradeTest, ListsAreTheOldOnesWithTheNumberOfEachObjectsLastKeptChange) {
+  MakeOldStore();
+  Restart(Options());
+  const std::string upTo46 = R"({"ChangeNumber":"46",)";
+  const std::string groups = ann.Get("V0/ViewGroups").DataText();
+  EXPECT_EQ(groups, upTo46 + R"("ViewGroupList":{"ViewGroup":[)"
+                             R"({"ID":1,"Name":"Open","ParentViewGroupID":-1,"UserID":-1,"IsSharedView":-1,)"
+                             R"("SequenceIndex":1,"ChangeNumber":"40"},)"
+                             R"({"ID":2,"Name":"Own","ParentViewGroupID":-1,"UserID":1,"IsSharedView":1,)"
+                             R"("SequenceIndex":1,"ChangeNumber":"41"}]}})");
+  EXPECT_EQ(WithoutNumbers(groups),
+            R"({"ViewGroupList":{"ViewGroup":[)"
+            R"({"ID":1,"Name":"Open","ParentViewGroupID":-1,"UserID":-1,"IsSharedView":-1,"SequenceIndex":1},)"
+            R"({"ID":2,"Name":"Own","ParentViewGroupID":-1,"UserID":1,"IsSharedView":1,"SequenceIndex":1}]}})");
+  const std::string oldView = R"({"ID":10,"GUID":"g10","Name":"old","ViewGroupID":1,"UserID":-1,"SequenceIndex":1,)"
+                              R"("AutoCycle":0,"CycleTime":10,"ChangeNumber":"40","PlanPages":[]})";
+  const std::string document = R"("PlanPages":[{"SpliteType":4}],"Ratio":0.25,"Extra":{"ChangeNumber":"ä"}})";
+  EXPECT_EQ(ann.Get("V0/Views").DataText(),
+            upTo46 +
+                R"("ViewList":{"View":[{"ID":2,"GUID":"g2","Name":"plain","ViewGroupID":-1,"UserID":1,)"
+                R"("SequenceIndex":1,"AutoCycle":-1,"CycleTime":-1,"ChangeNumber":"43"},)" +
+                oldView + R"(,{"ID":11,"GUID":"g11","Name":"shared \"s\"","ViewGroupID":2,"UserID":1,)" +
+                R"("SequenceIndex":1,"AutoCycle":1,"CycleTime":30,"ChangeNumber":"46",)" + document + "]}}");
+  EXPECT_EQ(bob.Get("V0/Views").DataText(),
+            upTo46 + R"("ViewList":{"View":[)" + oldView +
+                R"(,{"ID":11,"GUID":"g11","Name":"shared \"s\"","ViewGroupID":-1,"UserID":1,"SequenceIndex":1,)"
+                R"("AutoCycle":1,"CycleTime":30,"SharedUserID":1,"SharedUserName":"ann","ChangeNumber":"46",)" +
+                document + "]}}");
+  EXPECT_EQ(bob.Get("V1/View/Default/Config").DataText(), R"({"Config":{"Type":1,"ID":11}})");
+  EXPECT_EQ(ann.Put("V0/Views/10", ViewBody("new", 1, kPublic)).DataText(), R"({"ChangeNumber":"47"})");
+  EXPECT_EQ(bob.Show("View", 10, {"Name", "ChangeNumber"}), "new 47");
+  EXPECT_EQ(ann.AddView("V", -1, kAnn), 12);
+
+  ViewServerOptions fresh = Options();
+  fresh.dataFile = (m_folder / "fresh.db").string();
+  { ViewServer made(fresh); }
+  EXPECT_EQ(ColumnsOf(File()), ColumnsOf(fresh.dataFile));
+}
+
+TEST_F(UpgradeTest, WhereNoChangeIsKeptObjectsHaveTheNumberOfTheLastOne) {
+  MakeOldStore("DELETE FROM changes");
+  Restart(Options());
+  EXPECT_EQ(ann.Show("View", 11, {"ChangeNumber"}) + " " + ann.Show("ViewGroup", 2, {"ChangeNumber"}), "46 46");
+  EXPECT_EQ(ann.Sequence(), 46);
+}
+
+TEST_F(UpgradeTest, AClientThatGoesOnHearsTheOldEventsWithTheirNumbers) {
+  MakeOldStore();
+  Restart(Options());
+  EXPECT_EQ(ann.Listen(39).Status(), 410);
+  const std::string start =
+      R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{"ViewList":{"View":[)";
+  const auto event = [&start](const char* name, const char* folder, const char* rest, const char* number, int method) {
+    return start + R"({"ID":11,"GUID":"g11","Name":")" + name + R"(","ViewGroupID":)" + folder +
+           R"(,"UserID":1,"SequenceIndex":1,"AutoCycle":1,"CycleTime":30)" + rest + R"(,"ChangeNumber":")" + number +
+           R"(","PlanPages":[{"SpliteType":4}],"Ratio":0.25,"Extra":{"ChangeNumber":"ä"},"Method":)" +
+           std::to_string(method) + "}]}}}}";
+  };
+  EventStream owner = ann.Listen(41);
+  EXPECT_EQ(owner.Next().text, event("first", "2", "", "42", 0));
+  EXPECT_EQ(owner.NextBriefs(2), "Views 2 method 0; Views 13 method 2");
+  EXPECT_EQ(owner.Next().text, event(R"(shared \"s\")", "2", "", "46", 1));
+
+  EventStream sharer = bob.Listen(40);
+  const char* const from = R"(,"SharedUserID":1,"SharedUserName":"ann")";
+  EXPECT_EQ(sharer.Next().text, event("first", "-1", from, "44", 0));
+  EXPECT_EQ(sharer.Next().text, start + R"({"ID":13,"ChangeNumber":"45","Method":2}]}}}})");
+  EXPECT_EQ(sharer.Next().text, event(R"(shared \"s\")", "-1", from, "46", 1));
+  EventStream all = ann.Listen(40);
+  for (const char* number : {"41", "42", "43", "45", "46"}) EXPECT_EQ(all.Next().ChangeNumber(), number);
+}
+
+TEST_F(UpgradeTest, TheOldStoreIsKeptBesideIt) {
+  MakeOldStore();
+  EXPECT_EQ(Open(), Told(".v1"));
+  EXPECT_EQ(Files(), (std::set<std::string>{"", ".v1"}));
+  EXPECT_EQ(std::filesystem::status(File() + ".v1").permissions(), std::filesystem::perms(0600));
+  EXPECT_EQ(DumpOf(File() + ".v1"), m_dump);
+  EXPECT_NE(DumpOf(File()), m_dump);
+  EXPECT_EQ(Open(), "") << "nothing is left to do";
+  EXPECT_EQ(Files(), (std::set<std::string>{"", ".v1"}));
+  std::filesystem::rename(File() + ".v1", File());
+  EXPECT_EQ(Open(), Told(".v1")) << "and it can be used again";
+}
+
+TEST_F(UpgradeTest, TheCopyTakesTheFirstFreeName) {
+  MakeOldStore();
+  WriteFile("site.db.v1", "mine");
+  std::filesystem::create_directory(File() + ".v1-2");
+  std::filesystem::create_symlink("nowhere", File() + ".v1-3");
+  WriteFile("site.db.v1-5", "mine");
+  WriteFile("site.db.v1-part", "what a process left that was killed");
+  WriteFile("site.db.v1-part-journal", "and this");
+  EXPECT_EQ(Open(), Told(".v1-4"));
+  EXPECT_EQ(DumpOf(File() + ".v1-4"), m_dump);
+  EXPECT_EQ(Files(), (std::set<std::string>{"", ".v1", ".v1-2", ".v1-3", ".v1-4", ".v1-5"}));
+  EXPECT_EQ(std::filesystem::file_size(File() + ".v1"), 4u);
+}
+
+TEST_F(UpgradeTest, OfTwoThatOpenItAtOnceOneUpgradesIt) {
+  for (int i = 0; i < 10; ++i) {
+    MakeOldStore();
+    testing::internal::CaptureStderr();
+    std::string outcomes[2];
+    std::thread other([this, &outcomes] { outcomes[0] = WhyNotOpened(); });
+    outcomes[1] = WhyNotOpened();
+    other.join();
+    EXPECT_EQ(outcomes[0] + " " + outcomes[1], "opened opened");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), Told(".v1"));
+    ASSERT_EQ(Files(), (std::set<std::string>{"", ".v1"}));
+    for (const std::string& name : Files()) std::filesystem::remove(File() + name);
+  }
+}
+
+TEST_F(UpgradeTest, WhoOnlyManagesUsersLeavesAnOldStoreAsItIs) {
+  MakeOldStore();
+  {
+    Database old(File(), Database::Use::kAccounts);
+    Accounts accounts(old, SecondsNow);
+    EXPECT_EQ(accounts.Users().size(), 3u);
+    EXPECT_TRUE(accounts.AddUser(0, "dora", "-", 0));
+    EXPECT_EQ(Files().count(".v1"), 0u);
+  }
+  EXPECT_NE(DumpOf(File()).find("ok version 1\n"), std::string::npos);
+  Restart(Options());
+  EXPECT_EQ(ann.Get("V0/Users").Ids("User"), "1,2,3,4");
+}
+
+TEST_F(UpgradeTest, AStoreOfANewerServerIsRefused) {
+  MakeOldStore("PRAGMA user_version=3");
+  EXPECT_EQ(WhyNotOpened(), File() + " was written by a newer server");
+  EXPECT_EQ(DumpOf(File()), m_dump);
+  EXPECT_EQ(Files(), (std::set<std::string>{""}));
+}
+
+// While it lives this thread may write no file in the folder that is not there yet.
+class ReadOnlyFolder {
+ public:
+  explicit ReadOnlyFolder(std::filesystem::path folder) : m_folder(std::move(folder)) {
+    using std::filesystem::perms;
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder)) {
+      std::filesystem::permissions(entry.path(), perms(0666));
+    }
+    std::filesystem::permissions(m_folder, perms(0555));
+    if (geteuid() == 0) setfsuid(65534);  // root may write everywhere
+  }
+  ~ReadOnlyFolder() {
+    if (geteuid() == 0) setfsuid(0);
+    std::filesystem::permissions(m_folder, std::filesystem::perms(0700));
+  }
+
+ private:
+  const std::filesystem::path m_folder;
+};
+
+// While it lives no file may grow beyond that size.
+class FullDisk {
+ public:
+  explicit FullDisk(uintmax_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &m_before);
+    const rlimit limit{bytes, m_before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &m_before);
+    std::signal(SIGXFSZ, m_handler);
+  }
+
+ private:
+  void (*m_handler)(int);
+  rlimit m_before{};
+};
+
+TEST_F(UpgradeTest, AFailureLeavesTheOldStoreAndNoCopy) {
+  // Enough that neither the copy nor what is written to the store fits where it is cut.
+  const std::string many = R"sql(
+    WITH RECURSIVE n(value) AS (SELECT 47 UNION ALL SELECT value + 1 FROM n WHERE value < 2000)
+    INSERT INTO changes SELECT value, 2, 11, 0, 1, '1', '1', '{"ID":11,"Name":"' || hex(zeroblob(200)) || '"', '', 2
+    FROM n)sql";
+  using Failing = std::function<std::string()>;
+  const struct {
+    const char* name;
+    std::string rows;
+    std::function<std::string(const Failing&)> open;
+    const char* why;
+  } cases[] = {
+      {"a folder where nothing can be made", "",
+       [this](const Failing& open) {
+         SQLite::Database other(File(), SQLite::OPEN_READWRITE);  // so that the WAL stays
+         other.execAndGet("SELECT count(*) FROM views");
+         const ReadOnlyFolder folder(m_folder);
+         return open();
+       },
+       "Permission denied"},
+      {"a directory in the copy's way", "",
+       [this](const Failing& open) {
+         std::filesystem::create_directory(File() + ".v1-part");
+         const std::string why = open();
+         std::filesystem::remove(File() + ".v1-part");
+         return why;
+       },
+       "File exists"},
+      {"no space for the copy", many,
+       [](const Failing& open) {
+         const FullDisk disk(100000);
+         return open();
+       },
+       "disk I/O error"},
+      {"no space for what follows it", many,
+       [this](const Failing& open) {
+         DumpOf(File());  // empties the WAL
+         const FullDisk disk(std::filesystem::file_size(File()));
+         return open();
+       },
+       "disk I/O error"},
+      {"a store that has such a column already", "ALTER TABLE views ADD COLUMN change_number INTEGER",
+       [](const Failing& open) { return open(); }, "duplicate column name"},
+  };
+  for (const auto& c : cases) {
+    MakeOldStore(c.rows);
+    const std::string why = c.open([this] { return WhyNotOpened(); });
+    EXPECT_NE(why.find(c.why), std::string::npos) << c.name << ": " << why;
+    EXPECT_EQ(why.find('\n'), std::string::npos) << c.name << ": " << why;
+    EXPECT_EQ(DumpOf(File()), m_dump) << c.name;
+    EXPECT_EQ(Files(), (std::set<std::string>{""})) << c.name;
+    std::filesystem::remove(File());
+  }
+}
+
+}  // namespace
+}  // namespace server::test
