@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/FirstLoad.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <deque>
@@ -26,40 +27,6 @@ ResourceStore::CViewGroupManager& Downloads() {
   return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
 }
 
-void ApplyViewChange(const ViewInfo& change) {
-  switch (change.nMethod) {
-    case ChangeAdded:
-      Manager().RemoveViewFromCache(change.idView, true);
-      Manager().InsertViewToCache(change, false);
-      break;
-    case ChangeModified:
-      Manager().UpdateViewInCache(change);
-      break;
-    case ChangeDeleted:
-      Manager().RemoveViewFromCache(change.idView, false);
-      break;
-    default:
-      break;
-  }
-}
-
-void ApplyViewGroupChange(const ViewGroupInfo& change) {
-  switch (change.nMethod) {
-    case ChangeAdded:
-      Manager().RemoveViewGroupFromCache(change.idViewGroup, true);
-      Manager().InsertViewGroupToCache(change);
-      break;
-    case ChangeModified:
-      Manager().UpdateViewGroupInCache(change);
-      break;
-    case ChangeDeleted:
-      Manager().RemoveViewGroupFromCache(change.idViewGroup, false);
-      break;
-    default:
-      break;
-  }
-}
-
 // Nothing may be thrown into the platform's thread: what an observer or want of memory throws ends that one step.
 template <class Step>
 void Quietly(Step step) noexcept {
@@ -69,9 +36,13 @@ void Quietly(Step step) noexcept {
   }
 }
 
+// A document none of whose elements has a number comes from a server that does not count, or begins to count anew.
 template <class Info>
-void ApplyEach(const std::list<Info>& changes, void (*apply)(const Info&)) {
-  for (const Info& change : changes) Quietly([&] { apply(change); });
+void ApplyEach(const std::list<Info>& changes, void (CViewGroupManager::*apply)(const Info&),
+               void (CViewGroupManager::*forgetNumbers)()) {
+  const auto isNumbered = [](const Info& change) { return change.nChangeNumber != 0; };
+  if (std::none_of(changes.begin(), changes.end(), isNumbered)) (Manager().*forgetNumbers)();
+  for (const Info& change : changes) Quietly([&] { (Manager().*apply)(change); });
 }
 
 void ApplyViewDocument(const std::string& data) {
@@ -80,8 +51,8 @@ void ApplyViewDocument(const std::string& data) {
   std::string ignoredError;
   ViewTable scratch;
   std::list<ViewInfo> changes;
-  Manager().AnalysisViewInitData(data, ignoredError, scratch, changes);
-  ApplyEach(changes, ApplyViewChange);
+  if (!Manager().AnalysisViewInitData(data, ignoredError, scratch, changes)) return;
+  ApplyEach(changes, &CViewGroupManager::ApplyViewChange, &CViewGroupManager::ForgetViewNumbers);
 }
 
 void ApplyViewGroupDocument(const std::string& data) {
@@ -90,8 +61,8 @@ void ApplyViewGroupDocument(const std::string& data) {
   std::string ignoredError;
   ViewGroupTable scratch;
   std::list<ViewGroupInfo> changes;
-  Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes);
-  ApplyEach(changes, ApplyViewGroupChange);
+  if (!Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes)) return;
+  ApplyEach(changes, &CViewGroupManager::ApplyViewGroupChange, &CViewGroupManager::ForgetViewGroupNumbers);
 }
 
 // Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
@@ -164,13 +135,6 @@ ChangeGate s_changeGate;
 Mutex s_loadLock;
 std::atomic<bool> s_bViewGroupInitFinish{false};
 std::atomic<bool> s_bViewInitFinish{false};
-
-void ViewDataResourceUpdate(const std::string& data) {
-  Quietly([&] { s_changeGate.Arrive(ApplyViewDocument, data); });
-}
-void ViewGroupDataResourceUpdate(const std::string& data) {
-  Quietly([&] { s_changeGate.Arrive(ApplyViewGroupDocument, data); });
-}
 
 // Withdraws the change callbacks when the library is unloaded, waiting for a running one. Made as a local static on the
 // first registration, so that it is destroyed before everything a callback uses.
@@ -246,6 +210,13 @@ bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string&
 }
 
 }  // namespace
+
+void ViewDataResourceUpdate(const std::string& data) {
+  Quietly([&] { s_changeGate.Arrive(ApplyViewDocument, data); });
+}
+void ViewGroupDataResourceUpdate(const std::string& data) {
+  Quietly([&] { s_changeGate.Arrive(ApplyViewGroupDocument, data); });
+}
 
 bool IsViewGroupLoadDone() {
   return s_bViewGroupInitFinish;

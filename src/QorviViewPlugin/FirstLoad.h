@@ -3,10 +3,16 @@
 // defined here too; their contract stands in QorviViewPlugin.h.
 #pragma once
 
+#include <string>
+
 namespace QorviViewPlugin {
 
 // Whether the first load of view groups, or of views, has been done since the last ClearViewData. Any thread.
 bool IsViewGroupLoadDone();
 bool IsViewLoadDone();
+
+// The change callbacks: take a change document from the platform. Any thread; nothing is thrown.
+void ViewDataResourceUpdate(const std::string& data);
+void ViewGroupDataResourceUpdate(const std::string& data);
 
 }  // namespace QorviViewPlugin

@@ -56,6 +56,7 @@ bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
                 __FILE__, __LINE__);
   return RunDataSession(request, kTexts, CascadingText::Ignored, m_error, [this](NetLink::CRapidJsonProto& reply) {
     m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/ViewGroup/ID", -1));
+    m_changeNumber = ReadDataNumber(reply);
   });
 }
 
@@ -68,7 +69,8 @@ bool CmsModifyViewGroup::ModifyCmsViewGroup(const ViewGroupInfo& group) {
   const SessionRequest request{"PUT", ViewGroupUrl(group.idViewGroup), WriteViewGroupDocument(group)};
   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]update plan group data: %s[%s(%d)]", kTexts.function,
                 request.body.c_str(), __FILE__, __LINE__);
-  return RunStatusSession(request, kTexts, m_error);
+  return RunStatusSession(request, kTexts, m_error,
+                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
@@ -77,7 +79,8 @@ bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
       "[%s][CmsDeleteViewGroup::DeleteCmsViewGroup] success[%s(%d)]",
       "[%s] failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsDeleteViewGroup::DeleteCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
-  return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error);
+  return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error,
+                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsOrderViewGroup::OrderCmsViewGroup(const ViewMoveRequest& move) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The sessions that list, add, modify, delete and order view groups on the server, and those of the client's default
-// view. Each object serves one call on one thread; m_error holds why a call answered false.
+// view. Each object serves one call on one thread; m_error holds why a call answered false, m_changeNumber which change
+// the server made of it, 0 where it does not say.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +30,7 @@ class CmsAddViewGroup {
 
   ErrorCode m_error;
   uint32_t m_idNew = kNoId;
+  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsModifyViewGroup {
@@ -36,6 +38,7 @@ class CmsModifyViewGroup {
   bool ModifyCmsViewGroup(const ViewGroupInfo& group);
 
   ErrorCode m_error;
+  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsDeleteViewGroup {
@@ -43,6 +46,7 @@ class CmsDeleteViewGroup {
   bool DeleteCmsViewGroup(uint32_t id);
 
   ErrorCode m_error;
+  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsOrderViewGroup {

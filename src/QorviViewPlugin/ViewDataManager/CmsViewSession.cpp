@@ -57,6 +57,7 @@ bool CmsAddView::AddCmsView(const ViewInfo& view) {
   request.marksSubSystemEarly = true;
   return RunDataSession(request, kTexts, CascadingText::Ignored, m_error, [this](NetLink::CRapidJsonProto& reply) {
     m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/View/ID", -1));
+    m_changeNumber = ReadDataNumber(reply);
   });
 }
 
@@ -65,7 +66,8 @@ bool CmsModifyView::ModifyCmsView(const ViewInfo& view) {
       "QorviViewPlugin::CmsModifyView::ModifyCmsView", "[%s][CmsModifyView::ModifyCmsView] success[%s(%d)]",
       "[%s]failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsModifyView::ModifyCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
-  return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error);
+  return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error,
+                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsDeleteView::DeleteCmsView(uint32_t id) {
@@ -73,7 +75,8 @@ bool CmsDeleteView::DeleteCmsView(uint32_t id) {
       "QorviViewPlugin::CmsDeleteView::DeleteCmsView", "[%s][CmsDeleteView::DeleteCmsView] success[%s(%d)]",
       "[%s][CmsDeleteView::DeleteCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsDeleteView::DeleteCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
-  return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error);
+  return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error,
+                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsOrderView::OrderCmsView(const ViewMoveRequest& move) {

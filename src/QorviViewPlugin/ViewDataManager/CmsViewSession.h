@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The sessions that list, add, modify, delete and order views on the server. Each object serves one call on one thread;
-// m_error holds why a call answered false.
+// m_error holds why a call answered false, m_changeNumber which change the server made of it, 0 where it does not say.
 #pragma once
 
 #include <cstdint>
@@ -35,6 +35,7 @@ class CmsAddView {
 
   ErrorCode m_error;
   uint32_t m_idNew = kNoId;
+  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsModifyView {
@@ -42,6 +43,7 @@ class CmsModifyView {
   bool ModifyCmsView(const ViewInfo& view);
 
   ErrorCode m_error;
+  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsDeleteView {
@@ -49,6 +51,7 @@ class CmsDeleteView {
   bool DeleteCmsView(uint32_t id);
 
   ErrorCode m_error;
+  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsOrderView {

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "BizShared/NetCommManager.h"
+#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
 #include "VantBase/Log.h"
 
 namespace QorviViewPlugin {
@@ -69,12 +70,19 @@ bool ReadResponseStatus(const NetLink::CRapidJsonProto& reply, CascadingText cas
   return error.GetSubError() == 0;
 }
 
-bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error) {
+ChangeNumber ReadDataNumber(const NetLink::CRapidJsonProto& reply) {
+  return ReadChangeNumber(reply.get_v("/ResponseStatus/Data/ChangeNumber", ""));
+}
+
+bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
+                      const ReplyReader& readData) {
   const std::optional<std::string> body = Send(request, texts, error);
   if (!body) return false;
   NetLink::CRapidJsonProto reply;
   reply.set_str(*body);
-  return LogOutcome(texts, ReadResponseStatus(reply, CascadingText::Kept, error), error);
+  const bool accepted = ReadResponseStatus(reply, CascadingText::Kept, error);
+  if (accepted && readData) readData(reply);
+  return LogOutcome(texts, accepted, error);
 }
 
 bool RunDataSession(const SessionRequest& request, const SessionTexts& texts, CascadingText cascading, ErrorCode& error,

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "NetLink/RapidJsonProto.h"
+#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
 #include "VantBase/Error.h"
 
 namespace QorviViewPlugin {
@@ -46,8 +47,9 @@ using ReplyReader = std::function<void(NetLink::CRapidJsonProto&)>;
 // reply's status with subsystem code 1, and one line has been logged; a reply without a readable status fails with
 // -1/-1.
 
-// Modify, delete and order: the status alone, cascading text included.
-bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error);
+// Modify, delete and order: the status, cascading text included. `readData` may be empty.
+bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
+                      const ReplyReader& readData = nullptr);
 
 // Add and list: status and data. An empty reply fails and leaves `error` as it was.
 enum class CascadingText { Kept, Ignored };
@@ -61,5 +63,9 @@ bool RunConfigSession(const SessionRequest& request, const SessionTexts& texts, 
 
 // Reads the status of a reply or a downloaded document into `error`, with subsystem code 1; whether it is success.
 bool ReadResponseStatus(const NetLink::CRapidJsonProto& reply, CascadingText cascading, ErrorCode& error);
+
+// The number of the change that an accepted edit made, 0 where the reply says none; or, of a list, the number up to
+// which it is complete.
+ChangeNumber ReadDataNumber(const NetLink::CRapidJsonProto& reply);
 
 }  // namespace QorviViewPlugin

@@ -122,6 +122,8 @@ class CViewGroup : public Vant::Base::CNonThreadSafe {
   void GetInfo(ViewGroupInfo& info) const { info = *m_info.Get(); }
   std::shared_ptr<const ViewGroupInfo> Info() const { return m_info.Get(); }
   void SetInfo(ViewGroupInfo info);
+  // The same, with a record made before; cannot fail.
+  void SetInfo(std::shared_ptr<const ViewGroupInfo> info) { m_info.Set(std::move(info)); }
 
   // Takes out the first member of the view's id, if any, and appends the view, all or nothing. False for an empty
   // pointer.

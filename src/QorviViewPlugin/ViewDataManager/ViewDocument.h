@@ -8,6 +8,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "QorviViewPlugin/ViewDataManager/PathCursor.h"
 #include "QorviViewPlugin/ViewDataManager/ValueCursor.h"
@@ -32,6 +33,9 @@ enum class DocumentOrigin { ListReply, Download };
 ViewInfo ReadView(PathCursor& element, DocumentOrigin origin);
 ViewInfo ReadView(ValueCursor& element, DocumentOrigin origin);
 ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin);
+
+// The number of a change as documents hold it, a decimal text; 0 for anything else.
+ChangeNumber ReadChangeNumber(std::string_view text);
 
 // The JSON text that a window may carry in "ExtendInfo": a digital zoom, else a fisheye, else an e-map position. A
 // text that is none of them, or no JSON, changes nothing.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <QString>
+#include <charconv>
 #include <limits>
 
 #include "QorviViewPlugin/TextConversion.h"
@@ -186,6 +187,7 @@ ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
   view.nSequenceIndex = element.Number("SequenceIndex");
   view.nCycleTime = element.Number("CycleTime");
   view.nAutoCycle = element.Number("AutoCycle");
+  view.nChangeNumber = ReadChangeNumber(element.TextInPlace("ChangeNumber"));
   const int count = element.Count("PlanPages");
   view.vcPages.reserve(static_cast<size_t>(count));
   for (int p = 1; p <= count; ++p) {
@@ -217,8 +219,16 @@ ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin) {
     if (group.bShared) group.enumViewType = ViewTypeShared;
   }
   group.nSequenceIndex = element.Number("SequenceIndex");
+  group.nChangeNumber = ReadChangeNumber(element.TextInPlace("ChangeNumber"));
   group.nMethod = element.Number("Method", ChangeAdded);
   return group;
+}
+
+ChangeNumber ReadChangeNumber(std::string_view text) {
+  ChangeNumber number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stopped == end ? number : 0;
 }
 
 void ReadExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {

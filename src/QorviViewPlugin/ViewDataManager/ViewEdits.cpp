@@ -18,6 +18,7 @@ bool CViewGroupManager::AddView(const ViewInfo& info, unsigned int& newId, Error
   newId = session.m_idNew;
   ViewInfo added = info;
   added.idView = newId;
+  added.nChangeNumber = session.m_changeNumber;
   InsertViewToCache(added, true);
   return true;
 }
@@ -31,8 +32,13 @@ bool CViewGroupManager::AddViewGroup(const ViewGroupInfo& info, unsigned int& ne
   newId = session.m_idNew;
   ViewGroupInfo added = info;
   added.idViewGroup = newId;
+  added.nChangeNumber = session.m_changeNumber;
   WriteLock lock(m_groupLock);
-  mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
+  if (added.nChangeNumber == 0) {
+    mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
+  } else if (m_groupOrder.IsNews(newId, added.nChangeNumber)) {
+    PutViewGroup(added);
+  }
   return true;
 }
 
@@ -42,16 +48,26 @@ bool CViewGroupManager::ModifyView(const ViewInfo& info, ErrorCode& err) {
     err = session.m_error;
     return false;
   }
-  const std::shared_ptr<CView> view = GetViewByID(info.idView);
-  if (!view) return true;
+  ViewInfo changed = info;
+  changed.nChangeNumber = session.m_changeNumber;
+  MutexLock order(m_viewOrderLock);
+  if (!IsViewNews(changed.idView, changed.nChangeNumber)) return true;
+  const std::shared_ptr<CView> view = GetViewByID(changed.idView);
+  const bool isNumbered = changed.nChangeNumber != 0;
+  if (!view) {
+    if (isNumbered) m_viewOrder.Keep(info.idView, std::move(changed));
+    return true;
+  }
   // What may want memory comes first: nothing after the new group's entry can fail.
-  auto record = std::make_shared<const ViewInfo>(info);
+  if (isNumbered) m_viewOrder.Reserve(info.idView);
+  auto record = std::make_shared<const ViewInfo>(std::move(changed));
   const unsigned int oldGroupId = view->GetViewGroupID();
   if (oldGroupId != info.idViewGroup) {
     AttachViewToGroup(view, info.idViewGroup);
     if (const auto oldGroup = GetViewGroupByID(oldGroupId)) oldGroup->RemoveMemberView(info.idView);
   }
   view->SetInfo(std::move(record));
+  if (isNumbered) m_viewOrder.NoteCached(info.idView, session.m_changeNumber);
   return true;
 }
 
@@ -61,12 +77,17 @@ bool CViewGroupManager::ModifyViewGroup(const ViewGroupInfo& info, ErrorCode& er
     err = session.m_error;
     return false;
   }
-  if (const auto group = GetViewGroupByID(info.idViewGroup)) {
-    ViewGroupInfo renamed;
-    group->GetInfo(renamed);
-    renamed.strName = info.strName;
-    group->SetInfo(std::move(renamed));
+  const unsigned int id = info.idViewGroup;
+  WriteLock lock(m_groupLock);
+  if (session.m_changeNumber != 0 && !m_groupOrder.IsRenameNews(id, session.m_changeNumber)) return true;
+  const std::shared_ptr<CViewGroup> group = FindViewGroup(id);
+  std::shared_ptr<ViewGroupInfo> renamed;
+  if (group) {
+    renamed = std::make_shared<ViewGroupInfo>(*group->Info());
+    renamed->strName = info.strName;
   }
+  if (session.m_changeNumber != 0) m_groupOrder.NoteRename(id, session.m_changeNumber, info.strName);
+  if (group) group->SetInfo(std::move(renamed));
   return true;
 }
 
@@ -76,7 +97,7 @@ bool CViewGroupManager::DeleteView(unsigned int id, ErrorCode& err) {
     err = session.m_error;
     return false;
   }
-  return RemoveViewFromCache(id, true);
+  return RemoveViewFromCache(id, true, session.m_changeNumber);
 }
 
 bool CViewGroupManager::DeleteViewGroup(unsigned int id, ErrorCode& err) {
@@ -89,7 +110,7 @@ bool CViewGroupManager::DeleteViewGroup(unsigned int id, ErrorCode& err) {
     err = session.m_error;
     return false;
   }
-  return RemoveViewGroupFromCache(id, true);
+  return RemoveViewGroupFromCache(id, true, session.m_changeNumber);
 }
 
 bool CViewGroupManager::GetDefaultViewConfig(int& viewId, int& viewType, ErrorCode& err) {

@@ -2,6 +2,7 @@
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "QorviViewPlugin/TextConversion.h"
@@ -43,7 +44,9 @@ CViewGroupManager::~CViewGroupManager() {
   m_pUserObserver.reset();
 }
 
-bool CViewGroupManager::InsertViewToCache(const ViewInfo& info, bool bSilent) {
+// --- Views
+
+void CViewGroupManager::InsertView(const ViewInfo& info) {
   const auto view = std::make_shared<CView>(info);
   bool isNew = false;
   {
@@ -56,6 +59,112 @@ bool CViewGroupManager::InsertViewToCache(const ViewInfo& info, bool bSilent) {
     WriteLock lock(m_viewLock);
     if (isNew) mapViews.erase(info.idView);
     throw;
+  }
+}
+
+bool CViewGroupManager::EraseView(unsigned int id, unsigned int& idViewGroup) {
+  const std::shared_ptr<CView> view = GetViewByID(id);
+  if (!view) return false;
+  idViewGroup = view->GetViewGroupID();
+  {
+    WriteLock lock(m_viewLock);
+    mapViews.erase(id);
+  }
+  if (const auto group = GetViewGroupByID(idViewGroup)) group->RemoveMemberView(id);
+  return true;
+}
+
+ViewInfo CViewGroupManager::PutView(const ViewInfo& info) {
+  const unsigned int id = info.idView;
+  const bool isNumbered = info.nChangeNumber != 0;
+  if (isNumbered) m_viewOrder.Reserve(id);
+  ViewInfo newest = isNumbered ? m_viewOrder.Newest(info, id) : info;
+  unsigned int oldGroupId = kNoId;
+  EraseView(id, oldGroupId);
+  InsertView(newest);
+  if (isNumbered) m_viewOrder.NoteCached(id, newest.nChangeNumber);
+  return newest;
+}
+
+void CViewGroupManager::EnsureMember(const std::shared_ptr<CView>& view) {
+  const auto group = GetViewGroupByID(view->GetViewGroupID());
+  if (group && group->FindMemberView(view->GetID()) != view) group->AddMemberView(view);
+}
+
+bool CViewGroupManager::ChangeView(const ViewInfo& info) {
+  const unsigned int id = info.idView;
+  const std::shared_ptr<CView> view = GetViewByID(id);
+  const bool isNumbered = info.nChangeNumber != 0;
+  if (!view) {
+    if (isNumbered) m_viewOrder.Keep(id, info);
+    return false;
+  }
+  if (isNumbered) m_viewOrder.Reserve(id);
+  view->SetInfo(info);
+  if (isNumbered) m_viewOrder.NoteCached(id, info.nChangeNumber);
+  return true;
+}
+
+bool CViewGroupManager::RemoveView(unsigned int id, ChangeNumber number, unsigned int& idViewGroup) {
+  if (number != 0) m_viewOrder.Reserve(id);
+  const bool wasCached = EraseView(id, idViewGroup);
+  if (number != 0) m_viewOrder.NoteRemoved(id, number);
+  return wasCached;
+}
+
+bool CViewGroupManager::IsViewNews(unsigned int id, ChangeNumber number) const {
+  return number == 0 || m_viewOrder.IsNews(id, number);
+}
+
+void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
+  const unsigned int id = change.idView;
+  std::optional<Notice> notice;
+  ResourceData::ResourceType type = ResourceData::ResourceTypeViewGroup;
+  {
+    MutexLock order(m_viewOrderLock);
+    if (!IsViewNews(id, change.nChangeNumber)) return;
+    // A view without a number has joined its group when it was read.
+    if (change.nChangeNumber != 0) {
+      if (const auto group = GetViewGroupByID(change.idViewGroup)) {
+        group->AppendMemberView(std::make_shared<CView>(change));
+      }
+    }
+    unsigned int groupId = kNoId;
+    switch (change.nMethod) {
+      case ChangeAdded:
+        groupId = PutView(change).idViewGroup;
+        notice = ChildNotice(groupId, NoticeChildAdded, ResourceData::ResourceTypeView, id);
+        break;
+      case ChangeModified:
+        type = ResourceData::ResourceTypeView;
+        if (ChangeView(change)) notice = Notice(UIntToString(id), NoticeChanged);
+        break;
+      case ChangeDeleted:
+        if (RemoveView(id, change.nChangeNumber, groupId)) {
+          notice = ChildNotice(groupId, NoticeChildRemoved, ResourceData::ResourceTypeView, id);
+        }
+        break;
+      default:
+        break;
+    }
+  }
+  if (notice) Notify(*notice, type);
+}
+
+void CViewGroupManager::ForgetViewNumbers() {
+  MutexLock order(m_viewOrderLock);
+  m_viewOrder.Forget();
+}
+
+bool CViewGroupManager::InsertViewToCache(const ViewInfo& info, bool bSilent) {
+  {
+    MutexLock order(m_viewOrderLock);
+    if (!IsViewNews(info.idView, info.nChangeNumber)) return true;
+    if (info.nChangeNumber != 0) {
+      PutView(info);
+    } else {
+      InsertView(info);
+    }
   }
   if (!bSilent) {
     Notify(ChildNotice(info.idViewGroup, NoticeChildAdded, ResourceData::ResourceTypeView, info.idView),
@@ -70,15 +179,12 @@ bool CViewGroupManager::AttachViewToGroup(std::shared_ptr<CView> view, unsigned 
   return entry != mapViewGroups.end() && entry->second->AddMemberView(std::move(view));
 }
 
-bool CViewGroupManager::RemoveViewFromCache(unsigned int id, bool bSilent) {
-  const std::shared_ptr<CView> view = GetViewByID(id);
-  if (!view) return true;
-  const unsigned int groupId = view->GetViewGroupID();
+bool CViewGroupManager::RemoveViewFromCache(unsigned int id, bool bSilent, ChangeNumber number) {
+  unsigned int groupId = kNoId;
   {
-    WriteLock lock(m_viewLock);
-    mapViews.erase(id);
+    MutexLock order(m_viewOrderLock);
+    if (!IsViewNews(id, number) || !RemoveView(id, number, groupId)) return true;
   }
-  if (const auto group = GetViewGroupByID(groupId)) group->RemoveMemberView(id);
   if (!bSilent) {
     Notify(ChildNotice(groupId, NoticeChildRemoved, ResourceData::ResourceTypeView, id),
            ResourceData::ResourceTypeViewGroup);
@@ -87,31 +193,87 @@ bool CViewGroupManager::RemoveViewFromCache(unsigned int id, bool bSilent) {
 }
 
 bool CViewGroupManager::UpdateViewInCache(const ViewInfo& info) {
-  const std::shared_ptr<CView> view = GetViewByID(info.idView);
-  if (!view) return false;
-  view->SetInfo(info);
+  {
+    MutexLock order(m_viewOrderLock);
+    if (!IsViewNews(info.idView, info.nChangeNumber) || !ChangeView(info)) return false;
+  }
   Notify(Notice(UIntToString(info.idView), NoticeChanged), ResourceData::ResourceTypeView);
   return true;
 }
 
+// --- Groups
+
+std::shared_ptr<CViewGroup> CViewGroupManager::FindViewGroup(unsigned int id) const {
+  const auto entry = mapViewGroups.find(id);
+  return entry == mapViewGroups.end() ? nullptr : entry->second;
+}
+
+bool CViewGroupManager::IsViewGroupNews(unsigned int id, ChangeNumber number) const {
+  return number == 0 || m_groupOrder.IsNews(id, number);
+}
+
+ViewGroupInfo CViewGroupManager::PutViewGroup(const ViewGroupInfo& info) {
+  const unsigned int id = info.idViewGroup;
+  m_groupOrder.Reserve(id);
+  ViewGroupInfo newest = m_groupOrder.Newest(info, id);
+  if (const auto group = FindViewGroup(id)) {
+    group->SetInfo(newest);
+  } else {
+    mapViewGroups.emplace(id, std::make_shared<CViewGroup>(newest));
+  }
+  m_groupOrder.NoteCached(id, newest.nChangeNumber);
+  return newest;
+}
+
+void CViewGroupManager::ApplyViewGroupChange(const ViewGroupInfo& change) {
+  switch (change.nMethod) {
+    case ChangeAdded:
+      // Announced anew, a group without a number loses its members.
+      if (change.nChangeNumber == 0) RemoveViewGroupFromCache(change.idViewGroup, true);
+      InsertViewGroupToCache(change);
+      break;
+    case ChangeModified:
+      UpdateViewGroupInCache(change);
+      break;
+    case ChangeDeleted:
+      RemoveViewGroupFromCache(change.idViewGroup, false, change.nChangeNumber);
+      break;
+    default:
+      break;
+  }
+}
+
+void CViewGroupManager::ForgetViewGroupNumbers() {
+  WriteLock lock(m_groupLock);
+  m_groupOrder.Forget();
+}
+
 bool CViewGroupManager::InsertViewGroupToCache(const ViewGroupInfo& info) {
+  ViewGroupInfo inserted = info;
   {
     WriteLock lock(m_groupLock);
-    mapViewGroups.emplace(info.idViewGroup, std::make_shared<CViewGroup>(info));
+    if (!IsViewGroupNews(info.idViewGroup, info.nChangeNumber)) return true;
+    if (info.nChangeNumber != 0) {
+      inserted = PutViewGroup(info);
+    } else {
+      mapViewGroups.emplace(info.idViewGroup, std::make_shared<CViewGroup>(info));
+    }
   }
-  Notice notice = ChildNotice(info.idParent, NoticeChildAdded, ResourceData::ResourceTypeViewGroup, info.idViewGroup);
-  notice.other_change_info = IntToString(info.enumViewType);
+  Notice notice =
+      ChildNotice(inserted.idParent, NoticeChildAdded, ResourceData::ResourceTypeViewGroup, inserted.idViewGroup);
+  notice.other_change_info = IntToString(inserted.enumViewType);
   Notify(notice, ResourceData::ResourceTypeViewGroup);
   return true;
 }
 
-bool CViewGroupManager::RemoveViewGroupFromCache(unsigned int id, bool bSilent) {
+bool CViewGroupManager::RemoveViewGroupFromCache(unsigned int id, bool bSilent, ChangeNumber number) {
   WriteLock lock(m_groupLock);
-  const auto entry = mapViewGroups.find(id);
-  if (entry == mapViewGroups.end()) return true;
-  const std::shared_ptr<CViewGroup> group = entry->second;
-  mapViewGroups.erase(entry);
-  if (!bSilent) {
+  if (!IsViewGroupNews(id, number)) return true;
+  if (number != 0) m_groupOrder.Reserve(id);
+  const std::shared_ptr<CViewGroup> group = FindViewGroup(id);
+  mapViewGroups.erase(id);
+  if (number != 0) m_groupOrder.NoteRemoved(id, number);
+  if (group && !bSilent) {
     Notify(ChildNotice(group->GetParentID(), NoticeChildRemoved, ResourceData::ResourceTypeViewGroup, id),
            ResourceData::ResourceTypeViewGroup);
   }
@@ -119,14 +281,28 @@ bool CViewGroupManager::RemoveViewGroupFromCache(unsigned int id, bool bSilent) 
 }
 
 bool CViewGroupManager::UpdateViewGroupInCache(const ViewGroupInfo& info) {
-  if (const auto group = GetViewGroupByID(info.idViewGroup)) {
-    group->SetInfo(info);
-    Notice notice(UIntToString(info.idViewGroup), NoticeRenamed);
-    notice.name = info.strName;
-    Notify(notice, ResourceData::ResourceTypeViewGroup);
+  const unsigned int id = info.idViewGroup;
+  Notice notice(UIntToString(id), NoticeRenamed);
+  {
+    WriteLock lock(m_groupLock);
+    if (!IsViewGroupNews(id, info.nChangeNumber)) return false;
+    const std::shared_ptr<CViewGroup> group = FindViewGroup(id);
+    if (!group) {
+      if (info.nChangeNumber != 0) m_groupOrder.Keep(id, info);
+      return false;
+    }
+    if (info.nChangeNumber != 0) {
+      notice.name = PutViewGroup(info).strName;
+    } else {
+      group->SetInfo(info);
+      notice.name = info.strName;
+    }
   }
+  Notify(notice, ResourceData::ResourceTypeViewGroup);
   return false;
 }
+
+// --- Clearing
 
 void CViewGroupManager::ClearViewData() {
   m_bResourceReady = false;
@@ -140,12 +316,17 @@ void CViewGroupManager::ClearCache() {
   CachedViews views;
   ViewGroupTable groups;
   {
+    MutexLock order(m_viewOrderLock);
+    m_viewOrder.Forget();
     WriteLock lock(m_viewLock);
     views.swap(mapViews);
   }
   WriteLock lock(m_groupLock);
+  m_groupOrder.Forget();
   groups.swap(mapViewGroups);
 }
+
+// --- Look-ups
 
 std::shared_ptr<CView> CViewGroupManager::GetViewByID(unsigned int id) const {
   ReadLock lock(m_viewLock);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/ViewDataManager/ChangeOrder.h"
 #include "QorviViewPlugin/ViewDataManager/View.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "VantBase/Error.h"
@@ -24,9 +25,10 @@ using ViewTable = std::map<unsigned int, std::shared_ptr<CView>>;
 using ViewGroupTable = std::map<unsigned int, std::shared_ptr<CViewGroup>>;
 using PendingChecks = std::map<int, std::vector<unsigned int>>;
 
-// Any thread. m_viewLock guards mapViews, m_groupLock mapViewGroups (taken before a group's own member lock, and never
-// together with m_viewLock), m_checkLock the pending checks, m_userLock the observer. No lock is held across a server
-// request, nor across a notice but that of RemoveViewGroupFromCache.
+// Any thread. m_viewLock guards mapViews, m_groupLock mapViewGroups and the order of their changes (taken before a
+// group's own member lock, and never together with m_viewLock), m_checkLock the pending checks, m_userLock the
+// observer. m_viewOrderLock is held while a view is changed, in the table and among members, and taken before these. No
+// lock is held across a server request, nor across a notice but that of RemoveViewGroupFromCache.
 class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, public Vant::Base::CNonThreadSafe {
  public:
   ~CViewGroupManager();
@@ -50,16 +52,24 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // `err` are those of the download that ended, also on failure.
   bool GetAllUsers(Vant::Base::Error::ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
 
-  // --- Cache changes; those that are not silent notify the observers.
+  // --- Cache changes; those that are not silent notify the observers. A record with a change number that is not newer
+  // than what is known of its object changes nothing and tells nothing (ChangeOrder.h).
+
+  // One record of a change document, by its nMethod; a number that is none of the three changes nothing.
+  void ApplyViewChange(const ViewInfo& change) EXCLUDES(m_viewOrderLock);
+  void ApplyViewGroupChange(const ViewGroupInfo& change);
+  // From a document without numbers on, the numbers known so far count for nothing: they may be another server's.
+  void ForgetViewNumbers() EXCLUDES(m_viewOrderLock);
+  void ForgetViewGroupNumbers();
 
   // A view of that id that is already cached stays in the table, yet the new one joins the group. Always true.
-  bool InsertViewToCache(const ViewInfo& info, bool bSilent);
-  bool RemoveViewFromCache(unsigned int id, bool bSilent);
+  bool InsertViewToCache(const ViewInfo& info, bool bSilent) EXCLUDES(m_viewOrderLock);
+  bool RemoveViewFromCache(unsigned int id, bool bSilent, ChangeNumber number = 0) EXCLUDES(m_viewOrderLock);
   // False when the view is not cached. The view stays a member of its old group whatever the record says.
-  bool UpdateViewInCache(const ViewInfo& info);
+  bool UpdateViewInCache(const ViewInfo& info) EXCLUDES(m_viewOrderLock);
   bool InsertViewGroupToCache(const ViewGroupInfo& info);
   // Notifies while it holds the group lock: an observer must not call back into the library from that notice.
-  bool RemoveViewGroupFromCache(unsigned int id, bool bSilent);
+  bool RemoveViewGroupFromCache(unsigned int id, bool bSilent, ChangeNumber number = 0);
   // Always false.
   bool UpdateViewGroupInCache(const ViewGroupInfo& info);
   bool AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId);
@@ -88,8 +98,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // --- Reading the server's data (ViewIngestion.cpp). `data` is a list reply or a change document. True when it could
   // be used; false, `views` and `changes` untouched, when its envelope reports an error or cannot be read.
   // `cascadingErrorInfo` becomes the envelope's text. Records go into the table (entries already there stay) and, each
-  // with its nMethod, to the end of `changes`. New views join the groups that are cached at this moment. An empty
-  // group text counts as success and touches nothing.
+  // with its nMethod, to the end of `changes`. New views join the groups that are cached at this moment; those that
+  // have a change number do so when the change is applied. An empty group text counts as success and touches nothing.
 
   bool AnalysisViewGroupInitData(const std::string& data, std::string& cascadingErrorInfo, ViewGroupTable& groups,
                                  std::list<ViewGroupInfo>& changes);
@@ -97,9 +107,10 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
                             std::list<ViewInfo>& changes);
   // The JSON text that a window may carry: a digital zoom, else a fisheye, else an e-map position.
   void AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window);
-  // The same into the cache itself, for a first load. Entries that are already cached stay.
+  // The same into the cache itself, for a first load. Entries that are already cached stay, unless the list has a
+  // number: then what it holds newer is taken, and what it no longer has and is not newer than the list goes.
   void LoadViewGroups(const std::string& data, std::string& cascadingErrorInfo);
-  void LoadViews(const std::string& data, std::string& cascadingErrorInfo);
+  void LoadViews(const std::string& data, std::string& cascadingErrorInfo) EXCLUDES(m_viewOrderLock);
 
   // Notes a modified view under each resource type that its cached form is marked for and of which it shows an element
   // that the platform does not know.
@@ -115,20 +126,50 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
 
   using Joining = std::map<unsigned int, MemberViews>;  // by group
 
-  void ClearCache();
-  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, std::vector<std::shared_ptr<CView>>& views,
+  // What a change document or a list holds, ready to be cached.
+  struct ReadList {
+    std::vector<std::shared_ptr<CView>> views;
+    ChangeNumber completeUpTo = 0;
+  };
+
+  void ClearCache() EXCLUDES(m_viewOrderLock);
+  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
                  std::list<ViewInfo>* changes);
   static Joining MembersOf(const std::vector<std::shared_ptr<CView>>& views);
+  bool ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo, std::list<ViewGroupInfo>& groups,
+                      ChangeNumber& completeUpTo);
+  // Beside what is cached and known already, by number.
+  void TakeLoadedViews(const ReadList& list) REQUIRES(m_viewOrderLock);
+  void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
+
+  // The steps of which changes are made; each is whole or, where memory runs out, not made.
+  void InsertView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
+  // Whether it was there; `idViewGroup` becomes the group that it was in.
+  bool EraseView(unsigned int id, unsigned int& idViewGroup) REQUIRES(m_viewOrderLock);
+  // The newest known of that view, a member of its group, in place of what is cached. Answers what was put.
+  ViewInfo PutView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
+  // Whether it is cached; else a record with a number is kept until it comes.
+  bool ChangeView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
+  bool RemoveView(unsigned int id, ChangeNumber number, unsigned int& idViewGroup) REQUIRES(m_viewOrderLock);
+  bool IsViewNews(unsigned int id, ChangeNumber number) const REQUIRES(m_viewOrderLock);
+  void EnsureMember(const std::shared_ptr<CView>& view) REQUIRES(m_viewOrderLock);
+  std::shared_ptr<CViewGroup> FindViewGroup(unsigned int id) const REQUIRES_SHARED(m_groupLock);
+  // A group that is cached stays in place, with its members. For records with a number only. Answers what was put.
+  ViewGroupInfo PutViewGroup(const ViewGroupInfo& info) REQUIRES(m_groupLock);
+  bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
   // Always the cached groups, whether or not the views are cached: one that a change document names becomes a member
   // beside the cached view of the same id. Cannot fail.
   void JoinGroups(Joining members);
   // Made and registered on first use; lives as long as the manager.
   COrlUserObserver& UserObserver() EXCLUDES(m_userLock);
 
+  Mutex m_viewOrderLock;
+  ChangeOrder<ViewInfo> m_viewOrder GUARDED_BY(m_viewOrderLock);
   mutable SharedMutex m_viewLock;
   CachedViews mapViews GUARDED_BY(m_viewLock);
   mutable SharedMutex m_groupLock;
   ViewGroupTable mapViewGroups GUARDED_BY(m_groupLock);
+  ChangeOrder<ViewGroupInfo> m_groupOrder GUARDED_BY(m_groupLock);
   Mutex m_checkLock;
   PendingChecks mapPendingChecks GUARDED_BY(m_checkLock);
   std::atomic<bool> m_bResourceReady{false};

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // How the manager reads downloaded data and change documents.
+#include <set>
+#include <unordered_set>
+
 #include "NetLink/RapidJsonProto.h"
 #include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
@@ -34,6 +37,16 @@ bool ShowsUnknownElement(const ViewInfo& view, int type) {
 
 bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::string& cascadingErrorInfo,
                                                   ViewGroupTable& groups, std::list<ViewGroupInfo>& changes) {
+  std::list<ViewGroupInfo> read;
+  ChangeNumber completeUpTo = 0;
+  if (!ReadViewGroups(data, cascadingErrorInfo, read, completeUpTo)) return false;
+  for (const ViewGroupInfo& group : read) groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
+  changes.splice(changes.end(), read);
+  return true;
+}
+
+bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo,
+                                       std::list<ViewGroupInfo>& groups, ChangeNumber& completeUpTo) {
   static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData",
                                            "[%s]AnalysisViewGroupInitData_Error:%d[%s(%d)]"};
   if (data.empty()) return true;
@@ -46,45 +59,49 @@ bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::
     LogRefused(kTexts, error);
     return false;
   }
+  completeUpTo = ReadDataNumber(document);
   PathCursor at(document, "/ResponseStatus/Data/ViewGroupList/");
   const int count = at.Count("ViewGroup");
   for (int n = 1; n <= count; ++n) {
     const auto level = at.Enter("ViewGroup", n);
-    ViewGroupInfo group = ReadViewGroup(at, DocumentOrigin::Download);
-    groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
-    changes.push_back(std::move(group));
+    groups.push_back(ReadViewGroup(at, DocumentOrigin::Download));
   }
   return true;
 }
 
 bool CViewGroupManager::AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
                                              std::list<ViewInfo>& changes) {
-  std::vector<std::shared_ptr<CView>> read;
+  ReadList read;
   if (!ReadViews(data, cascadingErrorInfo, read, &changes)) return false;
-  Joining members = MembersOf(read);
-  for (const auto& view : read) views.emplace(view->GetID(), view);
+  std::vector<std::shared_ptr<CView>> unnumbered;
+  for (const auto& view : read.views) {
+    if (view->Info()->nChangeNumber == 0) unnumbered.push_back(view);
+  }
+  Joining members = MembersOf(unnumbered);
+  for (const auto& view : read.views) views.emplace(view->GetID(), view);
   JoinGroups(std::move(members));
   return true;
 }
 
-bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo,
-                                  std::vector<std::shared_ptr<CView>>& views, std::list<ViewInfo>* changes) {
+bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
+                                  std::list<ViewInfo>* changes) {
   static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewInitData",
                                            "[%s]AnalysisViewInitData_Error:%d[%s(%d)]"};
   ErrorCode error;
-  std::vector<ViewInfo> read;
+  ViewList read;
   const bool isUsable = ReadViewList(data, error, read);
   cascadingErrorInfo = error.GetCasadingErrorInfo();
   if (!isUsable) {
     LogRefused(kTexts, error);
     return false;
   }
+  list.completeUpTo = read.completeUpTo;
   PendingChecks pending;
-  views.reserve(read.size());
-  for (ViewInfo& info : read) {
+  list.views.reserve(read.views.size());
+  for (ViewInfo& info : read.views) {
     CollectPendingChecks(info, pending);
     if (changes) changes->push_back(info);
-    views.push_back(std::make_shared<CView>(std::move(info)));
+    list.views.push_back(std::make_shared<CView>(std::move(info)));
   }
   if (!pending.empty()) SetPendingChecks(pending);
   return true;
@@ -116,28 +133,93 @@ void CViewGroupManager::AnalysisExtendInfo(const std::string& extendInfo, Camera
 }
 
 void CViewGroupManager::LoadViewGroups(const std::string& data, std::string& cascadingErrorInfo) {
+  std::list<ViewGroupInfo> read;
+  ChangeNumber completeUpTo = 0;
+  if (!ReadViewGroups(data, cascadingErrorInfo, read, completeUpTo)) return;
   ViewGroupTable groups;
-  std::list<ViewGroupInfo> changes;
-  AnalysisViewGroupInitData(data, cascadingErrorInfo, groups, changes);
+  for (const ViewGroupInfo& group : read) groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
   WriteLock lock(m_groupLock);
-  mapViewGroups.merge(groups);
+  if (completeUpTo == 0 || (mapViewGroups.empty() && m_groupOrder.IsBlank())) {
+    mapViewGroups.merge(groups);
+  } else {
+    TakeLoadedViewGroups(read, completeUpTo);
+  }
+  m_groupOrder.StartFrom(completeUpTo);
+}
+
+void CViewGroupManager::TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) {
+  std::set<unsigned int> listed;
+  for (const ViewGroupInfo& group : groups) listed.insert(group.idViewGroup);
+  for (auto entry = mapViewGroups.begin(); entry != mapViewGroups.end();) {
+    const bool goes = !listed.contains(entry->first) && m_groupOrder.NumberOf(entry->first) <= completeUpTo;
+    entry = goes ? mapViewGroups.erase(entry) : std::next(entry);
+  }
+  for (const ViewGroupInfo& group : groups) {
+    if (group.nChangeNumber == 0) {
+      mapViewGroups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
+    } else if (m_groupOrder.IsNews(group.idViewGroup, group.nChangeNumber)) {
+      PutViewGroup(group);
+    }
+  }
 }
 
 void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadingErrorInfo) {
-  std::vector<std::shared_ptr<CView>> views;
-  ReadViews(data, cascadingErrorInfo, views, nullptr);
-  Joining members = MembersOf(views);
+  ReadList list;
+  if (!ReadViews(data, cascadingErrorInfo, list, nullptr)) return;
+  Joining members = MembersOf(list.views);
   CachedViews table;
-  table.reserve(views.size());
-  for (const auto& view : views) table.emplace(view->GetID(), view);
+  table.reserve(list.views.size());
+  for (const auto& view : list.views) table.emplace(view->GetID(), view);
+  MutexLock order(m_viewOrderLock);
+  bool isAlone = list.completeUpTo == 0;
   {
     WriteLock lock(m_viewLock);
-    mapViews.reserve(mapViews.size() + table.size());
-    // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
-    // again.
-    mapViews.merge(table);
+    isAlone = isAlone || (mapViews.empty() && m_viewOrder.IsBlank());
+    if (isAlone) {
+      mapViews.reserve(mapViews.size() + table.size());
+      // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
+      // again.
+      mapViews.merge(table);
+    }
   }
-  JoinGroups(std::move(members));
+  if (isAlone) {
+    JoinGroups(std::move(members));
+  } else {
+    TakeLoadedViews(list);
+  }
+  m_viewOrder.StartFrom(list.completeUpTo);
+}
+
+void CViewGroupManager::TakeLoadedViews(const ReadList& list) {
+  std::unordered_set<unsigned int> listed;
+  for (const auto& view : list.views) listed.insert(view->GetID());
+  std::vector<std::shared_ptr<CView>> stay;
+  std::vector<unsigned int> go;
+  {
+    ReadLock lock(m_viewLock);
+    for (const auto& [id, view] : mapViews) {
+      if (listed.contains(id)) continue;
+      if (m_viewOrder.NumberOf(id) <= list.completeUpTo) {
+        go.push_back(id);
+      } else {
+        stay.push_back(view);
+      }
+    }
+  }
+  unsigned int groupId = kNoId;
+  for (const unsigned int id : go) EraseView(id, groupId);
+  // What was cached before its group was joins it now.
+  for (const auto& view : stay) EnsureMember(view);
+  for (const auto& view : list.views) {
+    const auto info = view->Info();
+    if (info->nChangeNumber != 0 && m_viewOrder.IsNews(info->idView, info->nChangeNumber)) {
+      PutView(*info);
+    } else if (const auto cached = GetViewByID(info->idView)) {
+      EnsureMember(cached);
+    } else if (info->nChangeNumber == 0) {
+      InsertView(*info);
+    }
+  }
 }
 
 }  // namespace QorviViewPlugin

@@ -105,7 +105,7 @@ class UsualList {
   }
 
   ErrorCode Status() const { return {m_errorModule, m_errorCode, kSubSystemCode, m_cascadingErrorInfo}; }
-  std::vector<ViewInfo> TakeViews() { return std::move(m_views); }
+  ViewList Take() { return std::move(m_list); }
 
  private:
   // Hands the values of these members to `read`, which has to take each from the stream, and passes over others. Each
@@ -150,8 +150,12 @@ class UsualList {
   }
 
   bool ReadData() {
-    return ReadObject({"ViewList"}, [this](std::string_view) {
-      return ReadObject({"View"}, [this](std::string_view) { return ReadViews(); });
+    return ReadObject({"ViewList", "ChangeNumber"}, [this](std::string_view name) {
+      if (name == "ViewList") return ReadObject({"View"}, [this](std::string_view) { return ReadViews(); });
+      const Value* const value = m_text.ParseValue();
+      if (!value || !value->IsString()) return false;
+      m_list.completeUpTo = ReadChangeNumber({value->GetString(), value->GetStringLength()});
+      return true;
     });
   }
 
@@ -170,18 +174,18 @@ class UsualList {
     const Value* const value = m_text.ParseValue();
     if (!value) return false;
     ValueCursor cursor(*value);
-    m_views.push_back(ReadView(cursor, DocumentOrigin::Download));
+    m_list.views.push_back(ReadView(cursor, DocumentOrigin::Download));
     if (cursor.IsUnusual()) {
       NetLink::CRapidJsonProto document;
       document.set_str(m_text.From(begin));
       PathCursor paths(document);
-      m_views.back() = ReadView(paths, DocumentOrigin::Download);
+      m_list.views.back() = ReadView(paths, DocumentOrigin::Download);
     }
     return true;
   }
 
   ParsedText m_text;
-  std::vector<ViewInfo> m_views;
+  ViewList m_list;
   int m_errorModule = -1;
   int m_errorCode = -1;
   std::string m_cascadingErrorInfo;
@@ -189,25 +193,26 @@ class UsualList {
 
 }  // namespace
 
-bool ReadViewList(const std::string& text, ErrorCode& error, std::vector<ViewInfo>& views) {
-  const auto list = std::make_unique<UsualList>(text);
-  if (!list->Read()) return ReadViewListByPaths(text, error, views);
-  error = list->Status();
-  views = list->TakeViews();
+bool ReadViewList(const std::string& text, ErrorCode& error, ViewList& list) {
+  const auto usual = std::make_unique<UsualList>(text);
+  if (!usual->Read()) return ReadViewListByPaths(text, error, list);
+  error = usual->Status();
+  list = usual->Take();
   return true;
 }
 
-bool ReadViewListByPaths(const std::string& text, ErrorCode& error, std::vector<ViewInfo>& views) {
+bool ReadViewListByPaths(const std::string& text, ErrorCode& error, ViewList& list) {
   NetLink::CRapidJsonProto document;
   document.set_str(text);
   if (!ReadResponseStatus(document, CascadingText::Kept, error)) return false;
   PathCursor at(document, "/ResponseStatus/Data/ViewList/");
   const int count = at.Count("View");
-  views.clear();
-  views.reserve(static_cast<size_t>(count));
+  list.completeUpTo = ReadDataNumber(document);
+  list.views.clear();
+  list.views.reserve(static_cast<size_t>(count));
   for (int n = 1; n <= count; ++n) {
     const auto level = at.Enter("View", n);
-    views.push_back(ReadView(at, DocumentOrigin::Download));
+    list.views.push_back(ReadView(at, DocumentOrigin::Download));
   }
   return true;
 }

@@ -49,6 +49,10 @@ enum ViewType : int { ViewTypePublic = 0, ViewTypePrivate = 1, ViewTypeShared = 
 
 inline constexpr unsigned int kNoId = 0xFFFFFFFFu;
 
+// The server counts its changes from 1 and says with each object, list and answer which change it goes back to; 0 where
+// nothing was said.
+using ChangeNumber = unsigned long long;
+
 // A box by its top and bottom corners.
 struct Rectangle {
   float fXTop = -1.0f;
@@ -147,6 +151,7 @@ struct ViewInfo {
   int nMethod = ChangeAdded;
   bool bShared = false;
   std::string strSharedUserName;
+  ChangeNumber nChangeNumber = 0;  // of the object's last change
 };
 
 struct ViewGroupInfo {
@@ -158,6 +163,7 @@ struct ViewGroupInfo {
   long long nSequenceIndex = -1;
   int nMethod = ChangeAdded;
   bool bShared = false;
+  ChangeNumber nChangeNumber = 0;  // of the object's last change
 };
 
 }  // namespace QorviViewPlugin

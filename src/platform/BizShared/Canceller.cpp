@@ -17,6 +17,11 @@ void CCanceller::Cancel() {
   for (CURLM* transfer : m_impl->m_transfers) curl_multi_wakeup(transfer);
 }
 
+void CCanceller::Wake() {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  for (CURLM* transfer : m_impl->m_transfers) curl_multi_wakeup(transfer);
+}
+
 bool CCanceller::IsCancelled() const {
   std::lock_guard<std::mutex> lock(m_impl->m_mutex);
   return m_impl->m_cancelled;

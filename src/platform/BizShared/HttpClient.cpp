@@ -151,6 +151,7 @@ CURLcode HttpClient::Lane::Drive() {
     if (curl_multi_perform(m_multi, &running) != CURLM_OK) return CURLE_FAILED_INIT;
     if (m_request->canceller && m_request->canceller->IsCancelled()) return CURLE_ABORTED_BY_CALLBACK;
     if (!HandOut()) return CURLE_WRITE_ERROR;
+    if (m_request->idle) m_request->idle();
     if (running == 0) break;
     milliseconds wait = kLongestWait;
     if (m_request->silence.count() > 0) {

@@ -26,6 +26,7 @@ struct HttpRequest {
   // Gets the body of a 200 piece by piece, on the calling thread, and ends the exchange by false. Empty: the body is
   // collected.
   std::function<bool(std::string_view)> receive;
+  std::function<void()> idle;  // called between waits, on the calling thread; may be empty
   details::CCanceller* canceller = nullptr;
 };
 

@@ -11,6 +11,7 @@
 
 #include "BizShared/HttpClient.h"
 #include "BizShared/UserCommonManager.h"
+#include "BizShared/details/EditWatch.h"
 #include "BizShared/details/Exchange.h"
 #include "NetLink/RapidJsonProto.h"
 #include "VantBase/SingletonImpl.h"
@@ -62,6 +63,27 @@ bool IsSessionRefused(const HttpReply& reply) {
          envelope.get_int_v("/ResponseStatus/ErrorCode", -1) == 2;
 }
 
+// One edit, from before it is sent until its end, however it ends.
+class WatchedEdit {
+ public:
+  WatchedEdit(std::shared_ptr<details::IEditWatch> watch, const NetLink::CClientSendInfo& send)
+      : m_watch(std::move(watch)), m_send(send), m_ticket(m_watch ? m_watch->OnEditBegins() : 0) {}
+  WatchedEdit(const WatchedEdit&) = delete;
+  WatchedEdit& operator=(const WatchedEdit&) = delete;
+  ~WatchedEdit() {
+    if (m_watch) m_watch->OnEditEnds(m_ticket, m_send, m_answer);
+  }
+  void Answered(const NetLink::CClientRecvInfo& recv) {
+    if (m_watch) m_answer = recv.GetVal_Receive_Data();
+  }
+
+ private:
+  const std::shared_ptr<details::IEditWatch> m_watch;
+  const NetLink::CClientSendInfo& m_send;
+  const uint64_t m_ticket;
+  std::string m_answer;
+};
+
 bool Fail(NetLink::CClientRecvInfo& recv, int mainError, int subError) {
   recv.SetVal_Receive_Data({});
   recv.SetVal_Error_code(ErrorCode(mainError, subError, 0, {}));
@@ -78,6 +100,7 @@ class CNetCommManager::Impl {
   std::string m_caFile;
   std::string m_token;
   Transport m_transport;
+  std::weak_ptr<details::IEditWatch> m_watch;
 };
 
 CNetCommManager::CNetCommManager() : m_impl(std::make_unique<Impl>()) {
@@ -85,11 +108,27 @@ CNetCommManager::CNetCommManager() : m_impl(std::make_unique<Impl>()) {
 }
 CNetCommManager::~CNetCommManager() = default;
 
+details::IEditWatch::~IEditWatch() = default;
+
 bool CNetCommManager::ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv,
                                     std::shared_ptr<NetLink::CClientSendInfo> send, unsigned int /*reserved*/) {
   if (!recv || !send) return false;
   details::Exchange exchange;
-  return Send(*recv, *send, exchange);
+  if (send->GetVal_Method() == "GET") return Send(*recv, *send, exchange);
+  WatchedEdit edit(GetEditWatch(), *send);
+  if (!Send(*recv, *send, exchange)) return false;
+  edit.Answered(*recv);
+  return true;
+}
+
+void CNetCommManager::SetEditWatch(std::weak_ptr<details::IEditWatch> watch) {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  m_impl->m_watch.swap(watch);
+}
+
+std::shared_ptr<details::IEditWatch> CNetCommManager::GetEditWatch() const {
+  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  return m_impl->m_watch.lock();
 }
 
 bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send,
@@ -116,6 +155,7 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   request.timeout = TimeoutOf(send, exchange);
   request.silence = exchange.silence;
   request.receive = exchange.receive;
+  request.idle = exchange.idle;
   request.canceller = exchange.canceller;
   HttpReply reply = HttpClient::Instance().Perform(request);
   // The refused request had no effect, so that it may be repeated whatever its method.

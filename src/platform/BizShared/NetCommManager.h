@@ -18,7 +18,8 @@ namespace BizShared {
 
 namespace details {
 struct Exchange;
-}
+class IEditWatch;
+}  // namespace details
 
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
 class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
@@ -35,8 +36,11 @@ class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommMana
   bool ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv, std::shared_ptr<NetLink::CClientSendInfo> send,
                      unsigned int reserved);
 
-  // For the platform's own libraries: ClientSynSend with more say.
+  // For the platform's own libraries: ClientSynSend with more say, and unwatched.
   bool Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send, details::Exchange& exchange);
+  // For the platform's own libraries: who hears of edits, as long as somebody else keeps it.
+  void SetEditWatch(std::weak_ptr<details::IEditWatch> watch);
+  std::shared_ptr<details::IEditWatch> GetEditWatch() const;
 
   // Host set-up. The server's root, "http://HOST:PORT" or "https://HOST:PORT", and a file of CA certificates (empty:
   // the system's).

@@ -3,6 +3,7 @@
 
 #include <rapidjson/reader.h>
 
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -68,7 +69,10 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
     bool fits = std::abs(value) < 9e9;
     return fits ? Number(static_cast<int64_t>(value)) : Scalar(std::nullopt);
   }
-  bool String(const char* text, rapidjson::SizeType length, bool) { return Scalar(ToNumber({text, length})); }
+  bool String(const char* text, rapidjson::SizeType length, bool) {
+    if (m_key == kChangeNumber) return TakeChangeNumber(ToChangeNumber({text, length}));
+    return Scalar(ToNumber({text, length}));
+  }
   bool Key(const char* name, rapidjson::SizeType length, bool) {
     if (m_elementDepth == 0 || m_depth == m_elementDepth) m_key.assign(name, length);
     return true;
@@ -109,6 +113,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   }
 
  private:
+  static constexpr std::string_view kChangeNumber = "ChangeNumber";
   // Names on the way: the root itself, "ResponseStatus", "Data", the list, the elements.
   static constexpr size_t kPathLength = 5;
 
@@ -150,7 +155,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
     m_elementBegin = m_stream.Tell();
     m_memberBegin = m_elementBegin + 1;
     m_element = {};
-    m_idSeen = m_methodSeen = false;
+    m_idSeen = m_methodSeen = m_numberSeen = false;
     m_kept.clear();
     m_keptFrom = m_elementBegin;
   }
@@ -165,7 +170,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   void EndMember(size_t closing) {
     if (m_depth != m_elementDepth) return;
     size_t end = m_stream.Tell() + closing;
-    if (m_key == "Method") DropMember(end);
+    if (m_key == "Method" || m_key == kChangeNumber) DropMember(end);
     m_memberBegin = end;
   }
   // Leaves the member out together with the comma that parted it from the one before; the first member, which has none,
@@ -179,7 +184,21 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
     if (next != std::string::npos && m_text[next] == ',') m_keptFrom = next + 1;
   }
 
+  bool TakeChangeNumber(std::optional<uint64_t> number) {
+    if (m_elementDepth != 0) {
+      if (m_depth != m_elementDepth) return true;
+      if (!std::exchange(m_numberSeen, true)) m_element.number = number.value_or(0);
+      EndMember(0);
+    } else if (m_depth == 3 && m_matched == 3 && !std::exchange(m_listNumberSeen, true)) {
+      m_document.number = number.value_or(0);
+    }
+    return true;
+  }
+
   bool Scalar(std::optional<int64_t> number) {
+    if (m_key == kChangeNumber) {
+      return TakeChangeNumber(number && *number > 0 ? std::optional<uint64_t>(*number) : std::nullopt);
+    }
     if (m_elementDepth != 0) {
       if (m_depth != m_elementDepth) return true;
       if (m_key == "ID" && !std::exchange(m_idSeen, true) && number) m_element.id = static_cast<uint32_t>(*number);
@@ -207,10 +226,12 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   bool m_listSeen = false;
   bool m_moduleSeen = false;
   bool m_codeSeen = false;
+  bool m_listNumberSeen = false;
   // Of the element that is being read.
   ListElement m_element;
   bool m_idSeen = false;
   bool m_methodSeen = false;
+  bool m_numberSeen = false;
   size_t m_elementBegin = 0;
   size_t m_memberBegin = 0;  // where the last member ended, the comma not included
   size_t m_keptFrom = 0;     // from here on the element's text is still to be kept
@@ -230,9 +251,18 @@ bool ReadListDocument(const std::string& text, const ListNames& names, bool with
   return !result.IsError() && stream.Tell() >= text.size();
 }
 
-std::string ListHead(const ListNames& names) {
-  return std::string(R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{")") +
-         names.list + "\":{\"" + names.element + "\":[";
+std::optional<uint64_t> ToChangeNumber(std::string_view text) {
+  uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stopped, error] = std::from_chars(text.data(), end, number);
+  if (text.empty() || error != std::errc() || stopped != end) return std::nullopt;
+  return number;
+}
+
+std::string ListHead(const ListNames& names, uint64_t number) {
+  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{)" +
+         (number == 0 ? std::string() : R"("ChangeNumber":")" + std::to_string(number) + R"(",)") + '"' + names.list +
+         R"(":{")" + names.element + R"(":[)";
 }
 
 std::string ListTail() {

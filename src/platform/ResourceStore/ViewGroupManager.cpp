@@ -7,9 +7,8 @@
 
 #include "BizShared/NetCommManager.h"
 #include "ResourceStore/ElementStore.h"
-#include "ResourceStore/UpdateCallbackSlot.h"
 #include "ResourceStore/ViewSync.h"
-#include "ResourceStore/details/ResourceTexts.h"
+#include "ResourceStore/details/ChangeRelay.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
 
@@ -17,9 +16,22 @@ template class Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
 
 namespace ResourceStore {
 
+namespace {
+
+using details::ListKind;
+
+details::DownloadedList AsDownloaded(const std::string& text, const details::ListNames& names) {
+  details::ListDocument document;
+  if (!details::ReadListDocument(text, names, false, document)) document = {};
+  return {text, document.number, document.number != 0};
+}
+
+}  // namespace
+
 // m_mutex guards m_sync and m_stopping; it is not held while the thread is waited for. The rest guards itself.
 class CViewGroupManager::Impl {
  public:
+  Impl() { BizShared::CNetCommManager::Instance().SetEditWatch(m_relay); }
   ~Impl() { Stop(); }
 
   void Start() {
@@ -27,8 +39,8 @@ class CViewGroupManager::Impl {
     if (m_sync && m_sync->IsThisThread()) return;
     m_stopped.wait(lock, [this] { return !m_stopping; });
     if (m_sync) return;
-    m_texts.Clear();
-    m_sync = std::make_unique<ViewSync>(ViewSync::Targets{m_texts, m_viewsCallback, m_groupsCallback});
+    m_relay->Clear();
+    m_sync = std::make_unique<ViewSync>(*m_relay);
   }
 
   void Stop() {
@@ -48,12 +60,10 @@ class CViewGroupManager::Impl {
       m_stopping = false;
       m_stopped.notify_all();
     }
-    m_texts.Clear();
+    m_relay->Clear();
   }
 
-  details::ResourceTexts m_texts;
-  UpdateCallbackSlot m_viewsCallback;
-  UpdateCallbackSlot m_groupsCallback;
+  const std::shared_ptr<details::ChangeRelay> m_relay = std::make_shared<details::ChangeRelay>();
 
  private:
   const std::shared_ptr<ElementStore> m_elements = ElementStore::Shared();
@@ -67,23 +77,23 @@ CViewGroupManager::CViewGroupManager() : m_impl(std::make_unique<Impl>()) {}
 CViewGroupManager::~CViewGroupManager() = default;
 
 bool CViewGroupManager::IsViewDownloadSuccess() const {
-  return m_impl->m_texts.IsFinished();
+  return m_impl->m_relay->IsFinished();
 }
 
 void CViewGroupManager::GetViewsData(std::string& data) const {
-  data = m_impl->m_texts.Views();
+  data = m_impl->m_relay->Text(ListKind::Views);
 }
 
 void CViewGroupManager::GetViewGroupsData(std::string& data) const {
-  data = m_impl->m_texts.Groups();
+  data = m_impl->m_relay->Text(ListKind::Groups);
 }
 
 void CViewGroupManager::SetViewsUpdateCallback(UpdateCallback callback) {
-  m_impl->m_viewsCallback.Set(std::move(callback));
+  m_impl->m_relay->Slot(ListKind::Views).Set(std::move(callback));
 }
 
 void CViewGroupManager::SetViewGroupsUpdateCallback(UpdateCallback callback) {
-  m_impl->m_groupsCallback.Set(std::move(callback));
+  m_impl->m_relay->Slot(ListKind::Groups).Set(std::move(callback));
 }
 
 void CViewGroupManager::Start() {
@@ -103,15 +113,29 @@ void CViewGroupManager::Stop() {
 }
 
 void CViewGroupManager::SetDownloadedData(const std::string& groups, const std::string& views, bool finished) {
-  m_impl->m_texts.Set(groups, views, finished);
+  m_impl->m_relay->Set(AsDownloaded(groups, details::kViewGroupNames), AsDownloaded(views, details::kViewNames),
+                       finished);
+}
+
+void CViewGroupManager::SetDownloadedAgain(const std::string& groups, const std::string& views) {
+  m_impl->m_relay->DownloadedAgain(AsDownloaded(groups, details::kViewGroupNames),
+                                   AsDownloaded(views, details::kViewNames));
+}
+
+void CViewGroupManager::TakeChange(unsigned long long number, const std::string& event, const std::string& data) {
+  m_impl->m_relay->TakeEvent(number, event, data);
+}
+
+void CViewGroupManager::TellDueChanges() {
+  m_impl->m_relay->TellDue();
 }
 
 void CViewGroupManager::NotifyViewsUpdate(const std::string& data) {
-  m_impl->m_viewsCallback.Call(data);
+  m_impl->m_relay->Slot(ListKind::Views).Call(data);
 }
 
 void CViewGroupManager::NotifyViewGroupsUpdate(const std::string& data) {
-  m_impl->m_groupsCallback.Call(data);
+  m_impl->m_relay->Slot(ListKind::Groups).Call(data);
 }
 
 }  // namespace ResourceStore

@@ -45,6 +45,13 @@ class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewG
 
   // Seams for tests, used without Start: the downloaded texts and whether the download counts as finished.
   void SetDownloadedData(const std::string& groups, const std::string& views, bool finished);
+  // As if the lists had been downloaded again after changes were lost: calls back with the difference.
+  void SetDownloadedAgain(const std::string& groups, const std::string& views);
+  // As if the change stream had brought an event of that number and type: the texts take it, and it is called back if
+  // it is to be, on the calling thread.
+  void TakeChange(unsigned long long number, const std::string& event, const std::string& data);
+  // Calls back what the ends of edits have left to be told, as the thread does as soon as it can.
+  void TellDueChanges();
   // Calls back with a change document as if it had arrived, on the calling thread. The texts stay as they are.
   void NotifyViewsUpdate(const std::string& data);
   void NotifyViewGroupsUpdate(const std::string& data);

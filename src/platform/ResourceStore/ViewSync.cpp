@@ -2,7 +2,6 @@
 #include "ResourceStore/ViewSync.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -26,14 +25,6 @@ constexpr int kWarning = 4;
 constexpr const char* kModule = "Platform";
 constexpr int kGone = 410;
 
-std::optional<uint64_t> ToNumber(const std::string& text) {
-  uint64_t number = 0;
-  const char* end = text.data() + text.size();
-  auto [stopped, error] = std::from_chars(text.data(), end, number);
-  if (text.empty() || error != std::errc() || stopped != end) return std::nullopt;
-  return number;
-}
-
 NetLink::CClientSendInfo Get(const std::string& name) {
   NetLink::CClientSendInfo send;
   send.SetVal_Method("GET");
@@ -47,7 +38,7 @@ milliseconds ViewSync::Backoff::Next() {
   return std::exchange(m_next, std::min(m_next * 2, m_longest));
 }
 
-ViewSync::ViewSync(const Targets& targets) : m_targets(targets), m_thread([this] { Run(); }) {}
+ViewSync::ViewSync(details::ChangeRelay& relay) : m_relay(relay), m_thread([this] { Run(); }) {}
 
 ViewSync::~ViewSync() {
   End();
@@ -62,6 +53,7 @@ void ViewSync::End() {
   } else {
     m_thread.join();
   }
+  m_relay.SetSleeper(nullptr);
 }
 
 bool ViewSync::IsThisThread() const {
@@ -70,9 +62,10 @@ bool ViewSync::IsThisThread() const {
 
 void ViewSync::Run() {
   m_threadId = std::this_thread::get_id();
+  m_relay.SetSleeper(&m_canceller);
   Lists lists;
   if (Download(lists)) {
-    m_targets.texts.Set(std::move(lists.groups.text), std::move(lists.views.text), true);
+    m_relay.Downloaded(std::move(lists.groups), std::move(lists.views));
     Follow();
   }
   m_threadId = std::thread::id();  // the next thread may get the same
@@ -83,11 +76,7 @@ void ViewSync::Run() {
 bool ViewSync::Download(Lists& lists) {
   const auto fetchGroups = [&] { return FetchList("V0/ViewGroups", details::kViewGroupNames, lists.groups); };
   if (!FetchAreas() || !fetchGroups() || !FetchList("V0/Views", details::kViewNames, lists.views)) return false;
-  if (lists.groups.number < lists.views.number && !fetchGroups()) return false;
-  m_groupsNumber = lists.groups.number;
-  m_viewsNumber = lists.views.number;
-  m_lastSeen = std::min(m_groupsNumber, m_viewsNumber);
-  return true;
+  return lists.groups.number >= lists.views.number || fetchGroups();
 }
 
 // Attempts until it succeeds; false when cancelled.
@@ -130,7 +119,7 @@ bool ViewSync::FetchAreas() {
   });
 }
 
-bool ViewSync::FetchList(const char* name, const details::ListNames& names, List& list) {
+bool ViewSync::FetchList(const char* name, const details::ListNames& names, details::DownloadedList& list) {
   return Repeat(name, [&](ErrorCode& error) {
     NetLink::CClientSendInfo send = Get(name);
     send.SetVal_Timeout(static_cast<unsigned long>(m_timings.listTimeout.count()));
@@ -147,12 +136,13 @@ bool ViewSync::FetchList(const char* name, const details::ListNames& names, List
     error = ErrorCode(envelope.errorModule, envelope.errorCode, 1, {});
     if (envelope.errorCode != 0) return false;
     // Without the number the changes after this list could not be told from those before it.
-    std::optional<uint64_t> number = ToNumber(exchange.resourceSequence);
+    std::optional<uint64_t> number = details::ToChangeNumber(exchange.resourceSequence);
     if (!number) {
       error = ErrorCode(-1, -1, 1, {});
       return false;
     }
     list.number = *number;
+    list.isNumbered = envelope.number != 0;
     return true;
   });
 }
@@ -164,6 +154,7 @@ void ViewSync::Follow() {
     StreamEnd end = FollowOnce(backoff);
     if (m_canceller.IsCancelled()) return;
     if (end == StreamEnd::DownloadAgain && !DownloadAgain()) return;
+    m_relay.TellDue();
     if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
     if (!m_canceller.Pause(backoff.Next())) return;
   }
@@ -176,6 +167,7 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   Exchange exchange;
   exchange.canceller = &m_canceller;
   exchange.silence = m_timings.silence;
+  exchange.idle = [this] { m_relay.TellDue(); };
   exchange.receive = [&](std::string_view piece) {
     parser.Feed(piece, events);
     for (const ChangeEvent& event : events) {
@@ -187,12 +179,12 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   };
   NetLink::CClientRecvInfo recv;
   bool answered =
-      CNetCommManager::Instance().Send(recv, Get("V0/Changes?After=" + std::to_string(m_lastSeen)), exchange);
+      CNetCommManager::Instance().Send(recv, Get("V0/Changes?After=" + std::to_string(m_relay.Position())), exchange);
   if (m_canceller.IsCancelled()) return end;
   if (exchange.status == kGone) end = StreamEnd::DownloadAgain;
   ErrorCode error = recv.GetVal_Error_code();
   Vant::Base::details::IOrlFormatLog(kWarning, kModule, "The change stream ended after change %llu (HTTP %d, %d-%d)",
-                                     static_cast<unsigned long long>(m_lastSeen), exchange.status,
+                                     static_cast<unsigned long long>(m_relay.Position()), exchange.status,
                                      answered ? 0 : error.GetMainError(), answered ? 0 : error.GetSubError());
   return end;
 }
@@ -203,43 +195,18 @@ bool ViewSync::TakeEvent(const ChangeEvent& event, const std::string& token, Str
     end = StreamEnd::DownloadAgain;
     return false;
   }
-  std::optional<uint64_t> number = event.id ? ToNumber(*event.id) : std::nullopt;
-  if (!number || *number <= m_lastSeen) return true;
+  std::optional<uint64_t> number = event.id ? details::ToChangeNumber(*event.id) : std::nullopt;
+  if (!number || *number <= m_relay.Position()) return true;
   // The server tells a session's own edits by its token: once that was renewed, ask again with the new one.
   if (CNetCommManager::Instance().GetToken() != token) return false;
-  m_lastSeen = *number;
-  Deliver(event);
+  m_relay.TakeEvent(*number, event.type, event.data);
   return true;
 }
 
-// A document that cannot be merged is passed on all the same: what it means is the receiver's to say.
-void ViewSync::Deliver(const ChangeEvent& event) {
-  bool ownViews = event.type == "OwnViews";
-  bool ownGroups = event.type == "OwnViewGroups";
-  if (ownViews || event.type == "Views") {
-    if (m_lastSeen <= m_viewsNumber) return;
-    m_targets.texts.ApplyViews(event.data);
-    if (!ownViews) m_targets.viewsCallback.Call(event.data);
-  } else if (ownGroups || event.type == "ViewGroups") {
-    if (m_lastSeen <= m_groupsNumber) return;
-    m_targets.texts.ApplyGroups(event.data);
-    if (!ownGroups) m_targets.groupsCallback.Call(event.data);
-  }
-}
-
-// Views attach to groups that are there, and groups go after what they held: hence the order of the calls.
 bool ViewSync::DownloadAgain() {
   Lists lists;
   if (!Download(lists)) return false;
-  details::ResourceList::Difference groups, views;
-  m_targets.texts.Replace(std::move(lists.groups.text), std::move(lists.views.text), groups, views);
-  auto call = [this](UpdateCallbackSlot& slot, const std::string& document) {
-    if (!document.empty() && !m_canceller.IsCancelled()) slot.Call(document);
-  };
-  call(m_targets.groupsCallback, groups.present);
-  call(m_targets.viewsCallback, views.removed);
-  call(m_targets.viewsCallback, views.present);
-  call(m_targets.groupsCallback, groups.removed);
+  m_relay.DownloadedAgain(std::move(lists.groups), std::move(lists.views));
   return true;
 }
 

@@ -11,15 +11,15 @@ namespace core_test {
 namespace {
 
 using namespace QorviViewPlugin;
-using Reader = bool (*)(const std::string&, ErrorCode&, std::vector<ViewInfo>&);
+using Reader = bool (*)(const std::string&, ErrorCode&, ViewList&);
 
 // Everything that a reader makes of a text.
 std::string Outcome(Reader read, const std::string& text) {
   ErrorCode error;
-  std::vector<ViewInfo> views(1);
-  std::string outcome = read(text, error, views) ? "read " : "refused ";
-  outcome += Text(error);
-  for (const ViewInfo& view : views) {
+  ViewList list{std::vector<ViewInfo>(1)};
+  std::string outcome = read(text, error, list) ? "read " : "refused ";
+  outcome += Text(error) + " up to " + std::to_string(list.completeUpTo);
+  for (const ViewInfo& view : list.views) {
     outcome += "\n" + Difference(ViewInfo(), view);
     for (const ViewPage& page : view.vcPages) {
       for (const CameraGridStruct& window : page.vcWindows) outcome += "\n  " + Difference(CameraGridStruct(), window);

@@ -20,6 +20,8 @@ class BIZSHARED_API CCanceller {
 
   void Cancel();
   bool IsCancelled() const;
+  // Has what runs with it call its `idle` soon.
+  void Wake();
   // Sleeps that long; false, and at once, when cancelled.
   bool Pause(std::chrono::milliseconds duration);
 

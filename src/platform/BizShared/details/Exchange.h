@@ -21,6 +21,8 @@ struct Exchange {
   // whole request then, only for silence. Must not throw. Empty: the body is collected in the reply record.
   std::function<bool(std::string_view)> receive;
   std::chrono::milliseconds silence{0};  // 0: no limit
+  // Called on the calling thread now and then while the request waits, and soon after CCanceller::Wake. Must not throw.
+  std::function<void()> idle;
 
   // Out.
   std::string token;             // that the request was last sent with, from before it is sent; see asUser

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ResourceStore/Export.h"
@@ -23,12 +24,14 @@ inline constexpr ListNames kViewGroupNames{"ViewGroupList", "ViewGroup"};
 struct ListElement {
   std::optional<uint32_t> id;  // empty when the element has none that is a number
   int method = 0;              // 0 added, 1 changed, 2 removed; others may occur
-  std::string text;            // the element as it stood in the document, without its "Method"
+  uint64_t number = 0;         // "ChangeNumber": of the object's last change; 0 without one
+  std::string text;            // the element as it stood in the document, without its "Method" and "ChangeNumber"
 };
 
 struct ListDocument {
   int errorModule = -1;
   int errorCode = -1;
+  uint64_t number = 0;  // of the last change that the list holds; 0 where it does not say
   std::vector<ListElement> elements;
 };
 
@@ -38,8 +41,11 @@ struct ListDocument {
 RESOURCESTORE_API bool ReadListDocument(const std::string& text, const ListNames& names, bool withElements,
                                         ListDocument& document);
 
-// The envelope of a list: what stands before and after its elements.
-std::string ListHead(const ListNames& names);
+// A number of a change, as documents and headers hold it: decimal digits and nothing else.
+RESOURCESTORE_API std::optional<uint64_t> ToChangeNumber(std::string_view text);
+
+// The envelope of a list: what stands before and after its elements. Number 0: the list does not say how far it goes.
+std::string ListHead(const ListNames& names, uint64_t number = 0);
 std::string ListTail();
 
 }  // namespace ResourceStore::details

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ResourceStore/details/ResourceTexts.h"
+#include "ResourceStore/details/ResourceList.h"
 
 #include <utility>
 
@@ -9,6 +9,15 @@ namespace {
 
 constexpr size_t kCompactFrom = 64;
 
+std::string IdText(uint32_t id) {
+  return "{\"ID\":" + std::to_string(id) + "}";
+}
+
+// Behind another member; nothing for 0.
+void AppendNumber(std::string& text, uint64_t number) {
+  if (number != 0) text += ",\"ChangeNumber\":\"" + std::to_string(number) + '"';
+}
+
 class DocumentWriter {
  public:
   explicit DocumentWriter(const ListNames& names) : m_names(names) {}
@@ -17,8 +26,9 @@ class DocumentWriter {
     m_text += element;
   }
   // `element` has members: at least its ID.
-  void Add(std::string_view element, int method) {
+  void Add(std::string_view element, uint64_t number, int method) {
     Add(element.substr(0, element.size() - 1));
+    AppendNumber(m_text, number);
     m_text += ",\"Method\":" + std::to_string(method) + "}";
   }
   std::string Finish() {
@@ -35,10 +45,11 @@ class DocumentWriter {
 
 std::shared_ptr<const std::string> ResourceList::Text() {
   if (m_text || !m_split) return m_text;
-  std::string head = ListHead(m_names);
+  constexpr size_t kNumberRoom = 40;
+  std::string head = ListHead(m_names, m_saysNumber ? m_number : 0);
   std::string tail = ListTail();
   size_t length = head.size() + tail.size();
-  for (const Element& element : m_elements) length += element.text.size() + 1;
+  for (const Element& element : m_elements) length += element.text.size() + 1 + (element.number != 0 ? kNumberRoom : 0);
   std::string text;
   text.reserve(length);
   text += head;
@@ -47,60 +58,83 @@ std::shared_ptr<const std::string> ResourceList::Text() {
     if (!element.present) continue;
     if (!std::exchange(first, false)) text += ',';
     text += element.text;
+    if (element.number == 0) continue;
+    text.pop_back();
+    AppendNumber(text, element.number);
+    text += '}';
   }
   text += tail;
   m_text = std::make_shared<const std::string>(std::move(text));
   return m_text;
 }
 
-void ResourceList::Set(std::string reply) {
+void ResourceList::Set(std::string reply, uint64_t number) {
   Clear();
+  m_number = number;
   m_text = std::make_shared<const std::string>(std::move(reply));
 }
 
 void ResourceList::Clear() {
   m_text.reset();
   m_split = false;
+  m_saysNumber = false;
+  m_number = 0;
   m_elements.clear();
   m_index.clear();
   m_removed = 0;
 }
 
-bool ResourceList::Apply(const std::string& change) {
+bool ResourceList::Apply(const std::string& change, uint64_t number, ListElement& element) {
+  m_number = number;
   ListDocument document;
   if (!ReadListDocument(change, m_names, true, document) || document.errorCode != 0) return false;
   Split();
-  for (const ListElement& element : document.elements) {
-    if (!element.id) continue;
-    if (element.method == 2) {
-      Remove(*element.id);
-    } else if (element.method == 0 || element.method == 1) {
-      Append(element);
+  for (const ListElement& changed : document.elements) {
+    if (!changed.id) continue;
+    if (changed.method == 2) {
+      Remove(*changed.id);
+    } else if (changed.method == 0 || changed.method == 1) {
+      Append(changed);
     }
   }
   m_text.reset();
+  if (!document.elements.empty()) element = std::move(document.elements.back());
   return true;
 }
 
-ResourceList::Difference ResourceList::DifferenceTo(ResourceList& newer) {
+ResourceList::Difference ResourceList::DifferenceTo(ResourceList& newer, Numbers numbers) {
   Split();
   newer.Split();
+  const bool keeps = numbers == Numbers::Kept;
   DocumentWriter present(m_names);
   for (const Element& element : newer.m_elements) {
     if (!element.present || !element.id) continue;
     auto old = m_index.find(*element.id);
-    if (old == m_index.end()) {
-      present.Add(element.text, 0);
-    } else if (m_elements[old->second].text != element.text) {
-      present.Add(element.text, 1);
-    }
+    if (old != m_index.end() && m_elements[old->second].text == element.text) continue;
+    present.Add(element.text, keeps ? element.number : 0, old == m_index.end() ? 0 : 1);
   }
   DocumentWriter removed(m_names);
   for (const Element& element : m_elements) {
     if (!element.present || !element.id || newer.m_index.contains(*element.id)) continue;
-    removed.Add("{\"ID\":" + std::to_string(*element.id) + "}", 2);
+    removed.Add(IdText(*element.id), keeps && newer.m_saysNumber ? newer.m_number : 0, 2);
   }
   return {present.Finish(), removed.Finish()};
+}
+
+std::string ResourceList::StateOf(uint32_t id, int method) {
+  Split();
+  DocumentWriter state(m_names);
+  const auto place = m_index.find(id);
+  if (place == m_index.end()) {
+    if (m_saysNumber) state.Add(IdText(id), m_number, 2);
+  } else if (const Element& element = m_elements[place->second]; element.number != 0) {
+    state.Add(element.text, element.number, method);
+  }
+  return state.Finish();
+}
+
+std::string ResourceList::Nothing() const {
+  return ListHead(m_names) + ListTail();
 }
 
 void ResourceList::Split() {
@@ -108,6 +142,7 @@ void ResourceList::Split() {
   m_split = true;
   ListDocument document;
   if (!m_text || !ReadListDocument(*m_text, m_names, true, document)) return;
+  m_saysNumber = document.number != 0;
   m_elements.reserve(document.elements.size());
   m_index.reserve(document.elements.size());
   for (const ListElement& element : document.elements) Append(element);
@@ -117,11 +152,12 @@ void ResourceList::Append(const ListElement& element) {
   if (element.id) {
     auto [place, isNew] = m_index.try_emplace(*element.id, m_elements.size());
     if (!isNew) {
+      m_elements[place->second].number = element.number;
       m_elements[place->second].text = element.text;
       return;
     }
   }
-  m_elements.push_back({true, element.id, element.text});
+  m_elements.push_back({true, element.id, element.number, element.text});
 }
 
 void ResourceList::Remove(uint32_t id) {
@@ -142,61 +178,6 @@ void ResourceList::Compact() {
   }
   m_elements.resize(kept);
   m_removed = 0;
-}
-
-std::string ResourceTexts::Groups() const {
-  std::shared_ptr<const std::string> text;
-  {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    text = m_groups.Text();
-  }
-  return text ? *text : std::string();
-}
-
-std::string ResourceTexts::Views() const {
-  std::shared_ptr<const std::string> text;
-  {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    text = m_views.Text();
-  }
-  return text ? *text : std::string();
-}
-
-void ResourceTexts::Set(std::string groups, std::string views, bool finished) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  m_groups.Set(std::move(groups));
-  m_views.Set(std::move(views));
-  m_finished = finished;
-}
-
-void ResourceTexts::Clear() {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  m_groups.Clear();
-  m_views.Clear();
-  m_finished = false;
-}
-
-bool ResourceTexts::ApplyGroups(const std::string& change) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  return m_groups.Apply(change);
-}
-
-bool ResourceTexts::ApplyViews(const std::string& change) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  return m_views.Apply(change);
-}
-
-void ResourceTexts::Replace(std::string groups, std::string views, ResourceList::Difference& groupsDifference,
-                            ResourceList::Difference& viewsDifference) {
-  ResourceList newGroups(kViewGroupNames);
-  ResourceList newViews(kViewNames);
-  newGroups.Set(std::move(groups));
-  newViews.Set(std::move(views));
-  std::lock_guard<std::mutex> lock(m_mutex);
-  groupsDifference = m_groups.DifferenceTo(newGroups);
-  viewsDifference = m_views.DifferenceTo(newViews);
-  m_groups = std::move(newGroups);
-  m_views = std::move(newViews);
 }
 
 }  // namespace ResourceStore::details

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ResourceStore/details/ResourceTexts.h"
+#include "ResourceStore/details/ResourceList.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+
+namespace QorviViewPlugin {
+
+// Decides by number, not by arrival. Answers to the user's own edits, change documents and lists come in any order,
+// from any thread, once or twice; for each object the cache is to hold the newest of what was said about it. The rule:
+// what is not newer than what is known of that id, or than the list that was loaded, changes nothing and tells nothing.
+//
+// Only what the loaded list does not cover is remembered: an entry for each object that was changed since, for the last
+// ones that were removed, and the records that came before their object. What has no number is not subject to the rule.
+//
+// Of one kind of object, views or groups (Info is its record). Not thread-safe: the owner's lock is held from the
+// question until the cache has been changed and the answer noted.
+template <class Info>
+class ChangeOrder {
+ public:
+  // Whether a statement of that number would be news about the object.
+  bool IsNews(unsigned int id, ChangeNumber number) const { return number > NumberOf(id); }
+  bool IsRenameNews(unsigned int id, ChangeNumber number) const {
+    const auto rename = m_renames.find(id);
+    return IsNews(id, number) && (rename == m_renames.end() || number > rename->second.number);
+  }
+  // Of the object that is cached, or was removed, or of the load.
+  ChangeNumber NumberOf(unsigned int id) const {
+    const auto known = m_known.find(id);
+    return known == m_known.end() ? m_loaded : std::max(m_loaded, known->second.number);
+  }
+  // Whether nothing is known that could contradict a list.
+  bool IsBlank() const { return m_loaded == 0 && m_known.empty() && m_kept.empty() && m_renames.empty(); }
+
+  // The newest that is known of an object that is about to be cached: `info`, or the record that was kept for it, with
+  // the name that the user gave it since.
+  Info Newest(const Info& info, unsigned int id) const {
+    const auto kept = m_kept.find(id);
+    Info newest = kept != m_kept.end() && kept->second.nChangeNumber > info.nChangeNumber ? kept->second : info;
+    const auto rename = m_renames.find(id);
+    if (rename != m_renames.end() && rename->second.number > newest.nChangeNumber) newest.strName = rename->second.name;
+    return newest;
+  }
+
+  // Makes room for a note about that id, so that noting cannot fail once the cache has been changed.
+  void Reserve(unsigned int id) {
+    if (m_removed >= 2 * kRememberedRemovals) ForgetOldRemovals();
+    m_known.try_emplace(id);
+  }
+  // REQUIRES: Reserve(id) before.
+  void NoteCached(unsigned int id, ChangeNumber number) {
+    Note(id, {number, false});
+    m_kept.erase(id);
+    const auto rename = m_renames.find(id);
+    if (rename != m_renames.end() && rename->second.number <= number) m_renames.erase(rename);
+  }
+  void NoteRemoved(unsigned int id, ChangeNumber number) {
+    Note(id, {number, true});
+    m_kept.erase(id);
+    m_renames.erase(id);
+  }
+
+  // Keeps a record of an object that is not cached, until the object comes.
+  void Keep(unsigned int id, Info info) {
+    const auto [entry, isNew] = m_kept.try_emplace(id);
+    if (!isNew && entry->second.nChangeNumber >= info.nChangeNumber) return;
+    entry->second = std::move(info);
+    DropOldest(m_kept, kKeptRecords, [](const Info& kept) { return kept.nChangeNumber; });
+  }
+  // The user's own renaming says nothing of the rest of the record: older statements still count for that.
+  void NoteRename(unsigned int id, ChangeNumber number, std::string name) {
+    m_renames[id] = {number, std::move(name)};
+    DropOldest(m_renames, kRememberedRenames, [](const Rename& rename) { return rename.number; });
+  }
+
+  // A list that is complete up to that number has been loaded. 0, of a list without a number: nothing is known any
+  // more.
+  void StartFrom(ChangeNumber number) {
+    if (number == 0) return Forget();
+    m_loaded = std::max(m_loaded, number);
+    std::erase_if(m_known, [&](const auto& entry) { return entry.second.number <= m_loaded; });
+    m_removed = static_cast<size_t>(
+        std::count_if(m_known.begin(), m_known.end(), [](const auto& entry) { return entry.second.isRemoved; }));
+    std::erase_if(m_kept, [&](const auto& entry) { return entry.second.nChangeNumber <= m_loaded; });
+    std::erase_if(m_renames, [&](const auto& entry) { return entry.second.number <= m_loaded; });
+  }
+  void Forget() {
+    m_loaded = 0;
+    m_known.clear();
+    m_removed = 0;
+    m_kept.clear();
+    m_renames.clear();
+  }
+
+ private:
+  static constexpr size_t kRememberedRemovals = 16384;  // at most twice as many; then the older half goes
+  static constexpr size_t kKeptRecords = 64;
+  static constexpr size_t kRememberedRenames = 4096;
+
+  struct Known {
+    ChangeNumber number = 0;
+    bool isRemoved = false;
+  };
+  struct Rename {
+    ChangeNumber number = 0;
+    std::string name;
+  };
+
+  void Note(unsigned int id, Known known) {
+    Known& entry = m_known.at(id);
+    m_removed += known.isRemoved;
+    m_removed -= entry.isRemoved;
+    entry = known;
+  }
+  void ForgetOldRemovals() {
+    std::vector<ChangeNumber> numbers;
+    numbers.reserve(m_removed);
+    for (const auto& [id, known] : m_known) {
+      if (known.isRemoved) numbers.push_back(known.number);
+    }
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    std::nth_element(numbers.begin(), middle, numbers.end());
+    m_removed -= std::erase_if(
+        m_known, [&](const auto& entry) { return entry.second.isRemoved && entry.second.number <= *middle; });
+  }
+  template <class Table, class NumberOfEntry>
+  static void DropOldest(Table& table, size_t limit, NumberOfEntry numberOf) {
+    if (table.size() <= limit) return;
+    table.erase(std::min_element(table.begin(), table.end(), [&](const auto& one, const auto& other) {
+      return numberOf(one.second) < numberOf(other.second);
+    }));
+  }
+
+  ChangeNumber m_loaded = 0;
+  std::unordered_map<unsigned int, Known> m_known;
+  size_t m_removed = 0;  // entries of m_known
+  std::map<unsigned int, Info> m_kept;
+  std::map<unsigned int, Rename> m_renames;
+};
+
+}  // namespace QorviViewPlugin

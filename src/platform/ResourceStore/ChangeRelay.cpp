@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ResourceStore/details/ChangeRelay.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "BizShared/details/Canceller.h"
+#include "NetLink/RapidJsonProto.h"
+#include "ResourceStore/Reply.h"
+
+namespace ResourceStore::details {
+
+namespace {
+
+// What an answer says of the edit that it answers.
+struct EditAnswer {
+  std::optional<ListKind> kind;
+  std::optional<uint32_t> id;
+  uint64_t number = 0;
+};
+
+std::optional<uint32_t> ToId(std::string_view text) {
+  const std::optional<uint64_t> number = ToChangeNumber(text);
+  if (!number || *number > UINT32_MAX) return std::nullopt;
+  return static_cast<uint32_t>(*number);
+}
+
+// "V0/Views", "V0/ViewGroups/7" and the like.
+EditAnswer ReadEditAnswer(std::string_view url, const std::string& answer) {
+  EditAnswer edit;
+  if (answer.empty() || !url.starts_with(kPlatformUrl)) return edit;
+  url.remove_prefix(std::string_view(kPlatformUrl).size());
+  const std::string_view list = url.substr(0, url.find('/', sizeof "V0"));
+  if (list == "V0/Views") edit.kind = ListKind::Views;
+  if (list == "V0/ViewGroups") edit.kind = ListKind::Groups;
+  if (!edit.kind) return edit;
+  NetLink::CRapidJsonProto reply;
+  if (ReadEnvelope(answer, reply).GetSubError() != 0) return edit;
+  edit.number = ToChangeNumber(reply.get_v("/ResponseStatus/Data/ChangeNumber", "")).value_or(0);
+  if (url != list) {
+    edit.id = ToId(url.substr(list.size() + 1));
+  } else {
+    const bool isView = edit.kind == ListKind::Views;
+    const std::string path = isView ? "/ResponseStatus/Data/View/ID" : "/ResponseStatus/Data/ViewGroup/ID";
+    edit.id = ToId(reply.get_v(path, ""));
+  }
+  return edit;
+}
+
+}  // namespace
+
+std::string ChangeRelay::Text(ListKind kind) {
+  std::shared_ptr<const std::string> text;
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    text = ListOf(kind).Text();
+    for (auto& [number, edit] : m_answered) {
+      if (edit.object.kind == kind) edit.isToBeTold = true;
+    }
+  }
+  return text ? *text : std::string();
+}
+
+uint64_t ChangeRelay::Position() const {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  return m_position;
+}
+
+void ChangeRelay::Set(DownloadedList groups, DownloadedList views, bool finished) {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  ForgetEdits();
+  Replace(groups, views);
+  m_finished = finished;
+}
+
+void ChangeRelay::Downloaded(DownloadedList groups, DownloadedList views) {
+  bool beginsAnew = false;
+  std::string nothing[2];
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    beginsAnew = m_gaveNumbers && std::min(groups.number, views.number) < m_highest;
+    if (beginsAnew) m_highest = 0;
+    // Edits that were answered meanwhile are in the lists or will come on the stream.
+    std::erase_if(m_answered, [&](const auto& edit) {
+      return edit.first <= (edit.second.object.kind == ListKind::Views ? views : groups).number;
+    });
+    Replace(groups, views);
+    m_finished = true;
+  }
+  if (!beginsAnew) return;
+  Tell(ListKind::Groups, m_groups.Nothing());
+  Tell(ListKind::Views, m_views.Nothing());
+}
+
+// Views attach to groups that are there, and groups go after what they held: hence the order of the calls.
+void ChangeRelay::DownloadedAgain(DownloadedList groups, DownloadedList views) {
+  ResourceList::Difference groupsDifference, viewsDifference;
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const bool beginsAnew =
+        m_gaveNumbers && (groups.number < PositionOf(ListKind::Groups) || views.number < PositionOf(ListKind::Views));
+    const auto numbers = beginsAnew ? ResourceList::Numbers::LeftOut : ResourceList::Numbers::Kept;
+    const auto difference = [&](ListKind kind, const DownloadedList& list) {
+      ResourceList newer(kind == ListKind::Views ? kViewNames : kViewGroupNames);
+      newer.Set(list.text, list.number);
+      ResourceList::Difference result = ListOf(kind).DifferenceTo(newer, numbers);
+      if (beginsAnew && result.present.empty() && result.removed.empty()) result.present = newer.Nothing();
+      return result;
+    };
+    groupsDifference = difference(ListKind::Groups, groups);
+    viewsDifference = difference(ListKind::Views, views);
+    if (beginsAnew) {
+      ForgetEdits();
+      m_highest = 0;
+    }
+    NoteGap(ListKind::Groups, groups.number);
+    NoteGap(ListKind::Views, views.number);
+    Replace(groups, views);
+  }
+  Tell(ListKind::Groups, groupsDifference.present);
+  Tell(ListKind::Views, viewsDifference.removed);
+  Tell(ListKind::Views, viewsDifference.present);
+  Tell(ListKind::Groups, groupsDifference.removed);
+  TellDue();
+}
+
+// A document that cannot be merged is passed on all the same: what it means is the receiver's to say.
+void ChangeRelay::TakeEvent(uint64_t number, const std::string& type, const std::string& data) {
+  const bool isOwn = type.starts_with("Own");
+  const std::string_view listed = std::string_view(type).substr(isOwn ? 3 : 0);
+  const ListKind kind = listed == "Views" ? ListKind::Views : ListKind::Groups;
+  const bool isKnown = listed == "Views" || listed == "ViewGroups";
+  bool isTold = false;
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_position = std::max(m_position, number);
+    m_highest = std::max(m_highest, number);
+    if (isKnown && number > ListOf(kind).Number()) {
+      ListElement element;
+      ListOf(kind).Apply(data, number, element);
+      m_gaveNumbers = m_gaveNumbers || element.number != 0;
+      isTold = !isOwn || IsOwnToBeTold(number, kind, element);
+    }
+    m_answered.erase(m_answered.begin(), m_answered.upper_bound(number));
+  }
+  if (isTold) Tell(kind, data);
+}
+
+void ChangeRelay::TellDue() {
+  while (true) {
+    ListKind kind = ListKind::Groups;
+    std::string document;
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      if (m_due.empty()) return;
+      const Object object = m_due.front();
+      m_due.erase(m_due.begin());
+      kind = object.kind;
+      document = ListOf(kind).StateOf(object.id, object.method);
+    }
+    Tell(kind, document);
+  }
+}
+
+void ChangeRelay::SetSleeper(BizShared::details::CCanceller* sleeper) {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  m_sleeper = sleeper;
+}
+
+uint64_t ChangeRelay::OnEditBegins() {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  m_onTheirWay.insert(m_lastTicket + 1);
+  return ++m_lastTicket;
+}
+
+void ChangeRelay::OnEditEnds(uint64_t ticket, const NetLink::CClientSendInfo& send,
+                             const std::string& answer) noexcept {
+  EditAnswer edit;
+  try {
+    edit = ReadEditAnswer(send.GetVal_URL(), answer);
+  } catch (...) {
+    edit = {};  // want of memory: like an answer that was lost
+  }
+  std::lock_guard<std::mutex> lock(m_mutex);
+  m_onTheirWay.erase(ticket);
+  try {
+    if (edit.number != 0 && edit.id) Answer({*edit.kind, *edit.id}, edit.number);
+    EndTicket();
+  } catch (...) {
+    // Want of memory: the edit's event, or the one after it, is told.
+  }
+  if (!m_due.empty() && m_sleeper) m_sleeper->Wake();
+}
+
+uint64_t ChangeRelay::PositionOf(ListKind kind) {
+  return std::max(m_position, ListOf(kind).Number());
+}
+
+bool ChangeRelay::IsOwnToBeTold(uint64_t number, ListKind kind, const ListElement& element) {
+  const auto answered = m_answered.find(number);
+  if (answered != m_answered.end()) return answered->second.isToBeTold;
+  if (!element.id || element.number == 0) return false;  // such a server numbers no answers either
+  if (m_onTheirWay.empty()) return true;
+  m_unanswered.push_back({{kind, *element.id, element.method == 0 ? 0 : 1}, number, m_lastTicket + 1});
+  return false;
+}
+
+void ChangeRelay::Answer(const Object& object, uint64_t number) {
+  if (std::erase_if(m_unanswered, [&](const Unanswered& event) { return event.number == number; }) != 0) return;
+  if (number > PositionOf(object.kind)) {
+    m_answered[number] = {object};
+    if (m_answered.size() > kRememberedEdits) m_answered.erase(m_answered.begin());
+  } else if (IsInGap(object.kind, number)) {
+    m_due.push_back(object);
+  }
+}
+
+void ChangeRelay::EndTicket() {
+  const uint64_t oldest = m_onTheirWay.empty() ? m_lastTicket + 1 : *m_onTheirWay.begin();
+  m_due.reserve(m_due.size() + m_unanswered.size());
+  std::erase_if(m_unanswered, [&](const Unanswered& event) {
+    if (event.firstTicketAfter > oldest) return false;
+    m_due.push_back(event.object);
+    return true;
+  });
+}
+
+void ChangeRelay::Replace(DownloadedList& groups, DownloadedList& views) {
+  m_gaveNumbers = m_gaveNumbers || groups.isNumbered || views.isNumbered;
+  m_highest = std::max({m_highest, groups.number, views.number});
+  m_position = std::min(groups.number, views.number);
+  m_groups.Set(std::move(groups.text), groups.number);
+  m_views.Set(std::move(views.text), views.number);
+}
+
+void ChangeRelay::NoteGap(ListKind kind, uint64_t newNumber) {
+  if (newNumber <= PositionOf(kind)) return;
+  // The oldest give way: no edit is on its way for that long.
+  if (m_gaps.size() == kRememberedGaps) m_gaps.erase(m_gaps.begin());
+  m_gaps.push_back({kind, PositionOf(kind), newNumber});
+  std::erase_if(m_answered, [&](const auto& edit) {
+    if (edit.second.object.kind != kind || edit.first > newNumber) return false;
+    m_due.push_back(edit.second.object);
+    return true;
+  });
+}
+
+bool ChangeRelay::IsInGap(ListKind kind, uint64_t number) const {
+  return std::any_of(m_gaps.begin(), m_gaps.end(),
+                     [&](const Gap& gap) { return gap.kind == kind && number > gap.from && number <= gap.to; });
+}
+
+void ChangeRelay::ForgetEdits() {
+  m_answered.clear();
+  m_unanswered.clear();
+  m_gaps.clear();
+  m_due.clear();
+}
+
+void ChangeRelay::Tell(ListKind kind, const std::string& document) {
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (document.empty() || (m_sleeper && m_sleeper->IsCancelled())) return;
+  }
+  Slot(kind).Call(document);
+}
+
+}  // namespace ResourceStore::details

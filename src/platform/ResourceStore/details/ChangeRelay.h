@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+// For the platform's own tests, not for hosts.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "BizShared/details/EditWatch.h"
+#include "ResourceStore/Export.h"
+#include "ResourceStore/UpdateCallbackSlot.h"
+#include "ResourceStore/details/ResourceList.h"
+
+namespace BizShared::details {
+class CCanceller;
+}
+
+namespace ResourceStore::details {
+
+enum class ListKind { Groups, Views };
+
+struct DownloadedList {
+  std::string text;
+  uint64_t number = 0;      // of the last change contained
+  bool isNumbered = false;  // whether the text itself says so
+};
+
+// Both downloaded lists, kept up to date by the changes that the stream brings, and what of these the receivers are
+// told.
+//
+// The user's own edits are not told: the answer to each tells the sender. But four of them nobody else would tell, and
+// a receiver whose cache goes by number is told of them as of a colleague's:
+//  - an edit that had been answered when a list was handed out that did not hold it yet: the list may have replaced
+//  what
+//    the answer had said;
+//  - an edit that had been answered when a download that was made again passed its event over, and
+//  - one that is answered after such a download: the receiver hears what the new list says of that object, its absence
+//    included;
+//  - an edit whose answer was lost: no edit that was on its way when its event came was answered with its number.
+//
+// Any thread; m_mutex guards everything but the slots and is not held across calls. What is called back is called back
+// by whoever calls a function that says so: one thread at a time, lest documents overtake each other.
+class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
+ public:
+  UpdateCallbackSlot& Slot(ListKind kind) { return kind == ListKind::Views ? m_viewsSlot : m_groupsSlot; }
+
+  // Asked again and again without a pause, so that it takes no lock.
+  bool IsFinished() const { return m_finished; }
+  // The present list, empty before the first. What it does not hold yet of the answered edits will be told.
+  std::string Text(ListKind kind);
+  // The number of the last change that was taken.
+  uint64_t Position() const;
+
+  // Replaces everything, and tells nothing.
+  void Set(DownloadedList groups, DownloadedList views, bool finished);
+  void Clear() { Set({}, {}, false); }
+
+  // --- These call back.
+
+  // The first download of a run. Numbers that begin anew, another server's, are told as a document without any.
+  void Downloaded(DownloadedList groups, DownloadedList views);
+  // A download that was made again, because changes between had been lost: the difference is told.
+  void DownloadedAgain(DownloadedList groups, DownloadedList views);
+  // An event of the stream, by its "event:" and "data:". One that a list held already, or that is of no known type,
+  // only moves the position.
+  void TakeEvent(uint64_t number, const std::string& type, const std::string& data);
+  // What the ends of edits have left to be told.
+  void TellDue();
+
+  // --- Edits
+
+  // Who is woken when something is due; null: nobody.
+  void SetSleeper(BizShared::details::CCanceller* sleeper);
+  uint64_t OnEditBegins() override;
+  void OnEditEnds(uint64_t ticket, const NetLink::CClientSendInfo& send, const std::string& answer) noexcept override;
+
+ private:
+  static constexpr size_t kRememberedEdits = 65536;
+  static constexpr size_t kRememberedGaps = 16;
+
+  struct Object {
+    ListKind kind;
+    uint32_t id;
+    int method = 1;  // as which it is told: what the receiver does not have yet is added
+  };
+  struct Answered {
+    Object object;
+    bool isToBeTold = false;
+  };
+  struct Unanswered {  // its event came first
+    Object object;
+    uint64_t number;
+    uint64_t firstTicketAfter;
+  };
+  struct Gap {  // changes after the first number, up to the second, whose events a download passed over
+    ListKind kind;
+    uint64_t from, to;
+  };
+
+  // REQUIRES: m_mutex held, for all up to ForgetEdits.
+  ResourceList& ListOf(ListKind kind) { return kind == ListKind::Views ? m_views : m_groups; }
+  uint64_t PositionOf(ListKind kind);
+  bool IsOwnToBeTold(uint64_t number, ListKind kind, const ListElement& element);
+  void Answer(const Object& object, uint64_t number);
+  void EndTicket();
+  void Replace(DownloadedList& groups, DownloadedList& views);
+  void NoteGap(ListKind kind, uint64_t newNumber);
+  bool IsInGap(ListKind kind, uint64_t number) const;
+  void ForgetEdits();
+
+  void Tell(ListKind kind, const std::string& document);
+
+  UpdateCallbackSlot m_groupsSlot;
+  UpdateCallbackSlot m_viewsSlot;
+  std::atomic<bool> m_finished{false};
+
+  mutable std::mutex m_mutex;
+  ResourceList m_groups{kViewGroupNames};
+  ResourceList m_views{kViewNames};
+  uint64_t m_position = 0;
+  // Whether receivers were given numbers, and the highest that they may know; kept from run to run.
+  bool m_gaveNumbers = false;
+  uint64_t m_highest = 0;
+  std::map<uint64_t, Answered> m_answered;  // by number: edits whose events are still to come
+  std::vector<Unanswered> m_unanswered;
+  std::vector<Gap> m_gaps;
+  std::vector<Object> m_due;
+  std::set<uint64_t> m_onTheirWay;  // tickets
+  uint64_t m_lastTicket = 0;
+  BizShared::details::CCanceller* m_sleeper = nullptr;
+};
+
+}  // namespace ResourceStore::details
