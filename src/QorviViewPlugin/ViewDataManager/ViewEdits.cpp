@@ -33,12 +33,16 @@ bool CViewGroupManager::AddViewGroup(const ViewGroupInfo& info, unsigned int& ne
   ViewGroupInfo added = info;
   added.idViewGroup = newId;
   added.nChangeNumber = session.m_changeNumber;
-  WriteLock lock(m_groupLock);
-  if (added.nChangeNumber == 0) {
-    mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
-  } else if (m_groupOrder.IsNews(newId, added.nChangeNumber)) {
+  {
+    WriteLock lock(m_groupLock);
+    if (added.nChangeNumber == 0) {
+      mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
+      return true;
+    }
+    if (!m_groupOrder.IsNews(newId, added.nChangeNumber)) return true;
     PutViewGroup(added);
   }
+  AdoptViews(newId);
   return true;
 }
 

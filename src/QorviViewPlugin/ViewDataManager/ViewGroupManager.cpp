@@ -225,6 +225,18 @@ ViewGroupInfo CViewGroupManager::PutViewGroup(const ViewGroupInfo& info) {
   return newest;
 }
 
+void CViewGroupManager::AdoptViews(unsigned int idViewGroup) {
+  MutexLock order(m_viewOrderLock);
+  std::vector<std::shared_ptr<CView>> views;
+  {
+    ReadLock lock(m_viewLock);
+    for (const auto& [id, view] : mapViews) {
+      if (view->GetViewGroupID() == idViewGroup) views.push_back(view);
+    }
+  }
+  for (const auto& view : views) EnsureMember(view);
+}
+
 void CViewGroupManager::ApplyViewGroupChange(const ViewGroupInfo& change) {
   switch (change.nMethod) {
     case ChangeAdded:
@@ -250,15 +262,18 @@ void CViewGroupManager::ForgetViewGroupNumbers() {
 
 bool CViewGroupManager::InsertViewGroupToCache(const ViewGroupInfo& info) {
   ViewGroupInfo inserted = info;
+  bool adopts = false;
   {
     WriteLock lock(m_groupLock);
     if (!IsViewGroupNews(info.idViewGroup, info.nChangeNumber)) return true;
     if (info.nChangeNumber != 0) {
+      adopts = !FindViewGroup(info.idViewGroup);
       inserted = PutViewGroup(info);
     } else {
       mapViewGroups.emplace(info.idViewGroup, std::make_shared<CViewGroup>(info));
     }
   }
+  if (adopts) AdoptViews(info.idViewGroup);
   Notice notice =
       ChildNotice(inserted.idParent, NoticeChildAdded, ResourceData::ResourceTypeViewGroup, inserted.idViewGroup);
   notice.other_change_info = IntToString(inserted.enumViewType);
