@@ -27,42 +27,95 @@ ResourceStore::CViewGroupManager& Downloads() {
   return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
 }
 
-// Nothing may be thrown into the platform's thread: what an observer or want of memory throws ends that one step.
+// Nothing may be thrown into the platform's thread: want of memory ends that one step. Whether it came to its end.
 template <class Step>
-void Quietly(Step step) noexcept {
+bool Quietly(Step step) noexcept {
   try {
     step();
+    return true;
   } catch (...) {
+    return false;
   }
+}
+
+std::atomic<bool> s_bViewGroupInitFinish{false};
+std::atomic<bool> s_bViewInitFinish{false};
+
+// Views, or groups, as change documents and the platform's text hold them.
+struct ChangeKind {
+  bool (*apply)(const std::string& data);    // a change document; whether all of it
+  bool (*catchUp)(const std::string& data);  // with the platform's text; likewise
+  void (*fetch)(std::string& data);          // that text
+  const std::atomic<bool>& isLoaded;
+  std::atomic<bool> hasMissed{false};  // want of memory has kept a change from the cache
+};
+
+template <class Info>
+bool ApplyEach(const std::list<Info>& changes, void (CViewGroupManager::*apply)(const Info&)) {
+  bool areApplied = true;
+  for (const Info& change : changes) areApplied &= Quietly([&] { (Manager().*apply)(change); });
+  return areApplied;
 }
 
 // A document none of whose elements has a number comes from a server that does not count, or begins to count anew.
 template <class Info>
-void ApplyEach(const std::list<Info>& changes, void (CViewGroupManager::*apply)(const Info&),
-               void (CViewGroupManager::*forgetNumbers)()) {
-  const auto isNumbered = [](const Info& change) { return change.nChangeNumber != 0; };
-  if (std::none_of(changes.begin(), changes.end(), isNumbered)) (Manager().*forgetNumbers)();
-  for (const Info& change : changes) Quietly([&] { (Manager().*apply)(change); });
+bool IsUnnumbered(const std::list<Info>& changes) {
+  return std::none_of(changes.begin(), changes.end(), [](const Info& change) { return change.nChangeNumber != 0; });
 }
 
-void ApplyViewDocument(const std::string& data) {
+bool ApplyViewDocument(const std::string& data) {
   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
                 "ViewDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
   std::string ignoredError;
   ViewTable scratch;
   std::list<ViewInfo> changes;
-  if (!Manager().AnalysisViewInitData(data, ignoredError, scratch, changes)) return;
-  ApplyEach(changes, &CViewGroupManager::ApplyViewChange, &CViewGroupManager::ForgetViewNumbers);
+  if (!Manager().AnalysisViewInitData(data, ignoredError, scratch, changes)) return true;
+  if (IsUnnumbered(changes)) Manager().ForgetViewNumbers();
+  return ApplyEach(changes, &CViewGroupManager::ApplyViewChange);
 }
 
-void ApplyViewGroupDocument(const std::string& data) {
+bool ApplyViewGroupDocument(const std::string& data) {
   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewGroupDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
                 "ViewGroupDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
   std::string ignoredError;
   ViewGroupTable scratch;
   std::list<ViewGroupInfo> changes;
-  if (!Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes)) return;
-  ApplyEach(changes, &CViewGroupManager::ApplyViewGroupChange, &CViewGroupManager::ForgetViewGroupNumbers);
+  if (!Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes)) return true;
+  if (IsUnnumbered(changes)) Manager().ForgetViewGroupNumbers();
+  return ApplyEach(changes, &CViewGroupManager::ApplyViewGroupChange);
+}
+
+bool CatchUpWithViews(const std::string& data) {
+  return ApplyEach(Manager().MissedViewChanges(data), &CViewGroupManager::ApplyViewChange);
+}
+
+bool CatchUpWithViewGroups(const std::string& data) {
+  return ApplyEach(Manager().MissedViewGroupChanges(data), &CViewGroupManager::ApplyViewGroupChange);
+}
+
+ChangeKind s_viewChanges{ApplyViewDocument, CatchUpWithViews, [](std::string& data) { Downloads().GetViewsData(data); },
+                         s_bViewInitFinish};
+ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
+                              [](std::string& data) { Downloads().GetViewGroupsData(data); }, s_bViewGroupInitFinish};
+
+// The platform's text holds every change that was called back. Before the load there is nothing to catch up with: it
+// takes that text itself.
+void CatchUp(ChangeKind& kind) noexcept {
+  if (!kind.hasMissed.exchange(false) || !kind.isLoaded) return;
+  bool isDone = false;
+  Quietly([&] {
+    std::string data;
+    kind.fetch(data);
+    isDone = kind.catchUp(data);
+  });
+  if (!isDone) kind.hasMissed = true;
+}
+
+void Apply(ChangeKind& kind, const std::string& data) noexcept {
+  bool isDone = false;
+  Quietly([&] { isDone = kind.apply(data); });
+  if (!isDone) kind.hasMissed = true;
+  CatchUp(kind);
 }
 
 // Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
@@ -71,18 +124,16 @@ void ApplyViewGroupDocument(const std::string& data) {
 // the bringer's callback to end. m_lock is a leaf lock; nothing is applied under it.
 class ChangeGate {
  public:
-  using Apply = void (*)(const std::string&);
-
-  void Arrive(Apply apply, const std::string& data) EXCLUDES(m_lock) {
+  void Arrive(ChangeKind& kind, const std::string& data) EXCLUDES(m_lock) {
     {
       MutexLock lock(m_lock);
       if (m_loads > 0 || m_draining) m_drained.WaitFor(lock, kPatience);
       if (m_loads > 0 || m_draining) {
-        m_waiting.push_back({apply, data});
+        m_waiting.push_back({&kind, data});
         return;
       }
     }
-    apply(data);
+    Apply(kind, data);
   }
 
   void BeginLoad() EXCLUDES(m_lock) {
@@ -99,12 +150,12 @@ class ChangeGate {
       m_draining = true;
     }
     Change change;
-    while (TakeNext(change)) Quietly([&] { change.apply(change.data); });
+    while (TakeNext(change)) Apply(*change.kind, change.data);
   }
 
  private:
   struct Change {
-    Apply apply = nullptr;
+    ChangeKind* kind = nullptr;
     std::string data;
   };
 
@@ -133,8 +184,10 @@ ChangeGate s_changeGate;
 // One load, or clearing, at a time. Held while the cache is filled, never while a callback is set or an observer
 // called.
 Mutex s_loadLock;
-std::atomic<bool> s_bViewGroupInitFinish{false};
-std::atomic<bool> s_bViewInitFinish{false};
+
+void Arrive(ChangeKind& kind, const std::string& data) noexcept {
+  if (!Quietly([&] { s_changeGate.Arrive(kind, data); })) kind.hasMissed = true;
+}
 
 // Withdraws the change callbacks when the library is unloaded, waiting for a running one. Made as a local static on the
 // first registration, so that it is destroyed before everything a callback uses.
@@ -147,16 +200,20 @@ struct CallbackWithdrawal {
 
 struct LoadInProgress {
   LoadInProgress() { s_changeGate.BeginLoad(); }
-  ~LoadInProgress() { s_changeGate.EndLoad(); }
+  ~LoadInProgress() {
+    s_changeGate.EndLoad();
+    CatchUp(s_viewGroupChanges);
+    CatchUp(s_viewChanges);
+  }
   LoadInProgress(const LoadInProgress&) = delete;
   LoadInProgress& operator=(const LoadInProgress&) = delete;
 };
 
 // What tells the two first loads apart.
 struct FirstLoad {
+  const ChangeKind& changes;
   std::atomic<bool>& done;
   void (*setCallback)();
-  void (*fetch)(std::string& data);
   void (*logData)(const std::string& data);
   void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);
 };
@@ -172,7 +229,7 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   MutexLock lock(s_loadLock);
   if (kind.done) return true;
   std::string data;
-  kind.fetch(data);
+  kind.changes.fetch(data);
   kind.logData(data);
   ReadRequest<protocol::ClienInitViewDataRequest>(request);
   protocol::ClienInitViewDataResponse answer;
@@ -183,22 +240,22 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   return true;
 }
 
-constexpr FirstLoad kViewGroupLoad = {
-    s_bViewGroupInitFinish, [] { Downloads().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
-    [](std::string& data) { Downloads().GetViewGroupsData(data); },
-    [](const std::string& data) {
-      IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_group_message data: %s[%s(%d)]", "IsInitViewGroupFinish",
-                    data.c_str(), __FILE__, __LINE__);
-    },
-    &CViewGroupManager::LoadViewGroups};
+const FirstLoad kViewGroupLoad = {s_viewGroupChanges, s_bViewGroupInitFinish,
+                                  [] { Downloads().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
+                                  [](const std::string& data) {
+                                    IOrlFormatLog(kInfoLevel, kInfoModule,
+                                                  "[%s]init view_group_message data: %s[%s(%d)]",
+                                                  "IsInitViewGroupFinish", data.c_str(), __FILE__, __LINE__);
+                                  },
+                                  &CViewGroupManager::LoadViewGroups};
 
-constexpr FirstLoad kViewLoad = {s_bViewInitFinish, [] { Downloads().SetViewsUpdateCallback(ViewDataResourceUpdate); },
-                                 [](std::string& data) { Downloads().GetViewsData(data); },
-                                 [](const std::string& data) {
-                                   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_messgae data: %s[%s(%d)]",
-                                                 "IsInitViewFinish", data.c_str(), __FILE__, __LINE__);
-                                 },
-                                 &CViewGroupManager::LoadViews};
+const FirstLoad kViewLoad = {s_viewChanges, s_bViewInitFinish,
+                             [] { Downloads().SetViewsUpdateCallback(ViewDataResourceUpdate); },
+                             [](const std::string& data) {
+                               IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_messgae data: %s[%s(%d)]",
+                                             "IsInitViewFinish", data.c_str(), __FILE__, __LINE__);
+                             },
+                             &CViewGroupManager::LoadViews};
 
 bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string& response) noexcept {
   try {
@@ -212,10 +269,10 @@ bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string&
 }  // namespace
 
 void ViewDataResourceUpdate(const std::string& data) {
-  Quietly([&] { s_changeGate.Arrive(ApplyViewDocument, data); });
+  Arrive(s_viewChanges, data);
 }
 void ViewGroupDataResourceUpdate(const std::string& data) {
-  Quietly([&] { s_changeGate.Arrive(ApplyViewGroupDocument, data); });
+  Arrive(s_viewGroupChanges, data);
 }
 
 bool IsViewGroupLoadDone() {

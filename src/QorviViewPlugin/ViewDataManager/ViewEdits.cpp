@@ -131,12 +131,20 @@ bool CViewGroupManager::SetDefaultViewConfig(const int& viewId, int viewType, Er
 }
 
 COrlUserObserver& CViewGroupManager::UserObserver() {
-  MutexLock lock(m_userLock);
-  if (!m_pUserObserver) {
-    auto observer = std::make_unique<COrlUserObserver>();
-    Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().RegisterObserver(observer.get());
-    m_pUserObserver = std::move(observer);
+  {
+    MutexLock lock(m_userLock);
+    if (m_pUserObserver) return *m_pUserObserver;
   }
+  // The platform is asked without a lock, so that two threads may come here at once; the second one's goes again.
+  auto& users = Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance();
+  auto observer = std::make_unique<COrlUserObserver>();
+  users.RegisterObserver(observer.get());
+  {
+    MutexLock lock(m_userLock);
+    if (!m_pUserObserver) m_pUserObserver.swap(observer);
+  }
+  if (observer) users.SyncUnregisterObserver(observer.get());
+  MutexLock lock(m_userLock);
   return *m_pUserObserver;
 }
 
@@ -149,9 +157,11 @@ bool CViewGroupManager::GetAllUsers(ErrorCode& err, std::vector<std::shared_ptr<
   observer.SetWaiting(true);
   userManager.StartDownLoadOrlUser();
   while (observer.IsWaiting()) VeltControl::qWait(kPollMs);
+  // The outcome first: the users are then of that download or of a later one, never of one before it.
+  const COrlUserObserver::Outcome outcome = observer.GetOutcome();
   userManager.GetOrlUsers(users);
-  err = observer.GetErrorCode();
-  return observer.IsSucceeded();
+  err = outcome.error;
+  return outcome.succeeded;
 }
 
 }  // namespace QorviViewPlugin

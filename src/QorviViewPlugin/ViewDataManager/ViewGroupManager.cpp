@@ -38,10 +38,13 @@ Notice ChildNotice(unsigned int parentId, NoticeState state, ResourceData::Resou
 CViewGroupManager::CViewGroupManager() = default;
 
 CViewGroupManager::~CViewGroupManager() {
-  MutexLock lock(m_userLock);
-  if (!m_pUserObserver) return;
-  Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().SyncUnregisterObserver(m_pUserObserver.get());
-  m_pUserObserver.reset();
+  std::unique_ptr<COrlUserObserver> observer;
+  {
+    MutexLock lock(m_userLock);
+    observer.swap(m_pUserObserver);
+  }
+  if (!observer) return;
+  Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().SyncUnregisterObserver(observer.get());
 }
 
 // --- Views

@@ -112,6 +112,11 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   void LoadViewGroups(const std::string& data, std::string& cascadingErrorInfo);
   void LoadViews(const std::string& data, std::string& cascadingErrorInfo) EXCLUDES(m_viewOrderLock);
 
+  // What a list, the platform's present one, holds newer than the cache, and what is cached that it no longer has: the
+  // changes that have been missed. Of a list without a number, none.
+  std::list<ViewInfo> MissedViewChanges(const std::string& data) EXCLUDES(m_viewOrderLock);
+  std::list<ViewGroupInfo> MissedViewGroupChanges(const std::string& data);
+
   // Notes a modified view under each resource type that its cached form is marked for and of which it shows an element
   // that the platform does not know.
   void CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const;

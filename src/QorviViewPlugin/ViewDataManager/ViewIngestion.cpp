@@ -190,6 +190,57 @@ void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadin
   m_viewOrder.StartFrom(list.completeUpTo);
 }
 
+std::list<ViewInfo> CViewGroupManager::MissedViewChanges(const std::string& data) {
+  std::list<ViewInfo> changes;
+  std::string ignoredError;
+  ReadList list;
+  if (!ReadViews(data, ignoredError, list, nullptr) || list.completeUpTo == 0) return changes;
+  std::unordered_set<unsigned int> listed;
+  for (const auto& view : list.views) listed.insert(view->GetID());
+  MutexLock order(m_viewOrderLock);
+  {
+    ReadLock lock(m_viewLock);
+    for (const auto& [id, view] : mapViews) {
+      if (listed.contains(id) || !m_viewOrder.IsNews(id, list.completeUpTo)) continue;
+      ViewInfo& gone = changes.emplace_back();
+      gone.idView = id;
+      gone.nMethod = ChangeDeleted;
+      gone.nChangeNumber = list.completeUpTo;
+    }
+  }
+  for (const auto& view : list.views) {
+    const auto info = view->Info();
+    if (!m_viewOrder.IsNews(info->idView, info->nChangeNumber)) continue;
+    changes.push_back(*info);
+    changes.back().nMethod = GetViewByID(info->idView) ? ChangeModified : ChangeAdded;
+  }
+  return changes;
+}
+
+std::list<ViewGroupInfo> CViewGroupManager::MissedViewGroupChanges(const std::string& data) {
+  std::list<ViewGroupInfo> changes;
+  std::string ignoredError;
+  std::list<ViewGroupInfo> read;
+  ChangeNumber completeUpTo = 0;
+  if (!ReadViewGroups(data, ignoredError, read, completeUpTo) || completeUpTo == 0) return changes;
+  std::set<unsigned int> listed;
+  for (const ViewGroupInfo& group : read) listed.insert(group.idViewGroup);
+  ReadLock lock(m_groupLock);
+  for (const ViewGroupInfo& group : read) {
+    if (!m_groupOrder.IsNews(group.idViewGroup, group.nChangeNumber)) continue;
+    changes.push_back(group);
+    changes.back().nMethod = FindViewGroup(group.idViewGroup) ? ChangeModified : ChangeAdded;
+  }
+  for (const auto& [id, group] : mapViewGroups) {
+    if (listed.contains(id) || !m_groupOrder.IsNews(id, completeUpTo)) continue;
+    ViewGroupInfo& gone = changes.emplace_back();
+    gone.idViewGroup = id;
+    gone.nMethod = ChangeDeleted;
+    gone.nChangeNumber = completeUpTo;
+  }
+  return changes;
+}
+
 void CViewGroupManager::TakeLoadedViews(const ReadList& list) {
   std::unordered_set<unsigned int> listed;
   for (const auto& view : list.views) listed.insert(view->GetID());

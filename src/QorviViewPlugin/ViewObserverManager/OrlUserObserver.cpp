@@ -6,10 +6,10 @@ namespace QorviViewPlugin {
 void COrlUserObserver::OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) {
   MutexLock lock(m_lock);
   m_bWaiting = false;  // whatever comes of the rest, lest somebody wait for ever
-  m_bSucceeded = false;
+  m_outcome.succeeded = false;
   const bool succeeded = param.GetVal_enumState() == ResourceStore::CIOrlUserObserverParam::Succeeded;
-  m_error = succeeded ? Vant::Base::Error::ErrorCode() : param.GetVal_stru_error_code();
-  m_bSucceeded = succeeded;
+  m_outcome.error = succeeded ? Vant::Base::Error::ErrorCode() : param.GetVal_stru_error_code();
+  m_outcome.succeeded = succeeded;
 }
 
 void COrlUserObserver::SetWaiting(bool waiting) {
@@ -22,14 +22,9 @@ bool COrlUserObserver::IsWaiting() const {
   return m_bWaiting;
 }
 
-bool COrlUserObserver::IsSucceeded() const {
+COrlUserObserver::Outcome COrlUserObserver::GetOutcome() const {
   MutexLock lock(m_lock);
-  return m_bSucceeded;
-}
-
-Vant::Base::Error::ErrorCode COrlUserObserver::GetErrorCode() const {
-  MutexLock lock(m_lock);
-  return m_error;
+  return m_outcome;
 }
 
 }  // namespace QorviViewPlugin

@@ -18,14 +18,19 @@ class COrlUserObserver : public ResourceStore::IOrlUserObserver {
   void SetWaiting(bool waiting) EXCLUDES(m_lock);
   bool IsWaiting() const EXCLUDES(m_lock);
   // The outcome of the last download that ended; the error is the default record when it succeeded.
-  bool IsSucceeded() const EXCLUDES(m_lock);
-  Vant::Base::Error::ErrorCode GetErrorCode() const EXCLUDES(m_lock);
+  bool IsSucceeded() const EXCLUDES(m_lock) { return GetOutcome().succeeded; }
+  Vant::Base::Error::ErrorCode GetErrorCode() const EXCLUDES(m_lock) { return GetOutcome().error; }
+  // Both of the same download.
+  struct Outcome {
+    bool succeeded = false;
+    Vant::Base::Error::ErrorCode error;
+  };
+  Outcome GetOutcome() const EXCLUDES(m_lock);
 
  private:
   mutable Mutex m_lock;  // leaf lock
   bool m_bWaiting GUARDED_BY(m_lock) = false;
-  bool m_bSucceeded GUARDED_BY(m_lock) = false;
-  Vant::Base::Error::ErrorCode m_error GUARDED_BY(m_lock);
+  Outcome m_outcome GUARDED_BY(m_lock);
 };
 
 }  // namespace QorviViewPlugin

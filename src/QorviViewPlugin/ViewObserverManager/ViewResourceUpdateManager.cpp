@@ -135,7 +135,11 @@ void CViewResourceUpdateManager::UpdateResourceInfo(const IResourceObserver::Par
                   kFunction, param.id.c_str(), param.other_change_info.c_str(), __FILE__, __LINE__);
     IOrlFormatLog(3, kModule, "[%s]UpdateResource(parma);type:%d; parma.enum_state:%d; parma.child_type:%d[%s(%d)]",
                   kFunction, static_cast<int>(type), param.enum_state, param.child_type, __FILE__, __LINE__);
-    observer->UpdateResourceInfos(param);
+    try {
+      observer->UpdateResourceInfos(param);
+    } catch (...) {
+      // The observer's own: the others are told all the same.
+    }
   }
 }
 

@@ -35,7 +35,8 @@ class QORVIVIEWPLUGIN_API CViewResourceUpdateManager : public Vant::Base::CSingl
   // The same for many observers, each under the id that its key is the text of; the request's "ID" is not read.
   void RegisterMultResourceUpdate(const std::map<std::string, ResourceData::IResourceObserver*>& observers,
                                   std::string request);
-  // Calls the observers of `param.id` among those of that type, in the order of their registration.
+  // Calls the observers of `param.id` among those of that type, in the order of their registration. What one of them
+  // throws ends there.
   void UpdateResourceInfo(const ResourceData::IResourceObserver::Param& param, ResourceData::ResourceType type);
   // Forgets all observers.
   void UninitManager();

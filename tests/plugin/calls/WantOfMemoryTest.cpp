@@ -212,5 +212,114 @@ TEST_F(WantOfMemoryTest, AChangeMayBeLostButDoesNoHarm) {
   }
 }
 
+// With numbers the library knows what it has missed, and takes it from the platform's text.
+class MissedChangeTest : public WantOfMemoryTest {
+ protected:
+  // The lists as they are up to that change, 20 or 30; ClearViewData is the caller's.
+  static void Download(int upTo) {
+    const std::string number = R"("ChangeNumber":")" + std::to_string(upTo) + R"(",)";
+    const auto numbered = [&](std::string list) { return list.insert(list.find(R"("View)"), number); };
+    const std::string six = R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"7","Name":"a name that no small string holds"})";
+    const std::string later =
+        R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds"},)"
+        R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name"})";
+    Downloads().SetDownloadedData(
+        numbered(
+            GroupsDocument(R"({"ID":1,"Name":"one","ChangeNumber":"1"},{"ID":2,"Name":"two","ChangeNumber":"2"})")),
+        numbered(
+            ViewsDocument(upTo == 20 ? six + R"(,{"ID":5,"Name":"five","ViewGroupID":1,"ChangeNumber":"3"})" : later)),
+        true);
+  }
+  static void LoadAfresh() {
+    ClearViewData();
+    Download(20);
+    std::string response;
+    ASSERT_TRUE(IsInitViewGroupFinish("", response));
+    ASSERT_TRUE(IsInitViewFinish("", response));
+  }
+  // The plans and what they are called, without repetitions: which of the documented ones there are depends on the
+  // moment.
+  static std::string Plans() {
+    std::string text;
+    for (const std::string id : {"5", "6", "77"}) text += Call(GetPlanDetail, R"({"ID":")" + id + "\"}") + "\n";
+    return text;
+  }
+
+  const std::string changes =
+      ViewsDocument(R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name","Method":0},)"
+                    R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds",)"
+                    R"("Method":1},{"ID":5,"ChangeNumber":"23","Method":2})");
+};
+
+TEST_F(MissedChangeTest, IsMadeUpForAtOnceOrWithTheNextChange) {
+  LoadAfresh();
+  Downloads().NotifyViewsUpdate(changes);
+  const std::string whole = Plans();
+  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
+    bool hasArrived = false;
+    const auto change = [&] {
+      try {
+        Downloads().NotifyViewsUpdate(changes);
+        hasArrived = true;
+      } catch (const std::bad_alloc&) {  // the platform's own
+        hasArrived = false;
+      }
+      return true;
+    };
+    LoadAfresh();
+    Download(30);
+    const int moments = AtEachMoment(want, change, [&](bool, int moment) {
+      if (hasArrived && want == Want::AllFromThere) {
+        Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":8,"ChangeNumber":"31","Method":2})"));
+      }
+      if (hasArrived) {
+        ASSERT_EQ(Plans(), whole) << moment;
+      }
+      LoadAfresh();
+      Download(30);
+    });
+    EXPECT_GT(moments, 20);
+    EXPECT_EQ(Plans(), whole);
+  }
+}
+
+TEST_F(MissedChangeTest, IsMadeUpForAfterTheLoadWhereItCouldNotWait) {
+  LoadAfresh();
+  Downloads().NotifyViewsUpdate(changes);
+  const std::string whole = Plans();
+  ClearViewData();
+  Download(20);
+  int missed = 0;
+  const auto notify = [&missed](const std::string& document, Want want, int moment) {
+    t_refused = false;
+    t_want = want;
+    t_left = moment;
+    try {
+      Downloads().NotifyViewsUpdate(document);
+      t_left = -1;
+      missed += t_refused;
+    } catch (const std::bad_alloc&) {  // the platform's own: the library was not told
+      t_left = -1;
+    }
+    return !t_refused;
+  };
+  log->onLine = [&](const std::string& text) {
+    if (text.find("init view_messgae data") == std::string::npos) return;
+    Download(30);
+    // At so many moments does a change fail to wait; the one with which it succeeds is of no interest.
+    const std::string other = ViewsDocument(R"({"ID":8,"ChangeNumber":"31","Method":2})");
+    int moments = 0;
+    while (!notify(other, Want::OneAllocation, moments)) ++moments;
+    missed = 0;
+    for (int moment = 0; moment < moments; ++moment) EXPECT_FALSE(notify(changes, Want::OneAllocation, moment));
+    EXPECT_GT(missed, 0);
+  };
+  std::string response;
+  ASSERT_TRUE(IsInitViewGroupFinish("", response));
+  ASSERT_TRUE(IsInitViewFinish("", response));
+  log->onLine = nullptr;
+  EXPECT_EQ(Plans(), whole);
+}
+
 }  // namespace
 }  // namespace call_test

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The registry of observers.
+#include <stdexcept>
+
 #include "CoreFixture.h"
 
 namespace core_test {
@@ -123,6 +125,13 @@ TEST_F(ObserverTest, AnObserverMayCallBackIntoTheLibrary) {
   Manager().RemoveViewFromCache(9, false);
   EXPECT_EQ(seen, "new9'new' (none)");
   EXPECT_EQ(GroupName(1), "(none)");
+}
+
+TEST_F(ObserverTest, OneThatThrowsKeepsNoOtherFromBeingTold) {
+  for (NotingObserver* observer : {&a, &b, &c}) Observe(*observer, kView, "12");
+  a.onNotice = b.onNotice = [](const auto&) { throw std::runtime_error("an observer's own"); };
+  EXPECT_NO_THROW(Notify(kView, "12"));
+  EXPECT_EQ(Calls(), "111");
 }
 
 TEST_F(ObserverTest, EveryCallIsLogged) {
