@@ -100,19 +100,47 @@ void MeasureBareTable(const std::string& name, unsigned int views) {
   Measure("remove and add in a bare " + name + count, change);
 }
 
+// Change documents of the same views, each newer than the one before it.
+class NewerEachTime {
+ public:
+  NewerEachTime(const SiteSize& site, unsigned int first, unsigned int last)
+      : m_text(ChangeText(site, first, last, 1, s_next)) {
+    const std::string member = R"("ChangeNumber":")";
+    for (size_t at = m_text.find(member); at != std::string::npos; at = m_text.find(member, at + 1)) {
+      m_places.push_back(at + member.size());
+    }
+  }
+  const std::string& Next() {
+    const std::string number = std::to_string(++s_next);
+    for (const size_t place : m_places) m_text.replace(place, number.size(), number);
+    return m_text;
+  }
+
+ private:
+  static inline ChangeNumber s_next = 1'000'000'000'000;  // never of another length
+
+  std::string m_text;
+  std::vector<size_t> m_places;
+};
+
 // A changed view, and one that goes and comes again.
 void MeasureChanges(const SiteSize& site, const std::string& count) {
   std::vector<ViewInfo> changed;
   for (unsigned int id : SomeIds(site.views)) changed.push_back(MakeView(site, id));
   const auto units = static_cast<double>(changed.size());
-  Measure("change a view, " + count, {[&changed] {
-                                        for (const ViewInfo& view : changed) Manager().UpdateViewInCache(view);
+  ChangeNumber number = site.Groups() + site.views;
+  Measure("change a view, " + count, {[&] {
+                                        for (ViewInfo& view : changed) {
+                                          view.nChangeNumber = ++number;
+                                          Check(Manager().UpdateViewInCache(view), "a change was not taken");
+                                        }
                                       },
                                       {},
                                       units});
-  Measure("remove and add a view, " + count, {[&changed] {
-                                                for (const ViewInfo& view : changed) {
-                                                  Manager().RemoveViewFromCache(view.idView, false);
+  Measure("remove and add a view, " + count, {[&] {
+                                                for (ViewInfo& view : changed) {
+                                                  Manager().RemoveViewFromCache(view.idView, false, ++number);
+                                                  view.nChangeNumber = ++number;
                                                   Manager().InsertViewToCache(view, false);
                                                 }
                                               },
@@ -158,22 +186,23 @@ void MeasureObserversOfOneView(unsigned int observerCount) {
 // which is how it has to be; so the runs are few.
 void MeasureDocuments(const SiteSize& site) {
   constexpr unsigned int kMany = 500;
-  const std::string many = ChangeText(site, 1, kMany, 1);
-  const std::string one = ChangeText(site, 7, 7, 1);
+  NewerEachTime many(site, 1, kMany);
+  NewerEachTime one(site, 7, 7);
   auto& downloads = ResourceStore::CViewGroupManager::Instance();
-  Measure("changed view in a document of 500", {[&] { downloads.NotifyViewsUpdate(many); }, {}, kMany});
-  Measure("changed view in a document of 1", {[&] { downloads.NotifyViewsUpdate(one); }, {}, 1});
+  Measure("changed view in a document of 500", {[&] { downloads.NotifyViewsUpdate(many.Next()); }, {}, kMany});
+  Measure("changed view in a document of 1", {[&] { downloads.NotifyViewsUpdate(one.Next()); }, {}, 1});
 }
 
 void MeasureForeignChange(const SiteSize& site) {
   const unsigned int id = site.views / 2;
-  const std::string text = ChangeText(site, id, id, 1);
+  NewerEachTime change(site, id, id);
+  const std::string text = change.Next();
   Counter observer;
   Register(observer, id);
   auto& downloads = ResourceStore::CViewGroupManager::Instance();
   AddRatio({"foreign change, text to notice, " + std::to_string(site.views) + " views", "bare DOM parse"}, {10}, {[&] {
              const size_t before = observer.notices;
-             downloads.NotifyViewsUpdate(text);
+             downloads.NotifyViewsUpdate(change.Next());
              Check(observer.notices == before + 1, "the change was not noticed");
            }},
            {[&] {

@@ -60,7 +60,7 @@ bool IsSame(const ViewPage& one, const ViewPage& other) {
 
 auto Plain(const ViewInfo& v) {
   return std::tie(v.idView, v.strGUID, v.strName, v.idViewGroup, v.enumViewType, v.idUser, v.nSequenceIndex,
-                  v.nAutoCycle, v.nCycleTime, v.nMethod, v.bShared, v.strSharedUserName);
+                  v.nAutoCycle, v.nCycleTime, v.nMethod, v.bShared, v.strSharedUserName, v.nChangeNumber);
 }
 
 }  // namespace

@@ -272,6 +272,7 @@ void AddServerView(std::string& out, const ViewInfo& view) {
   Add(out, "SequenceIndex", view.nSequenceIndex);
   Add(out, "AutoCycle", view.nAutoCycle);
   Add(out, "CycleTime", view.nCycleTime);
+  Add(out, "ChangeNumber", std::to_string(view.nChangeNumber));
   AddPages(out, view, From::Server);
 }
 
@@ -283,11 +284,16 @@ void AddGroup(std::string& out, unsigned int id) {
   Add(out, "UserID", -1);
   Add(out, "IsSharedView", -1);
   Add(out, "SequenceIndex", id);
+  Add(out, "ChangeNumber", std::to_string(id));
   out += '}';
 }
 
 constexpr char kEnvelope[] = R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":)";
 constexpr size_t kBytesOfWindow = 720;
+
+std::string ListHead(const SiteSize& size) {
+  return std::string(kEnvelope) + R"({"ChangeNumber":")" + std::to_string(size.Groups() + size.views) + R"(",)";
+}
 
 }  // namespace
 
@@ -303,6 +309,7 @@ ViewInfo MakeView(const SiteSize& size, unsigned int id) {
   view.nSequenceIndex = id;
   view.nAutoCycle = 1;
   view.nCycleTime = 20;
+  view.nChangeNumber = size.Groups() + id;
   view.vcPages.resize(size.pages);
   unsigned int number = 0;
   for (ViewPage& page : view.vcPages) {
@@ -316,7 +323,7 @@ ViewInfo MakeView(const SiteSize& size, unsigned int id) {
 std::string ViewListText(const SiteSize& size) {
   std::string text;
   text.reserve(size.Windows() * kBytesOfWindow + size.views * 400ull);
-  text = std::string(kEnvelope) + R"({"ViewList":{"View":[)";
+  text = ListHead(size) + R"("ViewList":{"View":[)";
   for (unsigned int id = 1; id <= size.views; ++id) {
     AddServerView(text, MakeView(size, id));
     text += '}';
@@ -327,15 +334,17 @@ std::string ViewListText(const SiteSize& size) {
 }
 
 std::string GroupListText(const SiteSize& size) {
-  std::string text = std::string(kEnvelope) + R"({"ViewGroupList":{"ViewGroup":[)";
+  std::string text = ListHead(size) + R"("ViewGroupList":{"ViewGroup":[)";
   for (unsigned int id = 1; id <= size.Groups(); ++id) AddGroup(text, id);
   return text + "]}}}}";
 }
 
-std::string ChangeText(const SiteSize& size, unsigned int first, unsigned int last, int method) {
+std::string ChangeText(const SiteSize& size, unsigned int first, unsigned int last, int method, ChangeNumber number) {
   std::string text = std::string(kEnvelope) + R"({"ViewList":{"View":[)";
   for (unsigned int id = first; id <= last; ++id) {
-    AddServerView(text, MakeView(size, id));
+    ViewInfo view = MakeView(size, id);
+    view.nChangeNumber = number;
+    AddServerView(text, view);
     Add(text, "Method", method);
     text += '}';
   }

@@ -25,14 +25,15 @@ inline constexpr SiteSize kSmall{"S", 1000, 1, 9};
 inline constexpr SiteSize kMedium{"M", 10000, 1, 16};
 inline constexpr SiteSize kLarge{"L", 2000, 4, 64};
 
-// Ids count from 1, views as well as groups.
+// Ids count from 1, views as well as groups. A new site's changes are its groups, then its views.
 QorviViewPlugin::ViewInfo MakeView(const SiteSize& size, unsigned int id);
 
 // List replies.
 std::string ViewListText(const SiteSize& size);
 std::string GroupListText(const SiteSize& size);
-// A change document of one view, or of the views from `first` to `last`.
-std::string ChangeText(const SiteSize& size, unsigned int first, unsigned int last, int method);
+// A change document of one view, or of the views from `first` to `last`, all changed last by that change.
+std::string ChangeText(const SiteSize& size, unsigned int first, unsigned int last, int method,
+                       QorviViewPlugin::ChangeNumber number);
 // The body of a request that adds or changes the view.
 std::string ViewBodyText(const QorviViewPlugin::ViewInfo& view);
 // The site as a seed of the server: a user "bench" and public views.
