@@ -31,8 +31,10 @@ class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewG
   void GetViewGroupsData(std::string& data) const;
 
   // The one receiver of change documents of views or groups (an empty function withdraws it). Documents come in the
-  // server's order, from one thread, after the texts above hold the change. The setter waits until a running call of
-  // the old callback has returned, unless it is called from within that call; callbacks run without a lock held.
+  // server's order, from one thread, after the texts above hold the change. The user's own edits are not called back
+  // but where the answer alone may leave a receiver behind (details/ChangeRelay.h), which can tell by the numbers. The
+  // setter waits until a running call of the old callback has returned, unless it is called from within that call;
+  // callbacks run without a lock held.
   void SetViewsUpdateCallback(UpdateCallback callback);
   void SetViewGroupsUpdateCallback(UpdateCallback callback);
 
