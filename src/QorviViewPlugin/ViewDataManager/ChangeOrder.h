@@ -42,11 +42,16 @@ class ChangeOrder {
   // The newest that is known of an object that is about to be cached: `info`, or the record that was kept for it, with
   // the name that the user gave it since.
   Info Newest(const Info& info, unsigned int id) const {
-    const auto kept = m_kept.find(id);
-    Info newest = kept != m_kept.end() && kept->second.nChangeNumber > info.nChangeNumber ? kept->second : info;
+    Info newest = IsOvertaken(id, info.nChangeNumber) ? m_kept.at(id) : info;
     const auto rename = m_renames.find(id);
     if (rename != m_renames.end() && rename->second.number > newest.nChangeNumber) newest.strName = rename->second.name;
     return newest;
+  }
+
+  // Whether a record of that number comes too late to count: one that is kept is as new, or newer.
+  bool IsOvertaken(unsigned int id, ChangeNumber number) const {
+    const auto kept = m_kept.find(id);
+    return kept != m_kept.end() && kept->second.nChangeNumber >= number;
   }
 
   // Makes room for a note about that id, so that noting cannot fail once the cache has been changed.
@@ -69,9 +74,8 @@ class ChangeOrder {
 
   // Keeps a record of an object that is not cached, until the object comes.
   void Keep(unsigned int id, Info info) {
-    const auto [entry, isNew] = m_kept.try_emplace(id);
-    if (!isNew && entry->second.nChangeNumber >= info.nChangeNumber) return;
-    entry->second = std::move(info);
+    if (IsOvertaken(id, info.nChangeNumber)) return;
+    m_kept[id] = std::move(info);
     DropOldest(m_kept, kKeptRecords, [](const Info& kept) { return kept.nChangeNumber; });
   }
   // The user's own renaming says nothing of the rest of the record: older statements still count for that.

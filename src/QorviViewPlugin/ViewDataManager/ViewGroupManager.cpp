@@ -49,18 +49,18 @@ CViewGroupManager::~CViewGroupManager() {
 
 // --- Views
 
-void CViewGroupManager::InsertView(const ViewInfo& info) {
-  const auto view = std::make_shared<CView>(info);
+void CViewGroupManager::InsertView(const std::shared_ptr<CView>& view) {
+  const auto info = view->Info();
   bool isNew = false;
   {
     WriteLock lock(m_viewLock);
-    isNew = mapViews.emplace(info.idView, view).second;
+    isNew = mapViews.emplace(info->idView, view).second;
   }
   try {
-    AttachViewToGroup(view, info.idViewGroup);
+    AttachViewToGroup(view, info->idViewGroup);
   } catch (...) {
     WriteLock lock(m_viewLock);
-    if (isNew) mapViews.erase(info.idView);
+    if (isNew) mapViews.erase(info->idView);
     throw;
   }
 }
@@ -77,16 +77,19 @@ bool CViewGroupManager::EraseView(unsigned int id, unsigned int& idViewGroup) {
   return true;
 }
 
-ViewInfo CViewGroupManager::PutView(const ViewInfo& info) {
-  const unsigned int id = info.idView;
-  const bool isNumbered = info.nChangeNumber != 0;
-  if (isNumbered) m_viewOrder.Reserve(id);
-  ViewInfo newest = isNumbered ? m_viewOrder.Newest(info, id) : info;
+std::shared_ptr<CView> CViewGroupManager::PutView(std::shared_ptr<CView> view) {
+  const auto info = view->Info();
+  const unsigned int id = info->idView;
+  const bool isNumbered = info->nChangeNumber != 0;
+  if (isNumbered) {
+    m_viewOrder.Reserve(id);
+    if (m_viewOrder.IsOvertaken(id, info->nChangeNumber)) view = std::make_shared<CView>(m_viewOrder.Newest(*info, id));
+  }
   unsigned int oldGroupId = kNoId;
   EraseView(id, oldGroupId);
-  InsertView(newest);
-  if (isNumbered) m_viewOrder.NoteCached(id, newest.nChangeNumber);
-  return newest;
+  InsertView(view);
+  if (isNumbered) m_viewOrder.NoteCached(id, view->Info()->nChangeNumber);
+  return view;
 }
 
 void CViewGroupManager::EnsureMember(const std::shared_ptr<CView>& view) {
@@ -127,7 +130,7 @@ void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
     MutexLock order(m_viewOrderLock);
     if (!IsViewNews(id, change.nChangeNumber)) return;
     // A view without a number has joined its group when it was read.
-    if (change.nChangeNumber != 0) {
+    if (change.nChangeNumber != 0 && !m_viewOrder.IsOvertaken(id, change.nChangeNumber)) {
       if (const auto group = GetViewGroupByID(change.idViewGroup)) {
         group->AppendMemberView(std::make_shared<CView>(change));
       }
@@ -135,7 +138,7 @@ void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
     unsigned int groupId = kNoId;
     switch (change.nMethod) {
       case ChangeAdded:
-        groupId = PutView(change).idViewGroup;
+        groupId = PutView(std::make_shared<CView>(change))->GetViewGroupID();
         notice = ChildNotice(groupId, NoticeChildAdded, ResourceData::ResourceTypeView, id);
         break;
       case ChangeModified:
@@ -163,10 +166,11 @@ bool CViewGroupManager::InsertViewToCache(const ViewInfo& info, bool bSilent) {
   {
     MutexLock order(m_viewOrderLock);
     if (!IsViewNews(info.idView, info.nChangeNumber)) return true;
+    const auto view = std::make_shared<CView>(info);
     if (info.nChangeNumber != 0) {
-      PutView(info);
+      PutView(view);
     } else {
-      InsertView(info);
+      InsertView(view);
     }
   }
   if (!bSilent) {

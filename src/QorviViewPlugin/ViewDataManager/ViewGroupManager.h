@@ -148,11 +148,12 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
 
   // The steps of which changes are made; each is whole or, where memory runs out, not made.
-  void InsertView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
+  void InsertView(const std::shared_ptr<CView>& view) REQUIRES(m_viewOrderLock);
   // Whether it was there; `idViewGroup` becomes the group that it was in.
   bool EraseView(unsigned int id, unsigned int& idViewGroup) REQUIRES(m_viewOrderLock);
-  // The newest known of that view, a member of its group, in place of what is cached. Answers what was put.
-  ViewInfo PutView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
+  // The view, or a newer record that was kept for it, a member of its group, in place of what is cached. Answers what
+  // was put.
+  std::shared_ptr<CView> PutView(std::shared_ptr<CView> view) REQUIRES(m_viewOrderLock);
   // Whether it is cached; else a record with a number is kept until it comes.
   bool ChangeView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
   bool RemoveView(unsigned int id, ChangeNumber number, unsigned int& idViewGroup) REQUIRES(m_viewOrderLock);

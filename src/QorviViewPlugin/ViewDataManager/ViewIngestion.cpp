@@ -264,11 +264,11 @@ void CViewGroupManager::TakeLoadedViews(const ReadList& list) {
   for (const auto& view : list.views) {
     const auto info = view->Info();
     if (info->nChangeNumber != 0 && m_viewOrder.IsNews(info->idView, info->nChangeNumber)) {
-      PutView(*info);
+      PutView(view);
     } else if (const auto cached = GetViewByID(info->idView)) {
       EnsureMember(cached);
     } else if (info->nChangeNumber == 0) {
-      InsertView(*info);
+      InsertView(view);
     }
   }
 }
