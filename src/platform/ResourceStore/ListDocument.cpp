@@ -190,6 +190,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
       if (!std::exchange(m_numberSeen, true)) m_element.number = number.value_or(0);
       EndMember(0);
     } else if (m_depth == 3 && m_matched == 3 && !std::exchange(m_listNumberSeen, true)) {
+      m_document.saysNumber = number.has_value();
       m_document.number = number.value_or(0);
     }
     return true;
@@ -197,7 +198,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
 
   bool Scalar(std::optional<int64_t> number) {
     if (m_key == kChangeNumber) {
-      return TakeChangeNumber(number && *number > 0 ? std::optional<uint64_t>(*number) : std::nullopt);
+      return TakeChangeNumber(number && *number >= 0 ? std::optional<uint64_t>(*number) : std::nullopt);
     }
     if (m_elementDepth != 0) {
       if (m_depth != m_elementDepth) return true;

@@ -142,7 +142,7 @@ void ResourceList::Split() {
   m_split = true;
   ListDocument document;
   if (!m_text || !ReadListDocument(*m_text, m_names, true, document)) return;
-  m_saysNumber = document.number != 0;
+  m_saysNumber = document.saysNumber;
   m_elements.reserve(document.elements.size());
   m_index.reserve(document.elements.size());
   for (const ListElement& element : document.elements) Append(element);

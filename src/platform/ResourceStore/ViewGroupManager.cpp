@@ -23,7 +23,7 @@ using details::ListKind;
 details::DownloadedList AsDownloaded(const std::string& text, const details::ListNames& names) {
   details::ListDocument document;
   if (!details::ReadListDocument(text, names, false, document)) document = {};
-  return {text, document.number, document.number != 0};
+  return {text, document.number, document.saysNumber};
 }
 
 }  // namespace

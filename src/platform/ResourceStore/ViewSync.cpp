@@ -142,7 +142,7 @@ bool ViewSync::FetchList(const char* name, const details::ListNames& names, deta
       return false;
     }
     list.number = *number;
-    list.isNumbered = envelope.number != 0;
+    list.isNumbered = envelope.saysNumber;
     return true;
   });
 }

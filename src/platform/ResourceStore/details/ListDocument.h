@@ -31,7 +31,8 @@ struct ListElement {
 struct ListDocument {
   int errorModule = -1;
   int errorCode = -1;
-  uint64_t number = 0;  // of the last change that the list holds; 0 where it does not say
+  bool saysNumber = false;
+  uint64_t number = 0;  // of the last change that the list holds; 0 before the first, and where it does not say
   std::vector<ListElement> elements;
 };
 
