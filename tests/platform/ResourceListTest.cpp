@@ -13,22 +13,29 @@ namespace {
 
 using ResourceStore::details::kViewNames;
 using ResourceStore::details::ListDocument;
+using ResourceStore::details::ListElement;
 using ResourceStore::details::ReadListDocument;
 using ResourceStore::details::ResourceList;
 
-std::string Document(const std::string& elements, int errorCode = 0) {
+std::string WithData(const std::string& data, int errorCode = 0) {
   return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":)" + std::to_string(errorCode) +
-         R"(,"CascadingErrorInfo":"","Data":{"ViewList":{"View":[)" + elements + "]}}}}";
+         R"(,"CascadingErrorInfo":"","Data":{)" + data + "}}}";
+}
+std::string Document(const std::string& elements, int errorCode = 0) {
+  return WithData(R"("ViewList":{"View":[)" + elements + "]}", errorCode);
+}
+std::string Numbered(int number, const std::string& elements) {
+  return WithData(R"("ChangeNumber":")" + std::to_string(number) + R"(","ViewList":{"View":[)" + elements + "]}");
 }
 
-// The texts of the elements, one a line, with their ids and methods in front.
+// The texts of the elements, one a line, with their ids, methods and numbers in front.
 std::string Read(const std::string& text) {
   ListDocument document;
   if (!ReadListDocument(text, kViewNames, true, document)) return "not JSON";
   std::string lines;
   for (const auto& element : document.elements) {
     lines += (element.id ? std::to_string(*element.id) : "-") + " " + std::to_string(element.method) + " " +
-             element.text + "\n";
+             (element.number != 0 ? "#" + std::to_string(element.number) + " " : "") + element.text + "\n";
   }
   return lines;
 }
@@ -55,6 +62,48 @@ TEST(ListDocumentTest, FindsTheElementsOfAListAndNothingElse) {
       {"", "not JSON"},
   };
   for (const auto& [text, elements] : cases) EXPECT_EQ(Read(text), elements) << text;
+}
+
+TEST(ListDocumentTest, ReadsTheNumbersOfElementsWhereverTheyStand) {
+  const std::pair<std::string, std::string> cases[] = {
+      {R"({"ID":1,"ChangeNumber":"52","N":"a"},{"ChangeNumber":"53","ID":2},{"ID":3,"ChangeNumber":54})",
+       "1 0 #52 {\"ID\":1,\"N\":\"a\"}\n2 0 #53 {\"ID\":2}\n3 0 #54 {\"ID\":3}\n"},
+      {R"({"ChangeNumber":"5","Method":1,"ID":1},{"Method":1 , "ChangeNumber":"5" , "ID":1},)"
+       R"({"ID":1,"Method":2,"ChangeNumber":"5"},{"ID":1,"ChangeNumber":"5","Method":2})",
+       "1 1 #5 {\"ID\":1}\n1 1 #5 { \"ID\":1}\n1 2 #5 {\"ID\":1}\n1 2 #5 {\"ID\":1}\n"},
+      {R"({"ID":1,"ChangeNumber":"5","ChangeNumber":"6"},{"ID":1,"ChangeNumber":"x","ChangeNumber":"6"})",
+       "1 0 #5 {\"ID\":1}\n1 0 {\"ID\":1}\n"},
+      {R"({"ID":1,"A":{"ChangeNumber":"7"},"B":[{"ChangeNumber":"8"}]},{"ID":2,"ChangeNumber":{"ChangeNumber":"9"}})",
+       "1 0 {\"ID\":1,\"A\":{\"ChangeNumber\":\"7\"},\"B\":[{\"ChangeNumber\":\"8\"}]}\n2 0 {\"ID\":2}\n"},
+      {R"({"ID":1,"ChangeNumber":"0"},{"ID":2,"ChangeNumber":"-1"},{"ID":3,"ChangeNumber":-1},{"ID":4,)"
+       R"("ChangeNumber":" 5"},{"ID":5,"ChangeNumber":"5x"},{"ID":6,"ChangeNumber":""},{"ID":7,"ChangeNumber":null},)"
+       R"({"ID":8,"ChangeNumber":true},{"ID":9,"ChangeNumber":["5"]},{"ID":10,"ChangeNumber":"18446744073709551616"})",
+       "1 0 {\"ID\":1}\n2 0 {\"ID\":2}\n3 0 {\"ID\":3}\n4 0 {\"ID\":4}\n5 0 {\"ID\":5}\n6 0 {\"ID\":6}\n"
+       "7 0 {\"ID\":7}\n8 0 {\"ID\":8}\n9 0 {\"ID\":9}\n10 0 {\"ID\":10}\n"},
+      {R"({"ID":1,"ChangeNumber":"18446744073709551615"},"9",9)", "1 0 #18446744073709551615 {\"ID\":1}\n"},
+  };
+  for (const auto& [elements, read] : cases) EXPECT_EQ(Read(Document(elements)), read) << elements;
+}
+
+TEST(ListDocumentTest, ReadsTheNumberOfTheListItself) {
+  const std::string list = R"("ViewList":{"View":[{"ID":1,"ChangeNumber":"9"}],"ChangeNumber":"8"})";
+  const std::pair<std::string, uint64_t> cases[] = {
+      {R"("ChangeNumber":"52",)" + list, 52},
+      {list + R"(,"ChangeNumber":"52")", 52},
+      {list + R"(,"ChangeNumber":52)", 52},
+      {R"("ChangeNumber":"52",)" + list + R"(,"ChangeNumber":"53")", 52},
+      {R"("ChangeNumber":null,)" + list, 0},
+      {R"("ChangeNumber":["52"],"More":{"ChangeNumber":"53"},)" + list, 0},
+      {list + R"(},"ChangeNumber":"7","More":{"ChangeNumber":"8")", 0},
+      {list, 0},
+  };
+  for (const auto& [data, number] : cases) {
+    for (const bool withElements : {false, true}) {
+      ListDocument document;
+      ASSERT_TRUE(ReadListDocument(WithData(data), kViewNames, withElements, document)) << data;
+      EXPECT_EQ(document.number, number) << data;
+    }
+  }
 }
 
 TEST(ListDocumentTest, ReadsTheEnvelopeAtAnyDepthOfNesting) {
@@ -133,6 +182,72 @@ TEST(ResourceListTest, TheDifferenceSaysWhatHappenedToEachElement) {
   ResourceList::Difference difference = older.DifferenceTo(newer);
   EXPECT_EQ(difference.present, Document(R"({"ID":4,"N":"d","Method":0},{"ID":2,"N":"B","Method":1})"));
   EXPECT_EQ(difference.removed, Document(R"({"ID":1,"Method":2})"));
+}
+
+TEST(ResourceListTest, ATextOfNumbersGoesOnSayingTrueOnes) {
+  const std::string elements = R"({"ID":1,"ChangeNumber":"4","N":"a"},{"ID":2,"N":"b"},{"ID":3,"ChangeNumber":"6"},)"
+                               R"({"ChangeNumber":"7"},{"ID":"x","ChangeNumber":"8"})";
+  const std::string change = R"({"ID":2,"N":"B","ChangeNumber":"12","Method":1},{"ID":4,"ChangeNumber":"12"},)"
+                             R"({"ID":3,"ChangeNumber":"12","Method":2},{"ID":1,"N":"A","Method":1})";
+  // Nobody can refer to what has no ID: its number is not kept.
+  const std::string changed = R"({"ID":1,"N":"A"},{"ID":2,"N":"B","ChangeNumber":"12"},{},{"ID":"x"},)"
+                              R"({"ID":4,"ChangeNumber":"12"})";
+  for (const bool isNumbered : {true, false}) {
+    const auto text = [&](int number, const std::string& of) {
+      return isNumbered ? Numbered(number, of) : Document(of);
+    };
+    ResourceList list(kViewNames);
+    list.Set(text(10, elements), 10);
+    ListElement last;
+    ASSERT_TRUE(list.Apply(Document(change), 12, last));
+    EXPECT_EQ(*list.Text(), text(12, changed));
+    EXPECT_EQ(*last.id, 1u);
+    ASSERT_TRUE(list.Apply(Document(""), 13, last));
+    EXPECT_FALSE(list.Apply("rubbish", 14, last));
+    EXPECT_EQ(list.Number(), 14u);
+    EXPECT_EQ(*list.Text(), text(14, changed));
+  }
+}
+
+TEST(ResourceListTest, TheDifferenceSaysNumbersAndNoneThatDiffersInThemOnly) {
+  const std::string before = R"({"ID":1,"ChangeNumber":"1"},{"ID":2,"N":"b","ChangeNumber":"2"},{"ID":3},{"ID":5})";
+  const std::string after = R"({"ID":1,"ChangeNumber":"9"},{"ID":2,"N":"B","ChangeNumber":"11"},{"ID":3},)"
+                            R"({"ID":4,"ChangeNumber":"12"},{"ID":6})";
+  const struct {
+    ResourceList::Numbers numbers;
+    bool isNumbered;
+    std::string present, removed;
+  } cases[] = {
+      {ResourceList::Numbers::Kept, true,
+       R"({"ID":2,"N":"B","ChangeNumber":"11","Method":1},{"ID":4,"ChangeNumber":"12","Method":0},{"ID":6,"Method":0})",
+       R"({"ID":5,"ChangeNumber":"20","Method":2})"},
+      {ResourceList::Numbers::Kept, false,
+       R"({"ID":2,"N":"B","ChangeNumber":"11","Method":1},{"ID":4,"ChangeNumber":"12","Method":0},{"ID":6,"Method":0})",
+       R"({"ID":5,"Method":2})"},
+      {ResourceList::Numbers::LeftOut, true, R"({"ID":2,"N":"B","Method":1},{"ID":4,"Method":0},{"ID":6,"Method":0})",
+       R"({"ID":5,"Method":2})"},
+  };
+  for (const auto& c : cases) {
+    ResourceList older(kViewNames), newer(kViewNames);
+    older.Set(Numbered(10, before), 10);
+    newer.Set(c.isNumbered ? Numbered(20, after) : Document(after), 20);
+    const ResourceList::Difference difference = older.DifferenceTo(newer, c.numbers);
+    EXPECT_EQ(difference.present, Document(c.present));
+    EXPECT_EQ(difference.removed, Document(c.removed));
+  }
+}
+
+TEST(ResourceListTest, TheStateOfAnObjectIsSaidWhereItHasANumber) {
+  ResourceList list(kViewNames);
+  EXPECT_EQ(list.StateOf(1, 1), "");
+  list.Set(Numbered(10, R"({"ID":1,"N":"a","ChangeNumber":"4"},{"ID":2,"N":"b"})"), 10);
+  EXPECT_EQ(list.StateOf(1, 0), Document(R"({"ID":1,"N":"a","ChangeNumber":"4","Method":0})"));
+  EXPECT_EQ(list.StateOf(1, 1), Document(R"({"ID":1,"N":"a","ChangeNumber":"4","Method":1})"));
+  EXPECT_EQ(list.StateOf(2, 1), "");
+  EXPECT_EQ(list.StateOf(3, 1), Document(R"({"ID":3,"ChangeNumber":"10","Method":2})"));
+  list.Set(Document(R"({"ID":1,"ChangeNumber":"4"})"), 10);
+  EXPECT_EQ(list.StateOf(3, 1), "") << "a list without a number";
+  EXPECT_EQ(list.Nothing(), Document(""));
 }
 
 }  // namespace

@@ -11,15 +11,17 @@
 
 namespace testing_support {
 
-inline std::string ListOf(const std::string& kind, const std::string& elements) {
-  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{")" + kind +
+// Number 0: the list does not say how far it goes.
+inline std::string ListOf(const std::string& kind, const std::string& elements, int number = 0) {
+  const std::string said = number == 0 ? "" : R"("ChangeNumber":")" + std::to_string(number) + R"(",)";
+  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{)" + said + '"' + kind +
          R"(List":{")" + kind + R"(":[)" + elements + "]}}}}";
 }
-inline std::string Views(const std::string& elements) {
-  return ListOf("View", elements);
+inline std::string Views(const std::string& elements, int number = 0) {
+  return ListOf("View", elements, number);
 }
-inline std::string Groups(const std::string& elements) {
-  return ListOf("ViewGroup", elements);
+inline std::string Groups(const std::string& elements, int number = 0) {
+  return ListOf("ViewGroup", elements, number);
 }
 inline std::string Event(int number, const std::string& type, const std::string& data) {
   return "id: " + std::to_string(number) + "\nevent: " + type + "\ndata: " + data + "\n\n";
@@ -41,6 +43,11 @@ class ScriptedSite {
   // The lists and the number of the last change that each contains.
   void SetGroups(const std::string& elements, int number) { SetList("V0/ViewGroups", Groups(elements), number); }
   void SetViews(const std::string& elements, int number) { SetList("V0/Views", Views(elements), number); }
+  // The same for both, which say their number.
+  void SetNumbered(const std::string& groups, const std::string& views, int number) {
+    SetList("V0/ViewGroups", Groups(groups, number), number);
+    SetList("V0/Views", Views(views, number), number);
+  }
 
   // The next requests for `name` ("V0/Views", "V0/Changes", ...) are answered by these, one each, instead.
   void AnswerOnce(const std::string& name, Override override) {

@@ -3,82 +3,16 @@
 #include <cstdlib>
 
 #include "../Gate.h"
-#include "BizShared/NetCommManager.h"
-#include "BizShared/UserCommonManager.h"
+#include "DownloadFixture.h"
+#include "PlatformCalls.h"
 #include "ResourceStore/Element.h"
 #include "ResourceStore/OrlUserManager.h"
-#include "ResourceStore/ViewGroupManager.h"
-#include "ResourceStore/details/StreamTimings.h"
-#include "ScriptedSite.h"
 
 namespace {
 
-using namespace std::chrono_literals;
 using namespace testing_support;
-using BizShared::CNetCommManager;
-using BizShared::CUserCommonManager;
-using ResourceStore::CViewGroupManager;
-using ResourceStore::details::StreamTimings;
 
-class ViewDownloadTest : public testing::Test {
- protected:
-  ViewDownloadTest() {
-    SetTimings({10ms, 40ms, 30s, 20s});
-    CNetCommManager::Instance().SetServer(m_site.Url());
-    Manager().SetViewsUpdateCallback([this](const std::string& data) { Note("V ", data, TextOfViews()); });
-    Manager().SetViewGroupsUpdateCallback([this](const std::string& data) { Note("G ", data, TextOfGroups()); });
-  }
-  ~ViewDownloadTest() override {
-    Manager().Stop();
-    Manager().SetViewsUpdateCallback({});
-    Manager().SetViewGroupsUpdateCallback({});
-    CUserCommonManager::Instance().SetUser(0, {});
-    CNetCommManager::Instance().SetToken({});
-    CNetCommManager::Instance().SetServer({});
-    SetTimings({});
-  }
-
-  static CViewGroupManager& Manager() { return CViewGroupManager::Instance(); }
-  static void SetTimings(const StreamTimings& timings) { ResourceStore::details::SetStreamTimings(timings); }
-  static std::string Text(void (CViewGroupManager::*get)(std::string&) const) {
-    std::string text;
-    (Manager().*get)(text);
-    return text;
-  }
-  static std::string TextOfViews() { return Text(&CViewGroupManager::GetViewsData); }
-  static std::string TextOfGroups() { return Text(&CViewGroupManager::GetViewGroupsData); }
-
-  void Note(const std::string& kind, const std::string& data, const std::string& text) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_calls.push_back(kind + data);
-    m_textAtLastCall = text;
-  }
-  std::vector<std::string> Calls() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_calls;
-  }
-  std::string TextAtLastCall() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_textAtLastCall;
-  }
-
-  void Load() {
-    Manager().Start();
-    ASSERT_TRUE(Eventually([] { return Manager().IsViewDownloadSuccess(); }));
-  }
-  // Waits for that many calls in all and checks the texts of the last ones.
-  void ExpectCalls(size_t count, const std::vector<std::string>& last) {
-    EXPECT_TRUE(Eventually([&] { return Calls().size() >= count; })) << Calls().size();
-    std::vector<std::string> calls = Calls();
-    ASSERT_EQ(calls.size(), count);
-    EXPECT_EQ(std::vector<std::string>(calls.end() - static_cast<std::ptrdiff_t>(last.size()), calls.end()), last);
-  }
-
-  ScriptedSite m_site;
-  mutable std::mutex m_mutex;
-  std::vector<std::string> m_calls;
-  std::string m_textAtLastCall;
-};
+using ViewDownloadTest = DownloadTest;
 
 const std::string kView6 = R"({"ID":6,"Name":"six","Method":0})";
 
@@ -219,6 +153,45 @@ TEST_F(ViewDownloadTest, ARenewedSessionGetsAStreamOfItsOwn) {
   EXPECT_TRUE(Eventually([] { return TextOfViews() == Views(R"({"ID":6,"Name":"six"})"); }));
   EXPECT_EQ(Calls().size(), 1u);
   EXPECT_TRUE(m_site.Targets("V0/Changes")[1].ends_with("?After=20"));
+}
+
+TEST_F(ViewDownloadTest, ASiteWithoutNumbersTellsNothingOfOwnEdits) {
+  Load();
+  const auto own = [](int number, const std::string& name) {
+    return Event(number, "OwnViews", Views(R"({"ID":5,"Name":")" + name + R"(","Method":1})"));
+  };
+  const std::string edit = kPlatformRoot + "V0/Views/5";
+  const ScriptedSite::Override accept = [](const Request&, Connection& c) { c.ReplyData("{}"); };
+  m_site.AnswerOnce("V0/Views/5", accept);
+  EXPECT_TRUE(Send("PUT", edit).starts_with("0/0"));
+  TextOfViews();  // handed out between answer and event
+  m_site.Stream(own(20, "answered"));
+  m_site.AnswerOnce("V0/Views/5", [&](const Request&, Connection& c) {
+    m_site.Stream(own(21, "lost"));
+    EXPECT_TRUE(Eventually([] { return TextOfViews() == Views(R"({"ID":5,"Name":"lost"})"); }));
+    c.Close();
+  });
+  EXPECT_TRUE(Send("PUT", edit).starts_with("failed"));
+  m_site.Stream(own(22, "lost") + Event(23, "ViewGroups", "a colleague's"));
+  ExpectCalls(1, {"G a colleague's"});
+  // Neither does a download after lost changes, nor a new run, whatever their numbers.
+  for (const int number : {40, 10}) {
+    m_site.AnswerOnce("V0/Views/5", accept);
+    EXPECT_TRUE(Send("PUT", edit).starts_with("0/0"));
+    m_site.SetGroups(R"({"ID":1,"Name":"g"})", number);
+    m_site.SetViews(R"({"ID":5,"Name":"lost"})", number);
+    m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+    m_site.EndStream();
+    EXPECT_TRUE(Eventually([&] { return m_site.Targets("V0/Changes").back().ends_with(std::to_string(number)); }));
+  }
+  m_site.SetGroups(R"({"ID":1,"Name":"g"})", 5);
+  m_site.SetViews(R"({"ID":5,"Name":"lost"})", 5);
+  Manager().Stop();
+  const int opened = m_site.StreamsOpened();
+  Load();
+  ASSERT_TRUE(Eventually([&] { return m_site.StreamsOpened() > opened; }));
+  m_site.Stream(Event(6, "Views", "the last"));
+  ExpectCalls(2, {"V the last"});
 }
 
 TEST_F(ViewDownloadTest, StopsAtOnceWhateverItIsDoing) {

@@ -157,7 +157,8 @@ void ResourceList::Append(const ListElement& element) {
       return;
     }
   }
-  m_elements.push_back({true, element.id, element.number, element.text});
+  // Without an ID it may have no member that a number could stand behind.
+  m_elements.push_back({true, element.id, element.id ? element.number : 0, element.text});
 }
 
 void ResourceList::Remove(uint32_t id) {
