@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "BizShared/UserCommonManager.h"
+#include "BizShared/details/EditWatch.h"
 #include "PlatformCalls.h"
 #include "ScriptedServer.h"
 
@@ -143,6 +144,67 @@ TEST_F(TransportTest, TheSeamReplacesTheNetworkOnly) {
   EXPECT_EQ(Send("PUT", "/x"), "0/0 made up");
   EXPECT_EQ(seen, "PUT/x");
   EXPECT_EQ(Send("PUT", "/x?"), "failed 1/3 ");
+}
+
+// --- The edit watch
+
+// Notes what it hears; tickets count from 1.
+class NotingWatch : public BizShared::details::IEditWatch {
+ public:
+  uint64_t OnEditBegins() override {
+    heard += "begins, ";
+    return ++m_ticket;
+  }
+  void OnEditEnds(uint64_t ticket, const NetLink::CClientSendInfo& send, const std::string& answer) noexcept override {
+    heard += std::to_string(ticket) + " ends: " + send.GetVal_Method() + " " + send.GetVal_URL() + " '" + answer + "'";
+  }
+  std::string heard;
+
+ private:
+  uint64_t m_ticket = 0;
+};
+
+TEST_F(TransportTest, TheEditWatchHearsOfEveryEditAndItsEndBeforeTheSenderDoes) {
+  const std::pair<CNetCommManager::Transport, std::string> transports[] = {
+      {[](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo&) {
+         recv.SetVal_Receive_Data("answer");
+         return true;
+       },
+       "answer"},
+      {[](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo&) {
+         recv.SetVal_Receive_Data("none of an answer");
+         return false;
+       },
+       ""},
+      {[](NetLink::CClientRecvInfo&, const NetLink::CClientSendInfo&) -> bool { throw std::runtime_error("own"); }, ""},
+  };
+  auto watch = std::make_shared<NotingWatch>();
+  Net().SetEditWatch(watch);
+  int ticket = 0;
+  for (const auto& [transport, answer] : transports) {
+    Net().SetTransport([&](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send) {
+      EXPECT_EQ(std::exchange(watch->heard, ""), send.GetVal_Method() == "GET" ? "" : "begins, ");
+      return transport(recv, send);
+    });
+    for (const std::string method : {"GET", "POST", "PUT", "DELETE"}) {
+      try {
+        Send(method, "/x/1");
+      } catch (const std::runtime_error&) {
+      }
+      const bool isEdit = method != "GET";
+      ticket += isEdit;
+      EXPECT_EQ(std::exchange(watch->heard, ""),
+                isEdit ? std::to_string(ticket) + " ends: " + method + " /x/1 '" + answer + "'" : "");
+    }
+  }
+  Net().SetTransport({});
+  Serve([](const Request&, Connection& connection) { connection.Reply(404, "gone"); });
+  Send("PUT", "/x/1");
+  EXPECT_EQ(std::exchange(watch->heard, ""), "begins, 10 ends: PUT /x/1 'gone'");
+  Send("PUT", "not sendable");
+  EXPECT_EQ(watch->heard, "begins, 11 ends: PUT not sendable ''");
+  watch.reset();
+  EXPECT_EQ(Send("PUT", "/x/1"), "0/0 gone") << "nobody keeps it any more";
 }
 
 // A server with one user, password "right", whose sessions can be ended at will.
