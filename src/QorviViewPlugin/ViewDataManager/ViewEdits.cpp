@@ -33,16 +33,12 @@ bool CViewGroupManager::AddViewGroup(const ViewGroupInfo& info, unsigned int& ne
   ViewGroupInfo added = info;
   added.idViewGroup = newId;
   added.nChangeNumber = session.m_changeNumber;
-  {
+  if (added.nChangeNumber != 0) {
+    AddNumberedViewGroup(added);
+  } else {
     WriteLock lock(m_groupLock);
-    if (added.nChangeNumber == 0) {
-      mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
-      return true;
-    }
-    if (!m_groupOrder.IsNews(newId, added.nChangeNumber)) return true;
-    PutViewGroup(added);
+    mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
   }
-  AdoptViews(newId);
   return true;
 }
 

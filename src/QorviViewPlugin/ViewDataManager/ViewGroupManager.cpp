@@ -124,37 +124,41 @@ bool CViewGroupManager::IsViewNews(unsigned int id, ChangeNumber number) const {
 
 void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
   const unsigned int id = change.idView;
-  std::optional<Notice> notice;
-  ResourceData::ResourceType type = ResourceData::ResourceTypeViewGroup;
+  unsigned int groupId = kNoId;
+  bool isTold = false;
   {
     MutexLock order(m_viewOrderLock);
     if (!IsViewNews(id, change.nChangeNumber)) return;
-    // A view without a number has joined its group when it was read.
-    if (change.nChangeNumber != 0 && !m_viewOrder.IsOvertaken(id, change.nChangeNumber)) {
-      if (const auto group = GetViewGroupByID(change.idViewGroup)) {
-        group->AppendMemberView(std::make_shared<CView>(change));
-      }
+    // A view without a number has joined its group when it was read. Of those with a number an added view joins with
+    // its entry, and one that comes after a newer record was kept for its view does not join.
+    Joining beside;
+    if (change.nChangeNumber != 0 && change.nMethod != ChangeAdded &&
+        !m_viewOrder.IsOvertaken(id, change.nChangeNumber)) {
+      beside[change.idViewGroup].Append(std::make_shared<CView>(change));
     }
-    unsigned int groupId = kNoId;
     switch (change.nMethod) {
       case ChangeAdded:
         groupId = PutView(std::make_shared<CView>(change))->GetViewGroupID();
-        notice = ChildNotice(groupId, NoticeChildAdded, ResourceData::ResourceTypeView, id);
+        isTold = true;
         break;
       case ChangeModified:
-        type = ResourceData::ResourceTypeView;
-        if (ChangeView(change)) notice = Notice(UIntToString(id), NoticeChanged);
+        isTold = ChangeView(change);
         break;
       case ChangeDeleted:
-        if (RemoveView(id, change.nChangeNumber, groupId)) {
-          notice = ChildNotice(groupId, NoticeChildRemoved, ResourceData::ResourceTypeView, id);
-        }
+        isTold = RemoveView(id, change.nChangeNumber, groupId);
         break;
       default:
         break;
     }
+    JoinGroups(std::move(beside));
   }
-  if (notice) Notify(*notice, type);
+  if (!isTold) return;
+  if (change.nMethod == ChangeModified) {
+    Notify(Notice(UIntToString(id), NoticeChanged), ResourceData::ResourceTypeView);
+  } else {
+    const NoticeState state = change.nMethod == ChangeAdded ? NoticeChildAdded : NoticeChildRemoved;
+    Notify(ChildNotice(groupId, state, ResourceData::ResourceTypeView, id), ResourceData::ResourceTypeViewGroup);
+  }
 }
 
 void CViewGroupManager::ForgetViewNumbers() {
@@ -232,16 +236,22 @@ ViewGroupInfo CViewGroupManager::PutViewGroup(const ViewGroupInfo& info) {
   return newest;
 }
 
-void CViewGroupManager::AdoptViews(unsigned int idViewGroup) {
+std::optional<ViewGroupInfo> CViewGroupManager::AddNumberedViewGroup(const ViewGroupInfo& info) {
+  const unsigned int id = info.idViewGroup;
   MutexLock order(m_viewOrderLock);
-  std::vector<std::shared_ptr<CView>> views;
+  MemberViews members;
   {
     ReadLock lock(m_viewLock);
-    for (const auto& [id, view] : mapViews) {
-      if (view->GetViewGroupID() == idViewGroup) views.push_back(view);
+    for (const auto& entry : mapViews) {
+      if (entry.second->GetViewGroupID() == id) members.Append(entry.second);
     }
   }
-  for (const auto& view : views) EnsureMember(view);
+  WriteLock lock(m_groupLock);
+  if (!m_groupOrder.IsNews(id, info.nChangeNumber)) return std::nullopt;
+  const bool isNew = !FindViewGroup(id);
+  ViewGroupInfo put = PutViewGroup(info);
+  if (isNew) FindViewGroup(id)->AppendMemberViews(std::move(members));
+  return put;
 }
 
 void CViewGroupManager::ApplyViewGroupChange(const ViewGroupInfo& change) {
@@ -268,22 +278,17 @@ void CViewGroupManager::ForgetViewGroupNumbers() {
 }
 
 bool CViewGroupManager::InsertViewGroupToCache(const ViewGroupInfo& info) {
-  ViewGroupInfo inserted = info;
-  bool adopts = false;
-  {
+  std::optional<ViewGroupInfo> inserted = info;
+  if (info.nChangeNumber != 0) {
+    inserted = AddNumberedViewGroup(info);
+    if (!inserted) return true;
+  } else {
     WriteLock lock(m_groupLock);
-    if (!IsViewGroupNews(info.idViewGroup, info.nChangeNumber)) return true;
-    if (info.nChangeNumber != 0) {
-      adopts = !FindViewGroup(info.idViewGroup);
-      inserted = PutViewGroup(info);
-    } else {
-      mapViewGroups.emplace(info.idViewGroup, std::make_shared<CViewGroup>(info));
-    }
+    mapViewGroups.emplace(info.idViewGroup, std::make_shared<CViewGroup>(info));
   }
-  if (adopts) AdoptViews(info.idViewGroup);
   Notice notice =
-      ChildNotice(inserted.idParent, NoticeChildAdded, ResourceData::ResourceTypeViewGroup, inserted.idViewGroup);
-  notice.other_change_info = IntToString(inserted.enumViewType);
+      ChildNotice(inserted->idParent, NoticeChildAdded, ResourceData::ResourceTypeViewGroup, inserted->idViewGroup);
+  notice.other_change_info = IntToString(inserted->enumViewType);
   Notify(notice, ResourceData::ResourceTypeViewGroup);
   return true;
 }

@@ -6,6 +6,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -162,8 +163,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   std::shared_ptr<CViewGroup> FindViewGroup(unsigned int id) const REQUIRES_SHARED(m_groupLock);
   // A group that is cached stays in place, with its members. For records with a number only. Answers what was put.
   ViewGroupInfo PutViewGroup(const ViewGroupInfo& info) REQUIRES(m_groupLock);
-  // Views of a group that their own changes had overtaken join it now.
-  void AdoptViews(unsigned int idViewGroup) EXCLUDES(m_viewOrderLock);
+  // The same where it is news, together with the views of it whose own changes had overtaken it.
+  std::optional<ViewGroupInfo> AddNumberedViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
   // Always the cached groups, whether or not the views are cached: one that a change document names becomes a member
   // beside the cached view of the same id. Cannot fail.

@@ -99,15 +99,15 @@ std::string Difference(const ViewInfo& base, const ViewInfo& actual) {
   differ("idView", &V::idView)("guid", &V::strGUID)("name", &V::strName)("group", &V::idViewGroup);
   differ("type", &V::enumViewType)("user", &V::idUser)("sequence", &V::nSequenceIndex)("auto", &V::nAutoCycle);
   differ("time", &V::nCycleTime)("pages", &V::vcPages)("method", &V::nMethod)("shared", &V::bShared);
-  return differ("sharer", &V::strSharedUserName).text;
+  return differ("sharer", &V::strSharedUserName)("number", &V::nChangeNumber).text;
 }
 
 std::string Difference(const ViewGroupInfo& base, const ViewGroupInfo& actual) {
   using G = ViewGroupInfo;
   Differences<G> differ(base, actual);
   differ("idViewGroup", &G::idViewGroup)("user", &G::idUser)("parent", &G::idParent)("name", &G::strName);
-  return differ("type", &G::enumViewType)("sequence", &G::nSequenceIndex)("method", &G::nMethod)("shared", &G::bShared)
-      .text;
+  differ("type", &G::enumViewType)("sequence", &G::nSequenceIndex)("method", &G::nMethod)("shared", &G::bShared);
+  return differ("number", &G::nChangeNumber).text;
 }
 
 }  // namespace core_test

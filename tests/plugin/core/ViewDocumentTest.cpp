@@ -274,8 +274,9 @@ TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
   ExpectRead(
       {
           {"", "auto=-1 time=-1"},
-          {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,"Method":2)",
-           "idView=9 guid='g' name='n' group=0 sequence=-7 auto=1 time=30 method=2"},
+          {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,)"
+           R"("ChangeNumber":"12","Method":2)",
+           "idView=9 guid='g' name='n' group=0 sequence=-7 auto=1 time=30 method=2 number=12"},
           {R"("UserID":3)", "type=1 user=3 auto=-1 time=-1"},
           {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")", "type=1 user=3 auto=-1 time=-1",
            "type=2 user=3 auto=-1 time=-1 shared=1 sharer='eve'"},
@@ -294,8 +295,8 @@ TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
     return Difference(ViewGroupInfo(), ReadGroupText("{" + members + "}", origin));
   };
   ExpectRead({{"", ""},
-              {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"Method":1)",
-               "idViewGroup=3 parent=2 name='n' sequence=-2 method=1"},
+              {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"ChangeNumber":"12","Method":1)",
+               "idViewGroup=3 parent=2 name='n' sequence=-2 method=1 number=12"},
               {R"("UserID":8,"IsSharedView":2)", "user=8 type=1"},
               {R"("UserID":8,"IsSharedView":1)", "user=8 type=1", "user=8 type=2 shared=1"},
               {R"("IsSharedView":1)", "", "type=2 shared=1"}},

@@ -48,7 +48,7 @@ const std::string kEmap =
 
 std::string ViewText(const std::string& windows) {
   return R"({"ID":9,"GUID":"g","Name":"Entr\u00e9e","ViewGroupID":1,"UserID":3,"SharedUserID":7,"SharedUserName":"u",)"
-         R"("SequenceIndex":4,"CycleTime":20,"AutoCycle":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
+         R"("SequenceIndex":4,"ChangeNumber":"51","CycleTime":20,"AutoCycle":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
          R"("PlanViewItem":[)" +
          windows + R"(]},{"SpliteType":1}],"Method":1})";
 }
@@ -87,6 +87,16 @@ TEST(ViewList, IsReadAsByPathsWhateverItsForm) {
       ViewsDocument(R"({"Other":)" + deep + R"(,"PlanPages":)" + deep + "}"),
       R"({"Other":)" + deep + R"(,"ResponseStatus":{"ErrorCode":)" + deep + "," + list + "}}",
       ViewsDocument(deep.substr(0, kDepth)),
+      // The number of the list in all sorts of places and kinds.
+      Accepted(R"({"ChangeNumber":"52","ViewList":{"View":[)" + view + "]}}"),
+      Accepted(R"({"ViewList":{"View":[)" + view + R"(],"ChangeNumber":"1"},"ChangeNumber":"18446744073709551615"})"),
+      Accepted(R"({"ChangeNumber":"1","ViewList":{"View":[]},"ChangeNumber":"2"})"),
+      Accepted(R"({"ChangeNumber":52,"ViewList":{"View":[]}})"),
+      Accepted(R"({"ChangeNumber":-52.0,"ViewList":{"View":[]}})"),
+      Accepted(R"({"ViewList":{"View":[]},"ChangeNumber":null})"),
+      Accepted(R"({"ViewList":{"View":[]},"ChangeNumber":["1"]})"),
+      Accepted(R"({"ViewList":{"View":[]},"ChangeNumber":"18446744073709551616"})"),
+      Accepted(R"({"ViewList":{"View":[]},"ChangeNumber":"5\u0030"})"),
       // Numbers of all sorts.
       ViewsDocument(R"({"ID":4294967295,"UserID":4294967296,"ViewGroupID":"12","SequenceIndex":1.9,"Method":true})"),
       ViewsDocument(R"({"ID":1e2,"Name":12,"GUID":1.5,"CycleTime":[3],"AutoCycle":{"a":1},"SharedUserName":null})"),
@@ -117,7 +127,7 @@ TEST(ViewList, IsReadAsByPathsWhateverAWindowHolds) {
       ExpectSameWith(key, value);
     }
     for (const char* key : {"ID", "Emap", "RelatedZoomWindow", "ViewItemWindowNo", "ExtendInfo", "PlanViewItem",
-                            "PlanPages", "CustomSplite", "SharedUserID"}) {
+                            "PlanPages", "CustomSplite", "SharedUserID", "ChangeNumber"}) {
       ExpectSameWith(key, value);
     }
   }
@@ -128,7 +138,8 @@ TEST(ViewList, IsReadAsByPathsWhateverAWindowHolds) {
 }
 
 TEST(ViewList, IsReadAsByPathsWhenCutOffOrChangedAnywhere) {
-  const std::string text = ViewsDocument(ViewText(kWindow) + "," + ViewText(kEmap));
+  const std::string text =
+      Accepted(R"({"ChangeNumber":"52","ViewList":{"View":[)" + ViewText(kWindow) + "," + ViewText(kEmap) + "]}}");
   for (size_t size = 0; size < text.size(); ++size) ExpectSame(text.substr(0, size));
   std::mt19937 random(20);
   const auto below = [&random](size_t limit) { return static_cast<size_t>(random() % limit); };
@@ -164,8 +175,9 @@ TEST(ViewList, OfAnyLengthIsReadAsByPaths) {
 // The end of the first piece moves over every byte of a whole list. The piece has held so many values by then that the
 // next one takes its memory.
 TEST(ViewList, IsReadAsByPathsWhereverAPieceEnds) {
-  const std::string list = R"("ErrorModule":7,"ErrorCode":0,"Data":{"ViewList":{"View":[{"ID":12,"Name":"n"}]}},)"
-                           R"("CascadingErrorInfo":"c",)";
+  const std::string list =
+      R"("ErrorModule":7,"ErrorCode":0,"Data":{"ChangeNumber":"52","ViewList":{"View":[{"ID":12,"Name":"n"}]}},)"
+      R"("CascadingErrorInfo":"c",)";
   std::string start = R"({"ResponseStatus":{)";
   for (int n = 0; n < 20; ++n) start += "\"u" + std::to_string(n) + "\":1,";
   const std::string end = R"("Rest":")" + std::string(80000, 'r') + R"("}})";
