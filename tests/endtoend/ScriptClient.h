@@ -21,10 +21,13 @@ struct Notice {
 class ScriptClient {
  public:
   // Starts, logs in and loads.
-  ScriptClient(const std::string& serverUrl, const std::string& user, const std::string& password)
-      : m_process({"--server", QString::fromStdString(serverUrl), "--user", QString::fromStdString(user), "script"},
+  ScriptClient(const std::string& serverUrl, const std::string& user, const std::string& password,
+               const QStringList& options = {})
+      : m_process(QStringList{"--server", QString::fromStdString(serverUrl), "--user", QString::fromStdString(user)} +
+                      options + QStringList{"script"},
                   password) {
-    Load();
+    BeginLoad();
+    FinishLoad();
   }
   ~ScriptClient() { m_process.Finish(); }
 
@@ -52,18 +55,32 @@ class ScriptClient {
   // Ends it without a word to the server.
   void Kill() { m_process.Kill(); }
 
-  // Clears and loads again.
+  // Clears and loads again. It forgets what it observed.
   void Reload() {
+    BeginReload();
+    FinishReload();
+  }
+  void BeginReload() {
     m_process.Write("{\"call\":\"ClearViewData\"}\n");
+    BeginLoad();
+  }
+  void FinishReload() {
     ReadAnswer();
-    Load();
+    FinishLoad();
   }
 
   void Observe(int resourceType, const std::string& id) {
+    BeginObserve(resourceType, id);
+    FinishObserve();
+  }
+  void BeginObserve(int resourceType, const std::string& id) {
     const std::string what = host::ObjectText().Add("ResourceType", resourceType).Add("ID", id).Text();
     m_process.Write(host::ObjectText().AddRaw("observe", what).Text() + "\n");
-    ReadAnswer();
   }
+  void FinishObserve() { ReadAnswer(); }
+
+  // Whether there are notices that came before the last answer.
+  bool HasNotices() const { return !m_notices.empty(); }
   Notice NextNotice() {
     while (m_notices.empty()) {
       if (!TakeNotice(ReadLine())) throw std::runtime_error("an answer where a notice was awaited");
@@ -74,8 +91,8 @@ class ScriptClient {
   }
 
  private:
-  void Load() {
-    m_process.Write("{\"load\":true}\n");
+  void BeginLoad() { m_process.Write("{\"load\":true}\n"); }
+  void FinishLoad() {
     if (!host::FlagOf(ReadAnswer(), "result")) throw std::runtime_error("viewctl did not load");
   }
   // The next line that is no notice; notices on the way are kept.

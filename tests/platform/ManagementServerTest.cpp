@@ -7,8 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
+#include <vector>
 
 #include "BizShared/UserCommonManager.h"
+#include "BizShared/details/Exchange.h"
+#include "NetLink/RapidJsonProto.h"
 #include "PlatformCalls.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "ScriptedServer.h"
@@ -90,29 +94,74 @@ bool Follow(const Site& site) {
   return Eventually([] { return CViewGroupManager::Instance().IsViewDownloadSuccess(); });
 }
 
-// Adds a view and waits until the change stream has brought it.
-void AddAndSee(const std::string& name) {
-  const std::string body = R"({"View":{"ID":-1,"Name":")" + name + R"(","ViewGroupID":-1,"UserID":-1}})";
-  EXPECT_EQ(Send("POST", "/NXAPI/Vantorel/Platform/V0/Views", body).substr(0, 4), "0/0 ");
-  EXPECT_TRUE(Eventually([&] {
-    std::string views;
-    CViewGroupManager::Instance().GetViewsData(views);
-    return views.find("\"Name\":\"" + name + "\"") != std::string::npos;
-  }));
+constexpr const char* kRoot = "/NXAPI/Vantorel/Platform/V0/";
+
+std::string ViewBody(const std::string& name) {
+  return R"({"View":{"ID":-1,"Name":")" + name + R"(","ViewGroupID":-1,"UserID":-1}})";
+}
+
+void AddView(const std::string& name) {
+  EXPECT_EQ(Send("POST", std::string(kRoot) + "Views", ViewBody(name)).substr(0, 4), "0/0 ");
+}
+
+// Adds a view in another session of the same user. The platform's own knows nothing of it.
+void AddViewElsewhere(const std::string& name) {
+  BizShared::details::Exchange exchange;
+  exchange.asUser = false;
+  const auto post = [&](const char* what, const std::string& body) {
+    NetLink::CClientSendInfo send;
+    send.SetVal_Method("POST");
+    send.SetVal_URL(kRoot + std::string(what));
+    send.SetVal_send_data(body);
+    NetLink::CClientRecvInfo recv;
+    EXPECT_TRUE(CNetCommManager::Instance().Send(recv, send, exchange));
+    NetLink::CRapidJsonProto reply;
+    reply.set_str(recv.GetVal_Receive_Data());
+    return reply.get_v("/ResponseStatus/Data/Session/Token", "");
+  };
+  exchange.token = post("Sessions", R"({"Session":{"UserName":"ann","Password":"secret of ann"}})");
+  ASSERT_NE(exchange.token, "");
+  post("Views", ViewBody(name));
+  EXPECT_EQ(exchange.status, 200);
 }
 
 TEST(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {
   const Site site(true);
-  std::atomic<int> calls{0};
-  CViewGroupManager::Instance().SetViewsUpdateCallback([&](const std::string&) { ++calls; });
+  std::mutex mutex;
+  std::vector<std::string> told;
+  CViewGroupManager::Instance().SetViewsUpdateCallback([&](const std::string& document) {
+    const std::lock_guard lock(mutex);
+    told.push_back(document);
+  });
   ASSERT_TRUE(Follow(site));
-  AddAndSee("own");
-  // The session is ended behind the platform's back; the next request renews it.
-  CNetCommManager::Instance().SetToken("no longer known");
-  AddAndSee("own again");
-  EXPECT_NE(CNetCommManager::Instance().GetToken(), "no longer known");
-  EXPECT_EQ(calls, 0) << "one's own edits come without a call, also those of a renewed session";
+  const struct {
+    const char *own, *elsewhere, *token;
+  } edits[] = {
+      {"own", "elsewhere", nullptr},
+      // The session is ended behind the platform's back; the next request renews it.
+      {"own again", "elsewhere again", "no longer known"},
+  };
+  for (const auto& edit : edits) {
+    if (edit.token) CNetCommManager::Instance().SetToken(edit.token);
+    AddView(edit.own);
+    // Changes come in order: with this one, that of the own edit has come. The list is not looked at before, or the own
+    // edit would have to be told.
+    AddViewElsewhere(edit.elsewhere);
+    ASSERT_TRUE(Eventually([&] {
+      const std::lock_guard lock(mutex);
+      return !told.empty() && told.back().find("\"Name\":\"" + std::string(edit.elsewhere) + "\"") != std::string::npos;
+    }));
+  }
+  EXPECT_NE(CNetCommManager::Instance().GetToken(), edits[1].token);
+  std::string views;
+  CViewGroupManager::Instance().GetViewsData(views);
   CViewGroupManager::Instance().Stop();
+  EXPECT_EQ(told.size(), 2u) << "one's own edits come without a call, also those of a renewed session";
+  for (const auto& edit : edits) {
+    for (const char* name : {edit.own, edit.elsewhere}) {
+      EXPECT_NE(views.find("\"Name\":\"" + std::string(name) + "\""), std::string::npos) << name;
+    }
+  }
   CViewGroupManager::Instance().SetViewsUpdateCallback({});
   CUserCommonManager::Instance().Logout();
   CNetCommManager::Instance().SetServer({});
