@@ -12,8 +12,9 @@ class ServerProcess {
  public:
   // Starts it with a store, a seed and, unless empty, a fault plan in `folder`. Throws std::runtime_error when it does
   // not come up.
-  ServerProcess(const std::string& folder, const std::string& seed, const std::string& faultPlan)
-      : m_folder(folder), m_hasFaults(!faultPlan.empty()) {
+  ServerProcess(const std::string& folder, const std::string& seed, const std::string& faultPlan,
+                const QStringList& options = {})
+      : m_folder(folder), m_hasFaults(!faultPlan.empty()), m_options(options) {
     std::ofstream(folder + "/seed.json") << seed;
     if (m_hasFaults) SetFaultPlan(faultPlan);
     m_process.setStandardErrorFile(QString::fromStdString(folder + "/server.log"), QIODevice::Append);
@@ -39,7 +40,7 @@ class ServerProcess {
                           "--seed",   folder + "/seed.json",
                           "--listen", "127.0.0.1:" + QString::number(m_port)};
     if (m_hasFaults) arguments << "--faults" << folder + "/faults.json";
-    m_process.start(VIEWSERVER_FILE, arguments);
+    m_process.start(VIEWSERVER_FILE, arguments + m_options);
     while (!m_process.canReadLine()) {
       if (m_process.waitForReadyRead(kWaitMs)) continue;
       throw std::runtime_error("viewserver did not start: see " + m_folder + "/server.log");
@@ -64,6 +65,7 @@ class ServerProcess {
 
   std::string m_folder;
   bool m_hasFaults;
+  QStringList m_options;
   uint16_t m_port = 0;
   QProcess m_process;
 };
