@@ -141,6 +141,18 @@ TEST_F(ViewDownloadTest, ForgottenChangesAreFoundByAnotherDownload) {
   EXPECT_TRUE(m_site.Targets("V0/Changes").back().ends_with("?After=40"));
 }
 
+TEST_F(ViewDownloadTest, TheStreamFollowsAtOnceOnAnotherDownload) {
+  SetTimings({1000ms, 1000ms, 30s, 20s});
+  Load();
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+  m_site.EndStream();
+  const int opened = m_site.StreamsOpened();
+  ASSERT_TRUE(Eventually([&] { return m_site.Count("V0/Views") >= 2; }));
+  const auto downloaded = std::chrono::steady_clock::now();
+  ASSERT_TRUE(Eventually([&] { return m_site.StreamsOpened() > opened; }));
+  EXPECT_LT(std::chrono::steady_clock::now() - downloaded, 700ms) << "changes of a busy site would be missed again";
+}
+
 TEST_F(ViewDownloadTest, ARenewedSessionGetsAStreamOfItsOwn) {
   CNetCommManager::Instance().SetToken("first");
   Load();

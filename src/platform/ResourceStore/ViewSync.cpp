@@ -153,10 +153,11 @@ void ViewSync::Follow() {
     auto began = std::chrono::steady_clock::now();
     StreamEnd end = FollowOnce(backoff);
     if (m_canceller.IsCancelled()) return;
-    if (end == StreamEnd::DownloadAgain && !DownloadAgain()) return;
     m_relay.TellDue();
     if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
     if (!m_canceller.Pause(backoff.Next())) return;
+    // After the pause: in one between the lists and the stream, a server that keeps few changes would forget those too.
+    if (end == StreamEnd::DownloadAgain && !DownloadAgain()) return;
   }
 }
 
