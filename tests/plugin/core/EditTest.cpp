@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The manager's edits: the server first, then, silently, the cache.
 #include "CoreFixture.h"
+#include "QorviViewPlugin/FirstLoad.h"
 #include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
 #include "ResourceStore/OrlUserManager.h"
 
@@ -85,6 +86,15 @@ TEST_F(EditTest, AViewMovesOnlyBetweenGroupsThatAreCached) {
   EXPECT_TRUE(Manager().ModifyView(View(5, 2, "five"), error));
   EXPECT_TRUE(Manager().ModifyView(View(5, 2, "renamed"), error));
   EXPECT_EQ(Members(2), "5'renamed' ");
+}
+
+TEST_F(EditTest, WhatIsChangedAfterAnotherClientsMoveShowsInTheOldGroupsList) {
+  ViewDataResourceUpdate(R"({"ResponseStatus":{"ErrorCode":0,"Data":{"ViewList":{"View":[
+      {"ID":5,"Name":"moved","ViewGroupID":2,"Method":1}]}}}})");
+  EXPECT_EQ(Members(1) + "| " + Members(2), "5'moved' | 5'moved' ");
+  server.Answer(Accepted());
+  EXPECT_TRUE(Manager().ModifyView(View(5, 2, "renamed"), error));
+  EXPECT_EQ(Members(1) + "| " + Members(2), "5'renamed' | 5'moved' ");
 }
 
 // --- The server's users
