@@ -79,7 +79,7 @@ std::string CrossingPlanText(uint32_t seed, bool breaksStreams) {
 
 std::chrono::seconds RunningTime() {
   const char* const seconds = std::getenv("MODEL_SECONDS");
-  return std::chrono::seconds(seconds ? std::strtol(seconds, nullptr, 10) : 7);
+  return std::chrono::seconds(seconds ? std::strtol(seconds, nullptr, 10) : 6);
 }
 
 uint32_t Seed() {
