@@ -4,8 +4,10 @@
 #include <set>
 
 #include "../Gate.h"
+#include "BizShared/details/Canceller.h"
 #include "DownloadFixture.h"
 #include "PlatformCalls.h"
+#include "ResourceStore/details/ChangeRelay.h"
 
 namespace {
 
@@ -279,11 +281,133 @@ TEST_F(OwnEditsTest, NumbersThatBeginAnewInADownloadAreToldByADifferenceWithoutN
   Edit(70);  // of the server as it was
   m_site.SetNumbered(kGroup, View(5, "restored", 2) + "," + View(6, "restored", 3), 20);
   LoseChanges();
-  m_site.Stream(Event(21, "OwnViews", Views(View(5, "v", 21, "1"))));  // its answer was lost with the server
-  StreamUpTo(22);
+  // The edit of that number now is another; its answer was lost with the server.
+  m_site.Stream(Event(70, "OwnViews", Views(View(5, "v", 70, "1"))));
+  StreamUpTo(71);
   const std::string difference =
       "V " + Views(R"({"ID":5,"Name":"restored","Method":1},{"ID":6,"Name":"restored","Method":0})");
-  EXPECT_EQ(AllCalls(23), (Texts{"G " + Groups(""), difference, "V " + Views(View(5, "v", 21, "1"))}));
+  EXPECT_EQ(AllCalls(72), (Texts{"G " + Groups(""), difference, "V " + Views(View(5, "v", 70, "1"))}));
+}
+
+// --- The relay by itself, where a site would have to be met at one moment of its work
+
+using ResourceStore::details::ChangeRelay;
+using ResourceStore::details::ListKind;
+
+// Whatever is told is noted as its kind and its ids with their numbers and methods; "-" stands for nothing.
+class RelayTest : public testing::Test {
+ protected:
+  using Step = std::function<void(RelayTest&)>;
+  struct Row {
+    const char* what;
+    std::vector<Step> steps;
+    Texts told;
+  };
+
+  void Start() {
+    relay = std::make_unique<ChangeRelay>();
+    for (const ListKind kind : {ListKind::Groups, ListKind::Views}) {
+      relay->Slot(kind).Set([this, kind](const std::string& text) {
+        const bool ofViews = kind == ListKind::Views;
+        ResourceStore::details::ListDocument document;
+        ReadListDocument(text, ofViews ? ResourceStore::details::kViewNames : ResourceStore::details::kViewGroupNames,
+                         true, document);
+        std::string heard = ofViews ? "V" : "G";
+        for (const auto& element : document.elements) {
+          heard += " " + std::to_string(*element.id) + "#" + std::to_string(element.number) + "/" +
+                   std::to_string(element.method);
+        }
+        told.push_back(heard);
+      });
+    }
+  }
+
+  // Both lists, each up to its number; they hold view 5 and group 1, always the same.
+  static ResourceStore::details::DownloadedList GroupsUpTo(int number, bool says = true) {
+    return {Groups(kGroup, says ? number : 0), static_cast<uint64_t>(number), says};
+  }
+  static ResourceStore::details::DownloadedList ViewsUpTo(int number, bool says = true) {
+    return {Views(View(5, "v", 4), says ? number : 0), static_cast<uint64_t>(number), says};
+  }
+  static Step Load(int groups, int views, bool says = true) {
+    return [=](RelayTest& t) { t.relay->Downloaded(GroupsUpTo(groups, says), ViewsUpTo(views, says)); };
+  }
+  static Step Again(int groups, int views) {
+    return [=](RelayTest& t) { t.relay->DownloadedAgain(GroupsUpTo(groups), ViewsUpTo(views)); };
+  }
+  static Step Clear() {
+    return [](RelayTest& t) { t.relay->Clear(); };
+  }
+  static Step Hear(int number, const char* type = "OwnViews") {
+    return [=](RelayTest& t) { t.relay->TakeEvent(number, type, Views(View(5, "v", number, "1"))); };
+  }
+  // Edits by their tickets, which count from 1. Number 0: the answer is lost.
+  static Step Send() {
+    return [](RelayTest& t) { t.relay->OnEditBegins(); };
+  }
+  static Step End(uint64_t ticket, int number, const std::string& name = "V0/Views/5", int error = 0) {
+    return [=](RelayTest& t) {
+      NetLink::CClientSendInfo send;
+      send.SetVal_URL(kPlatformRoot + name);
+      const std::string answer = R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":)" + std::to_string(error) +
+                                 R"(,"Data":{"ChangeNumber":")" + std::to_string(number) + "\"}}}";
+      t.relay->OnEditEnds(ticket, send, number == 0 ? "" : answer);
+      t.relay->TellDue();
+    };
+  }
+
+  std::unique_ptr<ChangeRelay> relay;
+  Texts told;
+};
+
+TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
+  const Step load = Load(50, 50), again = Again(60, 60), send = Send();
+  const Row rows[] = {
+      {"answered during the download that holds it", {send, End(1, 45), load, again}, {}},
+      {"answered during the download before it", {send, End(1, 55), load, Hear(55), again}, {}},
+      {"answered, and heard of", {load, send, End(1, 51), Hear(51), again}, {}},
+      {"the last that the first list held, answered late", {load, send, End(1, 50), again}, {}},
+      {"the same after the download", {load, send, again, End(1, 50)}, {}},
+      {"the first passed over", {load, send, again, End(1, 51)}, {"V 5#4/1"}},
+      {"the last passed over", {load, send, again, End(1, 60)}, {"V 5#4/1"}},
+      {"the last passed over, answered before", {load, send, End(1, 60), again}, {"V 5#4/1"}},
+      {"of a group whose list held it before the gap", {Load(60, 50), send, again, End(1, 55, "V0/ViewGroups/1")}, {}},
+      {"of a group, passed over", {load, send, again, End(1, 55, "V0/ViewGroups/1")}, {"G 1#3/1"}},
+      {"refused with a number", {load, send, Hear(51), End(1, 51, "V0/Views/5", 4)}, {"V 5#51/1"}},
+      {"two on their way, the first of them lost", {load, send, send, Hear(51), End(1, 0), End(2, 51)}, {}},
+      {"two on their way, both lost", {load, send, send, Hear(51), End(2, 0), End(1, 0)}, {"V 5#51/1"}},
+      {"lost while a later one is on its way", {load, send, Hear(51), send, End(1, 0)}, {"V 5#51/1"}},
+      {"of a run before, answered there", {load, send, End(1, 51), Clear(), load, Hear(51)}, {"V 5#51/1"}},
+  };
+  for (const Row& row : rows) {
+    Start();
+    for (const Step& step : row.steps) step(*this);
+    EXPECT_EQ(std::exchange(told, {}), row.told) << row.what;
+  }
+}
+
+TEST_F(RelayTest, NumbersBeginAnewOnlyWhereSomeWereGiven) {
+  const Row rows[] = {
+      {"by lists", {Load(50, 50), Clear(), Load(49, 49)}, {"G", "V"}},
+      {"by events", {Load(50, 50, false), Hear(51, "Views"), Clear(), Load(50, 50, false)}, {"V 5#51/1", "G", "V"}},
+      {"by none", {Load(50, 50, false), Clear(), Load(49, 49, false)}, {}},
+  };
+  for (const Row& row : rows) {
+    Start();
+    for (const Step& step : row.steps) step(*this);
+    EXPECT_EQ(std::exchange(told, {}), row.told) << row.what;
+  }
+}
+
+TEST_F(RelayTest, TellsNothingOnceTheRunHasBeenCancelled) {
+  Start();
+  BizShared::details::CCanceller canceller;
+  relay->SetSleeper(&canceller);
+  Load(50, 50)(*this);
+  Hear(51, "Views")(*this);
+  canceller.Cancel();
+  Hear(52, "Views")(*this);
+  EXPECT_EQ(told, Texts{"V 5#51/1"});
 }
 
 }  // namespace

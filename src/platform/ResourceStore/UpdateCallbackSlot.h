@@ -9,10 +9,12 @@
 #include <thread>
 #include <vector>
 
+#include "ResourceStore/Export.h"
+
 namespace ResourceStore {
 
 // Holds the one receiver of a kind of change. Any thread; m_mutex guards everything and is not held across calls.
-class UpdateCallbackSlot {
+class RESOURCESTORE_API UpdateCallbackSlot {
  public:
   using Callback = std::function<void(const std::string&)>;
 

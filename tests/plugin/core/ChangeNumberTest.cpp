@@ -397,7 +397,7 @@ TEST_F(ChangeNumberTest, ALoadTakesWhatIsNewerAndKeepsWhatIsNewerStill) {
        V(5, "loaded", 2, 0) + "," + V(6, "six", 2, 0),
        "group 1'one' in -1: 5'before' ; group 2'two' in 1: 6'six' ; view 5'before'; " + kSix},
       {"groups",
-       {Groups(G(1, "before", -1, 11) + "," + G(2, "before", -1, 13) + "," + G(3, "gone", -1, 11) + "," +
+       {Groups(G(1, "before", -1, 11) + "," + G(2, "before", -1, 13) + "," + G(3, "gone", -1, 12) + "," +
                G(4, "later", -1, 13))},
        12,
        G(1, "loaded", -1, 12) + "," + G(2, "loaded", 1, 2) + "," + G(7, "bare", -1, 0),
@@ -459,6 +459,21 @@ TEST(ChangeOrderTest, StaysSmallAndQuickHoweverManyObjectsComeAndGo) {
     EXPECT_TRUE(order.IsNews(1, number(1))) << "the oldest ones are forgotten";
     EXPECT_TRUE(!rises || !order.IsNews(kMany - 10000, number(kMany - 10000)));
   }
+}
+
+TEST(ChangeOrderTest, CountsAnObjectThatIsRemovedAgainAndAgainOnce) {
+  ChangeOrder<ViewInfo> order;
+  order.Reserve(1);
+  order.NoteRemoved(1, 5);
+  for (ChangeNumber number = 6; number < 70000; ++number) {
+    order.Reserve(2);
+    order.NoteRemoved(2, number);
+  }
+  EXPECT_FALSE(order.IsNews(1, 5));
+  // Room that was made for nothing hides no load.
+  order.StartFrom(80000);
+  order.Reserve(3);
+  EXPECT_FALSE(order.IsNews(3, 80000));
 }
 
 TEST(ChangeOrderTest, RemembersWhatIsCachedAndTheNewestOfWhatWaits) {
