@@ -101,7 +101,7 @@ ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
 // The platform's text holds every change that was called back. Before the load there is nothing to catch up with: it
 // takes that text itself.
 void CatchUp(ChangeKind& kind) noexcept {
-  if (!kind.hasMissed.exchange(false) || !kind.isLoaded) return;
+  if (!kind.isLoaded || !kind.hasMissed.exchange(false)) return;
   bool isDone = false;
   Quietly([&] {
     std::string data;

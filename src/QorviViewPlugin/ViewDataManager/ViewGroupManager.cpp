@@ -239,8 +239,14 @@ ViewGroupInfo CViewGroupManager::PutViewGroup(const ViewGroupInfo& info) {
 std::optional<ViewGroupInfo> CViewGroupManager::AddNumberedViewGroup(const ViewGroupInfo& info) {
   const unsigned int id = info.idViewGroup;
   MutexLock order(m_viewOrderLock);
-  MemberViews members;
+  bool isCached = false;
   {
+    ReadLock lock(m_groupLock);
+    if (!m_groupOrder.IsNews(id, info.nChangeNumber)) return std::nullopt;
+    isCached = FindViewGroup(id) != nullptr;
+  }
+  MemberViews members;
+  if (!isCached) {
     ReadLock lock(m_viewLock);
     for (const auto& entry : mapViews) {
       if (entry.second->GetViewGroupID() == id) members.Append(entry.second);

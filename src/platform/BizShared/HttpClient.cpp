@@ -151,7 +151,11 @@ CURLcode HttpClient::Lane::Drive() {
     if (curl_multi_perform(m_multi, &running) != CURLM_OK) return CURLE_FAILED_INIT;
     if (m_request->canceller && m_request->canceller->IsCancelled()) return CURLE_ABORTED_BY_CALLBACK;
     if (!HandOut()) return CURLE_WRITE_ERROR;
-    if (m_request->idle) m_request->idle();
+    if (m_request->idle) {
+      auto began = Clock::now();
+      m_request->idle();
+      m_lastByte += Clock::now() - began;  // while it took its time nothing could be heard
+    }
     if (running == 0) break;
     milliseconds wait = kLongestWait;
     if (m_request->silence.count() > 0) {

@@ -77,7 +77,6 @@ void ChangeRelay::Set(DownloadedList groups, DownloadedList views, bool finished
 
 void ChangeRelay::Downloaded(DownloadedList groups, DownloadedList views) {
   bool beginsAnew = false;
-  std::string nothing[2];
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     beginsAnew = m_gaveNumbers && std::min(groups.number, views.number) < m_highest;
@@ -87,11 +86,12 @@ void ChangeRelay::Downloaded(DownloadedList groups, DownloadedList views) {
       return edit.first <= (edit.second.object.kind == ListKind::Views ? views : groups).number;
     });
     Replace(groups, views);
-    m_finished = true;
   }
-  if (!beginsAnew) return;
-  Tell(ListKind::Groups, m_groups.Nothing());
-  Tell(ListKind::Views, m_views.Nothing());
+  if (beginsAnew) {
+    Tell(ListKind::Groups, m_groups.Nothing());
+    Tell(ListKind::Views, m_views.Nothing());
+  }
+  m_finished = true;
 }
 
 // Views attach to groups that are there, and groups go after what they held: hence the order of the calls.

@@ -32,7 +32,10 @@ details::DownloadedList AsDownloaded(const std::string& text, const details::Lis
 class CViewGroupManager::Impl {
  public:
   Impl() { BizShared::CNetCommManager::Instance().SetEditWatch(m_relay); }
-  ~Impl() { Stop(); }
+  ~Impl() {
+    Stop();
+    BizShared::CNetCommManager::Instance().SetEditWatch({});
+  }
 
   void Start() {
     std::unique_lock<std::mutex> lock(m_mutex);

@@ -168,7 +168,12 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   Exchange exchange;
   exchange.canceller = &m_canceller;
   exchange.silence = m_timings.silence;
-  exchange.idle = [this] { m_relay.TellDue(); };
+  exchange.idle = [this] {
+    try {
+      m_relay.TellDue();
+    } catch (...) {  // want of memory
+    }
+  };
   exchange.receive = [&](std::string_view piece) {
     parser.Feed(piece, events);
     for (const ChangeEvent& event : events) {

@@ -4,8 +4,8 @@
 // as the server is. The library and the platform's texts are the real ones; the network between them and the thread of
 // the change stream are played step by step.
 //
-// What is played is every interleaving of up to INTERLEAVED_EDITS edits (4 unless said); of the long families one of
-// INTERLEAVING_STRIDE orders (1: all).
+// What is played is every interleaving of up to INTERLEAVED_EDITS edits (4 unless said); of the long families a part,
+// or one of INTERLEAVING_STRIDE orders (1: all).
 #include <cstdlib>
 #include <deque>
 #include <functional>
@@ -484,14 +484,15 @@ size_t MostEdits() {
 
 TEST_F(InterleavingTest, EventsAnswersAndCallbacks) {
   for (size_t edits = 1; edits <= MostEdits(); ++edits) {
-    for (const bool isGroup : {false, true}) ExpectAllConverge({.isGroup = isGroup}, edits, edits < 4 ? 1 : 7);
+    for (const bool isGroup : {false, true})
+      ExpectAllConverge({.isGroup = isGroup}, edits, edits < 3 ? 1 : edits < 4 ? 5 : 101);
   }
 }
 
 TEST_F(InterleavingTest, AnAnswerThatThePlatformHasAndTheLibraryNotYet) {
   for (size_t edits = 1; edits <= 3; ++edits) {
     for (const bool isGroup : {false, true}) {
-      ExpectAllConverge({.isGroup = isGroup, .isSplit = true}, edits, edits < 3 ? 1 : 7);
+      ExpectAllConverge({.isGroup = isGroup, .isSplit = true}, edits, edits < 3 ? 1 : 61);
     }
   }
 }
@@ -499,7 +500,7 @@ TEST_F(InterleavingTest, AnAnswerThatThePlatformHasAndTheLibraryNotYet) {
 TEST_F(InterleavingTest, ALoadInBetween) {
   for (size_t edits = 1; edits <= 3; ++edits) {
     for (const bool isGroup : {false, true}) {
-      const size_t stride = edits < 2 ? 1 : edits < 3 ? 13 : 61;
+      const size_t stride = edits < 2 ? 1 : edits < 3 ? 61 : 307;
       ExpectAllConverge({.isGroup = isGroup, .isSplit = edits < 3, .loadsLate = true}, edits, stride);
       ExpectAllConverge({.isGroup = isGroup, .isSplit = edits < 3, .clears = true}, edits, stride);
     }
@@ -509,8 +510,10 @@ TEST_F(InterleavingTest, ALoadInBetween) {
 TEST_F(InterleavingTest, ADownloadAfterLostChangesInBetween) {
   for (size_t edits = 1; edits <= 3; ++edits) {
     for (const bool isGroup : {false, true}) {
-      ExpectAllConverge({.isGroup = isGroup, .isSplit = edits < 3, .downloadsAgain = true}, edits, edits < 3 ? 3 : 13);
-      ExpectAllConverge({.isGroup = isGroup, .clears = true, .downloadsAgain = true}, edits, edits < 3 ? 11 : 1501);
+      ExpectAllConverge({.isGroup = isGroup, .isSplit = edits < 3, .downloadsAgain = true}, edits, edits < 3 ? 7 : 61);
+      // Of three edits there are millions of orders, which take their time even where few are played.
+      if (edits == 3 && !std::getenv("INTERLEAVING_STRIDE")) continue;
+      ExpectAllConverge({.isGroup = isGroup, .clears = true, .downloadsAgain = true}, edits, 41);
     }
   }
 }
@@ -518,7 +521,7 @@ TEST_F(InterleavingTest, ADownloadAfterLostChangesInBetween) {
 TEST_F(InterleavingTest, ARenewedSessionInBetween) {
   for (size_t edits = 1; edits <= 3; ++edits) {
     for (const bool isGroup : {false, true}) {
-      ExpectAllConverge({.isGroup = isGroup, .isSplit = edits < 3, .renews = true}, edits, edits < 3 ? 1 : 7);
+      ExpectAllConverge({.isGroup = isGroup, .isSplit = edits < 3, .renews = true}, edits, edits < 3 ? 3 : 29);
     }
   }
 }
@@ -526,8 +529,8 @@ TEST_F(InterleavingTest, ARenewedSessionInBetween) {
 TEST_F(InterleavingTest, AnAnswerThatIsLost) {
   for (size_t edits = 1; edits <= 3; ++edits) {
     for (const bool isGroup : {false, true}) {
-      ExpectAllConverge({.isGroup = isGroup, .losesAnswers = true}, edits);
-      ExpectAllConverge({.isGroup = isGroup, .downloadsAgain = true, .losesAnswers = true}, edits, edits < 3 ? 1 : 31);
+      ExpectAllConverge({.isGroup = isGroup, .losesAnswers = true}, edits, edits < 3 ? 1 : 5);
+      ExpectAllConverge({.isGroup = isGroup, .downloadsAgain = true, .losesAnswers = true}, edits, edits < 3 ? 3 : 61);
     }
   }
 }
