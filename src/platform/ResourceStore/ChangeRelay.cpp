@@ -189,7 +189,7 @@ void ChangeRelay::OnEditEnds(uint64_t ticket, const NetLink::CClientSendInfo& se
     if (edit.number != 0 && edit.id) Answer({*edit.kind, *edit.id}, edit.number);
     EndTicket();
   } catch (...) {
-    // Want of memory: the edit's event, or the one after it, is told.
+    // Want of memory: what was due is told when the next edit ends, or with the edit's own event.
   }
   if (!m_due.empty() && m_sleeper) m_sleeper->Wake();
 }

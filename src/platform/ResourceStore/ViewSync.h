@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <thread>

@@ -35,9 +35,8 @@ struct DownloadedList {
 //
 // The user's own edits are not told: the answer to each tells the sender. But four of them nobody else would tell, and
 // a receiver whose cache goes by number is told of them as of a colleague's:
-//  - an edit that had been answered when a list was handed out that did not hold it yet: the list may have replaced
-//  what
-//    the answer had said;
+//  - an edit that had been answered when a list was handed out that did not hold it yet, which may have taken the
+//    answer's place;
 //  - an edit that had been answered when a download that was made again passed its event over, and
 //  - one that is answered after such a download: the receiver hears what the new list says of that object, its absence
 //    included;
