@@ -144,6 +144,7 @@ TEST_F(ViewDownloadTest, ForgottenChangesAreFoundByAnotherDownload) {
 TEST_F(ViewDownloadTest, TheStreamFollowsAtOnceOnAnotherDownload) {
   SetTimings({1000ms, 1000ms, 30s, 20s});
   Load();
+  ASSERT_TRUE(Eventually([&] { return m_site.Streams() == 1; })) << "the first stream would take the answer";
   m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
   m_site.EndStream();
   const int opened = m_site.StreamsOpened();
