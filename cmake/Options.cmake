@@ -20,7 +20,9 @@ target_compile_options(qorvi_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   # Log lines name their source file relative to the repository. ccache may hand the compiler paths relative to the build
   # folder.
-  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=)
+  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=
+  # RapidJSON reports want of memory.
+  "SHELL:-include ${CMAKE_SOURCE_DIR}/src/json/AllocationFailure.h")
 if(QORVI_WERROR)
   target_compile_options(qorvi_options INTERFACE -Werror)
 endif()

@@ -67,6 +67,11 @@ Result Guarded(Result onFailure, Body body) noexcept {
   }
 }
 
+// What a failure inside the library leaves in a response beside the error text; a record of which more is to be said
+// has an overload in its namespace.
+template <class Response>
+void MarkFailed(Response&) {}
+
 // Runs the body of an exchange, which sets the response text and answers the result. What it throws gives false and a
 // fresh response record, with an error text where the record has one; where memory does not even allow that, an empty
 // object.
@@ -77,6 +82,7 @@ bool GuardedExchange(std::string& responseText, Body body) noexcept {
   } catch (...) {
     try {
       Response failed;
+      MarkFailed(failed);
       if constexpr (HasErrorText<Response>) ErrorTextOf(failed) = InternalErrorText();
       responseText = WriteResponse(failed);
     } catch (...) {

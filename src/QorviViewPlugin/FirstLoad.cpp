@@ -6,6 +6,7 @@
 #include <chrono>
 #include <deque>
 #include <list>
+#include <optional>
 #include <string>
 
 #include "QorviViewPlugin/Exchange.h"
@@ -212,7 +213,8 @@ struct LoadInProgress {
 // What tells the two first loads apart.
 struct FirstLoad {
   const ChangeKind& changes;
-  std::atomic<bool>& done;
+  std::atomic<bool>& done;                // and answered
+  std::optional<std::string>& errorText;  // of a load that is done and not answered yet; guarded by s_loadLock
   void (*setCallback)();
   void (*logData)(const std::string& data);
   void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);
@@ -228,19 +230,31 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
 
   MutexLock lock(s_loadLock);
   if (kind.done) return true;
-  std::string data;
-  kind.changes.fetch(data);
-  kind.logData(data);
   ReadRequest<protocol::ClienInitViewDataRequest>(request);
+  // Where memory does not suffice for the response, the next poll gives it: nothing may be loaded twice.
+  if (!kind.errorText) {
+    std::string data;
+    kind.changes.fetch(data);
+    kind.logData(data);
+    std::string errorText;
+    (Manager().*kind.load)(data, errorText);
+    kind.errorText = std::move(errorText);
+  }
   protocol::ClienInitViewDataResponse answer;
-  (Manager().*kind.load)(data, answer.error_info);
-  kind.done = true;  // also when memory does not suffice for the response: nothing may be loaded twice
+  answer.error_info = *kind.errorText;
   answer.init_finish = true;
   response = WriteResponse(answer);
+  kind.errorText.reset();
+  kind.done = true;
   return true;
 }
 
-const FirstLoad kViewGroupLoad = {s_viewGroupChanges, s_bViewGroupInitFinish,
+std::optional<std::string> s_viewGroupErrorText;
+std::optional<std::string> s_viewErrorText;
+
+const FirstLoad kViewGroupLoad = {s_viewGroupChanges,
+                                  s_bViewGroupInitFinish,
+                                  s_viewGroupErrorText,
                                   [] { Downloads().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
                                   [](const std::string& data) {
                                     IOrlFormatLog(kInfoLevel, kInfoModule,
@@ -249,7 +263,9 @@ const FirstLoad kViewGroupLoad = {s_viewGroupChanges, s_bViewGroupInitFinish,
                                   },
                                   &CViewGroupManager::LoadViewGroups};
 
-const FirstLoad kViewLoad = {s_viewChanges, s_bViewInitFinish,
+const FirstLoad kViewLoad = {s_viewChanges,
+                             s_bViewInitFinish,
+                             s_viewErrorText,
                              [] { Downloads().SetViewsUpdateCallback(ViewDataResourceUpdate); },
                              [](const std::string& data) {
                                IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_messgae data: %s[%s(%d)]",
@@ -298,6 +314,8 @@ void ClearViewData() {
     MutexLock lock(s_loadLock);
     s_bViewGroupInitFinish = false;
     s_bViewInitFinish = false;
+    s_viewGroupErrorText.reset();
+    s_viewErrorText.reset();
     Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().UninitManager();
     Manager().ClearViewData();
   });

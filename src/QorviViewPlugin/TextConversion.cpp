@@ -67,6 +67,7 @@ const char* ScanFloat(const char* at, const char* end) {
 
 float ExtractFloat(std::string_view text) {
   std::istringstream stream{std::string(text)};
+  stream.exceptions(std::ios::badbit);  // want of memory is no number
   stream.imbue(std::locale::classic());
   float value = 0.0f;
   stream >> value;

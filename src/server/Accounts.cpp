@@ -84,21 +84,21 @@ void Accounts::UpdateUser(int32_t id, const std::string& name, int32_t ptz) {
 }
 
 bool Accounts::SetPassword(const std::string& name, const std::string& passwordHash) {
-  SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
+  Transaction transaction(m_database);
   if (Execute(m_database, "UPDATE users SET password = ? WHERE name = ?", passwordHash, name) == 0) return false;
   Execute(m_database, "DELETE FROM sessions WHERE user_id = (SELECT id FROM users WHERE name = ?)", name);
-  transaction.commit();
+  transaction.Commit();
   return true;
 }
 
 std::string Accounts::OpenSession(int32_t userId, const std::string& client) {
   std::string token = MakeToken();
   const int64_t now = m_clock();
-  SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
+  Transaction transaction(m_database);
   Execute(m_database, "DELETE FROM sessions WHERE last_used < ?", now - kSessionSeconds);
   Execute(m_database, "INSERT INTO sessions (token_hash, user_id, client, last_used) VALUES (?,?,?,?)", Digest(token),
           userId, client, now);
-  transaction.commit();
+  transaction.Commit();
   return token;
 }
 

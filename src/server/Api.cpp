@@ -158,6 +158,8 @@ HttpReply Api::Handle(const HttpRequest& request) {
     return Answer(request);
   } catch (const Refusal& refusal) {
     return Refused(refusal);
+  } catch (const std::bad_alloc&) {
+    return Refused(NoMemory());
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
     return Refused(InternalError());
@@ -198,7 +200,12 @@ int32_t Api::UserOf(const HttpRequest& request) {
 
 uint64_t Api::BodyLimit(const HttpRequest& request) {
   if (IsLogin(request)) return kUsualBody;
-  return UserOf(request) == kNobody ? 0 : kMaxBody;
+  try {
+    m_site.Authenticate(request.token);
+    return kMaxBody;
+  } catch (const Refusal&) {
+    return 0;
+  }
 }
 
 bool Api::IsSlow(const HttpRequest& request) {
@@ -215,6 +222,10 @@ HttpReply Api::AnswerTooLarge() {
 
 HttpReply Api::AnswerTooMany() {
   return Refused(TooManyConnections());
+}
+
+HttpReply Api::AnswerNoMemory() {
+  return Refused(NoMemory());
 }
 
 HttpReply Api::Login(const Exchange& exchange) {

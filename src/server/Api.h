@@ -23,6 +23,7 @@ class Api : public HttpHandler {
   HttpReply AnswerMalformed() override;
   HttpReply AnswerTooLarge() override;
   HttpReply AnswerTooMany() override;
+  HttpReply AnswerNoMemory() override;
 
  private:
   struct Exchange;  // one request on its way: who asks, and the id in its path

@@ -71,6 +71,7 @@ bool ChangeFeed::CatchUp(std::vector<Text>& events) {
 
 bool ChangeFeed::Offer(int64_t number, const Text& event) {
   const std::lock_guard lock(m_mutex);
+  if (m_overflowed) return false;
   if (m_queue.size() >= kMaxQueued || (m_queuedBytes > 0 && m_queuedBytes + event->size() > kMaxQueuedBytes)) {
     m_overflowed = true;
     return false;
@@ -78,6 +79,11 @@ bool ChangeFeed::Offer(int64_t number, const Text& event) {
   m_queue.emplace_back(number, event);
   m_queuedBytes += event->size();
   return true;
+}
+
+void ChangeFeed::FallBehind() noexcept {
+  const std::lock_guard lock(m_mutex);
+  m_overflowed = true;
 }
 
 void ChangeFeed::Close() {
@@ -89,7 +95,7 @@ void ChangeHub::Add(const FeedPtr& feed) {
   m_feedsOfUser[feed->Listener().userId][feed.get()] = feed;
 }
 
-void ChangeHub::Remove(const ChangeFeed* feed) {
+void ChangeHub::Remove(ChangeFeed* feed) {
   const auto it = m_feedsOfUser.find(feed->Listener().userId);
   if (it == m_feedsOfUser.end()) return;
   it->second.erase(feed);
@@ -98,17 +104,29 @@ void ChangeHub::Remove(const ChangeFeed* feed) {
 
 void ChangeHub::OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake) {
   for (auto it = feeds.begin(); it != feeds.end();) {
-    FeedPtr feed = it->second.lock();
+    FeedPtr& feed = wake[it->first];
+    if (!feed) feed = it->second.lock();
     const Text text = feed ? texts.For(feed->Listener()) : nullptr;
     const bool keeps = text == nullptr || feed->Offer(number, text);
-    // Kept until no lock is held, even where it heard nothing: were this the last holder, the feed's end would want
-    // the owner's lock.
-    if (feed) wake.insert(std::move(feed));
     it = keeps ? std::next(it) : feeds.erase(it);
   }
 }
 
-void ChangeHub::Publish(const Change& change, WakeList& wake) {
+void ChangeHub::Publish(const std::vector<Change>& changes, WakeList& wake) noexcept {
+  try {
+    for (const Change& change : changes) PublishOne(change, wake);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "viewserver: change streams fall behind: %s\n", e.what());
+    for (auto& [user, feeds] : m_feedsOfUser) {
+      for (auto& [pointer, weak] : feeds) {
+        pointer->FallBehind();
+        OrEnd([&] { return (wake[pointer] = weak.lock()) != nullptr; });
+      }
+    }
+  }
+}
+
+void ChangeHub::PublishOne(const Change& change, WakeList& wake) {
   EventTexts texts(change);
   if (change.before.everybody || change.after.everybody) {
     for (auto& [user, feeds] : m_feedsOfUser) OfferTo(feeds, texts, change.number, wake);
@@ -125,10 +143,9 @@ void ChangeHub::Publish(const Change& change, WakeList& wake) {
 void ChangeHub::CloseSession(int64_t sessionId, WakeList& wake) {
   for (auto& [user, feeds] : m_feedsOfUser) {
     for (auto& [pointer, weak] : feeds) {
-      FeedPtr feed = weak.lock();
-      if (!feed) continue;
-      if (feed->Listener().sessionId == sessionId) feed->Close();
-      wake.insert(std::move(feed));
+      if (pointer->Listener().sessionId != sessionId) continue;
+      pointer->Close();
+      wake[pointer] = weak.lock();
     }
   }
 }

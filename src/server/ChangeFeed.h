@@ -8,7 +8,6 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "server/ChangeLog.h"
@@ -18,7 +17,9 @@ namespace server {
 
 class ChangeFeed;
 using FeedPtr = std::shared_ptr<ChangeFeed>;
-using WakeList = std::unordered_set<FeedPtr>;  // feeds to wake once no lock is held
+// Feeds to wake once no lock is held; null where a feed was at its end. Whoever gets hold of a feed under its owner's
+// lock keeps it here: were that the last holder, the feed's end would want that lock.
+using WakeList = std::unordered_map<const ChangeFeed*, FeedPtr>;
 
 // Where feeds read; the site. Any thread.
 class ChangeSource {
@@ -27,7 +28,7 @@ class ChangeSource {
   virtual ~ChangeSource() = default;
   // Changes after that number. kLive: these are the last ones, and the feed is subscribed to all that follow.
   virtual Reach ReadChanges(const FeedPtr& feed, int64_t after, std::vector<Change>& changes) = 0;
-  virtual void Unsubscribe(const ChangeFeed* feed) = 0;
+  virtual void Unsubscribe(ChangeFeed* feed) = 0;
   virtual bool TouchSession(int64_t sessionId) = 0;
 };
 
@@ -47,6 +48,8 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
 
   // Queues an event; false when the queue is full: the feed must then be unsubscribed, and reads by itself.
   bool Offer(int64_t number, const Text& event);
+  // As where the queue is full.
+  void FallBehind() noexcept;
   void Close();
   void Wake() { m_wake(); }
 
@@ -72,12 +75,15 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
 class ChangeHub {
  public:
   void Add(const FeedPtr& feed);
-  void Remove(const ChangeFeed* feed);
-  void Publish(const Change& change, WakeList& wake);
+  void Remove(ChangeFeed* feed);
+  // Where memory does not suffice, all feeds are left to read by themselves: now, or with their next sign of life.
+  void Publish(const std::vector<Change>& changes, WakeList& wake) noexcept;
   void CloseSession(int64_t sessionId, WakeList& wake);
 
  private:
-  using Feeds = std::unordered_map<const ChangeFeed*, std::weak_ptr<ChangeFeed>>;
+  // A feed's end withdraws it, under the owner's lock: until then its pointer may be used.
+  using Feeds = std::unordered_map<ChangeFeed*, std::weak_ptr<ChangeFeed>>;
+  void PublishOne(const Change& change, WakeList& wake);
   static void OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake);
 
   std::unordered_map<int32_t, Feeds> m_feedsOfUser;

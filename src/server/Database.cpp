@@ -3,9 +3,12 @@
 
 #include <SQLiteCpp/Exception.h>
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "server/StoreUpgrade.h"
 
@@ -88,6 +91,23 @@ SQLite::Statement& Database::Prepared(const char* sql) {
   std::unique_ptr<SQLite::Statement>& statement = m_statements[sql];
   if (!statement) statement = std::make_unique<SQLite::Statement>(m_database, sql);
   return *statement;
+}
+
+Transaction::Transaction(Database& database) : m_database(database), m_rollback(database.Prepared("ROLLBACK")) {
+  Execute(database, "BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+  sqlite3* const handle = m_database.Handle().getHandle();
+  for (int attempts = 1000; !m_isCommitted && sqlite3_get_autocommit(handle) == 0 && attempts > 0; --attempts) {
+    if (m_rollback.tryExecuteStep() != SQLITE_DONE) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    m_rollback.tryReset();
+  }
+}
+
+void Transaction::Commit() {
+  Execute(m_database, "COMMIT");
+  m_isCommitted = true;
 }
 
 }  // namespace server

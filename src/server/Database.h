@@ -61,6 +61,23 @@ class Query {
   SQLite::Statement& m_statement;
 };
 
+// A transaction that will write; undone at its end unless it was committed.
+class Transaction {
+ public:
+  explicit Transaction(Database& database);
+  // No transaction is open afterwards, or nobody could begin another: where memory runs out it waits for some.
+  ~Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+
+  void Commit();
+
+ private:
+  Database& m_database;
+  SQLite::Statement& m_rollback;
+  bool m_isCommitted = false;
+};
+
 template <class... Args>
 int Execute(Database& database, const char* sql, const Args&... args) {
   Query query(database, sql, args...);

@@ -28,6 +28,7 @@ class FaultHandler : public HttpHandler {
   HttpReply AnswerMalformed() override { return m_inner.AnswerMalformed(); }
   HttpReply AnswerTooLarge() override { return m_inner.AnswerTooLarge(); }
   HttpReply AnswerTooMany() override { return m_inner.AnswerTooMany(); }
+  HttpReply AnswerNoMemory() override { return m_inner.AnswerNoMemory(); }
 
  private:
   class Events;

@@ -44,8 +44,8 @@ class EventSource {
   virtual bool KeepAlive() = 0;
   // True: not even signs of life are sent.
   virtual bool IsSilent() const { return false; }
-  // `wake` is called, from any thread and with no lock held, when Take would give something new. Set once, before
-  // the first Take.
+  // `wake` is called, from any thread and with no lock held, when Take would give something new. It does not throw. Set
+  // once, before the first Take.
   virtual void OnReady(std::function<void()> wake) = 0;
 };
 
@@ -61,23 +61,24 @@ struct HttpReply {
 
 constexpr uint64_t kUsualBody = 64 << 10;
 
-// Called from several threads at once. Must not throw.
+// Called from several threads at once. Must not throw, but for std::bad_alloc, which costs the connection.
 class HttpHandler {
  public:
   virtual ~HttpHandler() = default;
   virtual HttpReply Handle(const HttpRequest& request) = 0;
   // How many bytes a body may have that is larger than usual; asked before it is read, so `request` has none yet. 0:
-  // something else is wrong with the request, and Handle says what.
+  // something else is wrong with the request, and Handle says what. May throw where it cannot tell.
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
   // True when Handle may take so long that other connections should not wait for it.
   virtual bool IsSlow(const HttpRequest& request) = 0;
   // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
   virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
-  // Answers to what is no request: not HTTP, and too large in head or body; and to one of a user who holds as many
-  // connections as a user may.
+  // Answers to what is no request: not HTTP, and too large in head or body; to one of a user who holds as many
+  // connections as a user may; and to one for whose body there is no memory.
   virtual HttpReply AnswerMalformed() = 0;
   virtual HttpReply AnswerTooLarge() = 0;
   virtual HttpReply AnswerTooMany() = 0;
+  virtual HttpReply AnswerNoMemory() = 0;
 };
 
 struct HttpSettings {
@@ -96,7 +97,8 @@ struct HttpSettings {
   std::chrono::milliseconds heartbeat{15000};  // of an event stream
 };
 
-// Serves from its construction to its destruction, on threads of its own. The handler must outlive it.
+// Serves from its construction to its destruction, on threads of its own. The handler must outlive it. Where memory
+// runs out, requests and connections may fail, but the server goes on.
 class HttpServer {
  public:
   // Throws std::runtime_error with one plain line when address, certificate or key cannot be used.

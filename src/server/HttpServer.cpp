@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// The only file that knows Beast, which reads requests; replies are written as they are. One strand per connection.
+// The only file that knows Beast, which reads requests; replies are written as they are. Each connection runs on one
+// thread, whose I/O context no other thread runs: a strand would allocate where it cannot fail, so that want of memory
+// ended the process.
 #include <algorithm>
 #include <atomic>
 #include <boost/asio.hpp>
 #include <boost/asio/ssl.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <cstdio>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -64,11 +68,13 @@ struct Context {
   HttpHandler& handler;
   std::atomic<size_t> connections{0};
   Holders holders;
-  asio::io_context io;
+  std::vector<std::unique_ptr<asio::io_context>> ios;  // one for each thread
   asio::thread_pool slow;
 
   Context(const HttpSettings& how, HttpHandler& who)
-      : settings(how), handler(who), io(how.threads), slow(static_cast<size_t>(how.slowThreads)) {}
+      : settings(how), handler(who), slow(static_cast<size_t>(how.slowThreads)) {
+    for (int i = 0; i < how.threads; ++i) ios.push_back(std::make_unique<asio::io_context>(1));
+  }
 };
 
 const char* Reason(int status) {
@@ -100,7 +106,9 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
  public:
   template <class... Args>
   Connection(Context& context, tcp::socket&& socket, Args&... args)
-      : m_context(context), m_stream(std::move(socket), args...), m_timer(m_stream.get_executor()) {}
+      : m_context(context), m_stream(std::move(socket), args...), m_timer(m_stream.get_executor()) {
+    ++m_context.connections;
+  }
 
   ~Connection() {
     --m_context.connections;
@@ -166,11 +174,16 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 
     const auto length = m_parser->content_length();
     uint64_t limit = kUsualBody;
-    if (!length || *length > limit) {
-      const uint64_t allowed = m_context.handler.BodyLimit(m_request);
-      if (length && allowed == 0) return Refuse(m_context.handler.Handle(m_request));
-      limit = std::max(limit, allowed);
-      if (length && *length > limit) return Refuse(m_context.handler.AnswerTooLarge());
+    try {
+      if (!length || *length > limit) {
+        const uint64_t allowed = m_context.handler.BodyLimit(m_request);
+        if (length && allowed == 0) return Refuse(m_context.handler.Handle(m_request));
+        limit = std::max(limit, allowed);
+        if (length && *length > limit) return Refuse(m_context.handler.AnswerTooLarge());
+      }
+      m_parser->get().body().reserve(length.value_or(0));
+    } catch (const std::exception&) {
+      return Refuse(m_context.handler.AnswerNoMemory());
     }
     m_parser->body_limit(limit);
     // For all of it, or a client could keep its connection by sending a byte now and then.
@@ -220,6 +233,7 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     if (error == http::error::body_limit || error == http::error::header_limit) {
       return Refuse(m_context.handler.AnswerTooLarge());
     }
+    if (error == http::error::bad_alloc) return Refuse(m_context.handler.AnswerNoMemory());
     const bool isHttp = error.category() == make_error_code(http::error::end_of_stream).category();
     if (isHttp && error != http::error::end_of_stream && error != http::error::partial_message) {
       Refuse(m_context.handler.AnswerMalformed());
@@ -236,8 +250,13 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     Lowest().expires_never();
     if (!m_context.handler.IsSlow(m_request)) return Send(m_context.handler.Handle(m_request), keepAlive);
     asio::post(m_context.slow, [self = this->shared_from_this(), keepAlive] {
-      auto reply = std::make_shared<HttpReply>(self->m_context.handler.Handle(self->m_request));
-      asio::post(self->m_stream.get_executor(), [self, reply, keepAlive] { self->Send(std::move(*reply), keepAlive); });
+      try {
+        auto reply = std::make_shared<HttpReply>(self->m_context.handler.Handle(self->m_request));
+        asio::post(self->m_stream.get_executor(),
+                   [self, reply, keepAlive] { self->Send(std::move(*reply), keepAlive); });
+      } catch (const std::exception&) {
+        // Want of memory: the connection ends with its last holder.
+      }
     });
   }
 
@@ -317,11 +336,14 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     Lowest().expires_never();
     m_reply.events->OnReady([weak = this->weak_from_this(), executor = m_stream.get_executor()] {
       const auto self = weak.lock();
-      if (self && !self->m_wakeUnderway.exchange(true)) {
+      if (!self || self->m_wakeUnderway.exchange(true)) return;
+      try {
         asio::post(executor, [self] {
           self->m_wakeUnderway = false;
           self->PumpEvents();
         });
+      } catch (const std::exception&) {
+        self->m_wakeUnderway = false;  // want of memory: the next sign of life brings what there is
       }
     });
     m_chunk.resize(512);
@@ -348,7 +370,16 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
     });
   }
 
+  // A stream that could miss an event must end: its client comes back for the rest.
   void PumpEvents() {
+    try {
+      SendEvents();
+    } catch (const std::exception&) {
+      EndEvents();
+    }
+  }
+
+  void SendEvents() {
     static const Text kComment = std::make_shared<std::string>(": still here\n\n");
     if (m_writing || m_ended) return;
     if (m_events.empty()) {
@@ -407,17 +438,30 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 }  // namespace
 
 class HttpServer::Impl {
+  // Counts how many there are; a handler's end is the end of its own, whether it was called or not.
+  class Counted {
+   public:
+    explicit Counted(int& count) : m_count(&count) { ++count; }
+    Counted(Counted&& other) noexcept : m_count(std::exchange(other.m_count, nullptr)) {}
+    Counted& operator=(Counted&&) = delete;
+    ~Counted() {
+      if (m_count) --*m_count;
+    }
+
+   private:
+    int* m_count;
+  };
+
  public:
   Impl(const HttpSettings& settings, HttpHandler& handler)
-      : m_context(settings, handler), m_acceptor(asio::make_strand(m_context.io)), m_pause(m_acceptor.get_executor()) {
+      : m_context(settings, handler), m_acceptor(*m_context.ios.front()), m_pause(m_acceptor.get_executor()) {
     LoadCertificate();
     Listen();
-    asio::post(m_acceptor.get_executor(), [this] { Accept(); });
-    for (int i = 0; i < settings.threads; ++i) m_threads.emplace_back([this] { m_context.io.run(); });
+    for (const auto& io : m_context.ios) m_threads.emplace_back([this, &io] { Run(*io); });
   }
 
   ~Impl() {
-    m_context.io.stop();
+    for (const auto& io : m_context.ios) io->stop();
     for (std::thread& thread : m_threads) thread.join();
     m_context.slow.stop();  // what has not begun is not wanted any more
     m_context.slow.join();
@@ -445,7 +489,7 @@ class HttpServer::Impl {
     const HttpSettings& settings = m_context.settings;
     const std::string address = settings.host + ":" + std::to_string(settings.port);
     try {
-      tcp::resolver resolver(m_context.io);
+      tcp::resolver resolver(m_acceptor.get_executor());
       const tcp::endpoint endpoint =
           *resolver.resolve(settings.host, std::to_string(settings.port), tcp::resolver::passive).begin();
       m_acceptor.open(endpoint.protocol());
@@ -458,21 +502,37 @@ class HttpServer::Impl {
     }
   }
 
+  // What a handler throws, want of memory, has ended its connection with it, which that handler alone held; or the
+  // accepting, which is begun anew.
+  void Run(asio::io_context& io) {
+    const auto untilStopped = asio::make_work_guard(io);
+    while (true) {
+      try {
+        if (&io == m_context.ios.front().get() && m_accepting == 0) Accept();
+        io.run();
+        return;
+      } catch (const std::exception& e) {
+        std::fprintf(stderr, "viewserver: a connection ends: %s\n", e.what());
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      }
+    }
+  }
+
   void Accept() {
-    m_acceptor.async_accept(asio::make_strand(m_context.io), [this](error_code error, tcp::socket socket) {
+    asio::io_context& io = *m_context.ios[m_accepted++ % m_context.ios.size()];
+    m_acceptor.async_accept(io, [this, counted = Counted(m_accepting)](error_code error, tcp::socket socket) {
       if (!error) {
         Serve(std::move(socket));
         return Accept();
       }
       // Out of descriptors, most likely: some connection will end.
       m_pause.expires_after(std::chrono::milliseconds(100));
-      m_pause.async_wait([this](error_code) { Accept(); });
+      m_pause.async_wait([this, counted = Counted(m_accepting)](error_code) { Accept(); });
     });
   }
 
   void Serve(tcp::socket&& socket) {
     if (m_context.connections >= m_context.settings.maxConnections) return;  // the socket closes
-    ++m_context.connections;
     if (m_tls) {
       std::make_shared<Connection<TlsStream>>(m_context, std::move(socket), *m_tls)->Start();
     } else {
@@ -485,6 +545,9 @@ class HttpServer::Impl {
   Context m_context;
   tcp::acceptor m_acceptor;
   asio::steady_timer m_pause;
+  // The first thread's own.
+  size_t m_accepted = 0;
+  int m_accepting = 0;  // the handlers that will accept the next
   uint16_t m_port = 0;
   std::vector<std::thread> m_threads;
 };

@@ -47,6 +47,9 @@ inline Refusal TooManyConnections() {
 inline Refusal InternalError() {
   return {kViewModule, 8, 500, "internal error"};
 }
+inline Refusal NoMemory() {
+  return {kViewModule, 8, 503, "out of memory"};
+}
 inline Refusal BadLogin() {
   return {kSessionModule, 1, 401, "bad user or password"};
 }

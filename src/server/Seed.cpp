@@ -196,7 +196,7 @@ void Site::Apply(const SeedData& seed) {
   Locked locked(m_mutex);
   try {
     const std::map<int32_t, std::string> passwordHashes = HashNewPasswords(seed);
-    SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
+    Transaction transaction(m_database);
     SeedUsers(seed, passwordHashes);
     for (const SeedArea& area : seed.areas) m_resources.PutArea(area.id, area.name);
     for (const Element& element : seed.elements) m_resources.PutElement(element);
@@ -221,10 +221,10 @@ void Site::Apply(const SeedData& seed) {
 
     std::vector<Change> changes;
     Write({}, steps, changes);
-    transaction.commit();
-    ApplyTo(m_catalog, steps);
+    transaction.Commit();
+    ApplyCommitted(steps);
     m_log.Committed(changes);
-    for (const Change& change : changes) m_hub.Publish(change, locked.wake);
+    m_hub.Publish(changes, locked.wake);
   } catch (const Refusal& refusal) {
     throw std::runtime_error(std::string("seed: the groups and views do not fit: ") + refusal.detail);
   } catch (const SQLite::Exception& e) {

@@ -14,7 +14,9 @@ constexpr size_t kReadBytes = size_t{1} << 20;
 
 Site::Locked::~Locked() {
   lock.unlock();
-  for (const FeedPtr& feed : wake) feed->Wake();
+  for (const auto& [pointer, feed] : wake) {
+    if (feed) feed->Wake();
+  }
 }
 
 Site::Site(const std::string& dataFile, uint64_t keepChanges, Accounts::Clock clock)
@@ -132,7 +134,7 @@ ChangeSource::Reach Site::ReadChanges(const FeedPtr& feed, int64_t after, std::v
   return Reach::kLive;
 }
 
-void Site::Unsubscribe(const ChangeFeed* feed) {
+void Site::Unsubscribe(ChangeFeed* feed) {
   const std::lock_guard lock(m_mutex);
   m_hub.Remove(feed);
 }

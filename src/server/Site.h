@@ -81,7 +81,7 @@ class Site : public ChangeSource {
   FeedPtr OpenFeed(const Caller& caller, int64_t after);
 
   Reach ReadChanges(const FeedPtr& feed, int64_t after, std::vector<Change>& changes) override;
-  void Unsubscribe(const ChangeFeed* feed) override;
+  void Unsubscribe(ChangeFeed* feed) override;
   bool TouchSession(int64_t sessionId) override;
 
  private:
@@ -115,6 +115,8 @@ class Site : public ChangeSource {
   void Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes);
   Change RecordOf(const Caller& caller, const Step& step, int64_t number);
   static void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
+  // The store has the steps already, so that the catalog must come to have them too: waits until there is memory.
+  void ApplyCommitted(const std::vector<Step>& steps) noexcept;
 
   std::vector<Step> SeedSteps(const SeedData& seed);
   std::map<int32_t, std::string> HashNewPasswords(const SeedData& seed);

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The edits of a site: check by the rules, say what each object becomes, commit.
 #include <algorithm>
+#include <chrono>
+#include <new>
+#include <thread>
 
 #include "server/Rules.h"
 #include "server/Secrets.h"
@@ -160,14 +163,14 @@ int64_t Site::MoveGroups(const Caller& caller, const MoveInput& move) {
 }
 
 int64_t Site::Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps) {
-  SQLite::Transaction transaction(m_database.Handle(), SQLite::TransactionBehavior::IMMEDIATE);
+  Transaction transaction(m_database);
   std::vector<Change> changes;
   Write(caller, steps, changes);
-  transaction.commit();
+  transaction.Commit();
 
-  ApplyTo(m_catalog, steps);
+  ApplyCommitted(steps);
   m_log.Committed(changes);
-  for (const Change& change : changes) m_hub.Publish(change, locked.wake);
+  m_hub.Publish(changes, locked.wake);
   return m_log.Last();
 }
 
@@ -220,6 +223,16 @@ Change Site::RecordOf(const Caller& caller, const Step& step, int64_t number) {
     change.head = *step.newGroup->head;
   }
   return change;
+}
+
+void Site::ApplyCommitted(const std::vector<Step>& steps) noexcept {
+  while (true) {
+    try {
+      return ApplyTo(m_catalog, steps);
+    } catch (const std::bad_alloc&) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  }
 }
 
 void Site::ApplyTo(Catalog& catalog, const std::vector<Step>& steps) {

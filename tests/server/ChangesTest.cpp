@@ -244,7 +244,7 @@ TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
 
 struct BrokenStore : ChangeSource {
   Reach ReadChanges(const FeedPtr&, int64_t, std::vector<Change>&) override { throw std::runtime_error("disk full"); }
-  void Unsubscribe(const ChangeFeed*) override {}
+  void Unsubscribe(ChangeFeed*) override {}
   bool TouchSession(int64_t) override { throw std::runtime_error("disk full"); }
 };
 

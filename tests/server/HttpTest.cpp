@@ -55,6 +55,7 @@ class Echo : public HttpHandler {
   HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
   HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
   HttpReply AnswerTooMany() override { return {429, {}, "too many", nullptr, nullptr, {}, {}}; }
+  HttpReply AnswerNoMemory() override { return {503, {}, "no memory", nullptr, nullptr, {}, {}}; }
   int32_t UserOf(const HttpRequest& request) override {
     return request.token.rfind("user", 0) == 0 ? std::stoi(request.token.substr(4)) : kNobody;
   }

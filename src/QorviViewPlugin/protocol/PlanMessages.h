@@ -69,6 +69,9 @@ QORVI_RECORD(GetPlanGroupsResponse, QORVI_GET_PLAN_GROUPS_RESPONSE)
   FIELD(Boolean, is_share_viewgroup)
 QORVI_RECORD(AddPlanGroupRequest, QORVI_ADD_PLAN_GROUP_REQUEST)
 QORVI_RECORD(AddPlanGroupResponse, QORVI_ERROR_INFO_AND_ID)
+inline void MarkFailed(AddPlanGroupResponse& response) {
+  response.ID = "-1";
+}
 
 #define QORVI_UPDATE_PLAN_GROUP_REQUEST(FIELD) \
   FIELD(Text, Name)                            \
@@ -113,6 +116,9 @@ QORVI_RECORD(GetPlansInGroupResponse, QORVI_GET_PLANS_IN_GROUP_RESPONSE)
   FIELD(Sequence<PlanPage>, PlanPages)
 QORVI_RECORD(AddPlanRequest, QORVI_ADD_PLAN_REQUEST)
 QORVI_RECORD(AddPlanResponse, QORVI_ERROR_INFO_AND_ID)
+inline void MarkFailed(AddPlanResponse& response) {
+  response.ID = "-1";
+}
 
 #define QORVI_UPDATE_PLAN_REQUEST(FIELD) \
   FIELD(Text, GroupID)                   \

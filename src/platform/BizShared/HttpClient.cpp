@@ -4,6 +4,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 #include "BizShared/CancellerImpl.h"
@@ -25,14 +26,6 @@ struct ListDeleter {
 };
 using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 
-void AddHeader(HeaderList& list, const std::string& line) {
-  curl_slist* longer = curl_slist_append(list.get(), line.c_str());
-  if (!longer) return;
-  // The longer list has taken the old one over.
-  static_cast<void>(list.release());
-  list.reset(longer);
-}
-
 // A token goes into a header line; one that would break out of it is not sent.
 bool IsHeaderSafe(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= 0x20 && c != 0x7f; });
@@ -53,9 +46,17 @@ class HttpClient::Lane {
   Lane& operator=(const Lane&) = delete;
 
   HttpReply Perform(const HttpRequest& request);
+  // After a failure there is no connection worth keeping; and after want of memory curl's handles are not to be
+  // trusted.
+  bool IsWorthKeeping() const { return m_hasSucceeded; }
 
  private:
+  class Work;
+
   void SetUp();
+  template <class Value>
+  void Set(CURLoption option, Value value);
+  void AddHeader(const std::string& line);
   void SetMethod();
   CURLcode Drive();
   bool HandOut();
@@ -72,8 +73,32 @@ class HttpClient::Lane {
   std::string m_piece;  // arrived and not handed out yet
   HeaderList m_headers;
   Clock::time_point m_lastByte;
+  CURLcode m_setUp = CURLE_OK;
   int m_timesSent = 0;
   bool m_headComplete = false;
+  bool m_hasSucceeded = false;
+};
+
+// The lane's handles while they are at work; a receiver may throw.
+class HttpClient::Lane::Work {
+ public:
+  explicit Work(Lane& lane) : m_lane(lane) {
+    if (Canceller()) Canceller()->Internals().Attach(m_lane.m_multi);
+    m_isAdded = curl_multi_add_handle(m_lane.m_multi, m_lane.m_easy) == CURLM_OK;
+  }
+  ~Work() {
+    if (m_isAdded) curl_multi_remove_handle(m_lane.m_multi, m_lane.m_easy);
+    if (Canceller()) Canceller()->Internals().Detach(m_lane.m_multi);
+  }
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+  CURLcode Result() { return m_isAdded ? m_lane.Drive() : CURLE_OUT_OF_MEMORY; }
+
+ private:
+  details::CCanceller* Canceller() const { return m_lane.m_request->canceller; }
+
+  Lane& m_lane;
+  bool m_isAdded = false;
 };
 
 HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
@@ -82,66 +107,77 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   m_piece.clear();
   m_timesSent = 0;
   m_headComplete = false;
-  if (!m_multi || !m_easy) {
-    m_reply.curlCode = CURLE_OUT_OF_MEMORY;
-    return std::move(m_reply);
-  }
-  SetUp();
-  if (request.canceller) request.canceller->Internals().Attach(m_multi);
-  curl_multi_add_handle(m_multi, m_easy);
-  m_reply.curlCode = Drive();
-  curl_multi_remove_handle(m_multi, m_easy);
-  if (request.canceller) request.canceller->Internals().Detach(m_multi);
+  m_setUp = m_multi && m_easy ? CURLE_OK : CURLE_OUT_OF_MEMORY;
+  if (m_setUp == CURLE_OK) SetUp();
+  m_reply.curlCode = m_setUp == CURLE_OK ? Work(*this).Result() : m_setUp;
+  m_hasSucceeded = m_reply.curlCode == CURLE_OK;
   // curl would send an edit again when a kept connection dies before the first byte of the answer; the server may have
   // carried it out by then, so it ends here as what it is: an empty reply.
   if (m_timesSent > 1 && m_reply.curlCode == CURLE_ABORTED_BY_CALLBACK) m_reply.curlCode = CURLE_GOT_NOTHING;
   // curl takes a reply whose head is cut off for one without a body.
   if (m_reply.curlCode == CURLE_OK && !m_headComplete) m_reply.curlCode = CURLE_PARTIAL_FILE;
-  curl_easy_reset(m_easy);
+  if (m_easy) curl_easy_reset(m_easy);
   m_headers.reset();
   m_request = nullptr;
   return std::move(m_reply);
 }
 
+// Nothing may be left out for want of memory: not the target, not the session, not the certificates.
+template <class Value>
+void HttpClient::Lane::Set(CURLoption option, Value value) {
+  if (m_setUp == CURLE_OK) m_setUp = curl_easy_setopt(m_easy, option, value);
+}
+
+void HttpClient::Lane::AddHeader(const std::string& line) {
+  curl_slist* const longer = curl_slist_append(m_headers.get(), line.c_str());
+  if (!longer) {
+    m_setUp = CURLE_OUT_OF_MEMORY;
+    return;
+  }
+  // The longer list has taken the old one over.
+  static_cast<void>(m_headers.release());
+  m_headers.reset(longer);
+}
+
 void HttpClient::Lane::SetUp() {
   const HttpRequest& request = *m_request;
-  curl_easy_setopt(m_easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(m_easy, CURLOPT_URL, request.server.c_str());
+  Set(CURLOPT_NOSIGNAL, 1L);
+  Set(CURLOPT_URL, request.server.c_str());
   // Beside the URL, because curl escapes some bytes of an URL's path.
-  curl_easy_setopt(m_easy, CURLOPT_REQUEST_TARGET, request.target.c_str());
-  curl_easy_setopt(m_easy, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(m_easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+  Set(CURLOPT_REQUEST_TARGET, request.target.c_str());
+  Set(CURLOPT_PROTOCOLS_STR, "http,https");
+  Set(CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
   // Nothing but the host's set-up calls decides where requests go: no proxy from the environment.
-  curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
-  curl_easy_setopt(m_easy, CURLOPT_FOLLOWLOCATION, 0L);
-  curl_easy_setopt(m_easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(kConnectTimeout.count()));
-  curl_easy_setopt(m_easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
+  Set(CURLOPT_PROXY, "");
+  Set(CURLOPT_FOLLOWLOCATION, 0L);
+  Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(kConnectTimeout.count()));
+  Set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
   // Younger than any usual server's patience with an idle connection.
-  curl_easy_setopt(m_easy, CURLOPT_MAXAGE_CONN, 20L);
-  if (!request.caFile.empty()) curl_easy_setopt(m_easy, CURLOPT_CAINFO, request.caFile.c_str());
-  curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &Lane::OnBody);
-  curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, this);
-  curl_easy_setopt(m_easy, CURLOPT_HEADERFUNCTION, &Lane::OnHeader);
-  curl_easy_setopt(m_easy, CURLOPT_HEADERDATA, this);
-  curl_easy_setopt(m_easy, CURLOPT_PREREQFUNCTION, &Lane::OnSending);
-  curl_easy_setopt(m_easy, CURLOPT_PREREQDATA, this);
+  Set(CURLOPT_MAXAGE_CONN, 20L);
+  if (!request.caFile.empty()) Set(CURLOPT_CAINFO, request.caFile.c_str());
+  Set(CURLOPT_WRITEFUNCTION, &Lane::OnBody);
+  Set(CURLOPT_WRITEDATA, this);
+  Set(CURLOPT_HEADERFUNCTION, &Lane::OnHeader);
+  Set(CURLOPT_HEADERDATA, this);
+  Set(CURLOPT_PREREQFUNCTION, &Lane::OnSending);
+  Set(CURLOPT_PREREQDATA, this);
   SetMethod();
 }
 
 void HttpClient::Lane::SetMethod() {
   const HttpRequest& request = *m_request;
   m_headers.reset();
-  AddHeader(m_headers, "Expect:");
+  AddHeader("Expect:");
   if (!request.token.empty() && IsHeaderSafe(request.token)) {
-    AddHeader(m_headers, "Authorization: Bearer " + request.token);
+    AddHeader("Authorization: Bearer " + request.token);
   }
   if (!request.body.empty() || request.method == "POST" || request.method == "PUT") {
-    AddHeader(m_headers, "Content-Type: application/json");
-    curl_easy_setopt(m_easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
-    curl_easy_setopt(m_easy, CURLOPT_POSTFIELDS, request.body.c_str());
+    AddHeader("Content-Type: application/json");
+    Set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    Set(CURLOPT_POSTFIELDS, request.body.c_str());
   }
-  curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, request.method.c_str());
-  curl_easy_setopt(m_easy, CURLOPT_HTTPHEADER, m_headers.get());
+  Set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
+  Set(CURLOPT_HTTPHEADER, m_headers.get());
 }
 
 CURLcode HttpClient::Lane::Drive() {
@@ -163,7 +199,9 @@ CURLcode HttpClient::Lane::Drive() {
       if (left.count() <= 0) return CURLE_OPERATION_TIMEDOUT;
       wait = std::min(wait, left);
     }
-    curl_multi_poll(m_multi, nullptr, 0, static_cast<int>(wait.count()), nullptr);
+    if (curl_multi_poll(m_multi, nullptr, 0, static_cast<int>(wait.count()), nullptr) != CURLM_OK) {
+      std::this_thread::sleep_for(milliseconds(1));  // want of memory
+    }
   }
   int left = 0;
   while (CURLMsg* message = curl_multi_info_read(m_multi, &left)) {
@@ -237,6 +275,7 @@ HttpClient& HttpClient::Instance() {
 
 HttpClient::HttpClient() {
   curl_global_init(CURL_GLOBAL_DEFAULT);
+  m_idle.reserve(kMaxIdleLanes);  // to keep a lane must not fail once its reply is there
 }
 
 HttpClient::~HttpClient() {
@@ -252,6 +291,7 @@ HttpReply HttpClient::Perform(const HttpRequest& request) {
 
 void HttpClient::CloseIdle() {
   std::vector<std::unique_ptr<Lane>> idle;
+  idle.reserve(kMaxIdleLanes);
   std::lock_guard<std::mutex> lock(m_mutex);
   idle.swap(m_idle);
 }
@@ -269,6 +309,7 @@ std::unique_ptr<HttpClient::Lane> HttpClient::TakeLane() {
 }
 
 void HttpClient::ReturnLane(std::unique_ptr<Lane> lane) {
+  if (!lane->IsWorthKeeping()) return;
   std::lock_guard<std::mutex> lock(m_mutex);
   if (m_idle.size() < kMaxIdleLanes) m_idle.push_back(std::move(lane));
 }

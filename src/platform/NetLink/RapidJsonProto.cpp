@@ -152,48 +152,62 @@ class TreeWriter {
 
 class CRapidJsonProto::Impl {
  public:
-  Impl() { Clear(); }
+  Impl() { m_cursor.Reset(m_document); }
 
   bool Parse(const std::string& text) {
-    m_document.emplace();
+    Clear();
     m_text = text;
     // The parser takes a NUL for the end of the text.
-    const bool parsed = json::ParseInPlace(m_text.data(), *m_document) == text.size();
-    if (parsed) {
-      m_cursor.Reset(*m_document);
-    } else {
-      Clear();
-    }
+    const bool parsed = json::ParseInPlace(m_text.data(), m_document) == text.size();
+    if (!parsed) Clear();
+    m_cursor.Reset(m_document);
     return parsed;
   }
 
-  std::string Text() const { return TreeWriter().Write(*m_document); }
+  std::string Text() const { return TreeWriter().Write(m_document); }
 
   const Value* Find(std::string_view path) { return m_cursor.Find(path); }
 
   void Set(std::string_view path, Value&& value) {
-    if (Value* const place = m_cursor.Make(path, m_document->GetAllocator())) *place = value;
+    OrClear([&] {
+      if (Value* const place = m_cursor.Make(path, m_document.GetAllocator())) *place = value;
+    });
   }
 
   void Set(std::string_view path, const std::string& text) {
-    auto& allocator = m_document->GetAllocator();
-    if (Value* const place = m_cursor.Make(path, allocator)) {
-      place->SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
-    }
+    OrClear([&] {
+      auto& allocator = m_document.GetAllocator();
+      if (Value* const place = m_cursor.Make(path, allocator)) {
+        place->SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+      }
+    });
   }
 
  private:
+  // Needs no memory.
   void Clear() {
-    m_document.emplace(rapidjson::kObjectType);
+    m_document.SetObject();
+    m_document.GetAllocator().Clear();
     m_text.clear();
-    m_cursor.Reset(*m_document);
+    m_cursor.Reset(m_document);
+  }
+
+  // An object that could not grow is not to be written to again.
+  template <class Write>
+  void OrClear(Write write) {
+    try {
+      write();
+    } catch (...) {
+      Clear();
+      throw;
+    }
   }
 
   // Where the texts of the document stand that were parsed.
   std::string m_text;
   // Values live in the document's memory pool, which goes as a whole: neither replacing nor destroying one descends
   // into it.
-  std::optional<rapidjson::Document> m_document;
+  rapidjson::Document m_document{rapidjson::kObjectType};
   JsonCursor m_cursor;
 };
 

@@ -17,6 +17,8 @@ namespace NetLink {
 // past the end or not a number, a segment is empty, or a value on the way is neither object nor (with an index)
 // array. Index 1 on a value that is not an array addresses the value itself, so that a lone object reads as a
 // list of one. Depth of nesting never costs stack. A new document is an empty object.
+//
+// Everything but destruction may throw std::bad_alloc; a set_str or set_v that does leaves a new document.
 class NETLINK_API CRapidJsonProto {
  public:
   CRapidJsonProto();

@@ -69,55 +69,60 @@ uint64_t ChangeRelay::Position() const {
 }
 
 void ChangeRelay::Set(DownloadedList groups, DownloadedList views, bool finished) {
+  NewLists lists(std::move(groups), std::move(views));
   std::lock_guard<std::mutex> lock(m_mutex);
   ForgetEdits();
-  Replace(groups, views);
+  Replace(lists);
   m_finished = finished;
 }
 
 void ChangeRelay::Downloaded(DownloadedList groups, DownloadedList views) {
+  NewLists lists(std::move(groups), std::move(views));
+  const std::string noGroups = lists.groups.Nothing(), noViews = lists.views.Nothing();
   bool beginsAnew = false;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
-    beginsAnew = m_gaveNumbers && std::min(groups.number, views.number) < m_highest;
+    beginsAnew = m_gaveNumbers && lists.Position() < m_highest;
     if (beginsAnew) m_highest = 0;
     // Edits that were answered meanwhile are in the lists or will come on the stream.
-    std::erase_if(m_answered, [&](const auto& edit) {
-      return edit.first <= (edit.second.object.kind == ListKind::Views ? views : groups).number;
-    });
-    Replace(groups, views);
+    std::erase_if(m_answered,
+                  [&](const auto& edit) { return edit.first <= lists.Of(edit.second.object.kind).Number(); });
+    Replace(lists);
   }
   if (beginsAnew) {
-    Tell(ListKind::Groups, m_groups.Nothing());
-    Tell(ListKind::Views, m_views.Nothing());
+    Tell(ListKind::Groups, noGroups);
+    Tell(ListKind::Views, noViews);
   }
   m_finished = true;
 }
 
 // Views attach to groups that are there, and groups go after what they held: hence the order of the calls.
 void ChangeRelay::DownloadedAgain(DownloadedList groups, DownloadedList views) {
+  NewLists lists(std::move(groups), std::move(views));
+  // Not under the lock, for which edits wait.
+  lists.groups.Split();
+  lists.views.Split();
   ResourceList::Difference groupsDifference, viewsDifference;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
-    const bool beginsAnew =
-        m_gaveNumbers && (groups.number < PositionOf(ListKind::Groups) || views.number < PositionOf(ListKind::Views));
+    const auto goesBack = [&](ListKind kind) { return lists.Of(kind).Number() < PositionOf(kind); };
+    const bool beginsAnew = m_gaveNumbers && (goesBack(ListKind::Groups) || goesBack(ListKind::Views));
     const auto numbers = beginsAnew ? ResourceList::Numbers::LeftOut : ResourceList::Numbers::Kept;
-    const auto difference = [&](ListKind kind, const DownloadedList& list) {
-      ResourceList newer(kind == ListKind::Views ? kViewNames : kViewGroupNames);
-      newer.Set(list.text, list.number);
+    const auto difference = [&](ListKind kind) {
+      ResourceList& newer = lists.Of(kind);
       ResourceList::Difference result = ListOf(kind).DifferenceTo(newer, numbers);
       if (beginsAnew && result.present.empty() && result.removed.empty()) result.present = newer.Nothing();
       return result;
     };
-    groupsDifference = difference(ListKind::Groups, groups);
-    viewsDifference = difference(ListKind::Views, views);
+    groupsDifference = difference(ListKind::Groups);
+    viewsDifference = difference(ListKind::Views);
     if (beginsAnew) {
       ForgetEdits();
       m_highest = 0;
     }
-    NoteGap(ListKind::Groups, groups.number);
-    NoteGap(ListKind::Views, views.number);
-    Replace(groups, views);
+    NoteGap(ListKind::Groups, lists.groups.Number());
+    NoteGap(ListKind::Views, lists.views.Number());
+    Replace(lists);
   }
   Tell(ListKind::Groups, groupsDifference.present);
   Tell(ListKind::Views, viewsDifference.removed);
@@ -135,14 +140,15 @@ void ChangeRelay::TakeEvent(uint64_t number, const std::string& type, const std:
   bool isTold = false;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_position = std::max(m_position, number);
-    m_highest = std::max(m_highest, number);
     if (isKnown && number > ListOf(kind).Number()) {
+      if (isOwn) m_unanswered.reserve(m_unanswered.size() + 1);  // nothing may fail once the list holds the event
       ListElement element;
       ListOf(kind).Apply(data, number, element);
       m_gaveNumbers = m_gaveNumbers || element.number != 0;
       isTold = !isOwn || IsOwnToBeTold(number, kind, element);
     }
+    m_position = std::max(m_position, number);
+    m_highest = std::max(m_highest, number);
     m_answered.erase(m_answered.begin(), m_answered.upper_bound(number));
   }
   if (isTold) Tell(kind, data);
@@ -156,9 +162,9 @@ void ChangeRelay::TellDue() {
       std::lock_guard<std::mutex> lock(m_mutex);
       if (m_due.empty()) return;
       const Object object = m_due.front();
-      m_due.erase(m_due.begin());
       kind = object.kind;
       document = ListOf(kind).StateOf(object.id, object.method);
+      m_due.erase(m_due.begin());
     }
     Tell(kind, document);
   }
@@ -227,12 +233,18 @@ void ChangeRelay::EndTicket() {
   });
 }
 
-void ChangeRelay::Replace(DownloadedList& groups, DownloadedList& views) {
-  m_gaveNumbers = m_gaveNumbers || groups.isNumbered || views.isNumbered;
-  m_highest = std::max({m_highest, groups.number, views.number});
-  m_position = std::min(groups.number, views.number);
-  m_groups.Set(std::move(groups.text), groups.number);
-  m_views.Set(std::move(views.text), views.number);
+ChangeRelay::NewLists::NewLists(DownloadedList newGroups, DownloadedList newViews)
+    : areNumbered(newGroups.isNumbered || newViews.isNumbered) {
+  groups.Set(std::move(newGroups.text), newGroups.number);
+  views.Set(std::move(newViews.text), newViews.number);
+}
+
+void ChangeRelay::Replace(NewLists& lists) noexcept {
+  m_gaveNumbers = m_gaveNumbers || lists.areNumbered;
+  m_highest = std::max({m_highest, lists.groups.Number(), lists.views.Number()});
+  m_position = lists.Position();
+  m_groups = std::move(lists.groups);
+  m_views = std::move(lists.views);
 }
 
 void ChangeRelay::NoteGap(ListKind kind, uint64_t newNumber) {

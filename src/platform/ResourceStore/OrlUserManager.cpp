@@ -2,8 +2,10 @@
 #include "ResourceStore/OrlUserManager.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -13,6 +15,7 @@
 #include "BizShared/details/Exchange.h"
 #include "NetLink/RapidJsonProto.h"
 #include "ResourceStore/Reply.h"
+#include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
 
 template class Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
@@ -203,17 +206,14 @@ class COrlUserManager::Impl {
       m_changed.wait(lock, [&] { return m_ended || m_requests != served; });
       if (m_ended) return;
       served = m_requests;
-      std::optional<FixedDownload> fixed = m_fixed;
       lock.unlock();
       Users users;
       ErrorCode error;
       bool succeeded = false;
-      if (fixed) {
-        users = fixed->users;
-        error = fixed->error;
-        succeeded = error.GetSubError() == 0;
-      } else {
-        succeeded = FetchUsers(m_canceller, users, error);
+      try {
+        succeeded = Download(users, error);
+      } catch (...) {
+        error = ErrorCode(1, 27, 0, {});  // want of memory, as the transport says it
       }
       lock.lock();
       if (m_ended) return;
@@ -225,12 +225,50 @@ class COrlUserManager::Impl {
     }
   }
 
+  bool Download(Users& users, ErrorCode& error) {
+    std::optional<FixedDownload> fixed;
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      fixed = m_fixed;
+    }
+    if (!fixed) return FetchUsers(m_canceller, users, error);
+    users = fixed->users;
+    error = fixed->error;
+    return error.GetSubError() == 0;
+  }
+
   void NotifyAll(CIOrlUserObserverParam::State state, const ErrorCode& error) {
-    CIOrlUserObserverParam param(state, error);
-    for (IOrlUserObserver* observer : m_manager.Observers()) {
-      if (!m_manager.BeginNotify(observer)) continue;
-      observer->OnUserListNotify(param);
+    std::vector<IOrlUserObserver*> observers;
+    if (!OnceThereIsMemory([&] { observers = m_manager.Observers(); })) return;
+    for (IOrlUserObserver* observer : observers) {
+      bool isRegistered = false;
+      std::optional<CIOrlUserObserverParam> param;
+      const auto begin = [&] {
+        param.emplace(state, error);
+        isRegistered = m_manager.BeginNotify(observer);
+      };
+      if (!OnceThereIsMemory(begin)) return;
+      if (!isRegistered) continue;
+      try {
+        observer->OnUserListNotify(*param);
+      } catch (...) {
+        Vant::Base::details::IOrlFormatLog(4, "Platform", "An observer of the users threw an exception");
+      }
       m_manager.EndNotify(observer);
+    }
+  }
+
+  // Whoever waits must hear of the end. False when the manager ended first.
+  template <class Step>
+  bool OnceThereIsMemory(Step step) {
+    while (true) {
+      try {
+        step();
+        return true;
+      } catch (const std::bad_alloc&) {
+      }
+      std::unique_lock<std::mutex> lock(m_mutex);
+      if (m_changed.wait_for(lock, std::chrono::milliseconds(10), [&] { return m_ended; })) return false;
     }
   }
 

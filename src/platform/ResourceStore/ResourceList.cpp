@@ -69,9 +69,10 @@ std::shared_ptr<const std::string> ResourceList::Text() {
 }
 
 void ResourceList::Set(std::string reply, uint64_t number) {
+  auto text = std::make_shared<const std::string>(std::move(reply));
   Clear();
   m_number = number;
-  m_text = std::make_shared<const std::string>(std::move(reply));
+  m_text = std::move(text);
 }
 
 void ResourceList::Clear() {
@@ -85,10 +86,13 @@ void ResourceList::Clear() {
 }
 
 bool ResourceList::Apply(const std::string& change, uint64_t number, ListElement& element) {
-  m_number = number;
   ListDocument document;
-  if (!ReadListDocument(change, m_names, true, document) || document.errorCode != 0) return false;
+  if (!ReadListDocument(change, m_names, true, document) || document.errorCode != 0) {
+    m_number = number;
+    return false;
+  }
   Split();
+  m_text.reset();
   for (const ListElement& changed : document.elements) {
     if (!changed.id) continue;
     if (changed.method == 2) {
@@ -97,7 +101,7 @@ bool ResourceList::Apply(const std::string& change, uint64_t number, ListElement
       Append(changed);
     }
   }
-  m_text.reset();
+  m_number = number;
   if (!document.elements.empty()) element = std::move(document.elements.back());
   return true;
 }
@@ -139,26 +143,34 @@ std::string ResourceList::Nothing() const {
 
 void ResourceList::Split() {
   if (m_split) return;
-  m_split = true;
   ListDocument document;
-  if (!m_text || !ReadListDocument(*m_text, m_names, true, document)) return;
-  m_saysNumber = document.saysNumber;
-  m_elements.reserve(document.elements.size());
-  m_index.reserve(document.elements.size());
-  for (const ListElement& element : document.elements) Append(element);
+  if (m_text && ReadListDocument(*m_text, m_names, true, document)) {
+    m_elements.clear();  // of an attempt for which memory did not suffice
+    m_index.clear();
+    m_elements.reserve(document.elements.size());
+    m_index.reserve(document.elements.size());
+    for (const ListElement& element : document.elements) Append(element);
+    m_saysNumber = document.saysNumber;
+  }
+  m_split = true;
 }
 
 void ResourceList::Append(const ListElement& element) {
   if (element.id) {
     auto [place, isNew] = m_index.try_emplace(*element.id, m_elements.size());
     if (!isNew) {
-      m_elements[place->second].number = element.number;
       m_elements[place->second].text = element.text;
+      m_elements[place->second].number = element.number;
       return;
     }
   }
-  // Without an ID it may have no member that a number could stand behind.
-  m_elements.push_back({true, element.id, element.id ? element.number : 0, element.text});
+  try {
+    // Without an ID it may have no member that a number could stand behind.
+    m_elements.push_back({true, element.id, element.id ? element.number : 0, element.text});
+  } catch (...) {
+    if (element.id) m_index.erase(*element.id);
+    throw;
+  }
 }
 
 void ResourceList::Remove(uint32_t id) {

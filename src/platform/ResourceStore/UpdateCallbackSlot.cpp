@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ResourceStore/UpdateCallbackSlot.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "VantBase/Log.h"
@@ -20,13 +19,13 @@ void UpdateCallbackSlot::Set(Callback callback) {
 
 void UpdateCallbackSlot::Call(const std::string& data) {
   std::shared_ptr<const Callback> callback;
-  RunningCall call{std::this_thread::get_id(), 0};
+  RunningCall call{std::this_thread::get_id(), 0, nullptr};
   {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_callback) return;
     callback = m_callback;
     call.generation = m_generation;
-    m_running.push_back(call);
+    call.next = std::exchange(m_running, &call);
   }
   try {
     (*callback)(data);
@@ -35,20 +34,26 @@ void UpdateCallbackSlot::Call(const std::string& data) {
   }
   callback.reset();  // so that it is gone when a waiting setter returns
   std::lock_guard<std::mutex> lock(m_mutex);
-  m_running.erase(std::find_if(m_running.begin(), m_running.end(), [&](const RunningCall& other) {
-    return other.thread == call.thread && other.generation == call.generation;
-  }));
+  RunningCall** place = &m_running;
+  while (*place != &call) place = &(*place)->next;
+  *place = call.next;
   m_callEnded.notify_all();
 }
 
+template <class Condition>
+bool UpdateCallbackSlot::IsAnyRunning(Condition condition) const {
+  for (const RunningCall* call = m_running; call; call = call->next) {
+    if (condition(*call)) return true;
+  }
+  return false;
+}
+
 bool UpdateCallbackSlot::IsInsideCall() const {
-  return std::any_of(m_running.begin(), m_running.end(),
-                     [](const RunningCall& call) { return call.thread == std::this_thread::get_id(); });
+  return IsAnyRunning([](const RunningCall& call) { return call.thread == std::this_thread::get_id(); });
 }
 
 bool UpdateCallbackSlot::RunsBefore(unsigned int generation) const {
-  return std::any_of(m_running.begin(), m_running.end(),
-                     [&](const RunningCall& call) { return call.generation < generation; });
+  return IsAnyRunning([&](const RunningCall& call) { return call.generation < generation; });
 }
 
 }  // namespace ResourceStore

@@ -7,7 +7,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "ResourceStore/Export.h"
 
@@ -25,10 +24,14 @@ class RESOURCESTORE_API UpdateCallbackSlot {
   void Call(const std::string& data);
 
  private:
+  // On the stack of the call itself: calling needs no memory, so that no change is lost for want of it.
   struct RunningCall {
     std::thread::id thread;
     unsigned int generation;
+    RunningCall* next;
   };
+  template <class Condition>
+  bool IsAnyRunning(Condition condition) const;
   bool IsInsideCall() const;
   bool RunsBefore(unsigned int generation) const;
 
@@ -36,7 +39,7 @@ class RESOURCESTORE_API UpdateCallbackSlot {
   std::condition_variable m_callEnded;
   std::shared_ptr<const Callback> m_callback;
   unsigned int m_generation = 0;  // counts the callbacks that were set
-  std::vector<RunningCall> m_running;
+  RunningCall* m_running = nullptr;
 };
 
 }  // namespace ResourceStore

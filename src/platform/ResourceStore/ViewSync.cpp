@@ -24,6 +24,18 @@ using Vant::Base::Error::ErrorCode;
 constexpr int kWarning = 4;
 constexpr const char* kModule = "Platform";
 constexpr int kGone = 410;
+constexpr int kTransportError = 1, kNoMemory = 27;  // as the transport says it
+
+// Nothing may be thrown out of the thread: want of memory ends that one attempt. Whether it came to its end.
+template <class Step>
+bool Ends(Step step) noexcept {
+  try {
+    step();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
 
 NetLink::CClientSendInfo Get(const std::string& name) {
   NetLink::CClientSendInfo send;
@@ -63,12 +75,17 @@ bool ViewSync::IsThisThread() const {
 void ViewSync::Run() {
   m_threadId = std::this_thread::get_id();
   m_relay.SetSleeper(&m_canceller);
-  Lists lists;
-  if (Download(lists)) {
-    m_relay.Downloaded(std::move(lists.groups), std::move(lists.views));
-    Follow();
-  }
+  if (DownloadFor(&details::ChangeRelay::Downloaded)) Follow();
   m_threadId = std::thread::id();  // the next thread may get the same
+}
+
+bool ViewSync::DownloadFor(void (details::ChangeRelay::*take)(details::DownloadedList, details::DownloadedList)) {
+  return Repeat("The lists", [&](ErrorCode&) {
+    Lists lists;
+    if (!Download(lists)) return false;
+    (m_relay.*take)(std::move(lists.groups), std::move(lists.views));
+    return true;
+  });
 }
 
 // A view of the views' list may lie in a group that was made after the groups' list was, and would find it too late: so
@@ -84,9 +101,11 @@ template <class Attempt>
 bool ViewSync::Repeat(const char* name, Attempt attempt) {
   Backoff backoff(m_timings);
   while (!m_canceller.IsCancelled()) {
-    ErrorCode error;
-    if (attempt(error)) return !m_canceller.IsCancelled();
+    ErrorCode error(kTransportError, kNoMemory, 0, {});
+    bool succeeded = false;
+    Ends([&] { succeeded = attempt(error); });
     if (m_canceller.IsCancelled()) return false;
+    if (succeeded) return true;
     milliseconds pause = backoff.Next();
     Vant::Base::details::IOrlFormatLog(kWarning, kModule, "%s could not be downloaded (%d-%d), again in %d ms", name,
                                        error.GetMainError(), error.GetSubError(), static_cast<int>(pause.count()));
@@ -151,13 +170,14 @@ void ViewSync::Follow() {
   Backoff backoff(m_timings);
   while (!m_canceller.IsCancelled()) {
     auto began = std::chrono::steady_clock::now();
-    StreamEnd end = FollowOnce(backoff);
+    StreamEnd end = StreamEnd::Lost;
+    Ends([&] { end = FollowOnce(backoff); });
     if (m_canceller.IsCancelled()) return;
-    m_relay.TellDue();
+    Ends([&] { m_relay.TellDue(); });
     if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
     if (!m_canceller.Pause(backoff.Next())) return;
     // After the pause: in one between the lists and the stream, a server that keeps few changes would forget those too.
-    if (end == StreamEnd::DownloadAgain && !DownloadAgain()) return;
+    if (end == StreamEnd::DownloadAgain && !DownloadFor(&details::ChangeRelay::DownloadedAgain)) return;
   }
 }
 
@@ -168,12 +188,7 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   Exchange exchange;
   exchange.canceller = &m_canceller;
   exchange.silence = m_timings.silence;
-  exchange.idle = [this] {
-    try {
-      m_relay.TellDue();
-    } catch (...) {  // want of memory
-    }
-  };
+  exchange.idle = [this] { Ends([&] { m_relay.TellDue(); }); };
   exchange.receive = [&](std::string_view piece) {
     parser.Feed(piece, events);
     for (const ChangeEvent& event : events) {
@@ -206,13 +221,6 @@ bool ViewSync::TakeEvent(const ChangeEvent& event, const std::string& token, Str
   // The server tells a session's own edits by its token: once that was renewed, ask again with the new one.
   if (CNetCommManager::Instance().GetToken() != token) return false;
   m_relay.TakeEvent(*number, event.type, event.data);
-  return true;
-}
-
-bool ViewSync::DownloadAgain() {
-  Lists lists;
-  if (!Download(lists)) return false;
-  m_relay.DownloadedAgain(std::move(lists.groups), std::move(lists.views));
   return true;
 }
 

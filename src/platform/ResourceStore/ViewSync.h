@@ -48,6 +48,8 @@ class ViewSync {
   enum class StreamEnd { Lost, DownloadAgain };
 
   void Run();
+  // Attempts until `take` has the lists; false when cancelled.
+  bool DownloadFor(void (details::ChangeRelay::*take)(details::DownloadedList, details::DownloadedList));
   bool Download(Lists& lists);
   bool FetchAreas();
   bool FetchList(const char* name, const details::ListNames& names, details::DownloadedList& list);
@@ -57,7 +59,6 @@ class ViewSync {
   void Follow();
   StreamEnd FollowOnce(Backoff& backoff);
   bool TakeEvent(const details::ChangeEvent& event, const std::string& token, StreamEnd& end);
-  bool DownloadAgain();
 
   details::ChangeRelay& m_relay;
   const std::shared_ptr<ElementStore> m_elements = ElementStore::Shared();

@@ -69,7 +69,7 @@ TEST_F(ExchangeTest, AFailedEditIsToldInTheErrorTextAndLeavesTheCache) {
 TEST_F(ExchangeTest, WhateverATransportThrowsEndsInAFailedAnswer) {
   const std::string text = R"("Internal error in the client library")";
   const std::pair<Exchange, std::string> calls[] = {
-      {AddPlanGroup, R"("ErrorInfo":)" + text + R"(,"ID":"")"},
+      {AddPlanGroup, R"("ErrorInfo":)" + text + R"(,"ID":"-1")"},
       {UpdatePlanGroup, R"("ErrorInfo":)" + text},
       {SetClientViewConfig, R"("error_info":)" + text},
       {ViewShareUsers, R"("error_model":0,"error_code":0,"error_info":)" + text + R"(,"lst_user_data":[])"},

@@ -2,6 +2,7 @@
 // For the platform's own tests, not for hosts.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <map>
@@ -43,7 +44,9 @@ struct DownloadedList {
 //  - an edit whose answer was lost: no edit that was on its way when its event came was answered with its number.
 //
 // Any thread; m_mutex guards everything but the slots and is not held across calls. What is called back is called back
-// by whoever calls a function that says so: one thread at a time, lest documents overtake each other.
+// by whoever calls a function that says so: one thread at a time, lest documents overtake each other. Where memory does
+// not suffice, std::bad_alloc is thrown: no position has moved and nothing was told, and the same call may be made
+// again.
 class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
  public:
   UpdateCallbackSlot& Slot(ListKind kind) { return kind == ListKind::Views ? m_viewsSlot : m_groupsSlot; }
@@ -101,13 +104,25 @@ class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
     uint64_t from, to;
   };
 
+  // Made before anything is changed, since that may need more memory than there is.
+  struct NewLists {
+    NewLists(DownloadedList newGroups, DownloadedList newViews);
+    ResourceList& Of(ListKind kind) { return kind == ListKind::Views ? views : groups; }
+    // From there the stream goes on.
+    uint64_t Position() const { return std::min(groups.Number(), views.Number()); }
+
+    ResourceList groups{kViewGroupNames};
+    ResourceList views{kViewNames};
+    bool areNumbered;
+  };
+
   // REQUIRES: m_mutex held, for all up to ForgetEdits.
   ResourceList& ListOf(ListKind kind) { return kind == ListKind::Views ? m_views : m_groups; }
   uint64_t PositionOf(ListKind kind);
   bool IsOwnToBeTold(uint64_t number, ListKind kind, const ListElement& element);
   void Answer(const Object& object, uint64_t number);
   void EndTicket();
-  void Replace(DownloadedList& groups, DownloadedList& views);
+  void Replace(NewLists& lists) noexcept;
   void NoteGap(ListKind kind, uint64_t newNumber);
   bool IsInGap(ListKind kind, uint64_t number) const;
   void ForgetEdits();

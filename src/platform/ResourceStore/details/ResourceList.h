@@ -17,6 +17,8 @@ namespace ResourceStore::details {
 // One downloaded list and the changes merged into it. The reply stays as it came until the first change, which splits
 // it into its elements once; a change costs as much as its own elements. Where the reply says up to which change it is
 // complete and its elements say which was their last, the text goes on saying so. One thread at a time.
+// Where memory does not suffice, std::bad_alloc is thrown and the same call may be made again: a list is as it was but
+// for elements that the change has merged already, and its number is the old one.
 class RESOURCESTORE_API ResourceList {
  public:
   explicit ResourceList(const ListNames& names) : m_names(names) {}
@@ -53,6 +55,8 @@ class RESOURCESTORE_API ResourceList {
   std::string StateOf(uint32_t id, int method);
   // A change document that says nothing and has no number.
   std::string Nothing() const;
+  // Reads the elements of the reply now and not when they are first needed.
+  void Split();
 
  private:
   struct Element {
@@ -61,7 +65,6 @@ class RESOURCESTORE_API ResourceList {
     uint64_t number = 0;
     std::string text;
   };
-  void Split();
   void Append(const ListElement& element);
   void Remove(uint32_t id);
   void Compact();

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// What becomes of the platform's own threads when memory runs out at any single moment of them, before a real server.
+#include "../FailingMemory.h"
+#include "../server/TestClient.h"
+#include "BizShared/NetCommManager.h"
+#include "BizShared/UserCommonManager.h"
+#include "ResourceStore/OrlUserManager.h"
+#include "ResourceStore/ViewGroupManager.h"
+#include "ResourceStore/details/StreamTimings.h"
+#include "ScriptedServer.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using namespace failing_memory;
+using BizShared::CNetCommManager;
+using BizShared::CUserCommonManager;
+using ResourceStore::COrlUserManager;
+using ResourceStore::CViewGroupManager;
+using testing_support::Eventually;
+using Vant::Base::Error::ErrorCode;
+
+class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore::IOrlUserObserver {
+ protected:
+  PlatformMemoryTest() {
+    ResourceStore::details::SetStreamTimings({1ms, 5ms, 30s, 20s});
+    CNetCommManager::Instance().SetServer(m_server->Url());
+    ErrorCode error;
+    EXPECT_TRUE(CUserCommonManager::Instance().Login("ann", "a", "test", error));
+  }
+  ~PlatformMemoryTest() override {
+    Views().Stop();
+    Views().SetViewsUpdateCallback({});
+    CUserCommonManager::Instance().Logout();
+    CNetCommManager::Instance().SetServer({});
+    ResourceStore::details::SetStreamTimings({});
+  }
+
+  static CViewGroupManager& Views() { return CViewGroupManager::Instance(); }
+  static std::string ViewsText() {
+    std::string text;
+    Views().GetViewsData(text);
+    return text;
+  }
+  void Load() {
+    Views().Start();
+    ASSERT_TRUE(Eventually([] { return Views().IsViewDownloadSuccess(); }));
+  }
+
+  void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
+    m_failedAllocations = Stop();
+    m_outcome = param.GetVal_stru_error_code().GetMainError();
+    ++m_notifications;
+  }
+  // Downloads the users on `thread`; false where no allocation failed.
+  bool DownloadUsers(long moment, Want want, const Threads& thread) {
+    const int before = m_notifications;
+    FailAt(moment, want, thread);
+    COrlUserManager::Instance().StartDownLoadOrlUser();
+    EXPECT_TRUE(Eventually([&] { return m_notifications > before; })) << moment;
+    return m_failedAllocations != 0;
+  }
+
+  std::atomic<int> m_notifications{0};
+  std::atomic<int> m_outcome{0};
+  std::atomic<long> m_failedAllocations{0};
+};
+
+TEST_F(PlatformMemoryTest, TheUsersAreAllThereOrTheDownloadFails) {
+  auto& manager = COrlUserManager::Instance();
+  manager.RegisterObserver(this);
+  Threads thread = NewThreads();
+  DownloadUsers(1 << 30, Want::OneAllocation, thread);  // starts the thread, and binds what is bound late
+  thread = ThreadsSince(thread);
+  for (const Want want : {Want::OneAllocation, Want::TwentyFromThere}) {
+    long moment = 0;
+    int failures = 0;
+    for (; DownloadUsers(moment, want, thread); ++moment) {
+      failures += m_outcome != 0;
+      std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
+      manager.GetOrlUsers(users);
+      ASSERT_EQ(users.size(), 3u) << moment;
+      ASSERT_EQ(users[2]->GetVal_m_strUsername(), "cid") << moment;
+    }
+    EXPECT_EQ(m_outcome, 0);
+    EXPECT_GT(moment, 50);
+    EXPECT_GT(failures, 30);
+  }
+  manager.SyncUnregisterObserver(this);
+}
+
+TEST_F(PlatformMemoryTest, TheListsComeWholeInTheEnd) {
+  for (int i = 0; i < 3; ++i) ann.AddView("a view whose name is long, number " + std::to_string(i), -1, kPublic);
+  Load();
+  const std::string whole = ViewsText();
+  for (const Want want : {Want::OneAllocation, Want::TwentyFromThere}) {
+    for (long moment = 0, failed = 1; failed != 0; ++moment) {
+      Views().Stop();
+      FailAt(moment, want, NewThreads());
+      Load();
+      failed = Stop();
+      ASSERT_EQ(ViewsText(), whole) << moment;
+      ASSERT_TRUE(failed != 0 || moment > 50);
+    }
+  }
+}
+
+TEST_F(PlatformMemoryTest, EveryChangeIsToldAndMerged) {
+  std::mutex mutex;
+  std::set<std::string> told;
+  Views().SetViewsUpdateCallback([&](const std::string& document) {
+    const Spared spared;
+    const size_t begin = document.find("change ");
+    std::lock_guard<std::mutex> lock(mutex);
+    told.insert(document.substr(begin, document.find('"', begin) - begin));
+  });
+  const auto isTold = [&](const std::string& name) {
+    std::lock_guard<std::mutex> lock(mutex);
+    return told.count(name) != 0;
+  };
+  const int32_t view = ann.AddView("one", -1, kPublic);
+  Threads thread = NewThreads();
+  Load();
+  thread = ThreadsSince(thread);
+  for (const Want want : {Want::OneAllocation, Want::TwentyFromThere}) {
+    for (long moment = 0, failed = 1; failed != 0; ++moment) {
+      // Two, of which the second may come in the same piece.
+      std::vector<std::string> names;
+      FailAt(moment, want, thread);
+      for (const char* which : {" a", " b"}) {
+        names.push_back("change " + std::to_string(static_cast<int>(want)) + "-" + std::to_string(moment) + which);
+        ann.Put("V0/Views/" + std::to_string(view), server::test::ViewBody(names.back(), -1, kPublic));
+      }
+      for (const std::string& name : names) {
+        EXPECT_TRUE(Eventually([&] { return isTold(name); })) << name;
+      }
+      failed = Stop();
+      ASSERT_NE(ViewsText().find(names.back()), std::string::npos);
+      ASSERT_TRUE(failed != 0 || moment > 10) << moment;
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// What becomes of the server when memory runs out at any single moment of a request.
+#include "../FailingMemory.h"
+#include "TestClient.h"
+
+namespace server::test {
+namespace {
+
+using failing_memory::FailAt;
+using failing_memory::Stop;
+using failing_memory::Threads;
+using failing_memory::Want;
+
+class MemoryTest : public ServerTest {
+ protected:
+  MemoryTest() {
+    m_threads = failing_memory::NewThreads();
+    Restart(Options());  // a server whose threads those are
+    ann.AddView("the first", -1, kPublic);
+  }
+
+  std::string Listed() const { return ann.Get("V0/Views").body; }
+
+  Threads m_threads{0, 0};
+};
+
+TEST_F(MemoryTest, CostsARequestOrItsConnectionAndNothingElse) {
+  const int32_t view = ann.AddView("a view whose name is no short one", -1, kPublic);
+  const int32_t other = ann.AddView("another view", -1, kPublic);
+  const std::string path = "V0/Views/" + std::to_string(view);
+  struct Case {
+    const char* method;
+    std::string path;
+    std::string body;
+  };
+  int names = 0;
+  for (const Want want : {Want::OneAllocation, Want::TwentyFromThere}) {
+    for (const Case& c : {Case{"GET", "V0/Views", ""}, Case{"PUT", path, "name"},
+                          Case{"POST", "V0/Sessions", R"({"Session":{"UserName":"ann","Password":"a"}})"},
+                          Case{"PUT", path, std::string(70000, ' ')}}) {
+      SCOPED_TRACE(std::string(c.method) + " " + c.path);
+      EventStream stream = bob.Listen();
+      int64_t heard = ann.Sequence();
+      int answered = 0, failedAnswers = 0;
+      long moment = 0;
+      for (long failed = 1; failed != 0; ++moment) {
+        std::string body = c.body;
+        const std::string name = "a name of some length, number " + std::to_string(++names);
+        if (c.method == std::string("PUT")) {
+          body = ViewBody(name, -1, kPublic) + (body == "name" ? "" : body);
+        }
+        FailAt(moment, want, m_threads);
+        Answer answer;
+        ASSERT_NO_THROW(answer = ann.Request(c.method, c.path, body)) << moment;
+        failed = Stop();
+        answered += answer.status != 0;
+        if (answer.status == 500 || answer.status == 503) {
+          ++failedAnswers;
+          ASSERT_EQ(answer.Error(), "100/8") << moment << ": " << answer.body;
+        } else if (answer.status != 0) {
+          ASSERT_EQ(answer.status, 200) << moment << ": " << answer.body;
+        }
+        // The listener hears of every change, with the next one at the latest, over another connection where need be.
+        ASSERT_EQ(ann.Put("V0/Views/" + std::to_string(other), ViewBody(name, -1, kPublic)).status, 200) << moment;
+        for (const int64_t last = ann.Sequence(); heard < last;) {
+          Event event;
+          ASSERT_NO_THROW(event = stream.Next()) << moment << " after " << heard;
+          if (event.number == 0) {
+            stream = bob.Listen(heard);
+          } else {
+            ASSERT_EQ(event.number, heard + 1) << moment;
+            heard = event.number;
+          }
+        }
+        const bool isMade = ann.Show("View", view, {"Name"}) == name;
+        if (c.method == std::string("PUT")) {
+          ASSERT_TRUE(isMade || answer.status != 200) << moment;
+        }
+      }
+      EXPECT_GT(moment, 10);
+      if (want == Want::OneAllocation) {
+        EXPECT_GT(failedAnswers, 0);
+      }
+      EXPECT_GT(answered, failedAnswers);
+    }
+  }
+  const std::string listed = Listed();
+  Restart(Options());
+  EXPECT_EQ(Listed(), listed) << "the store has what was shown";
+}
+
+}  // namespace
+}  // namespace server::test
