@@ -74,9 +74,12 @@ class HttpTest : public ::testing::Test {
     server = std::make_unique<HttpServer>(settings, echo);
   }
 
+  // The one answer of a connection that ends with it, and so has to say that it ends.
   std::string Exchange(const std::string& bytes) const {
     const Answer answer = ParseAnswer(Wire(server->Port(), bytes).ReceiveAll());
-    return std::to_string(answer.status) + " " + answer.body;
+    const auto end = answer.headers.find("connection");
+    const bool isTold = end != answer.headers.end() && end->second == "close";
+    return std::to_string(answer.status) + " " + answer.body + (isTold ? "" : " without a word of the end");
   }
 
   Echo echo;

@@ -2,6 +2,8 @@
 // What is kept: across restarts, across seeds, in sessions and for passwords.
 #include <SQLiteCpp/Database.h>
 
+#include <thread>
+
 #include "TestClient.h"
 #include "server/Accounts.h"
 #include "server/LoginGuard.h"
@@ -54,6 +56,28 @@ TEST_F(StoreTest, ARestartKeepsEverything) {
   EXPECT_GT(ann.AddView("new", group, kAnn), std::stoi(gone));
 }
 
+TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
+  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE);
+  store.exec("CREATE TRIGGER full BEFORE INSERT ON changes BEGIN SELECT RAISE(ABORT, 'disk full'); END");
+  EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "100/8 500");
+  store.exec("DROP TRIGGER full");
+  Restart(Options());
+  EXPECT_EQ(ann.Show("View", 1, {"Name", "ChangeNumber"}), "V 1");
+  EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "0/0 200");
+}
+
+TEST_F(StoreTest, ASeedWaitsForAnotherProcessThatIsWriting) {
+  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE);
+  store.exec("BEGIN IMMEDIATE; UPDATE users SET ptz = 1");
+  std::thread other([&store] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    store.exec("COMMIT");
+  });
+  EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})"), "");
+  other.join();
+}
+
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
   RestartWith([](auto& options) { options.keepChanges = 2; });
   const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
@@ -102,9 +126,18 @@ TEST_F(StoreTest, ASeedThatChangedIsAppliedByIdAndTellsThoseConcerned) {
   EXPECT_EQ(bob.ViewIds(), "");
   Seed(seed("3", ""));
   Seed(seed("-1", ""));
-  EXPECT_EQ(bob.Listen(0).NextBriefs(3), "Views 3 method 0; Views 3 method 2; Views 3 method 0");
+  Seed(seed("1", "3,2"));
+  EXPECT_EQ(bob.Listen(0).NextBriefs(4), "Views 3 method 0; Views 3 method 2; Views 3 method 0; Views 3 method 1");
   EXPECT_EQ(cid.Listen(0).NextBriefs(3), "Views 3 method 0; Views 3 method 1; Views 3 method 1");
   EXPECT_EQ(ann.Listen(0).NextBriefs(4), "Views 3 method 0; Views 3 method 1; Views 3 method 2; Views 3 method 0");
+}
+
+TEST_F(StoreTest, WhatHasNoPlaceStandsBehindTheOthersAndNotBeforeTheFirst) {
+  Seed(R"({"Views":[{"ID":1,"Name":"a","UserID":1,"SequenceIndex":-5},{"ID":2,"Name":"b","UserID":2,"SequenceIndex":-5},
+                    {"ID":3,"Name":"c","UserID":2},{"ID":4,"Name":"d","UserID":2}]})");
+  const auto place = [](const Client& client, int32_t id) { return client.Show("View", id, {"SequenceIndex"}); };
+  EXPECT_EQ(place(ann, ann.AddView("V", -1, kAnn)), "1");
+  EXPECT_EQ(place(bob, 3) + " " + place(bob, 4), "1 2");
 }
 
 TEST_F(StoreTest, ASeedThatDoesNotFitIsRefusedWholeWithOneLine) {
