@@ -18,9 +18,10 @@ class StoreTest : public ServerTest {
     RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", text); });
     return ann.Get("V0/ViewGroups").body + ann.Get("V0/Views").body + std::to_string(ann.Sequence());
   }
-  std::string WhySeedFails(const std::string& text) {
+  std::string WhySeedFails(const std::string& text, const std::string& dataFile) {
     m_server.reset();
     ViewServerOptions options = Options();
+    options.dataFile = dataFile;
     options.seedFile = WriteFile("seed.json", text);
     try {
       ViewServer refused(options);
@@ -67,15 +68,17 @@ TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
   EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "0/0 200");
 }
 
-TEST_F(StoreTest, ASeedWaitsForAnotherProcessThatIsWriting) {
-  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE);
-  store.exec("BEGIN IMMEDIATE; UPDATE users SET ptz = 1");
-  std::thread other([&store] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    store.exec("COMMIT");
-  });
-  EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})"), "");
-  other.join();
+TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
+  for (const std::string& file : {Options().dataFile, (m_folder / "new.db").string()}) {
+    SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER)");
+    std::thread other([&store] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      store.exec("COMMIT");
+    });
+    EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})", file), "") << file;
+    other.join();
+  }
 }
 
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
@@ -158,7 +161,7 @@ TEST_F(StoreTest, ASeedThatDoesNotFitIsRefusedWholeWithOneLine) {
     seeds.push_back(R"({"Views":[{)" + std::string(view) + "}]}");
   }
   for (const std::string& seed : seeds) {
-    const std::string why = WhySeedFails(seed);
+    const std::string why = WhySeedFails(seed, Options().dataFile);
     EXPECT_NE(why, "") << seed;
     EXPECT_EQ(why.find('\n'), std::string::npos) << why;
   }
