@@ -131,7 +131,7 @@ def faults_in(text):
         start = max(code.rfind(";", m.end(), end), m.end()) + 1
         yield start, end, f"!({text[start:end].strip()})", "condition negated"
     for m in OPERATOR.finditer(code):
-        yield *m.span(), SWAPS[m[0]], f"{SWAPS[m[0]]} for {m[0]}"
+        yield *m.span(), SWAPS[m[0]], f"{m[0]} becomes {SWAPS[m[0]]}"
     for m in WORD.finditer(code):
         yield *m.span(), WORDS[m[0]], "word or sign exchanged"
     for m in re.finditer(r"(?<![\w.'])(?:0|[1-9]\d*)(?=[uUlL]*(?![\w.']))", code):
@@ -238,12 +238,12 @@ def objects(area):
 
 
 def all_tests():
-    """{name: (command, folder in tests/)}"""
+    """{name: (command, its folder in tests/)}"""
     listed = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILD, check=True, stdout=subprocess.PIPE).stdout
     tests = {}
     for test in json.loads(listed)["tests"]:
         folder = next(p["value"] for p in test["properties"] if p["name"] == "WORKING_DIRECTORY")
-        tests[test["name"]] = test["command"], pathlib.Path(folder).relative_to(BUILD / "tests").parts[0]
+        tests[test["name"]] = test["command"], pathlib.Path(folder).relative_to(BUILD).parts[1]
     return tests
 
 
@@ -293,12 +293,14 @@ def measured(tests, commit):
     if costs.pop("commit", "") == commit and costs.keys() == tests.keys():
         return costs
     say("running the tests on the tree as it is")
-    costs = {}
-    for name, (command, _) in tests.items():
+
+    def cost(name):
         start = time.monotonic()
-        if said := complaint(command, 600):
+        if said := complaint(tests[name][0], 600):
             sys.exit(f"mutate: without any fault {name}: {said}")
-        costs[name] = time.monotonic() - start
+        return time.monotonic() - start
+    with concurrent.futures.ThreadPoolExecutor(PARALLEL) as pool:
+        costs = dict(zip(tests, pool.map(cost, tests)))
     file.write_text(json.dumps({"commit": commit, **costs}))
     return costs
 
