@@ -30,6 +30,10 @@ import tarfile
 import tempfile
 import time
 
+def say(text):
+    print(f"mutate: {text}", file=sys.stderr, flush=True)
+
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build/mutate"
 TREE, BUILD, TEMPORARY = WORK / "tree", WORK / "build", WORK / "tmp"
@@ -67,16 +71,12 @@ WORD = re.compile(r"\b(?:true|false|std::min|std::max)\b|\+\+|--|\+=|-=")
 KEYWORDS = re.compile(r"(return|throw|co_return|delete|goto|using|new|else)\b")
 
 
-def blank(text):
-    return re.sub(r"[^\n]", " ", text)
-
-
 def mask(text):
     """The text with blanks for all that is no code; a string keeps its quotes around letters that are no code either."""
     def masked(match):
         if match["string"] or match["raw"]:
             return '"' + re.sub(r"[^\n]", "_", match[0][1:-1]) + '"'
-        return "'" + "_" * (len(match[0]) - 2) + "'" if match["char"] else blank(match[0])
+        return re.sub(r"[^\n]", " ", match[0])
     return NO_CODE.sub(masked, text)
 
 
@@ -191,10 +191,6 @@ def described(place):
 
 
 # --- building and testing -----------------------------------------------------------------------------------------
-
-def say(text):
-    print(f"mutate: {text}", file=sys.stderr, flush=True)
-
 
 def write_tree():
     """The committed tree in TREE. Files that are right already keep their times, so that little is compiled again."""
@@ -351,7 +347,10 @@ def main(arguments):
 
     WORK.mkdir(parents=True, exist_ok=True)
     lock = open(WORK / "lock", "w")
-    fcntl.flock(lock, fcntl.LOCK_EX)  # the copy of the tree serves one at a time
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        sys.exit("mutate: another one is at work in build/mutate")
     write_tree()
     if only_list:
         for area in areas:
