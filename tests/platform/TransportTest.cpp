@@ -43,14 +43,14 @@ TEST_F(TransportTest, SendsWhatTheRequestSays) {
   Serve(AnswerOk);
   Net().SetToken("t0k");
   for (const char* method : {"GET", "POST", "PUT", "DELETE"}) {
-    for (const char* body : {"", "{\"a\":1}"}) {
+    for (const std::string& body : {std::string(), std::string("{\"a\":\0}", 7)}) {
       EXPECT_EQ(Send(method, "/a/./%2e%2e//b\xc3\xa9", body), "0/0 ok");
       Request request = m_server->Requests().back();
       EXPECT_EQ(request.method, method);
       EXPECT_EQ(request.target, "/a/./%2e%2e//b\xc3\xa9");
       EXPECT_EQ(request.body, body);
       EXPECT_EQ(request.headers["authorization"], "Bearer t0k");
-      if (*body) {
+      if (!body.empty()) {
         EXPECT_EQ(request.headers["content-type"], "application/json");
       }
     }

@@ -99,7 +99,8 @@ TEST(JsonRecordTest, KeysAreMatchedExactlyAndTheFirstOfDuplicatesCounts) {
 TEST(JsonRecordTest, ReadingNotesTheKeysThatWereRead) {
   Sample data;
   SampleJSONStruct record(&data);
-  ASSERT_TRUE(ParseJsonRequest(record, R"({"Count":"1","Name":"","Nested":{"No":1},"Parts":[],"Other":1})"));
+  ASSERT_TRUE(ParseJsonRequest(record, R"({"Count":"1","Name":"a\u0000b","Nested":{"No":1},"Parts":[],"Other":1})"));
+  EXPECT_EQ(data.Name, "a");
   EXPECT_EQ(record.m_readKeys, (std::unordered_set<std::string>{"Name", "Nested", "Parts"}));
 }
 
@@ -144,6 +145,7 @@ TEST(JsonRecordTest, AFilterDecidesWhichKeysAreWritten) {
   data.Name = std::string("a\0b", 3);
   data.Parts.resize(1);
   SampleJSONStruct record(&data);
+  EXPECT_EQ(SerializeJsonResponse(record), kAll) << "without a filter";
   for (const auto& c : cases) {
     record.m_keyFilter = std::make_shared<JSONKeyFilter>(JSONKeyFilter{c.mode, c.keys});
     EXPECT_EQ(SerializeJsonResponse(record), c.expected) << c.mode;

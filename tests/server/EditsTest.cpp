@@ -25,6 +25,8 @@ TEST_F(EditsTest, AViewKeepsWhatItsClientWroteAndItsWindowsTextsLeaveAsTexts) {
       << list;
   EXPECT_EQ(bob.Show("View", 1, {"SharedUserID", "Method"}), "- -");
   EXPECT_EQ(bob.Show("View", 1, {"GUID"}).size(), 36u) << "the server gives it";
+  ann.Post("V0/Views", R"({"View":{"Name":"bare"}})");
+  EXPECT_EQ(bob.Show("View", 2, {"ViewGroupID", "UserID", "AutoCycle", "CycleTime"}), "-1 -1 -1 -1");
 }
 
 TEST_F(EditsTest, AGroupIsListedWithTheServersMembers) {

@@ -63,8 +63,9 @@ TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
   EXPECT_THROW(ViewServer refused(options), std::runtime_error);
 }
 
-TEST_F(FaultsTest, AnswersAreLateOrCutAnywhere) {
+TEST_F(FaultsTest, AnswersAreLateOrCutAnywhereOrLackTheirCode) {
   RestartWithRule(R"({"Fault":"Truncate","Path":"V0/Areas"},{"Fault":"Delay","Path":"V0/Users","Milliseconds":300},
+      {"Fault":"MissingErrorCode","Path":"V0/ViewGroups"},
       {"Fault":"ColleagueEdit","Path":"V0/Views","Colleague":{"User":"nobody","Method":"DELETE","Path":"V0/Views/1"}})");
   size_t headsCut = 0;
   size_t bodiesCut = 0;
@@ -79,6 +80,9 @@ TEST_F(FaultsTest, AnswersAreLateOrCutAnywhere) {
   const auto began = Clock::now();
   EXPECT_EQ(cid.Get("V0/Users").Outcome(), "0/0 200");
   EXPECT_GT(Clock::now() - began, std::chrono::milliseconds(290));
+  EXPECT_EQ(cid.Get("V0/ViewGroups").body,
+            R"({"ResponseStatus":{"ErrorModule":0,"Data":{"ChangeNumber":"0","ViewGroupList":{"ViewGroup":[]}},)"
+            R"("CascadingErrorInfo":""}})");
   EXPECT_EQ(cid.Get("V0/Views").Outcome(), "0/0 200") << "a colleague who is not there disturbs nobody";
 }
 

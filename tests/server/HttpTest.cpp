@@ -68,16 +68,20 @@ class HttpTest : public ::testing::Test {
   HttpTest() {
     HttpSettings settings;
     settings.host = "127.0.0.1";
-    settings.readTimeout = settings.idleTimeout = settings.writeTimeout = std::chrono::seconds(1);
+    settings.readTimeout = settings.writeTimeout = std::chrono::seconds(1);
+    settings.idleTimeout = std::chrono::seconds(20);
     settings.heartbeat = std::chrono::milliseconds(50);
     settings.maxConnections = 20;
     settings.maxConnectionsPerUser = 3;
     server = std::make_unique<HttpServer>(settings, echo);
   }
 
+  // The one answer of a connection that ends with it, and so has to say that it ends.
   std::string Exchange(const std::string& bytes) const {
     const Answer answer = ParseAnswer(Wire(server->Port(), bytes).ReceiveAll());
-    return std::to_string(answer.status) + " " + answer.body;
+    const auto end = answer.headers.find("connection");
+    const bool isTold = end != answer.headers.end() && end->second == "close";
+    return std::to_string(answer.status) + " " + answer.body + (isTold ? "" : " without a word of the end");
   }
 
   Echo echo;
@@ -132,7 +136,10 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
     EXPECT_EQ(Wire(server->Port(), stall).ReceiveAll(), "") << stall;
   }
   Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\n\r\n");
+  Wire rests(server->Port(), "GET /before HTTP/1.1\r\n\r\n");
   std::this_thread::sleep_for(std::chrono::seconds(3));
+  rests.Send("GET /after HTTP/1.1\r\nConnection: close\r\n\r\n");
+  EXPECT_NE(rests.ReceiveAll().find("|/after|"), std::string::npos) << "between requests there is more time";
   size_t read = 0;
   for (std::string received; read < (100 << 20) && slowReader.Receive(received); received.clear()) {
     read += received.size();

@@ -2,6 +2,8 @@
 // What is kept: across restarts, across seeds, in sessions and for passwords.
 #include <SQLiteCpp/Database.h>
 
+#include <thread>
+
 #include "TestClient.h"
 #include "server/Accounts.h"
 #include "server/LoginGuard.h"
@@ -16,9 +18,10 @@ class StoreTest : public ServerTest {
     RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", text); });
     return ann.Get("V0/ViewGroups").body + ann.Get("V0/Views").body + std::to_string(ann.Sequence());
   }
-  std::string WhySeedFails(const std::string& text) {
+  std::string WhySeedFails(const std::string& text, const std::string& dataFile) {
     m_server.reset();
     ViewServerOptions options = Options();
+    options.dataFile = dataFile;
     options.seedFile = WriteFile("seed.json", text);
     try {
       ViewServer refused(options);
@@ -52,6 +55,30 @@ TEST_F(StoreTest, ARestartKeepsEverything) {
   EXPECT_EQ(all(), before);
   EXPECT_EQ(Client(m_server->Port(), token).ViewIds(), std::to_string(view)) << "tokens live in the store";
   EXPECT_GT(ann.AddView("new", group, kAnn), std::stoi(gone));
+}
+
+TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
+  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE);
+  store.exec("CREATE TRIGGER full BEFORE INSERT ON changes BEGIN SELECT RAISE(ABORT, 'disk full'); END");
+  EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "100/8 500");
+  store.exec("DROP TRIGGER full");
+  Restart(Options());
+  EXPECT_EQ(ann.Show("View", 1, {"Name", "ChangeNumber"}), "V 1");
+  EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "0/0 200");
+}
+
+TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
+  for (const std::string& file : {Options().dataFile, (m_folder / "new.db").string()}) {
+    SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER)");
+    std::thread other([&store] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      store.exec("COMMIT");
+    });
+    EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})", file), "") << file;
+    other.join();
+  }
 }
 
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
@@ -102,9 +129,18 @@ TEST_F(StoreTest, ASeedThatChangedIsAppliedByIdAndTellsThoseConcerned) {
   EXPECT_EQ(bob.ViewIds(), "");
   Seed(seed("3", ""));
   Seed(seed("-1", ""));
-  EXPECT_EQ(bob.Listen(0).NextBriefs(3), "Views 3 method 0; Views 3 method 2; Views 3 method 0");
+  Seed(seed("1", "3,2"));
+  EXPECT_EQ(bob.Listen(0).NextBriefs(4), "Views 3 method 0; Views 3 method 2; Views 3 method 0; Views 3 method 1");
   EXPECT_EQ(cid.Listen(0).NextBriefs(3), "Views 3 method 0; Views 3 method 1; Views 3 method 1");
   EXPECT_EQ(ann.Listen(0).NextBriefs(4), "Views 3 method 0; Views 3 method 1; Views 3 method 2; Views 3 method 0");
+}
+
+TEST_F(StoreTest, WhatHasNoPlaceStandsBehindTheOthersAndNotBeforeTheFirst) {
+  Seed(R"({"Views":[{"ID":1,"Name":"a","UserID":1,"SequenceIndex":-5},{"ID":2,"Name":"b","UserID":2,"SequenceIndex":-5},
+                    {"ID":3,"Name":"c","UserID":2},{"ID":4,"Name":"d","UserID":2}]})");
+  const auto place = [](const Client& client, int32_t id) { return client.Show("View", id, {"SequenceIndex"}); };
+  EXPECT_EQ(place(ann, ann.AddView("V", -1, kAnn)), "1");
+  EXPECT_EQ(place(bob, 3) + " " + place(bob, 4), "1 2");
 }
 
 TEST_F(StoreTest, ASeedThatDoesNotFitIsRefusedWholeWithOneLine) {
@@ -125,7 +161,7 @@ TEST_F(StoreTest, ASeedThatDoesNotFitIsRefusedWholeWithOneLine) {
     seeds.push_back(R"({"Views":[{)" + std::string(view) + "}]}");
   }
   for (const std::string& seed : seeds) {
-    const std::string why = WhySeedFails(seed);
+    const std::string why = WhySeedFails(seed, Options().dataFile);
     EXPECT_NE(why, "") << seed;
     EXPECT_EQ(why.find('\n'), std::string::npos) << why;
   }

@@ -26,6 +26,8 @@ TEST_F(PlanCallsTest, PlansInNoGroupAreListedByTypeInNaturalOrderAndNotCounted) 
   for (const char* id : {"-1", "-2", "-4"}) {
     EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":")" + std::string(id) + R"(","Type":1})"), expected) << id;
   }
+  EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"-1"})"),
+            R"(true {"ErrorInfo":"","Total":0,"Plans":[)" + Plan("Public", "3", "-1", 0) + "]}");
 }
 
 TEST_F(PlanCallsTest, AGroupListsAndCountsAllItsPlansWhateverTheirType) {

@@ -100,6 +100,7 @@ TEST(PlanConversionTest, NumbersComeBackWithTheirSignAndUnreadableOnesAsZero) {
   const std::pair<const char*, const char*> cases[] = {
       {R"({"Sequence":-2,"WindowNo":-6})", R"("WindowNo":-2,)"},
       {R"({"PresetId":-3})", R"("PresetId":-3,)"},
+      {R"({"ZoomWindowList":{"ZoomMode":-2}})", R"("ZoomWindowList":{"ZoomMode":-2,"ZoomWindow":[]})"},
       {R"({"CruiseIndex":-4,"TrackIndex":-5})", R"("CruiseIndex":-4,"TrackIndex":-5,)"},
       {R"({"SiteID":"-1","ResourceID":"-7"})", R"("ResourceID":"-7","SiteID":"-1",)"},
       {R"({"SiteID":"","ResourceID":"abc"})", R"("ResourceID":"0","SiteID":"0",)"},

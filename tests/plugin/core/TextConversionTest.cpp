@@ -45,6 +45,7 @@ TEST(TextsToNumbers, GiveTheValuesThatHostsRelyOn) {
   EXPECT_EQ(StringToUInt("-1"), 0xFFFFFFFFu);
   EXPECT_EQ(StringToUInt("-2"), 0xFFFFFFFEu);
   EXPECT_EQ(AsSigned(StringToUInt("-4")), -4);
+  EXPECT_EQ(StringToUInt("-4294967295"), 1u);
   EXPECT_EQ(StringToUInt(""), 0u);
   EXPECT_EQ(StringToUInt("root"), 0u);
   EXPECT_EQ(StringToUInt(" \t\n12abc"), 12u);
@@ -54,9 +55,10 @@ TEST(TextsToNumbers, GiveTheValuesThatHostsRelyOn) {
 }
 
 TEST(TextsToNumbers, AreReadAsByStreamExtraction) {
-  for (const char* text : {"1'000", "\u00a03", "0x1F", "inf", "nan", "-1e400", "1e-45", "\v\f\r 3", "4294967296",
-                           "-4294967296", "-2147483649", "99999999999999999999", "16777217",
-                           "340282350000000000000000000000000000000", "340282360000000000000000000000000000001"}) {
+  for (const char* text :
+       {"1'000", "\u00a03", "0x1F", "inf", "nan", "-1e400", "1e-45", "\v\f\r 3", "4294967296", "-4294967296",
+        "4294967295", "-4294967295", "-2147483649", "99999999999999999999", "16777217",
+        "340282350000000000000000000000000000000", "340282360000000000000000000000000000001"}) {
     ExpectAsStreamsRead(text);
   }
   ExpectAsStreamsRead(std::string("3\0004", 3));

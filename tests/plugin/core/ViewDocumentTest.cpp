@@ -91,6 +91,7 @@ TEST(AWrittenView, LeavesOutWhatANewWindowDoesNotHave) {
   CameraGridStruct window;
   window.single_cycle = {SingleWndCycleAreas, 20, "a cycle through nothing", {}};
   window.map_center_x = "not an e-map";
+  window.zoom_mode = ZoomMode{3};  // written without zoom windows, too
   EXPECT_EQ(
       WriteViewDocument(ViewWith({{"", 0, {window}}})),
       R"({"View":{"ID":17,"Name":"Lobby","ViewGroupID":3,"UserID":8,"SequenceIndex":5,"AutoCycle":1,"CycleTime":30,)"
@@ -98,7 +99,7 @@ TEST(AWrittenView, LeavesOutWhatANewWindowDoesNotHave) {
       R"("SiteID":-1,"ResourceID":-1,"RelateResourceID":-1,"RelateResourceName":"","RelateResourceType":-1,)"
       R"("ExtendResource":"","WindowNo":0,"Xtop":"-1.000000","Ytop":"-1.000000","Xbottom":"-1.000000",)"
       R"("Ybottom":"-1.000000","PresetPointIndex":-1,"CruiseIndex":-1,"TrackIndex":-1,"StreamType":0,)"
-      R"("ZoomWindowList":{"ZoomMode":0},"RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1}}]}]}})");
+      R"("ZoomWindowList":{"ZoomMode":3},"RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1}}]}]}})");
 }
 
 TEST(AWrittenView, EscapesTextsAsRapidJsonDoes) {
