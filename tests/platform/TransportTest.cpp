@@ -3,6 +3,7 @@
 
 #include "BizShared/UserCommonManager.h"
 #include "BizShared/details/EditWatch.h"
+#include "ForkedChild.h"
 #include "PlatformCalls.h"
 #include "ScriptedServer.h"
 
@@ -132,6 +133,31 @@ TEST_F(TransportTest, ServesManyThreadsAtOnce) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(right, 6 * 30);
   EXPECT_LE(m_server->Accepted(), 6);
+}
+
+TEST_F(TransportTest, AChildByForkSendsNothingWhateverTheOtherThreadsWereAbout) {
+  Serve([](const Request& request, Connection& connection) { connection.Reply(200, request.body); });
+  ASSERT_EQ(Send("POST", "/x", "kept"), "0/0 kept");
+  std::atomic<bool> over{false};
+  std::thread busy([&] {  // the child may find the lock taken
+    while (!over) Net().SetToken("t0k");
+  });
+  const size_t before = m_server->Requests().size();
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(SaidByForkedChild([] {
+                ErrorCode error;
+                Net().SetServer("http://127.0.0.1:1");
+                CUserCommonManager::Instance().Logout();
+                const bool loggedIn = LogIn("right", error);
+                return Send("GET", "/child") + Send("PUT", "/child", "{}") + (loggedIn ? "in" : Numbers(error));
+              }),
+              "failed 1/1000 failed 1/1000 1/1000");
+  }
+  over = true;
+  busy.join();
+  EXPECT_EQ(m_server->Requests().size(), before);
+  EXPECT_EQ(Send("POST", "/x", "still kept"), "0/0 still kept");
+  EXPECT_EQ(m_server->Accepted(), 1);
 }
 
 TEST_F(TransportTest, TheSeamReplacesTheNetworkOnly) {

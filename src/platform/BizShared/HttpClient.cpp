@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "BizShared/CancellerImpl.h"
+#include "BizShared/details/Process.h"
 
 namespace BizShared {
 
@@ -240,7 +241,11 @@ HttpClient::HttpClient() {
 }
 
 HttpClient::~HttpClient() {
-  CloseIdle();
+  if (details::IsForkedChild()) {
+    details::LeaveToParent(m_idle);  // closing would say good-bye on the parent's connections
+  } else {
+    CloseIdle();
+  }
 }
 
 HttpReply HttpClient::Perform(const HttpRequest& request) {
@@ -251,6 +256,7 @@ HttpReply HttpClient::Perform(const HttpRequest& request) {
 }
 
 void HttpClient::CloseIdle() {
+  if (details::IsForkedChild()) return;
   std::vector<std::unique_ptr<Lane>> idle;
   std::lock_guard<std::mutex> lock(m_mutex);
   idle.swap(m_idle);

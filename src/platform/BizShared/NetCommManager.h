@@ -22,6 +22,11 @@ class IEditWatch;
 }  // namespace details
 
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
+//
+// They belong to the process that first sends a request or starts a download. In a child that it makes with fork()
+// nothing is sent: every request is false with main 1, sub 1000, SetServer and the platform's other set-up calls do
+// nothing, and the child may end or exec as it likes; the parent does not notice. Fork first where the child is to talk
+// to the server itself.
 class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
  public:
   ~CNetCommManager();
