@@ -175,7 +175,9 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   exchange.status = reply.status;
   exchange.resourceSequence = reply.resourceSequence;
   if (reply.curlCode != 0) return Fail(recv, kTransportError, reply.curlCode);
-  if (reply.body.empty() && (reply.status < 200 || reply.status > 299)) return Fail(recv, kHttpError, reply.status);
+  // The server's own errors are JSON; what a proxy, say, has to tell in HTML nobody here can read.
+  const bool isRefused = reply.status < 200 || reply.status > 299;
+  if (isRefused && (reply.body.empty() || reply.isOfOtherType)) return Fail(recv, kHttpError, reply.status);
   recv.SetVal_Receive_Data(std::move(reply.body));
   return true;
 }
