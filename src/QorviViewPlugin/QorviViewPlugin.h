@@ -5,6 +5,9 @@
 // Rules for all of them:
 //  - Any thread may call any of them at any time. Calls that ask the server block until it answers.
 //  - Nothing is thrown across this boundary.
+//  - In a child that the host makes with fork() after the first request to the server, calls that ask the server fail,
+//    with an error text, and nothing is heard of changes; the parent goes on undisturbed. Fork first where a child is
+//    to work with the server.
 //  - The library passes std::string across it: host and library must be built against the same standard library.
 //
 // Rules for the 17 exchanges, bool F(request, response):

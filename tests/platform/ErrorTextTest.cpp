@@ -19,8 +19,8 @@ TEST(ErrorText, KnowsTheErrorsOfServerTransportAndLibrary) {
     int mainError;
     int firstSub;
     int lastSub;
-  } cases[] = {{100, 1, 8}, {101, 1, 2}, {1, 5, 8},   {1, 3, 3},     {1, 28, 28},   {1, 35, 35},  {1, 52, 52},
-               {1, 60, 60}, {2, 1, 1},   {2, 20, 20}, {4, 400, 401}, {4, 403, 405}, {4, 500, 504}};
+  } cases[] = {{100, 1, 8}, {101, 1, 2},     {1, 5, 8}, {1, 3, 3},   {1, 28, 28},   {1, 35, 35},   {1, 52, 52},
+               {1, 60, 60}, {1, 1000, 1000}, {2, 1, 1}, {2, 20, 20}, {4, 400, 401}, {4, 403, 405}, {4, 500, 504}};
   for (const auto& c : cases) {
     for (int sub = c.firstSub; sub <= c.lastSub; ++sub) {
       EXPECT_EQ(TextOf(c.mainError, sub).find("Error "), std::string::npos) << c.mainError << "-" << sub;

@@ -12,8 +12,10 @@
 
 #include "BizShared/UserCommonManager.h"
 #include "BizShared/details/Exchange.h"
+#include "ForkedChild.h"
 #include "NetLink/RapidJsonProto.h"
 #include "PlatformCalls.h"
+#include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "ScriptedServer.h"
 #include "server/ViewServer.h"
@@ -163,6 +165,47 @@ TEST(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {
     }
   }
   CViewGroupManager::Instance().SetViewsUpdateCallback({});
+  CUserCommonManager::Instance().Logout();
+  CNetCommManager::Instance().SetServer({});
+}
+
+TEST(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
+  class Listener : public ResourceStore::IOrlUserObserver {
+   public:
+    void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
+      last = param.GetVal_enumState();
+      ++count;
+    }
+    std::atomic<int> last{-1}, count{0};
+  } listener;
+  const Site site(true);
+  ASSERT_TRUE(Follow(site));
+  auto& users = ResourceStore::COrlUserManager::Instance();
+  users.RegisterObserver(&listener);
+  users.StartDownLoadOrlUser();
+  ASSERT_TRUE(Eventually([&] { return listener.count == 1; }));
+  AddView("before");  // its connection is kept
+  EXPECT_EQ(SaidByForkedChild([&] {
+              users.StartDownLoadOrlUser();
+              users.SyncUnregisterObserver(&listener);
+              CViewGroupManager::Instance().SetViewsUpdateCallback({});
+              CViewGroupManager::Instance().Stop();
+              CViewGroupManager::Instance().Start();
+              CUserCommonManager::Instance().Logout();
+              return std::to_string(listener.count) + " " + std::to_string(listener.last);
+            }),
+            "2 1");
+  AddView("after");
+  AddViewElsewhere("elsewhere");
+  EXPECT_TRUE(Eventually([&] {
+    std::string views;
+    CViewGroupManager::Instance().GetViewsData(views);
+    return views.find("\"elsewhere\"") != std::string::npos;
+  }));
+  users.StartDownLoadOrlUser();
+  EXPECT_TRUE(Eventually([&] { return listener.count == 2 && listener.last == 0; }));
+  users.SyncUnregisterObserver(&listener);
+  CViewGroupManager::Instance().Stop();
   CUserCommonManager::Instance().Logout();
   CNetCommManager::Instance().SetServer({});
 }

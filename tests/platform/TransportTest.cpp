@@ -3,6 +3,7 @@
 
 #include "BizShared/UserCommonManager.h"
 #include "BizShared/details/EditWatch.h"
+#include "ForkedChild.h"
 #include "PlatformCalls.h"
 #include "ScriptedServer.h"
 
@@ -82,6 +83,9 @@ TEST_F(TransportTest, TellsRepliesFromFailures) {
     if (what == "/204") return connection.Reply(204, "");
     if (what == "/404-body") return connection.Reply(404, "no such");
     if (what == "/500-empty") return connection.Reply(500, "");
+    if (what == "/typed") {  // the request says status and type
+      return connection.Reply(std::stoi(request.body), "body", "content-TYPE:" + request.body.substr(3) + "\r\n");
+    }
     if (what == "/302-empty") return connection.Reply(302, "", "Location: /404-body\r\n");
     connection.Close();
     if (what == "/truncated") connection.Send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
@@ -93,12 +97,28 @@ TEST_F(TransportTest, TellsRepliesFromFailures) {
       {"/200-empty", "0/0 "},          {"/204", "0/0 "},
       {"/404-body", "0/0 no such"},    {"/500-empty", "failed 4/500 "},
       {"/302-empty", "failed 4/302 "},  // redirects are not followed
-      {"/truncated", "failed 1/18 "},  {"/rubbish", "failed 1/1 "},
-      {"/closed", "failed 1/52 "},     {"/silent", "failed 1/28 "},
+      {"/truncated", "failed 1/18 "},  {"/half-header", "failed 1/18 "},
+      {"/rubbish", "failed 1/1 "},     {"/closed", "failed 1/52 "},
+      {"/silent", "failed 1/28 "},
   };
   for (const auto& [url, expected] : cases) {
     EXPECT_EQ(Send("PUT", url, "{}", url == std::string("/silent") ? 300 : 0), expected) << url;
   }
+  const std::pair<const char*, const char*> typed[] = {
+      {"200 text/html", "0/0 body"},
+      {"502 text/html", "failed 4/502 "},
+      {"302 text/html; charset=utf-8", "failed 4/302 "},
+      {"400 text/plain", "failed 4/400 "},
+      {"401 text/html", "failed 4/401 "},
+      {"500 application/jsonish", "failed 4/500 "},
+      {"500 text/html; as=application/json", "failed 4/500 "},
+      {"500 +json", "failed 4/500 "},
+      {"404 application/json", "0/0 body"},
+      {"404 Application/JSON ; charset=utf-8", "0/0 body"},
+      {"404 application/problem+Json;x", "0/0 body"},
+      {"404 ", "0/0 body"},
+  };
+  for (const auto& [what, expected] : typed) EXPECT_EQ(Send("PUT", "/typed", what), expected) << what;
   m_server.reset();
   EXPECT_EQ(Send("GET", "/"), "failed 1/7 ");
   Net().SetServer("ftp://127.0.0.1");
@@ -132,6 +152,31 @@ TEST_F(TransportTest, ServesManyThreadsAtOnce) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(right, 6 * 30);
   EXPECT_LE(m_server->Accepted(), 6);
+}
+
+TEST_F(TransportTest, AChildByForkSendsNothingWhateverTheOtherThreadsWereAbout) {
+  Serve([](const Request& request, Connection& connection) { connection.Reply(200, request.body); });
+  ASSERT_EQ(Send("POST", "/x", "kept"), "0/0 kept");
+  std::atomic<bool> over{false};
+  std::thread busy([&] {  // the child may find the lock taken
+    while (!over) Net().SetToken("t0k");
+  });
+  const size_t before = m_server->Requests().size();
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(SaidByForkedChild([] {
+                ErrorCode error;
+                Net().SetServer("http://127.0.0.1:1");
+                CUserCommonManager::Instance().Logout();
+                const bool loggedIn = LogIn("right", error);
+                return Send("GET", "/child") + Send("PUT", "/child", "{}") + (loggedIn ? "in" : Numbers(error));
+              }),
+              "failed 1/1000 failed 1/1000 1/1000");
+  }
+  over = true;
+  busy.join();
+  EXPECT_EQ(m_server->Requests().size(), before);
+  EXPECT_EQ(Send("POST", "/x", "still kept"), "0/0 still kept");
+  EXPECT_EQ(m_server->Accepted(), 1);
 }
 
 TEST_F(TransportTest, TheSeamReplacesTheNetworkOnly) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "BizShared/CancellerImpl.h"
+#include "BizShared/details/Process.h"
 
 namespace BizShared {
 
@@ -29,6 +30,20 @@ using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 // A token goes into a header line; one that would break out of it is not sent.
 bool IsHeaderSafe(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= 0x20 && c != 0x7f; });
+}
+
+bool EqualsIgnoringCase(std::string_view left, std::string_view right) {
+  return left.size() == right.size() && curl_strnequal(left.data(), right.data(), left.size());
+}
+
+// Whether a Content-Type, parameters and all, names JSON: application/json, or a type that is made of it.
+bool IsJsonType(std::string_view type) {
+  static constexpr std::string_view kSuffix = "+json";
+  type = type.substr(0, type.find(';'));
+  type.remove_prefix(std::min(type.find_first_not_of(" \t"), type.size()));
+  type = type.substr(0, type.find_last_not_of(" \t") + 1);
+  return EqualsIgnoringCase(type, "application/json") || EqualsIgnoringCase(type, "text/json") ||
+         (type.size() > kSuffix.size() && EqualsIgnoringCase(type.substr(type.size() - kSuffix.size()), kSuffix));
 }
 
 }  // namespace
@@ -116,7 +131,12 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   if (m_timesSent > 1 && m_reply.curlCode == CURLE_ABORTED_BY_CALLBACK) m_reply.curlCode = CURLE_GOT_NOTHING;
   // curl takes a reply whose head is cut off for one without a body.
   if (m_reply.curlCode == CURLE_OK && !m_headComplete) m_reply.curlCode = CURLE_PARTIAL_FILE;
-  if (m_easy) curl_easy_reset(m_easy);
+  if (m_easy) {
+    const char* type = nullptr;
+    curl_easy_getinfo(m_easy, CURLINFO_CONTENT_TYPE, &type);
+    m_reply.isOfOtherType = type && !IsJsonType(type);
+    curl_easy_reset(m_easy);
+  }
   m_headers.reset();
   m_request = nullptr;
   return std::move(m_reply);
@@ -279,7 +299,11 @@ HttpClient::HttpClient() {
 }
 
 HttpClient::~HttpClient() {
-  CloseIdle();
+  if (details::IsForkedChild()) {
+    details::LeaveToParent(m_idle);  // closing would say good-bye on the parent's connections
+  } else {
+    CloseIdle();
+  }
 }
 
 HttpReply HttpClient::Perform(const HttpRequest& request) {
@@ -290,6 +314,7 @@ HttpReply HttpClient::Perform(const HttpRequest& request) {
 }
 
 void HttpClient::CloseIdle() {
+  if (details::IsForkedChild()) return;
   std::vector<std::unique_ptr<Lane>> idle;
   idle.reserve(kMaxIdleLanes);
   std::lock_guard<std::mutex> lock(m_mutex);

@@ -35,6 +35,7 @@ struct HttpReply {
   int status = 0;    // 0: no reply
   std::string body;
   std::string resourceSequence;  // header of that name; empty when absent
+  bool isOfOtherType = false;    // its Content-Type is there and no JSON type
 };
 
 // Keeps connections: a request takes an idle lane (a connection cache of its own, so that threads never share one), or

@@ -13,6 +13,7 @@
 #include "BizShared/UserCommonManager.h"
 #include "BizShared/details/EditWatch.h"
 #include "BizShared/details/Exchange.h"
+#include "BizShared/details/Process.h"
 #include "NetLink/RapidJsonProto.h"
 #include "VantBase/SingletonImpl.h"
 
@@ -84,10 +85,14 @@ class WatchedEdit {
   std::string m_answer;
 };
 
-bool Fail(NetLink::CClientRecvInfo& recv, int mainError, int subError) {
+bool Fail(NetLink::CClientRecvInfo& recv, const ErrorCode& error) {
   recv.SetVal_Receive_Data({});
-  recv.SetVal_Error_code(ErrorCode(mainError, subError, 0, {}));
+  recv.SetVal_Error_code(error);
   return false;
+}
+
+bool Fail(NetLink::CClientRecvInfo& recv, int mainError, int subError) {
+  return Fail(recv, ErrorCode(mainError, subError, 0, {}));
 }
 
 }  // namespace
@@ -113,6 +118,7 @@ details::IEditWatch::~IEditWatch() = default;
 bool CNetCommManager::ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv,
                                     std::shared_ptr<NetLink::CClientSendInfo> send, unsigned int /*reserved*/) {
   if (!recv || !send) return false;
+  if (!details::ClaimProcess()) return Fail(*recv, details::ForkedChildError());
   details::Exchange exchange;
   if (send->GetVal_Method() == "GET") return Send(*recv, *send, exchange);
   WatchedEdit edit(GetEditWatch(), *send);
@@ -133,6 +139,7 @@ std::shared_ptr<details::IEditWatch> CNetCommManager::GetEditWatch() const {
 
 bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send,
                            details::Exchange& exchange) {
+  if (!details::ClaimProcess()) return Fail(recv, details::ForkedChildError());
   recv.SetVal_Error_code({});
   if (!IsSendable(send.GetVal_Method(), send.GetVal_URL())) return Fail(recv, kTransportError, CURLE_URL_MALFORMAT);
 
@@ -168,12 +175,15 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   exchange.status = reply.status;
   exchange.resourceSequence = reply.resourceSequence;
   if (reply.curlCode != 0) return Fail(recv, kTransportError, reply.curlCode);
-  if (reply.body.empty() && (reply.status < 200 || reply.status > 299)) return Fail(recv, kHttpError, reply.status);
+  // The server's own errors are JSON; what a proxy, say, has to tell in HTML nobody here can read.
+  const bool isRefused = reply.status < 200 || reply.status > 299;
+  if (isRefused && (reply.body.empty() || reply.isOfOtherType)) return Fail(recv, kHttpError, reply.status);
   recv.SetVal_Receive_Data(std::move(reply.body));
   return true;
 }
 
 void CNetCommManager::SetServer(const std::string& root, const std::string& caFile) {
+  if (details::IsForkedChild()) return;
   std::string withoutSlash = root.substr(0, root.find_last_not_of('/') + 1);
   {
     std::lock_guard<std::mutex> lock(m_impl->m_mutex);

@@ -22,13 +22,19 @@ class IEditWatch;
 }  // namespace details
 
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
+//
+// They belong to the process that first sends a request or starts a download. In a child that it makes with fork()
+// nothing is sent: every request is false with main 1, sub 1000, SetServer and the platform's other set-up calls do
+// nothing, and the child may end or exec as it likes; the parent does not notice. Fork first where the child is to talk
+// to the server itself.
 class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
  public:
   ~CNetCommManager();
 
-  // Sends and waits. True as soon as an HTTP reply with a body, or a 2xx without one, arrived; `recv` then holds the
-  // body. Else false, and `recv` holds the error record: main 1 and curl's code as sub error, or main 4 and the HTTP
-  // status. `recv` must point to a record. Time-outs: 10 s to connect, 60 s in all unless the request sets one.
+  // Sends and waits. True as soon as a 2xx, or another HTTP reply with a body that may be the server's, arrived; `recv`
+  // then holds the body. It may be the server's when its Content-Type is JSON (application/json, ...+json) or absent.
+  // Else false, and `recv` holds the error record: main 1 and curl's code as sub error, or main 4 and the HTTP status.
+  // `recv` must point to a record. Time-outs: 10 s to connect, 60 s in all unless the request sets one.
   // An URL with blanks, control characters, '#', '\', a ".." segment or, in anything but a GET, '?' is refused:
   // main 1, sub 3, nothing sent; so is one that does not begin with '/', or another method than the four. A GET is sent
   // again when a kept connection turns out to be dead; anything else is sent once, so that an edit whose answer is lost

@@ -9,6 +9,7 @@
 #include "BizShared/NetCommManager.h"
 #include "BizShared/details/Canceller.h"
 #include "BizShared/details/Exchange.h"
+#include "BizShared/details/Process.h"
 #include "NetLink/RapidJsonProto.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
@@ -101,7 +102,9 @@ class CUserCommonManager::Impl {
 };
 
 CUserCommonManager::CUserCommonManager() : m_impl(std::make_unique<Impl>()) {}
-CUserCommonManager::~CUserCommonManager() = default;
+CUserCommonManager::~CUserCommonManager() {
+  if (details::IsForkedChild()) details::LeaveToParent(m_impl);
+}
 
 bool CUserCommonManager::GetUserID(int& id) {
   std::lock_guard<std::mutex> lock(m_impl->m_mutex);
@@ -119,6 +122,10 @@ bool CUserCommonManager::GetUserInfo(int& id, std::string& name) {
 
 bool CUserCommonManager::Login(const std::string& userName, const std::string& password, const std::string& clientName,
                                ErrorCode& error) {
+  if (details::IsForkedChild()) {
+    error = details::ForkedChildError();
+    return false;
+  }
   unsigned int generation = 0;
   {
     std::lock_guard<std::mutex> lock(m_impl->m_mutex);
@@ -143,6 +150,7 @@ bool CUserCommonManager::Login(const std::string& userName, const std::string& p
 }
 
 void CUserCommonManager::Logout() {
+  if (details::IsForkedChild()) return;
   details::Exchange exchange;
   exchange.asUser = false;
   {

@@ -19,7 +19,7 @@ namespace details {
 class CCanceller;
 }
 
-// Who is logged in. Any thread.
+// Who is logged in. Any thread. In a child by fork (NetCommManager.h) nobody can log in or out.
 class BIZSHARED_API CUserCommonManager : public Vant::Base::CSingleton<CUserCommonManager> {
  public:
   ~CUserCommonManager();

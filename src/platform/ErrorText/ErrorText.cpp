@@ -48,6 +48,7 @@ constexpr std::array kEntries = {
     Entry{kTransport, 83, QT_TRANSLATE_NOOP("ErrorText", "The server's certificate is not trusted")},
     Entry{kTransport, 91, QT_TRANSLATE_NOOP("ErrorText", "The server's certificate is not trusted")},
     Entry{kTransport, 92, QT_TRANSLATE_NOOP("ErrorText", "The connection to the server failed")},
+    Entry{kTransport, 1000, QT_TRANSLATE_NOOP("ErrorText", "The connection to the server is another process's")},
 
     Entry{kClientLibrary, 1, QT_TRANSLATE_NOOP("ErrorText", "Internal error in the client library")},
     Entry{kClientLibrary, 20, QT_TRANSLATE_NOOP("ErrorText", "The folder is not known here")},

@@ -13,6 +13,7 @@
 #include "BizShared/NetCommManager.h"
 #include "BizShared/details/Canceller.h"
 #include "BizShared/details/Exchange.h"
+#include "BizShared/details/Process.h"
 #include "NetLink/RapidJsonProto.h"
 #include "ResourceStore/Reply.h"
 #include "VantBase/Log.h"
@@ -69,7 +70,9 @@ class CObserverableWrap<Observed, Observer>::Impl {
 template <class Observed, class Observer>
 CObserverableWrap<Observed, Observer>::CObserverableWrap() : m_observers(std::make_unique<Impl>()) {}
 template <class Observed, class Observer>
-CObserverableWrap<Observed, Observer>::~CObserverableWrap() = default;
+CObserverableWrap<Observed, Observer>::~CObserverableWrap() {
+  if (BizShared::details::IsForkedChild()) BizShared::details::LeaveToParent(m_observers);
+}
 
 template <class Observed, class Observer>
 void CObserverableWrap<Observed, Observer>::RegisterObserver(Observer* observer) {
@@ -82,6 +85,12 @@ void CObserverableWrap<Observed, Observer>::RegisterObserver(Observer* observer)
 
 template <class Observed, class Observer>
 void CObserverableWrap<Observed, Observer>::SyncUnregisterObserver(Observer* observer) {
+  if (BizShared::details::IsForkedChild()) {
+    // The threads that notify, and may hold the lock, are the parent's.
+    std::unique_lock<std::mutex> lock(m_observers->m_mutex, std::try_to_lock);
+    if (lock) std::erase(m_observers->m_observers, observer);
+    return;
+  }
   std::unique_lock<std::mutex> lock(m_observers->m_mutex);
   std::erase(m_observers->m_observers, observer);
   m_observers->m_callEnded.wait(lock, [&] {
@@ -170,7 +179,10 @@ class COrlUserManager::Impl {
     if (!m_thread.joinable()) m_thread = std::thread([this] { Run(); });
   }
 
+  void RefuseForkedChild() { NotifyAll(CIOrlUserObserverParam::Failed, BizShared::details::ForkedChildError()); }
+
   void End() {
+    if (BizShared::details::IsForkedChild()) return;
     {
       std::lock_guard<std::mutex> lock(m_mutex);
       m_ended = true;
@@ -284,9 +296,12 @@ class COrlUserManager::Impl {
 };
 
 COrlUserManager::COrlUserManager() : m_impl(std::make_unique<Impl>(*this)) {}
-COrlUserManager::~COrlUserManager() = default;
+COrlUserManager::~COrlUserManager() {
+  if (BizShared::details::IsForkedChild()) BizShared::details::LeaveToParent(m_impl);
+}
 
 void COrlUserManager::StartDownLoadOrlUser() {
+  if (!BizShared::details::ClaimProcess()) return m_impl->RefuseForkedChild();
   // Made after the transport, so that the thread has ended when the transport's library cleans up.
   BizShared::CNetCommManager::Instance();
   struct EndAtExit {

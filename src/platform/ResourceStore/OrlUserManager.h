@@ -107,7 +107,8 @@ class RESOURCESTORE_API COrlUserManager : public Vant::Base::CSingleton<COrlUser
  public:
   ~COrlUserManager();
 
-  // Starts a download. Every call is followed by a notification sent after the call, failures included.
+  // Starts a download. Every call is followed by a notification sent after the call, failures included. In a child by
+  // fork (NetCommManager.h) it fails, and is notified from within the call.
   void StartDownLoadOrlUser();
   // The users of the last download that succeeded, in the server's order.
   void GetOrlUsers(std::vector<std::shared_ptr<CUserInfo>>& users) const;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "BizShared/NetCommManager.h"
+#include "BizShared/details/Process.h"
 #include "ResourceStore/ElementStore.h"
 #include "ResourceStore/ViewSync.h"
 #include "ResourceStore/details/ChangeRelay.h"
@@ -77,7 +78,9 @@ class CViewGroupManager::Impl {
 };
 
 CViewGroupManager::CViewGroupManager() : m_impl(std::make_unique<Impl>()) {}
-CViewGroupManager::~CViewGroupManager() = default;
+CViewGroupManager::~CViewGroupManager() {
+  if (BizShared::details::IsForkedChild()) BizShared::details::LeaveToParent(m_impl);
+}
 
 bool CViewGroupManager::IsViewDownloadSuccess() const {
   return m_impl->m_relay->IsFinished();
@@ -92,26 +95,30 @@ void CViewGroupManager::GetViewGroupsData(std::string& data) const {
 }
 
 void CViewGroupManager::SetViewsUpdateCallback(UpdateCallback callback) {
+  if (BizShared::details::IsForkedChild()) return;  // no thread will ever call
   m_impl->m_relay->Slot(ListKind::Views).Set(std::move(callback));
 }
 
 void CViewGroupManager::SetViewGroupsUpdateCallback(UpdateCallback callback) {
+  if (BizShared::details::IsForkedChild()) return;
   m_impl->m_relay->Slot(ListKind::Groups).Set(std::move(callback));
 }
 
 void CViewGroupManager::Start() {
+  if (!BizShared::details::ClaimProcess()) return;
   // Made after the transport, so that the thread has ended when the transport's library cleans up, also when the host
   // never stops.
   BizShared::CNetCommManager::Instance();
   struct StopAtExit {
-    ~StopAtExit() { impl->Stop(); }
-    Impl* impl;
+    ~StopAtExit() { manager->Stop(); }
+    CViewGroupManager* manager;
   };
-  static StopAtExit stopAtExit{m_impl.get()};
+  static StopAtExit stopAtExit{this};
   m_impl->Start();
 }
 
 void CViewGroupManager::Stop() {
+  if (BizShared::details::IsForkedChild()) return;
   m_impl->Stop();
 }
 

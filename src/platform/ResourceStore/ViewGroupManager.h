@@ -16,7 +16,8 @@ extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CV
 namespace ResourceStore {
 
 // Downloads areas, view groups and views on a thread of its own, keeps their raw texts up to date from the server's
-// change stream, and tells its callbacks of changes. Any thread.
+// change stream, and tells its callbacks of changes. Any thread. In a child by fork (NetCommManager.h) the texts stay
+// as they were and nothing is called back.
 class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager> {
  public:
   using UpdateCallback = std::function<void(const std::string&)>;

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+namespace testing_support {
+
+// What `say` answers in a child by fork that then ends by exit(); "(killed)" behind it where the child did not end
+// within 20 s or ended badly.
+inline std::string SaidByForkedChild(const std::function<std::string()>& say) {
+  int ends[2];
+  if (pipe(ends) != 0) return "no pipe";
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(20);
+    const std::string text = say();
+    const bool written = write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    close(ends[1]);
+    std::exit(written ? 0 : 1);
+  }
+  close(ends[1]);
+  std::string said;
+  char bytes[256];
+  for (ssize_t got = 0; (got = read(ends[0], bytes, sizeof bytes)) > 0;) said.append(bytes, static_cast<size_t>(got));
+  close(ends[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? said : said + "(killed)";
+}
+
+}  // namespace testing_support
