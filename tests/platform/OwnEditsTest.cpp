@@ -268,7 +268,8 @@ TEST_F(OwnEditsTest, NumbersThatBeginAnewInAnotherRunAreToldByEmptyDocuments) {
     ASSERT_TRUE(Eventually([&] { return m_site.StreamsOpened() > opened; }));
     if (run.event != 0) {
       m_site.Stream(Change(run.event));
-      EXPECT_TRUE(Eventually([&] { return TextSays(std::to_string(run.event)); }));
+      EXPECT_TRUE(Eventually([&] { return Calls().size() > before; }));
+      EXPECT_TRUE(TextSays(std::to_string(run.event)));
     }
     const Texts calls = Calls();
     const Texts told(calls.begin() + static_cast<std::ptrdiff_t>(before), calls.end());
