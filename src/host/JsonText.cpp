@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/JsonText.h"
 
-#include <QString>
-
 #include "json/ParseText.h"
 
 namespace host {
@@ -24,7 +22,59 @@ const rapidjson::Value& EmptyObject() {
   return object;
 }
 
+// The length of the UTF-8 character that the text begins with, 0 where it begins with none.
+size_t CharacterLength(std::string_view text) {
+  const auto byte = [&](size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u; };
+  const unsigned lead = byte(0);
+  if (lead < 0x80) return 1;
+  const size_t length = lead >= 0xC2 && lead <= 0xDF   ? 2
+                        : lead >= 0xE0 && lead <= 0xEF ? 3
+                        : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                                       : 0;
+  for (size_t at = 1; at < length; ++at) {
+    if ((byte(at) & 0xC0) != 0x80) return 0;
+  }
+  // Longer than need be, a surrogate, or beyond the last character.
+  const unsigned second = byte(1);
+  const bool isWrong = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
+                       (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
+  return isWrong ? 0 : length;
+}
+
 }  // namespace
+
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const size_t length = CharacterLength(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
+std::string ValidUtf8(std::string_view text) {
+  std::string valid;
+  valid.reserve(text.size());
+  while (!text.empty()) {
+    const size_t length = CharacterLength(text);
+    if (length == 0) {
+      valid += kReplacement;
+    } else {
+      valid += text.substr(0, length);
+    }
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+  return valid;
+}
+
+bool ParseAnswer(std::string_view text, rapidjson::Document& document) {
+  return ParseJson(ValidUtf8(text), document);
+}
+
+bool IsReadAsRequest(std::string text) {
+  rapidjson::Document document;
+  return json::ParseInPlace(text.data(), document).has_value();
+}
 
 bool ParseJson(std::string_view text, rapidjson::Document& document) {
   const bool parsed = json::Parse<rapidjson::kParseValidateEncodingFlag>(std::string(text), document);
@@ -60,8 +110,7 @@ const rapidjson::Value& ObjectOf(const rapidjson::Value& object, const char* key
 ObjectText& ObjectText::Add(const char* key, std::string_view text) {
   m_writer.Key(key);
   // Whatever bytes a function answers with, what is printed is valid UTF-8.
-  const std::string valid = QString::fromUtf8(text.data(), static_cast<int>(text.size())).toStdString();
-  WriteText(m_writer, valid);
+  WriteText(m_writer, ValidUtf8(text));
   return *this;
 }
 

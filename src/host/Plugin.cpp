@@ -86,11 +86,13 @@ bool Plugin::Ask(std::string_view exchange, const std::string& request, std::str
   return std::get<Exchange>(m_functions.at(exchange))(request, response);
 }
 
-bool Plugin::Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response) const {
+bool Plugin::Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response,
+                 bool* isUtf8) const {
   std::string text;
   const bool done = Ask(exchange, request, text);
-  if (!ParseJson(text, response) && done) {
-    throw Failure(kRefused, std::string(exchange) + ": The response is not JSON in UTF-8, so nothing is made of it");
+  if (isUtf8) *isUtf8 = IsUtf8(text);
+  if (!ParseAnswer(text, response) && done) {
+    throw Failure(kRefused, std::string(exchange) + ": The response is not JSON, so nothing is made of it");
   }
   return done;
 }

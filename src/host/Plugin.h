@@ -36,9 +36,11 @@ class Plugin {
 
   // The four below REQUIRE the name of a function of that kind.
   bool Ask(std::string_view exchange, const std::string& request, std::string& response) const;
-  // The same, with the response read. Throws Failure kRefused when the answer is true and cannot be read: what a server
-  // holds may be no UTF-8. An answer of false may come with a null.
-  bool Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response) const;
+  // The same, with the response read; bytes that are no UTF-8, which a server may hold, read as U+FFFD. Throws Failure
+  // kRefused when the answer is true and cannot be read. An answer of false may come with a null.
+  // `isUtf8`, if given, tells whether there were none.
+  bool Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response,
+           bool* isUtf8 = nullptr) const;
   bool Ask(std::string_view question) const;
   void Register(ResourceData::IResourceObserver* observer, const std::string& request) const;
 

@@ -16,9 +16,12 @@ bool SortsBefore(const std::string& left, const std::string& right) {
       QString::fromStdString(left), QString::fromStdString(right), VeltControl::CStandardItemModel::SortByName);
 }
 
-void AskListing(const Plugin& plugin, const char* exchange, const std::string& request, rapidjson::Document& answer) {
-  if (!plugin.Ask(exchange, request, answer))
+// Whether the answer was UTF-8.
+bool AskListing(const Plugin& plugin, const char* exchange, const std::string& request, rapidjson::Document& answer) {
+  bool isUtf8 = true;
+  if (!plugin.Ask(exchange, request, answer, &isUtf8))
     throw Failure(kRefused, std::string(exchange) + ": " + TextOf(answer, "ErrorInfo"));
+  return isUtf8;
 }
 
 class TreeReader {
@@ -69,8 +72,9 @@ class TreeReader {
     for (const Kind type : types) {
       if (seen >= total || !asked.insert(type).second) continue;
       rapidjson::Document answer;
-      AskListing(m_plugin, "GetPlanGroups",
-                 ObjectText().Add("ParentID", m_tree.folders[parent].id).Add("GroupType", type).Text(), answer);
+      const bool isUtf8 =
+          AskListing(m_plugin, "GetPlanGroups",
+                     ObjectText().Add("ParentID", m_tree.folders[parent].id).Add("GroupType", type).Text(), answer);
       total = NumberOf(answer, "Total");
       for (const auto& group : ListOf(answer, "PlanGroups").GetArray()) {
         ++seen;
@@ -80,6 +84,7 @@ class TreeReader {
         folder.id = TextOf(group, "ID");
         folder.name = TextOf(group, "Name");
         folder.kind = m_tree.folders[parent].kind;
+        folder.isMended = !isUtf8 && folder.name.find(kReplacement) != std::string::npos;
         folder.parent = parent;
       }
     }

@@ -27,6 +27,7 @@ struct TreeFolder {
   size_t parent = 0;    // index of the folder it lies in; its own for a top-level folder
   std::vector<size_t> folders;
   std::vector<TreeView> views;  // sorted by name
+  bool isMended = false;        // its name had bytes that are no UTF-8, which read as U+FFFD
 };
 
 struct ViewTree {

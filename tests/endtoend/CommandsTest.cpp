@@ -149,19 +149,43 @@ TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
   EXPECT_EQ(second.err, "");
 }
 
-TEST_F(CommandsTest, WhatIsNoUtf8IsReportedAndNotLeftOut) {
+TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingShown) {
   const QTemporaryDir folder;
   const QStringList own = {"--data", folder.path()};
-  test::Run(own + QStringList{"call", "AddPlanGroup", R"({"Name":"Spoilt","ParentID":"-1","Type":0})"});
+  const Outcome added = test::Run(own + QStringList{"script"}, {},
+                                  R"({"call":"AddPlanGroup","request":{"Name":"Spoilt","ParentID":"-1","Type":0}})"
+                                  "\n"
+                                  R"({"call":"AddPlan","request":{"Name":"Spoilt view","GroupID":"-1","Type":0}})"
+                                  "\n"
+                                  R"({"call":"AddPlan","request":{"Name":"Sound","GroupID":"-1","Type":0}})"
+                                  "\n");
+  ASSERT_EQ(added.status, 0) << added.err;
   const std::string store = folder.filePath("views.db").toStdString();
   std::string content = ReadFile(store);
   for (size_t at = 0; (at = content.find("Spoilt")) != std::string::npos;) content[at] = '\xff';
   WriteFile(store, content);
-  for (const QStringList& command : {QStringList{"tree"}, QStringList{"export", "-o", "-"}}) {
-    const Outcome outcome = test::Run(own + command);
-    EXPECT_EQ(outcome.status, 1) << outcome.err;
-    EXPECT_TRUE(Has(outcome.err, "GetPlanGroups: The response is not JSON in UTF-8")) << outcome.err;
-    EXPECT_EQ(outcome.out, "");
+  const std::string mended = "\xEF\xBF\xBDpoilt";
+  // A request that the library reads is passed on as it is, and no fault is found with it.
+  const std::string request = "{\"ID\":\"1\",\"Other\":\"\xff\"}";
+  const std::pair<QStringList, std::vector<std::string>> commands[] = {
+      {{"tree"}, {mended + "/  (group 1)", mended + " view  (view 1)", "Sound  (view 2)"}},
+      {{"tree", "--json"}, {R"({"ID":"1","Name":")" + mended + '"', R"("Name":"Sound")"}},
+      {{"show", "1"}, {'"' + mended + " view\"  (view 1)"}},
+      {{"show", "1", "--json"}, {R"("Name":")" + mended + " view\""}},
+      {{"call", "GetPlanDetail", "-"}, {R"("Name":")" + mended + " view\""}},
+      {{"export", "-o", "-"}, {'"' + mended + " view\"", '"' + mended + '"', "\"Sound\""}},
+  };
+  for (const auto& [command, parts] : commands) {
+    const Outcome outcome = test::Run(own + command, {}, request);
+    const std::string line = command.join(' ').toStdString();
+    EXPECT_EQ(outcome.status, 0) << line << outcome.err;
+    for (const std::string& part : parts) EXPECT_TRUE(Has(outcome.out, part)) << line << "\n" << outcome.out;
+    EXPECT_TRUE(host::IsUtf8(outcome.out)) << line;
+    EXPECT_EQ(outcome.err, command[0] == "export"
+                               ? "Exported 2 views\nWarning: bytes that are no UTF-8 were exported as "
+                                 "U+FFFD in view 1, group 1\n"
+                               : "")
+        << line;
   }
 }
 

@@ -32,6 +32,38 @@ TEST(ReadableTextTest, NamesCannotSteerATerminal) {
   for (const auto& [text, expected] : rows) EXPECT_EQ(Printable(text), expected) << expected;
 }
 
+TEST(ReadableTextTest, EachByteThatIsNoUtf8IsReplacedAndNothingElse) {
+  const std::string r(kReplacement);
+  const std::string whole =
+      "\xEF\xBB\xBF\x7f\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
+  const Rows rows = {{whole, whole},
+                     {std::string("\0", 1), std::string("\0", 1)},
+                     {"a\xff\x80z", "a" + r + r + "z"},
+                     {"\xC2\"", r + "\""},
+                     {"\xE2\x82", r + r},
+                     {"\xE2\x82\xC2\xA9", r + r + "\xC2\xA9"},
+                     {"\xC1\xBF", r + r},          // longer than need be
+                     {"\xE0\x9F\xBF", r + r + r},  // likewise
+                     {"\xF0\x8F\xBF\xBF", r + r + r + r},
+                     {"\xED\xA0\x80", r + r + r},          // a surrogate
+                     {"\xF4\x90\x80\x80", r + r + r + r},  // beyond the last character
+                     {"\xF5\x80\x80\x80", r + r + r + r}};
+  for (const auto& [text, expected] : rows) {
+    EXPECT_EQ(ValidUtf8(text), expected) << expected;
+    EXPECT_EQ(IsUtf8(text), text == expected) << expected;
+  }
+  rapidjson::Document document;
+  ASSERT_TRUE(ParseAnswer("{\"Name\":\"\xF0\x9F\"}", document));
+  EXPECT_EQ(TextOf(document, "Name"), r + r);
+}
+
+TEST(ReadableTextTest, ARequestIsReadAsThePluginReadsIt) {
+  for (const std::string& text : {std::string("{}"), std::string("\"\xff\""), std::string("{}\0x", 4)}) {
+    EXPECT_TRUE(IsReadAsRequest(text)) << text;
+  }
+  for (const char* text : {"", "{", "{} {}", "\xEF\xBB\xBF{}", "1e999"}) EXPECT_FALSE(IsReadAsRequest(text)) << text;
+}
+
 TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {
   for (const char* id : {"0", "5", "4294967295"}) EXPECT_TRUE(IsId(id)) << id;
   for (const char* text : {"", "-1", "05", "5 ", "4294967296", "5x", "view:5"}) EXPECT_FALSE(IsId(text)) << text;

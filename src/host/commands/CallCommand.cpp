@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "host/Client.h"
-#include "host/RawJson.h"
+#include "host/JsonText.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
 
@@ -34,9 +34,11 @@ int RunCall(const GlobalOptions& options, const CallOptions& call) {
 
   Client client(options, Texts::kAsKeys);
   client.Load();
-  if (!request.empty() && !IsJson(request)) Say("viewctl: The request is not JSON, so the defaults of its keys count");
+  if (!request.empty() && !IsReadAsRequest(request))
+    Say("viewctl: The request is not JSON, so the defaults of its keys count");
   std::string response;
   const bool done = client.Functions().Ask(call.function, request, response);
+  response = ValidUtf8(response);
   std::fwrite(response.data(), 1, response.size(), stdout);
   std::fputc('\n', stdout);
   return done ? kDone : kRefused;

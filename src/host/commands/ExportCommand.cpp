@@ -75,6 +75,8 @@ class Export {
   }
 
   size_t LeftOut() const { return m_leftOut; }
+  // What had bytes that are no UTF-8 and is not exported as it was: "group 3, view 5", empty for nothing.
+  const std::string& Mended() const { return m_mended; }
 
  private:
   PortableFile Collect(const std::vector<size_t>& folders, const std::set<std::string>& views) {
@@ -101,6 +103,10 @@ class Export {
       AddFolder(place, file);
       file.views.push_back(Read(view->id, place));
     }
+    for (size_t i = 0; i < m_tree.folders.size(); ++i) {
+      const TreeFolder& folder = m_tree.folders[i];
+      if (folder.isMended && m_added.contains({folder.kind, m_tree.PathOf(i)})) NoteMended("group " + folder.id);
+    }
     return file;
   }
 
@@ -109,10 +115,14 @@ class Export {
     for (; !place.path.empty() && m_added.insert(place).second; place.path.pop_back()) file.folders.push_back(place);
   }
 
+  void NoteMended(const std::string& what) { m_mended += (m_mended.empty() ? "" : ", ") + what; }
+
   PortableView Read(const std::string& id, const Place& place) {
     rapidjson::Document detail;
-    const bool done =
-        m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", id).Add("NeedResourceName", false).Text(), detail);
+    bool isUtf8 = true;
+    const std::string request = ObjectText().Add("ID", id).Add("NeedResourceName", false).Text();
+    const bool done = m_plugin.Ask("GetPlanDetail", request, detail, &isUtf8);
+    if (!isUtf8) NoteMended("view " + id);
     if (!done) throw Failure(kRefused, "View " + id + ": " + TextOf(detail, "ErrorInfo"));
     return ToPortable(detail, place);
   }
@@ -121,6 +131,7 @@ class Export {
   const ViewTree& m_tree;
   std::set<Place> m_added;
   size_t m_leftOut = 0;
+  std::string m_mended;
 };
 
 void WriteFile(QSaveFile& file, const std::string& text) {
@@ -153,6 +164,9 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   if (exporter.LeftOut() > 0) {
     Say("Left out " + std::to_string(exporter.LeftOut()) +
         " that others shared with you; name their ids to export copies of them");
+  }
+  if (!exporter.Mended().empty()) {
+    Say("Warning: bytes that are no UTF-8 were exported as U+FFFD in " + exporter.Mended());
   }
   return kDone;
 }

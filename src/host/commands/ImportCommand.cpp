@@ -132,7 +132,7 @@ class Import {
     std::string response;
     m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", step.id).Add("NeedResourceName", false).Text(), response);
     rapidjson::Document detail;
-    ParseJson(response, detail);  // what cannot be read is other content
+    ParseAnswer(response, detail);  // what cannot be read is other content
     return ToPortable(detail, step.view.folder) == step.view;
   }
 

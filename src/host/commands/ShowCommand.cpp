@@ -41,8 +41,8 @@ int RunShow(const GlobalOptions& options, const ShowOptions& show) {
   const bool done = show.json ? client.Functions().Ask("GetPlanDetail", request, response)
                               : client.Functions().Ask("GetPlanDetail", request, detail);
   if (show.json) {
-    std::printf("%s\n", response.c_str());
-    ParseJson(response, detail);
+    std::printf("%s\n", ValidUtf8(response).c_str());
+    ParseAnswer(response, detail);
   }
   if (!done) throw Failure(kRefused, "View " + show.id + ": " + TextOf(detail, "ErrorInfo"));
   if (!show.json) {
@@ -59,7 +59,7 @@ void AddShowCommand(CLI::App& app, Chosen& chosen) {
   CLI::App* command = AddCommand(app, chosen, "show", "one view in full",
                                  [show](const GlobalOptions& options) { return RunShow(options, *show); });
   command->add_option("ID", show->id, "the view")->required();
-  command->add_flag("--json", show->json, "as the plugin answers it");
+  command->add_flag("--json", show->json, "as the plugin answers it, in UTF-8");
 }
 
 }  // namespace host

@@ -36,7 +36,7 @@ std::optional<Notice> TakeFirst(Queue& queue) {
 bool OwnSide::Call(const std::string& function, const std::string& request, rapidjson::Document& response) {
   std::string text;
   const bool done = m_plugin.Ask(function, request, text);
-  ParseJson(text, response);
+  ParseAnswer(text, response);
   return done;
 }
 
