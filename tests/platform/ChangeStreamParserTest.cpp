@@ -55,6 +55,15 @@ TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {
   std::string pieces = "id: 1\n";
   for (int i = 0; i < 5; ++i) pieces += "data: " + std::string(50, 'y') + "\n";
   EXPECT_EQ(ParseWhole(pieces + "\n" + good, 100), "1|message|OVERSIZE\n9|message|good\n");
+  // One byte more than there is room for makes the difference: of data, line ends included, and of a line.
+  for (const size_t more : {0, 1}) {
+    const std::string whole(99, 'x'), rest(50 + more, 'x'), id(112 + more, '7');
+    const std::string one = whole + std::string(more, 'x'), two = std::string(49, 'x') + "\n" + rest;
+    EXPECT_EQ(ParseWhole("data: " + one + "\n\n", 100), "-|message|" + (more ? "OVERSIZE" : one) + "\n");
+    EXPECT_EQ(ParseWhole("data: " + two.substr(0, 50) + "data: " + rest + "\n\n", 100),
+              "-|message|" + (more ? "OVERSIZE" : two) + "\n");
+    EXPECT_EQ(ParseWhole("id: " + id + "\ndata: a\n\n", 100), (more ? "-" : id) + "|message|a\n");
+  }
   EXPECT_EQ(ParseWhole(": " + longText + "\n" + longText + "\nid: " + longText + "\n" + good, 100), "9|message|good\n");
 }
 

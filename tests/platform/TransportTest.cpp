@@ -59,6 +59,9 @@ TEST_F(TransportTest, SendsWhatTheRequestSays) {
   EXPECT_EQ(Send("GET", "/list?a=b", {}, 0, "request data"), "0/0 ok");
   EXPECT_EQ(m_server->Requests().back().body, "request data");
   EXPECT_EQ(m_server->Requests().back().target, "/list?a=b");
+  Net().SetToken({});
+  EXPECT_EQ(Send("GET", "/x"), "0/0 ok");
+  EXPECT_FALSE(m_server->Requests().back().headers.contains("authorization")) << "a connection keeps no token";
   EXPECT_EQ(m_server->Accepted(), 1) << "one thread reuses one connection, whatever the method";
 }
 
@@ -258,6 +261,7 @@ class SessionTest : public TransportTest {
   SessionTest() {
     Serve([this](const Request& request, Connection& connection) {
       if (request.method == "POST" && request.target == "/NXAPI/Vantorel/Platform/V0/Sessions") {
+        EXPECT_FALSE(request.headers.contains("authorization")) << "no log-in is sent as somebody";
         if (request.body !=
             R"({"Session":{"UserName":"anna","Password":")" + std::string(m_password) + R"(","ClientName":"tests"}})") {
           return connection.ReplyError(401, 101, 1);
@@ -328,6 +332,11 @@ TEST_F(SessionTest, RenewsAnEndedSessionOnceForAllThreadsAndRepeatsTheRequests) 
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(right, 4);
+  EXPECT_EQ(LoginsSeen(), 2);
+  // Who is the user now has no password here, and is not to become the last one again.
+  CUserCommonManager::Instance().SetUser(8, "other");
+  ++m_session;
+  EXPECT_TRUE(Send("GET", "/x").find(R"("ErrorModule":101,"ErrorCode":2)") != std::string::npos);
   EXPECT_EQ(LoginsSeen(), 2);
 }
 

@@ -38,6 +38,7 @@ TEST_F(ViewDownloadTest, DownloadsTheListsThenFollowsAfterTheGroupsNumber) {
   Manager().Stop();
   EXPECT_FALSE(Manager().IsViewDownloadSuccess());
   EXPECT_EQ(TextOfViews() + TextOfGroups(), "");
+  EXPECT_EQ(ResourceStore::CElementManager::Instance().GetAreaNameByID(3), "") << "the next user may not see it";
   Manager().Stop();
   Load();  // a new run starts afresh
   EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"})"));
@@ -119,6 +120,24 @@ TEST_F(ViewDownloadTest, ASilentStreamCountsAsLost) {
   int before = m_site.Count("V0/Changes");
   EXPECT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") >= before + 3; }));
   EXPECT_TRUE(Manager().IsViewDownloadSuccess());
+}
+
+TEST_F(ViewDownloadTest, SilenceCountsFromTheRequestAndFromEachPiece) {
+  SetTimings({700ms, 700ms, 500ms, 20s});
+  Load();
+  m_site.EndStream();  // after the pause the last byte on this connection is older than silence may last
+  m_site.AnswerOnce("V0/Changes", [&](const Request&, Connection& c) {
+    std::this_thread::sleep_for(150ms);
+    c.Close();
+    c.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n\r\n");
+    for (int i = 0; i < 5; ++i) {
+      std::this_thread::sleep_for(150ms);
+      c.Send(": still here\n\n");
+    }
+    c.Send(Event(20, "Views", "after all"));
+  });
+  ExpectCalls(1, {"V after all"});
+  EXPECT_EQ(m_site.StreamsOpened(), 1) << "none was given up in between";
 }
 
 TEST_F(ViewDownloadTest, ForgottenChangesAreFoundByAnotherDownload) {
