@@ -40,7 +40,7 @@ QORVIVIEWPLUGIN_API bool IsSupportPlanChangeOrder();
 
 // First load, to be polled until each answers true; groups first, because a view joins only a group that is already
 // cached. False, and `response` untouched, while the download is unfinished; true, and `response` untouched, when the
-// load was done before. A download that cannot be read still counts as loaded: its error is in "error_info".
+// load was done and told before. A download that cannot be read still counts as loaded: its error is in "error_info".
 // From the first call on, changes that other clients make reach the cache and the observers.
 QORVIVIEWPLUGIN_API bool IsInitViewGroupFinish(const std::string& request, std::string& response);
 QORVIVIEWPLUGIN_API bool IsInitViewFinish(const std::string& request, std::string& response);
