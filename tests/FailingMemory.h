@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Memory that runs out: malloc, calloc, realloc and what aligns, and with them `operator new`, of the whole program and
-// its shared libraries fail when a test says so. A program that links FailingMemory.cpp has it.
+// its shared libraries fail when a test says so. A program that links failing_memory has it.
 #pragma once
 
 namespace failing_memory {
