@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FailingMemory.h"
 
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstddef>
-#include <cstdlib>
-#include <utility>
 
 namespace failing_memory {
 namespace {
@@ -37,31 +33,6 @@ bool MayAllocate() {
   ++failed;
   errno = ENOMEM;
   return false;
-}
-
-// What dlsym itself asks for while one of the functions below is looked up; never given back.
-alignas(std::max_align_t) char earlyMemory[4096];
-size_t earlyUsed = 0;
-thread_local bool t_isLookingUp = false;
-
-void* EarlyMemory(size_t size) {
-  constexpr size_t kUnit = alignof(std::max_align_t);
-  size = (size + kUnit - 1) / kUnit * kUnit;
-  if (size > sizeof earlyMemory - earlyUsed) std::abort();
-  return earlyMemory + std::exchange(earlyUsed, earlyUsed + size);
-}
-
-bool IsEarly(const void* memory) {
-  return memory >= earlyMemory && memory < earlyMemory + sizeof earlyMemory;
-}
-
-// The C library's own function, or that of a sanitizer.
-template <class Function>
-Function* LookUp(const char* name) {
-  t_isLookingUp = true;
-  auto* const next = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-  t_isLookingUp = false;
-  return next;
 }
 
 }  // namespace
@@ -100,34 +71,36 @@ long Stop() {
 
 }  // namespace failing_memory
 
-// The whole program's.
+// The whole program's, before the C library's own, or before a sanitizer's.
 extern "C" {
 
+#ifdef QORVI_SANITIZED_MEMORY
+#define QORVI_NEXT(name) __interceptor_##name
+#else
+#define QORVI_NEXT(name) __libc_##name
+#endif
+void* QORVI_NEXT(malloc)(size_t size);
+void* QORVI_NEXT(calloc)(size_t count, size_t size);
+void* QORVI_NEXT(realloc)(void* memory, size_t size);
+void* QORVI_NEXT(memalign)(size_t alignment, size_t size);
+
 void* malloc(size_t size) {
-  if (failing_memory::t_isLookingUp) return failing_memory::EarlyMemory(size);
-  static const auto next = failing_memory::LookUp<void*(size_t)>("malloc");
-  return failing_memory::MayAllocate() ? next(size) : nullptr;
+  return failing_memory::MayAllocate() ? QORVI_NEXT(malloc)(size) : nullptr;
 }
 void* calloc(size_t count, size_t size) {
-  if (failing_memory::t_isLookingUp) return failing_memory::EarlyMemory(count * size);  // zero from the start
-  static const auto next = failing_memory::LookUp<void*(size_t, size_t)>("calloc");
-  return failing_memory::MayAllocate() ? next(count, size) : nullptr;
+  return failing_memory::MayAllocate() ? QORVI_NEXT(calloc)(count, size) : nullptr;
 }
 void* realloc(void* memory, size_t size) {
-  static const auto next = failing_memory::LookUp<void*(void*, size_t)>("realloc");
-  return failing_memory::MayAllocate() ? next(memory, size) : nullptr;
-}
-void free(void* memory) {
-  static const auto next = failing_memory::LookUp<void(void*)>("free");
-  if (!failing_memory::IsEarly(memory)) next(memory);
+  return failing_memory::MayAllocate() ? QORVI_NEXT(realloc)(memory, size) : nullptr;
 }
 void* aligned_alloc(size_t alignment, size_t size) {
-  static const auto next = failing_memory::LookUp<void*(size_t, size_t)>("aligned_alloc");
-  return failing_memory::MayAllocate() ? next(alignment, size) : nullptr;
+  return failing_memory::MayAllocate() ? QORVI_NEXT(memalign)(alignment, size) : nullptr;
 }
 int posix_memalign(void** memory, size_t alignment, size_t size) {
-  static const auto next = failing_memory::LookUp<int(void**, size_t, size_t)>("posix_memalign");
-  return failing_memory::MayAllocate() ? next(memory, alignment, size) : ENOMEM;
+  void* const made = aligned_alloc(alignment, size);
+  if (!made) return ENOMEM;
+  *memory = made;
+  return 0;
 }
 
 }  // extern "C"
