@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
+#include <cstdlib>
+#include <new>
 
 namespace failing_memory {
 namespace {
@@ -104,3 +106,27 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
 }
 
 }  // extern "C"
+
+// A sanitizer's own would not come by. The forms that these do not name end in them.
+void* operator new(size_t size) {
+  void* const memory = malloc(size);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+void* operator new(size_t size, std::align_val_t alignment) {
+  void* const memory = aligned_alloc(static_cast<size_t>(alignment), size);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+  free(memory);
+}
+void operator delete(void* memory, size_t, std::align_val_t) noexcept {
+  free(memory);
+}
