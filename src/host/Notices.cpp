@@ -20,6 +20,10 @@ std::string NoticeLine(const Notice& notice) {
   return ObjectText().AddRaw("notice", fields).Text();
 }
 
+bool SameEvent(const Notice& left, const Notice& right) {
+  return left.id == right.id && left.enum_state == right.enum_state && left.child_id == right.child_id;
+}
+
 void NoticePrinter::UpdateResourceInfos(const Param& notice) {
   m_out.Write(NoticeLine(notice));
   std::lock_guard<std::mutex> lock(m_mutex);

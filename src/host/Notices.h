@@ -20,6 +20,9 @@ using Notice = ResourceData::IResourceObserver::Param;
 // {"notice":{"id":"5","enum_state":3,...}}
 std::string NoticeLine(const Notice& notice);
 
+// Whether both tell of the same event: what has changed, how, and by which child.
+bool SameEvent(const Notice& left, const Notice& right);
+
 // Prints each notice as it comes.
 class NoticePrinter final : public ResourceData::IResourceObserver {
  public:

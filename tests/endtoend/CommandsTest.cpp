@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The commands for people, and how viewctl ends.
 
+#include <signal.h>
+
+#include <algorithm>
 #include <regex>
 
 #include "../platform/ScriptedServer.h"
@@ -135,6 +138,14 @@ TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpAfterTenSeconds) {
   EXPECT_EQ(tree.err, "viewctl: The server's views were not loaded within 10 seconds\n");
   EXPECT_EQ(script.NextLine(), R"({"load":true,"result":false})");
   EXPECT_EQ(script.Finish(), 0);
+  const auto requests = server.Requests();
+  EXPECT_EQ(std::count_if(requests.begin(), requests.end(),
+                          [](const auto& request) {
+                            return request.method == "DELETE" && request.target.ends_with("/V0/Sessions/Current") &&
+                                   request.headers.at("authorization") == "Bearer t";
+                          }),
+            2)
+      << "each logs out, whatever came of it";
 }
 
 TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
@@ -144,8 +155,12 @@ TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
       test::Run(own + QStringList{"call", "AddPlanGroup", R"({"Name":"Kept","ParentID":"-1","Type":0})"});
   EXPECT_EQ(first.status, 0) << first.err;
   EXPECT_TRUE(Has(first.err, "User admin, password ")) << first.err;
+  std::string adds;
+  for (int i = 0; i < 10; ++i) adds += "{\"call\":\"AddPlan\",\"request\":{\"Name\":\"Twin\",\"GroupID\":\"1\"}}\n";
+  EXPECT_EQ(test::Run(own + QStringList{"script"}, {}, adds).status, 0);
   const Outcome second = test::Run(own + QStringList{"tree"});
   EXPECT_TRUE(Has(second.out, "Kept/")) << second.out;
+  EXPECT_TRUE(Has(second.out, "    ├── Twin  (view 9)\n    └── Twin  (view 10)\n")) << "by number: " << second.out;
   EXPECT_EQ(second.err, "");
 }
 
@@ -231,7 +246,23 @@ TEST_F(CommandsTest, TheDemoEndsWell) {
   const Outcome demo = test::Run({"demo"});
   EXPECT_EQ(demo.status, 0) << demo.err << demo.out;
   EXPECT_EQ(demo.err, "");
-  EXPECT_TRUE(Has(demo.out, "kenji hears: ")) << demo.out;
+  // What is heard names the view that was told as added.
+  std::smatch added;
+  ASSERT_TRUE(std::regex_search(demo.out, added, std::regex("of the forecourt, view ([0-9]+)\\.\n"))) << demo.out;
+  EXPECT_TRUE(Has(demo.out, "    kenji hears: group 1 has gained view " + added[1].str() + "\n")) << demo.out;
+}
+
+TEST_F(CommandsTest, TheDemosOtherUserIsAtWorkInAProcessOfItsOwn) {
+  Running demo({"demo"}, "");
+  ASSERT_NE(demo.NextLine(), "");  // the tour begins once both are there
+  const std::vector<qint64> children = demo.Children();
+  ASSERT_EQ(children.size(), 1u);
+  const std::string arguments = ReadFile("/proc/" + std::to_string(children[0]) + "/cmdline");
+  EXPECT_TRUE(Has(arguments, "script")) << arguments;
+  EXPECT_FALSE(Has(arguments, "sample-")) << "others on the machine may read arguments";
+  kill(static_cast<pid_t>(children[0]), SIGKILL);
+  EXPECT_TRUE(Has(demo.NextErrorLine(), "viewctl: The ")) << "the tour needs kenji";
+  EXPECT_EQ(demo.Finish(), 1);
 }
 
 }  // namespace

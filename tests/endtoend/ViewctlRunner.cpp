@@ -100,6 +100,12 @@ std::string Running::NextErrorLine(int milliseconds) {
   return NextLineOf(m_process, QProcess::StandardError, milliseconds);
 }
 
+std::vector<qint64> Running::Children() const {
+  const std::string id = std::to_string(m_process.processId());
+  std::istringstream list(ReadFile("/proc/" + id + "/task/" + id + "/children"));
+  return {std::istream_iterator<qint64>(list), {}};
+}
+
 int Running::Finish() {
   m_process.closeWriteChannel();
   return WaitForEnd();

@@ -53,6 +53,8 @@ class Running {
   std::string NextLine(int milliseconds = 15000);
   // The next line of stderr, likewise.
   std::string NextErrorLine(int milliseconds = 15000);
+  // The processes that it has started.
+  std::vector<qint64> Children() const;
   // Ends the input and waits for the exit status.
   int Finish();
   void Kill();

@@ -6,6 +6,7 @@
 #include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/LogFile.h"
+#include "host/Notices.h"
 #include "host/Terminal.h"
 #include "host/TreeText.h"
 #include "host/ViewText.h"
@@ -62,6 +63,19 @@ TEST(ReadableTextTest, ARequestIsReadAsThePluginReadsIt) {
     EXPECT_TRUE(IsReadAsRequest(text)) << text;
   }
   for (const char* text : {"", "{", "{} {}", "\xEF\xBB\xBF{}", "1e999"}) EXPECT_FALSE(IsReadAsRequest(text)) << text;
+}
+
+TEST(ReadableTextTest, AnEventIsTheSameByIdStateAndChild) {
+  Notice added("1", 3), other = added;
+  added.child_id = other.child_id = "140";
+  other.name = "whatever";
+  EXPECT_TRUE(SameEvent(added, other));
+  for (const auto change : {+[](Notice& notice) { notice.id = "2"; }, +[](Notice& notice) { notice.enum_state = 4; },
+                            +[](Notice& notice) { notice.child_id = "141"; }}) {
+    other = added;
+    change(other);
+    EXPECT_FALSE(SameEvent(added, other));
+  }
 }
 
 TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {
@@ -152,6 +166,17 @@ TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {
             "  1. map \"Map\", id 6\n"
             "       map centre 52.1,11.6, scale 15, load mode 1\n"
             "  2. empty\n");
+  // What does not turn has no time to turn after, and 0 is nobody's id.
+  ASSERT_TRUE(ParseJson(R"({"ID":"0","Name":"n","AutoCycle":0,"RoundTime":20,
+                         "PlanPages":[{"PlanItems":[{"ResourceType":1001,"ResourceID":"0"}]}]})",
+                        detail));
+  EXPECT_EQ(DescribeView(detail, {"Top"}),
+            "\"n\"  (view 0)\n"
+            "  lies in    Top\n"
+            "  pages      1\n"
+            "\n"
+            "Page 1: layout 0, 1 window\n"
+            "  0. camera\n");
 }
 
 }  // namespace

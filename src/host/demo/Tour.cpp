@@ -66,10 +66,6 @@ std::string InWords(const Notice& notice) {
   }
 }
 
-bool SameEvent(const Notice& left, const Notice& right) {
-  return left.id == right.id && left.enum_state == right.enum_state && left.child_id == right.child_id;
-}
-
 Notice Event(const std::string& id, State state, const std::string& childId = {}) {
   Notice notice(id, state);
   notice.child_id = childId;
