@@ -28,8 +28,7 @@ std::atomic<long> left{0};
 std::atomic<long> failed{0};
 
 bool MayAllocate() {
-  const unsigned number = Number();
-  if (!isArmed || t_isSpared || number < victims.first || number > victims.last) return true;
+  if (!isArmed || t_isSpared || t_number < victims.first || t_number > victims.last) return true;
   const long moment = left--;
   if (moment > 0 || -moment >= toFail) return true;
   ++failed;
@@ -109,11 +108,13 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
 
 // A sanitizer's own would not come by. The forms that these do not name end in them.
 void* operator new(size_t size) {
+  failing_memory::Number();
   void* const memory = malloc(size);
   if (!memory) throw std::bad_alloc();
   return memory;
 }
 void* operator new(size_t size, std::align_val_t alignment) {
+  failing_memory::Number();
   void* const memory = aligned_alloc(static_cast<size_t>(alignment), size);
   if (!memory) throw std::bad_alloc();
   return memory;

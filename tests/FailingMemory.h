@@ -7,15 +7,16 @@ namespace failing_memory {
 
 enum class Want { OneAllocation, TwentyFromThere, AllFromThere };
 
-// Threads by the order in which they first asked for memory.
+// Threads by the order in which they first asked `operator new`. No allocation fails before that: a thread's beginning
+// is the system's, or a sanitizer's.
 struct Threads {
   unsigned first;
   unsigned last;
 };
 Threads ThisThread();
-// Those that ask for the first time from now on.
+// Those that ask it for the first time from now on.
 Threads NewThreads();
-// Those that have asked for the first time since `since` was NewThreads().
+// Those that have asked it for the first time since `since` was NewThreads().
 Threads ThreadsSince(const Threads& since);
 
 // Allocation number `moment`, from 0, of these threads together fails, and those behind it as `want` says. Once at a
