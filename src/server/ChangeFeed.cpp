@@ -118,9 +118,9 @@ void ChangeHub::Publish(const std::vector<Change>& changes, WakeList& wake) noex
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: change streams fall behind: %s\n", e.what());
     for (auto& [user, feeds] : m_feedsOfUser) {
-      for (auto& [pointer, weak] : feeds) {
-        pointer->FallBehind();
-        OrEnd([&] { return (wake[pointer] = weak.lock()) != nullptr; });
+      for (auto& feed : feeds) {
+        feed.first->FallBehind();
+        OrEnd([&] { return (wake[feed.first] = feed.second.lock()) != nullptr; });
       }
     }
   }
