@@ -540,14 +540,14 @@ class HttpServer::Impl {
     }
   }
 
-  // The connections die with the I/O context, so what they use is declared before it goes: after this line, nothing.
+  // Connections and handlers die with the I/O contexts, so what they use is declared before these.
   std::optional<asio::ssl::context> m_tls;
-  Context m_context;
-  tcp::acceptor m_acceptor;
-  asio::steady_timer m_pause;
   // The first thread's own.
   size_t m_accepted = 0;
   int m_accepting = 0;  // the handlers that will accept the next
+  Context m_context;
+  tcp::acceptor m_acceptor;
+  asio::steady_timer m_pause;
   uint16_t m_port = 0;
   std::vector<std::thread> m_threads;
 };
