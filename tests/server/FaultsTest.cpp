@@ -2,6 +2,7 @@
 // Fault plans: which are refused, what they do to answers and change streams, and that it can be repeated. What becomes
 // of edits is seen by the clients of ClientFaultsTest.
 #include <algorithm>
+#include <thread>
 
 #include "TestClient.h"
 #include "server/FaultPlan.h"
@@ -134,6 +135,16 @@ TEST_F(FaultsTest, ChangesComeTwiceLateInPartOrNotAtAll) {
   EventStream stalled = streamAfterThreeEdits(R"({"Fault":"StallStream","Milliseconds":300,"Skip":1,"Times":1})");
   EXPECT_EQ(names(stalled, 2), "1-") << "it ends once it has stalled long enough";
   EXPECT_EQ(ann.GroupIds().empty(), false);
+}
+
+// The stall's end wakes the stream from a thread of its own while the server goes.
+TEST_F(FaultsTest, AServerEndsWhileAStreamIsWoken) {
+  for (int round = 0; round < 40; ++round) {
+    RestartWithRule(R"({"Fault":"StallStream","Milliseconds":5})");
+    EventStream stream = bob.Listen(0);
+    ann.AddGroup("G", -1, kPublic);
+    std::this_thread::sleep_for(std::chrono::microseconds(4000 + 50 * round));
+  }
 }
 
 }  // namespace
