@@ -281,6 +281,7 @@ void AddGrowth(const RowText& row, double limit, const std::string& key, const s
   if (times.empty() || baseTimes.empty()) return;
   const double base = Quantile(baseTimes, 0.5);
   std::vector<double> ratios;
+  ratios.reserve(times.size());
   for (double time : times) ratios.push_back(time / base);
   const double undisturbed = Quantile(times, 0) / Quantile(baseTimes, 0);
   AddRow({row, {limit, false, limit > 0}, 0, 0, 0, Quantile(times, 0.5), base, undisturbed}, ratios);

@@ -5,9 +5,9 @@
 #include <SQLiteCpp/Transaction.h>
 #include <curl/curl.h>
 #include <rapidjson/document.h>
-#include <stdlib.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>

@@ -25,7 +25,7 @@ struct Place {
   Kind kind = kPublic;
   std::vector<std::string> path;
 
-  auto operator<=>(const Place&) const = default;
+  auto operator<=>(const Place&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 // "public / Station / Platforms", safe to print.
@@ -38,7 +38,7 @@ struct PortableView {
   int roundTime = 0;
   std::string pages = "[]";  // JSON text in the one form that KeepPages writes
 
-  auto operator<=>(const PortableView&) const = default;
+  auto operator<=>(const PortableView&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 struct PortableFile {
