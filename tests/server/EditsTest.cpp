@@ -122,17 +122,6 @@ TEST_F(EditsTest, AContentHasItsFoldersOwnerAndNoGroupLiesInItself) {
   EXPECT_EQ(ann.Sequence(), before) << "what is refused changes nothing";
 }
 
-TEST_F(EditsTest, DeletingAGroupTakesWhatItHoldsAndNothingElse) {
-  const int32_t top = ann.AddGroup("top", -1, kAnn);
-  const int32_t inner = ann.AddGroup("inner", top, kAnn);
-  const int32_t other = ann.AddGroup("other", -1, kAnn);
-  for (int32_t folder : {top, inner, other}) ann.AddView("V", folder, kAnn);
-  EXPECT_EQ(ann.Delete("V0/ViewGroups/1").Error(), "0/0");
-  EXPECT_EQ(ann.GroupIds() + " " + ann.ViewIds(), "3 3");
-  EXPECT_EQ(ann.Delete("V0/ViewGroups/2").Error(), "100/2");
-  EXPECT_EQ(ann.AddGroup("new", -1, kAnn), 4) << "numbers are not given twice";
-}
-
 TEST_F(EditsTest, SharingAddsUsersAndTellsWhichOnesItCouldNot) {
   const int32_t id = ann.AddView("V", ann.AddGroup("F", -1, kAnn), kAnn);
   ann.AddView("P", -1, kPublic);
@@ -154,41 +143,6 @@ TEST_F(EditsTest, SharingAddsUsersAndTellsWhichOnesItCouldNot) {
   std::string many = "1";
   for (int user = 2; user <= 10001; ++user) many += "," + std::to_string(user);
   EXPECT_EQ(ann.Post(share, ShareBody(many)).Outcome(), "100/7 413");
-}
-
-TEST_F(EditsTest, AnEditAnswersWithTheNumberOfItsChangeAndOfSeveralWithTheLast) {
-  const std::string numberInLists = R"({"ChangeNumber":"0","View)";
-  EXPECT_EQ(ann.Get("V0/Views").DataText(), numberInLists + R"(List":{"View":[]}})") << "before the first";
-  EXPECT_EQ(ann.Get("V0/ViewGroups").DataText(), numberInLists + R"(GroupList":{"ViewGroup":[]}})");
-  const struct {
-    std::string method, path, body, data;
-    int64_t number;  // the last one afterwards
-  } cases[] = {
-      {"POST", "V0/ViewGroups", GroupBody("G", -1, kAnn), R"({"ViewGroup":{"ID":1},"ChangeNumber":"1"})", 1},
-      {"POST", "V0/ViewGroups", GroupBody("H", -1, kAnn), R"({"ViewGroup":{"ID":2},"ChangeNumber":"2"})", 2},
-      {"POST", "V0/Views", ViewBody("V", 1, kAnn), R"({"View":{"ID":1},"ChangeNumber":"3"})", 3},
-      {"POST", "V0/Views", ViewBody("W", 1, kAnn), R"({"View":{"ID":2},"ChangeNumber":"4"})", 4},
-      {"POST", "V0/Views", ViewBody("X", -1, kAnn), R"({"View":{"ID":3},"ChangeNumber":"5"})", 5},
-      {"PUT", "V0/Views/1", ViewBody("U", 1, kAnn), R"({"ChangeNumber":"6"})", 6},
-      {"PUT", "V0/Views/Move", MoveBody(1, 2, "3,1"), R"({"ChangeNumber":"8"})", 8},
-      {"PUT", "V0/ViewGroups/1", GroupBody("I", -1, -1), R"({"ChangeNumber":"9"})", 9},
-      {"PUT", "V0/ViewGroups/Move", MoveBody(2, 1, "2"), R"({"ChangeNumber":"10"})", 10},
-      {"POST", "V1/View/1/Share", ShareBody("2"), R"({"ErrorList":{"Error":[]}})", 11},
-      {"PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":1}})", "{}", 11},
-      {"PUT", "V0/Views/9", ViewBody("U", 1, kAnn), "{}", 11},
-      {"DELETE", "V0/Views/2", "", R"({"ChangeNumber":"12"})", 12},
-      {"DELETE", "V0/ViewGroups/1", "", R"({"ChangeNumber":"16"})", 16},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(ann.Request(c.method, c.path, c.body).DataText(), c.data) << c.method << ' ' << c.path;
-    for (const char* list : {"V0/Views", "V0/ViewGroups"}) {
-      const Answer answer = ann.Get(list);
-      EXPECT_EQ(answer.headers.at("resource-sequence"), std::to_string(c.number)) << c.method << ' ' << c.path;
-      EXPECT_EQ(answer.DataText().rfind(R"({"ChangeNumber":")" + std::to_string(c.number) + R"(","View)", 0), 0u)
-          << answer.body;
-    }
-  }
-  EXPECT_EQ(ann.Listen(15).Next().Brief(), "OwnViewGroups 1 method 2") << "the number of the group that was named";
 }
 
 TEST_F(EditsTest, EachUserHasADefaultViewOfTheirOwn) {

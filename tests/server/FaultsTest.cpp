@@ -19,13 +19,8 @@ class FaultsTest : public ServerTest {
   }
   void RestartWithRule(const std::string& rule) { RestartWithPlan(R"("Rules":[)" + rule + "]"); }
   std::string WhyRefused(const std::string& plan) {
-    try {
-      FaultPlan refused(WriteFile("plan.json", plan));
-    } catch (const std::runtime_error& e) {
-      const std::string why = e.what();
-      return why.substr(why.rfind("plan.json") + 9);
-    }
-    return "taken";
+    const std::string why = FailureOf([&] { FaultPlan refused(WriteFile("plan.json", plan)); });
+    return why.empty() ? "taken" : why.substr(why.rfind("plan.json") + 9);
   }
 };
 

@@ -108,13 +108,13 @@ class UpgradeTest : public ServerTest {
     database.exec("PRAGMA wal_autocheckpoint=0");
     database.exec(kRowsOfVersion1);
     if (!more.empty()) database.exec(more);
-    std::filesystem::copy_file(made, File() + ".before");
-    std::filesystem::copy_file(made + "-wal", File() + ".before-wal");
+    for (const std::string& name : {File() + ".before", File()}) {
+      std::filesystem::copy_file(made, name);
+      std::filesystem::copy_file(made + "-wal", name + "-wal");
+    }
     m_dump = DumpOf(File() + ".before");
     ASSERT_FALSE(std::filesystem::exists(File() + ".before-wal")) << "the dump's is closed";
     std::filesystem::remove(File() + ".before");
-    std::filesystem::copy_file(made, File());
-    std::filesystem::copy_file(made + "-wal", File() + "-wal");
     chmod(File().c_str(), 0644);
     for (const char* end : {"", "-wal", "-shm"}) std::filesystem::remove(made + end);
   }
@@ -126,12 +126,7 @@ class UpgradeTest : public ServerTest {
     return testing::internal::GetCapturedStderr();
   }
   std::string WhyNotOpened() const {
-    try {
-      Database opened(File());
-    } catch (const std::runtime_error& e) {
-      return e.what();
-    }
-    return "opened";
+    return FailureOf([this] { Database opened(File()); });
   }
   std::string Told(const std::string& copy) const {
     return "viewserver: " + File() + " is now a store of version 2; as it was it stands in " + File() + copy + "\n";
@@ -177,10 +172,9 @@ TEST_F(UpgradeTest, ListsAreTheOldOnesWithTheNumberOfEachObjectsLastKeptChange) 
   EXPECT_EQ(bob.Show("View", 10, {"Name", "ChangeNumber"}), "new 47");
   EXPECT_EQ(ann.AddView("V", -1, kAnn), 12);
 
-  ViewServerOptions fresh = Options();
-  fresh.dataFile = (m_folder / "fresh.db").string();
-  { ViewServer made(fresh); }
-  EXPECT_EQ(SchemaOf(File()), SchemaOf(fresh.dataFile));
+  const std::string fresh = (m_folder / "fresh.db").string();
+  { Database made(fresh); }
+  EXPECT_EQ(SchemaOf(File()), SchemaOf(fresh));
 }
 
 TEST_F(UpgradeTest, WhereNoChangeIsKeptObjectsHaveTheNumberOfTheLastOne) {
@@ -213,7 +207,8 @@ TEST_F(UpgradeTest, AClientThatGoesOnHearsTheOldEventsWithTheirNumbers) {
   EXPECT_EQ(sharer.Next().text, start + R"({"ID":13,"ChangeNumber":"45","Method":2}]}}}})");
   EXPECT_EQ(sharer.Next().text, event(R"(shared \"s\")", shared, "46", "1"));
   EventStream all = ann.Listen(40);
-  for (const char* number : {"41", "42", "43", "45", "46"}) EXPECT_EQ(all.Next().ChangeNumber(), number);
+  for (const char* number : {"41", "42", "43", "45", "46"})
+    EXPECT_STREQ(all.Next().Element()["ChangeNumber"].GetString(), number);
 }
 
 TEST_F(UpgradeTest, TheOldStoreIsKeptBesideIt) {
@@ -251,7 +246,7 @@ TEST_F(UpgradeTest, OfTwoThatOpenItAtOnceOneUpgradesIt) {
     std::thread other([this, &outcomes] { outcomes[0] = WhyNotOpened(); });
     outcomes[1] = WhyNotOpened();
     other.join();
-    EXPECT_EQ(outcomes[0] + " " + outcomes[1], "opened opened");
+    EXPECT_EQ(outcomes[0] + outcomes[1], "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), Told(".v1"));
     ASSERT_EQ(Files(), (std::set<std::string>{"", ".v1"}));
     for (const std::string& name : Files()) std::filesystem::remove(File() + name);
