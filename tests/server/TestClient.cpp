@@ -139,7 +139,8 @@ const Value& Event::Element() const {
 
 std::string Event::Brief() const {
   if (name.empty()) return "end";
-  return name + " " + Plain(At(Element(), "/ID")) + " method " + Plain(At(Element(), "/Method"));
+  const Value& method = At(Element(), "/Method");
+  return name + " " + (method.IsInt() ? "+*-"[method.GetInt()] : '?') + Plain(At(Element(), "/ID"));
 }
 
 EventStream::EventStream(uint16_t port, const std::string& token, int64_t after)

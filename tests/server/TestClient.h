@@ -62,7 +62,7 @@ struct Event {
   std::string text;  // the data
 
   const rapidjson::Value& Element() const;
-  std::string Brief() const;  // "Views 7 method 1"; "end" where the stream ended
+  std::string Brief() const;  // "Views +7" (added; *: changed, -: removed); "end" where the stream ended
 };
 
 class EventStream {

@@ -198,7 +198,7 @@ TEST_F(UpgradeTest, AClientThatGoesOnHearsTheOldEventsWithTheirNumbers) {
   const char* const inGroup = R"("ViewGroupID":2)";
   EventStream owner = ann.Listen(41);
   EXPECT_EQ(owner.Next().text, event("first", inGroup, "42", "0"));
-  EXPECT_EQ(owner.NextBriefs(2), "Views 2 method 0; Views 13 method 2");
+  EXPECT_EQ(owner.NextBriefs(2), "Views +2; Views -13");
   EXPECT_EQ(owner.Next().text, event(R"(shared \"s\")", inGroup, "46", "1"));
 
   EventStream sharer = bob.Listen(40);
