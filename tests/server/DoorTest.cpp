@@ -119,7 +119,7 @@ TEST_F(DoorTest, WhatIsPrivateCannotBeToldFromWhatDoesNotExist) {
     const std::vector<Attempt> none = attempts(999, 999);
     for (size_t i = 0; i < real.size(); ++i) {
       const Answer told = bob.Request(real[i].method, real[i].path, real[i].body);
-      Answer expected = bob.Request(none[i].method, none[i].path, none[i].body);
+      const Answer expected = bob.Request(none[i].method, none[i].path, none[i].body);
       EXPECT_NE(told.status, 200) << real[i].path << real[i].body;
       EXPECT_EQ(told.Outcome() + told.body, expected.Outcome() + expected.body) << real[i].path << real[i].body;
       EXPECT_EQ(told.headers, expected.headers) << real[i].path << real[i].body;

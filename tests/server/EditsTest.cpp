@@ -62,22 +62,18 @@ TEST_F(EditsTest, ReplacingTakesNameFolderCycleAndPagesAndKeepsTheRest) {
   EXPECT_EQ(bob.Show("ViewGroup", open, keys), "open -1 -1 -1") << "what has no owner is not shared";
 }
 
-TEST_F(EditsTest, NewThingsStandLastInTheirOwnersFolder) {
-  const int32_t folder = ann.AddGroup("F", -1, kPublic);
-  const auto place = [](const Client& client, int32_t id) { return client.Show("View", id, {"SequenceIndex"}); };
-  EXPECT_EQ(place(ann, ann.AddView("a", folder, kPublic)), "1");
-  EXPECT_EQ(place(ann, bob.AddView("b", folder, kPublic)), "2");
-  EXPECT_EQ(place(ann, ann.AddView("c", -1, kAnn)), "1");
-  EXPECT_EQ(place(bob, bob.AddView("d", -1, kBob)), "1") << "the top level is one folder for each owner";
-}
-
-TEST_F(EditsTest, MovingSetsFolderAndOrderOfWhatIsNamed) {
+TEST_F(EditsTest, NewThingsStandLastInTheirOwnersFolderAndMovingSetsFolderAndOrder) {
   const int32_t from = ann.AddGroup("A", -1, kPublic);
   const int32_t to = ann.AddGroup("B", -1, kPublic);
-  for (const char* name : {"1", "2", "3"}) ann.AddView(name, from, kPublic);
+  for (const Client* client : {&ann, &bob, &ann}) client->AddView("V", from, kPublic);
+  const auto where = [](const Client& client, int32_t id) {
+    return client.Show("View", id, {"ViewGroupID", "SequenceIndex"});
+  };
+  EXPECT_EQ(where(ann, 1) + "; " + where(ann, 2) + "; " + where(ann, 3), "1 1; 1 2; 1 3");
+  EXPECT_EQ(where(ann, ann.AddView("c", -1, kAnn)), "-1 1");
+  EXPECT_EQ(where(bob, bob.AddView("d", -1, kBob)), "-1 1") << "the top level is one folder for each owner";
   ASSERT_EQ(bob.Put("V0/Views/Move", MoveBody(1, to, "3,1,3")).Error(), "0/0");
-  const auto where = [this](int32_t id) { return ann.Show("View", id, {"ViewGroupID", "SequenceIndex"}); };
-  EXPECT_EQ(where(3) + "; " + where(1) + "; " + where(2), "2 1; 2 2; 1 2") << "a repeat counts once";
+  EXPECT_EQ(where(ann, 3) + "; " + where(ann, 1) + "; " + where(ann, 2), "2 1; 2 2; 1 2") << "a repeat counts once";
   ASSERT_EQ(ann.Put("V0/ViewGroups/Move", MoveBody(2, from, "2")).Error(), "0/0");
   EXPECT_EQ(ann.Show("ViewGroup", to, {"ParentViewGroupID"}), "1");
 }

@@ -146,27 +146,22 @@ class UpgradeTest : public ServerTest {
 TEST_F(UpgradeTest, ListsAreTheOldOnesWithTheNumberOfEachObjectsLastKeptChange) {
   MakeOldStore();
   Restart(Options());
-  const std::string upTo46 = R"({"ChangeNumber":"46",)";
-  EXPECT_EQ(ann.Get("V0/ViewGroups").DataText(),
-            upTo46 + R"("ViewGroupList":{"ViewGroup":[)"
-                     R"({"ID":1,"Name":"Open","ParentViewGroupID":-1,"UserID":-1,"IsSharedView":-1,)"
-                     R"("SequenceIndex":1,"ChangeNumber":"40"},)"
-                     R"({"ID":2,"Name":"Own","ParentViewGroupID":-1,"UserID":1,"IsSharedView":1,)"
-                     R"("SequenceIndex":1,"ChangeNumber":"41"}]}})");
-  const std::string oldView = R"({"ID":10,"GUID":"g10","Name":"old","ViewGroupID":1,"UserID":-1,"SequenceIndex":1,)"
-                              R"("AutoCycle":0,"CycleTime":10,"ChangeNumber":"40","PlanPages":[]})";
-  const std::string document = R"("PlanPages":[{"SpliteType":4}],"Ratio":0.25,"Extra":{"ChangeNumber":"ä"}})";
-  EXPECT_EQ(ann.Get("V0/Views").DataText(),
-            upTo46 +
-                R"("ViewList":{"View":[{"ID":2,"GUID":"g2","Name":"plain","ViewGroupID":-1,"UserID":1,)"
-                R"("SequenceIndex":1,"AutoCycle":-1,"CycleTime":-1,"ChangeNumber":"43"},)" +
-                oldView + R"(,{"ID":11,"GUID":"g11","Name":"shared \"s\"","ViewGroupID":2,"UserID":1,)" +
-                R"("SequenceIndex":1,"AutoCycle":1,"CycleTime":30,"ChangeNumber":"46",)" + document + "]}}");
-  EXPECT_EQ(bob.Get("V0/Views").DataText(),
-            upTo46 + R"("ViewList":{"View":[)" + oldView +
-                R"(,{"ID":11,"GUID":"g11","Name":"shared \"s\"","ViewGroupID":-1,"UserID":1,"SequenceIndex":1,)"
-                R"("AutoCycle":1,"CycleTime":30,"SharedUserID":1,"SharedUserName":"ann","ChangeNumber":"46",)" +
-                document + "]}}");
+  EXPECT_EQ(ann.Sequence(), 46);
+  const auto group = {"Name", "ParentViewGroupID", "UserID", "IsSharedView", "SequenceIndex", "ChangeNumber"};
+  EXPECT_EQ(ann.Show("ViewGroup", 1, group), "Open -1 -1 -1 1 40");
+  EXPECT_EQ(ann.Show("ViewGroup", 2, group), "Own -1 1 1 1 41");
+  const auto view = {"GUID",      "Name",      "ViewGroupID",  "UserID",         "SequenceIndex",
+                     "AutoCycle", "CycleTime", "SharedUserID", "SharedUserName", "ChangeNumber"};
+  EXPECT_EQ(ann.Show("View", 2, view), "g2 plain -1 1 1 -1 -1 - - 43");
+  EXPECT_EQ(ann.Show("View", 10, view), "g10 old 1 -1 1 0 10 - - 40");
+  EXPECT_EQ(ann.Show("View", 11, view), "g11 shared \"s\" 2 1 1 1 30 - - 46");
+  EXPECT_EQ(bob.Show("View", 11, view), "g11 shared \"s\" -1 1 1 1 30 1 ann 46");
+  EXPECT_EQ(ann.ViewIds() + " " + bob.ViewIds() + " " + bob.GroupIds(), "2,10,11 10,11 1");
+  const std::string documents[] = {R"(,"ChangeNumber":"43"},)", R"(,"ChangeNumber":"40","PlanPages":[]},)",
+                                   R"(,"ChangeNumber":"46","PlanPages":[{"SpliteType":4}],"Ratio":0.25,)"
+                                   R"("Extra":{"ChangeNumber":"ä"}}])"};
+  const std::string views = ann.Get("V0/Views").body;
+  for (const std::string& document : documents) EXPECT_NE(views.find(document), std::string::npos) << views;
   EXPECT_EQ(bob.Get("V1/View/Default/Config").DataText(), R"({"Config":{"Type":1,"ID":11}})");
   EXPECT_EQ(ann.Put("V0/Views/10", ViewBody("new", 1, kPublic)).DataText(), R"({"ChangeNumber":"47"})");
   EXPECT_EQ(bob.Show("View", 10, {"Name", "ChangeNumber"}), "new 47");
