@@ -60,25 +60,6 @@ struct Family {
 
 class InterleavingTest : public CoreTest {
  protected:
-  InterleavingTest() {
-    Vant::Base::SetLogSink(nullptr);
-    Vant::Base::SetLogSink(hook);
-    Network().SetTransport([this](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo&) {
-      recv.SetVal_Receive_Data(answer);
-      return true;
-    });
-  }
-
-  // Stands between the texts that a load is handed and the fill.
-  class Hook : public Vant::Base::ILogSink {
-   public:
-    bool Wants(int level) const override { return level == 3; }
-    void Write(int, const char*, const std::string& text) override {
-      if (between && text.find("init view_messgae data") != std::string::npos) std::exchange(between, nullptr)();
-    }
-    std::function<void()> between;
-  };
-
   static BizShared::CNetCommManager& Network() {
     return Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
   }
@@ -89,6 +70,9 @@ class InterleavingTest : public CoreTest {
     Run(InterleavingTest& test, const Family& family, const Story& story, bool exists)
         : m_test(test), m_family(family), m_server(story, exists, family.isGroup), m_watch(Network().GetEditWatch()) {
       ClearViewData();
+      // Of the runs before.
+      m_test.log->Take();
+      m_test.server.Take();
       Downloads().SetDownloadedData(m_server.List(true, 0), m_server.List(false, 0), true);
       for (size_t n = 0; n < story.size(); ++n) {
         m_tickets.push_back(story[n].isOwn ? m_watch->OnEditBegins() : 0);
@@ -130,7 +114,6 @@ class InterleavingTest : public CoreTest {
     }
 
     void Do(const Step& step) {
-      const auto commit = [&]() -> const Commit& { return m_server.commits[step.n]; };
       switch (step.what) {
         case What::Event: {
           const Commit& event = m_server.commits[m_heard++];
@@ -145,25 +128,20 @@ class InterleavingTest : public CoreTest {
           Deliver();
           break;
         case What::Platform:
-          EndOnPlatform(commit(), m_tickets[step.n]);
-          break;
         case What::Library:
-          EndInLibrary(commit());
-          break;
         case What::Answer:
-          EndOnPlatform(commit(), m_tickets[step.n]);
-          EndInLibrary(commit());
+          if (step.what != What::Library) EndOnPlatform(m_server.commits[step.n], m_tickets[step.n]);
+          if (step.what != What::Platform) EndInLibrary(m_server.commits[step.n]);
           break;
         case What::Handout:
-          m_test.hook->between = [this] {
+          // Stands between the texts that the load is handed and the fill.
+          m_test.log->onLine = [this](const std::string& text) {
+            if (text.find("init view_messgae data") == std::string::npos) return;
             TakeCallbacks();
-            while (m_at < m_order->size()) {
-              const Step& next = (*m_order)[m_at++];
-              if (next.what == What::Fill) return;
-              Do(next);
-            }
+            while (m_at < m_order->size() && (*m_order)[m_at].what != What::Fill) Do((*m_order)[m_at++]);
           };
           Load();
+          m_test.log->onLine = nullptr;
           break;
         case What::Fill:
           break;
@@ -194,32 +172,27 @@ class InterleavingTest : public CoreTest {
     void EndInLibrary(const Commit& commit) {
       if (IsLost(commit)) return;  // the call has failed
       Network().SetEditWatch({});
-      m_test.answer = m_server.Answer(commit);
-      m_family.isGroup ? EditGroup(commit) : EditView(commit);
+      m_test.server.Answer(m_server.Answer(commit));
+      EXPECT_TRUE(Edit(commit));
       Network().SetEditWatch(m_watch);
     }
-    static void EditView(const Commit& commit) {
+    bool Edit(const Commit& commit) const {
       ErrorCode error;
       unsigned int id = 0;
-      if (commit.op.kind == Kind::Delete) {
-        ASSERT_TRUE(Manager().DeleteView(kId, error));
-        return;
-      }
-      const ViewInfo info = View(kId, commit.after->folder, commit.after->name);
-      ASSERT_TRUE(commit.op.kind == Kind::Add ? Manager().AddView(info, id, error) : Manager().ModifyView(info, error));
-    }
-    static void EditGroup(const Commit& commit) {
-      ErrorCode error;
-      unsigned int id = 0;
-      if (commit.op.kind == Kind::Delete) {
-        // Asked for while the group was cached: what remains of DeleteViewGroup once the server has answered.
-        Manager().RemoveViewGroupFromCache(kId, true, commit.number);
-        return;
-      }
-      // The folder of a renaming counts for nothing.
       const bool isAdd = commit.op.kind == Kind::Add;
-      const ViewGroupInfo info = Group(kId, isAdd ? commit.after->folder : 77, commit.after->name);
-      ASSERT_TRUE(isAdd ? Manager().AddViewGroup(info, id, error) : Manager().ModifyViewGroup(info, error));
+      if (commit.op.kind == Kind::Delete) {
+        // A group was cached when that was asked for: what remains of DeleteViewGroup once the server has answered.
+        return m_family.isGroup ? Manager().RemoveViewGroupFromCache(kId, true, commit.number)
+                                : Manager().DeleteView(kId, error);
+      }
+      const auto& [name, folder, number] = *commit.after;
+      if (m_family.isGroup) {
+        // The folder of a renaming counts for nothing.
+        return isAdd ? Manager().AddViewGroup(Group(kId, folder, name), id, error)
+                     : Manager().ModifyViewGroup(Group(kId, 77, name), error);
+      }
+      const ViewInfo info = View(kId, folder, name);
+      return isAdd ? Manager().AddView(info, id, error) : Manager().ModifyView(info, error);
     }
 
     std::string Difference() const {
@@ -334,9 +307,6 @@ class InterleavingTest : public CoreTest {
     std::cout << edits << (family.isGroup ? " edits of a group" : " edits of a view") << ": " << played << " of "
               << orders << " orders played" << std::endl;
   }
-
-  std::shared_ptr<Hook> hook = std::make_shared<Hook>();
-  std::string answer;
 };
 
 TEST_F(InterleavingTest, EventsAnswersAndCallbacks) {
