@@ -142,8 +142,9 @@ TEST_F(ObserverTest, EveryCallIsLogged) {
   param.child_type = 16000;
   param.other_change_info = "info";
   Registry().UpdateResourceInfo(param, ResourceData::ResourceTypeView);
-  const std::string name = "[QorviViewPlugin::CViewResourceUpdateManager::UpdateResourceInfo]";
-  const auto line = [&](const std::string& text) { return "3 ClientResourceStoreWebsocket " + name + text; };
+  const auto line = [](const std::string& text) {
+    return "3 ClientResourceStoreWebsocket [QorviViewPlugin::CViewResourceUpdateManager::UpdateResourceInfo]" + text;
+  };
   const std::string found = line("if (map_observers.find(res_id) != map_observers.end())");
   const std::string next =
       line("for (auto it = map_observers[res_id].begin(); it < map_observers[res_id].end(); ++it)");
