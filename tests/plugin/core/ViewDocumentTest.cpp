@@ -108,9 +108,7 @@ TEST(AWrittenView, SendsBothKindsOfNoGroupAsMinusOne) {
   for (unsigned int group : {0u, kNoId}) {
     ViewInfo view;
     view.idViewGroup = group;
-    EXPECT_EQ(WriteViewDocument(view),
-              R"({"View":{"ID":-1,"Name":"","ViewGroupID":-1,"UserID":-1,"SequenceIndex":-1,"AutoCycle":0,)"
-              R"("CycleTime":0}})");
+    EXPECT_NE(WriteViewDocument(view).find(R"("ViewGroupID":-1,)"), std::string::npos);
   }
 }
 
