@@ -118,9 +118,13 @@ class ScriptedServer : public Notes {
   }
   ~ScriptedServer() { Network().SetTransport(nullptr); }
 
-  void Answer(const std::string& body) { Set(true, body, ErrorCode()); }
+  void Answer(const std::string& body, bool arrives = true, const ErrorCode& error = ErrorCode()) {
+    m_arrives = arrives;
+    m_body = body;
+    m_error = error;
+  }
   // The body must not be looked at.
-  void BreakDown(const ErrorCode& error) { Set(false, Accepted(), error); }
+  void BreakDown(const ErrorCode& error) { Answer(Accepted(), false, error); }
   // Called with each request before it is answered.
   std::function<void()> onRequest;
 
@@ -128,12 +132,6 @@ class ScriptedServer : public Notes {
   static BizShared::CNetCommManager& Network() {
     return Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
   }
-  void Set(bool arrives, const std::string& body, const ErrorCode& error) {
-    m_arrives = arrives;
-    m_body = body;
-    m_error = error;
-  }
-
   bool m_arrives = false;
   std::string m_body;
   ErrorCode m_error{1, 7, 0, ""};

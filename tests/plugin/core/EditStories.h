@@ -72,14 +72,11 @@ class Server {
     ChangeNumber number = kFirst;
     for (const Op& op : story) {
       ++number;
-      if (op.kind == Kind::Delete) {
-        object.reset();
-      } else {
-        if (op.kind == Kind::Add) object = Object{};
-        if (op.kind != Kind::Move) object->name = "name " + std::to_string(number);
-        if (op.kind == Kind::Move) object->folder = 3 - object->folder;
-        object->number = number;
-      }
+      if (op.kind == Kind::Delete) object.reset();
+      if (op.kind == Kind::Add) object = Object{};
+      if (op.kind == Kind::Add || op.kind == Kind::Update) object->name = "name " + std::to_string(number);
+      if (op.kind == Kind::Move) object->folder = 3 - object->folder;
+      if (object) object->number = number;
       commits.push_back({op, number, object});
       m_states.push_back(object);
     }

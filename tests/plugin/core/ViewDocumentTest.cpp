@@ -24,6 +24,13 @@ ViewInfo ReadViewText(const std::string& text, DocumentOrigin origin) {
   return ReadView(at, origin);
 }
 
+ViewGroupInfo ReadGroupText(const std::string& text, DocumentOrigin origin) {
+  NetLink::CRapidJsonProto document;
+  EXPECT_TRUE(document.set_str(text)) << text;
+  PathCursor at(document);
+  return ReadViewGroup(at, origin);
+}
+
 CameraGridStruct ReadWindowText(const std::string& members, DocumentOrigin origin) {
   const ViewInfo view = ReadViewText(R"({"ID":9,"PlanPages":[{"PlanViewItem":[{)" + members + "}]}]}", origin);
   return view.vcPages.at(0).vcWindows.at(0);
@@ -264,10 +271,7 @@ TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
 
 TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
   const auto told = [](const std::string& members, DocumentOrigin origin) {
-    NetLink::CRapidJsonProto document;
-    EXPECT_TRUE(document.set_str("{" + members + "}"));
-    PathCursor at(document);
-    return Difference(ViewGroupInfo(), ReadViewGroup(at, origin));
+    return Difference(ViewGroupInfo(), ReadGroupText("{" + members + "}", origin));
   };
   ExpectRead({{"", ""},
               {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"ChangeNumber":"12","Method":1)",
@@ -276,6 +280,22 @@ TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
               {R"("UserID":8,"IsSharedView":1)", "user=8 type=1", "user=8 type=2 shared=1"},
               {R"("IsSharedView":1)", "", "type=2 shared=1"}},
              told);
+}
+
+TEST(AReadChangeNumber, IsDecimalDigitsOrNone) {
+  const auto expectRead = [](const std::string& text, ChangeNumber number) {
+    const std::string element = R"({"ChangeNumber":)" + text + "}";
+    EXPECT_EQ(ReadViewText(element, DocumentOrigin::Download).nChangeNumber, number) << text;
+    EXPECT_EQ(ReadGroupText(element, DocumentOrigin::Download).nChangeNumber, number) << text;
+  };
+  expectRead("11", 11);
+  for (const std::string number : {"3", "9223372036854775808", "18446744073709551615"}) {
+    expectRead('"' + number + '"', std::stoull(number));
+  }
+  for (const char* none : {R"("18446744073709551616")", R"("0")", "0", R"("")", R"("x")", R"("-11")", "-11", R"(" 11")",
+                           R"("11.5")", "null", "true", "{}", R"(["11"])"}) {
+    expectRead(none, 0);
+  }
 }
 
 TEST(AWrittenView, ComesBackAsItWasButForTheKnownAsymmetries) {
