@@ -185,7 +185,11 @@ class RelayTest : public testing::Test {
   static Step Hear(int number, const char* type = "OwnViews", int id = 5, const char* method = "1") {
     return [=](RelayTest& t) { t.relay->TakeEvent(number, type, Views(View(id, "v", number, method))); };
   }
-  // Edits by their tickets, which count from 1. Number 0: the answer is lost. What is added has the ID 6.
+  static Step HearUnnumbered(int number) {
+    return [=](RelayTest& t) { t.relay->TakeEvent(number, "OwnViews", Views(View(5, "v", 0, "1"))); };
+  }
+  // Edits by their tickets, which count from 1. Number 0: the answer is lost; -1: it says none. What is added has the
+  // ID 6.
   static Step Send() {
     return [](RelayTest& t) { t.relay->OnEditBegins(); };
   }
@@ -264,6 +268,17 @@ TEST_F(RelayTest, NumbersBeginAnewOnlyWhereSomeWereGiven) {
        {run(50), Send(), End(1, 70), Again({20, 20, kGroup, View(5, "w", 2) + "," + View(6, "w", 3)}), Hear(70)},
        {"G", "V 5#0/1 6#0/0", "V 5#70/1"}},
   });
+}
+
+TEST_F(RelayTest, TellsNothingOfOwnEditsWhereASiteHasNoNumbers) {
+  const auto lists = [](int number) { return Lists{number, number, kGroup, View(5, "v", 0), false}; };
+  const Step handOut = HandOut(ListKind::Views);
+  // Whatever comes first, answers and events, and whether downloads and runs go on or back.
+  Expect({{"all of it",
+           {Load(lists(50)), Send(), End(1, -1), handOut, HearUnnumbered(51), Send(), HearUnnumbered(52), handOut,
+            End(2, 0), HearUnnumbered(53), Send(), End(3, -1), Again(lists(60)), Send(), End(4, -1), Again(lists(40)),
+            Clear(), Load(lists(30)), HearUnnumbered(31)},
+           {}}});
 }
 
 TEST_F(RelayTest, TellsNothingOnceTheRunHasBeenCancelled) {
