@@ -156,7 +156,7 @@ TEST_F(JsonDocument, ATextThatIsNotJsonLeavesNothingToRead) {
     expectBad(R"({"v":)" + number + "}");
   }
   for (const std::string& tail : {std::string("\0", 1), std::string("\0{}", 3)}) expectBad(R"({"v":1})" + tail);
-  expectBad("{\"v\":\"a\nb\"");
+  expectBad("{\"v\":\"a\nb\"}");
   for (const char* text : {" {\"v\" : 1} \n", "[]", "1", "null", "\"\""}) EXPECT_TRUE(document.set_str(text)) << text;
   EXPECT_EQ(document.get_cnt("/v"), 0);
 }
