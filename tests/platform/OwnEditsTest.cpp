@@ -212,7 +212,7 @@ TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
   const Step load = Load({50, 50}), again = Again({60, 60}), send = Send();
   const Step handOutGroups = HandOut(ListKind::Groups), handOutViews = HandOut(ListKind::Views);
   Expect({
-      {"answered during the download that holds it", {send, End(1, 45), load, again}, {}},
+      {"answered during the download that just holds it", {send, End(1, 50), load, again}, {}},
       {"answered during the download before it", {send, End(1, 55), load, Hear(55), again}, {}},
       {"answered, and heard of", {load, send, End(1, 51), Hear(51), again}, {}},
       {"answered, and heard of as a colleague's", {load, send, End(1, 51), Hear(51, "Views")}, {"V 5#51/1"}},
@@ -232,12 +232,19 @@ TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
        {Load({60, 50}), send, again, End(1, 55, "V0/ViewGroups/1")},
        {}},
       {"of a group, passed over", {load, send, again, End(1, 55, "V0/ViewGroups/1")}, {"G 1#3/1"}},
+      {"of a group, passed over by the groups' list alone",
+       {load, Again({70, 60}), send, End(1, 65, "V0/ViewGroups/1")},
+       {"G 1#3/1"}},
+      {"answered for an ID that no ID can be", {load, send, End(1, 51, "V0/Views/4294967301"), Hear(51)}, {"V 5#51/1"}},
       {"refused with a number", {load, send, Hear(51), End(1, 51, "V0/Views/5", 4)}, {"V 5#51/1"}},
       {"lost before its event", {load, send, End(1, 0), Hear(51)}, {"V 5#51/1"}},
       {"added, and lost", {load, send, Hear(51, "OwnViews", 6, "0"), End(1, 0)}, {"V 6#51/0"}},
       {"two on their way, the first of them lost", {load, send, send, Hear(51), End(1, 0), End(2, 51)}, {}},
       {"two on their way, both lost", {load, send, send, Hear(51), End(2, 0), End(1, 0)}, {"V 5#51/1"}},
       {"lost while a later one is on its way", {load, send, Hear(51), send, End(1, 0)}, {"V 5#51/1"}},
+      {"answered after two later ones were lost",
+       {load, send, Hear(51), send, send, End(2, 0), End(1, 51), End(3, 0)},
+       {}},
       {"of a run before, answered there", {load, send, End(1, 51), Clear(), load, Hear(51)}, {"V 5#51/1"}},
   });
 }
@@ -272,6 +279,8 @@ TEST_F(RelayTest, NumbersBeginAnewOnlyWhereSomeWereGiven) {
       {"by events", {unnumbered, Hear(51, "Views"), Clear(), unnumbered, Clear(), unnumbered}, {"V 5#51/1", "G", "V"}},
       {"by both", {run(60), Hear(75), run(74), run(74)}, {"V 5#75/1", "G", "V"}},
       {"by none", {unnumbered, Clear(), Load({49, 49, kGroup, "", false})}, {}},
+      {"after lost changes, the groups' alone", {run(50), Again({20, 60})}, {"G", "V"}},
+      {"after lost changes, the views' alone", {run(50), Again({60, 20})}, {"G", "V"}},
       {"after lost changes, whereby an answer is another server's",
        {run(50), Send(), End(1, 70), Again({20, 20, kGroup, View(5, "w", 2) + "," + View(6, "w", 3)}), Hear(70)},
        {"G", "V 5#0/1 6#0/0", "V 5#70/1"}},
