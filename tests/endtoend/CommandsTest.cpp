@@ -13,15 +13,8 @@
 namespace test {
 namespace {
 
-using testing::Test;
-
-class CommandsTest : public Test {
+class CommandsTest : public SiteTest {
  protected:
-  static Site& TheSite() {
-    static Site site;
-    return site;
-  }
-
   static Outcome Maria(const QStringList& command, const std::string& input = {}) {
     return RunAs(TheSite(), "maria", command, input);
   }

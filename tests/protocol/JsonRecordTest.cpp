@@ -63,7 +63,7 @@ std::string With(const std::string& before, const std::string& member) {
 }
 
 // Values of other kinds are in RecordSetTest.cpp.
-TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKindFromTheFirstMemberOfExactlyItsKey) {
+TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
   const std::pair<std::string, std::string> cases[] = {
       {R"({"Count":-2147483648})", With(R"("Count":7)", R"("Count":-2147483648)")},
       {R"({"Count":-0})", With(R"("Count":7)", R"("Count":0)")},
@@ -78,6 +78,7 @@ TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKindFromTheFirstMemberOfExactlyItsK
       // Elements of whatever kind are elements without members.
       {R"({"Parts":[null,5,[{"No":3}],{"No":4}]})",
        With("[]", R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":4,"Label":""}])")},
+      // Keys are matched exactly, and the first of duplicates counts.
       {R"({"count":1," Count":1,"Count ":1,"Count\u0000":1})", kDefault},
       {R"({"Other":1,"Count":2,"Count":3})", With(R"("Count":7)", R"("Count":2)")},
       {R"({"Count":"1","Count":2})", kDefault},
