@@ -2,6 +2,7 @@
 // `viewctl script`, line for line, and by it the examples in docs/exchanges.md: each request, in the document's order,
 // must be answered as written there.
 
+#include <algorithm>
 #include <set>
 
 #include "ViewctlRunner.h"
@@ -62,66 +63,43 @@ TEST_F(ScriptTest, AScriptMayStandInAFile) {
   EXPECT_EQ(outcome.out, "{\"call\":\"InitEnvir\",\"result\":true,\"response\":\"\"}\n");
 }
 
-struct Example {
-  std::string function;
-  std::string request;
-  std::string response;  // empty: nothing is answered
-};
-
-// An example is "Request to `Function`" and "Response", each followed by a block of JSON.
-std::vector<Example> ExamplesIn(const std::string& document) {
-  std::vector<Example> examples;
-  std::string block;
-  std::string* wanted = nullptr;
-  bool inBlock = false;
-  const std::string heading = "Request to `";
-  for (const std::string& line : Lines(document)) {
-    if (inBlock && line == "```") {
-      if (wanted != nullptr) *wanted = host::WithoutBlanks(block);
-      wanted = nullptr;
-      inBlock = false;
-    } else if (inBlock) {
-      block += line + "\n";
-    } else if (line == "```json") {
-      inBlock = true;
-      block.clear();
-    } else if (line.rfind(heading, 0) == 0) {
-      examples.push_back({line.substr(heading.size(), line.rfind('`') - heading.size()), {}, {}});
-      wanted = &examples.back().request;
-    } else if (line == "Response") {
-      wanted = examples.empty() ? nullptr : &examples.back().response;
-    }
-  }
-  return examples;
+// What stands between `begin` and `end`, from `at` on, which moves behind it.
+std::string Between(const std::string& text, size_t& at, const std::string& begin, const std::string& end) {
+  const size_t from = std::min(text.find(begin, at), text.size() - begin.size()) + begin.size();
+  at = std::min(text.find(end, from), text.size());
+  return text.substr(from, at - from);
 }
 
-std::string ResponseIn(const std::string& answer) {
-  rapidjson::Document line;
-  host::ParseJson(answer, line);
-  return host::TextOf(line, "response");
-}
-
+// An example is "Request to `Function`" and perhaps "Response", each followed by a block of JSON.
 TEST(DocumentedExamplesTest, EveryExampleIsAnsweredAsWritten) {
-  const std::vector<Example> examples = ExamplesIn(ReadFile(DOCS_DIR "/exchanges.md"));
+  const std::string document = ReadFile(DOCS_DIR "/exchanges.md");
+  const std::string end = "\n```\n";
   std::set<std::string> shown;
-
-  Site site;
+  const Site site;
   Running host(site.As("admin") + QStringList{"script"}, "sample-admin");
-  for (const Example& example : examples) {
-    ASSERT_TRUE(host::IsJson(example.request)) << example.function;
-    shown.insert(example.function);
-    const std::string line = R"({"call":")" + example.function + R"(","request":)" + example.request + "}\n";
+  for (size_t at = 0; (at = document.find("\nRequest to `", at)) != std::string::npos;) {
+    const std::string function = Between(document, at, "`", "`");
+    shown.insert(function);
+    const std::string request = host::WithoutBlanks(Between(document, at, "```json\n", end));
+    ASSERT_TRUE(host::IsJson(request)) << function;
+    std::string expected;
+    if (document.find("\nResponse\n", at) == at + end.size()) {
+      at += end.size();
+      expected = host::WithoutBlanks(Between(document, at, "```json\n", end));
+    }
     std::string response;
     // The two loads answer nothing while the platform still downloads.
-    for (int attempt = 0; attempt < 100 && response.empty(); ++attempt) {
-      host.Write(line);
-      response = ResponseIn(host.NextLine());
-      if (example.response.empty()) break;
-      if (response.empty()) host.Write("{\"settle\":50}\n"), host.NextLine();
+    for (int attempt = 0; attempt < 100; ++attempt) {
+      host.Write(R"({"call":")" + function + R"(","request":)" + request + "}\n");
+      rapidjson::Document line;
+      host::ParseJson(host.NextLine(), line);
+      response = host::TextOf(line, "response");
+      if (expected.empty() || !response.empty()) break;
+      host.Write("{\"settle\":50}\n");
+      host.NextLine();
     }
-    EXPECT_EQ(response, example.response) << example.function << " " << example.request;
+    EXPECT_EQ(response, expected) << function << " " << request;
   }
-
   EXPECT_EQ(shown.size(), 18u) << "each exchange and the registration have an example";
 }
 

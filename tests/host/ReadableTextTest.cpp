@@ -88,25 +88,13 @@ TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {
   EXPECT_THROW(ParseQualifiedId("view:"), Failure);
 }
 
-ViewTree SmallTree() {
-  ViewTree tree;
-  for (int kind = 0; kind < 3; ++kind) {
-    TreeFolder& folder = tree.folders.emplace_back();
-    folder.id = "-1";
-    folder.name = kKindNames[static_cast<size_t>(kind)];
-    folder.kind = static_cast<Kind>(kind);
-    folder.parent = tree.folders.size() - 1;
-  }
-  tree.folders[0].folders = {3};
-  tree.folders[0].views = {{"9", "Loose", false}};
-  tree.folders.push_back({"4", "North", kPublic, 0, {4}, {{"8", "Gate", false}}});
-  tree.folders.push_back({"5", "Roof\n", kPublic, 3, {}, {}});
-  tree.folders[2].views = {{"7", "From \"maria\"", true}};
-  return tree;
-}
-
 TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
-  EXPECT_EQ(DescribeTree(SmallTree()),
+  const ViewTree tree{{{"-1", "public", kPublic, 0, {3}, {{"9", "Loose", false}}},
+                       {"-1", "private", kPrivate, 1, {}, {}},
+                       {"-1", "shared", kShared, 2, {}, {{"7", "From \"maria\"", true}}},
+                       {"4", "North", kPublic, 0, {4}, {{"8", "Gate", false}}},
+                       {"5", "Roof\n", kPublic, 3, {}, {}}}};
+  EXPECT_EQ(DescribeTree(tree),
             "public\n"
             "├── North/  (group 4)\n"
             "│   ├── Roof\\u000a/  (group 5)\n"
@@ -116,7 +104,7 @@ TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
             "shared\n"
             "└── From \"maria\"  (view 7, shared with you)\n");
   EXPECT_EQ(
-      TreeJson(SmallTree()),
+      TreeJson(tree),
       R"([{"ID":"-1","Name":"public","Type":0,"Folders":[{"ID":"4","Name":"North","Type":0,"Folders":)"
       R"([{"ID":"5","Name":"Roof\n","Type":0,"Folders":[],"Views":[]}],)"
       R"("Views":[{"ID":"8","Name":"Gate","Shared":false}]}],"Views":[{"ID":"9","Name":"Loose","Shared":false}]},)"

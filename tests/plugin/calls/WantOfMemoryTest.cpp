@@ -176,7 +176,7 @@ TEST_F(WantOfMemoryTest, EveryExchangeFailsCleanlyAtEveryAllocation) {
 
 TEST_F(WantOfMemoryTest, AFirstLoadThatFailsIsMadeWholeByTheNextPoll) {
   for (const bool isNumbered : {false, true}) {
-    Load(isNumbered);
+    Download(isNumbered);
     // A load finds these cached, newer or older than what it holds.
     const auto begin = [&] {
       ClearViewData();
