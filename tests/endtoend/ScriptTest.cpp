@@ -12,10 +12,7 @@
 namespace test {
 namespace {
 
-class ScriptTest : public SiteTest {
- protected:
-  static Outcome Script(const std::string& input) { return RunAs(TheSite(), "admin", {"script"}, input); }
-};
+class ScriptTest : public SiteTest {};
 
 TEST_F(ScriptTest, EachLineIsAnsweredWithOneLine) {
   const std::pair<const char*, const char*> exchanges[] = {
@@ -39,28 +36,22 @@ TEST_F(ScriptTest, EachLineIsAnsweredWithOneLine) {
   };
   std::string input;
   for (const auto& exchange : exchanges) input += std::string(exchange.first) + "\r\n";
-  const Outcome outcome = Script(input);
+  const Outcome outcome = RunAs(TheSite(), "admin", {"script"}, input);
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   const auto lines = Lines(outcome.out);
   ASSERT_EQ(lines.size(), std::size(exchanges)) << outcome.out;
   for (size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i], exchanges[i].second);
 }
 
-TEST_F(ScriptTest, WrongLinesAreAnsweredAndTheScriptGoesOn) {
-  const Outcome outcome = Script("what\n\n{\"call\":\"NoSuchCall\"}\n{\"call\":\"InitEnvir\"}");
+TEST_F(ScriptTest, WrongLinesAreAnsweredAndTheScriptGoesOnAlsoFromAFile) {
+  const std::string file = TheSite().Folder() + "/script.jsonl";
+  WriteFile(file, "what\n\n{\"call\":\"NoSuchCall\"}\n{\"call\":\"InitEnvir\"}");
+  const Outcome outcome = RunAs(TheSite(), "admin", {"script", QString::fromStdString(file)});
   EXPECT_EQ(outcome.status, 1);
   const auto lines = Lines(outcome.out);
   ASSERT_EQ(lines.size(), 4u) << outcome.out;
   for (size_t i = 0; i < 3; ++i) EXPECT_EQ(lines[i].rfind("{\"error\":\"", 0), 0u) << lines[i];
   EXPECT_EQ(lines[3], R"({"call":"InitEnvir","result":true,"response":""})");
-}
-
-TEST_F(ScriptTest, AScriptMayStandInAFile) {
-  const std::string file = TheSite().Folder() + "/script.jsonl";
-  WriteFile(file, "{\"call\":\"InitEnvir\"}\n");
-  const Outcome outcome = RunAs(TheSite(), "admin", {"script", QString::fromStdString(file)});
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_EQ(outcome.out, "{\"call\":\"InitEnvir\",\"result\":true,\"response\":\"\"}\n");
 }
 
 // What stands between `begin` and `end`, from `at` on, which moves behind it.

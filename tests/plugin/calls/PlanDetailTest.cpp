@@ -239,11 +239,9 @@ TEST(PlanConversionTest, AWindowComesBackAsTheModelHoldsIt) {
   expected.FishEye.FisheyeWndParam = {{1, "1.500000", "-2.000000", "30.000000"},
                                       {2, "0.000000", "0.000000", "0.000000"}};
   expected.CycleInfo.CycleResourceID = {{"21", "4294967295", ""}, {"0", "0", ""}};
-  EXPECT_EQ(Written(ToPlanItem(ToWindow(item))), Written(expected));
-}
-
-TEST(PlanConversionTest, TheModelGetsWhatTheHostCannotSee) {
-  const CameraGridStruct window = ToWindow(Read<protocol::PlanItem>(kFullItem));
+  const CameraGridStruct window = ToWindow(item);
+  EXPECT_EQ(Written(ToPlanItem(window)), Written(expected));
+  // What the host cannot see.
   EXPECT_EQ(std::tuple(window.idView, window.uIndex, window.idPOS), std::tuple(kNoId, 3u, 15u));
   EXPECT_TRUE(window.bPTZConfigured && window.enable_calibration);
 }
