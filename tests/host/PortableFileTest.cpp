@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "host/Failure.h"
+#include "host/ImportPlan.h"
 #include "host/JsonText.h"
 #include "host/Plugin.h"
 
@@ -119,6 +120,13 @@ TEST(PortableFileTest, AWrongFileIsRefusedWithItsPlace) {
       EXPECT_NE(std::string(failure.what()).find(part), std::string::npos) << failure.what() << " for " << text;
     }
   }
+}
+
+TEST(ImportPlanTest, WhatOthersSharedIsNotTheUsersToMatch) {
+  const ViewTree tree{{{"-1", "public", kPublic, 0, {}, {}},
+                       {"-1", "private", kPrivate, 1, {}, {{"5", "Gate", false}}},
+                       {"-1", "shared", kShared, 2, {}, {{"6", "Gate", true}}}}};
+  EXPECT_EQ(ExistingIn(tree).views.size(), 1u);
 }
 
 // As when somebody deletes a group between two listings.
