@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // JSON records: a plain structure with typed fields and defaults, and beside it an adapter "<Name>JSONStruct" that
-// reads the structure from a JSON value and writes it back. Both come from one list of the fields:
+// reads the structure from a JSON value and writes it back. Both come from one list of the fields (FieldList.h):
 //
 //     #define QORVI_LINK(FIELD) FIELD(Text, Name) FIELD(Integer, No, -1)
 //     QORVI_RECORD(Link, QORVI_LINK)
@@ -22,11 +22,11 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <unordered_set>
 #include <vector>
 
+#include "QorviViewPlugin/FieldList.h"
 #include "QorviViewPlugin/JsonText.h"
 
 namespace QorviVideoComm {
@@ -44,24 +44,7 @@ struct JSONKeyFilter {
   std::set<std::string> keys;
 };
 
-// One field of a record: its key and where it is.
-template <class Data, class Type>
-struct Field {
-  const char* key;
-  rapidjson::SizeType keyLength;
-  Type Data::*member;
-};
-
-template <class Data, class Type, size_t N>
-constexpr Field<Data, Type> MakeField(const char (&key)[N], Type Data::*member) {
-  return {key, static_cast<rapidjson::SizeType>(N - 1), member};
-}
-
-// Calls visit(field) for every field of the record, in the list's order.
-template <class Data, class Visitor>
-constexpr void ForEachField(Visitor&& visit) {
-  std::apply([&visit](const auto&... field) { (visit(field), ...); }, FieldsOf(std::type_identity<Data>{}));
-}
+using QorviViewPlugin::ForEachField;
 
 template <class Data>
 using AdapterOf = typename decltype(AdapterTypeOf(std::type_identity<Data>{}))::type;
@@ -269,19 +252,9 @@ std::string SerializeJsonResponse(RecordAdapter<Data>& record) {
 
 }  // namespace QorviVideoComm
 
-#define QORVI_RECORD_MEMBER(type, name, ...) type name{__VA_ARGS__};
-#define QORVI_RECORD_FIELD(type, name, ...) QorviVideoComm::MakeField(#name, &Data::name),
-
-// Declares the structure, its fields in order, and its adapter.
+// Declares the structure and its adapter.
 #define QORVI_RECORD(Name, FIELDS)                                      \
-  struct Name {                                                         \
-    FIELDS(QORVI_RECORD_MEMBER)                                         \
-    friend bool operator==(const Name&, const Name&) = default;         \
-  };                                                                    \
-  constexpr auto FieldsOf(std::type_identity<Name>) {                   \
-    using Data = Name;                                                  \
-    return std::tuple{FIELDS(QORVI_RECORD_FIELD)};                      \
-  }                                                                     \
+  QORVI_STRUCT(Name, FIELDS)                                            \
   struct Name##JSONStruct final : QorviVideoComm::RecordAdapter<Name> { \
     using RecordAdapter::RecordAdapter;                                 \
   };                                                                    \
