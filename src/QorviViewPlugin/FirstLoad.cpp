@@ -8,7 +8,7 @@
 #include <string>
 
 #include "QorviViewPlugin/ChangeGate.h"
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/Locks.h"
 #include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"

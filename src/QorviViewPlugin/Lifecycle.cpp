@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <atomic>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDownload.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/HostIds.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"

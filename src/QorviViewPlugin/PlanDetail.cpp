@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <set>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/FirstLoad.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <utility>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 

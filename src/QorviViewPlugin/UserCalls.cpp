@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BizShared/UserCommonManager.h"
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/TextConversion.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"

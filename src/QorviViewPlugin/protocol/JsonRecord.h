@@ -27,7 +27,7 @@
 #include <vector>
 
 #include "QorviViewPlugin/FieldList.h"
-#include "QorviViewPlugin/JsonText.h"
+#include "QorviViewPlugin/JsonWriter.h"
 
 namespace QorviVideoComm {
 
@@ -218,36 +218,36 @@ rapidjson::Value RecordAdapter<Record>::ToJSON(rapidjson::Document::AllocatorTyp
 
 // Writes the record straight into a text: the same bytes as its ToJSON, without the value tree.
 template <class Data>
-void WriteRecord(QorviViewPlugin::JsonText& json, const Data& data) {
-  json.BeginObject();
+void WriteRecord(QorviViewPlugin::JsonWriter& out, const Data& data) {
+  out.BeginObject();
   ForEachField<Data>([&](const auto& field) {
     using Type = std::remove_cvref_t<decltype(data.*field.member)>;
     const Type& value = data.*field.member;
-    json.Key({field.key, field.keyLength});
+    out.Key({field.key, field.keyLength});
     if constexpr (std::is_same_v<Type, Integer>) {
-      json.Int(value);
+      out.Int(value);
     } else if constexpr (std::is_same_v<Type, Boolean>) {
-      json.Bool(value);
+      out.Bool(value);
     } else if constexpr (std::is_same_v<Type, Text>) {
-      json.String(value.c_str());
+      out.String(value.c_str());
     } else if constexpr (kIsSequence<Type>) {
-      json.BeginArray();
-      for (const auto& element : value) WriteRecord(json, element);
-      json.EndArray();
+      out.BeginArray();
+      for (const auto& element : value) WriteRecord(out, element);
+      out.EndArray();
     } else {
-      WriteRecord(json, value);
+      WriteRecord(out, value);
     }
   });
-  json.EndObject();
+  out.EndObject();
 }
 
 // The same for an adapter whose record is known: no value tree is built unless a key filter has to be asked.
 template <class Data>
 std::string SerializeJsonResponse(RecordAdapter<Data>& record) {
   if (record.m_keyFilter) return SerializeJsonResponse(static_cast<IJSONStruct&>(record));
-  QorviViewPlugin::JsonText json;
-  WriteRecord(json, *record.m_pData);
-  return json.Take();
+  QorviViewPlugin::JsonWriter out;
+  WriteRecord(out, *record.m_pData);
+  return out.Take();
 }
 
 }  // namespace QorviVideoComm

@@ -22,7 +22,7 @@ std::string WriteViewGroupsRequest(uint32_t clientResourceVersion) {
   return document.get_str(0);
 }
 
-void ParseViewGroupList(NetLink::CRapidJsonProto& reply, std::vector<ViewGroupInfo>& groups) {
+void ParseViewGroupList(const NetLink::CRapidJsonProto& reply, std::vector<ViewGroupInfo>& groups) {
   PathCursor at(reply, "/ResponseStatus/Data/ViewGroupList/");
   const int count = at.Count("ViewGroup");
   for (int i = 1; i <= count; ++i) {
@@ -41,7 +41,7 @@ bool CmsViewGroupList::GetCmsViewGroupList(uint32_t clientResourceVersion) {
   SessionRequest request{"GET", kViewGroupsUrl, WriteViewGroupsRequest(clientResourceVersion)};
   request.isListing = true;
   return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
-                        [this](NetLink::CRapidJsonProto& reply) { ParseViewGroupList(reply, m_vcViewGroups); });
+                        [this](const NetLink::CRapidJsonProto& reply) { ParseViewGroupList(reply, m_vcViewGroups); });
 }
 
 bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
@@ -53,10 +53,11 @@ bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
   const SessionRequest request{"POST", kViewGroupsUrl, WriteViewGroupDocument(group)};
   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]add plan group data: %s[%s(%d)]", kTexts.function, request.body.c_str(),
                 __FILE__, __LINE__);
-  return RunDataSession(request, kTexts, CascadingText::Ignored, m_error, [this](NetLink::CRapidJsonProto& reply) {
-    m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/ViewGroup/ID", -1));
-    m_changeNumber = ReadDataNumber(reply);
-  });
+  return RunDataSession(request, kTexts, CascadingText::Ignored, m_error,
+                        [this](const NetLink::CRapidJsonProto& reply) {
+                          m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/ViewGroup/ID", -1));
+                          m_changeNumber = ReadDataNumber(reply);
+                        });
 }
 
 bool CmsModifyViewGroup::ModifyCmsViewGroup(const ViewGroupInfo& group) {
@@ -69,7 +70,7 @@ bool CmsModifyViewGroup::ModifyCmsViewGroup(const ViewGroupInfo& group) {
   IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]update plan group data: %s[%s(%d)]", kTexts.function,
                 request.body.c_str(), __FILE__, __LINE__);
   return RunStatusSession(request, kTexts, m_error,
-                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
@@ -79,7 +80,7 @@ bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
       "[%s] failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsDeleteViewGroup::DeleteCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
   return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error,
-                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsOrderViewGroup::OrderCmsViewGroup(const ViewMoveRequest& move) {
@@ -99,7 +100,7 @@ bool CmsViewConfig::GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode
       "[%s][CmsViewConfig::GetDefualtViewConfig] failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsViewConfig::GetDefualtViewConfig] failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsViewConfig::GetDefualtViewConfig] failed, strRawData empty[%s(%d)]"};
-  return RunConfigSession({"GET", kDefaultConfigUrl, ""}, kTexts, error, [&](NetLink::CRapidJsonProto& reply) {
+  return RunConfigSession({"GET", kDefaultConfigUrl, ""}, kTexts, error, [&](const NetLink::CRapidJsonProto& reply) {
     type = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/Config/Type", -1));
     id = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/Config/ID", -1));
   });

@@ -24,7 +24,7 @@ std::string WriteViewsRequest(uint32_t clientResourceVersion) {
   return document.get_str(0);
 }
 
-void ParseViewList(NetLink::CRapidJsonProto& reply, std::vector<ViewInfo>& views) {
+void ParseViewList(const NetLink::CRapidJsonProto& reply, std::vector<ViewInfo>& views) {
   const size_t first = views.size();
   PathCursor at(reply, "/ResponseStatus/Data/ViewList/");
   const int count = at.Count("View");
@@ -50,7 +50,7 @@ bool CmsViewList::GetCmsViewList(uint32_t clientResourceVersion) {
   SessionRequest request{"GET", kViewsUrl, WriteViewsRequest(clientResourceVersion)};
   request.isListing = true;
   return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
-                        [this](NetLink::CRapidJsonProto& reply) { ParseViewList(reply, m_vcViews); });
+                        [this](const NetLink::CRapidJsonProto& reply) { ParseViewList(reply, m_vcViews); });
 }
 
 bool CmsAddView::AddCmsView(const ViewInfo& view) {
@@ -61,10 +61,11 @@ bool CmsAddView::AddCmsView(const ViewInfo& view) {
                                           "[%s][CmsAddView::AddCmsView] failed, strRawData empty[%s(%d)]"};
   SessionRequest request{"POST", kViewsUrl, WriteViewDocument(view)};
   request.marksSubSystemEarly = true;
-  return RunDataSession(request, kTexts, CascadingText::Ignored, m_error, [this](NetLink::CRapidJsonProto& reply) {
-    m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/View/ID", -1));
-    m_changeNumber = ReadDataNumber(reply);
-  });
+  return RunDataSession(request, kTexts, CascadingText::Ignored, m_error,
+                        [this](const NetLink::CRapidJsonProto& reply) {
+                          m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/View/ID", -1));
+                          m_changeNumber = ReadDataNumber(reply);
+                        });
 }
 
 bool CmsModifyView::ModifyCmsView(const ViewInfo& view) {
@@ -73,7 +74,7 @@ bool CmsModifyView::ModifyCmsView(const ViewInfo& view) {
       "[%s]failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsModifyView::ModifyCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
   return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error,
-                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsDeleteView::DeleteCmsView(uint32_t id) {
@@ -82,7 +83,7 @@ bool CmsDeleteView::DeleteCmsView(uint32_t id) {
       "[%s][CmsDeleteView::DeleteCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]",
       "[%s][CmsDeleteView::DeleteCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
   return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error,
-                          [this](NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsOrderView::OrderCmsView(const ViewMoveRequest& move) {

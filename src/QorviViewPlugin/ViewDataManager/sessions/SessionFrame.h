@@ -37,7 +37,7 @@ struct SessionRequest {
 std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode& error);
 
 // Reads the data of a reply whose status is success.
-using ReplyReader = std::function<void(NetLink::CRapidJsonProto&)>;
+using ReplyReader = std::function<void(const NetLink::CRapidJsonProto&)>;
 
 // All three answer whether the server accepted. On failure `error` is the transport's record as it stands, or the
 // reply's status with subsystem code 1, and one line has been logged; a reply without a readable status fails with
