@@ -57,8 +57,7 @@ bool IsUnnumbered(const std::list<Info>& changes) {
 }
 
 bool ApplyViewDocument(const std::string& data) {
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
-                "ViewDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
+  QORVI_LOG_INFO("ViewDataResourceUpdate", "ViewDataResourceUpdate Resource Origian Data : %s", data.c_str());
   std::string ignoredError;
   ViewTable scratch;
   std::list<ViewInfo> changes;
@@ -68,8 +67,7 @@ bool ApplyViewDocument(const std::string& data) {
 }
 
 bool ApplyViewGroupDocument(const std::string& data) {
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewGroupDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
-                "ViewGroupDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
+  QORVI_LOG_INFO("ViewGroupDataResourceUpdate", "ViewGroupDataResourceUpdate Resource Origian Data : %s", data.c_str());
   std::string ignoredError;
   ViewGroupTable scratch;
   std::list<ViewGroupInfo> changes;
@@ -188,21 +186,18 @@ const FirstLoad kViewGroupLoad = {s_viewGroupChanges,
                                   s_viewGroupErrorText,
                                   [] { ViewDownload().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
                                   [](const std::string& data) {
-                                    IOrlFormatLog(kInfoLevel, kInfoModule,
-                                                  "[%s]init view_group_message data: %s[%s(%d)]",
-                                                  "IsInitViewGroupFinish", data.c_str(), __FILE__, __LINE__);
+                                    QORVI_LOG_INFO("IsInitViewGroupFinish", "init view_group_message data: %s",
+                                                   data.c_str());
                                   },
                                   &CViewGroupManager::LoadViewGroups};
 
-const FirstLoad kViewLoad = {s_viewChanges,
-                             s_bViewInitFinish,
-                             s_viewErrorText,
-                             [] { ViewDownload().SetViewsUpdateCallback(ViewDataResourceUpdate); },
-                             [](const std::string& data) {
-                               IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_messgae data: %s[%s(%d)]",
-                                             "IsInitViewFinish", data.c_str(), __FILE__, __LINE__);
-                             },
-                             &CViewGroupManager::LoadViews};
+const FirstLoad kViewLoad = {
+    s_viewChanges,
+    s_bViewInitFinish,
+    s_viewErrorText,
+    [] { ViewDownload().SetViewsUpdateCallback(ViewDataResourceUpdate); },
+    [](const std::string& data) { QORVI_LOG_INFO("IsInitViewFinish", "init view_messgae data: %s", data.c_str()); },
+    &CViewGroupManager::LoadViews};
 
 bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string& response) noexcept {
   try {

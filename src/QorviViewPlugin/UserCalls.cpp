@@ -16,9 +16,9 @@ bool AnswerGetCurrentUser(const protocol::GetCurrentUserRequest&, protocol::GetC
   const bool known = Vant::Base::CSingleton<BizShared::CUserCommonManager>::Instance().GetUserInfo(response.user_id,
                                                                                                    response.user_name);
   if (known) {
-    IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]GetCurrentUser Success[%s(%d)]", "GetCurrentUser", __FILE__, __LINE__);
+    QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser Success");
   } else {
-    IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]GetCurrentUser Failed[%s(%d)]", "GetCurrentUser", __FILE__, __LINE__);
+    QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser Failed");
   }
   return known;
 }
@@ -28,8 +28,7 @@ void AnswerGetAllUserInfo(const protocol::UserRequestInfo&, protocol::UserRespon
   std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
   if (!Manager().GetAllUsers(error, users)) {
     response.error_info = TextOf(error);
-    IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]GetAllUserInfo Failed: %s[%s(%d)]", "GetAllUserInfo",
-                  response.error_info.c_str(), __FILE__, __LINE__);
+    QORVI_LOG_INFO("GetAllUserInfo", "GetAllUserInfo Failed: %s", response.error_info.c_str());
     return;
   }
   for (const auto& user : users) {
@@ -40,8 +39,7 @@ void AnswerGetAllUserInfo(const protocol::UserRequestInfo&, protocol::UserRespon
     entry.user_ptz_ability = user->GetVal_ptz_control_perm();
     response.user_detail_list.push_back(std::move(entry));
   }
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]GetAllUserInfo Success User Number: %d[%s(%d)]", "GetAllUserInfo",
-                static_cast<int>(users.size()), __FILE__, __LINE__);
+  QORVI_LOG_INFO("GetAllUserInfo", "GetAllUserInfo Success User Number: %d", static_cast<int>(users.size()));
 }
 
 bool AnswerViewShareUsers(const protocol::ViewShareResquestInfo& request, protocol::ShareViewResponseInfo& response) {

@@ -13,15 +13,6 @@
 namespace QorviViewPlugin {
 namespace {
 
-struct EnvelopeTexts {
-  const char* function;
-  const char* refused;
-};
-
-void LogRefused(const EnvelopeTexts& texts, const ErrorCode& error) {
-  IOrlFormatLog(kErrorLevel, kErrorModule, texts.refused, texts.function, error.GetSubError(), __FILE__, __LINE__);
-}
-
 // Whether a window of that type shows an element that the platform does not know.
 bool ShowsUnknownElement(const ViewInfo& view, int type) {
   for (const ViewPage& page : view.vcPages) {
@@ -46,8 +37,6 @@ bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::
 
 bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo,
                                        std::list<ViewGroupInfo>& groups, ChangeNumber& completeUpTo) {
-  static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData",
-                                           "[%s]AnalysisViewGroupInitData_Error:%d[%s(%d)]"};
   if (data.empty()) return true;
   NetLink::CRapidJsonProto document;
   document.set_str(data);
@@ -55,7 +44,8 @@ bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cas
   const bool isUsable = ReadResponseStatus(document, CascadingText::Kept, error);
   cascadingErrorInfo = error.GetCasadingErrorInfo();
   if (!isUsable) {
-    LogRefused(kTexts, error);
+    QORVI_LOG_ERROR("QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData",
+                    "AnalysisViewGroupInitData_Error:%d", error.GetSubError());
     return false;
   }
   completeUpTo = ReadDataNumber(document);
@@ -84,14 +74,13 @@ bool CViewGroupManager::AnalysisViewInitData(const std::string& data, std::strin
 
 bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
                                   std::list<ViewInfo>* changes) {
-  static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewInitData",
-                                           "[%s]AnalysisViewInitData_Error:%d[%s(%d)]"};
   ErrorCode error;
   ViewList read;
   const bool isUsable = ReadViewList(data, error, read);
   cascadingErrorInfo = error.GetCasadingErrorInfo();
   if (!isUsable) {
-    LogRefused(kTexts, error);
+    QORVI_LOG_ERROR("QorviViewPlugin::CViewGroupManager::AnalysisViewInitData", "AnalysisViewInitData_Error:%d",
+                    error.GetSubError());
     return false;
   }
   list.completeUpTo = read.completeUpTo;

@@ -32,23 +32,21 @@ std::string LogTextOf(const CmsShareView::RefusedUser& user) {
 bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& userIds) {
   const SessionRequest request{"POST", "/NXAPI/Vantorel/Platform/V1/View/" + viewId + "/Share",
                                WriteShareRequest(userIds)};
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewShare User Ids Request: %s[%s(%d)]", kFunction, request.body.c_str(),
-                __FILE__, __LINE__);
+  QORVI_LOG_INFO(kFunction, "ViewShare User Ids Request: %s", request.body.c_str());
   const std::optional<std::string> body = SendRequest(request, m_error);
   if (!body) {
-    IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]View Share ORL Failed First_code: %d, Second_code: %d[%s(%d)]",
-                  kFunction, m_error.GetMainError(), m_error.GetSubError(), __FILE__, __LINE__);
+    QORVI_LOG_INFO(kFunction, "View Share ORL Failed First_code: %d, Second_code: %d", m_error.GetMainError(),
+                   m_error.GetSubError());
     return false;
   }
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]Share View Recvive Data: %s[%s(%d)]", kFunction, body->c_str(), __FILE__,
-                __LINE__);
+  QORVI_LOG_INFO(kFunction, "Share View Recvive Data: %s", body->c_str());
   NetLink::CRapidJsonProto reply;
   reply.set_str(*body);
   const bool accepted = ReadResponseStatus(reply, CascadingText::Ignored, m_error);
   m_error.SetSubSystemErrorCode(0);  // unlike those of the other sessions
   if (!accepted) {
-    IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]Receive View Share Response First_code: %d, Second_code: %d[%s(%d)]",
-                  kFunction, m_error.GetMainError(), m_error.GetSubError(), __FILE__, __LINE__);
+    QORVI_LOG_INFO(kFunction, "Receive View Share Response First_code: %d, Second_code: %d", m_error.GetMainError(),
+                   m_error.GetSubError());
     return false;
   }
   std::string logText;
@@ -59,8 +57,7 @@ bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& us
     logText += LogTextOf(m_refusedUsers.emplace_back(ReadRefusedUser(at)));
   }
   if (!m_refusedUsers.empty()) {
-    IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]Partial User Share Failed: %s[%s(%d)]", kFunction, logText.c_str(),
-                  __FILE__, __LINE__);
+    QORVI_LOG_INFO(kFunction, "Partial User Share Failed: %s", logText.c_str());
   }
   return true;
 }

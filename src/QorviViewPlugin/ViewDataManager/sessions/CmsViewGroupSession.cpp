@@ -34,10 +34,7 @@ void ParseViewGroupList(const NetLink::CRapidJsonProto& reply, std::vector<ViewG
 }  // namespace
 
 bool CmsViewGroupList::GetCmsViewGroupList(uint32_t clientResourceVersion) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewGroupList::GetCmsViewGroupList",
-                                          "[%s]success[%s(%d)]", "[%s]failed, [MainError: %d],[SubError: %d][%s(%d)]",
-                                          "[%s]failed, [MainError: %d],[SubError: %d][%s(%d)]",
-                                          "[%s]failed, strRawData empty[%s(%d)]"};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewGroupList::GetCmsViewGroupList", ""};
   SessionRequest request{"GET", kViewGroupsUrl, WriteViewGroupsRequest(clientResourceVersion)};
   request.isListing = true;
   return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
@@ -45,14 +42,10 @@ bool CmsViewGroupList::GetCmsViewGroupList(uint32_t clientResourceVersion) {
 }
 
 bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsAddViewGroup::AddCmsViewGroup", "[%s][CmsAddViewGroup::AddCmsViewGroup] success[%s(%d)]",
-      "[%s][CmsAddViewGroup::AddCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsAddViewGroup::AddCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsAddViewGroup::AddCmsViewGroup] failed, strRawData empty[%s(%d)]"};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsAddViewGroup::AddCmsViewGroup",
+                                          "[CmsAddViewGroup::AddCmsViewGroup] "};
   const SessionRequest request{"POST", kViewGroupsUrl, WriteViewGroupDocument(group)};
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]add plan group data: %s[%s(%d)]", kTexts.function, request.body.c_str(),
-                __FILE__, __LINE__);
+  QORVI_LOG_INFO(kTexts.function, "add plan group data: %s", request.body.c_str());
   return RunDataSession(request, kTexts, CascadingText::Ignored, m_error,
                         [this](const NetLink::CRapidJsonProto& reply) {
                           m_idNew = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/ViewGroup/ID", -1));
@@ -61,45 +54,31 @@ bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
 }
 
 bool CmsModifyViewGroup::ModifyCmsViewGroup(const ViewGroupInfo& group) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsModifyViewGroup::ModifyCmsViewGroup",
-      "[%s][CmsModifyViewGroup::ModifyCmsViewGroup] success[%s(%d)]",
-      "[%s][CmsModifyViewGroup::ModifyCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsModifyViewGroup::ModifyCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsModifyViewGroup::ModifyCmsViewGroup",
+                                          "[CmsModifyViewGroup::ModifyCmsViewGroup] "};
   const SessionRequest request{"PUT", ViewGroupUrl(group.idViewGroup), WriteViewGroupDocument(group)};
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]update plan group data: %s[%s(%d)]", kTexts.function,
-                request.body.c_str(), __FILE__, __LINE__);
+  QORVI_LOG_INFO(kTexts.function, "update plan group data: %s", request.body.c_str());
   return RunStatusSession(request, kTexts, m_error,
                           [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsDeleteViewGroup::DeleteCmsViewGroup",
-      "[%s][CmsDeleteViewGroup::DeleteCmsViewGroup] success[%s(%d)]",
-      "[%s] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsDeleteViewGroup::DeleteCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsDeleteViewGroup::DeleteCmsViewGroup",
+                                          "[CmsDeleteViewGroup::DeleteCmsViewGroup] ", " "};
   return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error,
                           [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsOrderViewGroup::OrderCmsViewGroup(const ViewMoveRequest& move) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsOrderViewGroup::OrderCmsViewGroup",
-      "[%s][CmsOrderViewGroup::OrderCmsViewGroup] success[%s(%d)]",
-      "[%s][CmsOrderViewGroup::OrderCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsOrderViewGroup::OrderCmsViewGroup] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsOrderViewGroup::OrderCmsViewGroup",
+                                          "[CmsOrderViewGroup::OrderCmsViewGroup] "};
   return RunStatusSession({"PUT", std::string(kViewGroupsUrl) + "/Move", WriteViewGroupMoveRequest(move)}, kTexts,
                           m_error);
 }
 
 bool CmsViewConfig::GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode& error) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsViewConfig::GetDefualtViewConfig",
-      "[%s][CmsViewConfig::GetDefualtViewConfig] success[%s(%d)]",
-      "[%s][CmsViewConfig::GetDefualtViewConfig] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsViewConfig::GetDefualtViewConfig] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsViewConfig::GetDefualtViewConfig] failed, strRawData empty[%s(%d)]"};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewConfig::GetDefualtViewConfig",
+                                          "[CmsViewConfig::GetDefualtViewConfig] "};
   return RunConfigSession({"GET", kDefaultConfigUrl, ""}, kTexts, error, [&](const NetLink::CRapidJsonProto& reply) {
     type = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/Config/Type", -1));
     id = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/Config/ID", -1));
@@ -107,12 +86,8 @@ bool CmsViewConfig::GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode
 }
 
 bool CmsViewConfig::SetDefualtViewConfig(const uint32_t& id, uint32_t type, ErrorCode& error) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsViewConfig::SetDefualtViewConfig",
-      "[%s][CmsViewConfig::SetDefualtViewConfig] success[%s(%d)]",
-      "[%s][CmsViewConfig::SetDefualtViewConfig] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsViewConfig::SetDefualtViewConfig] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsViewConfig::SetDefualtViewConfig] failed, strRawData empty[%s(%d)]"};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewConfig::SetDefualtViewConfig",
+                                          "[CmsViewConfig::SetDefualtViewConfig] "};
   NetLink::CRapidJsonProto document;
   document.set_v("/ViewRequest/Type", AsSigned(type));
   document.set_v("/ViewRequest/ID", AsSigned(id));

@@ -42,11 +42,8 @@ void SetListedViewsCheck(ListedViewsCheck check) {
 }
 
 bool CmsViewList::GetCmsViewList(uint32_t clientResourceVersion) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsViewList::GetCmsViewList", "[%s][CmsViewList::GetCmsViewList] success[%s(%d)]",
-      "[%s][CmsViewList::GetCmsViewList] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsViewList::GetCmsViewList] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsViewList::GetCmsViewList] failed, strRawData empty[%s(%d)]"};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewList::GetCmsViewList",
+                                          "[CmsViewList::GetCmsViewList] "};
   SessionRequest request{"GET", kViewsUrl, WriteViewsRequest(clientResourceVersion)};
   request.isListing = true;
   return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
@@ -54,11 +51,7 @@ bool CmsViewList::GetCmsViewList(uint32_t clientResourceVersion) {
 }
 
 bool CmsAddView::AddCmsView(const ViewInfo& view) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsAddView::AddCmsView",
-                                          "[%s][CmsAddView::AddCmsView] success[%s(%d)]",
-                                          "[%s][CmsAddView::AddCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-                                          "[%s][CmsAddView::AddCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-                                          "[%s][CmsAddView::AddCmsView] failed, strRawData empty[%s(%d)]"};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsAddView::AddCmsView", "[CmsAddView::AddCmsView] "};
   SessionRequest request{"POST", kViewsUrl, WriteViewDocument(view)};
   request.marksSubSystemEarly = true;
   return RunDataSession(request, kTexts, CascadingText::Ignored, m_error,
@@ -69,28 +62,22 @@ bool CmsAddView::AddCmsView(const ViewInfo& view) {
 }
 
 bool CmsModifyView::ModifyCmsView(const ViewInfo& view) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsModifyView::ModifyCmsView", "[%s][CmsModifyView::ModifyCmsView] success[%s(%d)]",
-      "[%s]failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsModifyView::ModifyCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsModifyView::ModifyCmsView",
+                                          "[CmsModifyView::ModifyCmsView] ", ""};
   return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error,
                           [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsDeleteView::DeleteCmsView(uint32_t id) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsDeleteView::DeleteCmsView", "[%s][CmsDeleteView::DeleteCmsView] success[%s(%d)]",
-      "[%s][CmsDeleteView::DeleteCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsDeleteView::DeleteCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsDeleteView::DeleteCmsView",
+                                          "[CmsDeleteView::DeleteCmsView] "};
   return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error,
                           [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
 }
 
 bool CmsOrderView::OrderCmsView(const ViewMoveRequest& move) {
-  static constexpr SessionTexts kTexts = {
-      "QorviViewPlugin::CmsOrderView::OrderCmsView", "[%s][CmsOrderView::OrderCmsView] success[%s(%d)]",
-      "[%s][CmsOrderView::OrderCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]",
-      "[%s][CmsOrderView::OrderCmsView] failed, [MainError: %d],[SubError: %d][%s(%d)]", nullptr};
+  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsOrderView::OrderCmsView",
+                                          "[CmsOrderView::OrderCmsView] "};
   return RunStatusSession({"PUT", std::string(kViewsUrl) + "/Move", WriteViewMoveRequest(move)}, kTexts, m_error);
 }
 

@@ -11,30 +11,26 @@ namespace {
 
 constexpr unsigned long kListingTimeoutMs = 30000;
 
-void LogSuccess(const SessionTexts& texts) {
-  IOrlFormatLog(kInfoLevel, kInfoModule, texts.success, texts.function, __FILE__, __LINE__);
-}
-
-void LogFailure(const SessionTexts& texts, const char* format, const ErrorCode& error) {
-  IOrlFormatLog(kErrorLevel, kErrorModule, format, texts.function, error.GetMainError(), error.GetSubError(), __FILE__,
-                __LINE__);
+void LogFailure(const SessionTexts& texts, const char* prefix, const ErrorCode& error) {
+  QORVI_LOG_ERROR(texts.function, "%sfailed, [MainError: %d],[SubError: %d]", prefix, error.GetMainError(),
+                  error.GetSubError());
 }
 
 void LogEmptyReply(const SessionTexts& texts) {
-  IOrlFormatLog(kErrorLevel, kErrorModule, texts.emptyReply, texts.function, __FILE__, __LINE__);
+  QORVI_LOG_ERROR(texts.function, "%sfailed, strRawData empty", texts.prefix);
 }
 
 std::optional<std::string> Send(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error) {
   std::optional<std::string> body = SendRequest(request, error);
-  if (!body) LogFailure(texts, texts.transportFailed, error);
+  if (!body) LogFailure(texts, texts.transportPrefix, error);
   return body;
 }
 
 bool LogOutcome(const SessionTexts& texts, bool accepted, const ErrorCode& error) {
   if (accepted) {
-    LogSuccess(texts);
+    QORVI_LOG_INFO(texts.function, "%ssuccess", texts.prefix);
   } else {
-    LogFailure(texts, texts.refused, error);
+    LogFailure(texts, texts.prefix, error);
   }
   return accepted;
 }

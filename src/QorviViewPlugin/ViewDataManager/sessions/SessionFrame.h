@@ -12,14 +12,11 @@
 
 namespace QorviViewPlugin {
 
-// How a session logs: its full name, and its formats. A format takes the name first and the source place last; the two
-// failure formats take main and sub error in between.
+// How a session logs: its full name, and what stands between that and "success" or "failed" in its lines.
 struct SessionTexts {
   const char* function;
-  const char* success;
-  const char* transportFailed;
-  const char* refused;
-  const char* emptyReply;  // null where an empty reply is read like any other
+  const char* prefix;
+  const char* transportPrefix = prefix;  // in the line about a transport failure
 };
 
 struct SessionRequest {
