@@ -66,14 +66,14 @@ Result Guarded(Result onFailure, Body body) noexcept {
   }
 }
 
-// What a failure inside the library leaves in a response beside the error text; a record of which more is to be said
-// has an overload in its namespace.
+// Fills in what a response says of a failure inside the library besides the error text: nothing, unless the record has
+// an overload in its namespace.
 template <class Response>
 void MarkFailed(Response&) {}
 
-// Runs the body of an exchange, which sets the response text and answers the result. What it throws gives false and a
-// fresh response record, with an error text where the record has one; where memory does not even allow that, an empty
-// object.
+// Runs the body of an exchange, which sets the response text and answers the result. When the body throws, the result
+// is false and the response a fresh record, with an error text where the record has one; where there is no memory for
+// that, an empty object.
 template <class Response, class Body>
 bool GuardedExchange(std::string& responseText, Body body) noexcept {
   try {
@@ -91,7 +91,7 @@ bool GuardedExchange(std::string& responseText, Body body) noexcept {
   }
 }
 
-// For the exchanges that decide their result themselves: it is what the middle answers.
+// For the exchanges whose middle decides the result: it is what the middle answers.
 template <class Request, class Response>
 bool RunExchange(const std::string& requestText, std::string& responseText,
                  bool (*answer)(const Request&, Response&)) noexcept {
@@ -104,7 +104,7 @@ bool RunExchange(const std::string& requestText, std::string& responseText,
   });
 }
 
-// For all others: the result is true exactly when the response's error text is empty, whatever left it so.
+// For all others: the result is true exactly when the middle has left the response's error text empty.
 template <class Request, HasErrorText Response>
 bool RunExchange(const std::string& requestText, std::string& responseText,
                  void (*answer)(const Request&, Response&)) noexcept {

@@ -20,7 +20,8 @@
 namespace QorviViewPlugin {
 namespace {
 
-// Nothing may be thrown into the platform's thread: want of memory ends that one step. Whether it came to its end.
+// Runs a step and answers whether it came to its end. Nothing may be thrown into the platform's thread: want of memory
+// ends that one step.
 template <class Step>
 bool Quietly(Step step) noexcept {
   try {
@@ -34,11 +35,12 @@ bool Quietly(Step step) noexcept {
 std::atomic<bool> s_bViewGroupInitFinish{false};
 std::atomic<bool> s_bViewInitFinish{false};
 
-// Views, or groups, as change documents and the platform's text hold them.
+// What tells changes of views from changes of groups. `apply` takes a change document into the cache, `catchUp` what is
+// newer in the platform's text of all of them, which `fetch` gets; both answer whether they took all of it.
 struct ChangeKind {
-  bool (*apply)(const std::string& data);    // a change document; whether all of it
-  bool (*catchUp)(const std::string& data);  // with the platform's text; likewise
-  void (*fetch)(std::string& data);          // that text
+  bool (*apply)(const std::string& data);
+  bool (*catchUp)(const std::string& data);
+  void (*fetch)(std::string& data);
   const std::atomic<bool>& isLoaded;
   std::atomic<bool> hasMissed{false};  // want of memory has kept a change from the cache
 };
@@ -90,8 +92,8 @@ ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
                               [](std::string& data) { ViewDownload().GetViewGroupsData(data); },
                               s_bViewGroupInitFinish};
 
-// The platform's text holds every change that was called back. Before the load there is nothing to catch up with: it
-// takes that text itself.
+// Makes up for missed changes: the platform's text holds every change that was called back. Before the load there is
+// nothing to make up for, since the load takes that text itself.
 void CatchUp(ChangeKind& kind) noexcept {
   if (!kind.isLoaded || !kind.hasMissed.exchange(false)) return;
   bool isDone = false;
@@ -111,8 +113,8 @@ void Take(ChangeKind& kind, const std::string& data) noexcept {
 }
 
 ChangeGate s_changeGate;
-// One load, or clearing, at a time. Held while the cache is filled, never while a callback is set or an observer
-// called.
+// Lets one load, or clearing, run at a time. Held while the cache is filled, never while a callback is set or an
+// observer is called.
 Mutex s_loadLock;
 
 void Arrive(ChangeKind& kind, TakeChange take, const std::string& data) noexcept {
@@ -128,6 +130,7 @@ struct CallbackWithdrawal {
   }
 };
 
+// Changes wait at the gate while one exists.
 struct LoadInProgress {
   LoadInProgress() { s_changeGate.BeginLoad(); }
   ~LoadInProgress() {
@@ -142,8 +145,8 @@ struct LoadInProgress {
 // What tells the two first loads apart.
 struct FirstLoad {
   const ChangeKind& changes;
-  std::atomic<bool>& done;                // and answered
-  std::optional<std::string>& errorText;  // of a load that is done and not answered yet; guarded by s_loadLock
+  std::atomic<bool>& done;                // the load has been made and answered to a poll
+  std::optional<std::string>& errorText;  // of a load that has been made and not answered yet; guarded by s_loadLock
   void (*setCallback)();
   void (*logData)(const std::string& data);
   void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);
@@ -160,7 +163,7 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   MutexLock lock(s_loadLock);
   if (kind.done) return true;
   ReadRequest<protocol::ClienInitViewDataRequest>(request);
-  // Where memory does not suffice for the response, the next poll gives it: nothing may be loaded twice.
+  // Where memory does not suffice for the response, the next poll gives it without loading again.
   if (!kind.errorText) {
     std::string data;
     kind.changes.fetch(data);

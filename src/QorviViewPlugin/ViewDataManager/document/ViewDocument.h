@@ -20,7 +20,7 @@ namespace QorviViewPlugin {
 std::string WriteViewDocument(const ViewInfo& view);
 std::string WriteViewGroupDocument(const ViewGroupInfo& group);
 
-// Where an element comes from decides a few of its keys' meaning; everything else is read alike.
+// Where an element comes from. It decides what a few keys mean; everything else is read alike.
 //
 //                      a list reply                     downloaded data and change documents
 //  shared views        not told apart                   "SharedUserID" makes a view shared, "SharedUserName" is kept

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The sessions that list, add, modify, delete and order views on the server. Each object serves one call on one thread;
 // m_error holds why a call answered false, m_changeNumber which change the server made of it, 0 where it does not say.
+// Listing and ordering exist for programs outside this repository only: the library takes its views from the platform's
+// download.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +22,7 @@ struct ViewMoveRequest {
   std::vector<unsigned int> vcIDs;
 };
 
-// What the cache does about the views of a list: the manager stands above the sessions and sets it when it is made.
+// What the cache makes of the views of a list. The manager, which stands above the sessions, sets it when it is made.
 using ListedViewsCheck = void (*)(std::span<const ViewInfo> listed);
 void SetListedViewsCheck(ListedViewsCheck check);
 

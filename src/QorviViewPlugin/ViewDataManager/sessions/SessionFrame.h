@@ -25,7 +25,7 @@ struct SessionRequest {
   std::string body;
   // Listings hand their body over as request data and set a time-out of their own.
   bool isListing = false;
-  // The subsystem code is set as soon as a reply has arrived, also when it turns out to be empty.
+  // The error record gets its subsystem code as soon as a reply has arrived, even an empty one.
   bool marksSubSystemEarly = false;
 };
 
@@ -36,9 +36,9 @@ std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode&
 // Reads the data of a reply whose status is success.
 using ReplyReader = std::function<void(const NetLink::CRapidJsonProto&)>;
 
-// All three answer whether the server accepted. On failure `error` is the transport's record as it stands, or the
-// reply's status with subsystem code 1, and one line has been logged; a reply without a readable status fails with
-// -1/-1.
+// The three ways of reading a reply. Each answers whether the server accepted, and logs one line about it. On failure
+// `error` is the transport's record as it stands, or the reply's status with subsystem code 1; a reply without a
+// readable status fails with -1/-1.
 
 // Modify, delete and order: the status, cascading text included. `readData` may be empty.
 bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
