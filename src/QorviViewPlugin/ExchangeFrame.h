@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The frame of the exchanges, bool F(request, response). An exchange writes its middle only, a function that turns the
-// request record into the response record:
+// request record into the response record; the exported function around it is defined by one line:
 //
 //     void AnswerAddPlan(const protocol::AddPlanRequest& request, protocol::AddPlanResponse& response);
-//     bool AddPlan(const std::string& request, std::string& response) {
-//       return RunExchange(request, response, AnswerAddPlan);
-//     }
+//     QORVI_EXCHANGE(AddPlan)
 //
 // Whatever the middle throws ends here. Any thread; the frame holds no state and no lock.
 #pragma once
@@ -124,3 +122,9 @@ std::string Translated(const char* key);
 std::string TextOf(const Vant::Base::Error::ErrorCode& error);
 
 }  // namespace QorviViewPlugin
+
+// The exported function of that name, outside all namespaces.
+#define QORVI_EXCHANGE(name)                                                               \
+  bool name(const std::string& request, std::string& response) {                           \
+    return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::Answer##name); \
+  }

@@ -24,12 +24,10 @@ namespace {
 // ends that one step.
 template <class Step>
 bool Quietly(Step step) noexcept {
-  try {
+  return Guarded(false, [&step] {
     step();
     return true;
-  } catch (...) {
-    return false;
-  }
+  });
 }
 
 std::atomic<bool> s_bViewGroupInitFinish{false};
@@ -58,24 +56,28 @@ bool IsUnnumbered(const std::list<Info>& changes) {
   return std::none_of(changes.begin(), changes.end(), [](const Info& change) { return change.nChangeNumber != 0; });
 }
 
+template <class Table, class Info>
+bool ApplyDocument(const std::string& data,
+                   bool (CViewGroupManager::*read)(const std::string&, std::string&, Table&, std::list<Info>&),
+                   void (CViewGroupManager::*forgetNumbers)(), void (CViewGroupManager::*apply)(const Info&)) {
+  std::string ignoredError;
+  Table scratch;
+  std::list<Info> changes;
+  if (!(Manager().*read)(data, ignoredError, scratch, changes)) return true;
+  if (IsUnnumbered(changes)) (Manager().*forgetNumbers)();
+  return ApplyEach(changes, apply);
+}
+
 bool ApplyViewDocument(const std::string& data) {
   QORVI_LOG_INFO("ViewDataResourceUpdate", "ViewDataResourceUpdate Resource Origian Data : %s", data.c_str());
-  std::string ignoredError;
-  ViewTable scratch;
-  std::list<ViewInfo> changes;
-  if (!Manager().AnalysisViewInitData(data, ignoredError, scratch, changes)) return true;
-  if (IsUnnumbered(changes)) Manager().ForgetViewNumbers();
-  return ApplyEach(changes, &CViewGroupManager::ApplyViewChange);
+  return ApplyDocument(data, &CViewGroupManager::AnalysisViewInitData, &CViewGroupManager::ForgetViewNumbers,
+                       &CViewGroupManager::ApplyViewChange);
 }
 
 bool ApplyViewGroupDocument(const std::string& data) {
   QORVI_LOG_INFO("ViewGroupDataResourceUpdate", "ViewGroupDataResourceUpdate Resource Origian Data : %s", data.c_str());
-  std::string ignoredError;
-  ViewGroupTable scratch;
-  std::list<ViewGroupInfo> changes;
-  if (!Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes)) return true;
-  if (IsUnnumbered(changes)) Manager().ForgetViewGroupNumbers();
-  return ApplyEach(changes, &CViewGroupManager::ApplyViewGroupChange);
+  return ApplyDocument(data, &CViewGroupManager::AnalysisViewGroupInitData, &CViewGroupManager::ForgetViewGroupNumbers,
+                       &CViewGroupManager::ApplyViewGroupChange);
 }
 
 bool CatchUpWithViews(const std::string& data) {
@@ -96,20 +98,24 @@ ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
 // nothing to make up for, since the load takes that text itself.
 void CatchUp(ChangeKind& kind) noexcept {
   if (!kind.isLoaded || !kind.hasMissed.exchange(false)) return;
-  bool isDone = false;
-  Quietly([&] {
+  const bool isDone = Guarded(false, [&kind] {
     std::string data;
     kind.fetch(data);
-    isDone = kind.catchUp(data);
+    return kind.catchUp(data);
   });
   if (!isDone) kind.hasMissed = true;
 }
 
 void Take(ChangeKind& kind, const std::string& data) noexcept {
-  bool isDone = false;
-  Quietly([&] { isDone = kind.apply(data); });
-  if (!isDone) kind.hasMissed = true;
+  if (!Guarded(false, [&] { return kind.apply(data); })) kind.hasMissed = true;
   CatchUp(kind);
+}
+
+void TakeViews(const std::string& data) noexcept {
+  Take(s_viewChanges, data);
+}
+void TakeViewGroups(const std::string& data) noexcept {
+  Take(s_viewGroupChanges, data);
 }
 
 ChangeGate s_changeGate;
@@ -202,24 +208,18 @@ const FirstLoad kViewLoad = {
     [](const std::string& data) { QORVI_LOG_INFO("IsInitViewFinish", "init view_messgae data: %s", data.c_str()); },
     &CViewGroupManager::LoadViews};
 
+// A load that fails, for want of memory for one, has not been made: the next poll tries again.
 bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string& response) noexcept {
-  try {
-    return Load(kind, request, response);
-  } catch (...) {
-    // Out of memory, for one: not loaded, and the next poll tries again.
-    return false;
-  }
+  return Guarded(false, [&] { return Load(kind, request, response); });
 }
 
 }  // namespace
 
 void ViewDataResourceUpdate(const std::string& data) {
-  Arrive(
-      s_viewChanges, [](const std::string& change) noexcept { Take(s_viewChanges, change); }, data);
+  Arrive(s_viewChanges, TakeViews, data);
 }
 void ViewGroupDataResourceUpdate(const std::string& data) {
-  Arrive(
-      s_viewGroupChanges, [](const std::string& change) noexcept { Take(s_viewGroupChanges, change); }, data);
+  Arrive(s_viewGroupChanges, TakeViewGroups, data);
 }
 
 void EnsureLoaded() {

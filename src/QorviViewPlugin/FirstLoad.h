@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// First load of the cache, and the change callbacks that the first poll for it registers with the platform.
+// First load of the cache, and the change callbacks that the polls for it register with the platform.
 // IsInitViewGroupFinish, IsInitViewFinish and ClearViewData are defined with them; their contract stands in
 // QorviViewPlugin.h.
 #pragma once

@@ -130,22 +130,8 @@ void AnswerDeletePlan(const protocol::DeletePlanResquest& request, protocol::Del
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetPlansInGroup(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlansInGroup);
-}
-
-bool GetPlanConfig(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanConfig);
-}
-
-bool AddPlan(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerAddPlan);
-}
-
-bool UpdatePlan(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerUpdatePlan);
-}
-
-bool DeletePlan(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerDeletePlan);
-}
+QORVI_EXCHANGE(GetPlansInGroup)
+QORVI_EXCHANGE(GetPlanConfig)
+QORVI_EXCHANGE(AddPlan)
+QORVI_EXCHANGE(UpdatePlan)
+QORVI_EXCHANGE(DeletePlan)

@@ -147,6 +147,4 @@ void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, protocol
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetPlanDetail(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanDetail);
-}
+QORVI_EXCHANGE(GetPlanDetail)

@@ -62,14 +62,6 @@ bool AnswerViewShareUsers(const protocol::ViewShareResquestInfo& request, protoc
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetCurrentUser(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetCurrentUser);
-}
-
-bool GetAllUserInfo(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetAllUserInfo);
-}
-
-bool ViewShareUsers(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerViewShareUsers);
-}
+QORVI_EXCHANGE(GetCurrentUser)
+QORVI_EXCHANGE(GetAllUserInfo)
+QORVI_EXCHANGE(ViewShareUsers)

@@ -38,10 +38,5 @@ void AnswerSetClientViewConfig(const protocol::ClienDefaultViewConfigRequest& re
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetClientViewConfig(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetClientViewConfig);
-}
-
-bool SetClientViewConfig(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerSetClientViewConfig);
-}
+QORVI_EXCHANGE(GetClientViewConfig)
+QORVI_EXCHANGE(SetClientViewConfig)

@@ -3,6 +3,8 @@
 // thread.
 #pragma once
 
+#include <thread>
+
 #include "ResourceStore/ViewGroupManager.h"
 
 namespace QorviViewPlugin {
@@ -12,6 +14,8 @@ inline ResourceStore::CViewGroupManager& ViewDownload() {
 }
 
 // Returns once the platform reports the download finished, however long that takes.
-void WaitForViewDownload();
+inline void WaitForViewDownload() {
+  while (!ViewDownload().IsViewDownloadSuccess()) std::this_thread::yield();
+}
 
 }  // namespace QorviViewPlugin

@@ -58,15 +58,13 @@ bool CmsModifyViewGroup::ModifyCmsViewGroup(const ViewGroupInfo& group) {
                                           "[CmsModifyViewGroup::ModifyCmsViewGroup] "};
   const SessionRequest request{"PUT", ViewGroupUrl(group.idViewGroup), WriteViewGroupDocument(group)};
   QORVI_LOG_INFO(kTexts.function, "update plan group data: %s", request.body.c_str());
-  return RunStatusSession(request, kTexts, m_error,
-                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+  return RunStatusSession(request, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
   static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsDeleteViewGroup::DeleteCmsViewGroup",
                                           "[CmsDeleteViewGroup::DeleteCmsViewGroup] ", " "};
-  return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error,
-                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+  return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsOrderViewGroup::OrderCmsViewGroup(const ViewMoveRequest& move) {

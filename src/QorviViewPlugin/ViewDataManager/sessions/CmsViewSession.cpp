@@ -64,15 +64,13 @@ bool CmsAddView::AddCmsView(const ViewInfo& view) {
 bool CmsModifyView::ModifyCmsView(const ViewInfo& view) {
   static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsModifyView::ModifyCmsView",
                                           "[CmsModifyView::ModifyCmsView] ", ""};
-  return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error,
-                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+  return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsDeleteView::DeleteCmsView(uint32_t id) {
   static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsDeleteView::DeleteCmsView",
                                           "[CmsDeleteView::DeleteCmsView] "};
-  return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error,
-                          [this](const NetLink::CRapidJsonProto& reply) { m_changeNumber = ReadDataNumber(reply); });
+  return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsOrderView::OrderCmsView(const ViewMoveRequest& move) {

@@ -57,13 +57,13 @@ std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode&
 }
 
 bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
-                      const ReplyReader& readData) {
+                      ChangeNumber* changeNumber) {
   const std::optional<std::string> body = Send(request, texts, error);
   if (!body) return false;
   NetLink::CRapidJsonProto reply;
   reply.set_str(*body);
   const bool accepted = ReadResponseStatus(reply, CascadingText::Kept, error);
-  if (accepted && readData) readData(reply);
+  if (accepted && changeNumber) *changeNumber = ReadDataNumber(reply);
   return LogOutcome(texts, accepted, error);
 }
 

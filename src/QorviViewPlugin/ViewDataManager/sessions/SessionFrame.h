@@ -33,18 +33,19 @@ struct SessionRequest {
 // record. Nothing is logged.
 std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode& error);
 
-// Reads the data of a reply whose status is success.
+// Reads the data of a reply.
 using ReplyReader = std::function<void(const NetLink::CRapidJsonProto&)>;
 
 // The three ways of reading a reply. Each answers whether the server accepted, and logs one line about it. On failure
 // `error` is the transport's record as it stands, or the reply's status with subsystem code 1; a reply without a
 // readable status fails with -1/-1.
 
-// Modify, delete and order: the status, cascading text included. `readData` may be empty.
+// Modify, delete and order: the status, cascading text included, and of what is accepted the number of the change,
+// where it is asked for.
 bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
-                      const ReplyReader& readData = nullptr);
+                      ChangeNumber* changeNumber = nullptr);
 
-// Add and list: status and data. An empty reply fails and leaves `error` as it was.
+// Add and list: the status, and of what is accepted the data. An empty reply fails and leaves `error` as it was.
 bool RunDataSession(const SessionRequest& request, const SessionTexts& texts, CascadingText cascading, ErrorCode& error,
                     const ReplyReader& readData);
 
