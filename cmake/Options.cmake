@@ -14,6 +14,8 @@ string(REGEX REPLACE "/$" "" QORVI_SOURCE_FROM_BUILD "${QORVI_SOURCE_FROM_BUILD}
 add_library(qorvi_options INTERFACE)
 target_compile_options(qorvi_options INTERFACE
   -Wall -Wextra -Wshadow
+  # A log line's arguments fit its format, which is written where it is used.
+  -Werror=format -Werror=format-nonliteral
   # Unique symbols would keep a library in the process after the host unloads it.
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
   # GCC 12 sees overlaps in std::string's own code where there are none.

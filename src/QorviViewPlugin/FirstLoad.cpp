@@ -3,50 +3,42 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <deque>
 #include <list>
 #include <optional>
 #include <string>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ChangeGate.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDownload.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
-#include "ResourceStore/ViewGroupManager.h"
-#include "VantBase/Log.h"
 
 namespace QorviViewPlugin {
 namespace {
 
-using Vant::Base::details::IOrlFormatLog;
-
-ResourceStore::CViewGroupManager& Downloads() {
-  return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
-}
-
-// Nothing may be thrown into the platform's thread: want of memory ends that one step. Whether it came to its end.
+// Runs a step and answers whether it came to its end. Nothing may be thrown into the platform's thread: want of memory
+// ends that one step.
 template <class Step>
 bool Quietly(Step step) noexcept {
-  try {
+  return Guarded(false, [&step] {
     step();
     return true;
-  } catch (...) {
-    return false;
-  }
+  });
 }
 
 std::atomic<bool> s_bViewGroupInitFinish{false};
 std::atomic<bool> s_bViewInitFinish{false};
 
-// Views, or groups, as change documents and the platform's text hold them.
+// What tells changes of views from changes of groups. `apply` takes a change document into the cache, `catchUp` what is
+// newer in the platform's text of all of them, which `fetch` gets; both answer whether they took all of it.
 struct ChangeKind {
-  bool (*apply)(const std::string& data);    // a change document; whether all of it
-  bool (*catchUp)(const std::string& data);  // with the platform's text; likewise
-  void (*fetch)(std::string& data);          // that text
+  bool (*apply)(const std::string& data);
+  bool (*catchUp)(const std::string& data);
+  void (*fetch)(std::string& data);
   const std::atomic<bool>& isLoaded;
   std::atomic<bool> hasMissed{false};  // want of memory has kept a change from the cache
 };
@@ -64,26 +56,28 @@ bool IsUnnumbered(const std::list<Info>& changes) {
   return std::none_of(changes.begin(), changes.end(), [](const Info& change) { return change.nChangeNumber != 0; });
 }
 
-bool ApplyViewDocument(const std::string& data) {
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
-                "ViewDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
+template <class Table, class Info>
+bool ApplyDocument(const std::string& data,
+                   bool (CViewGroupManager::*read)(const std::string&, std::string&, Table&, std::list<Info>&),
+                   void (CViewGroupManager::*forgetNumbers)(), void (CViewGroupManager::*apply)(const Info&)) {
   std::string ignoredError;
-  ViewTable scratch;
-  std::list<ViewInfo> changes;
-  if (!Manager().AnalysisViewInitData(data, ignoredError, scratch, changes)) return true;
-  if (IsUnnumbered(changes)) Manager().ForgetViewNumbers();
-  return ApplyEach(changes, &CViewGroupManager::ApplyViewChange);
+  Table scratch;
+  std::list<Info> changes;
+  if (!(Manager().*read)(data, ignoredError, scratch, changes)) return true;
+  if (IsUnnumbered(changes)) (Manager().*forgetNumbers)();
+  return ApplyEach(changes, apply);
+}
+
+bool ApplyViewDocument(const std::string& data) {
+  QORVI_LOG_INFO("ViewDataResourceUpdate", "ViewDataResourceUpdate Resource Origian Data : %s", data.c_str());
+  return ApplyDocument(data, &CViewGroupManager::AnalysisViewInitData, &CViewGroupManager::ForgetViewNumbers,
+                       &CViewGroupManager::ApplyViewChange);
 }
 
 bool ApplyViewGroupDocument(const std::string& data) {
-  IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]ViewGroupDataResourceUpdate Resource Origian Data : %s[%s(%d)]",
-                "ViewGroupDataResourceUpdate", data.c_str(), __FILE__, __LINE__);
-  std::string ignoredError;
-  ViewGroupTable scratch;
-  std::list<ViewGroupInfo> changes;
-  if (!Manager().AnalysisViewGroupInitData(data, ignoredError, scratch, changes)) return true;
-  if (IsUnnumbered(changes)) Manager().ForgetViewGroupNumbers();
-  return ApplyEach(changes, &CViewGroupManager::ApplyViewGroupChange);
+  QORVI_LOG_INFO("ViewGroupDataResourceUpdate", "ViewGroupDataResourceUpdate Resource Origian Data : %s", data.c_str());
+  return ApplyDocument(data, &CViewGroupManager::AnalysisViewGroupInitData, &CViewGroupManager::ForgetViewGroupNumbers,
+                       &CViewGroupManager::ApplyViewGroupChange);
 }
 
 bool CatchUpWithViews(const std::string& data) {
@@ -94,111 +88,55 @@ bool CatchUpWithViewGroups(const std::string& data) {
   return ApplyEach(Manager().MissedViewGroupChanges(data), &CViewGroupManager::ApplyViewGroupChange);
 }
 
-ChangeKind s_viewChanges{ApplyViewDocument, CatchUpWithViews, [](std::string& data) { Downloads().GetViewsData(data); },
-                         s_bViewInitFinish};
+ChangeKind s_viewChanges{ApplyViewDocument, CatchUpWithViews,
+                         [](std::string& data) { ViewDownload().GetViewsData(data); }, s_bViewInitFinish};
 ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
-                              [](std::string& data) { Downloads().GetViewGroupsData(data); }, s_bViewGroupInitFinish};
+                              [](std::string& data) { ViewDownload().GetViewGroupsData(data); },
+                              s_bViewGroupInitFinish};
 
-// The platform's text holds every change that was called back. Before the load there is nothing to catch up with: it
-// takes that text itself.
+// Makes up for missed changes: the platform's text holds every change that was called back. Before the load there is
+// nothing to make up for, since the load takes that text itself.
 void CatchUp(ChangeKind& kind) noexcept {
   if (!kind.isLoaded || !kind.hasMissed.exchange(false)) return;
-  bool isDone = false;
-  Quietly([&] {
+  const bool isDone = Guarded(false, [&kind] {
     std::string data;
     kind.fetch(data);
-    isDone = kind.catchUp(data);
+    return kind.catchUp(data);
   });
   if (!isDone) kind.hasMissed = true;
 }
 
-void Apply(ChangeKind& kind, const std::string& data) noexcept {
-  bool isDone = false;
-  Quietly([&] { isDone = kind.apply(data); });
-  if (!isDone) kind.hasMissed = true;
+void Take(ChangeKind& kind, const std::string& data) noexcept {
+  if (!Guarded(false, [&] { return kind.apply(data); })) kind.hasMissed = true;
   CatchUp(kind);
 }
 
-// Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
-// applied in order by the thread that loaded. Who brings them waits for that thread, lest a flood fill the memory and
-// keep it at work for ever; but not for long, since the load itself, or an observer that it calls, may be waiting for
-// the bringer's callback to end. m_lock is a leaf lock; nothing is applied under it.
-class ChangeGate {
- public:
-  void Arrive(ChangeKind& kind, const std::string& data) EXCLUDES(m_lock) {
-    {
-      MutexLock lock(m_lock);
-      if (m_loads > 0 || m_draining) m_drained.WaitFor(lock, kPatience);
-      if (m_loads > 0 || m_draining) {
-        m_waiting.push_back({&kind, data});
-        return;
-      }
-    }
-    Apply(kind, data);
-  }
-
-  void BeginLoad() EXCLUDES(m_lock) {
-    MutexLock lock(m_lock);
-    ++m_loads;
-  }
-
-  void EndLoad() EXCLUDES(m_lock) {
-    {
-      MutexLock lock(m_lock);
-      --m_loads;
-      // An observer that a waiting change has called may load too: the loop that called it goes on.
-      if (m_loads > 0 || m_draining) return;
-      m_draining = true;
-    }
-    Change change;
-    while (TakeNext(change)) Apply(*change.kind, change.data);
-  }
-
- private:
-  struct Change {
-    ChangeKind* kind = nullptr;
-    std::string data;
-  };
-
-  bool TakeNext(Change& change) EXCLUDES(m_lock) {
-    MutexLock lock(m_lock);
-    if (m_waiting.empty() || m_loads > 0) {
-      m_draining = false;
-      m_drained.NotifyAll();
-      return false;
-    }
-    change = std::move(m_waiting.front());
-    m_waiting.pop_front();
-    return true;
-  }
-
-  static constexpr std::chrono::milliseconds kPatience{100};
-
-  Mutex m_lock;
-  Condition m_drained;
-  int m_loads GUARDED_BY(m_lock) = 0;
-  bool m_draining GUARDED_BY(m_lock) = false;
-  std::deque<Change> m_waiting GUARDED_BY(m_lock);
-};
+void TakeViews(const std::string& data) noexcept {
+  Take(s_viewChanges, data);
+}
+void TakeViewGroups(const std::string& data) noexcept {
+  Take(s_viewGroupChanges, data);
+}
 
 ChangeGate s_changeGate;
-// One load, or clearing, at a time. Held while the cache is filled, never while a callback is set or an observer
-// called.
+// Lets one load, or clearing, run at a time. Held while the cache is filled, never while a callback is set or an
+// observer is called.
 Mutex s_loadLock;
 
-void Arrive(ChangeKind& kind, const std::string& data) noexcept {
-  if (!Quietly([&] { s_changeGate.Arrive(kind, data); })) kind.hasMissed = true;
+void Arrive(ChangeKind& kind, TakeChange take, const std::string& data) noexcept {
+  if (!Quietly([&] { s_changeGate.Arrive(take, data); })) kind.hasMissed = true;
 }
 
 // Withdraws the change callbacks when the library is unloaded, waiting for a running one. Made as a local static on the
 // first registration, so that it is destroyed before everything a callback uses.
 struct CallbackWithdrawal {
   ~CallbackWithdrawal() {
-    Downloads().SetViewsUpdateCallback(nullptr);
-    Downloads().SetViewGroupsUpdateCallback(nullptr);
+    ViewDownload().SetViewsUpdateCallback(nullptr);
+    ViewDownload().SetViewGroupsUpdateCallback(nullptr);
   }
 };
 
+// Changes wait at the gate while one exists.
 struct LoadInProgress {
   LoadInProgress() { s_changeGate.BeginLoad(); }
   ~LoadInProgress() {
@@ -213,8 +151,8 @@ struct LoadInProgress {
 // What tells the two first loads apart.
 struct FirstLoad {
   const ChangeKind& changes;
-  std::atomic<bool>& done;                // and answered
-  std::optional<std::string>& errorText;  // of a load that is done and not answered yet; guarded by s_loadLock
+  std::atomic<bool>& done;                // the load has been made and answered to a poll
+  std::optional<std::string>& errorText;  // of a load that has been made and not answered yet; guarded by s_loadLock
   void (*setCallback)();
   void (*logData)(const std::string& data);
   void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);
@@ -226,12 +164,12 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   // Before the callback is set, which waits for a running one: no change is applied beside the load from here on.
   LoadInProgress loading;
   kind.setCallback();
-  if (!Downloads().IsViewDownloadSuccess()) return false;
+  if (!ViewDownload().IsViewDownloadSuccess()) return false;
 
   MutexLock lock(s_loadLock);
   if (kind.done) return true;
   ReadRequest<protocol::ClienInitViewDataRequest>(request);
-  // Where memory does not suffice for the response, the next poll gives it: nothing may be loaded twice.
+  // Where memory does not suffice for the response, the next poll gives it without loading again.
   if (!kind.errorText) {
     std::string data;
     kind.changes.fetch(data);
@@ -255,40 +193,40 @@ std::optional<std::string> s_viewErrorText;
 const FirstLoad kViewGroupLoad = {s_viewGroupChanges,
                                   s_bViewGroupInitFinish,
                                   s_viewGroupErrorText,
-                                  [] { Downloads().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
+                                  [] { ViewDownload().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
                                   [](const std::string& data) {
-                                    IOrlFormatLog(kInfoLevel, kInfoModule,
-                                                  "[%s]init view_group_message data: %s[%s(%d)]",
-                                                  "IsInitViewGroupFinish", data.c_str(), __FILE__, __LINE__);
+                                    QORVI_LOG_INFO("IsInitViewGroupFinish", "init view_group_message data: %s",
+                                                   data.c_str());
                                   },
                                   &CViewGroupManager::LoadViewGroups};
 
-const FirstLoad kViewLoad = {s_viewChanges,
-                             s_bViewInitFinish,
-                             s_viewErrorText,
-                             [] { Downloads().SetViewsUpdateCallback(ViewDataResourceUpdate); },
-                             [](const std::string& data) {
-                               IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_messgae data: %s[%s(%d)]",
-                                             "IsInitViewFinish", data.c_str(), __FILE__, __LINE__);
-                             },
-                             &CViewGroupManager::LoadViews};
+const FirstLoad kViewLoad = {
+    s_viewChanges,
+    s_bViewInitFinish,
+    s_viewErrorText,
+    [] { ViewDownload().SetViewsUpdateCallback(ViewDataResourceUpdate); },
+    [](const std::string& data) { QORVI_LOG_INFO("IsInitViewFinish", "init view_messgae data: %s", data.c_str()); },
+    &CViewGroupManager::LoadViews};
 
+// A load that fails, for want of memory for one, has not been made: the next poll tries again.
 bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string& response) noexcept {
-  try {
-    return Load(kind, request, response);
-  } catch (...) {
-    // Out of memory, for one: not loaded, and the next poll tries again.
-    return false;
-  }
+  return Guarded(false, [&] { return Load(kind, request, response); });
 }
 
 }  // namespace
 
 void ViewDataResourceUpdate(const std::string& data) {
-  Arrive(s_viewChanges, data);
+  Arrive(s_viewChanges, TakeViews, data);
 }
 void ViewGroupDataResourceUpdate(const std::string& data) {
-  Arrive(s_viewGroupChanges, data);
+  Arrive(s_viewGroupChanges, TakeViewGroups, data);
+}
+
+void EnsureLoaded() {
+  WaitForViewDownload();
+  std::string ignoredResponse;
+  LoadQuietly(kViewGroupLoad, {}, ignoredResponse);
+  LoadQuietly(kViewLoad, {}, ignoredResponse);
 }
 
 bool IsViewGroupLoadDone() {

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+// The exported functions that neither load nor exchange anything: start, stop, the switches, registration.
 #include <atomic>
+#include <utility>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "ResourceStore/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDownload.h"
+#include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 
 namespace {
 
@@ -27,7 +30,14 @@ bool IsSupportPlanChangeOrder() {
 }
 
 bool IsViewResourceDownFinish() {
-  return QorviViewPlugin::Guarded(false, [] {
-    return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance().IsViewDownloadSuccess();
+  return QorviViewPlugin::Guarded(false, [] { return QorviViewPlugin::ViewDownload().IsViewDownloadSuccess(); });
+}
+
+void ViewRegisterResourceUpdate(ResourceData::IResourceObserver* observer, std::string request) {
+  using QorviViewPlugin::CViewResourceUpdateManager;
+  // There is nobody to report a failure to.
+  QorviViewPlugin::Guarded(false, [&] {
+    Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().RegisterResourceUpdate(observer, std::move(request));
+    return true;
   });
 }

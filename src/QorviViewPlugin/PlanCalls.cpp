@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
+#include "QorviViewPlugin/HostIds.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDownload.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "VeltControl/VeltControl.h"
 
@@ -128,22 +130,8 @@ void AnswerDeletePlan(const protocol::DeletePlanResquest& request, protocol::Del
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetPlansInGroup(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlansInGroup);
-}
-
-bool GetPlanConfig(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanConfig);
-}
-
-bool AddPlan(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerAddPlan);
-}
-
-bool UpdatePlan(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerUpdatePlan);
-}
-
-bool DeletePlan(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerDeletePlan);
-}
+QORVI_EXCHANGE(GetPlansInGroup)
+QORVI_EXCHANGE(GetPlanConfig)
+QORVI_EXCHANGE(AddPlan)
+QORVI_EXCHANGE(UpdatePlan)
+QORVI_EXCHANGE(DeletePlan)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pages and windows from the host's records to the view model's and back. The two ways are no exact inverses: some
-// fields are read only one way, and each says where. Nothing is rejected: numbers that cannot be read become 0. Any
-// thread.
+// Pages and windows from the host's records to the view model's and back. The two ways are not exact inverses: some
+// fields go one way only. Nothing is rejected: numbers that cannot be read become 0. Any thread.
 #pragma once
 
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"

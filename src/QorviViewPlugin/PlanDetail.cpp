@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <set>
 
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/FirstLoad.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
@@ -17,14 +18,6 @@ using Vant::Base::Error::ErrorCode;
 
 const ResourceStore::CElementManager& Elements() {
   return Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance();
-}
-
-// Waits for the platform's download and loads what has not been loaded yet.
-void EnsureLoaded() {
-  WaitForViewDownload();
-  std::string scratch;
-  if (!IsViewGroupLoadDone()) IsInitViewGroupFinish({}, scratch);
-  if (!IsViewLoadDone()) IsInitViewFinish({}, scratch);
 }
 
 // Has the platform fetch the elements of that kind; false with its error.
@@ -154,6 +147,4 @@ void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, protocol
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetPlanDetail(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanDetail);
-}
+QORVI_EXCHANGE(GetPlanDetail)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
+#include "QorviViewPlugin/HostIds.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
@@ -86,18 +87,7 @@ void AnswerDeletePlanGroup(const protocol::DeletePlanGroupRequest& request,
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetPlanGroups(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetPlanGroups);
-}
-
-bool AddPlanGroup(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerAddPlanGroup);
-}
-
-bool UpdatePlanGroup(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerUpdatePlanGroup);
-}
-
-bool DeletePlanGroup(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerDeletePlanGroup);
-}
+QORVI_EXCHANGE(GetPlanGroups)
+QORVI_EXCHANGE(AddPlanGroup)
+QORVI_EXCHANGE(UpdatePlanGroup)
+QORVI_EXCHANGE(DeletePlanGroup)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
@@ -37,10 +38,5 @@ void AnswerSetClientViewConfig(const protocol::ClienDefaultViewConfigRequest& re
 }  // namespace
 }  // namespace QorviViewPlugin
 
-bool GetClientViewConfig(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerGetClientViewConfig);
-}
-
-bool SetClientViewConfig(const std::string& request, std::string& response) {
-  return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::AnswerSetClientViewConfig);
-}
+QORVI_EXCHANGE(GetClientViewConfig)
+QORVI_EXCHANGE(SetClientViewConfig)

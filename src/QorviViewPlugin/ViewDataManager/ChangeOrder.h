@@ -20,8 +20,8 @@ namespace QorviViewPlugin {
 // Only what the loaded list does not cover is remembered: an entry for each object that was changed since, for the last
 // ones that were removed, and the records that came before their object. What has no number is not subject to the rule.
 //
-// Of one kind of object, views or groups (Info is its record). Not thread-safe: the owner's lock is held from the
-// question until the cache has been changed and the answer noted.
+// Each serves one kind of object, views or groups, whose record is Info. Not thread-safe: the owner's lock is held from
+// the question until the cache has been changed and the change noted.
 template <class Info>
 class ChangeOrder {
  public:
@@ -31,7 +31,7 @@ class ChangeOrder {
     const auto rename = m_renames.find(id);
     return IsNews(id, number) && (rename == m_renames.end() || number > rename->second.number);
   }
-  // Of the object that is cached, or was removed, or of the load.
+  // Of the last change that is known of the object, its removal included; at least that of the loaded list.
   ChangeNumber NumberOf(unsigned int id) const {
     const auto known = m_known.find(id);
     return known == m_known.end() ? m_loaded : std::max(m_loaded, known->second.number);
@@ -39,8 +39,8 @@ class ChangeOrder {
   // Whether nothing is known that could contradict a list.
   bool IsBlank() const { return m_loaded == 0 && m_known.empty() && m_kept.empty() && m_renames.empty(); }
 
-  // The newest that is known of an object that is about to be cached: `info`, or the record that was kept for it, with
-  // the name that the user gave it since.
+  // The newest record of an object that is about to be cached: `info`, or the record that was kept for it, with the
+  // name that the user has given it since.
   Info Newest(const Info& info, unsigned int id) const {
     Info newest = IsOvertaken(id, info.nChangeNumber) ? m_kept.at(id) : info;
     const auto rename = m_renames.find(id);
@@ -48,7 +48,7 @@ class ChangeOrder {
     return newest;
   }
 
-  // Whether a record of that number comes too late to count: one that is kept is as new, or newer.
+  // Whether a record of that number comes too late to count, because the one that is kept is as new or newer.
   bool IsOvertaken(unsigned int id, ChangeNumber number) const {
     const auto kept = m_kept.find(id);
     return kept != m_kept.end() && kept->second.nChangeNumber >= number;
@@ -84,8 +84,8 @@ class ChangeOrder {
     DropOldest(m_renames, kRememberedRenames, [](const Rename& rename) { return rename.number; });
   }
 
-  // A list that is complete up to that number has been loaded. 0, of a list without a number: nothing is known any
-  // more.
+  // A list that is complete up to that number has been loaded. 0 stands for a list without a number: nothing is known
+  // from there on.
   void StartFrom(ChangeNumber number) {
     if (number == 0) return Forget();
     m_loaded = std::max(m_loaded, number);

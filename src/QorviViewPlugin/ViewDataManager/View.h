@@ -65,7 +65,8 @@ class CView : public Vant::Base::CNonThreadSafe {
   // The same, with a record made before; cannot fail.
   void SetInfo(std::shared_ptr<const ViewInfo> info);
 
-  // Marks that the elements of that resource type are watched for.
+  // Marks whether elements of that resource type are watched. Marks, and the pending checks that depend on them, exist
+  // for programs outside this repository only.
   void SetResourceFlag(int type, bool flag) EXCLUDES(m_flagLock);
   // False when the type was never marked or a window of that type shows an element that the platform does not know;
   // else the mark.
@@ -84,11 +85,11 @@ class CView : public Vant::Base::CNonThreadSafe {
 bool IsElementKnown(int type, unsigned int elementId);
 
 // The members of a group, in the order in which they joined it; the same view, or several of one id, may be there more
-// than once. A member goes by the id with which it joined. No cost but All's grows faster than the logarithm of their
-// number. One thread at a time.
+// than once. A member is known by the id that its view had when it joined. Adding, finding or removing one costs the
+// logarithm of their number. One thread at a time.
 class MemberViews {
  public:
-  // All or nothing.
+  // Where memory runs out, nothing is appended.
   void Append(std::shared_ptr<CView> view);
   // Takes the others over behind its own, in their order; cannot fail.
   void Append(MemberViews&& others);
@@ -125,8 +126,8 @@ class CViewGroup : public Vant::Base::CNonThreadSafe {
   // The same, with a record made before; cannot fail.
   void SetInfo(std::shared_ptr<const ViewGroupInfo> info) { m_info.Set(std::move(info)); }
 
-  // Takes out the first member of the view's id, if any, and appends the view, all or nothing. False for an empty
-  // pointer.
+  // Takes out the first member of the view's id, if any, and appends the view; where memory runs out, neither. False
+  // for an empty pointer.
   bool AddMemberView(std::shared_ptr<CView> view, bool reserved = false) EXCLUDES(m_memberLock);
   // Removes the first member with that id; whether one was removed.
   bool RemoveMemberView(unsigned int id) EXCLUDES(m_memberLock);

@@ -6,7 +6,50 @@
 
 namespace QorviViewPlugin {
 
-#define QORVI_RECORD_WRAPPER(Record)                                                       \
+namespace {
+
+// In what form a wrapper hands a field of that type out and in: as it stands.
+template <class Type>
+struct Handed {
+  using Value = Type;
+  static Value Get(const Type& field) { return field; }
+  static void Set(Type& field, const Value& value) { field = value; }
+};
+
+// A record in a wrapper of its own.
+template <class Record, class Wrapper>
+struct HandedWrapped {
+  using Value = std::shared_ptr<Wrapper>;
+  static Value Get(const Record& field) { return std::make_shared<Wrapper>(field); }
+  static void Set(Record& field, const Value& value) { field = *value->GetDataPtr(); }
+};
+template <>
+struct Handed<Rectangle> : HandedWrapped<Rectangle, CRectangle> {};
+template <>
+struct Handed<CalibrationInfo> : HandedWrapped<CalibrationInfo, CCalibrationInfo> {};
+template <>
+struct Handed<FishEyeInfo> : HandedWrapped<FishEyeInfo, CFishEyeInfo> {};
+template <>
+struct Handed<SingleWndCycle> : HandedWrapped<SingleWndCycle, CSingleWndCycle> {};
+
+// Zoom windows in one wrapper each; those handed in are added.
+template <>
+struct Handed<std::vector<LocalWindowInfo>> {
+  using Value = std::vector<std::shared_ptr<CLocalWindowInfo>>;
+  static Value Get(const std::vector<LocalWindowInfo>& field) {
+    Value windows;
+    windows.reserve(field.size());
+    for (const LocalWindowInfo& window : field) windows.push_back(std::make_shared<CLocalWindowInfo>(window));
+    return windows;
+  }
+  static void Set(std::vector<LocalWindowInfo>& field, const Value& value) {
+    for (const auto& window : value) field.push_back(*window->GetDataPtr());
+  }
+};
+
+}  // namespace
+
+#define QORVI_WRAPPER_ITSELF(Record)                                                       \
   C##Record::C##Record() : m_data(std::make_shared<Record>()) {}                           \
   C##Record::C##Record(const Record& record) : m_data(std::make_shared<Record>(record)) {} \
   C##Record::C##Record(std::shared_ptr<Record> data) : m_data(std::move(data)) {}          \
@@ -17,98 +60,49 @@ namespace QorviViewPlugin {
     return m_data;                                                                         \
   }
 
-#define QORVI_VALUE(Class, Type, field)           \
-  Type Class::GetVal_##field() const {            \
-    return m_data->field;                         \
-  }                                               \
-  void Class::SetVal_##field(const Type& value) { \
-    m_data->field = value;                        \
+// Of the class that QORVI_WRAPPER names.
+#define QORVI_WRAPPER_FIELD(type, name, ...)                            \
+  Handed<type>::Value QORVI_WRAPPER::GetVal_##name() const {            \
+    return Handed<type>::Get(m_data->name);                             \
+  }                                                                     \
+  void QORVI_WRAPPER::SetVal_##name(const Handed<type>::Value& value) { \
+    Handed<type>::Set(m_data->name, value);                             \
   }
 
-#define QORVI_WRAPPED_VALUE(Class, Wrapper, field)                    \
-  std::shared_ptr<Wrapper> Class::GetVal_##field() const {            \
-    return std::make_shared<Wrapper>(m_data->field);                  \
-  }                                                                   \
-  void Class::SetVal_##field(const std::shared_ptr<Wrapper>& value) { \
-    m_data->field = *value->GetDataPtr();                             \
-  }
+#define QORVI_WRAPPER CRectangle
+QORVI_WRAPPER_ITSELF(Rectangle)
+QORVI_MODEL_RECTANGLE(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
-QORVI_RECORD_WRAPPER(Rectangle)
-QORVI_VALUE(CRectangle, float, fXTop)
-QORVI_VALUE(CRectangle, float, fYTop)
-QORVI_VALUE(CRectangle, float, fXBottom)
-QORVI_VALUE(CRectangle, float, fYBottom)
+#define QORVI_WRAPPER CCalibrationInfo
+QORVI_WRAPPER_ITSELF(CalibrationInfo)
+QORVI_MODEL_CALIBRATION_INFO(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
-QORVI_RECORD_WRAPPER(CalibrationInfo)
-QORVI_WRAPPED_VALUE(CCalibrationInfo, CRectangle, coordinate)
-QORVI_VALUE(CCalibrationInfo, ResourceStore::Stream::StreamType, stream_type)
+#define QORVI_WRAPPER CFisheyeExpandWndParam
+QORVI_WRAPPER_ITSELF(FisheyeExpandWndParam)
+QORVI_MODEL_FISHEYE_EXPAND_WND_PARAM(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
-QORVI_RECORD_WRAPPER(FisheyeExpandWndParam)
-QORVI_VALUE(CFisheyeExpandWndParam, int, wnd_no)
-QORVI_VALUE(CFisheyeExpandWndParam, float, pos_x)
-QORVI_VALUE(CFisheyeExpandWndParam, float, pos_y)
-QORVI_VALUE(CFisheyeExpandWndParam, float, zoom)
+#define QORVI_WRAPPER CFishEyeInfo
+QORVI_WRAPPER_ITSELF(FishEyeInfo)
+QORVI_MODEL_FISH_EYE_INFO(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
-QORVI_RECORD_WRAPPER(FishEyeInfo)
-QORVI_VALUE(CFishEyeInfo, int, mount_type)
-QORVI_VALUE(CFishEyeInfo, int, expand_mode)
-QORVI_VALUE(CFishEyeInfo, int, window_index)
-QORVI_VALUE(CFishEyeInfo, std::vector<FisheyeExpandWndParam>, vc_wnd_param)
+#define QORVI_WRAPPER CLocalWindowInfo
+QORVI_WRAPPER_ITSELF(LocalWindowInfo)
+QORVI_MODEL_LOCAL_WINDOW_INFO(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
-QORVI_RECORD_WRAPPER(LocalWindowInfo)
-QORVI_VALUE(CLocalWindowInfo, int, ZoomWindowNo)
-QORVI_WRAPPED_VALUE(CLocalWindowInfo, CRectangle, win_coordinate)
+#define QORVI_WRAPPER CSingleWndCycle
+QORVI_WRAPPER_ITSELF(SingleWndCycle)
+QORVI_MODEL_SINGLE_WND_CYCLE(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
-QORVI_RECORD_WRAPPER(SingleWndCycle)
-QORVI_VALUE(CSingleWndCycle, SingleWndCycleType, type)
-QORVI_VALUE(CSingleWndCycle, int, cycle_time)
-QORVI_VALUE(CSingleWndCycle, std::string, cycle_name)
-QORVI_VALUE(CSingleWndCycle, CSingleWndCycle::IdPairs, vc_id)
-
-QORVI_RECORD_WRAPPER(CameraGridStruct)
-QORVI_VALUE(CCameraGridStruct, unsigned int, idView)
-QORVI_VALUE(CCameraGridStruct, unsigned long long, uIndex)
-QORVI_VALUE(CCameraGridStruct, int, n_seq_index)
-QORVI_VALUE(CCameraGridStruct, unsigned int, camera_workstation_id)
-QORVI_VALUE(CCameraGridStruct, unsigned int, id_element_)
-QORVI_VALUE(CCameraGridStruct, ResourceType, enum_resource_type_)
-QORVI_VALUE(CCameraGridStruct, bool, bPTZConfigured)
-QORVI_WRAPPED_VALUE(CCameraGridStruct, CRectangle, struRect)
-QORVI_VALUE(CCameraGridStruct, unsigned long long, uPresetIndex)
-QORVI_VALUE(CCameraGridStruct, unsigned long long, uCruiseIndex)
-QORVI_VALUE(CCameraGridStruct, unsigned long long, uTrackIndex)
-QORVI_VALUE(CCameraGridStruct, unsigned int, idPOS)
-QORVI_VALUE(CCameraGridStruct, ResourceStore::Stream::StreamType, stream_type)
-QORVI_VALUE(CCameraGridStruct, std::string, map_center_x)
-QORVI_VALUE(CCameraGridStruct, std::string, map_center_y)
-QORVI_VALUE(CCameraGridStruct, int, map_scale_size)
-QORVI_VALUE(CCameraGridStruct, std::string, map_more_info)
-QORVI_VALUE(CCameraGridStruct, RelateResourceType, relate_type)
-QORVI_VALUE(CCameraGridStruct, unsigned int, relate_id)
-QORVI_VALUE(CCameraGridStruct, std::string, relate_name)
-QORVI_VALUE(CCameraGridStruct, MapLoadType, map_load_type)
-QORVI_VALUE(CCameraGridStruct, std::string, extend_resource)
-QORVI_VALUE(CCameraGridStruct, bool, enable_calibration)
-QORVI_WRAPPED_VALUE(CCameraGridStruct, CCalibrationInfo, calibration_info)
-QORVI_VALUE(CCameraGridStruct, ZoomMode, zoom_mode)
-QORVI_VALUE(CCameraGridStruct, std::string, relate_view_win_no)
-QORVI_VALUE(CCameraGridStruct, int, relate_draw_box_no)
-QORVI_VALUE(CCameraGridStruct, bool, b_enable_fish_eye)
-QORVI_WRAPPED_VALUE(CCameraGridStruct, CFishEyeInfo, fisheye_info)
-QORVI_WRAPPED_VALUE(CCameraGridStruct, CSingleWndCycle, single_cycle)
-
-std::vector<std::shared_ptr<CLocalWindowInfo>> CCameraGridStruct::GetVal_local_wins() const {
-  std::vector<std::shared_ptr<CLocalWindowInfo>> windows;
-  windows.reserve(m_data->local_wins.size());
-  for (const LocalWindowInfo& window : m_data->local_wins) {
-    windows.push_back(std::make_shared<CLocalWindowInfo>(window));
-  }
-  return windows;
-}
-
-void CCameraGridStruct::SetVal_local_wins(const std::vector<std::shared_ptr<CLocalWindowInfo>>& value) {
-  for (const std::shared_ptr<CLocalWindowInfo>& window : value) m_data->local_wins.push_back(*window->GetDataPtr());
-}
+#define QORVI_WRAPPER CCameraGridStruct
+QORVI_WRAPPER_ITSELF(CameraGridStruct)
+QORVI_MODEL_CAMERA_GRID_STRUCT(QORVI_WRAPPER_FIELD)
+#undef QORVI_WRAPPER
 
 struct CViewExportData {
   std::shared_ptr<CView> view;

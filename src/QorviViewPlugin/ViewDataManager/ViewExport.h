@@ -11,7 +11,6 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "QorviViewPlugin/Export.h"
@@ -22,7 +21,8 @@ namespace QorviViewPlugin {
 class CView;
 class CViewGroup;
 
-// What every record wrapper has; the definitions stand in ViewExport.cpp.
+// What every record wrapper has. The definitions come from the records' lists of fields; the declarations are written
+// out for those who read this header, and a test holds the two together.
 #define QORVI_RECORD_WRAPPER(Record)                \
  public:                                            \
   C##Record();                                      \
@@ -83,12 +83,11 @@ class QORVIVIEWPLUGIN_API CLocalWindowInfo {
 };
 
 class QORVIVIEWPLUGIN_API CSingleWndCycle {
-  using IdPairs = std::vector<std::pair<unsigned int, unsigned int>>;  // (site id, resource id)
   QORVI_RECORD_WRAPPER(SingleWndCycle)
   QORVI_VALUE(SingleWndCycleType, type)
   QORVI_VALUE(int, cycle_time)
   QORVI_VALUE(std::string, cycle_name)
-  QORVI_VALUE(IdPairs, vc_id)
+  QORVI_VALUE(std::vector<IdPair>, vc_id)
 };
 
 class QORVIVIEWPLUGIN_API CCameraGridStruct {

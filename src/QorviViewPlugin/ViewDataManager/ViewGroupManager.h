@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -26,16 +27,17 @@ using ViewTable = std::map<unsigned int, std::shared_ptr<CView>>;
 using ViewGroupTable = std::map<unsigned int, std::shared_ptr<CViewGroup>>;
 using PendingChecks = std::map<int, std::vector<unsigned int>>;
 
-// Any thread. m_viewLock guards mapViews, m_groupLock mapViewGroups and the order of their changes (taken before a
-// group's own member lock, and never together with m_viewLock), m_checkLock the pending checks, m_userLock the
-// observer. m_viewOrderLock is held while a view is changed, in the table and among members, and taken before these. No
-// lock is held across a server request, nor across a notice but that of RemoveViewGroupFromCache.
+// Any thread. m_viewLock guards mapViews, m_groupLock mapViewGroups and the order of their changes, m_checkLock the
+// pending checks, m_userLock the observer. m_viewOrderLock is held while a view is changed, in the table and among
+// members, and is taken before the others; m_groupLock is taken before a group's own member lock, and never together
+// with m_viewLock. No lock is held across a server request, nor across a notice but that of RemoveViewGroupFromCache.
 class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, public Vant::Base::CNonThreadSafe {
  public:
   ~CViewGroupManager();
 
-  // --- Edits: the server first, then, silently, the cache. False when the server refused or could not be reached:
-  // `err` holds the session's error record and the cache is as it was. (ViewEdits.cpp)
+  // --- Requests to the server (ViewEdits.cpp). An edit asks the server first and then changes the cache, silently.
+  // False when the server refused or could not be reached: `err` holds the session's error record and the cache is as
+  // it was.
 
   // `newId` is written on success only.
   bool AddView(const ViewInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
@@ -53,8 +55,9 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // `err` are those of the download that ended, also on failure.
   bool GetAllUsers(Vant::Base::Error::ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
 
-  // --- Cache changes; those that are not silent notify the observers. A record with a change number that is not newer
-  // than what is known of its object changes nothing and tells nothing (ChangeOrder.h).
+  // --- Cache changes (ViewChanges.cpp, ViewGroupChanges.cpp). Those that are not silent notify the observers. A record
+  // with a change number that is not newer than what is known of its object changes nothing and tells nothing
+  // (ChangeOrder.h).
 
   // One record of a change document, by its nMethod; a number that is none of the three changes nothing.
   void ApplyViewChange(const ViewInfo& change) EXCLUDES(m_viewOrderLock);
@@ -85,42 +88,48 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // Appends the views that are in no group, in id order.
   void GetViewsWithoutGroup(std::vector<std::shared_ptr<CView>>& out) const;
 
+  // --- What exists for programs outside this repository only
+
   // The server's numbers for the kinds of related resource.
   RelateResourceType ServerToRelateType(const int& serverType) const;
   int RelateTypeToServer(const RelateResourceType& type) const;
 
-  // Ids of modified views, by resource type, that show elements not known yet. Both move.
+  // The pending checks: ids of modified views, by resource type, that show elements not known yet. Setting moves from
+  // its argument, taking moves out and leaves none.
   void SetPendingChecks(PendingChecks& checks);
   void TakePendingChecks(PendingChecks& out);
 
   void SetResourceReady(bool ready) { m_bResourceReady = ready; }
   bool IsResourceReady() const { return m_bResourceReady; }
 
-  // --- Reading the server's data (ViewIngestion.cpp). `data` is a list reply or a change document. True when it could
-  // be used; false, `views` and `changes` untouched, when its envelope reports an error or cannot be read.
-  // `cascadingErrorInfo` becomes the envelope's text. Records go into the table (entries already there stay) and, each
-  // with its nMethod, to the end of `changes`. New views join the groups that are cached at this moment; those that
-  // have a change number do so when the change is applied. An empty group text counts as success and touches nothing.
+  // The JSON text that a window may carry: a digital zoom, else a fisheye, else an e-map position.
+  void AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window);
 
+  // --- Reading the server's data (ViewIngestion.cpp). `data` is a downloaded list or a change document, and
+  // `cascadingErrorInfo` becomes the text in its envelope.
+
+  // True when the data could be used: its records have gone into the table, where entries of the same id stay, and,
+  // each with its nMethod, to the end of `changes`. False, and both untouched, when the envelope reports an error or
+  // cannot be read. Views without a change number join the groups that are cached at this moment; the others do so when
+  // the change is applied. An empty group text counts as success and touches nothing.
   bool AnalysisViewGroupInitData(const std::string& data, std::string& cascadingErrorInfo, ViewGroupTable& groups,
                                  std::list<ViewGroupInfo>& changes);
   bool AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
                             std::list<ViewInfo>& changes);
-  // The JSON text that a window may carry: a digital zoom, else a fisheye, else an e-map position.
-  void AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window);
-  // The same into the cache itself, for a first load. Entries that are already cached stay, unless the list has a
-  // number: then what it holds newer is taken, and what it no longer has and is not newer than the list goes.
+  // Read a list into the cache itself, for a first load. Entries that are already cached stay, unless the list has a
+  // number: then what it holds newer is taken, and what it no longer has goes, unless it is newer than the list.
   void LoadViewGroups(const std::string& data, std::string& cascadingErrorInfo);
   void LoadViews(const std::string& data, std::string& cascadingErrorInfo) EXCLUDES(m_viewOrderLock);
 
-  // What a list, the platform's present one, holds newer than the cache, and what is cached that it no longer has: the
-  // changes that have been missed. Of a list without a number, none.
+  // The changes that have been missed, by the platform's present list: what it holds newer than the cache, and what is
+  // cached that it no longer has. Of a list without a number, none.
   std::list<ViewInfo> MissedViewChanges(const std::string& data) EXCLUDES(m_viewOrderLock);
   std::list<ViewGroupInfo> MissedViewGroupChanges(const std::string& data);
 
-  // Notes a modified view under each resource type that its cached form is marked for and of which it shows an element
-  // that the platform does not know.
-  void CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const;
+  // Makes pending checks of the modified views among those that have just been read: under each resource type that the
+  // cached view is marked for and of which the read one shows an element that the platform does not know. Where there
+  // are none, earlier pending checks stay.
+  void NotePendingChecks(std::span<const ViewInfo> views);
 
  private:
   template <class T>
@@ -144,30 +153,31 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   static Joining MembersOf(const std::vector<std::shared_ptr<CView>>& views);
   bool ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo, std::list<ViewGroupInfo>& groups,
                       ChangeNumber& completeUpTo);
-  // Beside what is cached and known already, by number.
+  // Merge a list, by number, with what is cached and known already.
   void TakeLoadedViews(const ReadList& list) REQUIRES(m_viewOrderLock);
   void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
 
-  // The steps of which changes are made; each is whole or, where memory runs out, not made.
+  // The steps of which changes consist. Each is made whole or, where memory runs out, not at all.
   void InsertView(const std::shared_ptr<CView>& view) REQUIRES(m_viewOrderLock);
-  // Whether it was there; `idViewGroup` becomes the group that it was in.
+  // Whether the view was cached; `idViewGroup` becomes the group that it was in.
   bool EraseView(unsigned int id, unsigned int& idViewGroup) REQUIRES(m_viewOrderLock);
-  // The view, or a newer record that was kept for it, a member of its group, in place of what is cached. Answers what
-  // was put.
+  // Puts the view, with a newer record where one was kept for it, in place of the cached one, and into its group.
+  // Answers the view that was put.
   std::shared_ptr<CView> PutView(std::shared_ptr<CView> view) REQUIRES(m_viewOrderLock);
-  // Whether it is cached; else a record with a number is kept until it comes.
+  // Whether the view is cached. Where it is not, a record with a number is kept until it comes.
   bool ChangeView(const ViewInfo& info) REQUIRES(m_viewOrderLock);
   bool RemoveView(unsigned int id, ChangeNumber number, unsigned int& idViewGroup) REQUIRES(m_viewOrderLock);
   bool IsViewNews(unsigned int id, ChangeNumber number) const REQUIRES(m_viewOrderLock);
   void EnsureMember(const std::shared_ptr<CView>& view) REQUIRES(m_viewOrderLock);
   std::shared_ptr<CViewGroup> FindViewGroup(unsigned int id) const REQUIRES_SHARED(m_groupLock);
-  // A group that is cached stays in place, with its members. For records with a number only. Answers what was put.
+  // Caches the record, or a newer one that is known, and answers it; a cached group keeps its members. REQUIRES: the
+  // record has a number.
   ViewGroupInfo PutViewGroup(const ViewGroupInfo& info) REQUIRES(m_groupLock);
-  // The same where it is news, together with the views of it whose own changes had overtaken it.
+  // The same where it is news, and nothing otherwise; a group that is new takes in the views that have come before it.
   std::optional<ViewGroupInfo> AddNumberedViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
-  // Always the cached groups, whether or not the views are cached: one that a change document names becomes a member
-  // beside the cached view of the same id. Cannot fail.
+  // Views join the cached groups whether or not they are cached themselves: one that a change document names becomes a
+  // member beside the cached view of the same id. Cannot fail.
   void JoinGroups(Joining members);
   // Made and registered on first use; lives as long as the manager.
   COrlUserObserver& UserObserver() EXCLUDES(m_userLock);

@@ -4,24 +4,14 @@
 #include <unordered_set>
 
 #include "NetLink/RapidJsonProto.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
-#include "QorviViewPlugin/ViewDataManager/ViewList.h"
-#include "VantBase/Log.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 
 namespace QorviViewPlugin {
 namespace {
-
-struct EnvelopeTexts {
-  const char* function;
-  const char* refused;
-};
-
-void LogRefused(const EnvelopeTexts& texts, const ErrorCode& error) {
-  Vant::Base::details::IOrlFormatLog(kErrorLevel, kErrorModule, texts.refused, texts.function, error.GetSubError(),
-                                     __FILE__, __LINE__);
-}
 
 // Whether a window of that type shows an element that the platform does not know.
 bool ShowsUnknownElement(const ViewInfo& view, int type) {
@@ -47,8 +37,6 @@ bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::
 
 bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo,
                                        std::list<ViewGroupInfo>& groups, ChangeNumber& completeUpTo) {
-  static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData",
-                                           "[%s]AnalysisViewGroupInitData_Error:%d[%s(%d)]"};
   if (data.empty()) return true;
   NetLink::CRapidJsonProto document;
   document.set_str(data);
@@ -56,7 +44,8 @@ bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cas
   const bool isUsable = ReadResponseStatus(document, CascadingText::Kept, error);
   cascadingErrorInfo = error.GetCasadingErrorInfo();
   if (!isUsable) {
-    LogRefused(kTexts, error);
+    QORVI_LOG_ERROR("QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData",
+                    "AnalysisViewGroupInitData_Error:%d", error.GetSubError());
     return false;
   }
   completeUpTo = ReadDataNumber(document);
@@ -85,25 +74,22 @@ bool CViewGroupManager::AnalysisViewInitData(const std::string& data, std::strin
 
 bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
                                   std::list<ViewInfo>* changes) {
-  static constexpr EnvelopeTexts kTexts = {"QorviViewPlugin::CViewGroupManager::AnalysisViewInitData",
-                                           "[%s]AnalysisViewInitData_Error:%d[%s(%d)]"};
   ErrorCode error;
   ViewList read;
   const bool isUsable = ReadViewList(data, error, read);
   cascadingErrorInfo = error.GetCasadingErrorInfo();
   if (!isUsable) {
-    LogRefused(kTexts, error);
+    QORVI_LOG_ERROR("QorviViewPlugin::CViewGroupManager::AnalysisViewInitData", "AnalysisViewInitData_Error:%d",
+                    error.GetSubError());
     return false;
   }
   list.completeUpTo = read.completeUpTo;
-  PendingChecks pending;
+  NotePendingChecks(read.views);
   list.views.reserve(read.views.size());
   for (ViewInfo& info : read.views) {
-    CollectPendingChecks(info, pending);
     if (changes) changes->push_back(info);
     list.views.push_back(std::make_shared<CView>(std::move(info)));
   }
-  if (!pending.empty()) SetPendingChecks(pending);
   return true;
 }
 
@@ -119,13 +105,16 @@ void CViewGroupManager::JoinGroups(Joining members) {
   }
 }
 
-void CViewGroupManager::CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const {
-  if (view.nMethod != ChangeModified) return;
-  const std::shared_ptr<CView> cached = GetViewByID(view.idView);
-  if (!cached) return;
-  for (const int type : {ResourceTypeCamera, ResourceTypeDoor, ResourceTypeRadar, ResourceTypeElevator}) {
-    if (cached->CheckResourceExist(type) && ShowsUnknownElement(view, type)) pending[type].push_back(view.idView);
+void CViewGroupManager::NotePendingChecks(std::span<const ViewInfo> views) {
+  PendingChecks pending;
+  for (const ViewInfo& view : views) {
+    const std::shared_ptr<CView> cached = view.nMethod == ChangeModified ? GetViewByID(view.idView) : nullptr;
+    if (!cached) continue;
+    for (const int type : {ResourceTypeCamera, ResourceTypeDoor, ResourceTypeRadar, ResourceTypeElevator}) {
+      if (cached->CheckResourceExist(type) && ShowsUnknownElement(view, type)) pending[type].push_back(view.idView);
+    }
   }
+  if (!pending.empty()) SetPendingChecks(pending);
 }
 
 void CViewGroupManager::AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {

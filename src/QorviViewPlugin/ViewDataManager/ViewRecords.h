@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The records of the view model: values, as the server's documents hold them. An id of all ones means none.
+// The records of the view model: values, as the server's documents hold them. An id of all ones means none. Each is one
+// list of its fields (FieldList.h), from which its structure, its wrapper for hosts and its comparison come.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "QorviViewPlugin/FieldList.h"
 #include "ResourceStore/Stream.h"
 
 namespace QorviViewPlugin {
@@ -53,117 +55,125 @@ inline constexpr unsigned int kNoId = 0xFFFFFFFFu;
 // nothing was said.
 using ChangeNumber = unsigned long long;
 
+// (site id, resource id)
+using IdPair = std::pair<unsigned int, unsigned int>;
+
+// --- Records; those that ViewExport.h wraps for hosts first
+
 // A box by its top and bottom corners.
-struct Rectangle {
-  float fXTop = -1.0f;
-  float fYTop = -1.0f;
-  float fXBottom = -1.0f;
-  float fYBottom = -1.0f;
-};
+#define QORVI_MODEL_RECTANGLE(FIELD) \
+  FIELD(float, fXTop, -1.0f)         \
+  FIELD(float, fYTop, -1.0f)         \
+  FIELD(float, fXBottom, -1.0f)      \
+  FIELD(float, fYBottom, -1.0f)
+QORVI_STRUCT(Rectangle, QORVI_MODEL_RECTANGLE)
 
 // The centre mark of a window.
-struct CalibrationInfo {
-  Rectangle coordinate;
-  ResourceStore::Stream::StreamType stream_type = ResourceStore::Stream::StreamTypeDefault;
-};
+#define QORVI_MODEL_CALIBRATION_INFO(FIELD) \
+  FIELD(Rectangle, coordinate)              \
+  FIELD(ResourceStore::Stream::StreamType, stream_type, ResourceStore::Stream::StreamTypeDefault)
+QORVI_STRUCT(CalibrationInfo, QORVI_MODEL_CALIBRATION_INFO)
 
 // One expanded view of a fisheye camera.
-struct FisheyeExpandWndParam {
-  int wnd_no = 0;
-  float pos_x = 0.0f;
-  float pos_y = 0.0f;
-  float zoom = 0.0f;
-};
+#define QORVI_MODEL_FISHEYE_EXPAND_WND_PARAM(FIELD) \
+  FIELD(int, wnd_no)                                \
+  FIELD(float, pos_x)                               \
+  FIELD(float, pos_y)                               \
+  FIELD(float, zoom)
+QORVI_STRUCT(FisheyeExpandWndParam, QORVI_MODEL_FISHEYE_EXPAND_WND_PARAM)
 
-struct FishEyeInfo {
-  int mount_type = 0;
-  int expand_mode = 0;
-  int window_index = 0;
-  std::vector<FisheyeExpandWndParam> vc_wnd_param;
-};
+#define QORVI_MODEL_FISH_EYE_INFO(FIELD) \
+  FIELD(int, mount_type)                 \
+  FIELD(int, expand_mode)                \
+  FIELD(int, window_index)               \
+  FIELD(std::vector<FisheyeExpandWndParam>, vc_wnd_param)
+QORVI_STRUCT(FishEyeInfo, QORVI_MODEL_FISH_EYE_INFO)
 
 // One zoom window drawn inside a window.
-struct LocalWindowInfo {
-  int ZoomWindowNo = 0;
-  Rectangle win_coordinate;
-};
+#define QORVI_MODEL_LOCAL_WINDOW_INFO(FIELD) \
+  FIELD(int, ZoomWindowNo)                   \
+  FIELD(Rectangle, win_coordinate)
+QORVI_STRUCT(LocalWindowInfo, QORVI_MODEL_LOCAL_WINDOW_INFO)
 
-// A window that cycles through several resources by itself; each pair is (site id, resource id).
-struct SingleWndCycle {
-  SingleWndCycleType type = SingleWndCycleCameras;
-  int cycle_time = 0;
-  std::string cycle_name;
-  std::vector<std::pair<unsigned int, unsigned int>> vc_id;
-};
+// A window that cycles through several resources by itself.
+#define QORVI_MODEL_SINGLE_WND_CYCLE(FIELD)              \
+  FIELD(SingleWndCycleType, type, SingleWndCycleCameras) \
+  FIELD(int, cycle_time)                                 \
+  FIELD(std::string, cycle_name)                         \
+  FIELD(std::vector<IdPair>, vc_id)
+QORVI_STRUCT(SingleWndCycle, QORVI_MODEL_SINGLE_WND_CYCLE)
 
-// One window of a page.
-struct CameraGridStruct {
-  unsigned int idView = kNoId;
-  unsigned long long uIndex = 0;  // window number within the page
-  int n_seq_index = -1;
-  unsigned int camera_workstation_id = kNoId;  // site of the element
-  unsigned int id_element_ = kNoId;
-  ResourceType enum_resource_type_ = ResourceTypeCamera;
-  bool bPTZConfigured = false;
-  Rectangle struRect;  // digital-zoom box
-  unsigned long long uPresetIndex = ~0ull;
-  unsigned long long uCruiseIndex = ~0ull;
-  unsigned long long uTrackIndex = ~0ull;
-  unsigned int idPOS = kNoId;
-  ResourceStore::Stream::StreamType stream_type = ResourceStore::Stream::StreamTypeDefault;
-  std::string map_center_x;
-  std::string map_center_y;
-  int map_scale_size = 0;
-  std::string map_more_info;
-  RelateResourceType relate_type = RelateTypeNone;
-  unsigned int relate_id = kNoId;
-  std::string relate_name;
-  MapLoadType map_load_type = MapLoadTypeDefault;
-  std::string extend_resource;
-  bool enable_calibration = false;
-  CalibrationInfo calibration_info;
-  ZoomMode zoom_mode = ZoomModeDefault;
-  std::vector<LocalWindowInfo> local_wins;
-  std::string relate_view_win_no;
-  int relate_draw_box_no = -1;
-  bool b_enable_fish_eye = false;
-  FishEyeInfo fisheye_info;
-  SingleWndCycle single_cycle;
-};
+// One window of a page. uIndex is its number within the page, camera_workstation_id the site of the element, struRect
+// the digital-zoom box.
+#define QORVI_MODEL_CAMERA_GRID_STRUCT(FIELD)                                                     \
+  FIELD(unsigned int, idView, kNoId)                                                              \
+  FIELD(unsigned long long, uIndex)                                                               \
+  FIELD(int, n_seq_index, -1)                                                                     \
+  FIELD(unsigned int, camera_workstation_id, kNoId)                                               \
+  FIELD(unsigned int, id_element_, kNoId)                                                         \
+  FIELD(ResourceType, enum_resource_type_, ResourceTypeCamera)                                    \
+  FIELD(bool, bPTZConfigured)                                                                     \
+  FIELD(Rectangle, struRect)                                                                      \
+  FIELD(unsigned long long, uPresetIndex, ~0ull)                                                  \
+  FIELD(unsigned long long, uCruiseIndex, ~0ull)                                                  \
+  FIELD(unsigned long long, uTrackIndex, ~0ull)                                                   \
+  FIELD(unsigned int, idPOS, kNoId)                                                               \
+  FIELD(ResourceStore::Stream::StreamType, stream_type, ResourceStore::Stream::StreamTypeDefault) \
+  FIELD(std::string, map_center_x)                                                                \
+  FIELD(std::string, map_center_y)                                                                \
+  FIELD(int, map_scale_size)                                                                      \
+  FIELD(std::string, map_more_info)                                                               \
+  FIELD(RelateResourceType, relate_type, RelateTypeNone)                                          \
+  FIELD(unsigned int, relate_id, kNoId)                                                           \
+  FIELD(std::string, relate_name)                                                                 \
+  FIELD(MapLoadType, map_load_type, MapLoadTypeDefault)                                           \
+  FIELD(std::string, extend_resource)                                                             \
+  FIELD(bool, enable_calibration)                                                                 \
+  FIELD(CalibrationInfo, calibration_info)                                                        \
+  FIELD(ZoomMode, zoom_mode, ZoomModeDefault)                                                     \
+  FIELD(std::vector<LocalWindowInfo>, local_wins)                                                 \
+  FIELD(std::string, relate_view_win_no)                                                          \
+  FIELD(int, relate_draw_box_no, -1)                                                              \
+  FIELD(bool, b_enable_fish_eye)                                                                  \
+  FIELD(FishEyeInfo, fisheye_info)                                                                \
+  FIELD(SingleWndCycle, single_cycle)
+QORVI_STRUCT(CameraGridStruct, QORVI_MODEL_CAMERA_GRID_STRUCT)
 
-struct ViewPage {
-  std::string strCustomSplite;  // custom split layout, already base64-decoded
-  int nSpliteType = 0;
-  std::vector<CameraGridStruct> vcWindows;
-};
+// strCustomSplite is the custom split layout, already base64-decoded.
+#define QORVI_MODEL_VIEW_PAGE(FIELD)  \
+  FIELD(std::string, strCustomSplite) \
+  FIELD(int, nSpliteType)             \
+  FIELD(std::vector<CameraGridStruct>, vcWindows)
+QORVI_STRUCT(ViewPage, QORVI_MODEL_VIEW_PAGE)
 
-struct ViewInfo {
-  unsigned int idView = kNoId;
-  std::string strGUID;
-  std::string strName;
-  unsigned int idViewGroup = kNoId;
-  int enumViewType = ViewTypePublic;
-  unsigned int idUser = kNoId;
-  long long nSequenceIndex = -1;
-  int nAutoCycle = 0;
-  int nCycleTime = 0;
-  std::vector<ViewPage> vcPages;
-  int nMethod = ChangeAdded;
-  bool bShared = false;
-  std::string strSharedUserName;
-  ChangeNumber nChangeNumber = 0;  // of the object's last change
-};
+// nChangeNumber is that of the object's last change.
+#define QORVI_MODEL_VIEW_INFO(FIELD)       \
+  FIELD(unsigned int, idView, kNoId)       \
+  FIELD(std::string, strGUID)              \
+  FIELD(std::string, strName)              \
+  FIELD(unsigned int, idViewGroup, kNoId)  \
+  FIELD(int, enumViewType, ViewTypePublic) \
+  FIELD(unsigned int, idUser, kNoId)       \
+  FIELD(long long, nSequenceIndex, -1)     \
+  FIELD(int, nAutoCycle)                   \
+  FIELD(int, nCycleTime)                   \
+  FIELD(std::vector<ViewPage>, vcPages)    \
+  FIELD(int, nMethod, ChangeAdded)         \
+  FIELD(bool, bShared)                     \
+  FIELD(std::string, strSharedUserName)    \
+  FIELD(ChangeNumber, nChangeNumber)
+QORVI_STRUCT(ViewInfo, QORVI_MODEL_VIEW_INFO)
 
-struct ViewGroupInfo {
-  unsigned int idViewGroup = kNoId;
-  unsigned int idUser = kNoId;
-  unsigned int idParent = kNoId;
-  std::string strName;
-  int enumViewType = ViewTypePublic;
-  long long nSequenceIndex = -1;
-  int nMethod = ChangeAdded;
-  bool bShared = false;
-  ChangeNumber nChangeNumber = 0;  // of the object's last change
-};
+#define QORVI_MODEL_VIEW_GROUP_INFO(FIELD) \
+  FIELD(unsigned int, idViewGroup, kNoId)  \
+  FIELD(unsigned int, idUser, kNoId)       \
+  FIELD(unsigned int, idParent, kNoId)     \
+  FIELD(std::string, strName)              \
+  FIELD(int, enumViewType, ViewTypePublic) \
+  FIELD(long long, nSequenceIndex, -1)     \
+  FIELD(int, nMethod, ChangeAdded)         \
+  FIELD(bool, bShared)                     \
+  FIELD(ChangeNumber, nChangeNumber)
+QORVI_STRUCT(ViewGroupInfo, QORVI_MODEL_VIEW_GROUP_INFO)
 
 }  // namespace QorviViewPlugin

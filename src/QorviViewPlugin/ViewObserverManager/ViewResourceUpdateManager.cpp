@@ -7,8 +7,8 @@
 
 #include "NetLink/RapidJsonProto.h"
 #include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/TextConversion.h"
-#include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
 
 template class Vant::Base::CSingleton<QorviViewPlugin::CViewResourceUpdateManager>;
@@ -115,7 +115,6 @@ void CViewResourceUpdateManager::RegisterMultResourceUpdate(const std::map<std::
 
 void CViewResourceUpdateManager::UpdateResourceInfo(const IResourceObserver::Param& param,
                                                     ResourceData::ResourceType type) {
-  using Vant::Base::details::IOrlFormatLog;
   static constexpr char kModule[] = "ClientResourceStoreWebsocket";
   static constexpr char kFunction[] = "QorviViewPlugin::CViewResourceUpdateManager::UpdateResourceInfo";
 
@@ -124,17 +123,14 @@ void CViewResourceUpdateManager::UpdateResourceInfo(const IResourceObserver::Par
   const std::vector<IResourceObserver*> observers = table->ObserversOf(StringToUInt(param.id));
   if (observers.empty()) return;
 
-  IOrlFormatLog(3, kModule, "[%s]if (map_observers.find(res_id) != map_observers.end())[%s(%d)]", kFunction, __FILE__,
-                __LINE__);
+  QORVI_LOG(3, kModule, kFunction, "if (map_observers.find(res_id) != map_observers.end())");
   for (IResourceObserver* observer : observers) {
-    IOrlFormatLog(3, kModule,
-                  "[%s]for (auto it = map_observers[res_id].begin(); it < map_observers[res_id].end(); ++it)[%s(%d)]",
-                  kFunction, __FILE__, __LINE__);
-    IOrlFormatLog(3, kModule,
-                  "[%s]ptr_observer->UpdateResourceInfos(parma);parma.id:%s; parma.other_change_info:%s[%s(%d)]",
-                  kFunction, param.id.c_str(), param.other_change_info.c_str(), __FILE__, __LINE__);
-    IOrlFormatLog(3, kModule, "[%s]UpdateResource(parma);type:%d; parma.enum_state:%d; parma.child_type:%d[%s(%d)]",
-                  kFunction, static_cast<int>(type), param.enum_state, param.child_type, __FILE__, __LINE__);
+    QORVI_LOG(3, kModule, kFunction,
+              "for (auto it = map_observers[res_id].begin(); it < map_observers[res_id].end(); ++it)");
+    QORVI_LOG(3, kModule, kFunction, "ptr_observer->UpdateResourceInfos(parma);parma.id:%s; parma.other_change_info:%s",
+              param.id.c_str(), param.other_change_info.c_str());
+    QORVI_LOG(3, kModule, kFunction, "UpdateResource(parma);type:%d; parma.enum_state:%d; parma.child_type:%d",
+              static_cast<int>(type), param.enum_state, param.child_type);
     try {
       observer->UpdateResourceInfos(param);
     } catch (...) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // JSON records: a plain structure with typed fields and defaults, and beside it an adapter "<Name>JSONStruct" that
-// reads the structure from a JSON value and writes it back. Both come from one list of the fields:
+// reads the structure from a JSON value and writes it back. Both come from one list of the fields (FieldList.h):
 //
 //     #define QORVI_LINK(FIELD) FIELD(Text, Name) FIELD(Integer, No, -1)
 //     QORVI_RECORD(Link, QORVI_LINK)
@@ -22,12 +22,12 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <unordered_set>
 #include <vector>
 
-#include "QorviViewPlugin/JsonText.h"
+#include "QorviViewPlugin/FieldList.h"
+#include "QorviViewPlugin/JsonWriter.h"
 
 namespace QorviVideoComm {
 
@@ -44,24 +44,7 @@ struct JSONKeyFilter {
   std::set<std::string> keys;
 };
 
-// One field of a record: its key and where it is.
-template <class Data, class Type>
-struct Field {
-  const char* key;
-  rapidjson::SizeType keyLength;
-  Type Data::*member;
-};
-
-template <class Data, class Type, size_t N>
-constexpr Field<Data, Type> MakeField(const char (&key)[N], Type Data::*member) {
-  return {key, static_cast<rapidjson::SizeType>(N - 1), member};
-}
-
-// Calls visit(field) for every field of the record, in the list's order.
-template <class Data, class Visitor>
-constexpr void ForEachField(Visitor&& visit) {
-  std::apply([&visit](const auto&... field) { (visit(field), ...); }, FieldsOf(std::type_identity<Data>{}));
-}
+using QorviViewPlugin::ForEachField;
 
 template <class Data>
 using AdapterOf = typename decltype(AdapterTypeOf(std::type_identity<Data>{}))::type;
@@ -235,53 +218,43 @@ rapidjson::Value RecordAdapter<Record>::ToJSON(rapidjson::Document::AllocatorTyp
 
 // Writes the record straight into a text: the same bytes as its ToJSON, without the value tree.
 template <class Data>
-void WriteRecord(QorviViewPlugin::JsonText& json, const Data& data) {
-  json.BeginObject();
+void WriteRecord(QorviViewPlugin::JsonWriter& out, const Data& data) {
+  out.BeginObject();
   ForEachField<Data>([&](const auto& field) {
     using Type = std::remove_cvref_t<decltype(data.*field.member)>;
     const Type& value = data.*field.member;
-    json.Key({field.key, field.keyLength});
+    out.Key({field.key, field.keyLength});
     if constexpr (std::is_same_v<Type, Integer>) {
-      json.Int(value);
+      out.Int(value);
     } else if constexpr (std::is_same_v<Type, Boolean>) {
-      json.Bool(value);
+      out.Bool(value);
     } else if constexpr (std::is_same_v<Type, Text>) {
-      json.String(value.c_str());
+      out.String(value.c_str());
     } else if constexpr (kIsSequence<Type>) {
-      json.BeginArray();
-      for (const auto& element : value) WriteRecord(json, element);
-      json.EndArray();
+      out.BeginArray();
+      for (const auto& element : value) WriteRecord(out, element);
+      out.EndArray();
     } else {
-      WriteRecord(json, value);
+      WriteRecord(out, value);
     }
   });
-  json.EndObject();
+  out.EndObject();
 }
 
 // The same for an adapter whose record is known: no value tree is built unless a key filter has to be asked.
 template <class Data>
 std::string SerializeJsonResponse(RecordAdapter<Data>& record) {
   if (record.m_keyFilter) return SerializeJsonResponse(static_cast<IJSONStruct&>(record));
-  QorviViewPlugin::JsonText json;
-  WriteRecord(json, *record.m_pData);
-  return json.Take();
+  QorviViewPlugin::JsonWriter out;
+  WriteRecord(out, *record.m_pData);
+  return out.Take();
 }
 
 }  // namespace QorviVideoComm
 
-#define QORVI_RECORD_MEMBER(type, name, ...) type name{__VA_ARGS__};
-#define QORVI_RECORD_FIELD(type, name, ...) QorviVideoComm::MakeField(#name, &Data::name),
-
-// Declares the structure, its fields in order, and its adapter.
+// Declares the structure and its adapter.
 #define QORVI_RECORD(Name, FIELDS)                                      \
-  struct Name {                                                         \
-    FIELDS(QORVI_RECORD_MEMBER)                                         \
-    friend bool operator==(const Name&, const Name&) = default;         \
-  };                                                                    \
-  constexpr auto FieldsOf(std::type_identity<Name>) {                   \
-    using Data = Name;                                                  \
-    return std::tuple{FIELDS(QORVI_RECORD_FIELD)};                      \
-  }                                                                     \
+  QORVI_STRUCT(Name, FIELDS)                                            \
   struct Name##JSONStruct final : QorviVideoComm::RecordAdapter<Name> { \
     using RecordAdapter::RecordAdapter;                                 \
   };                                                                    \

@@ -62,6 +62,7 @@ CurrentSink& TheSink() {
 }
 
 // False when `format` cannot be applied, or its text has more than INT_MAX bytes.
+QORVI_PRINTF(2, 0)
 bool Format(std::string& text, const char* format, va_list arguments) {
   char buffer[1024];
   va_list again;

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "CallFixture.h"
-#include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 

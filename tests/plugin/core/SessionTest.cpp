@@ -4,9 +4,9 @@
 
 #include "CoreFixture.h"
 #include "ModelText.h"
-#include "QorviViewPlugin/ViewDataManager/CmsViewGroupSession.h"
-#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewGroupSession.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 
 namespace core_test {
 namespace {
@@ -167,9 +167,9 @@ TEST_F(SessionDataTest, ListsAreReadInReplyOrder) {
   EXPECT_TRUE(groups.GetCmsViewGroupList(0));
   for (const auto& group : groups.m_vcViewGroups) told += Difference(ViewGroupInfo(), group) + "\n";
   EXPECT_EQ(told,
-            "idView=2 type=1 user=3 auto=-1 time=-1 pages=[-1 '' windows 1][-1 '' windows 0]\n"
-            "idView=1 auto=-1 time=-1 method=2\nidView=2 auto=-1 time=-1\n"
-            "idViewGroup=5 user=3 type=1 method=1\nidViewGroup=4\nidViewGroup=5 method=2\n");
+            "idView=2 enumViewType=1 idUser=3 nAutoCycle=-1 nCycleTime=-1 vcPages=[-1 '' windows 1][-1 '' windows 0]\n"
+            "idView=1 nAutoCycle=-1 nCycleTime=-1 nMethod=2\nidView=2 nAutoCycle=-1 nCycleTime=-1\n"
+            "idViewGroup=5 idUser=3 enumViewType=1 nMethod=1\nidViewGroup=4\nidViewGroup=5 nMethod=2\n");
   server.Answer(R"({"ResponseStatus":{"ErrorCode":5,"Data":{"ViewList":{"View":[{}]},"ViewGroupList":{"ViewGroup":[)"
                 R"({}]}}}})");
   EXPECT_FALSE(views.GetCmsViewList(0) || groups.GetCmsViewGroupList(0));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The server's form of views and groups: what is written, byte for byte, and what either reader makes of every key.
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 
 #include <gtest/gtest.h>
 #include <rapidjson/stringbuffer.h>
@@ -164,8 +164,9 @@ void ExpectWindows(std::initializer_list<ReadRow> rows) {
 
 TEST(AReadWindow, WithoutKeysDiffersFromANewOne) {
   for (DocumentOrigin origin : {DocumentOrigin::ListReply, DocumentOrigin::Download}) {
-    EXPECT_EQ(Difference(CameraGridStruct(), ReadWindowText("", origin)),
-              "idView=9 uIndex=18446744073709551615 n_seq_index=0 type=-1 rect=(0,0,0,0) stream=-1");
+    EXPECT_EQ(
+        Difference(CameraGridStruct(), ReadWindowText("", origin)),
+        "idView=9 uIndex=18446744073709551615 n_seq_index=0 enum_resource_type_=-1 struRect=(0,0,0,0) stream_type=-1");
   }
 }
 
@@ -175,57 +176,63 @@ TEST(AReadWindow, TakesEachPlainKeyByItsOwnRule) {
       {R"("SequenceIndex":3)", "n_seq_index=3"},
       {R"("SequenceIndex":" 12ab")", "n_seq_index=12"},
       {R"("SequenceIndex":true)", ""},
-      {R"("ResourceType":"1002")", "type=1002"},
-      {R"("SiteID":4294967294)", "site=4294967294"},
+      {R"("ResourceType":"1002")", "enum_resource_type_=1002"},
+      {R"("SiteID":4294967294)", "camera_workstation_id=4294967294"},
       {R"("SiteID":{},"ResourceID":[5],"StreamType":null)", ""},
-      {R"("CruiseIndex":-2)", "cruise=18446744073709551614"},
-      {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "rect=(0.5,0.25,1.5,0)"},
-      {R"("ResourceType":1002,"ResourceType":1005)", "type=1002"},
+      {R"("CruiseIndex":-2)", "uCruiseIndex=18446744073709551614"},
+      {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "struRect=(0.5,0.25,1.5,0)"},
+      {R"("ResourceType":1002,"ResourceType":1005)", "enum_resource_type_=1002"},
   });
 }
 
 TEST(AReadWindow, TakesEachGroupWhenItIsThere) {
   ExpectWindows({
-      {R"("FishEye":{"FishEyeInfo":[{"No":7},{}]})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0+-1:0,0,0"},
-      {R"("FishEye":{"FishEyeInfo":{"No":7}})", "has_fisheye=1 fisheye=-1/-1/-1+7:0,0,0"},
+      {R"("FishEye":{"FishEyeInfo":[{"No":7},{}]})",
+       "b_enable_fish_eye=1 fisheye_info=(-1,-1,-1,[(7,0,0,0)][(-1,0,0,0)])"},
+      {R"("FishEye":{"FishEyeInfo":{"No":7}})", "b_enable_fish_eye=1 fisheye_info=(-1,-1,-1,[(7,0,0,0)])"},
       {R"("FishEye":null)", ""},
       {R"("FishEye":[{},{}])", ""},
-      {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "has_fisheye=1 fisheye=-1/-1/-1"},
-      {R"("Cycle":{"ID":[{"SiteID":5,"ResourceID":9},{}]})", "cycle=-1/-1/''+5:9+4294967295:4294967295"},
+      {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "b_enable_fish_eye=1 fisheye_info=(-1,-1,-1,)"},
+      {R"("Cycle":{"ID":[{"SiteID":5,"ResourceID":9},{}]})",
+       "single_cycle=(-1,-1,'',[(5,9)][(4294967295,4294967295)])"},
       {R"("Cycle":[{},{}])", ""},
-      {R"("ResourceType":7001)", "type=7001 scale=-1 load=-1"},
-      {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "type=1001"},
-      {R"("CenterMark":[{"TopX":123},{}])", "mark=1 mark_box=(-0.001,-0.001,-0.001,-0.001) mark_stream=-1"},
+      {R"("ResourceType":7001)", "enum_resource_type_=7001 map_scale_size=-1 map_load_type=-1"},
+      {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "enum_resource_type_=1001"},
+      {R"("CenterMark":[{"TopX":123},{}])", "enable_calibration=1 calibration_info=((-0.001,-0.001,-0.001,-0.001),-1)"},
       {R"("CenterMark":[])", ""},
       {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{}]})",
-       "type=1001 zoom_mode=2 zooms=+-1(-0.001,-0.001,-0.001,-0.001)"},
-      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "type=1001"},
-      {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "type=1002"},
-      {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "related_window='3'"},
+       "enum_resource_type_=1001 zoom_mode=2 local_wins=[(-1,(-0.001,-0.001,-0.001,-0.001))]"},
+      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "enum_resource_type_=1001"},
+      {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "enum_resource_type_=1002"},
+      {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "relate_view_win_no='3'"},
   });
 }
 
 TEST(AReadWindow, DiffersBetweenListAndDownloadInTheseKeysOnly) {
   ExpectWindows({
-      {R"("ResourceType":7000)", "type=7000", "type=7001 scale=-1 load=-1"},
-      {R"("ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1","PosY":"2","ScaleSize":3})", "type=7000",
-       "type=7001 center_x='1' center_y='2' scale=3 load=2"},
+      {R"("ResourceType":7000)", "enum_resource_type_=7000",
+       "enum_resource_type_=7001 map_scale_size=-1 map_load_type=-1"},
+      {R"("ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1","PosY":"2","ScaleSize":3})", "enum_resource_type_=7000",
+       "enum_resource_type_=7001 map_center_x='1' map_center_y='2' map_scale_size=3 map_load_type=2"},
       {R"("ExtendInfo":"{\"playParams\":{\"DigitZoom\":{\"Xtop\":\"0.5\"}}}","Xtop":"0.25","Ytop":"0.25")",
-       "rect=(0.25,0.25,0,0)", "rect=(0.5,0,0,0)"},
+       "struRect=(0.25,0.25,0,0)", "struRect=(0.5,0,0,0)"},
   });
 }
 
 TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
   const std::pair<const char*, const char*> rows[] = {
       {"{", ""},
-      {R"({"playParams":{"DigitZoom":{"Xtop":"0.5","Ytop":0.25,"Xbottom":"x","Ybottom":"1"}}})", "rect=(0.5,0.25,0,1)"},
-      {R"({"playParams":{"DigitZoom":{},"FishEye":{"MountType":1}}})", "rect=(0,0,0,0)"},
-      {R"({"playParams":{"DigitZoom":[{},{}],"FishEye":{"MountType":1}}})", "has_fisheye=1 fisheye=1/-1/-1"},
+      {R"({"playParams":{"DigitZoom":{"Xtop":"0.5","Ytop":0.25,"Xbottom":"x","Ybottom":"1"}}})",
+       "struRect=(0.5,0.25,0,1)"},
+      {R"({"playParams":{"DigitZoom":{},"FishEye":{"MountType":1}}})", "struRect=(0,0,0,0)"},
+      {R"({"playParams":{"DigitZoom":[{},{}],"FishEye":{"MountType":1}}})",
+       "b_enable_fish_eye=1 fisheye_info=(1,-1,-1,)"},
       {R"({"playParams":{"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FiehEyeInfo":[{"No":4,"PosX":"0.5",)"
        R"("PosY":"1","Zoom":"2"}],"FishEyeInfo":[{"No":9}]}},"Zoom":3})",
-       "has_fisheye=1 fisheye=1/2/3+4:0.5,1,2"},
-      {R"({"Zoom":3,"coordinate":["120.1234567",1e-7]})", "type=7001 center_x='120.123' center_y='1e-07' scale=3"},
-      {R"({"Zoom":"3"})", "type=7001 center_x='nan' center_y='nan' scale=3"},
+       "b_enable_fish_eye=1 fisheye_info=(1,2,3,[(4,0.5,1,2)])"},
+      {R"({"Zoom":3,"coordinate":["120.1234567",1e-7]})",
+       "enum_resource_type_=7001 map_center_x='120.123' map_center_y='1e-07' map_scale_size=3"},
+      {R"({"Zoom":"3"})", "enum_resource_type_=7001 map_center_x='nan' map_center_y='nan' map_scale_size=3"},
       {R"({"Zoom":[1,2],"coordinate":[1,2]})", ""},
       {R"({"Zoom":null,"coordinate":[1,2]})", ""},
   };
@@ -252,19 +259,25 @@ TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
   };
   ExpectRead(
       {
-          {"", "auto=-1 time=-1"},
+          {"", "nAutoCycle=-1 nCycleTime=-1"},
           {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,)"
            R"("ChangeNumber":"12","Method":2)",
-           "idView=9 guid='g' name='n' group=0 sequence=-7 auto=1 time=30 method=2 number=12"},
-          {R"("UserID":3)", "type=1 user=3 auto=-1 time=-1"},
-          {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")", "type=1 user=3 auto=-1 time=-1",
-           "type=2 user=3 auto=-1 time=-1 shared=1 sharer='eve'"},
-          {R"("SharedUserID":0)", "auto=-1 time=-1", "type=2 auto=-1 time=-1 shared=1"},
-          {R"("SharedUserID":-1,"SharedUserName":"eve")", "auto=-1 time=-1", "auto=-1 time=-1 sharer='eve'"},
+           "idView=9 strGUID='g' strName='n' idViewGroup=0 nSequenceIndex=-7 nAutoCycle=1 nCycleTime=30 nMethod=2 "
+           "nChangeNumber=12"},
+          {R"("UserID":3)", "enumViewType=1 idUser=3 nAutoCycle=-1 nCycleTime=-1"},
+          {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")",
+           "enumViewType=1 idUser=3 nAutoCycle=-1 nCycleTime=-1",
+           "enumViewType=2 idUser=3 nAutoCycle=-1 nCycleTime=-1 bShared=1 strSharedUserName='eve'"},
+          {R"("SharedUserID":0)", "nAutoCycle=-1 nCycleTime=-1",
+           "enumViewType=2 nAutoCycle=-1 nCycleTime=-1 bShared=1"},
+          {R"("SharedUserID":-1,"SharedUserName":"eve")", "nAutoCycle=-1 nCycleTime=-1",
+           "nAutoCycle=-1 nCycleTime=-1 strSharedUserName='eve'"},
           {R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{},{}]},{"CustomSplite":""}])",
-           "auto=-1 time=-1 pages=[4 '1x2' windows 2][-1 '' windows 0]"},
-          {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})", "auto=-1 time=-1 pages=[4 '' windows 1]"},
-          {R"("PlanPages":[7,{"PlanViewItem":[null]}])", "auto=-1 time=-1 pages=[-1 '' windows 0][-1 '' windows 1]"},
+           "nAutoCycle=-1 nCycleTime=-1 vcPages=[4 '1x2' windows 2][-1 '' windows 0]"},
+          {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})",
+           "nAutoCycle=-1 nCycleTime=-1 vcPages=[4 '' windows 1]"},
+          {R"("PlanPages":[7,{"PlanViewItem":[null]}])",
+           "nAutoCycle=-1 nCycleTime=-1 vcPages=[-1 '' windows 0][-1 '' windows 1]"},
       },
       told);
 }
@@ -275,10 +288,10 @@ TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
   };
   ExpectRead({{"", ""},
               {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"ChangeNumber":"12","Method":1)",
-               "idViewGroup=3 parent=2 name='n' sequence=-2 method=1 number=12"},
-              {R"("UserID":8,"IsSharedView":2)", "user=8 type=1"},
-              {R"("UserID":8,"IsSharedView":1)", "user=8 type=1", "user=8 type=2 shared=1"},
-              {R"("IsSharedView":1)", "", "type=2 shared=1"}},
+               "idViewGroup=3 idParent=2 strName='n' nSequenceIndex=-2 nMethod=1 nChangeNumber=12"},
+              {R"("UserID":8,"IsSharedView":2)", "idUser=8 enumViewType=1"},
+              {R"("UserID":8,"IsSharedView":1)", "idUser=8 enumViewType=1", "idUser=8 enumViewType=2 bShared=1"},
+              {R"("IsSharedView":1)", "", "enumViewType=2 bShared=1"}},
              told);
 }
 
@@ -301,15 +314,17 @@ TEST(AReadChangeNumber, IsDecimalDigitsOrNone) {
 TEST(AWrittenView, ComesBackAsItWasButForTheKnownAsymmetries) {
   // E-map keys of a camera, too, and zoom windows of an e-map do not travel.
   const std::pair<ResourceType, const char*> rows[] = {
-      {ResourceTypeCamera, "preset=7 center_x='' center_y='' scale=0 more='' load=1 mark_box=(0.123,0.5,1,-0.25)"},
-      {ResourceTypeEmap, "preset=7 mark_box=(0.123,0.5,1,-0.25) zoom_mode=0 zooms="}};
+      {ResourceTypeCamera,
+       "uPresetIndex=7 map_center_x='' map_center_y='' map_scale_size=0 map_more_info='' map_load_type=1 "
+       "calibration_info=((0.123,0.5,1,-0.25),1)"},
+      {ResourceTypeEmap, "uPresetIndex=7 calibration_info=((0.123,0.5,1,-0.25),1) zoom_mode=0 local_wins="}};
   for (const auto& [type, changes] : rows) {
     ViewInfo view = ViewWithEverything();
     CameraGridStruct& window = view.vcPages[0].vcWindows[0];
     window.enum_resource_type_ = type;
     const std::string written = WriteViewDocument(view);
     const ViewInfo back = ReadViewText(written.substr(8, written.size() - 9), DocumentOrigin::ListReply);
-    EXPECT_EQ(Difference(view, back), "guid='' method=0");
+    EXPECT_EQ(Difference(view, back), "strGUID='' nMethod=0");
     EXPECT_EQ(Difference(window, back.vcPages.at(0).vcWindows.at(0)), changes);
   }
 }

@@ -2,6 +2,9 @@
 // The exported wrappers: what they share and what they copy.
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
 
+#include <fstream>
+#include <regex>
+
 #include "CoreFixture.h"
 #include "ModelText.h"
 
@@ -52,7 +55,8 @@ TEST(RecordWrapper, HandsOutNestedRecordsAsCopies) {
   box->SetVal_fXTop(9);
   fisheye->SetVal_mount_type(4);
   EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()),
-            "rect=(1,2,3,4) mark_box=(1,2,3,4) mark_stream=2 fisheye=3/0/0+1:0.5,0.25,2 cycle=0/0/'doors'+5:9");
+            "struRect=(1,2,3,4) calibration_info=((1,2,3,4),2) fisheye_info=(3,0,0,[(1,0.5,0.25,2)]) "
+            "single_cycle=(0,0,'doors',[(5,9)])");
   EXPECT_EQ(window.GetVal_fisheye_info()->GetVal_vc_wnd_param().size(), 1u);
   EXPECT_EQ(window.GetVal_single_cycle()->GetVal_vc_id().at(0).second, 9u);
 }
@@ -66,7 +70,29 @@ TEST(RecordWrapper, AppendsZoomWindowsAndHandsThemOutAsCopies) {
   two->SetVal_ZoomWindowNo(7);
   window.GetVal_local_wins().at(2)->SetVal_ZoomWindowNo(8);
   EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()),
-            "zooms=+1(-1,-1,-1,-1)+2(-1,-1,-1,-1)+3(-1,-1,-1,-1)");
+            "local_wins=[(1,(-1,-1,-1,-1))][(2,(-1,-1,-1,-1))][(3,(-1,-1,-1,-1))]");
+}
+
+template <class... Records>
+std::string FieldsOfEach() {
+  std::string text;
+  const auto add = [&text](const auto& field) { text += std::string(" ") + field.key; };
+  ((text += "\n", ForEachField<Records>(add)), ...);
+  return text;
+}
+
+TEST(RecordWrapper, IsDeclaredForEveryFieldOfItsRecordInTheirOrder) {
+  static const std::regex kWrapper("class QORVIVIEWPLUGIN_API C\\w+ \\{");
+  static const std::regex kField("(?:QORVI_(?:WRAPPED_)?VALUE\\(.*, |GetVal_)(\\w+)\\(?\\)");
+  std::ifstream header(VIEW_EXPORT_HEADER);
+  std::string declared;
+  std::smatch found;
+  for (std::string line; std::getline(header, line) && line != "struct CViewExportData;";) {
+    if (std::regex_search(line, kWrapper)) declared += "\n";
+    if (!line.starts_with("#define") && std::regex_search(line, found, kField)) declared += " " + found[1].str();
+  }
+  EXPECT_EQ(declared, (FieldsOfEach<Rectangle, CalibrationInfo, FisheyeExpandWndParam, FishEyeInfo, LocalWindowInfo,
+                                    SingleWndCycle, CameraGridStruct>()));
 }
 
 class LookUpTest : public CoreTest {};

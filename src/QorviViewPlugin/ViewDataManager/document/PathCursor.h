@@ -8,12 +8,12 @@
 
 namespace QorviViewPlugin {
 
-// A place in a path document, so that an element's keys are named without the road to it. The path lives in one buffer
-// that grows and shrinks as levels are entered and left: a read costs no allocation. One thread at a time; the
-// document must outlive the cursor.
+// A place in a path document that is read, so that an element's keys are named without the road to it. The path lives
+// in one buffer that grows and shrinks as levels are entered and left: a read costs no allocation. One thread at a
+// time; the document must outlive the cursor.
 class PathCursor {
  public:
-  explicit PathCursor(NetLink::CRapidJsonProto& document, std::string_view root = "/")
+  explicit PathCursor(const NetLink::CRapidJsonProto& document, std::string_view root = "/")
       : m_document(document), m_path(root), m_length(root.size()) {}
   PathCursor(const PathCursor&) = delete;
   PathCursor& operator=(const PathCursor&) = delete;
@@ -39,12 +39,9 @@ class PathCursor {
   // Reads, with the document's rules for values of another kind.
   int Number(std::string_view key, int absent = -1) { return m_document.get_int_v(Full(key), absent); }
   std::string Text(std::string_view key) { return m_document.get_v(Full(key), kNoText); }
-  // For readers of either cursor, which need not keep the text.
+  // What a reader that works with either cursor asks for when it only looks at the text: ValueCursor makes no copy.
   std::string TextInPlace(std::string_view key) { return Text(key); }
   int Count(std::string_view key) { return m_document.get_cnt(Full(key)); }
-
-  void SetNumber(std::string_view key, int value) { m_document.set_v(Full(key), value); }
-  void SetText(std::string_view key, const std::string& value) { m_document.set_v(Full(key), value); }
 
  private:
   // The whole path of a key; valid until the next call.
@@ -52,7 +49,7 @@ class PathCursor {
 
   static const std::string kNoText;
 
-  NetLink::CRapidJsonProto& m_document;
+  const NetLink::CRapidJsonProto& m_document;
   // The place is the path's first m_length characters; what stands behind them is the key that was read last.
   std::string m_path;
   size_t m_length;

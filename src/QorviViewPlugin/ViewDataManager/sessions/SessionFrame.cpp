@@ -1,35 +1,43 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
 
 #include <memory>
-#include <optional>
 
 #include "BizShared/NetCommManager.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
-#include "VantBase/Log.h"
+#include "QorviViewPlugin/LogLine.h"
 
 namespace QorviViewPlugin {
 namespace {
 
-using Vant::Base::details::IOrlFormatLog;
-
 constexpr unsigned long kListingTimeoutMs = 30000;
 
-void LogSuccess(const SessionTexts& texts) {
-  IOrlFormatLog(kInfoLevel, kInfoModule, texts.success, texts.function, __FILE__, __LINE__);
-}
-
-void LogFailure(const SessionTexts& texts, const char* format, const ErrorCode& error) {
-  IOrlFormatLog(kErrorLevel, kErrorModule, format, texts.function, error.GetMainError(), error.GetSubError(), __FILE__,
-                __LINE__);
+void LogFailure(const SessionTexts& texts, const char* prefix, const ErrorCode& error) {
+  QORVI_LOG_ERROR(texts.function, "%sfailed, [MainError: %d],[SubError: %d]", prefix, error.GetMainError(),
+                  error.GetSubError());
 }
 
 void LogEmptyReply(const SessionTexts& texts) {
-  IOrlFormatLog(kErrorLevel, kErrorModule, texts.emptyReply, texts.function, __FILE__, __LINE__);
+  QORVI_LOG_ERROR(texts.function, "%sfailed, strRawData empty", texts.prefix);
 }
 
-// The reply's body, or nothing after a transport failure.
 std::optional<std::string> Send(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error) {
+  std::optional<std::string> body = SendRequest(request, error);
+  if (!body) LogFailure(texts, texts.transportPrefix, error);
+  return body;
+}
+
+bool LogOutcome(const SessionTexts& texts, bool accepted, const ErrorCode& error) {
+  if (accepted) {
+    QORVI_LOG_INFO(texts.function, "%ssuccess", texts.prefix);
+  } else {
+    LogFailure(texts, texts.prefix, error);
+  }
+  return accepted;
+}
+
+}  // namespace
+
+std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode& error) {
   const auto send = std::make_shared<NetLink::CClientSendInfo>();
   send->SetVal_Method(request.method);
   send->SetVal_URL(request.url);
@@ -43,45 +51,19 @@ std::optional<std::string> Send(const SessionRequest& request, const SessionText
   auto& transport = Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
   if (!transport.ClientSynSend(reply, send, 0)) {
     error = reply->GetVal_Error_code();
-    LogFailure(texts, texts.transportFailed, error);
     return std::nullopt;
   }
   return reply->GetVal_Receive_Data();
 }
 
-bool LogOutcome(const SessionTexts& texts, bool accepted, const ErrorCode& error) {
-  if (accepted) {
-    LogSuccess(texts);
-  } else {
-    LogFailure(texts, texts.refused, error);
-  }
-  return accepted;
-}
-
-}  // namespace
-
-bool ReadResponseStatus(const NetLink::CRapidJsonProto& reply, CascadingText cascading, ErrorCode& error) {
-  error.SetMainError(reply.get_int_v("/ResponseStatus/ErrorModule", -1));
-  error.SetSubError(reply.get_int_v("/ResponseStatus/ErrorCode", -1));
-  error.SetSubSystemErrorCode(kSubSystemCode);
-  if (cascading == CascadingText::Kept) {
-    error.SetCasadingErrorInfo(reply.get_v("/ResponseStatus/CascadingErrorInfo", ""));
-  }
-  return error.GetSubError() == 0;
-}
-
-ChangeNumber ReadDataNumber(const NetLink::CRapidJsonProto& reply) {
-  return ReadChangeNumber(reply.get_v("/ResponseStatus/Data/ChangeNumber", ""));
-}
-
 bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
-                      const ReplyReader& readData) {
+                      ChangeNumber* changeNumber) {
   const std::optional<std::string> body = Send(request, texts, error);
   if (!body) return false;
   NetLink::CRapidJsonProto reply;
   reply.set_str(*body);
   const bool accepted = ReadResponseStatus(reply, CascadingText::Kept, error);
-  if (accepted && readData) readData(reply);
+  if (accepted && changeNumber) *changeNumber = ReadDataNumber(reply);
   return LogOutcome(texts, accepted, error);
 }
 

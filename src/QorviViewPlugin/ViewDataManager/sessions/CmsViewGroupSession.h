@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // The sessions that list, add, modify, delete and order view groups on the server, and those of the client's default
 // view. Each object serves one call on one thread; m_error holds why a call answered false, m_changeNumber which change
-// the server made of it, 0 where it does not say.
+// the server made of it, 0 where it does not say. Listing and ordering exist for programs outside this repository only.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 
 namespace QorviViewPlugin {
 
@@ -57,8 +57,8 @@ class CmsOrderViewGroup {
   ErrorCode m_error;
 };
 
-// The outputs of a read are assigned from every reply that has a body, also from a refusal (all ones where it names
-// none), and stay as they are otherwise.
+// A reply that has a body, a refusal too, replaces the outputs of a read (by all ones where it names none); without one
+// they stay as they are.
 class CmsViewConfig {
  public:
   bool GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode& error);

@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
-#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
-#include "QorviViewPlugin/ViewDataManager/ValueCursor.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
 
 namespace QorviViewPlugin {
 
@@ -20,7 +20,7 @@ namespace QorviViewPlugin {
 std::string WriteViewDocument(const ViewInfo& view);
 std::string WriteViewGroupDocument(const ViewGroupInfo& group);
 
-// Where an element comes from decides a few of its keys' meaning; everything else is read alike.
+// Where an element comes from. It decides what a few keys mean; everything else is read alike.
 //
 //                      a list reply                     downloaded data and change documents
 //  shared views        not told apart                   "SharedUserID" makes a view shared, "SharedUserName" is kept

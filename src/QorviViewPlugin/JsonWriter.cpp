@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/JsonText.h"
+#include "QorviViewPlugin/JsonWriter.h"
 
 #include <charconv>
 
@@ -12,31 +12,31 @@ bool NeedsEscape(char c) {
 
 }  // namespace
 
-void JsonText::Separate() {
+void JsonWriter::Separate() {
   if (m_text.empty()) return;
   const char last = m_text.back();
   if (last != '{' && last != '[' && last != ':') m_text += ',';
 }
 
-void JsonText::Key(std::string_view name) {
+void JsonWriter::Key(std::string_view name) {
   Separate();
   m_text += '"';
   m_text.append(name);
   m_text.append("\":", 2);
 }
 
-void JsonText::Int(int value) {
+void JsonWriter::Int(int value) {
   Separate();
   char digits[16];
   m_text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
-void JsonText::Bool(bool value) {
+void JsonWriter::Bool(bool value) {
   Separate();
   m_text += value ? "true" : "false";
 }
 
-void JsonText::String(std::string_view text) {
+void JsonWriter::String(std::string_view text) {
   Separate();
   m_text += '"';
   size_t plainFrom = 0;
@@ -50,7 +50,7 @@ void JsonText::String(std::string_view text) {
   m_text += '"';
 }
 
-void JsonText::AppendEscaped(char c) {
+void JsonWriter::AppendEscaped(char c) {
   static constexpr std::string_view kNamed = "\b\f\n\r\t\"\\";
   static constexpr std::string_view kNames = "bfnrt\"\\";
   static constexpr char kHex[] = "0123456789ABCDEF";

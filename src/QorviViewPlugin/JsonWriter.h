@@ -9,7 +9,7 @@ namespace QorviViewPlugin {
 
 // Writes compact JSON, byte for byte as RapidJSON's Writer does, straight into a text. The calls must come in an order
 // that makes JSON; commas come by themselves. One thread at a time.
-class JsonText {
+class JsonWriter {
  public:
   void BeginObject() { Begin('{'); }
   void EndObject() { m_text += '}'; }

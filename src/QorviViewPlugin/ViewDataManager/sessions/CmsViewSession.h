@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // The sessions that list, add, modify, delete and order views on the server. Each object serves one call on one thread;
 // m_error holds why a call answered false, m_changeNumber which change the server made of it, 0 where it does not say.
+// Listing and ordering exist for programs outside this repository only: the library takes its views from the platform's
+// download.
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
 
 namespace QorviViewPlugin {
 
@@ -19,9 +22,13 @@ struct ViewMoveRequest {
   std::vector<unsigned int> vcIDs;
 };
 
+// What the cache makes of the views of a list. The manager, which stands above the sessions, sets it when it is made.
+using ListedViewsCheck = void (*)(std::span<const ViewInfo> listed);
+void SetListedViewsCheck(ListedViewsCheck check);
+
 class CmsViewList {
  public:
-  // Appends the server's views to m_vcViews in reply order.
+  // Appends the server's views to m_vcViews in reply order, and has the cache check them.
   bool GetCmsViewList(uint32_t clientResourceVersion);
 
   std::vector<ViewInfo> m_vcViews;

@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // The frame of the exchanges, bool F(request, response). An exchange writes its middle only, a function that turns the
-// request record into the response record:
+// request record into the response record; the exported function around it is defined by one line:
 //
 //     void AnswerAddPlan(const protocol::AddPlanRequest& request, protocol::AddPlanResponse& response);
-//     bool AddPlan(const std::string& request, std::string& response) {
-//       return RunExchange(request, response, AnswerAddPlan);
-//     }
+//     QORVI_EXCHANGE(AddPlan)
 //
 // Whatever the middle throws ends here. Any thread; the frame holds no state and no lock.
 #pragma once
 
 #include <string>
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/protocol/JsonRecord.h"
 #include "VantBase/Error.h"
 
@@ -67,14 +64,14 @@ Result Guarded(Result onFailure, Body body) noexcept {
   }
 }
 
-// What a failure inside the library leaves in a response beside the error text; a record of which more is to be said
-// has an overload in its namespace.
+// Fills in what a response says of a failure inside the library besides the error text: nothing, unless the record has
+// an overload in its namespace.
 template <class Response>
 void MarkFailed(Response&) {}
 
-// Runs the body of an exchange, which sets the response text and answers the result. What it throws gives false and a
-// fresh response record, with an error text where the record has one; where memory does not even allow that, an empty
-// object.
+// Runs the body of an exchange, which sets the response text and answers the result. When the body throws, the result
+// is false and the response a fresh record, with an error text where the record has one; where there is no memory for
+// that, an empty object.
 template <class Response, class Body>
 bool GuardedExchange(std::string& responseText, Body body) noexcept {
   try {
@@ -92,7 +89,7 @@ bool GuardedExchange(std::string& responseText, Body body) noexcept {
   }
 }
 
-// For the exchanges that decide their result themselves: it is what the middle answers.
+// For the exchanges whose middle decides the result: it is what the middle answers.
 template <class Request, class Response>
 bool RunExchange(const std::string& requestText, std::string& responseText,
                  bool (*answer)(const Request&, Response&)) noexcept {
@@ -105,7 +102,7 @@ bool RunExchange(const std::string& requestText, std::string& responseText,
   });
 }
 
-// For all others: the result is true exactly when the response's error text is empty, whatever left it so.
+// For all others: the result is true exactly when the middle has left the response's error text empty.
 template <class Request, HasErrorText Response>
 bool RunExchange(const std::string& requestText, std::string& responseText,
                  void (*answer)(const Request&, Response&)) noexcept {
@@ -124,17 +121,10 @@ std::string Translated(const char* key);
 // The display text of an error record; empty when its sub error is 0.
 std::string TextOf(const Vant::Base::Error::ErrorCode& error);
 
-// The owner of a plan or plan group of that type: nobody where it is public, else the current user.
-unsigned int OwnerForType(int type);
-
-// The ids by which a host names the top of the tree, beside -1.
-inline constexpr unsigned int kHostTopLevel = AsUnsigned(-2);
-inline constexpr unsigned int kHostOtherTopLevel = AsUnsigned(-4);
-
-// The id with both of them read as -1, none.
-unsigned int TopLevelAsNone(unsigned int id);
-
-// Returns once the platform reports its download of groups and views finished, however long that takes.
-void WaitForViewDownload();
-
 }  // namespace QorviViewPlugin
+
+// The exported function of that name, outside all namespaces.
+#define QORVI_EXCHANGE(name)                                                               \
+  bool name(const std::string& request, std::string& response) {                           \
+    return QorviViewPlugin::RunExchange(request, response, QorviViewPlugin::Answer##name); \
+  }

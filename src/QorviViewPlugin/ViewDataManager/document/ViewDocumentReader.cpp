@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "VantBase/Base64.h"
 #include "VeltControl/VeltControl.h"
 
@@ -40,8 +40,8 @@ void ReadMilliCorners(Cursor& at, Rectangle& corners) {
   corners.fYBottom = FromMilli(at.Number("BottomY"));
 }
 
-// Stands at the fisheye object; the list of expanded windows has a name of its own in each document. Expanded windows
-// are added to those already there.
+// The cursor stands at the fisheye object. The list of expanded windows has a name of its own in each document; its
+// windows are added to those already there.
 template <class Cursor>
 void ReadFishEye(Cursor& at, std::string_view listKey, CameraGridStruct& window) {
   window.b_enable_fish_eye = true;
@@ -240,7 +240,7 @@ void ReadExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {
     ReadDigitalZoom(at, window.struRect);
   } else if (document.get_cnt("/playParams/FishEye") == 1) {
     PathCursor at(document, "/playParams/FishEye/");
-    // The server's name for the list in this text.
+    // In this text the server spells the list's name so.
     ReadFishEye(at, "FiehEyeInfo", window);
   } else if (document.get_cnt("/Zoom") == 1) {
     window.map_scale_size = document.get_int_v("/Zoom", -1);
