@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "BizShared/UserCommonManager.h"
-#include "BizShared/details/Exchange.h"
+#include "BizShared/details/RequestContext.h"
 #include "ForkedChild.h"
 #include "NetLink/RapidJsonProto.h"
 #include "PlatformCalls.h"
@@ -108,23 +108,23 @@ void AddView(const std::string& name) {
 
 // Adds a view in another session of the same user. The platform's own knows nothing of it.
 void AddViewElsewhere(const std::string& name) {
-  BizShared::details::Exchange exchange;
-  exchange.asUser = false;
+  BizShared::details::RequestContext context;
+  context.asUser = false;
   const auto post = [&](const char* what, const std::string& body) {
     NetLink::CClientSendInfo send;
     send.SetVal_Method("POST");
     send.SetVal_URL(kRoot + std::string(what));
     send.SetVal_send_data(body);
     NetLink::CClientRecvInfo recv;
-    EXPECT_TRUE(CNetCommManager::Instance().Send(recv, send, exchange));
+    EXPECT_TRUE(CNetCommManager::Instance().Send(recv, send, context));
     NetLink::CRapidJsonProto reply;
     reply.set_str(recv.GetVal_Receive_Data());
     return reply.get_v("/ResponseStatus/Data/Session/Token", "");
   };
-  exchange.token = post("Sessions", R"({"Session":{"UserName":"ann","Password":"secret of ann"}})");
-  ASSERT_NE(exchange.token, "");
+  context.token = post("Sessions", R"({"Session":{"UserName":"ann","Password":"secret of ann"}})");
+  ASSERT_NE(context.token, "");
   post("Views", ViewBody(name));
-  EXPECT_EQ(exchange.status, 200);
+  EXPECT_EQ(context.status, 200);
 }
 
 TEST(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {

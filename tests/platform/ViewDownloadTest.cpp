@@ -5,7 +5,7 @@
 #include "../Gate.h"
 #include "DownloadFixture.h"
 #include "PlatformCalls.h"
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementManager.h"
 #include "ResourceStore/OrlUserManager.h"
 
 namespace {

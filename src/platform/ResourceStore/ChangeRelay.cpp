@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "BizShared/details/Canceller.h"
+#include "BizShared/details/Reply.h"
 #include "NetLink/RapidJsonProto.h"
-#include "ResourceStore/Reply.h"
 
 namespace ResourceStore::details {
 
@@ -29,6 +29,7 @@ std::optional<uint32_t> ToId(std::string_view text) {
 
 // "V0/Views", "V0/ViewGroups/7" and the like.
 EditAnswer ReadEditAnswer(std::string_view url, const std::string& answer) {
+  using BizShared::details::kPlatformUrl;
   EditAnswer edit;
   if (answer.empty() || !url.starts_with(kPlatformUrl)) return edit;
   url.remove_prefix(std::string_view(kPlatformUrl).size());
@@ -37,7 +38,7 @@ EditAnswer ReadEditAnswer(std::string_view url, const std::string& answer) {
   if (list == "V0/ViewGroups") edit.kind = ListKind::Groups;
   if (!edit.kind) return edit;
   NetLink::CRapidJsonProto reply;
-  if (ReadEnvelope(answer, reply).GetSubError() != 0) return edit;
+  if (BizShared::details::ReadEnvelope(answer, reply).GetSubError() != 0) return edit;
   edit.number = ToChangeNumber(reply.get_v("/ResponseStatus/Data/ChangeNumber", "")).value_or(0);
   if (url != list) {
     edit.id = ToId(url.substr(list.size() + 1));

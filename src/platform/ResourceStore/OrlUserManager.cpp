@@ -12,10 +12,10 @@
 
 #include "BizShared/NetCommManager.h"
 #include "BizShared/details/Canceller.h"
-#include "BizShared/details/Exchange.h"
 #include "BizShared/details/Process.h"
+#include "BizShared/details/Reply.h"
+#include "BizShared/details/ServerRequest.h"
 #include "NetLink/RapidJsonProto.h"
-#include "ResourceStore/Reply.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
 
@@ -134,30 +134,19 @@ struct FixedDownload {
 
 Users ReadUsers(const NetLink::CRapidJsonProto& reply) {
   Users users;
-  int count = reply.get_cnt("/ResponseStatus/Data/UserList/User");
-  for (int i = 1; i <= count; ++i) {
-    std::string prefix = "/ResponseStatus/Data/UserList/User[" + std::to_string(i) + "]/";
-    users.push_back(std::make_shared<CUserInfo>(reply.get_int_v(prefix + "ID", -1), reply.get_v(prefix + "Name", ""),
-                                                reply.get_int_v(prefix + "Online", 0) != 0,
-                                                reply.get_int_v(prefix + "PTZControlPermission", -1)));
-  }
+  BizShared::details::ForEachElement(reply, "UserList/User", [&](const std::string& path) {
+    users.push_back(std::make_shared<CUserInfo>(reply.get_int_v(path + "ID", -1), reply.get_v(path + "Name", ""),
+                                                reply.get_int_v(path + "Online", 0) != 0,
+                                                reply.get_int_v(path + "PTZControlPermission", -1)));
+  });
   return users;
 }
 
 bool FetchUsers(BizShared::details::CCanceller& canceller, Users& users, ErrorCode& error) {
-  NetLink::CClientSendInfo send;
-  send.SetVal_Method("GET");
-  send.SetVal_URL(std::string(kPlatformUrl) + "V0/Users");
-  NetLink::CClientRecvInfo recv;
-  BizShared::details::Exchange exchange;
-  exchange.canceller = &canceller;
-  if (!BizShared::CNetCommManager::Instance().Send(recv, send, exchange)) {
-    error = recv.GetVal_Error_code();
-    return false;
-  }
+  BizShared::details::RequestContext context;
+  context.canceller = &canceller;
   NetLink::CRapidJsonProto reply;
-  error = ReadEnvelope(recv.GetVal_Receive_Data(), reply);
-  if (error.GetSubError() != 0) return false;
+  if (!BizShared::details::Ask(BizShared::details::GetRequest("V0/Users"), context, reply, error)) return false;
   users = ReadUsers(reply);
   return true;
 }

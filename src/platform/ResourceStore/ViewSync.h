@@ -51,6 +51,9 @@ class ViewSync {
   // Attempts until `take` has the lists; false when cancelled.
   bool DownloadFor(void (details::ChangeRelay::*take)(details::DownloadedList, details::DownloadedList));
   bool Download(Lists& lists);
+  // Gets the text of that resource until `take` accepts it: take(text, sequence of the reply's header, error).
+  template <class Take>
+  bool Fetch(const char* name, Take take);
   bool FetchAreas();
   bool FetchList(const char* name, const details::ListNames& names, details::DownloadedList& list);
   template <class Attempt>

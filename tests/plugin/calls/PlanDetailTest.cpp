@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CallFixture.h"
 #include "ResourceStore/DownloadResource.h"
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementManager.h"
 
 namespace call_test {
 namespace {
