@@ -6,7 +6,7 @@
 #include <string>
 
 #include "NetLink/RapidJsonProto.h"
-#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
 #include "Report.h"
 #include "SiteData.h"
 #include "Suites.h"

@@ -15,8 +15,8 @@
 
 #include "BizShared/NetCommManager.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "Report.h"
 #include "SiteData.h"
 #include "Suites.h"

@@ -2,7 +2,7 @@
 // The text that a window carries of its digital zoom, fisheye or e-map: any text is read, and what was read can be
 // written and read again.
 #include "FuzzInput.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace QorviViewPlugin;

@@ -137,7 +137,7 @@ def keys():
     for path in (ROOT / "src/QorviViewPlugin/protocol").glob("*.h"):
         names.update(re.findall(r"FIELD\([^,()]*, (\w+)\)", path.read_text()))
     for folder in ("QorviViewPlugin/ViewDataManager", "server", "platform/ResourceStore"):
-        for path in (ROOT / "src" / folder).glob("*.cpp"):
+        for path in (ROOT / "src" / folder).rglob("*.cpp"):
             names.update(re.findall(r'"([A-Z][A-Za-z]{2,})"', path.read_text()))
     return sorted(names)
 

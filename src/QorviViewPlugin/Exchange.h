@@ -12,7 +12,6 @@
 
 #include <string>
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/protocol/JsonRecord.h"
 #include "VantBase/Error.h"
 
@@ -123,18 +122,5 @@ std::string Translated(const char* key);
 
 // The display text of an error record; empty when its sub error is 0.
 std::string TextOf(const Vant::Base::Error::ErrorCode& error);
-
-// The owner of a plan or plan group of that type: nobody where it is public, else the current user.
-unsigned int OwnerForType(int type);
-
-// The ids by which a host names the top of the tree, beside -1.
-inline constexpr unsigned int kHostTopLevel = AsUnsigned(-2);
-inline constexpr unsigned int kHostOtherTopLevel = AsUnsigned(-4);
-
-// The id with both of them read as -1, none.
-unsigned int TopLevelAsNone(unsigned int id);
-
-// Returns once the platform reports its download of groups and views finished, however long that takes.
-void WaitForViewDownload();
 
 }  // namespace QorviViewPlugin

@@ -3,30 +3,22 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <deque>
 #include <list>
 #include <optional>
 #include <string>
 
+#include "QorviViewPlugin/ChangeGate.h"
 #include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDownload.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
-#include "ResourceStore/ViewGroupManager.h"
-#include "VantBase/Log.h"
 
 namespace QorviViewPlugin {
 namespace {
-
-using Vant::Base::details::IOrlFormatLog;
-
-ResourceStore::CViewGroupManager& Downloads() {
-  return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
-}
 
 // Nothing may be thrown into the platform's thread: want of memory ends that one step. Whether it came to its end.
 template <class Step>
@@ -94,10 +86,11 @@ bool CatchUpWithViewGroups(const std::string& data) {
   return ApplyEach(Manager().MissedViewGroupChanges(data), &CViewGroupManager::ApplyViewGroupChange);
 }
 
-ChangeKind s_viewChanges{ApplyViewDocument, CatchUpWithViews, [](std::string& data) { Downloads().GetViewsData(data); },
-                         s_bViewInitFinish};
+ChangeKind s_viewChanges{ApplyViewDocument, CatchUpWithViews,
+                         [](std::string& data) { ViewDownload().GetViewsData(data); }, s_bViewInitFinish};
 ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
-                              [](std::string& data) { Downloads().GetViewGroupsData(data); }, s_bViewGroupInitFinish};
+                              [](std::string& data) { ViewDownload().GetViewGroupsData(data); },
+                              s_bViewGroupInitFinish};
 
 // The platform's text holds every change that was called back. Before the load there is nothing to catch up with: it
 // takes that text itself.
@@ -112,90 +105,28 @@ void CatchUp(ChangeKind& kind) noexcept {
   if (!isDone) kind.hasMissed = true;
 }
 
-void Apply(ChangeKind& kind, const std::string& data) noexcept {
+void Take(ChangeKind& kind, const std::string& data) noexcept {
   bool isDone = false;
   Quietly([&] { isDone = kind.apply(data); });
   if (!isDone) kind.hasMissed = true;
   CatchUp(kind);
 }
 
-// Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
-// applied in order by the thread that loaded. Who brings them waits for that thread, lest a flood fill the memory and
-// keep it at work for ever; but not for long, since the load itself, or an observer that it calls, may be waiting for
-// the bringer's callback to end. m_lock is a leaf lock; nothing is applied under it.
-class ChangeGate {
- public:
-  void Arrive(ChangeKind& kind, const std::string& data) EXCLUDES(m_lock) {
-    {
-      MutexLock lock(m_lock);
-      if (m_loads > 0 || m_draining) m_drained.WaitFor(lock, kPatience);
-      if (m_loads > 0 || m_draining) {
-        m_waiting.push_back({&kind, data});
-        return;
-      }
-    }
-    Apply(kind, data);
-  }
-
-  void BeginLoad() EXCLUDES(m_lock) {
-    MutexLock lock(m_lock);
-    ++m_loads;
-  }
-
-  void EndLoad() EXCLUDES(m_lock) {
-    {
-      MutexLock lock(m_lock);
-      --m_loads;
-      // An observer that a waiting change has called may load too: the loop that called it goes on.
-      if (m_loads > 0 || m_draining) return;
-      m_draining = true;
-    }
-    Change change;
-    while (TakeNext(change)) Apply(*change.kind, change.data);
-  }
-
- private:
-  struct Change {
-    ChangeKind* kind = nullptr;
-    std::string data;
-  };
-
-  bool TakeNext(Change& change) EXCLUDES(m_lock) {
-    MutexLock lock(m_lock);
-    if (m_waiting.empty() || m_loads > 0) {
-      m_draining = false;
-      m_drained.NotifyAll();
-      return false;
-    }
-    change = std::move(m_waiting.front());
-    m_waiting.pop_front();
-    return true;
-  }
-
-  static constexpr std::chrono::milliseconds kPatience{100};
-
-  Mutex m_lock;
-  Condition m_drained;
-  int m_loads GUARDED_BY(m_lock) = 0;
-  bool m_draining GUARDED_BY(m_lock) = false;
-  std::deque<Change> m_waiting GUARDED_BY(m_lock);
-};
-
 ChangeGate s_changeGate;
 // One load, or clearing, at a time. Held while the cache is filled, never while a callback is set or an observer
 // called.
 Mutex s_loadLock;
 
-void Arrive(ChangeKind& kind, const std::string& data) noexcept {
-  if (!Quietly([&] { s_changeGate.Arrive(kind, data); })) kind.hasMissed = true;
+void Arrive(ChangeKind& kind, TakeChange take, const std::string& data) noexcept {
+  if (!Quietly([&] { s_changeGate.Arrive(take, data); })) kind.hasMissed = true;
 }
 
 // Withdraws the change callbacks when the library is unloaded, waiting for a running one. Made as a local static on the
 // first registration, so that it is destroyed before everything a callback uses.
 struct CallbackWithdrawal {
   ~CallbackWithdrawal() {
-    Downloads().SetViewsUpdateCallback(nullptr);
-    Downloads().SetViewGroupsUpdateCallback(nullptr);
+    ViewDownload().SetViewsUpdateCallback(nullptr);
+    ViewDownload().SetViewGroupsUpdateCallback(nullptr);
   }
 };
 
@@ -226,7 +157,7 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   // Before the callback is set, which waits for a running one: no change is applied beside the load from here on.
   LoadInProgress loading;
   kind.setCallback();
-  if (!Downloads().IsViewDownloadSuccess()) return false;
+  if (!ViewDownload().IsViewDownloadSuccess()) return false;
 
   MutexLock lock(s_loadLock);
   if (kind.done) return true;
@@ -255,7 +186,7 @@ std::optional<std::string> s_viewErrorText;
 const FirstLoad kViewGroupLoad = {s_viewGroupChanges,
                                   s_bViewGroupInitFinish,
                                   s_viewGroupErrorText,
-                                  [] { Downloads().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
+                                  [] { ViewDownload().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
                                   [](const std::string& data) {
                                     IOrlFormatLog(kInfoLevel, kInfoModule,
                                                   "[%s]init view_group_message data: %s[%s(%d)]",
@@ -266,7 +197,7 @@ const FirstLoad kViewGroupLoad = {s_viewGroupChanges,
 const FirstLoad kViewLoad = {s_viewChanges,
                              s_bViewInitFinish,
                              s_viewErrorText,
-                             [] { Downloads().SetViewsUpdateCallback(ViewDataResourceUpdate); },
+                             [] { ViewDownload().SetViewsUpdateCallback(ViewDataResourceUpdate); },
                              [](const std::string& data) {
                                IOrlFormatLog(kInfoLevel, kInfoModule, "[%s]init view_messgae data: %s[%s(%d)]",
                                              "IsInitViewFinish", data.c_str(), __FILE__, __LINE__);
@@ -285,10 +216,19 @@ bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string&
 }  // namespace
 
 void ViewDataResourceUpdate(const std::string& data) {
-  Arrive(s_viewChanges, data);
+  Arrive(
+      s_viewChanges, [](const std::string& change) noexcept { Take(s_viewChanges, change); }, data);
 }
 void ViewGroupDataResourceUpdate(const std::string& data) {
-  Arrive(s_viewGroupChanges, data);
+  Arrive(
+      s_viewGroupChanges, [](const std::string& change) noexcept { Take(s_viewGroupChanges, change); }, data);
+}
+
+void EnsureLoaded() {
+  WaitForViewDownload();
+  std::string ignoredResponse;
+  LoadQuietly(kViewGroupLoad, {}, ignoredResponse);
+  LoadQuietly(kViewLoad, {}, ignoredResponse);
 }
 
 bool IsViewGroupLoadDone() {

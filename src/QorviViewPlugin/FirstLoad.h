@@ -11,6 +11,10 @@ namespace QorviViewPlugin {
 bool IsViewGroupLoadDone();
 bool IsViewLoadDone();
 
+// Waits for the platform's download and loads what has not been loaded yet. The change callbacks are registered with
+// it.
+void EnsureLoaded();
+
 // The change callbacks: take a change document from the platform. Any thread; nothing is thrown.
 void ViewDataResourceUpdate(const std::string& data);
 void ViewGroupDataResourceUpdate(const std::string& data);

@@ -3,7 +3,7 @@
 
 #include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "ResourceStore/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDownload.h"
 
 namespace {
 
@@ -27,7 +27,5 @@ bool IsSupportPlanChangeOrder() {
 }
 
 bool IsViewResourceDownFinish() {
-  return QorviViewPlugin::Guarded(false, [] {
-    return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance().IsViewDownloadSuccess();
-  });
+  return QorviViewPlugin::Guarded(false, [] { return QorviViewPlugin::ViewDownload().IsViewDownloadSuccess(); });
 }

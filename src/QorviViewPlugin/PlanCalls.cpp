@@ -4,9 +4,11 @@
 #include <utility>
 
 #include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/HostIds.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDownload.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "VeltControl/VeltControl.h"
 

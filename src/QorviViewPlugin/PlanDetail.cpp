@@ -5,6 +5,7 @@
 #include "QorviViewPlugin/FirstLoad.h"
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
@@ -17,14 +18,6 @@ using Vant::Base::Error::ErrorCode;
 
 const ResourceStore::CElementManager& Elements() {
   return Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance();
-}
-
-// Waits for the platform's download and loads what has not been loaded yet.
-void EnsureLoaded() {
-  WaitForViewDownload();
-  std::string scratch;
-  if (!IsViewGroupLoadDone()) IsInitViewGroupFinish({}, scratch);
-  if (!IsViewLoadDone()) IsInitViewFinish({}, scratch);
 }
 
 // Has the platform fetch the elements of that kind; false with its error.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/Exchange.h"
+#include "QorviViewPlugin/HostIds.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/Exchange.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The manager's edits: each asks the server first and changes the cache, silently, only after it has agreed.
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/CmsViewGroupSession.h"
-#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewGroupSession.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 #include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
 #include "VeltControl/VeltControl.h"
 

@@ -6,7 +6,8 @@
 #include <utility>
 
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 #include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
 #include "VantBase/SingletonImpl.h"
@@ -35,7 +36,9 @@ Notice ChildNotice(unsigned int parentId, NoticeState state, ResourceData::Resou
 
 }  // namespace
 
-CViewGroupManager::CViewGroupManager() = default;
+CViewGroupManager::CViewGroupManager() {
+  SetListedViewsCheck([](std::span<const ViewInfo> listed) { Manager().NotePendingChecks(listed); });
+}
 
 CViewGroupManager::~CViewGroupManager() {
   std::unique_ptr<COrlUserObserver> observer;

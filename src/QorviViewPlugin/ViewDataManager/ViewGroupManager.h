@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -118,9 +119,10 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   std::list<ViewInfo> MissedViewChanges(const std::string& data) EXCLUDES(m_viewOrderLock);
   std::list<ViewGroupInfo> MissedViewGroupChanges(const std::string& data);
 
-  // Notes a modified view under each resource type that its cached form is marked for and of which it shows an element
-  // that the platform does not know.
-  void CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const;
+  // Of the views that have just been read, makes pending checks of the modified ones: under each resource type that the
+  // cached view is marked for and of which the read one shows an element that the platform does not know. Where there
+  // are none, earlier pending checks stay.
+  void NotePendingChecks(std::span<const ViewInfo> views);
 
  private:
   template <class T>

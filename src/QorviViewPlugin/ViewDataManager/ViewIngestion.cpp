@@ -4,11 +4,11 @@
 #include <unordered_set>
 
 #include "NetLink/RapidJsonProto.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
-#include "QorviViewPlugin/ViewDataManager/ViewList.h"
-#include "VantBase/Log.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 
 namespace QorviViewPlugin {
 namespace {
@@ -19,8 +19,7 @@ struct EnvelopeTexts {
 };
 
 void LogRefused(const EnvelopeTexts& texts, const ErrorCode& error) {
-  Vant::Base::details::IOrlFormatLog(kErrorLevel, kErrorModule, texts.refused, texts.function, error.GetSubError(),
-                                     __FILE__, __LINE__);
+  IOrlFormatLog(kErrorLevel, kErrorModule, texts.refused, texts.function, error.GetSubError(), __FILE__, __LINE__);
 }
 
 // Whether a window of that type shows an element that the platform does not know.
@@ -96,14 +95,12 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
     return false;
   }
   list.completeUpTo = read.completeUpTo;
-  PendingChecks pending;
+  NotePendingChecks(read.views);
   list.views.reserve(read.views.size());
   for (ViewInfo& info : read.views) {
-    CollectPendingChecks(info, pending);
     if (changes) changes->push_back(info);
     list.views.push_back(std::make_shared<CView>(std::move(info)));
   }
-  if (!pending.empty()) SetPendingChecks(pending);
   return true;
 }
 
@@ -119,13 +116,16 @@ void CViewGroupManager::JoinGroups(Joining members) {
   }
 }
 
-void CViewGroupManager::CollectPendingChecks(const ViewInfo& view, PendingChecks& pending) const {
-  if (view.nMethod != ChangeModified) return;
-  const std::shared_ptr<CView> cached = GetViewByID(view.idView);
-  if (!cached) return;
-  for (const int type : {ResourceTypeCamera, ResourceTypeDoor, ResourceTypeRadar, ResourceTypeElevator}) {
-    if (cached->CheckResourceExist(type) && ShowsUnknownElement(view, type)) pending[type].push_back(view.idView);
+void CViewGroupManager::NotePendingChecks(std::span<const ViewInfo> views) {
+  PendingChecks pending;
+  for (const ViewInfo& view : views) {
+    const std::shared_ptr<CView> cached = view.nMethod == ChangeModified ? GetViewByID(view.idView) : nullptr;
+    if (!cached) continue;
+    for (const int type : {ResourceTypeCamera, ResourceTypeDoor, ResourceTypeRadar, ResourceTypeElevator}) {
+      if (cached->CheckResourceExist(type) && ShowsUnknownElement(view, type)) pending[type].push_back(view.idView);
+    }
   }
+  if (!pending.empty()) SetPendingChecks(pending);
 }
 
 void CViewGroupManager::AnalysisExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {

@@ -4,9 +4,9 @@
 
 #include "CoreFixture.h"
 #include "ModelText.h"
-#include "QorviViewPlugin/ViewDataManager/CmsViewGroupSession.h"
-#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewGroupSession.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 
 namespace core_test {
 namespace {

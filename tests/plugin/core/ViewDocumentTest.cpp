@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The server's form of views and groups: what is written, byte for byte, and what either reader makes of every key.
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 
 #include <gtest/gtest.h>
 #include <rapidjson/stringbuffer.h>

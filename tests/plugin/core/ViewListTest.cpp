@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The reader of view lists beside the plain one, which asks the platform's document for every value by its path.
-#include "QorviViewPlugin/ViewDataManager/ViewList.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 
 #include <random>
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "VantBase/Base64.h"
 #include "VeltControl/VeltControl.h"
 

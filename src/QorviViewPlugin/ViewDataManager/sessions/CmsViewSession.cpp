@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
+
+#include <atomic>
 
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
-#include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
 
 namespace QorviViewPlugin {
 namespace {
+
+std::atomic<ListedViewsCheck> s_listedViewsCheck{nullptr};
 
 constexpr char kViewsUrl[] = "/NXAPI/Vantorel/Platform/V0/Views";
 
@@ -21,19 +25,21 @@ std::string WriteViewsRequest(uint32_t clientResourceVersion) {
 }
 
 void ParseViewList(NetLink::CRapidJsonProto& reply, std::vector<ViewInfo>& views) {
-  auto& manager = Manager();
-  PendingChecks pending;
+  const size_t first = views.size();
   PathCursor at(reply, "/ResponseStatus/Data/ViewList/");
   const int count = at.Count("View");
   for (int i = 1; i <= count; ++i) {
     const auto level = at.Enter("View", i);
     views.push_back(ReadView(at, DocumentOrigin::ListReply));
-    manager.CollectPendingChecks(views.back(), pending);
   }
-  if (!pending.empty()) manager.SetPendingChecks(pending);
+  if (const ListedViewsCheck check = s_listedViewsCheck) check(std::span(views).subspan(first));
 }
 
 }  // namespace
+
+void SetListedViewsCheck(ListedViewsCheck check) {
+  s_listedViewsCheck = check;
+}
 
 bool CmsViewList::GetCmsViewList(uint32_t clientResourceVersion) {
   static constexpr SessionTexts kTexts = {

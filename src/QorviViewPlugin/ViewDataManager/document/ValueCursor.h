@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "QorviViewPlugin/ViewDataManager/JsonMembers.h"
+#include "QorviViewPlugin/ViewDataManager/document/JsonMembers.h"
 
 namespace QorviViewPlugin {
 

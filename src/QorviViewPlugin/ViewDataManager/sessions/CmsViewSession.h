@@ -4,11 +4,12 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
 
 namespace QorviViewPlugin {
 
@@ -19,9 +20,13 @@ struct ViewMoveRequest {
   std::vector<unsigned int> vcIDs;
 };
 
+// What the cache does about the views of a list: the manager stands above the sessions and sets it when it is made.
+using ListedViewsCheck = void (*)(std::span<const ViewInfo> listed);
+void SetListedViewsCheck(ListedViewsCheck check);
+
 class CmsViewList {
  public:
-  // Appends the server's views to m_vcViews in reply order.
+  // Appends the server's views to m_vcViews in reply order, and has the cache check them.
   bool GetCmsViewList(uint32_t clientResourceVersion);
 
   std::vector<ViewInfo> m_vcViews;

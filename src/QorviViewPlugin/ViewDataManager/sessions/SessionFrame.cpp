@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
 
 #include <memory>
-#include <optional>
 
 #include "BizShared/NetCommManager.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
-#include "VantBase/Log.h"
+#include "QorviViewPlugin/LogLine.h"
 
 namespace QorviViewPlugin {
 namespace {
-
-using Vant::Base::details::IOrlFormatLog;
 
 constexpr unsigned long kListingTimeoutMs = 30000;
 
@@ -28,25 +24,10 @@ void LogEmptyReply(const SessionTexts& texts) {
   IOrlFormatLog(kErrorLevel, kErrorModule, texts.emptyReply, texts.function, __FILE__, __LINE__);
 }
 
-// The reply's body, or nothing after a transport failure.
 std::optional<std::string> Send(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error) {
-  const auto send = std::make_shared<NetLink::CClientSendInfo>();
-  send->SetVal_Method(request.method);
-  send->SetVal_URL(request.url);
-  if (request.isListing) {
-    send->SetVal_Request_Data(request.body);
-    send->SetVal_Timeout(kListingTimeoutMs);
-  } else {
-    send->SetVal_send_data(request.body);
-  }
-  auto reply = std::make_shared<NetLink::CClientRecvInfo>();
-  auto& transport = Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
-  if (!transport.ClientSynSend(reply, send, 0)) {
-    error = reply->GetVal_Error_code();
-    LogFailure(texts, texts.transportFailed, error);
-    return std::nullopt;
-  }
-  return reply->GetVal_Receive_Data();
+  std::optional<std::string> body = SendRequest(request, error);
+  if (!body) LogFailure(texts, texts.transportFailed, error);
+  return body;
 }
 
 bool LogOutcome(const SessionTexts& texts, bool accepted, const ErrorCode& error) {
@@ -60,18 +41,23 @@ bool LogOutcome(const SessionTexts& texts, bool accepted, const ErrorCode& error
 
 }  // namespace
 
-bool ReadResponseStatus(const NetLink::CRapidJsonProto& reply, CascadingText cascading, ErrorCode& error) {
-  error.SetMainError(reply.get_int_v("/ResponseStatus/ErrorModule", -1));
-  error.SetSubError(reply.get_int_v("/ResponseStatus/ErrorCode", -1));
-  error.SetSubSystemErrorCode(kSubSystemCode);
-  if (cascading == CascadingText::Kept) {
-    error.SetCasadingErrorInfo(reply.get_v("/ResponseStatus/CascadingErrorInfo", ""));
+std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode& error) {
+  const auto send = std::make_shared<NetLink::CClientSendInfo>();
+  send->SetVal_Method(request.method);
+  send->SetVal_URL(request.url);
+  if (request.isListing) {
+    send->SetVal_Request_Data(request.body);
+    send->SetVal_Timeout(kListingTimeoutMs);
+  } else {
+    send->SetVal_send_data(request.body);
   }
-  return error.GetSubError() == 0;
-}
-
-ChangeNumber ReadDataNumber(const NetLink::CRapidJsonProto& reply) {
-  return ReadChangeNumber(reply.get_v("/ResponseStatus/Data/ChangeNumber", ""));
+  auto reply = std::make_shared<NetLink::CClientRecvInfo>();
+  auto& transport = Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
+  if (!transport.ClientSynSend(reply, send, 0)) {
+    error = reply->GetVal_Error_code();
+    return std::nullopt;
+  }
+  return reply->GetVal_Receive_Data();
 }
 
 bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,

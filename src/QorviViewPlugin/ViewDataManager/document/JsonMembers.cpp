@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/JsonMembers.h"
+#include "QorviViewPlugin/ViewDataManager/document/JsonMembers.h"
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/ViewList.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 
 #include <rapidjson/document.h>
 
@@ -11,10 +11,10 @@
 #include <string_view>
 #include <utility>
 
-#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
-#include "QorviViewPlugin/ViewDataManager/ValueCursor.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
+#include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "json/ParseText.h"
 
 namespace QorviViewPlugin {

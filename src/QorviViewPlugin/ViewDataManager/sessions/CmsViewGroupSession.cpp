@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/CmsViewGroupSession.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewGroupSession.h"
 
+#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
-#include "VantBase/Log.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
 
 namespace QorviViewPlugin {
 namespace {
-
-using Vant::Base::details::IOrlFormatLog;
 
 constexpr char kViewGroupsUrl[] = "/NXAPI/Vantorel/Platform/V0/ViewGroups";
 constexpr char kDefaultConfigUrl[] = "/NXAPI/Vantorel/Platform/V1/View/Default/Config";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
 
 #include <charconv>
 

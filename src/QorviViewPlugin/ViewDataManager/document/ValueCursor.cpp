@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/ViewDataManager/ValueCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
 
 #include <algorithm>
 #include <limits>

@@ -10,9 +10,9 @@
 #include <string>
 #include <string_view>
 
-#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
-#include "QorviViewPlugin/ViewDataManager/ValueCursor.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
 
 namespace QorviViewPlugin {
 

@@ -2,8 +2,8 @@
 #include "NetLink/RapidJsonProto.h"
 #include "QorviViewPlugin/JsonText.h"
 #include "QorviViewPlugin/TextConversion.h"
-#include "QorviViewPlugin/ViewDataManager/PathCursor.h"
-#include "QorviViewPlugin/ViewDataManager/ViewDocument.h"
+#include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "VantBase/Base64.h"
 
 namespace QorviViewPlugin {

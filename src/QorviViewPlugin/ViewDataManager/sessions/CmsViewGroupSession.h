@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "QorviViewPlugin/ViewDataManager/CmsViewSession.h"
-#include "QorviViewPlugin/ViewDataManager/SessionFrame.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
+#include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 
 namespace QorviViewPlugin {
 

@@ -1,24 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the server sessions share: one request cycle and three ways of reading the reply. Everything runs on the calling
-// thread and blocks until the transport returns; no lock may be held by the caller.
+// thread and blocks until the transport returns. REQUIRES: the caller holds no lock.
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "NetLink/RapidJsonProto.h"
-#include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
-#include "VantBase/Error.h"
+#include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
 
 namespace QorviViewPlugin {
-
-using Vant::Base::Error::ErrorCode;
-
-inline constexpr char kInfoModule[] = "ClientVFPluginInfo";
-inline constexpr char kErrorModule[] = "ClientVFPluginError";
-inline constexpr int kInfoLevel = 3;
-inline constexpr int kErrorLevel = 5;
-inline constexpr int kSubSystemCode = 1;
 
 // How a session logs: its full name, and its formats. A format takes the name first and the source place last; the two
 // failure formats take main and sub error in between.
@@ -40,6 +32,10 @@ struct SessionRequest {
   bool marksSubSystemEarly = false;
 };
 
+// Sends the request and answers the reply's body; after a transport failure nothing, and `error` is the transport's
+// record. Nothing is logged.
+std::optional<std::string> SendRequest(const SessionRequest& request, ErrorCode& error);
+
 // Reads the data of a reply whose status is success.
 using ReplyReader = std::function<void(NetLink::CRapidJsonProto&)>;
 
@@ -52,7 +48,6 @@ bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, 
                       const ReplyReader& readData = nullptr);
 
 // Add and list: status and data. An empty reply fails and leaves `error` as it was.
-enum class CascadingText { Kept, Ignored };
 bool RunDataSession(const SessionRequest& request, const SessionTexts& texts, CascadingText cascading, ErrorCode& error,
                     const ReplyReader& readData);
 
@@ -60,12 +55,5 @@ bool RunDataSession(const SessionRequest& request, const SessionTexts& texts, Ca
 // refusal reaches it too; it may be empty.
 bool RunConfigSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
                       const ReplyReader& readData);
-
-// Reads the status of a reply or a downloaded document into `error`, with subsystem code 1; whether it is success.
-bool ReadResponseStatus(const NetLink::CRapidJsonProto& reply, CascadingText cascading, ErrorCode& error);
-
-// The number of the change that an accepted edit made, 0 where the reply says none; or, of a list, the number up to
-// which it is complete.
-ChangeNumber ReadDataNumber(const NetLink::CRapidJsonProto& reply);
 
 }  // namespace QorviViewPlugin

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+// How a host names places and owners, and what the model makes of it. Any thread.
+#pragma once
+
+#include "QorviViewPlugin/TextConversion.h"
+
+namespace QorviViewPlugin {
+
+// The ids by which a host names the top of the tree, beside -1.
+inline constexpr unsigned int kHostTopLevel = AsUnsigned(-2);
+inline constexpr unsigned int kHostOtherTopLevel = AsUnsigned(-4);
+
+// The id with both of them read as -1, none.
+unsigned int TopLevelAsNone(unsigned int id);
+
+// The owner of a plan or plan group of that type: nobody where it is public, else the current user.
+unsigned int OwnerForType(int type);
+
+}  // namespace QorviViewPlugin
