@@ -51,7 +51,7 @@ class NumberMaker {
   bool EndObject(rapidjson::SizeType members) { return m_handler.EndObject(members); }
   bool StartArray() { return m_handler.StartArray(); }
   bool EndArray(rapidjson::SizeType elements) { return m_handler.EndArray(elements); }
-  // The reader knows these, but numbers come raw.
+  // Named by the reader's code, never called: numbers come raw.
   bool Int(int) { return false; }
   bool Uint(unsigned int) { return false; }
   bool Int64(std::int64_t) { return false; }

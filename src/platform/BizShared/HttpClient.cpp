@@ -318,13 +318,13 @@ void HttpClient::CloseIdle() {
   if (details::IsForkedChild()) return;
   std::vector<std::unique_ptr<Lane>> idle;
   idle.reserve(kMaxIdleLanes);
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   idle.swap(m_idle);
 }
 
 std::unique_ptr<HttpClient::Lane> HttpClient::TakeLane() {
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (!m_idle.empty()) {
       std::unique_ptr<Lane> lane = std::move(m_idle.back());
       m_idle.pop_back();
@@ -336,7 +336,7 @@ std::unique_ptr<HttpClient::Lane> HttpClient::TakeLane() {
 
 void HttpClient::ReturnLane(std::unique_ptr<Lane> lane) {
   if (!lane->IsWorthKeeping()) return;
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   if (m_idle.size() < kMaxIdleLanes) m_idle.push_back(std::move(lane));
 }
 

@@ -43,9 +43,9 @@ class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommMana
   bool ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv, std::shared_ptr<NetLink::CClientSendInfo> send,
                      unsigned int reserved);
 
-  // For the platform's own libraries: ClientSynSend with more say, and unwatched.
+  // For the platform's own libraries: ClientSynSend with a context, of which the edit watch does not hear.
   bool Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send, details::RequestContext& context);
-  // For the platform's own libraries: who hears of edits, as long as somebody else keeps it.
+  // For the platform's own libraries: who hears of edits. It is not kept alive.
   void SetEditWatch(std::weak_ptr<details::IEditWatch> watch);
   std::shared_ptr<details::IEditWatch> GetEditWatch() const;
   // For CUserCommonManager: what gets another token when the server no longer knows the session of this one. Answers

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Internal to the library.
 #pragma once
 
 #include <map>
@@ -29,7 +30,8 @@ class ElementStore {
 
  private:
   mutable base::Mutex m_mutex;
-  std::map<int, std::unordered_map<unsigned int, std::shared_ptr<CElement>>> m_elements GUARDED_BY(m_mutex);
+  std::map<int, std::unordered_map<unsigned int, std::shared_ptr<CElement>>> m_elements
+      GUARDED_BY(m_mutex);  // by type, by id
   std::unordered_map<unsigned int, std::string> m_areas GUARDED_BY(m_mutex);
 };
 

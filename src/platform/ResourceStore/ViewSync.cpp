@@ -29,14 +29,12 @@ constexpr const char* kModule = "Platform";
 constexpr int kGone = 410;
 constexpr int kTransportError = 1, kNoMemory = 27;  // as the transport says it
 
-// Nothing may be thrown out of the thread: want of memory ends that one attempt. Whether it came to its end.
+// Nothing may be thrown out of the thread: want of memory ends the step.
 template <class Step>
-bool Ends(Step step) noexcept {
+void WithoutThrowing(Step step) noexcept {
   try {
     step();
-    return true;
   } catch (...) {
-    return false;
   }
 }
 
@@ -99,7 +97,7 @@ bool ViewSync::Repeat(const char* name, Attempt attempt) {
   while (!m_canceller.IsCancelled()) {
     ErrorCode error(kTransportError, kNoMemory, 0, {});
     bool succeeded = false;
-    Ends([&] { succeeded = attempt(error); });
+    WithoutThrowing([&] { succeeded = attempt(error); });
     if (m_canceller.IsCancelled()) return false;
     if (succeeded) return true;
     milliseconds pause = backoff.Next();
@@ -157,9 +155,9 @@ void ViewSync::Follow() {
   while (!m_canceller.IsCancelled()) {
     auto began = std::chrono::steady_clock::now();
     StreamEnd end = StreamEnd::Lost;
-    Ends([&] { end = FollowOnce(backoff); });
+    WithoutThrowing([&] { end = FollowOnce(backoff); });
     if (m_canceller.IsCancelled()) return;
-    Ends([&] { m_relay.TellDue(); });
+    WithoutThrowing([&] { m_relay.TellDue(); });
     if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
     if (!m_canceller.Pause(backoff.Next())) return;
     // After the pause: in one between the lists and the stream, a server that keeps few changes would forget those too.
@@ -174,7 +172,7 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   RequestContext context;
   context.canceller = &m_canceller;
   context.silence = m_timings.silence;
-  context.idle = [this] { Ends([&] { m_relay.TellDue(); }); };
+  context.idle = [this] { WithoutThrowing([&] { m_relay.TellDue(); }); };
   context.receive = [&](std::string_view piece) {
     parser.Feed(piece, events);
     for (const ChangeEvent& event : events) {

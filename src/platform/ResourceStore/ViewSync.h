@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Internal to the library.
 #pragma once
 
 #include <atomic>
@@ -15,8 +16,8 @@
 
 namespace ResourceStore {
 
-// One run from Start to Stop: a thread that downloads the lists and then follows the change stream. Everything below
-// the first block is the thread's own.
+// One run from Start to Stop: a thread that downloads the lists and then follows the change stream. What is private
+// belongs to that thread, but for the canceller and the thread itself.
 class ViewSync {
  public:
   // The thread fills `relay`, which must outlive it, and calls back through it.
