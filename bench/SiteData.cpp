@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementManager.h"
 
 namespace bench {
 

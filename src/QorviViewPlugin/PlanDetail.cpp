@@ -9,7 +9,7 @@
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementManager.h"
 
 namespace QorviViewPlugin {
 namespace {

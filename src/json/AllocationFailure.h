@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// RapidJSON 1.1 does not look at what malloc and realloc answer. These are the only two places in which its memory
-// grows, of the pools that hold values and of the stacks of readers, writers and string buffers: here they throw
-// std::bad_alloc instead, and what they grow stays as it was. The build includes this before anything else in every
-// file, since each of them must see it before RapidJSON makes its own.
+// RapidJSON 1.1 does not look at what malloc and realloc answer. Its memory grows in two places only: the pools that
+// hold values, and the stacks of readers, writers and string buffers. Here both throw std::bad_alloc when there is
+// none, and what was to grow stays as it was. The build includes this before anything else in every file, since each of
+// them must see it before RapidJSON makes its own.
 #pragma once
 
 #include <rapidjson/allocators.h>

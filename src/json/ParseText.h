@@ -14,50 +14,25 @@
 #include <string_view>
 #include <system_error>
 
-namespace json {
+#include "json/Numbers.h"
 
-// The value of a JSON number that is out of a double's range: nothing when it is too large, 0 when it is too small.
-// std::from_chars does not tell the two apart; the decimal exponent of the first digit that counts does.
-inline std::optional<double> BeyondDouble(std::string_view number) {
-  const size_t mark = number.find_first_of("eE");
-  const std::string_view digits = number.substr(0, mark);
-  std::int64_t exponent = 0;
-  if (mark != std::string_view::npos) {
-    std::string_view text = number.substr(mark + 1);
-    if (text.front() == '+') text.remove_prefix(1);
-    if (std::from_chars(text.data(), text.data() + text.size(), exponent).ec != std::errc()) {
-      return text.front() == '-' ? std::optional(0.0) : std::nullopt;
-    }
-  }
-  const auto first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
-  const auto point = static_cast<std::int64_t>(digits.substr(0, digits.find('.')).size());
-  return exponent < first - point ? std::optional(0.0) : std::nullopt;
-}
+namespace json {
 
 // Passes a JSON number on as RapidJSON would: as the smallest of its integer kinds, else as a double, the nearest one.
 // False when no double can hold it, and when the handler says so.
 template <class Handler>
 bool PassNumber(std::string_view number, Handler& handler) {
-  const char* const end = number.data() + number.size();
-  const auto isWhole = [&](auto& value) {
-    const auto [stop, error] = std::from_chars(number.data(), end, value);
-    return error == std::errc() && stop == end;
-  };
   if (number.front() == '-') {
-    std::int64_t value = 0;
-    if (isWhole(value)) {
-      return value >= INT32_MIN ? handler.Int(static_cast<std::int32_t>(value)) : handler.Int64(value);
+    if (const auto value = WholeNumber<std::int64_t>(number)) {
+      return *value >= INT32_MIN ? handler.Int(static_cast<std::int32_t>(*value)) : handler.Int64(*value);
     }
-  } else {
-    std::uint64_t value = 0;
-    if (isWhole(value)) {
-      return value <= UINT32_MAX ? handler.Uint(static_cast<std::uint32_t>(value)) : handler.Uint64(value);
-    }
+  } else if (const auto value = WholeNumber<std::uint64_t>(number)) {
+    return *value <= UINT32_MAX ? handler.Uint(static_cast<std::uint32_t>(*value)) : handler.Uint64(*value);
   }
   double value = 0;
-  if (std::from_chars(number.data(), end, value).ec == std::errc()) return handler.Double(value);
-  const std::optional<double> tiny = BeyondDouble(number);
-  return tiny && handler.Double(*tiny);
+  const bool isHeld = std::from_chars(number.data(), number.data() + number.size(), value).ec == std::errc();
+  if (!isHeld && IsTooLarge(number)) return false;
+  return handler.Double(isHeld ? value : 0.0);
 }
 
 // Passes all events on to a handler that wants numbers as numbers, and texts to be copied or not.
@@ -76,7 +51,7 @@ class NumberMaker {
   bool EndObject(rapidjson::SizeType members) { return m_handler.EndObject(members); }
   bool StartArray() { return m_handler.StartArray(); }
   bool EndArray(rapidjson::SizeType elements) { return m_handler.EndArray(elements); }
-  // The reader knows these, but numbers come raw.
+  // Named by the reader's code, never called: numbers come raw.
   bool Int(int) { return false; }
   bool Uint(unsigned int) { return false; }
   bool Int64(std::int64_t) { return false; }

@@ -10,7 +10,7 @@
 
 #include "../server/TestClient.h"
 #include "BizShared/UserCommonManager.h"
-#include "BizShared/details/Exchange.h"
+#include "BizShared/details/RequestContext.h"
 #include "ForkedChild.h"
 #include "PlatformCalls.h"
 #include "ResourceStore/OrlUserManager.h"
@@ -93,16 +93,16 @@ class TlsTest : public server::test::ServerTest {
   }
   // Adds a view in another session of the same user. The platform's own knows nothing of it.
   void AddViewElsewhere(const std::string& name) {
-    BizShared::details::Exchange exchange;
-    exchange.asUser = false;
-    exchange.token = m_server->OpenLocalSession("ann")->token;
+    BizShared::details::RequestContext context;
+    context.asUser = false;
+    context.token = m_server->OpenLocalSession("ann")->token;
     NetLink::CClientSendInfo send;
     send.SetVal_Method("POST");
     send.SetVal_URL(kViewsUrl);
     send.SetVal_send_data(server::test::ViewBody(name, -1, kPublic));
     NetLink::CClientRecvInfo recv;
-    EXPECT_TRUE(CNetCommManager::Instance().Send(recv, send, exchange));
-    EXPECT_EQ(exchange.status, 200);
+    EXPECT_TRUE(CNetCommManager::Instance().Send(recv, send, context));
+    EXPECT_EQ(context.status, 200);
   }
 
   static constexpr const char* kViewsUrl = "/NXAPI/Vantorel/Platform/V0/Views";

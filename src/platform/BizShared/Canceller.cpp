@@ -3,43 +3,42 @@
 
 #include <algorithm>
 
-#include "BizShared/CancellerImpl.h"
-
 namespace BizShared::details {
 
-CCanceller::CCanceller() : m_impl(std::make_unique<Impl>()) {}
-CCanceller::~CCanceller() = default;
-
 void CCanceller::Cancel() {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
-  m_impl->m_cancelled = true;
-  m_impl->m_cancelledNow.notify_all();
-  for (CURLM* transfer : m_impl->m_transfers) curl_multi_wakeup(transfer);
+  base::MutexLock lock(m_mutex);
+  m_cancelled = true;
+  m_cancelledNow.NotifyAll();
+  WakeAll();
 }
 
 void CCanceller::Wake() {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
-  for (CURLM* transfer : m_impl->m_transfers) curl_multi_wakeup(transfer);
+  base::MutexLock lock(m_mutex);
+  WakeAll();
 }
 
 bool CCanceller::IsCancelled() const {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
-  return m_impl->m_cancelled;
+  base::MutexLock lock(m_mutex);
+  return m_cancelled;
 }
 
 bool CCanceller::Pause(std::chrono::milliseconds duration) {
-  std::unique_lock<std::mutex> lock(m_impl->m_mutex);
-  return !m_impl->m_cancelledNow.wait_for(lock, duration, [this] { return m_impl->m_cancelled; });
+  base::MutexLock lock(m_mutex);
+  return !m_cancelledNow.WaitFor(lock, duration, [this]() REQUIRES(m_mutex) { return m_cancelled; });
 }
 
-void CCanceller::Impl::Attach(CURLM* transfer) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  m_transfers.push_back(transfer);
+void CCanceller::Attach(IWakeable& runner) {
+  base::MutexLock lock(m_mutex);
+  m_runners.push_back(&runner);
 }
 
-void CCanceller::Impl::Detach(CURLM* transfer) {
-  std::lock_guard<std::mutex> lock(m_mutex);
-  m_transfers.erase(std::find(m_transfers.begin(), m_transfers.end(), transfer));
+void CCanceller::Detach(IWakeable& runner) {
+  base::MutexLock lock(m_mutex);
+  m_runners.erase(std::find(m_runners.begin(), m_runners.end(), &runner));
+}
+
+void CCanceller::WakeAll() {
+  for (IWakeable* runner : m_runners) runner->WakeUp();
 }
 
 }  // namespace BizShared::details

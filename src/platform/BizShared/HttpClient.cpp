@@ -7,7 +7,7 @@
 #include <thread>
 #include <utility>
 
-#include "BizShared/CancellerImpl.h"
+#include "BizShared/details/Canceller.h"
 #include "BizShared/details/Process.h"
 
 namespace BizShared {
@@ -95,18 +95,19 @@ class HttpClient::Lane {
 };
 
 // The lane's handles while they are at work; a receiver may throw.
-class HttpClient::Lane::Work {
+class HttpClient::Lane::Work : public details::IWakeable {
  public:
   explicit Work(Lane& lane) : m_lane(lane) {
-    if (Canceller()) Canceller()->Internals().Attach(m_lane.m_multi);
+    if (Canceller()) Canceller()->Attach(*this);
     m_isAdded = curl_multi_add_handle(m_lane.m_multi, m_lane.m_easy) == CURLM_OK;
   }
   ~Work() {
     if (m_isAdded) curl_multi_remove_handle(m_lane.m_multi, m_lane.m_easy);
-    if (Canceller()) Canceller()->Internals().Detach(m_lane.m_multi);
+    if (Canceller()) Canceller()->Detach(*this);
   }
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
+  void WakeUp() override { curl_multi_wakeup(m_lane.m_multi); }
   CURLcode Result() { return m_isAdded ? m_lane.Drive() : CURLE_OUT_OF_MEMORY; }
 
  private:
@@ -317,13 +318,13 @@ void HttpClient::CloseIdle() {
   if (details::IsForkedChild()) return;
   std::vector<std::unique_ptr<Lane>> idle;
   idle.reserve(kMaxIdleLanes);
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   idle.swap(m_idle);
 }
 
 std::unique_ptr<HttpClient::Lane> HttpClient::TakeLane() {
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (!m_idle.empty()) {
       std::unique_ptr<Lane> lane = std::move(m_idle.back());
       m_idle.pop_back();
@@ -335,7 +336,7 @@ std::unique_ptr<HttpClient::Lane> HttpClient::TakeLane() {
 
 void HttpClient::ReturnLane(std::unique_ptr<Lane> lane) {
   if (!lane->IsWorthKeeping()) return;
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   if (m_idle.size() < kMaxIdleLanes) m_idle.push_back(std::move(lane));
 }
 

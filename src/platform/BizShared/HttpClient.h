@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// One HTTP exchange over libcurl; knows nothing of users and envelopes.
+// One HTTP request over libcurl; knows nothing of users and envelopes. Internal to the library.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "BizShared/details/Canceller.h"
+#include "base/Mutex.h"
 
 namespace BizShared {
 
@@ -21,9 +21,9 @@ struct HttpRequest {
   std::string body;
   std::string token;                     // empty: no authorization
   std::string caFile;                    // empty: the system's certificates
-  std::chrono::milliseconds timeout{0};  // for the whole exchange; 0: none
-  std::chrono::milliseconds silence{0};  // ends the exchange after that long without a byte; 0: never
-  // Gets the body of a 200 piece by piece, on the calling thread, and ends the exchange by false. Empty: the body is
+  std::chrono::milliseconds timeout{0};  // for the whole request; 0: none
+  std::chrono::milliseconds silence{0};  // ends the request after that long without a byte; 0: never
+  // Gets the body of a 200 piece by piece, on the calling thread, and ends the request by false. Empty: the body is
   // collected.
   std::function<bool(std::string_view)> receive;
   std::function<void()> idle;  // called between waits, on the calling thread; may be empty
@@ -31,7 +31,7 @@ struct HttpRequest {
 };
 
 struct HttpReply {
-  int curlCode = 0;  // 0: the exchange was completed
+  int curlCode = 0;  // 0: the reply is complete
   int status = 0;    // 0: no reply
   std::string body;
   std::string resourceSequence;  // header of that name; empty when absent
@@ -39,7 +39,7 @@ struct HttpReply {
 };
 
 // Keeps connections: a request takes an idle lane (a connection cache of its own, so that threads never share one), or
-// a new one where none is idle. Any thread; m_mutex guards the list of idle lanes.
+// a new one where none is idle. Any thread.
 class HttpClient {
  public:
   // Lives from its first use until process exit or unload. libcurl and its TLS library are set up before it is
@@ -56,8 +56,8 @@ class HttpClient {
   std::unique_ptr<Lane> TakeLane();
   void ReturnLane(std::unique_ptr<Lane> lane);
 
-  std::mutex m_mutex;
-  std::vector<std::unique_ptr<Lane>> m_idle;
+  base::Mutex m_mutex;
+  std::vector<std::unique_ptr<Lane>> m_idle GUARDED_BY(m_mutex);
 };
 
 }  // namespace BizShared

@@ -5,17 +5,17 @@
 
 #include <algorithm>
 #include <limits>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
 #include "BizShared/HttpClient.h"
-#include "BizShared/UserCommonManager.h"
 #include "BizShared/details/EditWatch.h"
-#include "BizShared/details/Exchange.h"
 #include "BizShared/details/Process.h"
+#include "BizShared/details/Reply.h"
+#include "BizShared/details/RequestContext.h"
 #include "NetLink/RapidJsonProto.h"
 #include "VantBase/SingletonImpl.h"
+#include "base/Mutex.h"
 
 template class Vant::Base::CSingleton<BizShared::CNetCommManager>;
 
@@ -51,17 +51,17 @@ bool IsSendable(const std::string& method, std::string_view url) {
   return !HasParentSegment(url.substr(0, query));
 }
 
-milliseconds TimeoutOf(const NetLink::CClientSendInfo& send, const details::Exchange& exchange) {
+milliseconds TimeoutOf(const NetLink::CClientSendInfo& send, const details::RequestContext& context) {
   constexpr unsigned long kMax = std::numeric_limits<int>::max();
   if (send.GetVal_Timeout() != 0) return milliseconds(std::min(send.GetVal_Timeout(), kMax));
-  return exchange.receive ? milliseconds(0) : kDefaultTimeout;
+  return context.receive ? milliseconds(0) : kDefaultTimeout;
 }
 
 bool IsSessionRefused(const HttpReply& reply) {
   if (reply.status != 401) return false;
-  NetLink::CRapidJsonProto envelope;
-  return envelope.set_str(reply.body) && envelope.get_int_v("/ResponseStatus/ErrorModule", -1) == 101 &&
-         envelope.get_int_v("/ResponseStatus/ErrorCode", -1) == 2;
+  NetLink::CRapidJsonProto document;
+  const ErrorCode error = details::ReadEnvelope(reply.body, document);
+  return error.GetMainError() == 101 && error.GetSubError() == 2;
 }
 
 // One edit, from before it is sent until its end, however it ends.
@@ -97,15 +97,25 @@ bool Fail(NetLink::CClientRecvInfo& recv, int mainError, int subError) {
 
 }  // namespace
 
-// m_mutex guards everything; it is never held while sending.
+// The lock is never held while sending.
 class CNetCommManager::Impl {
  public:
-  mutable std::mutex m_mutex;
-  std::string m_server;
-  std::string m_caFile;
-  std::string m_token;
-  Transport m_transport;
-  std::weak_ptr<details::IEditWatch> m_watch;
+  bool Renew(const std::string& refusedToken, details::CCanceller* canceller) {
+    SessionRenewal renewal;
+    {
+      base::MutexLock lock(m_mutex);
+      renewal = m_renewal;
+    }
+    return renewal && renewal(refusedToken, canceller);
+  }
+
+  base::Mutex m_mutex;
+  std::string m_server GUARDED_BY(m_mutex);
+  std::string m_caFile GUARDED_BY(m_mutex);
+  std::string m_token GUARDED_BY(m_mutex);
+  Transport m_transport GUARDED_BY(m_mutex);
+  SessionRenewal m_renewal GUARDED_BY(m_mutex);
+  std::weak_ptr<details::IEditWatch> m_watch GUARDED_BY(m_mutex);
 };
 
 CNetCommManager::CNetCommManager() : m_impl(std::make_unique<Impl>()) {
@@ -113,32 +123,30 @@ CNetCommManager::CNetCommManager() : m_impl(std::make_unique<Impl>()) {
 }
 CNetCommManager::~CNetCommManager() = default;
 
-details::IEditWatch::~IEditWatch() = default;
-
 bool CNetCommManager::ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv,
                                     std::shared_ptr<NetLink::CClientSendInfo> send, unsigned int /*reserved*/) {
   if (!recv || !send) return false;
   if (!details::ClaimProcess()) return Fail(*recv, details::ForkedChildError());
-  details::Exchange exchange;
-  if (send->GetVal_Method() == "GET") return Send(*recv, *send, exchange);
+  details::RequestContext context;
+  if (send->GetVal_Method() == "GET") return Send(*recv, *send, context);
   WatchedEdit edit(GetEditWatch(), *send);
-  if (!Send(*recv, *send, exchange)) return false;
+  if (!Send(*recv, *send, context)) return false;
   edit.Answered(*recv);
   return true;
 }
 
 void CNetCommManager::SetEditWatch(std::weak_ptr<details::IEditWatch> watch) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   m_impl->m_watch.swap(watch);
 }
 
 std::shared_ptr<details::IEditWatch> CNetCommManager::GetEditWatch() const {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   return m_impl->m_watch.lock();
 }
 
 bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send,
-                           details::Exchange& exchange) {
+                           details::RequestContext& context) {
   if (!details::ClaimProcess()) return Fail(recv, details::ForkedChildError());
   recv.SetVal_Error_code({});
   if (!IsSendable(send.GetVal_Method(), send.GetVal_URL())) return Fail(recv, kTransportError, CURLE_URL_MALFORMAT);
@@ -146,34 +154,34 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   HttpRequest request;
   Transport transport;
   {
-    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    base::MutexLock lock(m_impl->m_mutex);
     transport = m_impl->m_transport;
     request.server = m_impl->m_server;
     request.caFile = m_impl->m_caFile;
-    request.token = exchange.asUser ? m_impl->m_token : exchange.token;
+    request.token = context.asUser ? m_impl->m_token : context.token;
   }
-  exchange.token = request.token;
+  context.token = request.token;
   if (transport) return transport(recv, send);
   if (request.server.empty()) return Fail(recv, kTransportError, CURLE_COULDNT_CONNECT);
 
   request.method = send.GetVal_Method();
   request.target = send.GetVal_URL();
   request.body = send.GetVal_send_data().empty() ? send.GetVal_Request_Data() : send.GetVal_send_data();
-  request.timeout = TimeoutOf(send, exchange);
-  request.silence = exchange.silence;
-  request.receive = exchange.receive;
-  request.idle = exchange.idle;
-  request.canceller = exchange.canceller;
+  request.timeout = TimeoutOf(send, context);
+  request.silence = context.silence;
+  request.receive = context.receive;
+  request.idle = context.idle;
+  request.canceller = context.canceller;
   HttpReply reply = HttpClient::Instance().Perform(request);
   // The refused request had no effect, so that it may be repeated whatever its method.
-  if (exchange.asUser && reply.curlCode == 0 && IsSessionRefused(reply) &&
-      CUserCommonManager::Instance().Renew(request.token, exchange.canceller)) {
-    request.token = exchange.token = GetToken();
+  if (context.asUser && reply.curlCode == 0 && IsSessionRefused(reply) &&
+      m_impl->Renew(request.token, context.canceller)) {
+    request.token = context.token = GetToken();
     reply = HttpClient::Instance().Perform(request);
   }
 
-  exchange.status = reply.status;
-  exchange.resourceSequence = reply.resourceSequence;
+  context.status = reply.status;
+  context.resourceSequence = reply.resourceSequence;
   if (reply.curlCode != 0) return Fail(recv, kTransportError, reply.curlCode);
   // The server's own errors are JSON; what a proxy, say, has to tell in HTML nobody here can read.
   const bool isRefused = reply.status < 200 || reply.status > 299;
@@ -186,7 +194,7 @@ void CNetCommManager::SetServer(const std::string& root, const std::string& caFi
   if (details::IsForkedChild()) return;
   std::string withoutSlash = root.substr(0, root.find_last_not_of('/') + 1);
   {
-    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    base::MutexLock lock(m_impl->m_mutex);
     m_impl->m_server = withoutSlash;
     m_impl->m_caFile = caFile;
   }
@@ -194,27 +202,32 @@ void CNetCommManager::SetServer(const std::string& root, const std::string& caFi
 }
 
 std::string CNetCommManager::GetServer() const {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   return m_impl->m_server;
 }
 
 std::string CNetCommManager::GetCaFile() const {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   return m_impl->m_caFile;
 }
 
 void CNetCommManager::SetToken(const std::string& token) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   m_impl->m_token = token;
 }
 
 std::string CNetCommManager::GetToken() const {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   return m_impl->m_token;
 }
 
+void CNetCommManager::SetSessionRenewal(SessionRenewal renewal) {
+  base::MutexLock lock(m_impl->m_mutex);
+  m_impl->m_renewal.swap(renewal);
+}
+
 void CNetCommManager::SetTransport(Transport transport) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   m_impl->m_transport.swap(transport);  // the old one is destroyed after the lock is released
 }
 

@@ -17,8 +17,9 @@ extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CNetCommMa
 namespace BizShared {
 
 namespace details {
-struct Exchange;
+class CCanceller;
 class IEditWatch;
+struct RequestContext;
 }  // namespace details
 
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
@@ -42,11 +43,15 @@ class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommMana
   bool ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv, std::shared_ptr<NetLink::CClientSendInfo> send,
                      unsigned int reserved);
 
-  // For the platform's own libraries: ClientSynSend with more say, and unwatched.
-  bool Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send, details::Exchange& exchange);
-  // For the platform's own libraries: who hears of edits, as long as somebody else keeps it.
+  // For the platform's own libraries: ClientSynSend with a context, of which the edit watch does not hear.
+  bool Send(NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send, details::RequestContext& context);
+  // For the platform's own libraries: who hears of edits. It is not kept alive.
   void SetEditWatch(std::weak_ptr<details::IEditWatch> watch);
   std::shared_ptr<details::IEditWatch> GetEditWatch() const;
+  // For CUserCommonManager: what gets another token when the server no longer knows the session of this one. Answers
+  // whether SetToken was given one meanwhile; called on the sending threads, without a lock held.
+  using SessionRenewal = std::function<bool(const std::string& refusedToken, details::CCanceller* canceller)>;
+  void SetSessionRenewal(SessionRenewal renewal);
 
   // Host set-up. The server's root, "http://HOST:PORT" or "https://HOST:PORT", and a file of CA certificates (empty:
   // the system's).

@@ -2,17 +2,18 @@
 #include "BizShared/UserCommonManager.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <exception>
 #include <optional>
 
 #include "BizShared/NetCommManager.h"
 #include "BizShared/details/Canceller.h"
-#include "BizShared/details/Exchange.h"
 #include "BizShared/details/Process.h"
+#include "BizShared/details/Reply.h"
+#include "BizShared/details/ServerRequest.h"
 #include "NetLink/RapidJsonProto.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
+#include "base/Mutex.h"
 
 template class Vant::Base::CSingleton<BizShared::CUserCommonManager>;
 
@@ -22,8 +23,8 @@ namespace {
 
 using Vant::Base::Error::ErrorCode;
 
-constexpr const char* kSessionsUrl = "/NXAPI/Vantorel/Platform/V0/Sessions";
-constexpr const char* kCurrentSessionUrl = "/NXAPI/Vantorel/Platform/V0/Sessions/Current";
+constexpr const char* kSessions = "V0/Sessions";
+constexpr const char* kCurrentSession = "V0/Sessions/Current";
 constexpr unsigned long kLogoutTimeout = 5000;
 
 struct Credentials {
@@ -50,40 +51,26 @@ bool OpenSession(const Credentials& credentials, details::CCanceller* canceller,
   body.set_v("/Session/ClientName", credentials.clientName);
   NetLink::CClientSendInfo send;
   send.SetVal_Method("POST");
-  send.SetVal_URL(kSessionsUrl);
+  send.SetVal_URL(details::kPlatformUrl + std::string(kSessions));
   send.SetVal_send_data(body.get_str(0));
-  NetLink::CClientRecvInfo recv;
-  details::Exchange exchange;
-  exchange.canceller = canceller;
-  exchange.asUser = false;
-  if (!CNetCommManager::Instance().Send(recv, send, exchange)) {
-    error = recv.GetVal_Error_code();
-    return false;
-  }
+  details::RequestContext context;
+  context.canceller = canceller;
+  context.asUser = false;
   NetLink::CRapidJsonProto reply;
-  reply.set_str(recv.GetVal_Receive_Data());
-  error =
-      ErrorCode(reply.get_int_v("/ResponseStatus/ErrorModule", -1), reply.get_int_v("/ResponseStatus/ErrorCode", -1), 1,
-                reply.get_v("/ResponseStatus/CascadingErrorInfo", ""));
-  if (error.GetSubError() != 0) return false;
+  if (!details::Ask(send, context, reply, error)) return false;
   session.token = reply.get_v("/ResponseStatus/Data/Session/Token", "");
   session.userId = reply.get_int_v("/ResponseStatus/Data/Session/UserID", -1);
   session.userName = reply.get_v("/ResponseStatus/Data/Session/UserName", credentials.userName);
-  if (session.token.empty()) {
-    error = ErrorCode(-1, -1, 1, {});  // as a reply without an envelope
-    return false;
-  }
-  error = {};
-  return true;
+  if (session.token.empty()) error = ErrorCode(-1, -1, 1, {});  // as a reply without an envelope
+  return !session.token.empty();
 }
 
 }  // namespace
 
-// m_mutex guards everything; it is never held while sending. m_generation counts the logins and logouts, so that a
-// renewal that was overtaken by one of them changes nothing.
+// The lock is never held while sending.
 class CUserCommonManager::Impl {
  public:
-  void Forget() {
+  void Forget() REQUIRES(m_mutex) {
     m_loggedIn = false;
     m_userId = -1;
     m_userName.clear();
@@ -91,29 +78,41 @@ class CUserCommonManager::Impl {
     ++m_generation;
   }
 
-  std::mutex m_mutex;
-  std::condition_variable m_renewed;
-  bool m_loggedIn = false;
-  int m_userId = -1;
-  std::string m_userName;
-  std::optional<Credentials> m_credentials;
-  unsigned int m_generation = 0;
-  bool m_renewing = false;
+  // The transport's SessionRenewal: logs in again with what Login was given, unless the token was replaced meanwhile.
+  // Of several threads one logs in and the others wait for it. A password that the server refuses is not tried again.
+  bool Renew(const std::string& refusedToken, details::CCanceller* canceller);
+
+  base::Mutex m_mutex;
+  base::Condition m_renewed;
+  bool m_loggedIn GUARDED_BY(m_mutex) = false;
+  int m_userId GUARDED_BY(m_mutex) = -1;
+  std::string m_userName GUARDED_BY(m_mutex);
+  std::optional<Credentials> m_credentials GUARDED_BY(m_mutex);
+  // Counts the logins and logouts: a renewal that was overtaken by one of them changes nothing.
+  unsigned int m_generation GUARDED_BY(m_mutex) = 0;
+  bool m_renewing GUARDED_BY(m_mutex) = false;
 };
 
-CUserCommonManager::CUserCommonManager() : m_impl(std::make_unique<Impl>()) {}
+CUserCommonManager::CUserCommonManager() : m_impl(std::make_shared<Impl>()) {
+  // Requests may still be running at the end of the process, when this object is gone.
+  CNetCommManager::Instance().SetSessionRenewal(
+      [weak = std::weak_ptr(m_impl)](const std::string& refusedToken, details::CCanceller* canceller) {
+        const std::shared_ptr<Impl> impl = weak.lock();
+        return impl && impl->Renew(refusedToken, canceller);
+      });
+}
 CUserCommonManager::~CUserCommonManager() {
   if (details::IsForkedChild()) details::LeaveToParent(m_impl);
 }
 
 bool CUserCommonManager::GetUserID(int& id) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   if (m_impl->m_loggedIn) id = m_impl->m_userId;
   return m_impl->m_loggedIn;
 }
 
 bool CUserCommonManager::GetUserInfo(int& id, std::string& name) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   if (!m_impl->m_loggedIn) return false;
   id = m_impl->m_userId;
   name = m_impl->m_userName;
@@ -128,7 +127,7 @@ bool CUserCommonManager::Login(const std::string& userName, const std::string& p
   }
   unsigned int generation = 0;
   {
-    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    base::MutexLock lock(m_impl->m_mutex);
     m_impl->Forget();
     generation = m_impl->m_generation;
     CNetCommManager::Instance().SetToken({});
@@ -136,7 +135,7 @@ bool CUserCommonManager::Login(const std::string& userName, const std::string& p
   Credentials credentials{userName, password, clientName};
   Session session;
   if (!OpenSession(credentials, nullptr, session, error)) return false;
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   if (m_impl->m_generation != generation) {  // somebody else logged in or out meanwhile
     error = ErrorCode(-1, -1, 1, {});
     return false;
@@ -151,40 +150,40 @@ bool CUserCommonManager::Login(const std::string& userName, const std::string& p
 
 void CUserCommonManager::Logout() {
   if (details::IsForkedChild()) return;
-  details::Exchange exchange;
-  exchange.asUser = false;
+  details::RequestContext context;
+  context.asUser = false;
   {
     // Taken away before somebody else can log in, whose new session is not the one to end.
-    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    base::MutexLock lock(m_impl->m_mutex);
     m_impl->Forget();
-    exchange.token = CNetCommManager::Instance().GetToken();
+    context.token = CNetCommManager::Instance().GetToken();
     CNetCommManager::Instance().SetToken({});
   }
-  if (exchange.token.empty()) return;
+  if (context.token.empty()) return;
   NetLink::CClientSendInfo send;
   send.SetVal_Method("DELETE");
-  send.SetVal_URL(kCurrentSessionUrl);
+  send.SetVal_URL(details::kPlatformUrl + std::string(kCurrentSession));
   send.SetVal_Timeout(kLogoutTimeout);
   NetLink::CClientRecvInfo recv;
-  CNetCommManager::Instance().Send(recv, send, exchange);
+  CNetCommManager::Instance().Send(recv, send, context);
 }
 
-bool CUserCommonManager::Renew(const std::string& refusedToken, details::CCanceller* canceller) {
+bool CUserCommonManager::Impl::Renew(const std::string& refusedToken, details::CCanceller* canceller) {
   Credentials credentials;
   unsigned int generation = 0;
   {
-    std::unique_lock<std::mutex> lock(m_impl->m_mutex);
-    while (m_impl->m_renewing) {
+    base::MutexLock lock(m_mutex);
+    while (m_renewing) {
       if (canceller && canceller->IsCancelled()) return false;
-      m_impl->m_renewed.wait_for(lock, std::chrono::milliseconds(50));
+      m_renewed.WaitFor(lock, std::chrono::milliseconds(50));
     }
-    if (!m_impl->m_loggedIn) return false;
+    if (!m_loggedIn) return false;
     std::string token = CNetCommManager::Instance().GetToken();
     if (!token.empty() && token != refusedToken) return true;
-    if (!m_impl->m_credentials) return false;
-    credentials = *m_impl->m_credentials;
-    generation = m_impl->m_generation;
-    m_impl->m_renewing = true;
+    if (!m_credentials) return false;
+    credentials = *m_credentials;
+    generation = m_generation;
+    m_renewing = true;
   }
   Session session;
   ErrorCode error;
@@ -194,13 +193,13 @@ bool CUserCommonManager::Renew(const std::string& refusedToken, details::CCancel
   } catch (const std::exception&) {  // want of memory; those who wait must hear of the end
   }
   {
-    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
-    m_impl->m_renewing = false;
-    bool overtaken = m_impl->m_generation != generation;
+    base::MutexLock lock(m_mutex);
+    m_renewing = false;
+    bool overtaken = m_generation != generation;
     if (overtaken) opened = false;
     if (opened) CNetCommManager::Instance().SetToken(session.token);
-    if (!overtaken && IsBadPassword(error)) m_impl->m_credentials.reset();
-    m_impl->m_renewed.notify_all();
+    if (!overtaken && IsBadPassword(error)) m_credentials.reset();
+    m_renewed.NotifyAll();
   }
   if (!opened) {
     Vant::Base::details::IOrlFormatLog(4, "Platform", "The session could not be renewed: %d-%d", error.GetMainError(),
@@ -210,7 +209,7 @@ bool CUserCommonManager::Renew(const std::string& refusedToken, details::CCancel
 }
 
 void CUserCommonManager::SetUser(int id, const std::string& name) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   m_impl->Forget();
   m_impl->m_loggedIn = true;
   m_impl->m_userId = id;

@@ -15,10 +15,6 @@ extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CUserCommo
 
 namespace BizShared {
 
-namespace details {
-class CCanceller;
-}
-
 // Who is logged in. Any thread. In a child by fork (NetCommManager.h) nobody can log in or out.
 class BIZSHARED_API CUserCommonManager : public Vant::Base::CSingleton<CUserCommonManager> {
  public:
@@ -35,10 +31,6 @@ class BIZSHARED_API CUserCommonManager : public Vant::Base::CSingleton<CUserComm
              Vant::Base::Error::ErrorCode& error);
   // Ends the session on the server as far as it can be reached; nobody is logged in afterwards.
   void Logout();
-  // Used by the transport: logs in again with what Login was given, unless `refusedToken` was replaced meanwhile. True
-  // when there is another token now. Of several threads one logs in and the others wait for it. A password that the
-  // server refuses is not tried again.
-  bool Renew(const std::string& refusedToken, details::CCanceller* canceller = nullptr);
 
   // Seam for tests: makes this the current user without a server.
   void SetUser(int id, const std::string& name);
@@ -48,7 +40,7 @@ class BIZSHARED_API CUserCommonManager : public Vant::Base::CSingleton<CUserComm
   friend struct Vant::Base::SingletonStorage;
   CUserCommonManager();
   class Impl;
-  std::unique_ptr<Impl> m_impl;
+  std::shared_ptr<Impl> m_impl;
 };
 
 }  // namespace BizShared

@@ -23,10 +23,6 @@ std::size_t SharedLength(std::string_view left, std::string_view right) {
   return shared;
 }
 
-std::string_view NameOf(const Value::Member& member) {
-  return {member.name.GetString(), member.name.GetStringLength()};
-}
-
 // What the segment's index addresses in the value of its name, or null.
 Value* Element(Value& value, std::uint64_t index) {
   if (index == 0) return &value;
@@ -34,9 +30,9 @@ Value* Element(Value& value, std::uint64_t index) {
   return index <= value.Size() ? &value[static_cast<rapidjson::SizeType>(index - 1)] : nullptr;
 }
 
-Value& MakeMember(MemberFinder& members, std::string_view name, bool asArray, Allocator& allocator) {
+Value& MakeMember(json::MemberFinder<Value>& members, std::string_view name, bool asArray, Allocator& allocator) {
   if (Value* const existing = members.Find(name)) return *existing;
-  Value& object = members.Get();
+  Value& object = *members.Get();
   object.AddMember(Value(name.data(), static_cast<rapidjson::SizeType>(name.size()), allocator),
                    Value(asArray ? rapidjson::kArrayType : rapidjson::kObjectType), allocator);
   return (object.MemberEnd() - 1)->value;
@@ -61,35 +57,15 @@ rapidjson::SizeType CountOf(const Value& value) {
   return value.IsNull() ? 0 : 1;
 }
 
-Value* MemberFinder::Find(std::string_view name) {
-  if (!m_value->IsObject()) return nullptr;
-  const auto first = m_value->MemberBegin();
-  const std::uint8_t mark = json::MarkOf(name);
-  if (m_seen[mark]) {
-    for (auto member = first; member != first + m_next; ++member) {
-      if (NameOf(*member) == name) return &member->value;
-    }
-  }
-  for (const rapidjson::SizeType count = m_value->MemberCount(); m_next < count;) {
-    auto& member = *(first + m_next++);
-    if (NameOf(member) == name) {
-      m_seen[mark] = true;
-      return &member.value;
-    }
-    m_seen[json::MarkOf(NameOf(member))] = true;
-  }
-  return nullptr;
-}
-
 void JsonCursor::Reset(Value& root) {
   m_path.clear();
-  m_levels.assign(1, Level{MemberFinder(root), 0});
+  m_levels.assign(1, Level{json::MemberFinder(&root), 0});
 }
 
 const Value* JsonCursor::Find(std::string_view path) {
   if (path.empty()) return nullptr;
   ReturnToSharedLevel(path);
-  Value* value = &m_levels.back().members.Get();
+  Value* value = m_levels.back().members.Get();
   PathSegment segment;
   for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
     if (!value->IsObject() || !ReadSegment(path, position, segment)) return nullptr;
@@ -107,7 +83,7 @@ Value* JsonCursor::Make(std::string_view path, Allocator& allocator) {
   // What is written may be of another kind than what stood there: it is no level to come back to.
   if (m_levels.back().end == path.size()) m_levels.pop_back();
   if (!IsUsable(path)) return nullptr;
-  Value* value = &m_levels.back().members.Get();
+  Value* value = m_levels.back().members.Get();
   PathSegment segment;
   for (std::size_t position = m_levels.back().end; position < path.size(); position = segment.end) {
     ReadSegment(path, position, segment);
@@ -134,7 +110,7 @@ void JsonCursor::Enter(Value& value, std::string_view path, std::size_t end) {
   const std::size_t known = m_levels.back().end;
   m_path.resize(known);
   m_path.append(path.substr(known, end - known));
-  m_levels.push_back(Level{MemberFinder(value), end});
+  m_levels.push_back(Level{json::MemberFinder(&value), end});
 }
 
 // Whether every segment from the last level on can be written: an index may exceed the present count by one.
@@ -147,7 +123,7 @@ bool JsonCursor::IsUsable(std::string_view path) {
     if (position == m_levels.back().end) {
       member = m_levels.back().members.Find(segment.name);
     } else if (value) {
-      member = MemberFinder(*value).Find(segment.name);
+      member = json::MemberFinder(value).Find(segment.name);
     }
     const std::uint64_t count = member ? CountOf(*member) : 0;
     if (segment.index > count + 1) return false;

@@ -10,30 +10,12 @@
 #include <vector>
 
 #include "NetLink/JsonPath.h"
-#include "json/NameMarks.h"
+#include "json/MemberFinder.h"
 
 namespace NetLink {
 
 // Elements of an array; 0 for null, 1 for anything else.
 rapidjson::SizeType CountOf(const rapidjson::Value& value);
-
-// Looks the members of an object up by name, cheapest in the order in which they stand. Members may be appended
-// meanwhile, and values replaced.
-class MemberFinder {
- public:
-  explicit MemberFinder(rapidjson::Value& value) : m_value(&value) {}
-
-  rapidjson::Value& Get() const { return *m_value; }
-  // The first member of that name, or null; null too when the value is no object.
-  rapidjson::Value* Find(std::string_view name);
-
- private:
-  rapidjson::Value* m_value;
-  // The members before m_next were looked at, and m_seen holds the marks of their names: the first member of a name
-  // without one is searched from m_next on.
-  rapidjson::SizeType m_next = 0;
-  json::NameMarks m_seen;
-};
 
 // A position in one document: the objects on the way to the last path. A path that shares its beginning with the
 // last one is followed from where the two part.
@@ -56,7 +38,7 @@ class JsonCursor {
  private:
   // An object on the way; m_path[0, end) addresses it.
   struct Level {
-    MemberFinder members;
+    json::MemberFinder<Value> members;
     std::size_t end;
   };
 

@@ -2,9 +2,10 @@
 // One step of a path "/Name/Name[n]/Name". Internal to the library.
 #pragma once
 
-#include <charconv>
 #include <cstdint>
 #include <string_view>
+
+#include "json/Numbers.h"
 
 namespace NetLink {
 
@@ -28,8 +29,8 @@ inline bool ReadSegment(std::string_view path, std::size_t begin, PathSegment& s
   const char* const last = segment.name.data() + segment.name.size() - 1;
   segment.name = segment.name.substr(0, bracket);
   if (*last != ']') return false;
-  const auto [stop, error] = std::from_chars(first, last, segment.index);
-  return !segment.name.empty() && error == std::errc{} && stop == last && segment.index != 0;
+  segment.index = json::WholeNumber<std::uint64_t>({first, last}).value_or(0);
+  return !segment.name.empty() && segment.index != 0;
 }
 
 }  // namespace NetLink

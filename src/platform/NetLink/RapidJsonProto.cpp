@@ -8,14 +8,13 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <vector>
 
 #include "NetLink/JsonCursor.h"
-#include "NetLink/NumberText.h"
+#include "json/Numbers.h"
 #include "json/ParseText.h"
 
 namespace NetLink {
@@ -27,32 +26,17 @@ std::string_view TextOf(const Value& value) {
   return {value.GetString(), value.GetStringLength()};
 }
 
-// Numbers up to 2^32-1 stand for the signed one with the same bits.
-std::optional<int> As32Bits(std::int64_t number) {
-  if (number < std::numeric_limits<std::int32_t>::min() || number > std::numeric_limits<std::uint32_t>::max()) {
-    return std::nullopt;
-  }
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(number));
-}
-
 std::optional<int> IntOf(const Value& value) {
-  if (value.IsInt64()) return As32Bits(value.GetInt64());
-  if (value.IsDouble()) {
-    const double whole = std::trunc(value.GetDouble());
-    // Compared before the conversion, which is undefined for what does not fit.
-    if (!(std::abs(whole) <= std::numeric_limits<std::uint32_t>::max())) return std::nullopt;
-    return As32Bits(static_cast<std::int64_t>(whole));
-  }
-  if (value.IsString()) {
-    const std::optional<std::int64_t> number = IntegerOf(TextOf(value));
-    return number ? As32Bits(*number) : std::nullopt;
-  }
-  return std::nullopt;
+  std::optional<std::int64_t> number;
+  if (value.IsInt64()) number = json::Of32Bits(value.GetInt64());
+  if (value.IsDouble()) number = json::Of32Bits(value.GetDouble());
+  if (value.IsString()) number = json::Of32Bits(TextOf(value));
+  return number ? std::optional(json::AsSigned(*number)) : std::nullopt;
 }
 
 std::optional<double> DoubleOf(const Value& value) {
   if (value.IsNumber()) return value.GetDouble();
-  if (value.IsString()) return NumberOf(TextOf(value));
+  if (value.IsString()) return json::Saturated(TextOf(value));
   return std::nullopt;
 }
 
@@ -77,7 +61,7 @@ char* WriteDouble(double value, char* buffer) {
 }
 
 // REQUIRES: a number.
-std::string NumberText(const Value& value) {
+std::string DecimalText(const Value& value) {
   char buffer[64];
   char* end = buffer;
   if (value.IsInt64()) {
@@ -114,7 +98,7 @@ class TreeWriter {
       m_writer.StartArray();
       m_open.push_back({&value, 0});
     } else if (value.IsNumber()) {
-      const std::string text = NumberText(value);
+      const std::string text = DecimalText(value);
       m_writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
     } else {
       value.Accept(m_writer);
@@ -236,7 +220,7 @@ int CRapidJsonProto::get_int_v(std::string_view path, int defaultValue) const {
 std::string CRapidJsonProto::get_v(std::string_view path, const std::string& defaultValue) const {
   const Value* const value = m_impl->Find(path);
   if (value && value->IsString()) return std::string(TextOf(*value));
-  if (value && value->IsNumber()) return NumberText(*value);
+  if (value && value->IsNumber()) return DecimalText(*value);
   return defaultValue;
 }
 

@@ -7,8 +7,9 @@
 #include <utility>
 
 #include "BizShared/details/Canceller.h"
+#include "BizShared/details/Reply.h"
 #include "NetLink/RapidJsonProto.h"
-#include "ResourceStore/Reply.h"
+#include "json/Numbers.h"
 
 namespace ResourceStore::details {
 
@@ -21,14 +22,9 @@ struct EditAnswer {
   uint64_t number = 0;
 };
 
-std::optional<uint32_t> ToId(std::string_view text) {
-  const std::optional<uint64_t> number = ToChangeNumber(text);
-  if (!number || *number > UINT32_MAX) return std::nullopt;
-  return static_cast<uint32_t>(*number);
-}
-
 // "V0/Views", "V0/ViewGroups/7" and the like.
 EditAnswer ReadEditAnswer(std::string_view url, const std::string& answer) {
+  using BizShared::details::kPlatformUrl;
   EditAnswer edit;
   if (answer.empty() || !url.starts_with(kPlatformUrl)) return edit;
   url.remove_prefix(std::string_view(kPlatformUrl).size());
@@ -37,14 +33,14 @@ EditAnswer ReadEditAnswer(std::string_view url, const std::string& answer) {
   if (list == "V0/ViewGroups") edit.kind = ListKind::Groups;
   if (!edit.kind) return edit;
   NetLink::CRapidJsonProto reply;
-  if (ReadEnvelope(answer, reply).GetSubError() != 0) return edit;
+  if (BizShared::details::ReadEnvelope(answer, reply).GetSubError() != 0) return edit;
   edit.number = ToChangeNumber(reply.get_v("/ResponseStatus/Data/ChangeNumber", "")).value_or(0);
   if (url != list) {
-    edit.id = ToId(url.substr(list.size() + 1));
+    edit.id = json::WholeNumber<uint32_t>(url.substr(list.size() + 1));
   } else {
     const bool isView = edit.kind == ListKind::Views;
     const std::string path = isView ? "/ResponseStatus/Data/View/ID" : "/ResponseStatus/Data/ViewGroup/ID";
-    edit.id = ToId(reply.get_v(path, ""));
+    edit.id = json::WholeNumber<uint32_t>(reply.get_v(path, ""));
   }
   return edit;
 }
@@ -54,7 +50,7 @@ EditAnswer ReadEditAnswer(std::string_view url, const std::string& answer) {
 std::string ChangeRelay::Text(ListKind kind) {
   std::shared_ptr<const std::string> text;
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     text = ListOf(kind).Text();
     for (auto& [number, edit] : m_answered) {
       if (edit.object.kind == kind) edit.isToBeTold = true;
@@ -64,13 +60,13 @@ std::string ChangeRelay::Text(ListKind kind) {
 }
 
 uint64_t ChangeRelay::Position() const {
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   return m_position;
 }
 
 void ChangeRelay::Set(DownloadedList groups, DownloadedList views, bool finished) {
   NewLists lists(std::move(groups), std::move(views));
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   ForgetEdits();
   Replace(lists);
   m_finished = finished;
@@ -81,7 +77,7 @@ void ChangeRelay::Downloaded(DownloadedList groups, DownloadedList views) {
   const std::string noGroups = lists.groups.Nothing(), noViews = lists.views.Nothing();
   bool beginsAnew = false;
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     beginsAnew = m_gaveNumbers && lists.Position() < m_highest;
     if (beginsAnew) m_highest = 0;
     // Edits that were answered meanwhile are in the lists or will come on the stream.
@@ -104,11 +100,11 @@ void ChangeRelay::DownloadedAgain(DownloadedList groups, DownloadedList views) {
   lists.views.Split();
   ResourceList::Difference groupsDifference, viewsDifference;
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    const auto goesBack = [&](ListKind kind) { return lists.Of(kind).Number() < PositionOf(kind); };
+    base::MutexLock lock(m_mutex);
+    const auto goesBack = [&](ListKind kind) REQUIRES(m_mutex) { return lists.Of(kind).Number() < PositionOf(kind); };
     const bool beginsAnew = m_gaveNumbers && (goesBack(ListKind::Groups) || goesBack(ListKind::Views));
     const auto numbers = beginsAnew ? ResourceList::Numbers::LeftOut : ResourceList::Numbers::Kept;
-    const auto difference = [&](ListKind kind) {
+    const auto difference = [&](ListKind kind) REQUIRES(m_mutex) {
       ResourceList& newer = lists.Of(kind);
       ResourceList::Difference result = ListOf(kind).DifferenceTo(newer, numbers);
       if (beginsAnew && result.present.empty() && result.removed.empty()) result.present = newer.Nothing();
@@ -139,7 +135,7 @@ void ChangeRelay::TakeEvent(uint64_t number, const std::string& type, const std:
   const bool isKnown = listed == "Views" || listed == "ViewGroups";
   bool isTold = false;
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (isKnown && number > ListOf(kind).Number()) {
       if (isOwn) m_unanswered.reserve(m_unanswered.size() + 1);  // nothing may fail once the list holds the event
       ListElement element;
@@ -159,7 +155,7 @@ void ChangeRelay::TellDue() {
     ListKind kind = ListKind::Groups;
     std::string document;
     {
-      std::lock_guard<std::mutex> lock(m_mutex);
+      base::MutexLock lock(m_mutex);
       if (m_due.empty()) return;
       const Object object = m_due.front();
       kind = object.kind;
@@ -171,12 +167,12 @@ void ChangeRelay::TellDue() {
 }
 
 void ChangeRelay::SetSleeper(BizShared::details::CCanceller* sleeper) {
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   m_sleeper = sleeper;
 }
 
 uint64_t ChangeRelay::OnEditBegins() {
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   m_onTheirWay.insert(m_lastTicket + 1);
   return ++m_lastTicket;
 }
@@ -189,7 +185,7 @@ void ChangeRelay::OnEditEnds(uint64_t ticket, const NetLink::CClientSendInfo& se
   } catch (...) {
     edit = {};  // want of memory: like an answer that was lost
   }
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   m_onTheirWay.erase(ticket);
   try {
     if (edit.number != 0 && edit.id) Answer({*edit.kind, *edit.id}, edit.number);
@@ -226,7 +222,7 @@ void ChangeRelay::Answer(const Object& object, uint64_t number) {
 void ChangeRelay::EndTicket() {
   const uint64_t oldest = m_onTheirWay.empty() ? m_lastTicket + 1 : *m_onTheirWay.begin();
   m_due.reserve(m_due.size() + m_unanswered.size());
-  std::erase_if(m_unanswered, [&](const Unanswered& event) {
+  std::erase_if(m_unanswered, [&](const Unanswered& event) REQUIRES(m_mutex) {
     if (event.firstTicketAfter > oldest) return false;
     m_due.push_back(event.object);
     return true;
@@ -252,7 +248,7 @@ void ChangeRelay::NoteGap(ListKind kind, uint64_t newNumber) {
   // The oldest give way: no edit is on its way for that long.
   if (m_gaps.size() == kRememberedGaps) m_gaps.erase(m_gaps.begin());
   m_gaps.push_back({kind, PositionOf(kind), newNumber});
-  std::erase_if(m_answered, [&](const auto& edit) {
+  std::erase_if(m_answered, [&](const auto& edit) REQUIRES(m_mutex) {
     if (edit.second.object.kind != kind || edit.first > newNumber) return false;
     m_due.push_back(edit.second.object);
     return true;
@@ -273,7 +269,7 @@ void ChangeRelay::ForgetEdits() {
 
 void ChangeRelay::Tell(ListKind kind, const std::string& document) {
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (document.empty() || (m_sleeper && m_sleeper->IsCancelled())) return;
   }
   Slot(kind).Call(document);

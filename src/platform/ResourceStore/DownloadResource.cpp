@@ -2,15 +2,15 @@
 #include "ResourceStore/DownloadResource.h"
 
 #include <algorithm>
-#include <mutex>
 #include <string>
 #include <utility>
 
-#include "BizShared/NetCommManager.h"
+#include "BizShared/details/Reply.h"
+#include "BizShared/details/ServerRequest.h"
 #include "NetLink/RapidJsonProto.h"
 #include "ResourceStore/ElementStore.h"
-#include "ResourceStore/Reply.h"
 #include "VantBase/SingletonImpl.h"
+#include "base/Mutex.h"
 
 template class Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
 
@@ -23,7 +23,7 @@ using Vant::Base::Error::ErrorCode;
 constexpr size_t kIdsPerRequest = 500;
 
 std::string ElementsUrl(int type, const std::vector<unsigned int>& ids, size_t from, size_t to) {
-  std::string url = std::string(kPlatformUrl) + "V0/Elements?Type=" + std::to_string(type) + "&IDs=";
+  std::string url = "V0/Elements?Type=" + std::to_string(type) + "&IDs=";
   for (size_t i = from; i < to; ++i) {
     if (i != from) url += ',';
     url += std::to_string(ids[i]);
@@ -33,15 +33,13 @@ std::string ElementsUrl(int type, const std::vector<unsigned int>& ids, size_t f
 
 std::vector<std::shared_ptr<CElement>> ReadElements(const NetLink::CRapidJsonProto& reply, int type) {
   std::vector<std::shared_ptr<CElement>> elements;
-  int count = reply.get_cnt("/ResponseStatus/Data/ElementList/Element");
-  for (int i = 1; i <= count; ++i) {
-    std::string prefix = "/ResponseStatus/Data/ElementList/Element[" + std::to_string(i) + "]/";
-    int id = reply.get_int_v(prefix + "ID", -1);
-    if (id == -1) continue;
-    elements.push_back(std::make_shared<CElement>(static_cast<unsigned int>(id), reply.get_int_v(prefix + "Type", type),
-                                                  reply.get_v(prefix + "Name", ""),
-                                                  static_cast<unsigned int>(reply.get_int_v(prefix + "SiteID", -1))));
-  }
+  BizShared::details::ForEachElement(reply, "ElementList/Element", [&](const std::string& path) {
+    const int id = reply.get_int_v(path + "ID", -1);
+    if (id == -1) return;
+    elements.push_back(std::make_shared<CElement>(static_cast<unsigned int>(id), reply.get_int_v(path + "Type", type),
+                                                  reply.get_v(path + "Name", ""),
+                                                  static_cast<unsigned int>(reply.get_int_v(path + "SiteID", -1))));
+  });
   return elements;
 }
 
@@ -52,17 +50,12 @@ bool FetchMissing(int type, const std::set<unsigned int>& ids, ElementStore& sto
   }
   for (size_t from = 0; from < missing.size(); from += kIdsPerRequest) {
     size_t to = std::min(from + kIdsPerRequest, missing.size());
-    auto send = std::make_shared<NetLink::CClientSendInfo>();
-    send->SetVal_Method("GET");
-    send->SetVal_URL(ElementsUrl(type, missing, from, to));
-    auto recv = std::make_shared<NetLink::CClientRecvInfo>();
-    if (!BizShared::CNetCommManager::Instance().ClientSynSend(recv, send, 0)) {
-      error = recv->GetVal_Error_code();
+    BizShared::details::RequestContext context;
+    NetLink::CRapidJsonProto reply;
+    if (!BizShared::details::Ask(BizShared::details::GetRequest(ElementsUrl(type, missing, from, to)), context, reply,
+                                 error)) {
       return false;
     }
-    NetLink::CRapidJsonProto reply;
-    error = ReadEnvelope(recv->GetVal_Receive_Data(), reply);
-    if (error.GetSubError() != 0) return false;
     store.Put(ReadElements(reply, type));
   }
   return true;
@@ -92,12 +85,12 @@ ExtraRequestType CDownloadLogicalResource::GetVal_extra_request_type() const {
   return m_extraRequestType;
 }
 
-// m_mutex guards m_download and is not held while downloading.
+// The lock is not held while downloading.
 class CDownloadResourceStore::Impl {
  public:
   const std::shared_ptr<ElementStore> m_elements = ElementStore::Shared();
-  std::mutex m_mutex;
-  Download m_download;
+  base::Mutex m_mutex;
+  Download m_download GUARDED_BY(m_mutex);
 };
 
 CDownloadResourceStore::CDownloadResourceStore() : m_impl(std::make_unique<Impl>()) {}
@@ -108,7 +101,7 @@ bool CDownloadResourceStore::SynIncrementalDownloadLogicalResource(ErrorCode& er
   if (!request) return true;
   Download download;
   {
-    std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+    base::MutexLock lock(m_impl->m_mutex);
     download = m_impl->m_download;
   }
   if (download) return download(error, *request);
@@ -119,7 +112,7 @@ bool CDownloadResourceStore::SynIncrementalDownloadLogicalResource(ErrorCode& er
 }
 
 void CDownloadResourceStore::SetDownload(Download download) {
-  std::lock_guard<std::mutex> lock(m_impl->m_mutex);
+  base::MutexLock lock(m_impl->m_mutex);
   m_impl->m_download.swap(download);  // the old one is destroyed after the lock is released
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <vector>
 
+#include "ResourceStore/Element.h"
 #include "ResourceStore/Export.h"
 #include "VantBase/Error.h"
 #include "VantBase/Singleton.h"
@@ -14,20 +15,6 @@ namespace ResourceStore {
 class CDownloadResourceStore;
 }
 extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
-
-namespace comm_method {
-
-// Kinds of element to download, by the server's number.
-enum ResourceType : int {
-  ResourceTypeCamera = 1001,
-  ResourceTypeDoor = 1002,
-  ResourceTypeElevator = 1005,
-  ResourceTypeRadar = 1006,
-  ResourceTypeElement1027 = 1027,
-  ResourceTypeElement2004 = 2004,
-};
-
-}  // namespace comm_method
 
 namespace ResourceStore {
 

@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
+// Internal to the library.
 #pragma once
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "ResourceStore/Element.h"
+#include "base/Mutex.h"
 
 namespace ResourceStore {
 
 // The elements and areas of the process. Shared by the managers that read and fill it, so that none of them depends on
-// another one's life. Any thread; m_mutex guards everything.
+// another one's life. Any thread.
 class ElementStore {
  public:
   static std::shared_ptr<ElementStore> Shared();
@@ -28,9 +29,10 @@ class ElementStore {
   void Clear();
 
  private:
-  mutable std::mutex m_mutex;
-  std::map<int, std::unordered_map<unsigned int, std::shared_ptr<CElement>>> m_elements;  // by type, by id
-  std::unordered_map<unsigned int, std::string> m_areas;
+  mutable base::Mutex m_mutex;
+  std::map<int, std::unordered_map<unsigned int, std::shared_ptr<CElement>>> m_elements
+      GUARDED_BY(m_mutex);  // by type, by id
+  std::unordered_map<unsigned int, std::string> m_areas GUARDED_BY(m_mutex);
 };
 
 }  // namespace ResourceStore

@@ -3,12 +3,10 @@
 
 #include <rapidjson/reader.h>
 
-#include <charconv>
-#include <cmath>
-#include <limits>
 #include <string_view>
 #include <utility>
 
+#include "json/Numbers.h"
 #include "json/ParseText.h"
 
 namespace ResourceStore::details {
@@ -34,22 +32,6 @@ class TextStream {
   const char* m_at;
 };
 
-// A text that is wholly -?[0-9]+ within -2^31..2^32-1.
-std::optional<int64_t> ToNumber(std::string_view text) {
-  bool negative = text.starts_with('-');
-  std::string_view digits = text.substr(negative ? 1 : 0);
-  if (digits.empty()) return std::nullopt;
-  int64_t value = 0;
-  for (char c : digits) {
-    if (c < '0' || c > '9') return std::nullopt;
-    value = value * 10 + (c - '0');
-    if (value > std::numeric_limits<uint32_t>::max()) return std::nullopt;
-  }
-  if (negative) value = -value;
-  if (value < std::numeric_limits<int32_t>::min()) return std::nullopt;
-  return value;
-}
-
 // Follows the path to the list by depth alone: m_matched says how many of the path's names lead to where the reader is,
 // so that nesting elsewhere costs a counter and no memory.
 class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListHandler> {
@@ -61,17 +43,15 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   bool Null() { return Scalar(std::nullopt); }
   bool Bool(bool) { return Scalar(std::nullopt); }
   bool RawNumber(const char* text, rapidjson::SizeType length, bool) { return json::PassNumber({text, length}, *this); }
-  bool Int(int value) { return Number(value); }
-  bool Uint(unsigned value) { return Number(value); }
-  bool Int64(int64_t value) { return Number(value); }
+  bool Int(int value) { return Scalar(value); }
+  bool Uint(unsigned value) { return Scalar(value); }
+  // These get what does not fit the two above.
+  bool Int64(int64_t) { return Scalar(std::nullopt); }
   bool Uint64(uint64_t) { return Scalar(std::nullopt); }
-  bool Double(double value) {
-    bool fits = std::abs(value) < 9e9;
-    return fits ? Number(static_cast<int64_t>(value)) : Scalar(std::nullopt);
-  }
+  bool Double(double value) { return Scalar(json::Of32Bits(value)); }
   bool String(const char* text, rapidjson::SizeType length, bool) {
     if (m_key == kChangeNumber) return TakeChangeNumber(ToChangeNumber({text, length}));
-    return Scalar(ToNumber({text, length}));
+    return Scalar(json::Of32Bits(std::string_view(text, length)));
   }
   bool Key(const char* name, rapidjson::SizeType length, bool) {
     if (m_elementDepth == 0 || m_depth == m_elementDepth) m_key.assign(name, length);
@@ -116,11 +96,6 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   static constexpr std::string_view kChangeNumber = "ChangeNumber";
   // Names on the way: the root itself, "ResponseStatus", "Data", the list, the elements.
   static constexpr size_t kPathLength = 5;
-
-  bool Number(int64_t value) {
-    bool fits = value >= std::numeric_limits<int32_t>::min() && value <= std::numeric_limits<uint32_t>::max();
-    return Scalar(fits ? std::optional<int64_t>(value) : std::nullopt);
-  }
 
   // Whether the value that now begins continues the path.
   bool IsOnPath() const {
@@ -203,15 +178,15 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
     if (m_elementDepth != 0) {
       if (m_depth != m_elementDepth) return true;
       if (m_key == "ID" && !std::exchange(m_idSeen, true) && number) m_element.id = static_cast<uint32_t>(*number);
-      if (m_key == "Method" && !std::exchange(m_methodSeen, true) && number) m_element.method = ToInt(*number);
+      if (m_key == "Method" && !std::exchange(m_methodSeen, true) && number) m_element.method = json::AsSigned(*number);
       EndMember(0);
     } else if (m_depth == 2 && m_matched == 2 && number) {
-      if (m_key == "ErrorModule" && !std::exchange(m_moduleSeen, true)) m_document.errorModule = ToInt(*number);
-      if (m_key == "ErrorCode" && !std::exchange(m_codeSeen, true)) m_document.errorCode = ToInt(*number);
+      if (m_key == "ErrorModule" && !std::exchange(m_moduleSeen, true))
+        m_document.errorModule = json::AsSigned(*number);
+      if (m_key == "ErrorCode" && !std::exchange(m_codeSeen, true)) m_document.errorCode = json::AsSigned(*number);
     }
     return true;
   }
-  static int ToInt(int64_t number) { return static_cast<int>(static_cast<uint32_t>(number)); }
 
   const std::string& m_text;
   const TextStream& m_stream;
@@ -253,11 +228,7 @@ bool ReadListDocument(const std::string& text, const ListNames& names, bool with
 }
 
 std::optional<uint64_t> ToChangeNumber(std::string_view text) {
-  uint64_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stopped, error] = std::from_chars(text.data(), end, number);
-  if (text.empty() || error != std::errc() || stopped != end) return std::nullopt;
-  return number;
+  return json::WholeNumber<uint64_t>(text);
 }
 
 std::string ListHead(const ListNames& names, uint64_t number) {

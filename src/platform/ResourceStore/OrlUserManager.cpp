@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <new>
 #include <optional>
 #include <thread>
@@ -12,12 +10,13 @@
 
 #include "BizShared/NetCommManager.h"
 #include "BizShared/details/Canceller.h"
-#include "BizShared/details/Exchange.h"
 #include "BizShared/details/Process.h"
+#include "BizShared/details/Reply.h"
+#include "BizShared/details/ServerRequest.h"
 #include "NetLink/RapidJsonProto.h"
-#include "ResourceStore/Reply.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
+#include "base/Mutex.h"
 
 template class Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
 
@@ -53,7 +52,7 @@ ErrorCode CIOrlUserObserverParam::GetVal_stru_error_code() const {
   return m_error;
 }
 
-// m_mutex guards everything and is not held across notifications.
+// The lock is not held across notifications.
 template <class Observed, class Observer>
 class CObserverableWrap<Observed, Observer>::Impl {
  public:
@@ -61,10 +60,10 @@ class CObserverableWrap<Observed, Observer>::Impl {
     Observer* observer;
     std::thread::id thread;
   };
-  std::mutex m_mutex;
-  std::condition_variable m_callEnded;
-  std::vector<Observer*> m_observers;
-  std::vector<RunningCall> m_running;
+  base::Mutex m_mutex;
+  base::Condition m_callEnded;
+  std::vector<Observer*> m_observers GUARDED_BY(m_mutex);
+  std::vector<RunningCall> m_running GUARDED_BY(m_mutex);
 };
 
 template <class Observed, class Observer>
@@ -76,7 +75,7 @@ CObserverableWrap<Observed, Observer>::~CObserverableWrap() {
 
 template <class Observed, class Observer>
 void CObserverableWrap<Observed, Observer>::RegisterObserver(Observer* observer) {
-  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  base::MutexLock lock(m_observers->m_mutex);
   auto& observers = m_observers->m_observers;
   if (observer && std::find(observers.begin(), observers.end(), observer) == observers.end()) {
     observers.push_back(observer);
@@ -87,13 +86,14 @@ template <class Observed, class Observer>
 void CObserverableWrap<Observed, Observer>::SyncUnregisterObserver(Observer* observer) {
   if (BizShared::details::IsForkedChild()) {
     // The threads that notify, and may hold the lock, are the parent's.
-    std::unique_lock<std::mutex> lock(m_observers->m_mutex, std::try_to_lock);
-    if (lock) std::erase(m_observers->m_observers, observer);
+    if (!m_observers->m_mutex.TryLock()) return;
+    std::erase(m_observers->m_observers, observer);
+    m_observers->m_mutex.Unlock();
     return;
   }
-  std::unique_lock<std::mutex> lock(m_observers->m_mutex);
+  base::MutexLock lock(m_observers->m_mutex);
   std::erase(m_observers->m_observers, observer);
-  m_observers->m_callEnded.wait(lock, [&] {
+  m_observers->m_callEnded.Wait(lock, [&]() REQUIRES(m_observers->m_mutex) {
     return std::none_of(m_observers->m_running.begin(), m_observers->m_running.end(), [&](const auto& call) {
       return call.observer == observer && call.thread != std::this_thread::get_id();
     });
@@ -102,13 +102,13 @@ void CObserverableWrap<Observed, Observer>::SyncUnregisterObserver(Observer* obs
 
 template <class Observed, class Observer>
 std::vector<Observer*> CObserverableWrap<Observed, Observer>::Observers() const {
-  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  base::MutexLock lock(m_observers->m_mutex);
   return m_observers->m_observers;
 }
 
 template <class Observed, class Observer>
 bool CObserverableWrap<Observed, Observer>::BeginNotify(Observer* observer) {
-  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  base::MutexLock lock(m_observers->m_mutex);
   auto& observers = m_observers->m_observers;
   if (std::find(observers.begin(), observers.end(), observer) == observers.end()) return false;
   m_observers->m_running.push_back({observer, std::this_thread::get_id()});
@@ -117,12 +117,12 @@ bool CObserverableWrap<Observed, Observer>::BeginNotify(Observer* observer) {
 
 template <class Observed, class Observer>
 void CObserverableWrap<Observed, Observer>::EndNotify(Observer* observer) {
-  std::lock_guard<std::mutex> lock(m_observers->m_mutex);
+  base::MutexLock lock(m_observers->m_mutex);
   auto& running = m_observers->m_running;
   running.erase(std::find_if(running.begin(), running.end(), [&](const auto& call) {
     return call.observer == observer && call.thread == std::this_thread::get_id();
   }));
-  m_observers->m_callEnded.notify_all();
+  m_observers->m_callEnded.NotifyAll();
 }
 
 namespace {
@@ -134,48 +134,37 @@ struct FixedDownload {
 
 Users ReadUsers(const NetLink::CRapidJsonProto& reply) {
   Users users;
-  int count = reply.get_cnt("/ResponseStatus/Data/UserList/User");
-  for (int i = 1; i <= count; ++i) {
-    std::string prefix = "/ResponseStatus/Data/UserList/User[" + std::to_string(i) + "]/";
-    users.push_back(std::make_shared<CUserInfo>(reply.get_int_v(prefix + "ID", -1), reply.get_v(prefix + "Name", ""),
-                                                reply.get_int_v(prefix + "Online", 0) != 0,
-                                                reply.get_int_v(prefix + "PTZControlPermission", -1)));
-  }
+  BizShared::details::ForEachElement(reply, "UserList/User", [&](const std::string& path) {
+    users.push_back(std::make_shared<CUserInfo>(reply.get_int_v(path + "ID", -1), reply.get_v(path + "Name", ""),
+                                                reply.get_int_v(path + "Online", 0) != 0,
+                                                reply.get_int_v(path + "PTZControlPermission", -1)));
+  });
   return users;
 }
 
 bool FetchUsers(BizShared::details::CCanceller& canceller, Users& users, ErrorCode& error) {
-  NetLink::CClientSendInfo send;
-  send.SetVal_Method("GET");
-  send.SetVal_URL(std::string(kPlatformUrl) + "V0/Users");
-  NetLink::CClientRecvInfo recv;
-  BizShared::details::Exchange exchange;
-  exchange.canceller = &canceller;
-  if (!BizShared::CNetCommManager::Instance().Send(recv, send, exchange)) {
-    error = recv.GetVal_Error_code();
-    return false;
-  }
+  BizShared::details::RequestContext context;
+  context.canceller = &canceller;
   NetLink::CRapidJsonProto reply;
-  error = ReadEnvelope(recv.GetVal_Receive_Data(), reply);
-  if (error.GetSubError() != 0) return false;
+  if (!BizShared::details::Ask(BizShared::details::GetRequest("V0/Users"), context, reply, error)) return false;
   users = ReadUsers(reply);
   return true;
 }
 
 }  // namespace
 
-// One thread, started by the first download, serves all. m_mutex guards everything below it and is held neither while
-// downloading nor while notifying.
+// One thread, started by the first download, serves all. The lock is held neither while downloading nor while
+// notifying.
 class COrlUserManager::Impl {
  public:
   explicit Impl(COrlUserManager& manager) : m_manager(manager) {}
   ~Impl() { End(); }
 
   void Request() {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (m_ended) return;
     ++m_requests;
-    m_changed.notify_all();
+    m_changed.NotifyAll();
     if (!m_thread.joinable()) m_thread = std::thread([this] { Run(); });
   }
 
@@ -183,28 +172,30 @@ class COrlUserManager::Impl {
 
   void End() {
     if (BizShared::details::IsForkedChild()) return;
+    std::thread thread;
     {
-      std::lock_guard<std::mutex> lock(m_mutex);
+      base::MutexLock lock(m_mutex);
       m_ended = true;
-      m_changed.notify_all();
+      m_changed.NotifyAll();
+      thread.swap(m_thread);
     }
     m_canceller.Cancel();
-    if (!m_thread.joinable()) return;
+    if (!thread.joinable()) return;
     // The process may be ending from within a notification.
-    if (m_thread.get_id() == std::this_thread::get_id()) {
-      m_thread.detach();
+    if (thread.get_id() == std::this_thread::get_id()) {
+      thread.detach();
     } else {
-      m_thread.join();
+      thread.join();
     }
   }
 
   Users CurrentUsers() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     return m_users;
   }
 
   void Fix(std::optional<FixedDownload> download) {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     m_fixed = std::move(download);
   }
 
@@ -212,13 +203,13 @@ class COrlUserManager::Impl {
   // A request that comes during a download starts another one after it, so that its notification tells of what the
   // server said after the request.
   void Run() {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     uint64_t served = 0;
     while (true) {
-      m_changed.wait(lock, [&] { return m_ended || m_requests != served; });
+      m_changed.Wait(lock, [&]() REQUIRES(m_mutex) { return m_ended || m_requests != served; });
       if (m_ended) return;
       served = m_requests;
-      lock.unlock();
+      lock.Unlock();
       Users users;
       ErrorCode error;
       bool succeeded = false;
@@ -227,20 +218,20 @@ class COrlUserManager::Impl {
       } catch (...) {
         error = ErrorCode(1, 27, 0, {});  // want of memory, as the transport says it
       }
-      lock.lock();
+      lock.Lock();
       if (m_ended) return;
       if (succeeded) m_users = std::move(users);
-      lock.unlock();
+      lock.Unlock();
       NotifyAll(succeeded ? CIOrlUserObserverParam::Succeeded : CIOrlUserObserverParam::Failed,
                 succeeded ? ErrorCode() : error);
-      lock.lock();
+      lock.Lock();
     }
   }
 
   bool Download(Users& users, ErrorCode& error) {
     std::optional<FixedDownload> fixed;
     {
-      std::lock_guard<std::mutex> lock(m_mutex);
+      base::MutexLock lock(m_mutex);
       fixed = m_fixed;
     }
     if (!fixed) return FetchUsers(m_canceller, users, error);
@@ -279,20 +270,21 @@ class COrlUserManager::Impl {
         return true;
       } catch (const std::bad_alloc&) {
       }
-      std::unique_lock<std::mutex> lock(m_mutex);
-      if (m_changed.wait_for(lock, std::chrono::milliseconds(10), [&] { return m_ended; })) return false;
+      base::MutexLock lock(m_mutex);
+      if (m_changed.WaitFor(lock, std::chrono::milliseconds(10), [&]() REQUIRES(m_mutex) { return m_ended; }))
+        return false;
     }
   }
 
   COrlUserManager& m_manager;
   BizShared::details::CCanceller m_canceller;
-  mutable std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_ended = false;
-  uint64_t m_requests = 0;
-  Users m_users;
-  std::optional<FixedDownload> m_fixed;
-  std::thread m_thread;
+  mutable base::Mutex m_mutex;
+  base::Condition m_changed;
+  bool m_ended GUARDED_BY(m_mutex) = false;
+  uint64_t m_requests GUARDED_BY(m_mutex) = 0;
+  Users m_users GUARDED_BY(m_mutex);
+  std::optional<FixedDownload> m_fixed GUARDED_BY(m_mutex);
+  std::thread m_thread GUARDED_BY(m_mutex);
 };
 
 COrlUserManager::COrlUserManager() : m_impl(std::make_unique<Impl>(*this)) {}

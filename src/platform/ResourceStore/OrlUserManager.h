@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ResourceStore/Export.h"
+#include "VantBase/BaseObserver.h"
 #include "VantBase/Error.h"
 #include "VantBase/Singleton.h"
 
@@ -15,16 +16,6 @@ namespace ResourceStore {
 class COrlUserManager;
 }
 extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
-
-namespace Vant::Base {
-
-// Common base of the platform's observers.
-class IBaseObserver {
- protected:
-  ~IBaseObserver() = default;
-};
-
-}  // namespace Vant::Base
 
 namespace ResourceStore {
 

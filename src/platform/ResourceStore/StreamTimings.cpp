@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ResourceStore/details/StreamTimings.h"
 
-#include <mutex>
+#include "base/Mutex.h"
 
 namespace ResourceStore::details {
 
 namespace {
-std::mutex s_mutex;
-StreamTimings s_timings;
+base::Mutex s_mutex;
+StreamTimings s_timings GUARDED_BY(s_mutex);
 }  // namespace
 
 void SetStreamTimings(const StreamTimings& timings) {
-  std::lock_guard<std::mutex> lock(s_mutex);
+  base::MutexLock lock(s_mutex);
   s_timings = timings;
 }
 
 StreamTimings GetStreamTimings() {
-  std::lock_guard<std::mutex> lock(s_mutex);
+  base::MutexLock lock(s_mutex);
   return s_timings;
 }
 

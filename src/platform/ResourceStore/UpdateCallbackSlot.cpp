@@ -8,20 +8,19 @@
 namespace ResourceStore {
 
 void UpdateCallbackSlot::Set(Callback callback) {
-  std::shared_ptr<const Callback> next;
+  std::shared_ptr<const Callback> next;  // then the old one, which is destroyed without the lock
   if (callback) next = std::make_shared<const Callback>(std::move(callback));
-  std::unique_lock<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   m_callback.swap(next);
-  unsigned int generation = ++m_generation;
-  if (!IsInsideCall()) m_callEnded.wait(lock, [&] { return !RunsBefore(generation); });
-  lock.unlock();  // the old callback is destroyed without the lock
+  const unsigned int generation = ++m_generation;
+  if (!IsInsideCall()) m_callEnded.Wait(lock, [&]() REQUIRES(m_mutex) { return !RunsBefore(generation); });
 }
 
 void UpdateCallbackSlot::Call(const std::string& data) {
   std::shared_ptr<const Callback> callback;
   RunningCall call{std::this_thread::get_id(), 0, nullptr};
   {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (!m_callback) return;
     callback = m_callback;
     call.generation = m_generation;
@@ -33,11 +32,11 @@ void UpdateCallbackSlot::Call(const std::string& data) {
     Vant::Base::details::IOrlFormatLog(4, "Platform", "A callback for changes threw an exception");
   }
   callback.reset();  // so that it is gone when a waiting setter returns
-  std::lock_guard<std::mutex> lock(m_mutex);
+  base::MutexLock lock(m_mutex);
   RunningCall** place = &m_running;
   while (*place != &call) place = &(*place)->next;
   *place = call.next;
-  m_callEnded.notify_all();
+  m_callEnded.NotifyAll();
 }
 
 template <class Condition>

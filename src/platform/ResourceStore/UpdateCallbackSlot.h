@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
+// For the platform's own tests, not for hosts.
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
 #include "ResourceStore/Export.h"
+#include "base/Mutex.h"
 
 namespace ResourceStore {
 
-// Holds the one receiver of a kind of change. Any thread; m_mutex guards everything and is not held across calls.
+// Holds the one receiver of a kind of change. Any thread; no lock is held across calls.
 class RESOURCESTORE_API UpdateCallbackSlot {
  public:
   using Callback = std::function<void(const std::string&)>;
@@ -31,15 +31,15 @@ class RESOURCESTORE_API UpdateCallbackSlot {
     RunningCall* next;
   };
   template <class Condition>
-  bool IsAnyRunning(Condition condition) const;
-  bool IsInsideCall() const;
-  bool RunsBefore(unsigned int generation) const;
+  bool IsAnyRunning(Condition condition) const REQUIRES(m_mutex);
+  bool IsInsideCall() const REQUIRES(m_mutex);
+  bool RunsBefore(unsigned int generation) const REQUIRES(m_mutex);
 
-  std::mutex m_mutex;
-  std::condition_variable m_callEnded;
-  std::shared_ptr<const Callback> m_callback;
-  unsigned int m_generation = 0;  // counts the callbacks that were set
-  RunningCall* m_running = nullptr;
+  base::Mutex m_mutex;
+  base::Condition m_callEnded;
+  std::shared_ptr<const Callback> m_callback GUARDED_BY(m_mutex);
+  unsigned int m_generation GUARDED_BY(m_mutex) = 0;  // counts the callbacks that were set
+  RunningCall* m_running GUARDED_BY(m_mutex) = nullptr;
 };
 
 }  // namespace ResourceStore

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ResourceStore/ViewGroupManager.h"
 
-#include <condition_variable>
-#include <mutex>
 #include <utility>
 
 #include "BizShared/NetCommManager.h"
@@ -12,6 +10,7 @@
 #include "ResourceStore/details/ChangeRelay.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
+#include "base/Mutex.h"
 
 template class Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
 
@@ -29,7 +28,7 @@ details::DownloadedList AsDownloaded(const std::string& text, const details::Lis
 
 }  // namespace
 
-// m_mutex guards m_sync and m_stopping; it is not held while the thread is waited for. The rest guards itself.
+// The lock is not held while the thread is waited for.
 class CViewGroupManager::Impl {
  public:
   Impl() { BizShared::CNetCommManager::Instance().SetEditWatch(m_relay); }
@@ -39,30 +38,31 @@ class CViewGroupManager::Impl {
   }
 
   void Start() {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (m_sync && m_sync->IsThisThread()) return;
-    m_stopped.wait(lock, [this] { return !m_stopping; });
+    m_stopped.Wait(lock, [this]() REQUIRES(m_mutex) { return !m_stopping; });
     if (m_sync) return;
     m_relay->Clear();
     m_sync = std::make_unique<ViewSync>(*m_relay);
   }
 
   void Stop() {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (m_sync && m_sync->IsThisThread()) {
       Vant::Base::details::IOrlFormatLog(5, "Platform", "The view download cannot be stopped from its own callback");
       return;
     }
-    m_stopped.wait(lock, [this] { return !m_stopping; });
+    m_stopped.Wait(lock, [this]() REQUIRES(m_mutex) { return !m_stopping; });
     if (m_sync) {
       m_stopping = true;
-      lock.unlock();
-      m_sync->End();
-      lock.lock();
+      ViewSync& sync = *m_sync;
+      lock.Unlock();
+      sync.End();
+      lock.Lock();
       m_sync.reset();
       m_elements->Clear();  // the next user may not see the same
       m_stopping = false;
-      m_stopped.notify_all();
+      m_stopped.NotifyAll();
     }
     m_relay->Clear();
   }
@@ -71,10 +71,10 @@ class CViewGroupManager::Impl {
 
  private:
   const std::shared_ptr<ElementStore> m_elements = ElementStore::Shared();
-  std::mutex m_mutex;
-  std::condition_variable m_stopped;
-  bool m_stopping = false;
-  std::unique_ptr<ViewSync> m_sync;
+  base::Mutex m_mutex;
+  base::Condition m_stopped;
+  bool m_stopping GUARDED_BY(m_mutex) = false;
+  std::unique_ptr<ViewSync> m_sync GUARDED_BY(m_mutex);
 };
 
 CViewGroupManager::CViewGroupManager() : m_impl(std::make_unique<Impl>()) {}

@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "BizShared/NetCommManager.h"
-#include "BizShared/details/Exchange.h"
-#include "ResourceStore/Reply.h"
+#include "BizShared/details/Reply.h"
+#include "BizShared/details/RequestContext.h"
+#include "BizShared/details/ServerRequest.h"
 #include "VantBase/Log.h"
 
 namespace ResourceStore {
@@ -16,7 +17,9 @@ namespace ResourceStore {
 namespace {
 
 using BizShared::CNetCommManager;
-using BizShared::details::Exchange;
+using BizShared::details::Ask;
+using BizShared::details::GetRequest;
+using BizShared::details::RequestContext;
 using details::ChangeEvent;
 using std::chrono::milliseconds;
 using Vant::Base::Error::ErrorCode;
@@ -26,22 +29,13 @@ constexpr const char* kModule = "Platform";
 constexpr int kGone = 410;
 constexpr int kTransportError = 1, kNoMemory = 27;  // as the transport says it
 
-// Nothing may be thrown out of the thread: want of memory ends that one attempt. Whether it came to its end.
+// Nothing may be thrown out of the thread: want of memory ends the step.
 template <class Step>
-bool Ends(Step step) noexcept {
+void WithoutThrowing(Step step) noexcept {
   try {
     step();
-    return true;
   } catch (...) {
-    return false;
   }
-}
-
-NetLink::CClientSendInfo Get(const std::string& name) {
-  NetLink::CClientSendInfo send;
-  send.SetVal_Method("GET");
-  send.SetVal_URL(kPlatformUrl + name);
-  return send;
 }
 
 }  // namespace
@@ -103,7 +97,7 @@ bool ViewSync::Repeat(const char* name, Attempt attempt) {
   while (!m_canceller.IsCancelled()) {
     ErrorCode error(kTransportError, kNoMemory, 0, {});
     bool succeeded = false;
-    Ends([&] { succeeded = attempt(error); });
+    WithoutThrowing([&] { succeeded = attempt(error); });
     if (m_canceller.IsCancelled()) return false;
     if (succeeded) return true;
     milliseconds pause = backoff.Next();
@@ -114,54 +108,44 @@ bool ViewSync::Repeat(const char* name, Attempt attempt) {
   return false;
 }
 
-bool ViewSync::FetchAreas() {
-  return Repeat("V0/Areas", [this](ErrorCode& error) {
-    NetLink::CClientSendInfo send = Get("V0/Areas");
+template <class Take>
+bool ViewSync::Fetch(const char* name, Take take) {
+  return Repeat(name, [&](ErrorCode& error) {
+    NetLink::CClientSendInfo send = GetRequest(name);
     send.SetVal_Timeout(static_cast<unsigned long>(m_timings.listTimeout.count()));
-    NetLink::CClientRecvInfo recv;
-    Exchange exchange;
-    exchange.canceller = &m_canceller;
-    if (!CNetCommManager::Instance().Send(recv, send, exchange)) {
-      error = recv.GetVal_Error_code();
-      return false;
-    }
+    RequestContext context;
+    context.canceller = &m_canceller;
+    std::string text;
+    return Ask(send, context, text, error) && take(std::move(text), context.resourceSequence, error);
+  });
+}
+
+bool ViewSync::FetchAreas() {
+  return Fetch("V0/Areas", [this](const std::string& text, const std::string&, ErrorCode& error) {
     NetLink::CRapidJsonProto reply;
-    error = ReadEnvelope(recv.GetVal_Receive_Data(), reply);
+    error = BizShared::details::ReadEnvelope(text, reply);
     if (error.GetSubError() != 0) return false;
-    int count = reply.get_cnt("/ResponseStatus/Data/AreaList/Area");
-    for (int i = 1; i <= count; ++i) {
-      std::string prefix = "/ResponseStatus/Data/AreaList/Area[" + std::to_string(i) + "]/";
-      int id = reply.get_int_v(prefix + "ID", -1);
-      if (id != -1) m_elements->PutArea(static_cast<unsigned int>(id), reply.get_v(prefix + "Name", ""));
-    }
+    BizShared::details::ForEachElement(reply, "AreaList/Area", [&](const std::string& path) {
+      const int id = reply.get_int_v(path + "ID", -1);
+      if (id != -1) m_elements->PutArea(static_cast<unsigned int>(id), reply.get_v(path + "Name", ""));
+    });
     return true;
   });
 }
 
 bool ViewSync::FetchList(const char* name, const details::ListNames& names, details::DownloadedList& list) {
-  return Repeat(name, [&](ErrorCode& error) {
-    NetLink::CClientSendInfo send = Get(name);
-    send.SetVal_Timeout(static_cast<unsigned long>(m_timings.listTimeout.count()));
-    NetLink::CClientRecvInfo recv;
-    Exchange exchange;
-    exchange.canceller = &m_canceller;
-    if (!CNetCommManager::Instance().Send(recv, send, exchange)) {
-      error = recv.GetVal_Error_code();
-      return false;
-    }
-    list.text = recv.GetVal_Receive_Data();
+  return Fetch(name, [&](std::string text, const std::string& resourceSequence, ErrorCode& error) {
     details::ListDocument envelope;
-    if (!details::ReadListDocument(list.text, names, false, envelope)) envelope = {};
+    if (!details::ReadListDocument(text, names, false, envelope)) envelope = {};
     error = ErrorCode(envelope.errorModule, envelope.errorCode, 1, {});
     if (envelope.errorCode != 0) return false;
     // Without the number the changes after this list could not be told from those before it.
-    std::optional<uint64_t> number = details::ToChangeNumber(exchange.resourceSequence);
+    const std::optional<uint64_t> number = details::ToChangeNumber(resourceSequence);
     if (!number) {
       error = ErrorCode(-1, -1, 1, {});
       return false;
     }
-    list.number = *number;
-    list.isNumbered = envelope.saysNumber;
+    list = {std::move(text), *number, envelope.saysNumber};
     return true;
   });
 }
@@ -171,9 +155,9 @@ void ViewSync::Follow() {
   while (!m_canceller.IsCancelled()) {
     auto began = std::chrono::steady_clock::now();
     StreamEnd end = StreamEnd::Lost;
-    Ends([&] { end = FollowOnce(backoff); });
+    WithoutThrowing([&] { end = FollowOnce(backoff); });
     if (m_canceller.IsCancelled()) return;
-    Ends([&] { m_relay.TellDue(); });
+    WithoutThrowing([&] { m_relay.TellDue(); });
     if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
     if (!m_canceller.Pause(backoff.Next())) return;
     // After the pause: in one between the lists and the stream, a server that keeps few changes would forget those too.
@@ -185,27 +169,27 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   StreamEnd end = StreamEnd::Lost;
   details::ChangeStreamParser parser;
   std::vector<ChangeEvent> events;
-  Exchange exchange;
-  exchange.canceller = &m_canceller;
-  exchange.silence = m_timings.silence;
-  exchange.idle = [this] { Ends([&] { m_relay.TellDue(); }); };
-  exchange.receive = [&](std::string_view piece) {
+  RequestContext context;
+  context.canceller = &m_canceller;
+  context.silence = m_timings.silence;
+  context.idle = [this] { WithoutThrowing([&] { m_relay.TellDue(); }); };
+  context.receive = [&](std::string_view piece) {
     parser.Feed(piece, events);
     for (const ChangeEvent& event : events) {
-      if (m_canceller.IsCancelled() || !TakeEvent(event, exchange.token, end)) return false;
+      if (m_canceller.IsCancelled() || !TakeEvent(event, context.token, end)) return false;
       backoff.Reset();
     }
     events.clear();
     return true;
   };
   NetLink::CClientRecvInfo recv;
-  bool answered =
-      CNetCommManager::Instance().Send(recv, Get("V0/Changes?After=" + std::to_string(m_relay.Position())), exchange);
+  bool answered = CNetCommManager::Instance().Send(
+      recv, GetRequest("V0/Changes?After=" + std::to_string(m_relay.Position())), context);
   if (m_canceller.IsCancelled()) return end;
-  if (exchange.status == kGone) end = StreamEnd::DownloadAgain;
+  if (context.status == kGone) end = StreamEnd::DownloadAgain;
   ErrorCode error = recv.GetVal_Error_code();
   Vant::Base::details::IOrlFormatLog(kWarning, kModule, "The change stream ended after change %llu (HTTP %d, %d-%d)",
-                                     static_cast<unsigned long long>(m_relay.Position()), exchange.status,
+                                     static_cast<unsigned long long>(m_relay.Position()), context.status,
                                      answered ? 0 : error.GetMainError(), answered ? 0 : error.GetSubError());
   return end;
 }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Internal to the library.
 #pragma once
 
 #include <atomic>
@@ -15,8 +16,8 @@
 
 namespace ResourceStore {
 
-// One run from Start to Stop: a thread that downloads the lists and then follows the change stream. Everything below
-// the first block is the thread's own.
+// One run from Start to Stop: a thread that downloads the lists and then follows the change stream. What is private
+// belongs to that thread, but for the canceller and the thread itself.
 class ViewSync {
  public:
   // The thread fills `relay`, which must outlive it, and calls back through it.
@@ -51,6 +52,9 @@ class ViewSync {
   // Attempts until `take` has the lists; false when cancelled.
   bool DownloadFor(void (details::ChangeRelay::*take)(details::DownloadedList, details::DownloadedList));
   bool Download(Lists& lists);
+  // Gets the text of that resource until `take` accepts it: take(text, sequence of the reply's header, error).
+  template <class Take>
+  bool Fetch(const char* name, Take take);
   bool FetchAreas();
   bool FetchList(const char* name, const details::ListNames& names, details::DownloadedList& list);
   template <class Attempt>

@@ -6,8 +6,9 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <mutex>
 #include <utility>
+
+#include "base/Mutex.h"
 
 namespace Vant::Base {
 
@@ -39,20 +40,20 @@ class StderrSink : public ILogSink {
 class CurrentSink {
  public:
   std::shared_ptr<ILogSink> Get() {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     if (!m_sink) m_sink = std::make_shared<StderrSink>();
     return m_sink;
   }
 
   void Set(std::shared_ptr<ILogSink> sink) {
     // Swapped, so that the old sink's destructor runs without the lock.
-    std::lock_guard<std::mutex> lock(m_mutex);
+    base::MutexLock lock(m_mutex);
     m_sink.swap(sink);
   }
 
  private:
-  std::mutex m_mutex;  // Guards m_sink.
-  std::shared_ptr<ILogSink> m_sink;
+  base::Mutex m_mutex;
+  std::shared_ptr<ILogSink> m_sink GUARDED_BY(m_mutex);
 };
 
 // Never destroyed: destructors of other static objects still log at the end of the process.

@@ -5,9 +5,9 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 
 #include "VantBase/Singleton.h"
+#include "base/Mutex.h"
 
 namespace Vant::Base {
 
@@ -16,13 +16,13 @@ struct SingletonStorage {
   // Constant-initialised, so Instance() may be called from any other static initialiser; the owner's destructor
   // is registered when the library is loaded and thus runs after that of any local static made later.
   static inline std::atomic<T*> instance{nullptr};
-  static inline std::unique_ptr<T> owner{};
-  static inline std::mutex creation{};
+  static inline base::Mutex creation{};
+  static inline std::unique_ptr<T> owner GUARDED_BY(creation){};
 
   static T& Get() {
     T* existing = instance.load(std::memory_order_acquire);
     if (existing) return *existing;
-    std::lock_guard<std::mutex> lock(creation);
+    base::MutexLock lock(creation);
     if (!owner) {
       owner.reset(new T());
       instance.store(owner.get(), std::memory_order_release);

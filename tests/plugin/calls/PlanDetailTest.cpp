@@ -6,7 +6,7 @@
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementManager.h"
 
 namespace call_test {
 namespace {

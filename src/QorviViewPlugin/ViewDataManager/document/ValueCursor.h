@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "QorviViewPlugin/ViewDataManager/document/JsonMembers.h"
+#include "json/MemberFinder.h"
 
 namespace QorviViewPlugin {
 
@@ -48,7 +48,7 @@ class ValueCursor {
  private:
   const rapidjson::Value* Find(std::string_view key) { return m_levels.back().Find(key); }
 
-  std::vector<JsonMembers> m_levels;
+  std::vector<json::MemberFinder<const rapidjson::Value>> m_levels;
   bool m_isUnusual = false;
 };
 

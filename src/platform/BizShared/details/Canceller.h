@@ -3,18 +3,29 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
+#include <vector>
 
 #include "BizShared/Export.h"
+#include "base/Mutex.h"
 
 namespace BizShared::details {
+
+// What runs with a canceller and may be asleep meanwhile.
+class IWakeable {
+ public:
+  // Called on any thread; must not wait.
+  virtual void WakeUp() = 0;
+
+ protected:
+  ~IWakeable() = default;
+};
 
 // Ends requests and pauses from another thread, at once and for good: what runs with it when Cancel is called, and
 // whatever is started with it later, ends as cancelled. Any thread.
 class BIZSHARED_API CCanceller {
  public:
-  CCanceller();
-  ~CCanceller();  // REQUIRES: nothing runs with it any more
+  CCanceller() = default;
+  ~CCanceller() = default;  // REQUIRES: nothing runs with it any more
   CCanceller(const CCanceller&) = delete;
   CCanceller& operator=(const CCanceller&) = delete;
 
@@ -25,11 +36,17 @@ class BIZSHARED_API CCanceller {
   // Sleeps that long; false, and at once, when cancelled.
   bool Pause(std::chrono::milliseconds duration);
 
-  class Impl;
-  Impl& Internals() { return *m_impl; }
+  // The runner is woken by Cancel and Wake from Attach on. It must stay until Detach has returned.
+  void Attach(IWakeable& runner);
+  void Detach(IWakeable& runner);
 
  private:
-  std::unique_ptr<Impl> m_impl;
+  void WakeAll() REQUIRES(m_mutex);
+
+  mutable base::Mutex m_mutex;
+  base::Condition m_cancelledNow;
+  std::vector<IWakeable*> m_runners GUARDED_BY(m_mutex);
+  bool m_cancelled GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace BizShared::details

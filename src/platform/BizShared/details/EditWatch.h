@@ -14,7 +14,7 @@ namespace BizShared::details {
 // the sending threads, without a lock held.
 class BIZSHARED_API IEditWatch {
  public:
-  virtual ~IEditWatch();
+  virtual ~IEditWatch() = default;
 
   // Before the edit is sent; what it answers comes back at the end.
   virtual uint64_t OnEditBegins() = 0;

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,6 +15,7 @@
 #include "ResourceStore/Export.h"
 #include "ResourceStore/UpdateCallbackSlot.h"
 #include "ResourceStore/details/ResourceList.h"
+#include "base/Mutex.h"
 
 namespace BizShared::details {
 class CCanceller;
@@ -43,10 +43,9 @@ struct DownloadedList {
 //    included;
 //  - an edit whose answer was lost: no edit that was on its way when its event came was answered with its number.
 //
-// Any thread; m_mutex guards everything but the slots and is not held across calls. What is called back is called back
-// by whoever calls a function that says so: one thread at a time, lest documents overtake each other. Where memory does
-// not suffice, std::bad_alloc is thrown: no position has moved and nothing was told, and the same call may be made
-// again.
+// Any thread; no lock is held across calls. What is called back is called back by whoever calls a function that says
+// so: one thread at a time, lest documents overtake each other. Where memory does not suffice, std::bad_alloc is
+// thrown: no position has moved and nothing was told, and the same call may be made again.
 class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
  public:
   UpdateCallbackSlot& Slot(ListKind kind) { return kind == ListKind::Views ? m_viewsSlot : m_groupsSlot; }
@@ -116,16 +115,15 @@ class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
     bool areNumbered;
   };
 
-  // REQUIRES: m_mutex held, for all up to ForgetEdits.
-  ResourceList& ListOf(ListKind kind) { return kind == ListKind::Views ? m_views : m_groups; }
-  uint64_t PositionOf(ListKind kind);
-  bool IsOwnToBeTold(uint64_t number, ListKind kind, const ListElement& element);
-  void Answer(const Object& object, uint64_t number);
-  void EndTicket();
-  void Replace(NewLists& lists) noexcept;
-  void NoteGap(ListKind kind, uint64_t newNumber);
-  bool IsInGap(ListKind kind, uint64_t number) const;
-  void ForgetEdits();
+  ResourceList& ListOf(ListKind kind) REQUIRES(m_mutex) { return kind == ListKind::Views ? m_views : m_groups; }
+  uint64_t PositionOf(ListKind kind) REQUIRES(m_mutex);
+  bool IsOwnToBeTold(uint64_t number, ListKind kind, const ListElement& element) REQUIRES(m_mutex);
+  void Answer(const Object& object, uint64_t number) REQUIRES(m_mutex);
+  void EndTicket() REQUIRES(m_mutex);
+  void Replace(NewLists& lists) noexcept REQUIRES(m_mutex);
+  void NoteGap(ListKind kind, uint64_t newNumber) REQUIRES(m_mutex);
+  bool IsInGap(ListKind kind, uint64_t number) const REQUIRES(m_mutex);
+  void ForgetEdits() REQUIRES(m_mutex);
 
   void Tell(ListKind kind, const std::string& document);
 
@@ -133,20 +131,20 @@ class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
   UpdateCallbackSlot m_viewsSlot;
   std::atomic<bool> m_finished{false};
 
-  mutable std::mutex m_mutex;
-  ResourceList m_groups{kViewGroupNames};
-  ResourceList m_views{kViewNames};
-  uint64_t m_position = 0;
+  mutable base::Mutex m_mutex;
+  ResourceList m_groups GUARDED_BY(m_mutex){kViewGroupNames};
+  ResourceList m_views GUARDED_BY(m_mutex){kViewNames};
+  uint64_t m_position GUARDED_BY(m_mutex) = 0;
   // Whether receivers were given numbers, and the highest that they may know; kept from run to run.
-  bool m_gaveNumbers = false;
-  uint64_t m_highest = 0;
-  std::map<uint64_t, Answered> m_answered;  // by number: edits whose events are still to come
-  std::vector<Unanswered> m_unanswered;
-  std::vector<Gap> m_gaps;
-  std::vector<Object> m_due;
-  std::set<uint64_t> m_onTheirWay;  // tickets
-  uint64_t m_lastTicket = 0;
-  BizShared::details::CCanceller* m_sleeper = nullptr;
+  bool m_gaveNumbers GUARDED_BY(m_mutex) = false;
+  uint64_t m_highest GUARDED_BY(m_mutex) = 0;
+  std::map<uint64_t, Answered> m_answered GUARDED_BY(m_mutex);  // by number: edits whose events are still to come
+  std::vector<Unanswered> m_unanswered GUARDED_BY(m_mutex);
+  std::vector<Gap> m_gaps GUARDED_BY(m_mutex);
+  std::vector<Object> m_due GUARDED_BY(m_mutex);
+  std::set<uint64_t> m_onTheirWay GUARDED_BY(m_mutex);  // tickets
+  uint64_t m_lastTicket GUARDED_BY(m_mutex) = 0;
+  BizShared::details::CCanceller* m_sleeper GUARDED_BY(m_mutex) = nullptr;
 };
 
 }  // namespace ResourceStore::details

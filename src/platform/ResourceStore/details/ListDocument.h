@@ -45,7 +45,7 @@ RESOURCESTORE_API bool ReadListDocument(const std::string& text, const ListNames
 // A number of a change, as documents and headers hold it: decimal digits and nothing else.
 RESOURCESTORE_API std::optional<uint64_t> ToChangeNumber(std::string_view text);
 
-// The envelope of a list: what stands before and after its elements. Number 0: the list does not say how far it goes.
+// What stands before and after the elements of a list that is complete up to that change. Number 0: it does not say so.
 std::string ListHead(const ListNames& names, uint64_t number = 0);
 std::string ListTail();
 

@@ -12,7 +12,7 @@
 namespace BizShared::details {
 
 // What a request of the platform's own needs beyond the plain records; one request, one thread.
-struct Exchange {
+struct RequestContext {
   // In.
   CCanceller* canceller = nullptr;
   // Sends the user's token, and renews a session that the server no longer knows; else what stands in `token` is sent.

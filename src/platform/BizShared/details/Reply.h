@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Where the server's resources are, and the form of its replies. For the platform's own libraries, not for hosts.
 #pragma once
 
 #include <string>
@@ -6,7 +7,7 @@
 #include "NetLink/RapidJsonProto.h"
 #include "VantBase/Error.h"
 
-namespace ResourceStore {
+namespace BizShared::details {
 
 inline constexpr const char* kPlatformUrl = "/NXAPI/Vantorel/Platform/";
 
@@ -19,4 +20,12 @@ inline Vant::Base::Error::ErrorCode ReadEnvelope(const std::string& text, NetLin
   return error.GetSubError() == 0 ? Vant::Base::Error::ErrorCode() : error;
 }
 
-}  // namespace ResourceStore
+// Calls `take` with the path of each element of a reply's list ("AreaList/Area" and the like), up to its last '/'.
+template <class Take>
+void ForEachElement(const NetLink::CRapidJsonProto& reply, const char* list, Take take) {
+  const std::string path = std::string("/ResponseStatus/Data/") + list;
+  const int count = reply.get_cnt(path);
+  for (int i = 1; i <= count; ++i) take(path + '[' + std::to_string(i) + "]/");
+}
+
+}  // namespace BizShared::details

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <algorithm>
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace json {
+
+// Looks the members of an object up by name, cheapest in the order in which they stand. A value that is no object, and
+// null, have none. `Value` is rapidjson::Value or const rapidjson::Value. One thread at a time. The value must outlive
+// the finder; meanwhile members may be appended and their values replaced.
+template <class Value>
+class MemberFinder {
+ public:
+  explicit MemberFinder(Value* value) : m_value(value) {}
+
+  Value* Get() const { return m_value; }
+
+  // The value of the first member of that name, or null.
+  Value* Find(std::string_view name) {
+    if (!m_value || !m_value->IsObject()) return nullptr;
+    const auto members = m_value->MemberBegin();
+    // No member before the one found last bears its name.
+    if (m_next > 0 && NameOf(members[m_next - 1]) == name) return &members[m_next - 1].value;
+    const std::uint8_t mark = MarkOf(name);
+    if (m_passedNames[mark]) {
+      for (Position at = 0; at < m_next; ++at) {
+        if (NameOf(members[at]) == name) return &members[at].value;
+      }
+    }
+    const Position count = m_value->MemberCount();
+    for (Position at = m_seenNames[mark] ? m_next : std::max(m_next, m_seen); at < count; ++at) {
+      if (NameOf(members[at]) == name) {
+        for (; m_next < at; ++m_next) m_passedNames[MarkOf(NameOf(members[m_next]))] = true;
+        m_passedNames[mark] = true;
+        ++m_next;
+        return &members[at].value;
+      }
+      if (at < m_seen) continue;
+      m_seenNames[MarkOf(NameOf(members[at]))] = true;
+      m_seen = at + 1;
+    }
+    return nullptr;
+  }
+
+ private:
+  using Position = rapidjson::SizeType;
+  // One bit for each mark: a name whose mark is missing is not among the names. The other way round nothing is said,
+  // since names share marks.
+  using NameSet = std::bitset<256>;
+
+  static std::uint8_t MarkOf(std::string_view name) {
+    if (name.empty()) return 0;
+    const auto at = [name](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
+    const std::uint32_t mixed =
+        static_cast<std::uint32_t>(name.size()) | at(0) << 8 | at(name.size() / 2) << 16 | at(name.size() - 1) << 24;
+    return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
+  }
+
+  static std::string_view NameOf(const rapidjson::Value::Member& member) {
+    return {member.name.GetString(), member.name.GetStringLength()};
+  }
+
+  Value* m_value;
+  // Where the next name is expected: behind the member found farthest. The names of those before it are passed.
+  Position m_next = 0;
+  NameSet m_passedNames;
+  // Where searches in vain have come to; the names of those from m_next on, up to there, are seen.
+  Position m_seen = 0;
+  NameSet m_seenNames;
+};
+
+}  // namespace json
