@@ -9,7 +9,7 @@
 #include <chrono>
 #include <condition_variable>
 
-#include "QorviViewPlugin/ThreadAnnotations.h"
+#include "base/ThreadAnnotations.h"
 
 namespace QorviViewPlugin {
 

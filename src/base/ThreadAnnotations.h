@@ -12,6 +12,7 @@
 #define SCOPED_CAPABILITY QORVI_TSA(scoped_lockable)
 #define GUARDED_BY(mutex) QORVI_TSA(guarded_by(mutex))
 #define ACQUIRE(...) QORVI_TSA(acquire_capability(__VA_ARGS__))
+#define TRY_ACQUIRE(...) QORVI_TSA(try_acquire_capability(__VA_ARGS__))
 #define ACQUIRE_SHARED(...) QORVI_TSA(acquire_shared_capability(__VA_ARGS__))
 #define RELEASE(...) QORVI_TSA(release_capability(__VA_ARGS__))
 #define RELEASE_GENERIC(...) QORVI_TSA(release_generic_capability(__VA_ARGS__))
