@@ -6,12 +6,12 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "server/Api.h"
-#include "server/FaultHandler.h"
-#include "server/FileLock.h"
-#include "server/Secrets.h"
-#include "server/Seed.h"
-#include "server/Site.h"
+#include "server/api/Api.h"
+#include "server/faults/FaultHandler.h"
+#include "server/login/Secrets.h"
+#include "server/site/SeedFile.h"
+#include "server/site/Site.h"
+#include "server/store/FileLock.h"
 
 namespace server {
 

@@ -56,8 +56,8 @@ TEST_F(DoorTest, GuessingGetsSlowAndGuessingInParallelDoesNotHelp) {
   EXPECT_EQ(LogInWith("ann", "right").Outcome(), "0/0 200") << "the right password does not wait";
   EXPECT_LT(Clock::now() - began, std::chrono::seconds(5));
 
-  // Many at once, the right one last: by then the guesses of this address count for nothing. Where the machine is so busy
-  // that the right one is looked at before three of their answers are due, it is taken, and all begins anew.
+  // Many at once, the right one last: by then the guesses of this address count for nothing. Where the machine is so
+  // busy that the right one is looked at before three of their answers are due, it is taken, and all begins anew.
   std::string outcome;
   for (int wave = 0; wave < 5 && outcome != "101/1 401"; ++wave) {
     std::vector<std::unique_ptr<Wire>> wires;

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "TestClient.h"
-#include "server/FaultPlan.h"
+#include "server/faults/FaultPlan.h"
 
 namespace server::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/Http.h"
+#include "server/http/HttpHandler.h"
 
 namespace server::test {
 namespace {
