@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/http/HttpHandler.h"
+#include "server/http/HttpServer.h"
 
 namespace server::test {
 namespace {

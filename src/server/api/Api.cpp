@@ -9,7 +9,9 @@
 #include <string_view>
 
 #include "server/api/ListReply.h"
+#include "server/api/Query.h"
 #include "server/documents/Json.h"
+#include "server/documents/Replies.h"
 #include "server/login/Secrets.h"
 
 namespace server {
@@ -29,7 +31,6 @@ struct Api::Route {
 
 namespace {
 
-constexpr std::string_view kRoot = "/NXAPI/Vantorel/Platform/";
 constexpr size_t kSlowBody = size_t{256} << 10;
 
 HttpReply Reply(std::string body) {
@@ -46,6 +47,13 @@ HttpReply Done() {
   return Reply(Envelope("{}"));
 }
 
+HttpReply ReplyWith(ElementList list) {
+  HttpReply reply;
+  reply.headers.emplace_back("Resource-Sequence", std::to_string(list.sequence));
+  reply.source = std::make_shared<ListReply>(std::move(list));
+  return reply;
+}
+
 HttpReply Refused(const Refusal& refusal) {
   HttpReply reply = Reply(Envelope(refusal));
   reply.status = refusal.httpStatus;
@@ -53,8 +61,7 @@ HttpReply Refused(const Refusal& refusal) {
   return reply;
 }
 
-// 0: does not match; 1: matches; 2: matches but for the id, which is none.
-enum class Match { kNo, kYes, kBadId };
+enum class Match { kNo, kYes, kBadId };  // kBadId: all fits but the id, which is no number
 
 Match MatchPath(std::string_view pattern, std::string_view path, int32_t& id) {
   const size_t hole = pattern.find('#');
@@ -70,41 +77,6 @@ Match MatchPath(std::string_view pattern, std::string_view path, int32_t& id) {
   }
   id = json::Id(text).value_or(-1);  // a number that no id can have: no such thing
   return Match::kYes;
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-std::string Decoded(std::string_view text) {
-  std::string decoded;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '%') {
-      decoded += text[i];
-      continue;
-    }
-    const int high = i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
-    const int low = i + 2 < text.size() ? HexDigit(text[i + 2]) : -1;
-    if (high < 0 || low < 0) throw Malformed("the query is not well encoded");
-    decoded += static_cast<char>(high * 16 + low);
-    i += 2;
-  }
-  return decoded;
-}
-
-// The first parameter of that name.
-std::optional<std::string> Parameter(std::string_view query, std::string_view name) {
-  while (!query.empty()) {
-    const std::string_view pair = query.substr(0, query.find('&'));
-    query.remove_prefix(std::min(pair.size() + 1, query.size()));
-    const size_t equals = pair.find('=');
-    if (pair.substr(0, equals) != name) continue;
-    return equals == std::string_view::npos ? std::string() : Decoded(pair.substr(equals + 1));
-  }
-  return std::nullopt;
 }
 
 int64_t ReadChangeNumber(const std::optional<std::string>& text) {
@@ -252,19 +224,11 @@ HttpReply Api::Logout(const Exchange& exchange) {
 }
 
 HttpReply Api::ListViews(const Exchange& exchange) {
-  ElementList list = m_site.Views(exchange.caller);
-  HttpReply reply;
-  reply.headers.emplace_back("Resource-Sequence", std::to_string(list.sequence));
-  reply.source = std::make_shared<ListReply>(std::move(list));
-  return reply;
+  return ReplyWith(m_site.Views(exchange.caller));
 }
 
 HttpReply Api::ListGroups(const Exchange& exchange) {
-  ElementList list = m_site.Groups(exchange.caller);
-  HttpReply reply;
-  reply.headers.emplace_back("Resource-Sequence", std::to_string(list.sequence));
-  reply.source = std::make_shared<ListReply>(std::move(list));
-  return reply;
+  return ReplyWith(m_site.Groups(exchange.caller));
 }
 
 HttpReply Api::Changes(const Exchange& exchange) {

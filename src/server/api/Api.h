@@ -2,7 +2,7 @@
 // The paths of the server: which request is which operation of the site, and how its outcome is written.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "server/http/HttpHandler.h"
 #include "server/login/LoginGuard.h"
@@ -10,6 +10,7 @@
 
 namespace server {
 
+constexpr std::string_view kRoot = "/NXAPI/Vantorel/Platform/";  // of all paths
 constexpr uint64_t kMaxBody = uint64_t{64} << 20;
 
 class Api : public HttpHandler {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/api/ListReply.h"
 
+#include "server/documents/Replies.h"
+
 namespace server {
 
 namespace {
@@ -21,7 +23,7 @@ ListReply::ListReply(ElementList list)
 bool ListReply::Next(std::string& chunk) {
   const size_t count = m_list.elements.size();
   chunk.clear();
-  if (m_next > count) return false;
+  if (m_suffixSent) return false;
   if (m_next == 0) chunk = m_prefix;
   for (; m_next < count && chunk.size() < kChunk; ++m_next) {
     const ElementList::Element& element = m_list.elements[m_next];
@@ -32,7 +34,7 @@ bool ListReply::Next(std::string& chunk) {
   }
   if (m_next == count && chunk.size() < kChunk) {
     chunk += m_suffix;
-    ++m_next;
+    m_suffixSent = true;
   }
   return true;
 }

@@ -17,7 +17,8 @@ class ListReply : public BodySource {
   const ElementList m_list;
   const std::string m_prefix, m_suffix;
   uint64_t m_length = 0;
-  size_t m_next = 0;  // the element to come; one past the last: the suffix is left; two: nothing is
+  size_t m_next = 0;  // the element to send next
+  bool m_suffixSent = false;
 };
 
 }  // namespace server

@@ -13,11 +13,11 @@ constexpr size_t kMaxQueued = 1000;
 constexpr size_t kMaxQueuedBytes = size_t{4} << 20;
 constexpr size_t kTakeBytes = size_t{1} << 20;
 
-// What `step` answers; false when it throws.
-template <class Step>
-bool OrEnd(const Step& step) {
+// What `action` answers; false when it throws.
+template <class Action>
+bool OrEnd(const Action& action) {
   try {
-    return step();
+    return action();
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: a change stream ends: %s\n", e.what());
     return false;
@@ -36,7 +36,7 @@ bool ChangeFeed::KeepAlive() {
 
 bool ChangeFeed::TakeNext(std::vector<Text>& events) {
   {
-    const std::lock_guard lock(m_mutex);
+    const base::MutexLock lock(m_mutex);
     if (m_closed) return false;
     TakeQueued(events);
     if (!events.empty()) return true;
@@ -70,7 +70,7 @@ bool ChangeFeed::CatchUp(std::vector<Text>& events) {
 }
 
 bool ChangeFeed::Offer(int64_t number, const Text& event) {
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   if (m_overflowed) return false;
   if (m_queue.size() >= kMaxQueued || (m_queuedBytes > 0 && m_queuedBytes + event->size() > kMaxQueuedBytes)) {
     m_overflowed = true;
@@ -82,12 +82,12 @@ bool ChangeFeed::Offer(int64_t number, const Text& event) {
 }
 
 void ChangeFeed::FallBehind() noexcept {
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   m_overflowed = true;
 }
 
 void ChangeFeed::Close() {
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   m_closed = true;
 }
 

@@ -6,11 +6,12 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
-#include "server/changes/ChangeLog.h"
+#include "base/Mutex.h"
+#include "server/changes/Change.h"
+#include "server/changes/EventTexts.h"
 #include "server/http/HttpHandler.h"
 
 namespace server {
@@ -55,7 +56,7 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
 
  private:
   bool TakeNext(std::vector<Text>& events);
-  void TakeQueued(std::vector<Text>& events);  // REQUIRES: m_mutex held
+  void TakeQueued(std::vector<Text>& events) REQUIRES(m_mutex);
   bool CatchUp(std::vector<Text>& events);
 
   ChangeSource& m_source;
@@ -64,11 +65,11 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
   int64_t m_position;         // Take's thread only: the last change that was dealt with
   bool m_subscribed = false;  // Take's thread only
 
-  std::mutex m_mutex;  // leaf; guards what follows
-  std::deque<std::pair<int64_t, Text>> m_queue;
-  size_t m_queuedBytes = 0;
-  bool m_overflowed = false;
-  bool m_closed = false;
+  base::Mutex m_mutex;  // leaf
+  std::deque<std::pair<int64_t, Text>> m_queue GUARDED_BY(m_mutex);
+  size_t m_queuedBytes GUARDED_BY(m_mutex) = 0;
+  bool m_overflowed GUARDED_BY(m_mutex) = false;
+  bool m_closed GUARDED_BY(m_mutex) = false;
 };
 
 // The subscribed feeds by user. Not thread-safe: its owner locks.

@@ -4,9 +4,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "server/documents/Documents.h"
-#include "server/documents/Json.h"
-
 namespace server {
 
 ChangeLog::ChangeLog(Database& database, uint64_t keep)
@@ -69,40 +66,6 @@ std::vector<Change> ChangeLog::Read(int64_t number, size_t limit, size_t maxByte
     bytes += change.head.size() + (change.document ? change.document->size() : 0);
   }
   return changes;
-}
-
-std::string ChangeText(const Change& change, Sight sight, int method) {
-  std::string text = EventPrefix(change.kind);
-  if (method == 2) {
-    json::AppendMember(text += '{', "ID", change.id);
-    json::AppendMember(text += ',', kChangeNumber, std::to_string(change.number));
-  } else {
-    text += sight == Sight::kShared ? change.sharedHead : change.head;
-    if (change.document) text += *change.document;
-  }
-  return text + ",\"Method\":" + std::to_string(method) + "}" + ListSuffix();
-}
-
-int MethodFor(const Change& change, int32_t userId) {
-  const Sight before = change.before.Of(userId);
-  const Sight after = change.after.Of(userId);
-  if (after == Sight::kNone) return before == Sight::kNone ? -1 : 2;
-  if (before == Sight::kNone) return 0;
-  return change.contentChanged || before != after ? 1 : -1;
-}
-
-Text EventTexts::For(const Caller& listener) {
-  const int method = MethodFor(m_change, listener.userId);
-  if (method < 0) return nullptr;
-  const Sight sight = m_change.after.Of(listener.userId);
-  const bool own = m_change.sessionId != 0 && m_change.sessionId == listener.sessionId;
-  Text& text = m_texts[method][sight == Sight::kShared ? 1 : 0][own ? 1 : 0];
-  if (!text) {
-    std::string event = "id: " + std::to_string(m_change.number) + "\nevent: " + (own ? "Own" : "");
-    event += m_change.kind == Kind::kView ? "Views\ndata: " : "ViewGroups\ndata: ";
-    text = std::make_shared<std::string>(event + ChangeText(m_change, sight, method) + "\n\n");
-  }
-  return text;
 }
 
 }  // namespace server

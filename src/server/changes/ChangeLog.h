@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "server/Model.h"
+#include "server/changes/Change.h"
 #include "server/store/Database.h"
 
 namespace server {
@@ -32,24 +32,6 @@ class ChangeLog {
   const int64_t m_keep;
   int64_t m_last = 0;
   int64_t m_oldest = 1;
-};
-
-// An element in the list-reply form with "Method", in the envelope, on one line.
-std::string ChangeText(const Change& change, Sight sight, int method);
-
-// What one user hears of a change: 0 it came into their sight, 1 it changed, 2 it went out of their sight; -1 nothing.
-int MethodFor(const Change& change, int32_t userId);
-
-// One event of a change stream for a listener; null where there is nothing to hear. Texts that many listeners hear
-// are made once.
-class EventTexts {
- public:
-  explicit EventTexts(const Change& change) : m_change(change) {}
-  Text For(const Caller& listener);
-
- private:
-  const Change& m_change;
-  Text m_texts[3][2][2];  // by method, by sight, foreign or own
 };
 
 }  // namespace server

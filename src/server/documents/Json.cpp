@@ -5,7 +5,10 @@
 #include <rapidjson/writer.h>
 
 #include <charconv>
+#include <fstream>
 #include <limits>
+#include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <unordered_set>
 
@@ -53,6 +56,18 @@ rapidjson::Document Parse(const std::string& text) {
   if (!::json::Parse<rapidjson::kParseValidateEncodingFlag>(text, document)) throw Malformed("the body is not JSON");
   if (!document.IsObject()) throw Malformed("the body is not a JSON object");
   return document;
+}
+
+rapidjson::Document ReadFile(const std::string& what, const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  std::stringstream text;
+  if (stream) text << stream.rdbuf();
+  if (!stream || text.str().empty()) throw std::runtime_error("cannot read " + what);
+  try {
+    return Parse(text.str());
+  } catch (const Refusal&) {
+    throw std::runtime_error(what + " is not a JSON object");
+  }
 }
 
 const rapidjson::Value* Find(const rapidjson::Value& object, const char* key) {

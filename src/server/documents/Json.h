@@ -16,6 +16,8 @@ namespace server::json {
 constexpr int kMaxJsonDepth = 100;
 
 rapidjson::Document Parse(const std::string& text);
+// Throws std::runtime_error with one plain line that calls the file `what`.
+rapidjson::Document ReadFile(const std::string& what, const std::string& file);
 
 // The member; null where it is absent or `null`. The first of several with one name counts.
 // REQUIRES: `object` is an object.

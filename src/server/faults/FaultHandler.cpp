@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "json/ParseText.h"
+#include "server/api/Api.h"
 #include "server/documents/Json.h"
 
 namespace server {
@@ -17,7 +18,6 @@ using Clock = std::chrono::steady_clock;
 using rapidjson::Document;
 using rapidjson::Value;
 
-constexpr std::string_view kRoot = "/NXAPI/Vantorel/Platform/";
 constexpr uint32_t kHeadBytes = 80;  // any head of an answer is longer
 
 std::string_view BelowRoot(std::string_view path) {
@@ -165,7 +165,7 @@ class FaultHandler::Events : public EventSource, public std::enable_shared_from_
     }
     events.push_back(event);
     if (m_again) events.push_back(std::exchange(m_again, nullptr));
-    if (hit) events.push_back(m_again = event);  // the one fault that is left
+    if (hit) events.push_back(m_again = event);  // kDuplicateChange: the other three have returned
     return true;
   }
 

@@ -2,12 +2,9 @@
 #include "server/faults/FaultPlan.h"
 
 #include <algorithm>
-#include <fstream>
 #include <limits>
-#include <sstream>
 #include <stdexcept>
 
-#include "server/Refusal.h"
 #include "server/documents/Json.h"
 
 namespace server {
@@ -123,18 +120,6 @@ FaultRule ReadRule(const Value& value) {
   return rule;
 }
 
-rapidjson::Document ReadFile(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::stringstream text;
-  if (stream) text << stream.rdbuf();
-  if (!stream || text.str().empty()) throw std::runtime_error("cannot read fault plan " + file);
-  try {
-    return json::Parse(text.str());
-  } catch (const Refusal&) {
-    throw std::runtime_error("fault plan " + file + " is not a JSON object");
-  }
-}
-
 }  // namespace
 
 bool FitsPattern(std::string_view pattern, std::string_view text, std::string& id) {
@@ -156,7 +141,7 @@ bool FitsPattern(std::string_view pattern, std::string_view text, std::string& i
 }
 
 FaultPlan::FaultPlan(const std::string& file) {
-  const rapidjson::Document document = ReadFile(file);
+  const rapidjson::Document document = json::ReadFile("fault plan " + file, file);
   std::string place;
   try {
     CheckMembers(document, {"Seed", "Rules"});
@@ -192,7 +177,7 @@ bool FaultPlan::Throw(size_t at, Hit& hit) {
 
 FaultPlan::Hit FaultPlan::DrawExchange(std::string_view method, std::string_view path) {
   Hit hit;
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   for (size_t at = 0; at < m_rules.size(); ++at) {
     const FaultRule& rule = m_rules[at];
     std::string id;
@@ -206,7 +191,7 @@ FaultPlan::Hit FaultPlan::DrawExchange(std::string_view method, std::string_view
 
 FaultPlan::Hit FaultPlan::DrawChange() {
   Hit hit;
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   for (size_t at = 0; at < m_rules.size(); ++at) {
     if (m_rules[at].fault >= Fault::kDuplicateChange) Throw(at, hit);
   }

@@ -4,12 +4,13 @@
 
 #include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/Mutex.h"
 
 namespace server {
 
@@ -67,11 +68,11 @@ class FaultPlan {
     uint64_t fitted = 0;
     uint64_t hits = 0;
   };
-  bool Throw(size_t rule, Hit& hit);  // REQUIRES: m_mutex held
+  bool Throw(size_t rule, Hit& hit) REQUIRES(m_mutex);
 
   std::vector<FaultRule> m_rules;
-  std::mutex m_mutex;  // leaf; guards what follows
-  std::vector<Dice> m_dice;
+  base::Mutex m_mutex;  // leaf
+  std::vector<Dice> m_dice GUARDED_BY(m_mutex);
 };
 
 // Whether `text` is what `pattern` says: "#" stands for a decimal number, which goes to `id`, "*" for any text.

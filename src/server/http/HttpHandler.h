@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The HTTP side of the server without its library: what a request and a reply are, who answers them, and the server
-// that carries them. Includes nothing of Beast, which stays in HttpServer.cpp.
+// What a request and a reply are to whoever answers them.
 #pragma once
 
 #include <chrono>
@@ -66,52 +65,18 @@ class HttpHandler {
  public:
   virtual ~HttpHandler() = default;
   virtual HttpReply Handle(const HttpRequest& request) = 0;
-  // How many bytes a body may have that is larger than usual; asked before it is read, so `request` has none yet. 0:
-  // something else is wrong with the request, and Handle says what. May throw where it cannot tell.
+  // The most bytes that a body may have; asked for what is larger than kUsualBody, before it is read: `request` has
+  // none yet. 0: the request is refused for another reason, which Handle says. May throw where it cannot tell.
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
   // True when Handle may take so long that other connections should not wait for it.
   virtual bool IsSlow(const HttpRequest& request) = 0;
   // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
   virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
-  // Answers to what is no request: not HTTP, and too large in head or body; to one of a user who holds as many
-  // connections as a user may; and to one for whose body there is no memory.
-  virtual HttpReply AnswerMalformed() = 0;
-  virtual HttpReply AnswerTooLarge() = 0;
-  virtual HttpReply AnswerTooMany() = 0;
-  virtual HttpReply AnswerNoMemory() = 0;
-};
-
-struct HttpSettings {
-  std::string host;
-  uint16_t port = 0;
-  std::string certFile, keyFile;  // both empty: plain HTTP
-  int threads = 2;
-  int slowThreads = 2;
-  size_t maxConnections = 8192;
-  size_t maxConnectionsPerUser = 256;
-  // For the first byte of a connection, for the head of a request and for its body, for the latter plus a second for
-  // each 100 KiB of it.
-  std::chrono::seconds readTimeout{30};
-  std::chrono::seconds idleTimeout{120};       // between requests
-  std::chrono::seconds writeTimeout{30};       // for a piece of a reply, plus a second for each 100 KiB of it
-  std::chrono::milliseconds heartbeat{15000};  // of an event stream
-};
-
-// Serves from its construction to its destruction, on threads of its own. The handler must outlive it. Where memory
-// runs out, requests and connections may fail, but the server goes on.
-class HttpServer {
- public:
-  // Throws std::runtime_error with one plain line when address, certificate or key cannot be used.
-  HttpServer(const HttpSettings& settings, HttpHandler& handler);
-  ~HttpServer();
-  HttpServer(const HttpServer&) = delete;
-  HttpServer& operator=(const HttpServer&) = delete;
-
-  uint16_t Port() const;
-
- private:
-  class Impl;
-  std::unique_ptr<Impl> m_impl;
+  // The answers to requests that are not read to their end.
+  virtual HttpReply AnswerMalformed() = 0;  // not HTTP
+  virtual HttpReply AnswerTooLarge() = 0;   // in head or body
+  virtual HttpReply AnswerTooMany() = 0;    // the user holds as many connections as a user may
+  virtual HttpReply AnswerNoMemory() = 0;   // for the body
 };
 
 }  // namespace server

@@ -18,7 +18,7 @@
 #include <type_traits>
 #include <unordered_map>
 
-#include "server/http/HttpHandler.h"
+#include "server/http/HttpServer.h"
 
 namespace server {
 

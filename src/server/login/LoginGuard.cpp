@@ -18,7 +18,7 @@ constexpr size_t kMaxDue = 3;
 
 bool LoginGuard::Admits(const std::string& userName, const std::string& peer, Time now) {
   const Guesser guesser(Digest(userName), peer);
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   const auto due = m_due.find(guesser);
   if (due == m_due.end()) return true;
   std::erase_if(due->second, [now](Time time) { return time <= now; });
@@ -27,7 +27,7 @@ bool LoginGuard::Admits(const std::string& userName, const std::string& peer, Ti
 
 std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const std::string& peer, Time now) {
   const std::string key = Digest(userName);
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   if (m_failures.size() >= kMaxNames && m_failures.count(key) == 0) {
     m_failures.erase(std::min_element(m_failures.begin(), m_failures.end(), [](const auto& left, const auto& right) {
       return left.second.last < right.second.last;
@@ -51,7 +51,7 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const 
 
 void LoginGuard::Succeeded(const std::string& userName) {
   const std::string key = Digest(userName);
-  const std::lock_guard lock(m_mutex);
+  const base::MutexLock lock(m_mutex);
   m_failures.erase(key);
 }
 

@@ -6,10 +6,11 @@
 
 #include <chrono>
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "base/Mutex.h"
 
 namespace server {
 
@@ -30,11 +31,12 @@ class LoginGuard {
     Time last;
   };
 
-  using Guesser = std::pair<std::string, std::string>;  // as below, and address
+  // User names are kept as digests: strangers choose them as long as they like.
+  using Guesser = std::pair<std::string, std::string>;  // digest of the user name, address
 
-  std::mutex m_mutex;                          // leaf; guards what follows
-  std::map<std::string, Failures> m_failures;  // by digest of the name, which strangers choose as long as they like
-  std::map<Guesser, std::vector<Time>> m_due;  // when the answers that wait are given
+  base::Mutex m_mutex;  // leaf
+  std::map<std::string, Failures> m_failures GUARDED_BY(m_mutex);
+  std::map<Guesser, std::vector<Time>> m_due GUARDED_BY(m_mutex);  // when the answers that wait are given
 };
 
 }  // namespace server

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "server/Refusal.h"
+#include "server/permissions/Audience.h"
 
 namespace server {
 

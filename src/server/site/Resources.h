@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "server/documents/Documents.h"
+#include "server/documents/Requests.h"
 #include "server/store/Database.h"
 
 namespace server {

@@ -3,19 +3,20 @@
 // What a caller may not do throws a Refusal, a broken store an SQLite::Exception; nothing has been changed then.
 #pragma once
 
-#include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "base/Mutex.h"
+#include "server/Refusal.h"
 #include "server/changes/ChangeFeed.h"
 #include "server/changes/ChangeLog.h"
-#include "server/documents/Documents.h"
+#include "server/documents/Requests.h"
 #include "server/login/Accounts.h"
 #include "server/site/Catalog.h"
 #include "server/site/Resources.h"
 #include "server/site/SeedFile.h"
+#include "server/site/Step.h"
 #include "server/site/ViewTables.h"
 #include "server/store/Database.h"
 
@@ -86,52 +87,33 @@ class Site : public ChangeSource {
 
  private:
   // Holds the lock; wakes the feeds that heard something once it is released.
-  struct Locked {
-    explicit Locked(std::mutex& mutex) : lock(mutex) {}
-    ~Locked();
+  struct SCOPED_CAPABILITY Locked {
+    explicit Locked(base::Mutex& mutex) ACQUIRE(mutex) : lock(mutex) {}
+    ~Locked() RELEASE();
     Locked(const Locked&) = delete;
     Locked& operator=(const Locked&) = delete;
 
     WakeList wake;
-    std::unique_lock<std::mutex> lock;
+    base::MutexLock lock;
   };
 
-  // One object's step from what it was to what it becomes; null before: new, null after: deleted.
-  struct Step {
-    Kind kind = Kind::kView;
-    bool own = true;             // the caller edited this very object
-    bool contentChanged = true;  // not only who may see it
-    ViewPtr oldView;
-    std::shared_ptr<View> newView;
-    GroupPtr oldGroup;
-    std::shared_ptr<Group> newGroup;
-  };
-  static Step ViewStep(ViewPtr before, std::shared_ptr<View> after);
-  static Step GroupStep(GroupPtr before, std::shared_ptr<Group> after);
-
-  // All edits end here: rows and change records in one transaction, then the catalog, then the listeners. Each object
-  // occurs at most once. New objects get their ids. The number of the last change.
-  int64_t Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps);
-  void Write(const Caller& caller, std::vector<Step>& steps, std::vector<Change>& changes);
-  Change RecordOf(const Caller& caller, const Step& step, int64_t number);
-  static void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
+  // Edits and seeds end here: rows and change records in one transaction, then the catalog, then the listeners. Each
+  // object occurs at most once. New objects get their ids. The number of the last change.
+  int64_t Commit(Locked& locked, Transaction& transaction, const Caller& caller, std::vector<Step>& steps)
+      REQUIRES(m_mutex);
+  int64_t Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps) REQUIRES(m_mutex);
+  std::vector<Change> Write(const Caller& caller, std::vector<Step>& steps) REQUIRES(m_mutex);
   // The store has the steps already, so that the catalog must come to have them too: waits until there is memory.
-  void ApplyCommitted(const std::vector<Step>& steps) noexcept;
+  void ApplyCommitted(const std::vector<Step>& steps) noexcept REQUIRES(m_mutex);
 
-  std::vector<Step> SeedSteps(const SeedData& seed);
-  std::map<int32_t, std::string> HashNewPasswords(const SeedData& seed);
-  void SeedUsers(const SeedData& seed, const std::map<int32_t, std::string>& passwordHashes);
-  bool IsSeeded(const std::string& kind, int32_t id, const std::string& digest);
-  void MarkSeeded(const std::string& kind, int32_t id, const std::string& digest);
-
-  std::mutex m_mutex;  // guards what follows; never held across a call out of the server
-  Database m_database;
-  Accounts m_accounts;
-  Resources m_resources;
-  ViewTables m_tables;
-  ChangeLog m_log;
-  Catalog m_catalog;
-  ChangeHub m_hub;
+  base::Mutex m_mutex;  // never held across a call out of the server
+  Database m_database GUARDED_BY(m_mutex);
+  Accounts m_accounts GUARDED_BY(m_mutex);
+  Resources m_resources GUARDED_BY(m_mutex);
+  ViewTables m_tables GUARDED_BY(m_mutex);
+  ChangeLog m_log GUARDED_BY(m_mutex);
+  Catalog m_catalog GUARDED_BY(m_mutex);
+  ChangeHub m_hub GUARDED_BY(m_mutex);
 };
 
 }  // namespace server

@@ -3,7 +3,7 @@
 
 #include <map>
 
-#include "server/documents/Documents.h"
+#include "server/documents/Replies.h"
 
 namespace server {
 

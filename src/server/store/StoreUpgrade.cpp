@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "server/documents/Documents.h"
+#include "server/documents/Requests.h"
 
 namespace server {
 

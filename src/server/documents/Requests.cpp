@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "server/documents/Documents.h"
+#include "server/documents/Requests.h"
 
 #include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <string_view>
 
+#include "server/Refusal.h"
 #include "server/documents/Json.h"
+#include "server/documents/Replies.h"
 #include "server/permissions/Rules.h"
 
 namespace server {
@@ -79,33 +81,6 @@ std::string DocumentOf(const Value& view) {
   return document;
 }
 
-std::string Head(const View& view, int32_t groupId) {
-  std::string head = "{";
-  json::AppendMember(head, "ID", view.id);
-  json::AppendMember(head += ',', "GUID", view.guid);
-  json::AppendMember(head += ',', "Name", view.name);
-  json::AppendMember(head += ',', "ViewGroupID", groupId);
-  json::AppendMember(head += ',', "UserID", view.userId);
-  json::AppendMember(head += ',', "SequenceIndex", view.sequence);
-  json::AppendMember(head += ',', "AutoCycle", view.autoCycle);
-  json::AppendMember(head += ',', "CycleTime", view.cycleTime);
-  return head;
-}
-
-std::string& AppendChangeNumber(std::string& head, int64_t number) {
-  json::AppendMember(head += ',', kChangeNumber, std::to_string(number));
-  return head;
-}
-
-std::string EnvelopeStart(int module, int code) {
-  return R"({"ResponseStatus":{"ErrorModule":)" + std::to_string(module) + R"(,"ErrorCode":)" + std::to_string(code) +
-         R"(,"CascadingErrorInfo":"","Data":)";
-}
-
-const char* ListStart(Kind kind) {
-  return kind == Kind::kView ? R"("ViewList":{"View":[)" : R"("ViewGroupList":{"ViewGroup":[)";
-}
-
 }  // namespace
 
 ViewInput ReadView(Value& element, Allocator& allocator) {
@@ -175,51 +150,6 @@ LoginInput ReadLoginBody(const std::string& body) {
   const Value& session = json::ObjectMember(document, "Session");
   return {json::String(session, "UserName"), json::String(session, "Password"),
           json::String(session, "ClientName", "")};
-}
-
-std::string GroupHead(const Group& group) {
-  std::string head = "{";
-  json::AppendMember(head, "ID", group.id);
-  json::AppendMember(head += ',', "Name", group.name);
-  json::AppendMember(head += ',', "ParentViewGroupID", group.parentId);
-  json::AppendMember(head += ',', "UserID", group.userId);
-  json::AppendMember(head += ',', "IsSharedView", group.sharedFolder && group.userId != kNobody ? 1 : -1);
-  json::AppendMember(head += ',', "SequenceIndex", group.sequence);
-  return AppendChangeNumber(head, group.changeNumber);
-}
-
-std::string ViewHead(const View& view) {
-  std::string head = Head(view, view.groupId);
-  return AppendChangeNumber(head, view.changeNumber);
-}
-
-std::string SharedViewHead(const View& view, const std::string& ownerName) {
-  std::string head = Head(view, kTopFolder);
-  json::AppendMember(head += ',', "SharedUserID", view.userId);
-  json::AppendMember(head += ',', "SharedUserName", ownerName);
-  return AppendChangeNumber(head, view.changeNumber);
-}
-
-std::string Envelope(const std::string& data) {
-  return EnvelopeStart(0, 0) + data + "}}";
-}
-
-std::string Envelope(const Refusal& refusal) {
-  return EnvelopeStart(refusal.module, refusal.code) + "{}}}";
-}
-
-std::string ListPrefix(Kind kind, int64_t changeNumber) {
-  std::string prefix = EnvelopeStart(0, 0) + '{';
-  json::AppendMember(prefix, kChangeNumber, std::to_string(changeNumber));
-  return (prefix += ',') + ListStart(kind);
-}
-
-std::string EventPrefix(Kind kind) {
-  return EnvelopeStart(0, 0) + '{' + ListStart(kind);
-}
-
-std::string ListSuffix() {
-  return "]}}}}";
 }
 
 }  // namespace server

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The documents that travel: bodies of edits as they come in, elements and the reply envelope as they go out. Readers
-// throw a Refusal.
+// What clients send, read and checked for its form. Readers throw a Refusal.
 #pragma once
 
 #include <rapidjson/document.h>
@@ -9,11 +8,8 @@
 #include <vector>
 
 #include "server/Model.h"
-#include "server/Refusal.h"
 
 namespace server {
-
-constexpr char kChangeNumber[] = "ChangeNumber";  // a change's number as a decimal text, wherever it is said
 
 struct ViewInput {
   std::string name;
@@ -61,19 +57,5 @@ MoveInput ReadMoveBody(Kind kind, const std::string& body);
 std::vector<int32_t> ReadShareBody(const std::string& body);
 DefaultView ReadDefaultViewBody(const std::string& body);
 LoginInput ReadLoginBody(const std::string& body);
-
-// An element up to what follows: the document of a view, the closing brace of a group.
-std::string GroupHead(const Group& group);
-std::string ViewHead(const View& view);
-std::string SharedViewHead(const View& view, const std::string& ownerName);
-
-// `data` is the content of "Data" with its braces.
-std::string Envelope(const std::string& data);
-std::string Envelope(const Refusal& refusal);
-// What stands before and after the elements of a list reply, which says up to which change it is complete, and before
-// and after the one element of an event.
-std::string ListPrefix(Kind kind, int64_t changeNumber);
-std::string EventPrefix(Kind kind);
-std::string ListSuffix();
 
 }  // namespace server
