@@ -90,14 +90,14 @@ int64_t ReadChangeNumber(const std::optional<std::string>& text) {
 
 HttpReply Changed(int64_t number) {
   std::string data = "{";
-  json::AppendMember(data, kChangeNumber, std::to_string(number));
+  AppendChangeNumber(data, number);
   return Reply(Envelope(data + '}'));
 }
 
 HttpReply AddedReply(const char* kind, const Added& added) {
   std::string data = std::string("{\"") + kind + "\":{";
   json::AppendMember(data, "ID", added.id);
-  json::AppendMember(data += "},", kChangeNumber, std::to_string(added.changeNumber));
+  AppendChangeNumber(data += "},", added.changeNumber);
   return Reply(Envelope(data + '}'));
 }
 

@@ -13,7 +13,7 @@ std::string DataOf(const Change& change, Sight sight, Method method) {
   std::string text = EventPrefix(change.kind);
   if (method == Method::kDeleted) {
     json::AppendMember(text += '{', "ID", change.id);
-    json::AppendMember(text += ',', kChangeNumber, std::to_string(change.number));
+    AppendChangeNumber(text += ',', change.number);
   } else {
     text += sight == Sight::kShared ? change.sharedHead : change.head;
     if (change.document) text += *change.document;

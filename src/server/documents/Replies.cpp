@@ -20,11 +20,6 @@ std::string Head(const View& view, int32_t groupId) {
   return head;
 }
 
-std::string& AppendChangeNumber(std::string& head, int64_t number) {
-  json::AppendMember(head += ',', kChangeNumber, std::to_string(number));
-  return head;
-}
-
 std::string EnvelopeStart(int module, int code) {
   return R"({"ResponseStatus":{"ErrorModule":)" + std::to_string(module) + R"(,"ErrorCode":)" + std::to_string(code) +
          R"(,"CascadingErrorInfo":"","Data":)";
@@ -36,6 +31,10 @@ const char* ListStart(Kind kind) {
 
 }  // namespace
 
+void AppendChangeNumber(std::string& out, int64_t number) {
+  json::AppendMember(out, kChangeNumber, std::to_string(number));
+}
+
 std::string GroupHead(const Group& group) {
   std::string head = "{";
   json::AppendMember(head, "ID", group.id);
@@ -44,19 +43,22 @@ std::string GroupHead(const Group& group) {
   json::AppendMember(head += ',', "UserID", group.userId);
   json::AppendMember(head += ',', "IsSharedView", group.sharedFolder && group.userId != kNobody ? 1 : -1);
   json::AppendMember(head += ',', "SequenceIndex", group.sequence);
-  return AppendChangeNumber(head, group.changeNumber);
+  AppendChangeNumber(head += ',', group.changeNumber);
+  return head;
 }
 
 std::string ViewHead(const View& view) {
   std::string head = Head(view, view.groupId);
-  return AppendChangeNumber(head, view.changeNumber);
+  AppendChangeNumber(head += ',', view.changeNumber);
+  return head;
 }
 
 std::string SharedViewHead(const View& view, const std::string& ownerName) {
   std::string head = Head(view, kTopFolder);
   json::AppendMember(head += ',', "SharedUserID", view.userId);
   json::AppendMember(head += ',', "SharedUserName", ownerName);
-  return AppendChangeNumber(head, view.changeNumber);
+  AppendChangeNumber(head += ',', view.changeNumber);
+  return head;
 }
 
 std::string Envelope(const std::string& data) {
@@ -69,7 +71,7 @@ std::string Envelope(const Refusal& refusal) {
 
 std::string ListPrefix(Kind kind, int64_t changeNumber) {
   std::string prefix = EnvelopeStart(0, 0) + '{';
-  json::AppendMember(prefix, kChangeNumber, std::to_string(changeNumber));
+  AppendChangeNumber(prefix, changeNumber);
   return (prefix += ',') + ListStart(kind);
 }
 

@@ -9,7 +9,9 @@
 
 namespace server {
 
-constexpr char kChangeNumber[] = "ChangeNumber";  // a change's number as a decimal text, wherever it is said
+// The number of a change as a decimal text, wherever it is said.
+constexpr char kChangeNumber[] = "ChangeNumber";
+void AppendChangeNumber(std::string& out, int64_t number);
 
 // An element up to what follows: the document of a view, the closing brace of a group.
 std::string GroupHead(const Group& group);

@@ -17,27 +17,30 @@ constexpr int32_t kLongestTime = 3600 * 1000;
 
 enum class Time { kNone, kMayBe, kMust };
 
-struct Kind {
+struct FaultKind {
   const char* name;
   Fault fault;
-  bool ofEvents;
   Time time;
 };
 
-constexpr Kind kKinds[] = {
-    {"Delay", Fault::kDelay, false, Time::kMust},
-    {"DropBefore", Fault::kDropBefore, false, Time::kNone},
-    {"DropAfter", Fault::kDropAfter, false, Time::kNone},
-    {"Truncate", Fault::kTruncate, false, Time::kNone},
-    {"EmptyBody", Fault::kEmptyBody, false, Time::kNone},
-    {"MissingErrorCode", Fault::kMissingErrorCode, false, Time::kNone},
-    {"WrongKinds", Fault::kWrongKinds, false, Time::kNone},
-    {"ColleagueEdit", Fault::kColleagueEdit, false, Time::kNone},
-    {"DuplicateChange", Fault::kDuplicateChange, true, Time::kNone},
-    {"LateChange", Fault::kLateChange, true, Time::kMust},
-    {"TruncateChange", Fault::kTruncateChange, true, Time::kNone},
-    {"StallStream", Fault::kStallStream, true, Time::kMayBe},
+constexpr FaultKind kKinds[] = {
+    {"Delay", Fault::kDelay, Time::kMust},
+    {"DropBefore", Fault::kDropBefore, Time::kNone},
+    {"DropAfter", Fault::kDropAfter, Time::kNone},
+    {"Truncate", Fault::kTruncate, Time::kNone},
+    {"EmptyBody", Fault::kEmptyBody, Time::kNone},
+    {"MissingErrorCode", Fault::kMissingErrorCode, Time::kNone},
+    {"WrongKinds", Fault::kWrongKinds, Time::kNone},
+    {"ColleagueEdit", Fault::kColleagueEdit, Time::kNone},
+    {"DuplicateChange", Fault::kDuplicateChange, Time::kNone},
+    {"LateChange", Fault::kLateChange, Time::kMust},
+    {"TruncateChange", Fault::kTruncateChange, Time::kNone},
+    {"StallStream", Fault::kStallStream, Time::kMayBe},
 };
+
+bool ConcernsEvents(const FaultRule& rule) {
+  return rule.fault >= Fault::kDuplicateChange;
+}
 
 void CheckMembers(const Value& object, std::initializer_list<std::string_view> known) {
   if (!object.IsObject()) throw std::runtime_error("not an object");
@@ -75,8 +78,8 @@ double Chance(const Value& rule) {
   return member->GetDouble();
 }
 
-const Kind& KindOf(const std::string& name) {
-  for (const Kind& kind : kKinds) {
+const FaultKind& KindOf(const std::string& name) {
+  for (const FaultKind& kind : kKinds) {
     if (kind.name == name) return kind;
   }
   throw std::runtime_error(name.empty() ? "Fault is missing" : "there is no fault \"" + name + "\"");
@@ -102,11 +105,11 @@ FaultRule ReadRule(const Value& value) {
   CheckMembers(value, {"Fault", "Method", "Path", "Chance", "Skip", "Times", "Milliseconds", "Colleague"});
   FaultRule rule;
   rule.name = TextOf(value, "Fault");
-  const Kind& kind = KindOf(rule.name);
+  const FaultKind& kind = KindOf(rule.name);
   rule.fault = kind.fault;
   rule.method = TextOf(value, "Method");
   rule.path = TextOf(value, "Path");
-  if (kind.ofEvents && !(rule.method.empty() && rule.path.empty())) {
+  if (ConcernsEvents(rule) && !(rule.method.empty() && rule.path.empty())) {
     throw std::runtime_error(rule.name + " concerns the events of change streams: it has no Method and no Path");
   }
   rule.chance = Chance(value);
@@ -160,10 +163,10 @@ FaultPlan::FaultPlan(const std::string& file) {
   }
 }
 
-bool FaultPlan::Throw(size_t at, Hit& hit) {
+bool FaultPlan::Roll(size_t at, Hit& hit) {
   const FaultRule& rule = m_rules[at];
   Dice& dice = m_dice[at];
-  // Thrown whether or not they count, so that each exchange that fits takes the same two.
+  // Rolled whether or not they count, so that each exchange that fits takes the same two.
   const uint32_t chance = dice.random();
   const uint32_t pick = dice.random();
   if (dice.fitted++ < rule.skip || (rule.times != 0 && dice.hits >= rule.times)) return false;
@@ -181,10 +184,10 @@ FaultPlan::Hit FaultPlan::DrawExchange(std::string_view method, std::string_view
   for (size_t at = 0; at < m_rules.size(); ++at) {
     const FaultRule& rule = m_rules[at];
     std::string id;
-    if (rule.fault >= Fault::kDuplicateChange || (!rule.method.empty() && rule.method != method)) continue;
+    if (ConcernsEvents(rule) || (!rule.method.empty() && rule.method != method)) continue;
     if (!rule.path.empty() && !FitsPattern(rule.path, path, id)) continue;
     const bool isFirst = !hit;
-    if (Throw(at, hit) && isFirst) hit.id = id;
+    if (Roll(at, hit) && isFirst) hit.id = id;
   }
   return hit;
 }
@@ -193,14 +196,13 @@ FaultPlan::Hit FaultPlan::DrawChange() {
   Hit hit;
   const base::MutexLock lock(m_mutex);
   for (size_t at = 0; at < m_rules.size(); ++at) {
-    if (m_rules[at].fault >= Fault::kDuplicateChange) Throw(at, hit);
+    if (ConcernsEvents(m_rules[at])) Roll(at, hit);
   }
   return hit;
 }
 
 bool FaultPlan::HasChangeFaults() const {
-  return std::any_of(m_rules.begin(), m_rules.end(),
-                     [](const FaultRule& rule) { return rule.fault >= Fault::kDuplicateChange; });
+  return std::any_of(m_rules.begin(), m_rules.end(), ConcernsEvents);
 }
 
 }  // namespace server

@@ -56,7 +56,7 @@ class FaultPlan {
     std::string id;                   // what "#" of the rule's path stands for, or nothing
     explicit operator bool() const { return rule != nullptr; }
   };
-  // Each rule that fits throws its own dice, so that what one rule does depends on nothing but the seed and how many
+  // Each rule that fits rolls its own dice, so that what one rule does depends on nothing but the seed and how many
   // exchanges, or events, fitted before. The first rule that hits counts.
   Hit DrawExchange(std::string_view method, std::string_view path);
   Hit DrawChange();
@@ -68,7 +68,7 @@ class FaultPlan {
     uint64_t fitted = 0;
     uint64_t hits = 0;
   };
-  bool Throw(size_t rule, Hit& hit) REQUIRES(m_mutex);
+  bool Roll(size_t rule, Hit& hit) REQUIRES(m_mutex);
 
   std::vector<FaultRule> m_rules;
   base::Mutex m_mutex;  // leaf

@@ -71,11 +71,8 @@ bool Accounts::UserExists(int32_t id) {
 
 bool Accounts::AddUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz) {
   if (FindUser(name)) return false;
-  if (id != 0) {
-    Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (?,?,?,?)", id, name, passwordHash, ptz);
-  } else {
-    Execute(m_database, "INSERT INTO users (name, password, ptz) VALUES (?,?,?)", name, passwordHash, ptz);
-  }
+  Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (nullif(?, 0),?,?,?)", id, name, passwordHash,
+          ptz);
   return true;
 }
 

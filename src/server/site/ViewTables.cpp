@@ -44,19 +44,12 @@ void ViewTables::Load(Catalog& catalog) {
 }
 
 void ViewTables::Save(Group& group) {
-  if (group.id == 0) {
-    Execute(
-        m_database,
-        "INSERT INTO groups (name, parent_id, user_id, shared_folder, sequence, change_number) VALUES (?,?,?,?,?,?)",
-        group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence, group.changeNumber);
-    group.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
-  } else {
-    Execute(m_database,
-            "INSERT OR REPLACE INTO groups (id, name, parent_id, user_id, shared_folder, sequence, change_number) "
-            "VALUES (?,?,?,?,?,?,?)",
-            group.id, group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence,
-            group.changeNumber);
-  }
+  Execute(m_database,
+          "INSERT OR REPLACE INTO groups (id, name, parent_id, user_id, shared_folder, sequence, change_number) "
+          "VALUES (nullif(?, 0),?,?,?,?,?,?)",
+          group.id, group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence,
+          group.changeNumber);
+  group.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
   group.head = std::make_shared<std::string>(GroupHead(group));
 }
 
@@ -68,22 +61,13 @@ void ViewTables::Save(View& view) {
     Query old(m_database, "SELECT document_id FROM views WHERE id = ?", view.id);
     if (old.Next()) oldDocument = old.Int64(0);
   }
-  if (view.id == 0) {
-    Execute(m_database,
-            "INSERT INTO views (guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, document_id, "
-            "change_number) "
-            "VALUES (?,?,?,?,?,?,?,?,?)",
-            view.guid, view.name, view.groupId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
-            view.documentId, view.changeNumber);
-    view.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
-  } else {
-    Execute(m_database,
-            "INSERT OR REPLACE INTO views (id, guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, "
-            "document_id, change_number) VALUES (?,?,?,?,?,?,?,?,?,?)",
-            view.id, view.guid, view.name, view.groupId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
-            view.documentId, view.changeNumber);
-    Execute(m_database, "DELETE FROM shares WHERE view_id = ?", view.id);
-  }
+  Execute(m_database,
+          "INSERT OR REPLACE INTO views (id, guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, "
+          "document_id, change_number) VALUES (nullif(?, 0),?,?,?,?,?,?,?,?,?)",
+          view.id, view.guid, view.name, view.groupId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
+          view.documentId, view.changeNumber);
+  view.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
+  Execute(m_database, "DELETE FROM shares WHERE view_id = ?", view.id);
   for (int32_t user : view.sharedWith) {
     Execute(m_database, "INSERT INTO shares (view_id, user_id) VALUES (?,?)", view.id, user);
   }
