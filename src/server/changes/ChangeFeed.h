@@ -18,8 +18,8 @@ namespace server {
 
 class ChangeFeed;
 using FeedPtr = std::shared_ptr<ChangeFeed>;
-// Feeds to wake once no lock is held; null where a feed was at its end. Whoever gets hold of a feed under its owner's
-// lock keeps it here: were that the last holder, the feed's end would want that lock.
+// Feeds to wake once the site's lock is released; null for a feed that was being destroyed. Whoever makes a shared
+// pointer to a feed under that lock keeps it here: a feed whose last holder went there would want the lock again.
 using WakeList = std::unordered_map<const ChangeFeed*, FeedPtr>;
 
 // Where feeds read; the site. Any thread.
@@ -49,7 +49,7 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
 
   // Queues an event; false when the queue is full: the feed must then be unsubscribed, and reads by itself.
   bool Offer(int64_t number, const Text& event);
-  // As where the queue is full.
+  // Lets the feed read by itself, as a full queue does.
   void FallBehind() noexcept;
   void Close();
   void Wake() { m_wake(); }
@@ -82,7 +82,7 @@ class ChangeHub {
   void CloseSession(int64_t sessionId, WakeList& wake);
 
  private:
-  // A feed's end withdraws it, under the owner's lock: until then its pointer may be used.
+  // A feed that is destroyed withdraws itself, so that the pointers to those that stand here are valid.
   using Feeds = std::unordered_map<ChangeFeed*, std::weak_ptr<ChangeFeed>>;
   void PublishOne(const Change& change, WakeList& wake);
   static void OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake);

@@ -32,7 +32,7 @@ struct MoveInput {
   std::vector<int32_t> ids;  // in their new order
 };
 
-// Users named in one request to share: each is looked up while everybody else waits.
+// So many users may one request share a view with: each is looked up while everybody else waits.
 constexpr size_t kMaxShareUsers = 10000;
 
 struct LoginInput {
@@ -48,7 +48,7 @@ struct DefaultView {
 // else that the client wrote and the server does not own. `element` is changed.
 ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType& allocator);
 GroupInput ReadGroup(const rapidjson::Value& element);
-// A document without members that have become the server's own since it was written; as it is where it is no document.
+// A stored document without the members that have become the server's own since; unchanged where it cannot be read.
 std::string WithoutServersOwn(const std::string& document);
 
 ViewInput ReadViewBody(const std::string& body);

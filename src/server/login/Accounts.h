@@ -49,7 +49,8 @@ class Accounts {
 
   // The token of a new session.
   std::string OpenSession(int32_t userId, const std::string& client);
-  // Whose token it is, if it may be used; this is a use of it, which is lost where the store cannot be written.
+  // Who has that token; nothing where there is no such session or it has expired. It is a use of the session, which
+  // goes unrecorded where the store cannot be written.
   std::optional<Caller> Authenticate(const std::string& token);
   // Uses a session without its token; false when it has ended.
   bool Touch(int64_t sessionId);
