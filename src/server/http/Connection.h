@@ -34,7 +34,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   using error_code = boost::beast::error_code;
   using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
 
-  // Reading, in Connection.cpp.
+  // --- reading -------------------------------------------------------------------------------------------------------
+
   // Waits as long as a connection may lie idle for the first byte of a request, then less long for its head.
   void AwaitRequest();
   void ReadHead();
@@ -49,7 +50,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void OnReadError(error_code error);
   void OnRequest();
 
-  // Answering, in ConnectionReplies.cpp.
+  // --- answering (ConnectionReplies.cpp) -----------------------------------------------------------------------------
+
   // Answers a request whose rest is not wanted, and ends the connection.
   void Refuse(HttpReply reply);
   void Send(HttpReply reply, bool keepAlive);
@@ -61,7 +63,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Drain();
   void ExpireWrite(size_t bytes);
 
-  // Event streams, there as well.
+  // --- event streams (ConnectionReplies.cpp) -------------------------------------------------------------------------
+
   void StartEvents();
   // A listener has nothing to say; a read tells when it has gone.
   void WatchForEnd();
