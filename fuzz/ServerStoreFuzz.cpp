@@ -7,9 +7,9 @@
 #include <memory>
 
 #include "FuzzInput.h"
-#include "server/Api.h"
-#include "server/Secrets.h"
-#include "server/Site.h"
+#include "server/api/Api.h"
+#include "server/login/Secrets.h"
+#include "server/site/Site.h"
 
 namespace {
 

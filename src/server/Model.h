@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The records of the server: view groups, views, who may see them, and what is remembered of a change. Plain values;
-// views and groups are immutable once they are in the catalog, so that a reader may keep them without a lock.
+// The records of the server: view groups and views. They are immutable once they are in the catalog, so that a reader
+// may keep them without a lock.
 #pragma once
 
 #include <cstdint>
@@ -47,38 +47,10 @@ struct View {
 using GroupPtr = std::shared_ptr<const Group>;
 using ViewPtr = std::shared_ptr<const View>;
 
-enum class Sight { kNone, kFull, kShared };
-
-// Who may see an object.
-struct Audience {
-  bool everybody = false;
-  std::vector<int32_t> users;  // the owner, then those it is shared with, ascending; empty: nobody
-
-  Sight Of(int32_t userId) const;
-  std::string ToText() const;  // "*", "" or ids joined by ","
-  static Audience FromText(const std::string& text);
-};
-
-Audience AudienceOf(const Group& group);
-Audience AudienceOf(const View& view);
-
 // Who asks. A token that may be used stands for one session.
 struct Caller {
   int32_t userId = kNobody;
   int64_t sessionId = 0;  // 0: the server itself
-};
-
-struct Change {
-  int64_t number = 0;
-  Kind kind = Kind::kView;
-  int32_t id = 0;
-  int64_t sessionId = 0;       // the session whose own edit this is; 0: nobody's
-  bool contentChanged = true;  // false: only who may see it has changed
-  Audience before, after;
-  std::string head;        // as the owner sees it; empty once deleted
-  std::string sharedHead;  // as others see a shared view
-  int64_t documentId = 0;
-  Text document;  // null where there is none
 };
 
 }  // namespace server

@@ -3,15 +3,16 @@
 
 #include <SQLiteCpp/Exception.h>
 
-#include <mutex>
 #include <stdexcept>
 
-#include "server/Api.h"
-#include "server/FaultHandler.h"
-#include "server/FileLock.h"
-#include "server/Secrets.h"
-#include "server/Seed.h"
-#include "server/Site.h"
+#include "base/Mutex.h"
+#include "server/api/Api.h"
+#include "server/faults/FaultHandler.h"
+#include "server/http/HttpServer.h"
+#include "server/login/Secrets.h"
+#include "server/site/SeedFile.h"
+#include "server/site/Site.h"
+#include "server/store/FileLock.h"
 
 namespace server {
 
@@ -48,9 +49,9 @@ class ViewServer::Impl {
   Site m_site;
   Api m_api;
   std::unique_ptr<FaultHandler> m_faults;  // between network and API, if there is a plan
-  std::mutex m_mutex;                      // guards what follows
-  std::unique_ptr<HttpServer> m_http;
-  std::optional<std::string> m_firstPassword;
+  base::Mutex m_mutex;
+  std::unique_ptr<HttpServer> m_http GUARDED_BY(m_mutex);
+  std::optional<std::string> m_firstPassword GUARDED_BY(m_mutex);
 };
 
 ViewServer::ViewServer(const ViewServerOptions& options) try : m_impl(std::make_unique<Impl>(options)) {
@@ -63,7 +64,7 @@ ViewServer::~ViewServer() {
 }
 
 void ViewServer::Start() {
-  const std::lock_guard lock(m_impl->m_mutex);
+  const base::MutexLock lock(m_impl->m_mutex);
   if (m_impl->m_http) return;
   HttpSettings settings;
   settings.host = m_impl->m_options.listenHost;
@@ -77,7 +78,7 @@ void ViewServer::Start() {
 
 void ViewServer::Stop() {
   std::unique_ptr<HttpServer> ending;
-  const std::lock_guard lock(m_impl->m_mutex);
+  const base::MutexLock lock(m_impl->m_mutex);
   ending = std::move(m_impl->m_http);
 }
 
@@ -89,12 +90,12 @@ std::string ViewServer::Url() const {
 }
 
 uint16_t ViewServer::Port() const {
-  const std::lock_guard lock(m_impl->m_mutex);
+  const base::MutexLock lock(m_impl->m_mutex);
   return m_impl->m_http->Port();
 }
 
 std::optional<std::string> ViewServer::TakeFirstPassword() {
-  const std::lock_guard lock(m_impl->m_mutex);
+  const base::MutexLock lock(m_impl->m_mutex);
   return std::exchange(m_impl->m_firstPassword, std::nullopt);
 }
 

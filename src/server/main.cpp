@@ -9,10 +9,10 @@
 #include <iostream>
 #include <string>
 
-#include "server/Accounts.h"
-#include "server/Database.h"
-#include "server/Secrets.h"
 #include "server/ViewServer.h"
+#include "server/login/Accounts.h"
+#include "server/login/Secrets.h"
+#include "server/store/Database.h"
 
 namespace {
 

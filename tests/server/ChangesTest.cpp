@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/ChangeFeed.h"
+#include "server/changes/ChangeFeed.h"
 
 namespace server::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/FaultPlan.h"
+#include "server/faults/FaultPlan.h"
 
 namespace server::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/Http.h"
+#include "server/http/HttpServer.h"
 
 namespace server::test {
 namespace {

@@ -5,9 +5,9 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/Accounts.h"
-#include "server/LoginGuard.h"
-#include "server/Secrets.h"
+#include "server/login/Accounts.h"
+#include "server/login/LoginGuard.h"
+#include "server/login/Secrets.h"
 
 namespace server::test {
 namespace {

@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "TestClient.h"
-#include "server/Accounts.h"
-#include "server/Database.h"
+#include "server/login/Accounts.h"
+#include "server/store/Database.h"
 
 namespace server::test {
 namespace {

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/changes/ChangeFeed.h"
+
+#include <cstdio>
+#include <exception>
+#include <set>
+
+namespace server {
+
+namespace {
+
+constexpr size_t kMaxQueued = 1000;
+constexpr size_t kMaxQueuedBytes = size_t{4} << 20;
+constexpr size_t kTakeBytes = size_t{1} << 20;
+
+// What `action` answers; false when it throws.
+template <class Action>
+bool OrEnd(const Action& action) {
+  try {
+    return action();
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "viewserver: a change stream ends: %s\n", e.what());
+    return false;
+  }
+}
+
+}  // namespace
+
+bool ChangeFeed::Take(std::vector<Text>& events) {
+  return OrEnd([&] { return TakeNext(events); });
+}
+
+bool ChangeFeed::KeepAlive() {
+  return OrEnd([this] { return m_source.TouchSession(m_listener.sessionId); });
+}
+
+bool ChangeFeed::TakeNext(std::vector<Text>& events) {
+  {
+    const base::MutexLock lock(m_mutex);
+    if (m_closed) return false;
+    TakeQueued(events);
+    if (!events.empty()) return true;
+    // Only once the queue is empty: what stands in it would be read a second time.
+    if (m_overflowed) m_subscribed = m_overflowed = false;
+  }
+  return m_subscribed || CatchUp(events);
+}
+
+void ChangeFeed::TakeQueued(std::vector<Text>& events) {
+  for (size_t bytes = 0; bytes < kTakeBytes && !m_queue.empty(); m_queue.pop_front()) {
+    m_position = m_queue.front().first;
+    bytes += m_queue.front().second->size();
+    m_queuedBytes -= m_queue.front().second->size();
+    events.push_back(std::move(m_queue.front().second));
+  }
+}
+
+bool ChangeFeed::CatchUp(std::vector<Text>& events) {
+  while (events.empty() && !m_subscribed) {
+    std::vector<Change> changes;
+    const ChangeSource::Reach reach = m_source.ReadChanges(shared_from_this(), m_position, changes);
+    if (reach == ChangeSource::Reach::kLost) return false;
+    m_subscribed = reach == ChangeSource::Reach::kLive;
+    for (const Change& change : changes) {
+      if (Text event = EventTexts(change).For(m_listener)) events.push_back(std::move(event));
+      m_position = change.number;
+    }
+  }
+  return true;
+}
+
+bool ChangeFeed::Offer(int64_t number, const Text& event) {
+  const base::MutexLock lock(m_mutex);
+  if (m_overflowed) return false;
+  if (m_queue.size() >= kMaxQueued || (m_queuedBytes > 0 && m_queuedBytes + event->size() > kMaxQueuedBytes)) {
+    m_overflowed = true;
+    return false;
+  }
+  m_queue.emplace_back(number, event);
+  m_queuedBytes += event->size();
+  return true;
+}
+
+void ChangeFeed::FallBehind() noexcept {
+  const base::MutexLock lock(m_mutex);
+  m_overflowed = true;
+}
+
+void ChangeFeed::Close() {
+  const base::MutexLock lock(m_mutex);
+  m_closed = true;
+}
+
+void ChangeHub::Add(const FeedPtr& feed) {
+  m_feedsOfUser[feed->Listener().userId][feed.get()] = feed;
+}
+
+void ChangeHub::Remove(ChangeFeed* feed) {
+  const auto it = m_feedsOfUser.find(feed->Listener().userId);
+  if (it == m_feedsOfUser.end()) return;
+  it->second.erase(feed);
+  if (it->second.empty()) m_feedsOfUser.erase(it);
+}
+
+void ChangeHub::OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake) {
+  for (auto it = feeds.begin(); it != feeds.end();) {
+    FeedPtr& feed = wake[it->first];
+    if (!feed) feed = it->second.lock();
+    const Text text = feed ? texts.For(feed->Listener()) : nullptr;
+    const bool keeps = text == nullptr || feed->Offer(number, text);
+    it = keeps ? std::next(it) : feeds.erase(it);
+  }
+}
+
+void ChangeHub::Publish(const std::vector<Change>& changes, WakeList& wake) noexcept {
+  try {
+    for (const Change& change : changes) PublishOne(change, wake);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "viewserver: change streams fall behind: %s\n", e.what());
+    for (auto& [user, feeds] : m_feedsOfUser) {
+      for (auto& feed : feeds) {
+        feed.first->FallBehind();
+        OrEnd([&] { return (wake[feed.first] = feed.second.lock()) != nullptr; });
+      }
+    }
+  }
+}
+
+void ChangeHub::PublishOne(const Change& change, WakeList& wake) {
+  EventTexts texts(change);
+  if (change.before.everybody || change.after.everybody) {
+    for (auto& [user, feeds] : m_feedsOfUser) OfferTo(feeds, texts, change.number, wake);
+    return;
+  }
+  std::set<int32_t> users(change.before.users.begin(), change.before.users.end());
+  users.insert(change.after.users.begin(), change.after.users.end());
+  for (int32_t user : users) {
+    const auto it = m_feedsOfUser.find(user);
+    if (it != m_feedsOfUser.end()) OfferTo(it->second, texts, change.number, wake);
+  }
+}
+
+void ChangeHub::CloseSession(int64_t sessionId, WakeList& wake) {
+  for (auto& [user, feeds] : m_feedsOfUser) {
+    for (auto& [pointer, weak] : feeds) {
+      if (pointer->Listener().sessionId != sessionId) continue;
+      pointer->Close();
+      wake[pointer] = weak.lock();
+    }
+  }
+}
+
+}  // namespace server

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+// Change streams. A feed first reads what it missed from the store, then hears each change as it is committed; one
+// that falls behind goes back to reading, so that no queue grows without bound and nothing is lost.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "base/Mutex.h"
+#include "server/changes/Change.h"
+#include "server/changes/EventTexts.h"
+#include "server/http/HttpHandler.h"
+
+namespace server {
+
+class ChangeFeed;
+using FeedPtr = std::shared_ptr<ChangeFeed>;
+// Feeds to wake once the site's lock is released; null for a feed that was being destroyed. Whoever makes a shared
+// pointer to a feed under that lock keeps it here: a feed whose last holder went there would want the lock again.
+using WakeList = std::unordered_map<const ChangeFeed*, FeedPtr>;
+
+// Where feeds read; the site. Any thread.
+class ChangeSource {
+ public:
+  enum class Reach { kMore, kLive, kLost };
+  virtual ~ChangeSource() = default;
+  // Changes after that number. kLive: these are the last ones, and the feed is subscribed to all that follow.
+  virtual Reach ReadChanges(const FeedPtr& feed, int64_t after, std::vector<Change>& changes) = 0;
+  virtual void Unsubscribe(ChangeFeed* feed) = 0;
+  virtual bool TouchSession(int64_t sessionId) = 0;
+};
+
+// Must be held by a shared_ptr; must not outlive its source.
+class ChangeFeed : public EventSource, public std::enable_shared_from_this<ChangeFeed> {
+ public:
+  ChangeFeed(ChangeSource& source, const Caller& listener, int64_t after)
+      : m_source(source), m_listener(listener), m_position(after) {}
+  ~ChangeFeed() override { m_source.Unsubscribe(this); }
+
+  const Caller& Listener() const { return m_listener; }
+
+  // Where the store fails the stream ends, and the client comes back for the rest.
+  bool Take(std::vector<Text>& events) override;
+  bool KeepAlive() override;
+  void OnReady(std::function<void()> wake) override { m_wake = std::move(wake); }
+
+  // Queues an event; false when the queue is full: the feed must then be unsubscribed, and reads by itself.
+  bool Offer(int64_t number, const Text& event);
+  // Lets the feed read by itself, as a full queue does.
+  void FallBehind() noexcept;
+  void Close();
+  void Wake() { m_wake(); }
+
+ private:
+  bool TakeNext(std::vector<Text>& events);
+  void TakeQueued(std::vector<Text>& events) REQUIRES(m_mutex);
+  bool CatchUp(std::vector<Text>& events);
+
+  ChangeSource& m_source;
+  const Caller m_listener;
+  std::function<void()> m_wake;
+  int64_t m_position;         // Take's thread only: the last change that was dealt with
+  bool m_subscribed = false;  // Take's thread only
+
+  base::Mutex m_mutex;  // leaf
+  std::deque<std::pair<int64_t, Text>> m_queue GUARDED_BY(m_mutex);
+  size_t m_queuedBytes GUARDED_BY(m_mutex) = 0;
+  bool m_overflowed GUARDED_BY(m_mutex) = false;
+  bool m_closed GUARDED_BY(m_mutex) = false;
+};
+
+// The subscribed feeds by user. Not thread-safe: its owner locks.
+class ChangeHub {
+ public:
+  void Add(const FeedPtr& feed);
+  void Remove(ChangeFeed* feed);
+  // Where memory does not suffice, all feeds are left to read by themselves: now, or with their next sign of life.
+  void Publish(const std::vector<Change>& changes, WakeList& wake) noexcept;
+  void CloseSession(int64_t sessionId, WakeList& wake);
+
+ private:
+  // A feed that is destroyed withdraws itself, so that the pointers to those that stand here are valid.
+  using Feeds = std::unordered_map<ChangeFeed*, std::weak_ptr<ChangeFeed>>;
+  void PublishOne(const Change& change, WakeList& wake);
+  static void OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake);
+
+  std::unordered_map<int32_t, Feeds> m_feedsOfUser;
+};
+
+}  // namespace server

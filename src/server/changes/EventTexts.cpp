@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/changes/EventTexts.h"
+
+#include "server/documents/Json.h"
+#include "server/documents/Replies.h"
+
+namespace server {
+
+namespace {
+
+// A list reply of one element with "Method", on one line.
+std::string DataOf(const Change& change, Sight sight, Method method) {
+  std::string text = EventPrefix(change.kind);
+  if (method == Method::kDeleted) {
+    json::AppendMember(text += '{', "ID", change.id);
+    AppendChangeNumber(text += ',', change.number);
+  } else {
+    text += sight == Sight::kShared ? change.sharedHead : change.head;
+    if (change.document) text += *change.document;
+  }
+  json::AppendMember(text += ',', "Method", static_cast<int32_t>(method));
+  return text + '}' + ListSuffix();
+}
+
+}  // namespace
+
+Text EventTexts::For(const Caller& listener) {
+  const std::optional<Method> method = MethodFor(m_change, listener.userId);
+  if (!method) return nullptr;
+  const Sight sight = m_change.after.Of(listener.userId);
+  const bool own = m_change.sessionId != 0 && m_change.sessionId == listener.sessionId;
+  Text& text = m_texts[static_cast<int>(*method)][sight == Sight::kShared ? 1 : 0][own ? 1 : 0];
+  if (!text) {
+    std::string event = "id: " + std::to_string(m_change.number) + "\nevent: " + (own ? "Own" : "");
+    event += m_change.kind == Kind::kView ? "Views\ndata: " : "ViewGroups\ndata: ";
+    text = std::make_shared<std::string>(event + DataOf(m_change, sight, *method) + "\n\n");
+  }
+  return text;
+}
+
+}  // namespace server

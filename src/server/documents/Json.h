@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reading JSON that came from outside, and writing it. Readers throw a Refusal (malformed request) on whatever is not
+// as they want it; no document that was parsed here is nested deeper than kMaxJsonDepth, so that recursion over it is
+// safe.
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace server::json {
+
+constexpr int kMaxJsonDepth = 100;
+
+rapidjson::Document Parse(const std::string& text);
+// Throws std::runtime_error with one plain line that calls the file `what`.
+rapidjson::Document ReadFile(const std::string& what, const std::string& file);
+
+// The member; null where it is absent or `null`. The first of several with one name counts.
+// REQUIRES: `object` is an object.
+const rapidjson::Value* Find(const rapidjson::Value& object, const char* key);
+const rapidjson::Value& ObjectMember(const rapidjson::Value& object, const char* key);
+
+// Numbers are integers of 32 bits; an unsigned one is reinterpreted as signed. Without a default they must be there.
+int32_t Int(const rapidjson::Value& object, const char* key, std::optional<int32_t> absent = std::nullopt);
+std::string String(const rapidjson::Value& object, const char* key, std::optional<std::string> absent = std::nullopt);
+
+// Ids joined by ",", each wholly -?[0-9]+ and within 32 bits (signed or unsigned); at least one. Repeats count once,
+// where they first stand.
+std::vector<int32_t> IdList(const std::string& text);
+std::optional<int32_t> Id(const std::string& text);
+
+void AppendQuoted(std::string& out, const std::string& text);
+void AppendMember(std::string& out, const char* key, const std::string& text);  // `"key":"text"`
+void AppendMember(std::string& out, const char* key, int32_t number);           // `"key":number`
+std::string Serialise(const rapidjson::Value& value);
+
+}  // namespace server::json

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+// What clients send, read and checked for its form. Readers throw a Refusal.
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <string>
+#include <vector>
+
+#include "server/Model.h"
+
+namespace server {
+
+struct ViewInput {
+  std::string name;
+  int32_t groupId = kTopFolder;
+  int32_t userId = kNobody;
+  int32_t autoCycle = -1;
+  int32_t cycleTime = -1;
+  std::string document;  // see View::document
+};
+
+struct GroupInput {
+  std::string name;
+  int32_t parentId = kTopFolder;
+  int32_t userId = kNobody;
+  bool sharedFolder = false;
+};
+
+struct MoveInput {
+  int32_t folderId = kTopFolder;
+  std::vector<int32_t> ids;  // in their new order
+};
+
+// So many users may one request share a view with: each is looked up while everybody else waits.
+constexpr size_t kMaxShareUsers = 10000;
+
+struct LoginInput {
+  std::string userName, password, clientName;
+};
+
+struct DefaultView {
+  int32_t type = -1;
+  int32_t id = -1;
+};
+
+// One element. Windows' "SequenceIndex" and digital-zoom corners become texts in the document, which keeps everything
+// else that the client wrote and the server does not own. `element` is changed.
+ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType& allocator);
+GroupInput ReadGroup(const rapidjson::Value& element);
+// A stored document without the members that have become the server's own since; unchanged where it cannot be read.
+std::string WithoutServersOwn(const std::string& document);
+
+ViewInput ReadViewBody(const std::string& body);
+GroupInput ReadGroupBody(const std::string& body);
+MoveInput ReadMoveBody(Kind kind, const std::string& body);
+std::vector<int32_t> ReadShareBody(const std::string& body);
+DefaultView ReadDefaultViewBody(const std::string& body);
+LoginInput ReadLoginBody(const std::string& body);
+
+}  // namespace server

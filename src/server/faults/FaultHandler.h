@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Stands between the network and the site and lets exchanges and change streams go wrong as a fault plan says. All that
+// goes wrong on purpose goes wrong here; each fault is told in one line on stderr.
+#pragma once
+
+#include <boost/asio/thread_pool.hpp>
+#include <functional>
+#include <string>
+
+#include "server/faults/FaultPlan.h"
+#include "server/http/HttpHandler.h"
+
+namespace server {
+
+class FaultHandler : public HttpHandler {
+ public:
+  // Gives a token of that user; empty where there is none.
+  using OpenSession = std::function<std::string(const std::string& userName)>;
+
+  // Throws std::runtime_error with one plain line when the plan cannot be used. `inner` must outlive it.
+  FaultHandler(HttpHandler& inner, const std::string& planFile, OpenSession openSession);
+  ~FaultHandler() override;
+
+  HttpReply Handle(const HttpRequest& request) override;
+  uint64_t BodyLimit(const HttpRequest& request) override { return m_inner.BodyLimit(request); }
+  bool IsSlow(const HttpRequest& request) override { return m_inner.IsSlow(request); }
+  int32_t UserOf(const HttpRequest& request) override { return m_inner.UserOf(request); }
+  HttpReply AnswerMalformed() override { return m_inner.AnswerMalformed(); }
+  HttpReply AnswerTooLarge() override { return m_inner.AnswerTooLarge(); }
+  HttpReply AnswerTooMany() override { return m_inner.AnswerTooMany(); }
+  HttpReply AnswerNoMemory() override { return m_inner.AnswerNoMemory(); }
+
+ private:
+  class Events;
+  void EditAsColleague(const FaultPlan::Hit& hit);
+
+  HttpHandler& m_inner;
+  FaultPlan m_plan;
+  const OpenSession m_openSession;
+  boost::asio::thread_pool m_timers{1};
+};
+
+}  // namespace server

@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <array>
+#include <boost/asio/post.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/http/status.hpp>
+
+#include "server/http/Connection.h"
+
+namespace server {
+
+namespace asio = boost::asio;
+namespace http = boost::beast::http;
+
+namespace {
+
+constexpr uint64_t kDrainBytes = uint64_t{256} << 20;
+constexpr std::chrono::seconds kDrainTime{5};
+constexpr size_t kGather = 32;  // buffers in one write
+
+const char* Reason(int status) {
+  return http::obsolete_reason(static_cast<http::status>(status)).data();
+}
+
+std::string ReplyHead(const HttpReply& reply, bool keepAlive) {
+  std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " " + Reason(reply.status) + "\r\n";
+  if (reply.events) {
+    head += "Content-Type: text/event-stream\r\nCache-Control: no-store\r\n";
+  } else {
+    const uint64_t length = reply.source ? reply.source->Length() : reply.body.size();
+    head += "Content-Type: application/json; charset=utf-8\r\nContent-Length: " + std::to_string(length) + "\r\n";
+  }
+  for (const auto& [name, value] : reply.headers) head.append(name).append(": ").append(value).append("\r\n");
+  if (!keepAlive) head += "Connection: close\r\n";
+  return head + "\r\n";
+}
+
+}  // namespace
+
+void Connection::Refuse(HttpReply reply) {
+  m_drain = true;
+  Send(std::move(reply), false);
+}
+
+void Connection::Send(HttpReply reply, bool keepAlive) {
+  if (reply.delay.count() > 0) {
+    m_timer.expires_after(std::exchange(reply.delay, std::chrono::milliseconds(0)));
+    auto later = std::make_shared<HttpReply>(std::move(reply));
+    m_timer.async_wait([self = shared_from_this(), later, keepAlive](error_code error) {
+      if (!error) self->SendNow(std::move(*later), keepAlive);
+    });
+  } else {
+    SendNow(std::move(reply), keepAlive);
+  }
+}
+
+void Connection::SendNow(HttpReply reply, bool keepAlive) {
+  m_keepAlive = keepAlive && !reply.events;
+  m_reply = std::move(reply);
+  if (m_reply.events || m_reply.source) m_reply.body.clear();
+  m_head = ReplyHead(m_reply, m_keepAlive);
+  if (m_reply.cut) return SendPart(*m_reply.cut);
+  ExpireWrite(m_head.size() + m_reply.body.size());
+  const std::array<asio::const_buffer, 2> buffers{asio::buffer(m_head), asio::buffer(m_reply.body)};
+  asio::async_write(m_stream, buffers, [self = shared_from_this()](error_code error, size_t) {
+    if (error) return;
+    if (self->m_reply.events) return self->StartEvents();
+    self->m_reply.source ? self->SendChunk() : self->OnSent();
+  });
+}
+
+void Connection::SendPart(uint64_t bytes) {
+  m_chunk = (m_head + m_reply.body).substr(0, bytes);
+  ExpireWrite(m_chunk.size());
+  asio::async_write(m_stream, asio::buffer(m_chunk),
+                    [self = shared_from_this()](error_code, size_t) { self->m_stream.Tcp().close(); });
+}
+
+void Connection::SendChunk() {
+  if (!m_reply.source->Next(m_chunk)) return OnSent();
+  ExpireWrite(m_chunk.size());
+  asio::async_write(m_stream, asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t) {
+    if (!error) self->SendChunk();
+  });
+}
+
+void Connection::OnSent() {
+  m_reply = {};
+  m_chunk = {};
+  if (m_keepAlive) return AwaitRequest();
+  m_stream.Tcp().expires_after(kDrainTime);
+  if (m_stream.IsTls()) {
+    if (m_drain) return Drain();
+    m_stream.AsyncShutdown([self = shared_from_this()](error_code) {});
+  } else {
+    error_code ignored;
+    m_stream.Tcp().socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+    if (m_drain) Drain();
+  }
+}
+
+void Connection::Drain() {
+  m_chunk.resize(64 << 10);
+  m_stream.async_read_some(asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t bytes) {
+    self->m_drained += bytes;
+    if (!error && self->m_drained < kDrainBytes) self->Drain();
+  });
+}
+
+void Connection::ExpireWrite(size_t bytes) {
+  m_stream.Tcp().expires_after(m_connections.settings.writeTimeout + TimeFor(bytes));
+}
+
+void Connection::StartEvents() {
+  m_stream.Tcp().expires_never();
+  m_reply.events->OnReady([weak = weak_from_this(), gate = m_connections.wakeGate] {
+    gate->Pass([&weak] {
+      if (const auto self = weak.lock()) self->Wake();
+    });
+  });
+  m_chunk.resize(512);
+  WatchForEnd();
+  StartHeartbeat();
+  PumpEvents();
+}
+
+void Connection::Wake() {
+  if (m_wakeUnderway.exchange(true)) return;
+  try {
+    asio::post(m_stream.get_executor(), [self = shared_from_this()] {
+      self->m_wakeUnderway = false;
+      self->PumpEvents();
+    });
+  } catch (const std::exception&) {
+    m_wakeUnderway = false;  // want of memory: the next sign of life brings what there is
+  }
+}
+
+void Connection::WatchForEnd() {
+  m_stream.async_read_some(asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t) {
+    error ? self->EndEvents() : self->WatchForEnd();
+  });
+}
+
+void Connection::StartHeartbeat() {
+  m_timer.expires_after(m_connections.settings.heartbeat);
+  m_timer.async_wait([self = shared_from_this()](error_code error) {
+    if (error || self->m_ended) return;
+    if (!self->m_reply.events->KeepAlive()) return self->EndEvents();
+    self->m_commentDue = !self->m_reply.events->IsSilent();
+    self->StartHeartbeat();
+    self->PumpEvents();
+  });
+}
+
+void Connection::PumpEvents() {
+  try {
+    SendEvents();
+  } catch (const std::exception&) {
+    EndEvents();
+  }
+}
+
+void Connection::SendEvents() {
+  static const Text kComment = std::make_shared<std::string>(": still here\n\n");
+  if (m_writing || m_ended) return;
+  if (m_events.empty()) {
+    m_sent = 0;
+    if (!m_reply.events->Take(m_events)) return EndEvents();
+    if (std::exchange(m_commentDue, false)) m_events.push_back(kComment);
+    if (m_events.empty()) return;
+  }
+  std::vector<asio::const_buffer> buffers;
+  const size_t end = std::min(m_events.size(), m_sent + kGather);
+  size_t bytes = 0;
+  for (size_t i = m_sent; i < end; ++i) {
+    buffers.push_back(asio::buffer(*m_events[i]));
+    bytes += m_events[i]->size();
+  }
+  m_writing = true;
+  ExpireWrite(bytes);
+  asio::async_write(m_stream, buffers, [self = shared_from_this(), end](error_code error, size_t) {
+    self->m_writing = false;
+    if (error) return self->EndEvents();
+    self->m_sent = end;
+    if (end == self->m_events.size()) self->m_events.clear();
+    self->PumpEvents();
+  });
+}
+
+void Connection::EndEvents() {
+  if (std::exchange(m_ended, true)) return;
+  m_timer.cancel();
+  m_stream.Tcp().close();
+}
+
+}  // namespace server

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+// What all connections of a server share, and how one begins. Beast stays within this folder.
+#pragma once
+
+#include <atomic>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/asio/thread_pool.hpp>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "base/Mutex.h"
+#include "server/http/HttpServer.h"
+
+namespace server {
+
+// How many connections each user holds. Any thread.
+class Holders {
+ public:
+  bool Add(int32_t user, size_t limit) {
+    const base::MutexLock lock(m_mutex);
+    size_t& count = m_counts[user];
+    if (count >= limit) return false;
+    ++count;
+    return true;
+  }
+  void Remove(int32_t user) {
+    const base::MutexLock lock(m_mutex);
+    const auto it = m_counts.find(user);
+    if (it != m_counts.end() && --it->second == 0) m_counts.erase(it);
+  }
+
+ private:
+  base::Mutex m_mutex;  // leaf
+  std::unordered_map<int32_t, size_t> m_counts GUARDED_BY(m_mutex);
+};
+
+// Who wakes a connection from a thread of their own holds it for a moment, and must not be the last who does once the
+// server has gone. Any thread.
+class WakeGate {
+ public:
+  // Does nothing once the gate is closed.
+  template <class Wake>
+  void Pass(const Wake& wake) {
+    const base::MutexLock lock(m_mutex);
+    if (m_isOpen) wake();
+  }
+  // Returns when nobody is inside any more.
+  void Close() {
+    const base::MutexLock lock(m_mutex);
+    m_isOpen = false;
+  }
+
+ private:
+  base::Mutex m_mutex;  // held while a connection ends, so that all that its end takes comes after
+  bool m_isOpen GUARDED_BY(m_mutex) = true;
+};
+
+struct Connections {
+  const HttpSettings settings;
+  HttpHandler& handler;
+  std::atomic<size_t> count{0};
+  Holders holders;
+  const std::shared_ptr<WakeGate> wakeGate = std::make_shared<WakeGate>();
+  // One for each thread. Connections die with them, so that what connections use is declared before.
+  std::vector<std::unique_ptr<boost::asio::io_context>> ios;
+  boost::asio::thread_pool slow;
+
+  Connections(const HttpSettings& how, HttpHandler& who)
+      : settings(how), handler(who), slow(static_cast<size_t>(how.slowThreads)) {
+    for (int i = 0; i < how.threads; ++i) ios.push_back(std::make_unique<boost::asio::io_context>(1));
+  }
+};
+
+// Serves a client until one of the two has had enough. `tls` is null for plain HTTP.
+void StartConnection(Connections& connections, boost::asio::ip::tcp::socket&& socket, boost::asio::ssl::context* tls);
+
+}  // namespace server

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a request and a reply are to whoever answers them.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "server/Model.h"
+
+namespace server {
+
+struct HttpRequest {
+  std::string method;
+  std::string path;   // as it came, without the query
+  std::string query;  // as it came, without the "?"
+  std::string token;  // of `Authorization: Bearer`, else empty
+  std::string peer;   // the address it came from
+  std::string body;
+};
+
+// A body that is made while it is sent. Used by one thread at a time.
+class BodySource {
+ public:
+  virtual ~BodySource() = default;
+  virtual uint64_t Length() const = 0;
+  // Replaces `chunk` by the next piece; false when there was none left. The pieces have Length() bytes together.
+  virtual bool Next(std::string& chunk) = 0;
+};
+
+// What one listener of an event stream hears. Take and KeepAlive are called by one thread at a time and must not throw.
+class EventSource {
+ public:
+  virtual ~EventSource() = default;
+  // Appends the events to send now, maybe none. False: the stream ends.
+  virtual bool Take(std::vector<Text>& events) = 0;
+  // Called whenever a sign of life is sent. False: the stream ends.
+  virtual bool KeepAlive() = 0;
+  // True: not even signs of life are sent.
+  virtual bool IsSilent() const { return false; }
+  // `wake` is called, from any thread and with no lock held, when Take would give something new. It does not throw. Set
+  // once, before the first Take.
+  virtual void OnReady(std::function<void()> wake) = 0;
+};
+
+struct HttpReply {
+  int status = 200;
+  std::vector<std::pair<std::string, std::string>> headers;
+  std::string body;                     // JSON; unused where one of the next two is given
+  std::shared_ptr<BodySource> source;   // JSON as well
+  std::shared_ptr<EventSource> events;  // a stream of events, kept open
+  std::chrono::milliseconds delay{0};   // to wait before answering
+  std::optional<uint64_t> cut;          // so many bytes are sent, the head's included, and the connection is closed
+};
+
+constexpr uint64_t kUsualBody = 64 << 10;
+
+// Called from several threads at once. Must not throw, but for std::bad_alloc, which costs the connection.
+class HttpHandler {
+ public:
+  virtual ~HttpHandler() = default;
+  virtual HttpReply Handle(const HttpRequest& request) = 0;
+  // The most bytes that a body may have; asked for what is larger than kUsualBody, before it is read: `request` has
+  // none yet. 0: the request is refused for another reason, which Handle says. May throw where it cannot tell.
+  virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
+  // True when Handle may take so long that other connections should not wait for it.
+  virtual bool IsSlow(const HttpRequest& request) = 0;
+  // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
+  virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
+  // The answers to requests that are not read to their end.
+  virtual HttpReply AnswerMalformed() = 0;  // not HTTP
+  virtual HttpReply AnswerTooLarge() = 0;   // in head or body
+  virtual HttpReply AnswerTooMany() = 0;    // the user holds as many connections as a user may
+  virtual HttpReply AnswerNoMemory() = 0;   // for the body
+};
+
+}  // namespace server

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// Who may see a view or a group.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "server/Model.h"
+
+namespace server {
+
+enum class Sight { kNone, kFull, kShared };
+
+struct Audience {
+  bool everybody = false;
+  std::vector<int32_t> users;  // the owner, then those it is shared with, ascending; empty: nobody
+
+  Sight Of(int32_t userId) const;
+  std::string ToText() const;  // "*", "" or ids joined by ","
+  static Audience FromText(const std::string& text);
+};
+
+Audience AudienceOf(const Group& group);
+Audience AudienceOf(const View& view);
+
+}  // namespace server

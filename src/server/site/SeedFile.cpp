@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/site/SeedFile.h"
+
+#include <set>
+#include <stdexcept>
+
+#include "server/Refusal.h"
+#include "server/documents/Json.h"
+#include "server/login/Secrets.h"
+#include "server/permissions/Rules.h"
+
+namespace server {
+
+namespace {
+
+using rapidjson::Value;
+using Allocator = rapidjson::Document::AllocatorType;
+
+int32_t EntryId(const Value& entry) {
+  const int32_t id = json::Int(entry, "ID");
+  if (id < 1) throw Malformed("an ID is a number from 1");
+  return id;
+}
+
+std::optional<int32_t> Sequence(const Value& entry) {
+  if (json::Find(entry, "SequenceIndex") == nullptr) return std::nullopt;
+  return json::Int(entry, "SequenceIndex");
+}
+
+SeedUser ReadUser(const Value& entry) {
+  SeedUser user;
+  user.id = EntryId(entry);
+  user.name = json::String(entry, "Name");
+  CheckName(user.name);
+  user.password = json::String(entry, "Password");
+  if (user.password.empty()) throw Malformed("a password is not empty");
+  user.ptz = json::Int(entry, "PTZControlPermission", 0);
+  user.digest = Digest(user.name + '\n' + std::to_string(user.ptz));  // nothing of the password, not even its hash
+  return user;
+}
+
+std::vector<int32_t> ReadSharedWith(const Value& entry) {
+  std::set<int32_t> users;
+  const Value* list = json::Find(entry, "SharedWith");
+  if (list == nullptr) return {};
+  if (!list->IsArray()) throw Malformed("SharedWith is not a list");
+  for (const Value& user : list->GetArray()) {
+    if (!user.IsInt()) throw Malformed("SharedWith is not a list of user ids");
+    users.insert(user.GetInt());
+  }
+  return {users.begin(), users.end()};
+}
+
+SeedView ReadSeedView(Value& entry, Allocator& allocator) {
+  SeedView view;
+  view.digest = Digest(json::Serialise(entry));
+  view.id = EntryId(entry);
+  view.guid = json::String(entry, "GUID", "");
+  view.sequence = Sequence(entry);
+  view.sharedWith = ReadSharedWith(entry);
+  view.input = ReadView(entry, allocator);
+  return view;
+}
+
+// Reads each entry of one of the file's lists; says which one is at fault.
+template <class Read>
+void ReadEntries(const std::string& file, rapidjson::Document& seed, const char* key, const Read& read) {
+  const auto list = seed.FindMember(key);
+  if (list == seed.MemberEnd()) return;
+  if (!list->value.IsArray()) throw std::runtime_error("seed " + file + ": " + key + " is not a list");
+  std::set<int32_t> ids;
+  for (Value& entry : list->value.GetArray()) {
+    try {
+      if (!entry.IsObject()) throw Malformed("not an object");
+      if (!ids.insert(EntryId(entry)).second) throw Malformed("this ID stands there twice");
+      read(entry);
+    } catch (const Refusal& refusal) {
+      const auto at = &entry - list->value.Begin();
+      throw std::runtime_error("seed " + file + ": " + key + "[" + std::to_string(at) + "]: " + refusal.detail);
+    }
+  }
+}
+
+}  // namespace
+
+SeedData ReadSeed(const std::string& file) {
+  rapidjson::Document seed = json::ReadFile("seed " + file, file);
+  SeedData data;
+  ReadEntries(file, seed, "Users", [&data](Value& entry) { data.users.push_back(ReadUser(entry)); });
+  ReadEntries(file, seed, "Areas", [&data](Value& entry) {
+    data.areas.push_back({EntryId(entry), json::String(entry, "Name")});
+  });
+  ReadEntries(file, seed, "Elements", [&data](Value& entry) {
+    data.elements.push_back(
+        {EntryId(entry), json::Int(entry, "Type"), json::String(entry, "Name"), json::Int(entry, "SiteID", -1)});
+  });
+  ReadEntries(file, seed, "ViewGroups", [&data](Value& entry) {
+    data.groups.push_back({EntryId(entry), ReadGroup(entry), Sequence(entry), Digest(json::Serialise(entry))});
+  });
+  ReadEntries(file, seed, "Views",
+              [&data, &seed](Value& entry) { data.views.push_back(ReadSeedView(entry, seed.GetAllocator())); });
+  return data;
+}
+
+}  // namespace server

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// What an edit makes of one view or group.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "server/Model.h"
+#include "server/changes/Change.h"
+#include "server/documents/Requests.h"
+#include "server/login/Accounts.h"
+#include "server/site/Catalog.h"
+
+namespace server {
+
+// From what the object was to what it becomes; nothing before: new, nothing after: deleted.
+struct Step {
+  Step(ViewPtr before, std::shared_ptr<View> after)
+      : kind(Kind::kView), oldView(std::move(before)), newView(std::move(after)) {}
+  Step(GroupPtr before, std::shared_ptr<Group> after)
+      : kind(Kind::kGroup), oldGroup(std::move(before)), newGroup(std::move(after)) {}
+
+  Kind kind;
+  bool own = true;             // the caller edited this very object
+  bool contentChanged = true;  // not only who may see it
+  ViewPtr oldView;
+  std::shared_ptr<View> newView;
+  GroupPtr oldGroup;
+  std::shared_ptr<Group> newGroup;
+};
+
+void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
+
+// The record of a step of `caller`'s. REQUIRES: the new view or group has been saved.
+Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts& accounts);
+
+// Gives a view what a request or a seed says of it, but for its owner.
+void Assign(View& view, ViewInput input);
+
+}  // namespace server

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/store/Database.h"
+
+#include <SQLiteCpp/Exception.h>
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
+#include "server/store/StoreUpgrade.h"
+
+namespace server {
+
+namespace {
+
+constexpr int kSchemaVersion = 2;
+
+constexpr int kWaitMs = 5000;  // for a lock
+
+// Numbers of users, groups, views, sessions and changes are never given twice: a client may still hold an old one.
+const char kSchema[] = R"sql(
+CREATE TABLE users (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, password TEXT NOT NULL,
+                    ptz INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE sessions (id INTEGER PRIMARY KEY AUTOINCREMENT, token_hash TEXT NOT NULL UNIQUE, user_id INTEGER NOT NULL,
+                       client TEXT NOT NULL, last_used INTEGER NOT NULL);
+CREATE INDEX sessions_of_user ON sessions (user_id);
+CREATE TABLE groups (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL, parent_id INTEGER NOT NULL,
+                     user_id INTEGER NOT NULL, shared_folder INTEGER NOT NULL, sequence INTEGER NOT NULL,
+                     change_number INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE documents (id INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT NOT NULL);
+CREATE TABLE views (id INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT NOT NULL, name TEXT NOT NULL,
+                    group_id INTEGER NOT NULL, user_id INTEGER NOT NULL, sequence INTEGER NOT NULL,
+                    auto_cycle INTEGER NOT NULL, cycle_time INTEGER NOT NULL, document_id INTEGER NOT NULL,
+                    change_number INTEGER NOT NULL DEFAULT 0);
+CREATE INDEX views_of_document ON views (document_id);
+CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
+CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
+                      session_id INTEGER NOT NULL, content_changed INTEGER NOT NULL, before TEXT NOT NULL,
+                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL);
+CREATE INDEX changes_of_document ON changes (document_id);
+CREATE TABLE default_views (user_id INTEGER PRIMARY KEY, type INTEGER NOT NULL, view_id INTEGER NOT NULL);
+CREATE TABLE areas (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
+CREATE TABLE elements (id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, site_id INTEGER NOT NULL);
+CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NULL,
+                     PRIMARY KEY (kind, id)) WITHOUT ROWID;
+)sql";
+
+SQLite::Database Open(const std::string& file) {
+  // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
+  const int made = file == ":memory:" ? -1 : open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (made >= 0) close(made);
+  try {
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kWaitMs);
+  } catch (const SQLite::Exception& e) {
+    throw std::runtime_error("cannot open " + file + ": " + e.what());
+  }
+}
+
+// Another process may do the same at this moment; the second one then finds the first one's work.
+int MakeSchema(SQLite::Database& database) {
+  SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+  const int version = database.execAndGet("PRAGMA user_version").getInt();
+  if (version != 0) return version;
+  database.exec(kSchema);
+  database.exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
+  transaction.commit();
+  return kSchemaVersion;
+}
+
+}  // namespace
+
+Database::Database(const std::string& file, Use use) : m_database(Open(file)) {
+  int version = 0;
+  try {
+    m_database.exec("PRAGMA journal_mode=WAL");
+    m_database.exec("PRAGMA synchronous=NORMAL");
+    version = m_database.execAndGet("PRAGMA user_version").getInt();
+    if (version == 0) version = MakeSchema(m_database);
+    if (version == 1 && use == Use::kSite) version = UpgradeStore(m_database, file);
+    m_database.setBusyTimeout(kWaitMs);
+  } catch (const SQLite::Exception& e) {
+    throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
+  }
+  if (version > kSchemaVersion) throw std::runtime_error(file + " was written by a newer server");
+}
+
+SQLite::Statement& Database::Prepared(const char* sql) {
+  std::unique_ptr<SQLite::Statement>& statement = m_statements[sql];
+  if (!statement) statement = std::make_unique<SQLite::Statement>(m_database, sql);
+  return *statement;
+}
+
+Transaction::Transaction(Database& database) : m_database(database), m_rollback(database.Prepared("ROLLBACK")) {
+  Execute(database, "BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+  sqlite3* const handle = m_database.Handle().getHandle();
+  for (int attempts = 1000; !m_isCommitted && sqlite3_get_autocommit(handle) == 0 && attempts > 0; --attempts) {
+    if (m_rollback.tryExecuteStep() != SQLITE_DONE) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    m_rollback.tryReset();
+  }
+}
+
+void Transaction::Commit() {
+  Execute(m_database, "COMMIT");
+  m_isCommitted = true;
+}
+
+}  // namespace server
