@@ -6,7 +6,8 @@ usage: tools/check_includes.py [FOLDER]
 
 FOLDER is src/ unless said. Complaints name both files, and the exit status is 1, when a file includes one of a room that
 its own room may not include, when files include each other in a circle (a header and the file that implements it counted
-as one), when the rooms themselves make a circle, and when a file is in no room or a room has no file.
+as one), when the rooms themselves make a circle, and when rooms.txt has what is not there: a file outside all rooms, a room
+without files, an arrow without includes.
 """
 
 import graphlib
@@ -54,6 +55,7 @@ def complaints_about(src):
     if circle := circle_in(rooms):
         complaints.append(f"{src}/rooms.txt: the rooms make a circle: {' -> '.join(circle)}")
     empty, units = set(rooms), {}
+    unused = {(room, other) for room, others in rooms.items() for other in others}
     for file in sorted(file for file in src.rglob("*") if file.suffix in (".h", ".cpp")):
         path = file.relative_to(src)
         room = room_of(path, rooms)
@@ -67,13 +69,15 @@ def complaints_about(src):
                 complaints.append(f"{file} includes {match[1]}, which is not there")
                 continue
             other = room_of(included, rooms)
+            unused.discard((room, other))
             if other not in (room, None) and other not in rooms[room]:
                 complaints.append(f"{file} includes {src / included}: {room} may not include {other}")
             if path.with_suffix("") != included.with_suffix(""):
                 units.setdefault(str(path.with_suffix("")), set()).add(str(included.with_suffix("")))
     if circle := circle_in(units):
         complaints.append(f"{src}: these include each other: {' -> '.join(circle)}")
-    return complaints + [f"{src}/rooms.txt: no file is in {room}" for room in sorted(empty)]
+    complaints += [f"{src}/rooms.txt: no file is in {room}" for room in sorted(empty)]
+    return complaints + [f"{src}/rooms.txt: nothing in {room} includes anything of {other}" for room, other in sorted(unused)]
 
 
 def main(arguments):

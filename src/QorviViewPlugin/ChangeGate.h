@@ -5,7 +5,7 @@
 #include <deque>
 #include <string>
 
-#include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/base/Locks.h"
 
 namespace QorviViewPlugin {
 

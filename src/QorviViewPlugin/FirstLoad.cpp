@@ -9,12 +9,12 @@
 
 #include "QorviViewPlugin/ChangeGate.h"
 #include "QorviViewPlugin/ExchangeFrame.h"
-#include "QorviViewPlugin/Locks.h"
-#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewDownload.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
+#include "QorviViewPlugin/base/Locks.h"
+#include "QorviViewPlugin/base/LogLine.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
 namespace QorviViewPlugin {

@@ -2,7 +2,7 @@
 // How a host names places and owners, and what the model makes of it. Any thread.
 #pragma once
 
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 

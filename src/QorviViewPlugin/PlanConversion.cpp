@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 namespace {

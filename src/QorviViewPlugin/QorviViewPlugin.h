@@ -20,7 +20,7 @@
 
 #include <string>
 
-#include "QorviViewPlugin/Export.h"
+#include "QorviViewPlugin/base/Export.h"
 #include "ResourceStore/ResourceObserver.h"
 
 extern "C" {

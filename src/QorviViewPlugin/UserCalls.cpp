@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BizShared/UserCommonManager.h"
 #include "QorviViewPlugin/ExchangeFrame.h"
-#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewDataManager/sessions/CmsShareViewSession.h"
+#include "QorviViewPlugin/base/LogLine.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
 namespace QorviViewPlugin {

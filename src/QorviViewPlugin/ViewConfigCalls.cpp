@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ExchangeFrame.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
 namespace QorviViewPlugin {

@@ -2,8 +2,8 @@
 // What observers are told of a change to the cache.
 #pragma once
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 

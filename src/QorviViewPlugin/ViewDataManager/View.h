@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "QorviViewPlugin/Locks.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/base/Locks.h"
 #include "VantBase/Singleton.h"
 
 namespace QorviViewPlugin {

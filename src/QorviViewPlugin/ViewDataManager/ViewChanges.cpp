@@ -2,9 +2,9 @@
 // What changes do to the cached views.
 #include <utility>
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ChangeNotice.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 

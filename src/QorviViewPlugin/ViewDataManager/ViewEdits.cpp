@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The manager's requests to the server. An edit asks the server first, and changes the cache, silently, only after the
 // server has agreed.
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewDataManager/sessions/CmsViewGroupSession.h"
 #include "QorviViewPlugin/ViewDataManager/sessions/CmsViewSession.h"
 #include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 #include "VeltControl/VeltControl.h"
 
 namespace QorviViewPlugin {

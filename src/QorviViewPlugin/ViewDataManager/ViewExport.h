@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "QorviViewPlugin/Export.h"
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
+#include "QorviViewPlugin/base/Export.h"
 
 namespace QorviViewPlugin {
 

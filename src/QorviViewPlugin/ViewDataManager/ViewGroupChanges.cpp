@@ -3,9 +3,9 @@
 #include <optional>
 #include <utility>
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/ChangeNotice.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 

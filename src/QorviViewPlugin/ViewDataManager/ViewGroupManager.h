@@ -12,9 +12,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "QorviViewPlugin/Locks.h"
 #include "QorviViewPlugin/ViewDataManager/ChangeOrder.h"
 #include "QorviViewPlugin/ViewDataManager/View.h"
+#include "QorviViewPlugin/base/Locks.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "VantBase/Error.h"
 #include "VantBase/Singleton.h"

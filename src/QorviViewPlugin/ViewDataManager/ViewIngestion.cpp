@@ -4,11 +4,11 @@
 #include <unordered_set>
 
 #include "NetLink/RapidJsonProto.h"
-#include "QorviViewPlugin/LogLine.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
+#include "QorviViewPlugin/base/LogLine.h"
 
 namespace QorviViewPlugin {
 namespace {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "QorviViewPlugin/FieldList.h"
+#include "QorviViewPlugin/base/FieldList.h"
 #include "ResourceStore/Stream.h"
 
 namespace QorviViewPlugin {

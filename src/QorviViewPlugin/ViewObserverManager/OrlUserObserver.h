@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "QorviViewPlugin/Locks.h"
+#include "QorviViewPlugin/base/Locks.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "VantBase/Error.h"
 

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "NetLink/RapidJsonProto.h"
-#include "QorviViewPlugin/Locks.h"
-#include "QorviViewPlugin/LogLine.h"
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/base/Locks.h"
+#include "QorviViewPlugin/base/LogLine.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 #include "VantBase/SingletonImpl.h"
 
 template class Vant::Base::CSingleton<QorviViewPlugin::CViewResourceUpdateManager>;

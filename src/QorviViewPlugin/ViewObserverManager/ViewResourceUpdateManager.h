@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "QorviViewPlugin/Export.h"
+#include "QorviViewPlugin/base/Export.h"
 #include "ResourceStore/ResourceObserver.h"
 #include "VantBase/Singleton.h"
 

@@ -26,8 +26,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "QorviViewPlugin/FieldList.h"
-#include "QorviViewPlugin/JsonWriter.h"
+#include "QorviViewPlugin/base/FieldList.h"
+#include "QorviViewPlugin/base/JsonWriter.h"
 
 namespace QorviVideoComm {
 

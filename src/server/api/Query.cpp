@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "server/Refusal.h"
+#include "server/model/Refusal.h"
 
 namespace server {
 

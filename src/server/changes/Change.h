@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "server/Model.h"
+#include "server/model/Model.h"
 #include "server/permissions/Audience.h"
 
 namespace server {

@@ -13,7 +13,7 @@
 #include <unordered_set>
 
 #include "json/ParseText.h"
-#include "server/Refusal.h"
+#include "server/model/Refusal.h"
 
 namespace server::json {
 

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "server/Model.h"
-#include "server/Refusal.h"
+#include "server/model/Model.h"
+#include "server/model/Refusal.h"
 
 namespace server {
 

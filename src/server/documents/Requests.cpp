@@ -6,9 +6,9 @@
 #include <iterator>
 #include <string_view>
 
-#include "server/Refusal.h"
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
+#include "server/model/Refusal.h"
 #include "server/permissions/Rules.h"
 
 namespace server {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "server/Model.h"
+#include "server/model/Model.h"
 
 namespace server {
 

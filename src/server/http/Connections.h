@@ -12,7 +12,8 @@
 #include <vector>
 
 #include "base/Mutex.h"
-#include "server/http/HttpServer.h"
+#include "server/http/HttpHandler.h"
+#include "server/http/HttpSettings.h"
 
 namespace server {
 

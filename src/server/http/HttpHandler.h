@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "server/Model.h"
+#include "server/model/Model.h"
 
 namespace server {
 

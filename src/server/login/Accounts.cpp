@@ -5,9 +5,9 @@
 
 #include <chrono>
 
-#include "server/Refusal.h"
 #include "server/documents/Json.h"
 #include "server/login/Secrets.h"
+#include "server/model/Refusal.h"
 #include "server/permissions/Rules.h"
 
 namespace server {

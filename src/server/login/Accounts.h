@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "server/Model.h"
+#include "server/model/Model.h"
 #include "server/store/Database.h"
 
 namespace server {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "server/site/Catalog.h"
+#include "server/model/Catalog.h"
 
 namespace server {
 

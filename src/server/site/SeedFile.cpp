@@ -4,9 +4,9 @@
 #include <set>
 #include <stdexcept>
 
-#include "server/Refusal.h"
 #include "server/documents/Json.h"
 #include "server/login/Secrets.h"
+#include "server/model/Refusal.h"
 #include "server/permissions/Rules.h"
 
 namespace server {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "server/login/Accounts.h"
-#include "server/site/Catalog.h"
+#include "server/model/Catalog.h"
 #include "server/site/Resources.h"
 #include "server/site/SeedFile.h"
 #include "server/site/Step.h"

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "base/Mutex.h"
-#include "server/Refusal.h"
 #include "server/changes/ChangeFeed.h"
 #include "server/changes/ChangeLog.h"
 #include "server/documents/Requests.h"
 #include "server/login/Accounts.h"
-#include "server/site/Catalog.h"
+#include "server/model/Catalog.h"
+#include "server/model/Refusal.h"
 #include "server/site/Resources.h"
 #include "server/site/SeedFile.h"
 #include "server/site/Step.h"

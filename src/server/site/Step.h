@@ -5,11 +5,11 @@
 #include <memory>
 #include <vector>
 
-#include "server/Model.h"
 #include "server/changes/Change.h"
 #include "server/documents/Requests.h"
 #include "server/login/Accounts.h"
-#include "server/site/Catalog.h"
+#include "server/model/Catalog.h"
+#include "server/model/Model.h"
 
 namespace server {
 

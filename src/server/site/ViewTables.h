@@ -3,8 +3,8 @@
 // together. Operations throw SQLite::Exception.
 #pragma once
 
-#include "server/Model.h"
-#include "server/site/Catalog.h"
+#include "server/model/Catalog.h"
+#include "server/model/Model.h"
 #include "server/store/Database.h"
 
 namespace server {

@@ -3,8 +3,8 @@
 #include <charconv>
 #include <limits>
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 #include "VantBase/Base64.h"
 #include "VeltControl/VeltControl.h"
 

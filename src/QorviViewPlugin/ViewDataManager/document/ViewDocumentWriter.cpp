@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/JsonWriter.h"
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
+#include "QorviViewPlugin/base/JsonWriter.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 #include "VantBase/Base64.h"
 
 namespace QorviViewPlugin {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/sessions/CmsViewGroupSession.h"
 
-#include "QorviViewPlugin/LogLine.h"
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
+#include "QorviViewPlugin/base/LogLine.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 namespace {

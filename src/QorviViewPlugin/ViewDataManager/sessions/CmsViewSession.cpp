@@ -3,9 +3,9 @@
 
 #include <atomic>
 
-#include "QorviViewPlugin/TextConversion.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 namespace {

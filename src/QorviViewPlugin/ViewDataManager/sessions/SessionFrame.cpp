@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "BizShared/NetCommManager.h"
-#include "QorviViewPlugin/LogLine.h"
+#include "QorviViewPlugin/base/LogLine.h"
 
 namespace QorviViewPlugin {
 namespace {

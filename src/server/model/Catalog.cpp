@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "server/site/Catalog.h"
+#include "server/model/Catalog.h"
 
 #include <algorithm>
 #include <limits>

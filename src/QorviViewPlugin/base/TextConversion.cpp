@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/TextConversion.h"
+#include "QorviViewPlugin/base/TextConversion.h"
 
 #include <algorithm>
 #include <charconv>

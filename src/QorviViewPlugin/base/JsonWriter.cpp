@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "QorviViewPlugin/JsonWriter.h"
+#include "QorviViewPlugin/base/JsonWriter.h"
 
 #include <charconv>
 
