@@ -222,7 +222,7 @@ std::string Faults(const std::string& defaultText) {
   Record read;
   AdapterOf<Record> record(&read);
   if (!ParseJsonRequest(record, Written(data)) || read != data || read == Record() ||
-      record.m_readKeys.size() != std::tuple_size_v<decltype(FieldsOf(std::type_identity<Record>{}))>) {
+      record.m_readKeys.size() != std::tuple_size_v<decltype(FieldsOf(static_cast<const Record*>(nullptr)))>) {
     faults += "lost on the way: " + Written(data) + "\n";
   }
   return faults;
