@@ -70,15 +70,17 @@ ViewInfo ViewWithEverything() {
 TEST(AWrittenView, HoldsEveryGroupInTheServersOrder) {
   ViewInfo view = ViewWithEverything();
   EXPECT_EQ(Difference(ViewInfo(), view),
-            "idView=17 guid='g' name='Lobby' group=3 type=1 user=8 sequence=5 auto=1 time=30 "
-            "pages=[4 '1x2' windows 1][1 '' windows 0] method=1");
-  EXPECT_EQ(
-      Difference(CameraGridStruct(), view.vcPages[0].vcWindows[0]),
-      "idView=17 uIndex=4 n_seq_index=2 site=31 element=501 type=7001 rect=(0.25,-1,0.1,1) preset=4294967303 cruise=8 "
-      "stream=2 center_x='120.5' center_y='30.25' scale=14 more='more' relate_type=4 relate_id=77 "
-      "relate_name='Gate \"A\"' load=3 extend='http://example/' mark=1 mark_box=(0.1234,0.5,1,-0.25) mark_stream=1 "
-      "zoom_mode=2 zooms=+1(0.25,0.5,0.75,1)+2(-1,-1,-1,-1) related_window='3' related_box=1 has_fisheye=1 "
-      "fisheye=1/2/4+1:0.5,-0.5,2+2:0,0,0 cycle=1/20/'doors'+5:9+4294967295:10");
+            "idView=17 strGUID='g' strName='Lobby' idViewGroup=3 enumViewType=1 idUser=8 nSequenceIndex=5 nAutoCycle=1 "
+            "nCycleTime=30 vcPages=[4 '1x2' windows 1][1 '' windows 0] nMethod=1");
+  EXPECT_EQ(Difference(CameraGridStruct(), view.vcPages[0].vcWindows[0]),
+            "idView=17 uIndex=4 n_seq_index=2 camera_workstation_id=31 id_element_=501 enum_resource_type_=7001 "
+            "struRect=(0.25,-1,0.1,1) uPresetIndex=4294967303 uCruiseIndex=8 stream_type=2 map_center_x='120.5' "
+            "map_center_y='30.25' map_scale_size=14 map_more_info='more' relate_type=4 relate_id=77 "
+            "relate_name='Gate \"A\"' map_load_type=3 extend_resource='http://example/' enable_calibration=1 "
+            "calibration_info=((0.1234,0.5,1,-0.25),1) zoom_mode=2 "
+            "local_wins=[(1,(0.25,0.5,0.75,1))][(2,(-1,-1,-1,-1))] relate_view_win_no='3' relate_draw_box_no=1 "
+            "b_enable_fish_eye=1 fisheye_info=(1,2,4,[(1,0.5,-0.5,2)][(2,0,0,0)]) "
+            "single_cycle=(1,20,'doors',[(5,9)][(4294967295,10)])");
   view.bShared = true;
   EXPECT_EQ(WriteViewDocument(view),
             R"({"View":{)" + kView + R"("SharedUserID":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy",)" +
