@@ -25,26 +25,27 @@ class MemberFinder {
   Value* Find(std::string_view name) {
     if (!m_value || !m_value->IsObject()) return nullptr;
     const auto members = m_value->MemberBegin();
-    // No member before the one found last bears its name.
-    if (m_next > 0 && NameOf(members[m_next - 1]) == name) return &members[m_next - 1].value;
     const std::uint8_t mark = MarkOf(name);
     if (m_passedNames[mark]) {
+      // No member before the one found farthest bears its name.
+      if (NameOf(members[m_next - 1]) == name) return &members[m_next - 1].value;
       for (Position at = 0; at < m_next; ++at) {
         if (NameOf(members[at]) == name) return &members[at].value;
       }
     }
     const Position count = m_value->MemberCount();
-    for (Position at = m_seenNames[mark] ? m_next : std::max(m_next, m_seen); at < count; ++at) {
-      if (NameOf(members[at]) == name) {
-        for (; m_next < at; ++m_next) m_passedNames[MarkOf(NameOf(members[m_next]))] = true;
-        m_passedNames[mark] = true;
-        ++m_next;
-        return &members[at].value;
-      }
-      if (at < m_seen) continue;
-      m_seenNames[MarkOf(NameOf(members[at]))] = true;
-      m_seen = at + 1;
+    const Position unseen = std::max(m_next, m_seen);
+    Position at = unseen;
+    if (unseen > m_next && m_seenNames[mark]) at = m_next;
+    if (at == count) return nullptr;
+    for (; at < count; ++at) {
+      if (NameOf(members[at]) != name) continue;
+      for (; m_next < at; ++m_next) m_passedNames[MarkOf(NameOf(members[m_next]))] = true;
+      m_passedNames[mark] = true;
+      ++m_next;
+      return &members[at].value;
     }
+    for (m_seen = unseen; m_seen < count; ++m_seen) m_seenNames[MarkOf(NameOf(members[m_seen]))] = true;
     return nullptr;
   }
 

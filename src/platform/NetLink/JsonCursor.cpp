@@ -59,7 +59,8 @@ rapidjson::SizeType CountOf(const Value& value) {
 
 void JsonCursor::Reset(Value& root) {
   m_path.clear();
-  m_levels.assign(1, Level{json::MemberFinder(&root), 0});
+  m_levels.clear();
+  m_levels.emplace_back(root, 0);
 }
 
 const Value* JsonCursor::Find(std::string_view path) {
@@ -110,7 +111,7 @@ void JsonCursor::Enter(Value& value, std::string_view path, std::size_t end) {
   const std::size_t known = m_levels.back().end;
   m_path.resize(known);
   m_path.append(path.substr(known, end - known));
-  m_levels.push_back(Level{json::MemberFinder(&value), end});
+  m_levels.emplace_back(value, end);
 }
 
 // Whether every segment from the last level on can be written: an index may exceed the present count by one.

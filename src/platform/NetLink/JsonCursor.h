@@ -38,6 +38,7 @@ class JsonCursor {
  private:
   // An object on the way; m_path[0, end) addresses it.
   struct Level {
+    Level(Value& value, std::size_t pathEnd) : members(&value), end(pathEnd) {}
     json::MemberFinder<Value> members;
     std::size_t end;
   };
