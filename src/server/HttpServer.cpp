@@ -12,6 +12,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <shared_mutex>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
@@ -58,6 +59,27 @@ class Holders {
   std::unordered_map<int32_t, size_t> m_counts;
 };
 
+// Who wakes a connection from a thread of their own holds it for a moment, and must not be the last who does once the
+// server has gone. Any thread.
+class WakeGate {
+ public:
+  // Does nothing once the gate is closed.
+  template <class Wake>
+  void Pass(const Wake& wake) {
+    const std::shared_lock lock(m_mutex);
+    if (m_isOpen) wake();
+  }
+  // Returns when nobody is inside any more.
+  void Close() {
+    const std::unique_lock lock(m_mutex);
+    m_isOpen = false;
+  }
+
+ private:
+  std::shared_mutex m_mutex;
+  bool m_isOpen = true;
+};
+
 std::chrono::seconds TimeFor(uint64_t bytes) {
   return std::chrono::seconds(bytes / (100 << 10));
 }
@@ -68,6 +90,7 @@ struct Context {
   HttpHandler& handler;
   std::atomic<size_t> connections{0};
   Holders holders;
+  const std::shared_ptr<WakeGate> wakeGate = std::make_shared<WakeGate>();
   std::vector<std::unique_ptr<asio::io_context>> ios;  // one for each thread
   asio::thread_pool slow;
 
@@ -334,22 +357,28 @@ class Connection : public std::enable_shared_from_this<Connection<Stream>> {
 
   void StartEvents() {
     Lowest().expires_never();
-    m_reply.events->OnReady([weak = this->weak_from_this(), executor = m_stream.get_executor()] {
-      const auto self = weak.lock();
-      if (!self || self->m_wakeUnderway.exchange(true)) return;
-      try {
-        asio::post(executor, [self] {
-          self->m_wakeUnderway = false;
-          self->PumpEvents();
-        });
-      } catch (const std::exception&) {
-        self->m_wakeUnderway = false;  // want of memory: the next sign of life brings what there is
-      }
+    m_reply.events->OnReady([weak = this->weak_from_this(), gate = m_context.wakeGate] {
+      gate->Pass([&weak] {
+        if (const auto self = weak.lock()) self->Wake();
+      });
     });
     m_chunk.resize(512);
     WatchForEnd();
     StartHeartbeat();
     PumpEvents();
+  }
+
+  // Any thread.
+  void Wake() {
+    if (m_wakeUnderway.exchange(true)) return;
+    try {
+      asio::post(m_stream.get_executor(), [self = this->shared_from_this()] {
+        self->m_wakeUnderway = false;
+        self->PumpEvents();
+      });
+    } catch (const std::exception&) {
+      m_wakeUnderway = false;  // want of memory: the next sign of life brings what there is
+    }
   }
 
   // A listener has nothing to say; a read tells when it has gone.
@@ -461,6 +490,7 @@ class HttpServer::Impl {
   }
 
   ~Impl() {
+    m_context.wakeGate->Close();
     for (const auto& io : m_context.ios) io->stop();
     for (std::thread& thread : m_threads) thread.join();
     m_context.slow.stop();  // what has not begun is not wanted any more

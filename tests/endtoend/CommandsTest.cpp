@@ -13,15 +13,8 @@
 namespace test {
 namespace {
 
-using testing::Test;
-
-class CommandsTest : public Test {
+class CommandsTest : public SiteTest {
  protected:
-  static Site& TheSite() {
-    static Site site;
-    return site;
-  }
-
   static Outcome Maria(const QStringList& command, const std::string& input = {}) {
     return RunAs(TheSite(), "maria", command, input);
   }
@@ -32,32 +25,25 @@ bool Has(const std::string& text, const std::string& part) {
 }
 
 TEST_F(CommandsTest, EachPrintsWhatTheUserMaySee) {
-  const struct {
-    QStringList command;
-    std::string input;
-    int status;
-    std::vector<const char*> parts;
-  } cases[] = {
+  const std::pair<QStringList, std::vector<const char*>> cases[] = {
       {{"tree"},
-       "",
-       0,
        {"Public views\n├── ", "/  (group 12)", "Night shift, doors  (view 133)",
         "夜間巡回  (view 137, shared with you)", "To be filled  (view 130)"}},
       {{"show", "110"},
-       "",
-       0,
        {"\"Platform 1 edge, magnified\"  (view 110)", "lies in    Public views / Station / Platforms / Platforms 1–2",
         "\n  0. camera \"Platform 1, edge 1\", id 2031\n", "zoom window 1 600,150 to 850,400 thousandths"}},
-      {{"users"}, "", 0, {"\n2       yes      1    maria\n"}},
-      {{"call", "GetPlanDetail", "-"}, R"({"ID":"9999"})", 1, {R"("ErrorInfo":"NYyjnxIZwFAorxuFXv")"}},
-      {{"call", "GetPlanConfig"}, "", 0, {R"({"LoadAll":true,)"}},
+      {{"users"}, {"\n2       yes      1    maria\n"}},
+      {{"call", "GetPlanConfig"}, {R"({"LoadAll":true,)"}},
   };
-  for (const auto& c : cases) {
-    const Outcome outcome = Maria(c.command, c.input);
-    EXPECT_EQ(outcome.status, c.status) << outcome.err;
-    for (const char* part : c.parts) EXPECT_TRUE(Has(outcome.out, part)) << part << " is not in\n" << outcome.out;
+  for (const auto& [command, parts] : cases) {
+    const Outcome outcome = Maria(command);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    for (const char* part : parts) EXPECT_TRUE(Has(outcome.out, part)) << part << " is not in\n" << outcome.out;
     EXPECT_FALSE(Has(outcome.out, "フェリー乗り場")) << "kenji's own view";
   }
+  const Outcome unknown = Maria({"call", "GetPlanDetail", "-"}, R"({"ID":"9999"})");
+  EXPECT_EQ(unknown.status, 1);
+  EXPECT_TRUE(Has(unknown.out, R"("ErrorInfo":"NYyjnxIZwFAorxuFXv")")) << unknown.out;
   const Outcome detail = Maria({"show", "110", "--json"});
   EXPECT_EQ(detail.out, Maria({"call", "GetPlanDetail", R"({"ID":"110"})"}).out);
 }
@@ -83,12 +69,7 @@ TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
   const QStringList maria = TheSite().As("maria");
   const QString url = QString::fromStdString(TheSite().Url());
   const QString file = QString::fromStdString(TheSite().Folder()) + "/none";
-  struct Case {
-    QStringList arguments;
-    std::string password;
-    int status;
-  };
-  const Case cases[] = {
+  const std::tuple<QStringList, std::string, int> cases[] = {
       {{}, "", 2},
       {{"nonsense"}, "", 2},
       {{"tree", "--nonsense"}, "", 2},
@@ -110,10 +91,10 @@ TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
       {{"script", "--server", "http://127.0.0.1:1"}, "x", 3},
       {{"tree", "--data", QString::fromStdString(TheSite().Folder()), "--user", "nobody"}, "", 3},
   };
-  for (const Case& c : cases) {
-    const Outcome outcome = test::Run(c.arguments, c.password);
-    const std::string line = c.arguments.join(' ').toStdString();
-    EXPECT_EQ(outcome.status, c.status) << line << "\n" << outcome.err;
+  for (const auto& [arguments, password, status] : cases) {
+    const Outcome outcome = test::Run(arguments, password);
+    const std::string line = arguments.join(' ').toStdString();
+    EXPECT_EQ(outcome.status, status) << line << "\n" << outcome.err;
     EXPECT_EQ(outcome.out, "") << line;
     EXPECT_EQ(Lines(outcome.err).size(), 1u) << line << "\n" << outcome.err;
   }
@@ -168,12 +149,10 @@ TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingSh
   const QTemporaryDir folder;
   const QStringList own = {"--data", folder.path()};
   const Outcome added = test::Run(own + QStringList{"script"}, {},
-                                  R"({"call":"AddPlanGroup","request":{"Name":"Spoilt","ParentID":"-1","Type":0}})"
-                                  "\n"
-                                  R"({"call":"AddPlan","request":{"Name":"Spoilt view","GroupID":"-1","Type":0}})"
-                                  "\n"
-                                  R"({"call":"AddPlan","request":{"Name":"Sound","GroupID":"-1","Type":0}})"
-                                  "\n");
+                                  R"({"call":"AddPlanGroup","request":{"Name":"Spoilt","ParentID":"-1","Type":0}}
+{"call":"AddPlan","request":{"Name":"Spoilt view","GroupID":"-1","Type":0}}
+{"call":"AddPlan","request":{"Name":"Sound","GroupID":"-1","Type":0}}
+)");
   ASSERT_EQ(added.status, 0) << added.err;
   const std::string store = folder.filePath("views.db").toStdString();
   std::string content = ReadFile(store);

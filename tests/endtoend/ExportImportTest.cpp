@@ -87,32 +87,54 @@ TEST_F(ExportImportTest, WhatOthersSharedIsLeftOutUnlessNamed) {
 
 TEST_F(ExportImportTest, IntoAGroupKeepsFoldersAndReportsOtherContent) {
   const Site site;
-  const std::string bus = Export(site, "maria", {"group:6"});
+  const QStringList ids = {"group:6", "129"};
+  const std::string bus = Export(site, "maria", ids);
   const Outcome made = Import(site, "maria", bus, {"--into", "9"});
-  EXPECT_EQ(LastLine(made), "Made 1 folder and 3 views, skipped 0 folders and 0 views, failed 0") << made.err;
+  EXPECT_EQ(LastLine(made), "Made 1 folder and 4 views, skipped 0 folders and 0 views, failed 0") << made.err;
   EXPECT_NE(made.out.find("made view private / My rounds / Bus terminal / Bus hall\n"), std::string::npos) << made.out;
+  EXPECT_NE(made.out.find("made view private / My rounds / Weather and news\n"), std::string::npos) << made.out;
+  EXPECT_EQ(LastLine(Import(site, "maria", bus, {"--into", "9"})),
+            "Made 0 folders and 0 views, skipped 1 folder and 4 views, failed 0");
 
   std::string changed = bus;
   const std::string seconds = "\"RoundTime\": 30";
   changed.replace(changed.find(seconds), seconds.size(), "\"RoundTime\": 31");
   const Outcome kept = Import(site, "maria", changed);
   EXPECT_NE(kept.out.find("is there with other content, kept\n"), std::string::npos) << kept.out;
-  EXPECT_EQ(Export(site, "maria", {"group:6"}), bus);
+  EXPECT_EQ(Export(site, "maria", ids), bus);
   EXPECT_EQ(Import(site, "maria", bus, {"--into", "999"}).status, 1);
 }
 
 TEST_F(ExportImportTest, WhatTheServerRefusesIsReportedAndTheRestIsMade) {
   const Site copy(false);
   const std::string content =
-      R"({"Format":"viewctl-export","Version":1,"Folders":[{"Kind":"public","Path":["bad\nname"]}],"Views":[)"
+      R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[)"
       R"({"Kind":"public","Path":["bad\nname"],"Name":"lost","AutoCycle":0,"RoundTime":0,"PlanPages":[]},)"
-      R"({"Kind":"public","Path":[],"Name":"made","AutoCycle":0,"RoundTime":0,"PlanPages":[]}]})";
+      R"({"Kind":"public","Path":["a","b"],"Name":"made","AutoCycle":0,"RoundTime":0,"PlanPages":[]}]})";
   const Outcome outcome = Import(copy, "admin", content);
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(LinesWith(outcome, "failed folder public / bad\\u000aname: "), 1) << outcome.out;
   EXPECT_EQ(LinesWith(outcome, "failed view public / bad\\u000aname / lost: its folder was not made"), 1)
       << outcome.out;
-  EXPECT_EQ(LastLine(outcome), "Made 0 folders and 1 view, skipped 0 folders and 0 views, failed 2");
+  EXPECT_EQ(LastLine(outcome), "Made 2 folders and 1 view, skipped 0 folders and 0 views, failed 2");
+}
+
+TEST_F(ExportImportTest, ViewsOfOneNameAreMatchedOneByOne) {
+  const Site copy(false);
+  const auto twins = [](int count) {
+    std::string views;
+    for (int time = 1; time <= count; ++time) {
+      views += std::string(time > 1 ? "," : "") +
+               R"({"Kind":"shared","Path":["x","y"],"Name":"twin","AutoCycle":0,"PlanPages":[],"RoundTime":)" +
+               std::to_string(time) + "}";
+    }
+    return R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[)" + views + "]}";
+  };
+  EXPECT_EQ(LastLine(Import(copy, "admin", twins(2))),
+            "Made 2 folders and 2 views, skipped 0 folders and 0 views, failed 0");
+  const Outcome more = Import(copy, "admin", twins(3));
+  EXPECT_EQ(LastLine(more), "Made 0 folders and 1 view, skipped 2 folders and 2 views, failed 0");
+  EXPECT_EQ(more.out.find("other content"), std::string::npos) << more.out;
 }
 
 }  // namespace

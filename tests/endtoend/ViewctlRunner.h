@@ -4,10 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QProcess>
-#include <QStringList>
 #include <QTemporaryDir>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,60 +19,144 @@
 
 namespace test {
 
-struct Outcome {
-  int status = -1;  // -1: killed, or never ended
-  std::string out;
-  std::string err;
-};
+inline void NeedApplication() {
+  static int argc = 1;
+  static char name[] = "test";
+  static char* argv[] = {name, nullptr};
+  static QCoreApplication application(argc, argv);
+}
+
+inline std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+inline std::string ReadFile(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+inline void WriteFile(const std::string& name, const std::string& text) {
+  std::ofstream(name, std::ios::binary) << text;
+}
 
 // A server on a port of its own, with the sample site unless `seeded` says otherwise; gone with the object. In it,
 // admin's password is "sample-admin", maria's "sample-maria".
 class Site {
  public:
-  explicit Site(bool seeded = true);
+  explicit Site(bool seeded = true) {
+    NeedApplication();
+    server::ViewServerOptions options;
+    options.dataFile = m_folder.filePath("views.db").toStdString();
+    if (seeded) options.seedFile = SITE_FILE;
+    m_server = std::make_unique<server::ViewServer>(options);
+    std::string error;
+    if (!seeded && !m_server->SetPassword("admin", "sample-admin", error)) throw std::runtime_error(error);
+    m_server->Start();
+  }
 
   std::string Url() const { return m_server->Url(); }
   std::string Folder() const { return m_folder.path().toStdString(); }
   // Arguments that log in as that user. The password comes from RunAs.
-  QStringList As(const std::string& user) const;
+  QStringList As(const std::string& user) const {
+    return {"--server", QString::fromStdString(Url()), "--user", QString::fromStdString(user)};
+  }
 
  private:
   QTemporaryDir m_folder;
   std::unique_ptr<server::ViewServer> m_server;
 };
 
-// Runs viewctl to its end. `password` goes into VIEWCTL_PASSWORD; empty leaves it unset.
-Outcome Run(const QStringList& arguments, const std::string& password = {}, const std::string& input = {});
-// The same as a user of the site, whose passwords are all "sample-" and the name.
-Outcome RunAs(const Site& site, const std::string& user, const QStringList& command, const std::string& input = {});
-
-// A viewctl that runs while the test goes on.
+// A viewctl that runs while the test goes on. `password` goes into VIEWCTL_PASSWORD; empty leaves it unset.
 class Running {
  public:
-  Running(const QStringList& arguments, const std::string& password);
-  ~Running();
+  Running(const QStringList& arguments, const std::string& password) {
+    NeedApplication();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("VIEWCTL_PASSWORD");
+    if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
+    m_process.setProcessEnvironment(environment);
+    m_process.start(VIEWCTL_FILE, arguments);
+  }
+  ~Running() { Kill(); }
 
-  void Write(const std::string& text);
-  // The next line of stdout; empty when none came within `milliseconds`.
-  std::string NextLine(int milliseconds = 15000);
-  // The next line of stderr, likewise.
-  std::string NextErrorLine(int milliseconds = 15000);
+  void Write(const std::string& text) {
+    m_process.write(text.data(), static_cast<qint64>(text.size()));
+    m_process.waitForBytesWritten(kLimit);
+  }
+  // The next line of stdout, or of stderr; empty when none came within `milliseconds`.
+  std::string NextLine(int milliseconds = 15000) { return NextLineOf(QProcess::StandardOutput, milliseconds); }
+  std::string NextErrorLine() { return NextLineOf(QProcess::StandardError, 15000); }
+  // What is left of stdout and stderr.
+  std::string Output() { return m_process.readAllStandardOutput().toStdString(); }
+  std::string Errors() { return m_process.readAllStandardError().toStdString(); }
   // The processes that it has started.
-  std::vector<qint64> Children() const;
-  // Ends the input and waits for the exit status.
-  int Finish();
-  void Kill();
-  // Asks the process to terminate and waits for the exit status.
-  int Terminate();
+  std::vector<qint64> Children() const {
+    const std::string id = std::to_string(m_process.processId());
+    std::istringstream list(ReadFile("/proc/" + id + "/task/" + id + "/children"));
+    return {std::istream_iterator<qint64>(list), {}};
+  }
+  // Ends the input and waits for the exit status; -1: killed, or never ended.
+  int Finish() {
+    m_process.closeWriteChannel();
+    return WaitForEnd();
+  }
+  // The same after asking the process to terminate.
+  int Terminate() {
+    m_process.terminate();
+    return WaitForEnd();
+  }
+  void Kill() {
+    m_process.kill();
+    m_process.waitForFinished(kLimit);
+  }
 
  private:
-  int WaitForEnd();
+  static constexpr int kLimit = 60000;
+
+  std::string NextLineOf(QProcess::ProcessChannel channel, int milliseconds) {
+    m_process.setReadChannel(channel);
+    QElapsedTimer waited;
+    waited.start();
+    while (!m_process.canReadLine() && waited.elapsed() < milliseconds) m_process.waitForReadyRead(20);
+    return m_process.canReadLine() ? m_process.readLine().trimmed().toStdString() : std::string();
+  }
+  int WaitForEnd() {
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kLimit)) return -1;
+    return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+  }
 
   QProcess m_process;
 };
 
-std::vector<std::string> Lines(const std::string& text);
-std::string ReadFile(const std::string& name);
-void WriteFile(const std::string& name, const std::string& text);
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+// Runs viewctl to its end.
+inline Outcome Run(const QStringList& arguments, const std::string& password = {}, const std::string& input = {}) {
+  Running process(arguments, password);
+  process.Write(input);
+  const int status = process.Finish();
+  return {status, process.Output(), process.Errors()};
+}
+// The same as a user of the site, whose passwords are all "sample-" and the name.
+inline Outcome RunAs(const Site& site, const std::string& user, const QStringList& command,
+                     const std::string& input = {}) {
+  return Run(site.As(user) + command, "sample-" + user, input);
+}
+
+// Tests that share a site.
+class SiteTest : public testing::Test {
+ protected:
+  static Site& TheSite() {
+    static Site site;
+    return site;
+  }
+};
 
 }  // namespace test

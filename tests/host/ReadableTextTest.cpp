@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What people read: log lines, safe names, ids, the tree and a view in words.
+// What people read and write: log lines, safe names, ids, the tree and a view in words, scripts.
 #include <gtest/gtest.h>
 
 #include "host/Failure.h"
@@ -7,6 +7,8 @@
 #include "host/JsonText.h"
 #include "host/LogFile.h"
 #include "host/Notices.h"
+#include "host/RawJson.h"
+#include "host/ScriptLine.h"
 #include "host/Terminal.h"
 #include "host/TreeText.h"
 #include "host/ViewText.h"
@@ -88,25 +90,13 @@ TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {
   EXPECT_THROW(ParseQualifiedId("view:"), Failure);
 }
 
-ViewTree SmallTree() {
-  ViewTree tree;
-  for (int kind = 0; kind < 3; ++kind) {
-    TreeFolder& folder = tree.folders.emplace_back();
-    folder.id = "-1";
-    folder.name = kKindNames[static_cast<size_t>(kind)];
-    folder.kind = static_cast<Kind>(kind);
-    folder.parent = tree.folders.size() - 1;
-  }
-  tree.folders[0].folders = {3};
-  tree.folders[0].views = {{"9", "Loose", false}};
-  tree.folders.push_back({"4", "North", kPublic, 0, {4}, {{"8", "Gate", false}}});
-  tree.folders.push_back({"5", "Roof\n", kPublic, 3, {}, {}});
-  tree.folders[2].views = {{"7", "From \"maria\"", true}};
-  return tree;
-}
-
 TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
-  EXPECT_EQ(DescribeTree(SmallTree()),
+  const ViewTree tree{{{"-1", "public", kPublic, 0, {3}, {{"9", "Loose", false}}},
+                       {"-1", "private", kPrivate, 1, {}, {}},
+                       {"-1", "shared", kShared, 2, {}, {{"7", "From \"maria\"", true}}},
+                       {"4", "North", kPublic, 0, {4}, {{"8", "Gate", false}}},
+                       {"5", "Roof\n", kPublic, 3, {}, {}}}};
+  EXPECT_EQ(DescribeTree(tree),
             "public\n"
             "├── North/  (group 4)\n"
             "│   ├── Roof\\u000a/  (group 5)\n"
@@ -116,7 +106,7 @@ TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
             "shared\n"
             "└── From \"maria\"  (view 7, shared with you)\n");
   EXPECT_EQ(
-      TreeJson(SmallTree()),
+      TreeJson(tree),
       R"([{"ID":"-1","Name":"public","Type":0,"Folders":[{"ID":"4","Name":"North","Type":0,"Folders":)"
       R"([{"ID":"5","Name":"Roof\n","Type":0,"Folders":[],"Views":[]}],)"
       R"("Views":[{"ID":"8","Name":"Gate","Shared":false}]}],"Views":[{"ID":"9","Name":"Loose","Shared":false}]},)"
@@ -177,6 +167,99 @@ TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {
             "\n"
             "Page 1: layout 0, 1 window\n"
             "  0. camera\n");
+}
+
+// --- Lines of a script, and JSON that must stay as it was written
+
+// A line as "KIND|PART|PART", so that a case is one row.
+struct Describe {
+  std::string operator()(const CallLine& line) {
+    return "call|" + line.function + "|" + line.request + "|" + line.response;
+  }
+  std::string operator()(const LoadLine&) { return "load"; }
+  std::string operator()(const ObserveLine& line) { return "observe|" + line.request; }
+  std::string operator()(const SettleLine& line) { return "settle|" + std::to_string(line.milliseconds); }
+  std::string operator()(const WrongLine&) { return "wrong"; }
+};
+
+std::string Parsed(const std::string& text) {
+  return std::visit(Describe(), ParseScriptLine(text));
+}
+
+TEST(ScriptLineTest, CallsKeepTheirRequestAsItWasWritten) {
+  const Rows rows = {
+      {R"({"call":"F"})", "call|F||"},
+      {R"({"call":"F","request":"{ \"ID\" : \"5\" }"})", R"(call|F|{ "ID" : "5" }|)"},
+      {R"({"request":{ "b": 1.0, "a":[ ], "b" :2},"call":"F"})", R"(call|F|{"b":1.0,"a":[],"b":2}|)"},
+      {R"({"call":"F","request":null})", "call|F|null|"},
+      {R"({"call":"F","request":"","response":"kept"})", "call|F||kept"},
+      {R"({"call":"F","request": [ 1 , "a b" ] , "response":"\n"})", "call|F|[1,\"a b\"]|\n"},
+      {R"({"request":{"a":[1,"}"],"b":"x,\"y"} ,"call":"F"})", R"(call|F|{"a":[1,"}"],"b":"x,\"y"}|)"},
+      {R"({"call":"F","call":"G","request":1,"request":2})", "call|F|1|"},
+      {R"( { "c\u0061ll" : "F" } )", "call|F||"},
+  };
+  for (const auto& [text, parsed] : rows) EXPECT_EQ(Parsed(text), parsed) << text;
+}
+
+TEST(ScriptLineTest, OtherLines) {
+  const Rows rows = {
+      {R"({"load":true})", "load"},
+      {R"({"settle":0})", "settle|0"},
+      {R"({"settle": 250 })", "settle|250"},
+      {R"({"observe":{"ResourceType":16001, "ID":"5"}})",
+       R"(observe|{"ResourceType":16001,"ID":"5","IsRegister":true})"},
+      {R"({"unobserve":{ "ID" : "5" }})", R"(observe|{"ID":"5","IsRegister":false})"},
+      {R"({"observe":{ }})", R"(observe|{"IsRegister":true})"},
+  };
+  for (const auto& [text, parsed] : rows) EXPECT_EQ(Parsed(text), parsed) << text;
+}
+
+TEST(ScriptLineTest, AnythingElseIsWrong) {
+  for (const char* text :
+       {"", "hello", "[]", "{}", R"("call")", R"({"call":7})", R"({"call":"F","reqest":{}})",
+        R"({"call":"F","response":{}})", R"({"call":"F","load":true})", R"({"load":false})", R"({"load":1})",
+        R"({"load":true,"settle":1})", R"({"settle":-1})", R"({"settle":1.5})", R"({"settle":99999999999})",
+        R"({"observe":"5"})", R"({"observe":{"ID":"5","IsRegister":false}})", R"({"call":"F"} {"call":"G"})"}) {
+    EXPECT_EQ(Parsed(text), "wrong") << text;
+  }
+}
+
+TEST(RawJsonTest, OnlyBlanksBetweenTokensGoAway) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"{ \"a\" : 1 }", R"({"a":1})"},
+      {"\t[ 1 ,\r\n 2 ]\n", "[1,2]"},
+      {R"({"b":1, "a":2, "b":3})", R"({"b":1,"a":2,"b":3})"},
+      {R"([1.0, 1e2, -0, 10.50])", R"([1.0,1e2,-0,10.50])"},
+      {R"({"a b" : "c  d"})", R"({"a b":"c  d"})"},
+      {R"([ "\" , \\" , "x" ])", R"(["\" , \\","x"])"},
+      {R"([ "\\" , 1 ])", R"(["\\",1])"},
+      {R"("\u0041\/")", R"("\u0041\/")"},
+      {" null ", "null"},
+      {"{ }", "{}"},
+  };
+  for (const auto& [text, stripped] : cases) {
+    ASSERT_TRUE(IsJson(text)) << text;
+    EXPECT_EQ(WithoutBlanks(text), stripped) << text;
+  }
+}
+
+TEST(RawJsonTest, WhatIsNotOneJsonValueIsRefused) {
+  const std::string withNul("{}\0x", 4);
+  const std::string cases[] = {"",      " ",       "{",           "{\"a\":1,}",     "[1,]",
+                               "{} {}", "{'a':1}", "\"\xff\"",    "\xEF\xBB\xBF{}", "[1 2]",
+                               "nul",   "+1",      "\"\\ud800\"", withNul};
+  for (const std::string& text : cases) {
+    EXPECT_FALSE(IsJson(text)) << text;
+    EXPECT_FALSE(SplitObject(text)) << text;
+  }
+}
+
+TEST(RawJsonTest, DepthCostsNoStack) {
+  const size_t depth = 1000000;
+  const std::string deep = "{\"a\":" + std::string(depth, '[') + " " + std::string(depth, ']') + "}";
+  const auto members = SplitObject(deep);
+  ASSERT_TRUE(members);
+  EXPECT_EQ(WithoutBlanks(members->front().value).size(), 2 * depth);
 }
 
 }  // namespace

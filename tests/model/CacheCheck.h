@@ -11,6 +11,7 @@
 class CacheCheck {
  public:
   using Listed = CacheModel::Listed;
+  using List = CacheModel::List;
 
   explicit CacheCheck(test::ScriptClient& client) : m_client(client) {}
 
@@ -43,10 +44,10 @@ class CacheCheck {
     }
     for (const int type : {0, 1, 2}) Expect(server.loaded.WithoutGroup(type), Plans(kNone, type), "plans in no group");
     for (const GroupRecord& group : server.loaded.Groups()) {
-      std::vector<Listed> plans = Plans(group.id, 0);
+      List plans = Plans(group.id, 0);
       for (const Listed& member : server.loaded.Members(group.id)) {
         const Id view = std::get<1>(member);
-        auto entry = std::find(plans.begin(), plans.end(), member);
+        auto entry = plans.find(member);
         if (entry == plans.end() && server.mayHaveMoved(view)) {
           entry = std::find_if(plans.begin(), plans.end(), [&](const Listed& p) { return std::get<1>(p) == view; });
         }
@@ -68,7 +69,7 @@ class CacheCheck {
   }
 
  private:
-  void ExpectContent(Id group, int type, const CacheModel& model, const std::vector<Listed>& plans) {
+  void ExpectContent(Id group, int type, const CacheModel& model, const List& plans) {
     Expect(model.ChildGroups(group, type), Groups(group, type), "groups in " + std::to_string(group));
     Expect(plans, Plans(group, type), "plans in " + std::to_string(group));
   }
@@ -76,13 +77,13 @@ class CacheCheck {
     const auto& [name, id, parent, type] = entry;
     return std::to_string(id) + " '" + name + "' in " + std::to_string(parent) + " of type " + std::to_string(type);
   }
-  static std::string Text(const std::vector<Listed>& entries) {
+  static std::string Text(const List& entries) {
     std::string text = "[";
     for (const Listed& entry : entries) text += (text.size() > 1 ? "; " : "") + Text(entry);
     return text + "]";
   }
   void Wrong(const std::string& what) { m_wrong += what + "\n"; }
-  void Expect(const std::vector<Listed>& expected, const std::vector<Listed>& listed, const std::string& what) {
+  void Expect(const List& expected, const List& listed, const std::string& what) {
     if (listed != expected) Wrong(what + ": " + Text(listed) + " instead of " + Text(expected));
   }
 
@@ -103,22 +104,19 @@ class CacheCheck {
   }
 
   // Groups and plans differ in the spelling of their names.
-  std::vector<Listed> Groups(Id parent, int type) {
-    return List("GetPlanGroups", "ParentID", parent, "GroupType", type, "PlanGroups", "Name");
+  List Groups(Id parent, int type) {
+    return Ask("GetPlanGroups", "ParentID", parent, "GroupType", type, "PlanGroups", "Name");
   }
-  std::vector<Listed> Plans(Id group, int type) {
-    return List("GetPlansInGroup", "GroupID", group, "Type", type, "Plans", "name");
-  }
-  std::vector<Listed> List(const char* function, const char* folderKey, Id folder, const char* typeKey, int type,
-                           const char* list, const char* name) {
+  List Plans(Id group, int type) { return Ask("GetPlansInGroup", "GroupID", group, "Type", type, "Plans", "name"); }
+  List Ask(const char* function, const char* folderKey, Id folder, const char* typeKey, int type, const char* list,
+           const char* name) {
     const auto answer =
         m_client.Call(function, host::ObjectText().Add(folderKey, std::to_string(folder)).Add(typeKey, type).Text());
-    std::vector<Listed> listed;
+    List listed;
     for (const auto& entry : host::ListOf(answer.response, list).GetArray()) {
-      listed.emplace_back(host::TextOf(entry, name), std::stoll(host::TextOf(entry, "ID")),
-                          std::stoll(host::TextOf(entry, "ParentID")), host::NumberOf(entry, "Type"));
+      listed.emplace(host::TextOf(entry, name), std::stoll(host::TextOf(entry, "ID")),
+                     std::stoll(host::TextOf(entry, "ParentID")), host::NumberOf(entry, "Type"));
     }
-    std::sort(listed.begin(), listed.end());
     return listed;
   }
 

@@ -36,6 +36,13 @@ struct ViewRecord {
   bool operator==(const ViewRecord&) const = default;
 };
 
+// A view as that user sees it.
+inline ViewRecord SeenBy(Id user, ViewRecord view) {
+  view.shared = view.owner != kPublic && view.owner != user;
+  if (view.shared) view.group = kNone;  // the owner's folder is not theirs to see
+  return view;
+}
+
 // What the server holds.
 struct Truth {
   std::map<Id, GroupRecord> groups;
@@ -46,12 +53,18 @@ struct Truth {
 // The cache of a client.
 class CacheModel {
  public:
-  // What a load makes of it: groups, then views.
-  void Load(const std::vector<GroupRecord>& groups, const std::vector<ViewRecord>& views) {
-    m_groups.clear();
-    m_views.clear();
-    for (const GroupRecord& group : groups) OwnGroupAdded(group);
-    for (const ViewRecord& view : views) OwnViewAdded(view);
+  // What a load makes of it for that user: groups, then views.
+  void Load(const Truth& truth, Id user) {
+    *this = {};
+    for (const auto& [id, group] : truth.groups) {
+      if (group.owner == kPublic || group.owner == user) OwnGroupAdded(group);
+    }
+    for (const auto& [id, view] : truth.views) {
+      const ViewRecord seen = SeenBy(user, view);
+      const auto sharedWith = truth.sharedWith.find(id);
+      const bool isShared = sharedWith != truth.sharedWith.end() && sharedWith->second.count(user) > 0;
+      if (!seen.shared || isShared) OwnViewAdded(seen);
+    }
   }
 
   void OwnGroupAdded(const GroupRecord& group) { m_groups.emplace(group.id, Folder{group, {}}); }
@@ -98,6 +111,7 @@ class CacheModel {
   }
 
   using Listed = std::tuple<std::string, Id, Id, int>;  // name, id, upper group, type
+  using List = std::multiset<Listed>;
 
   std::vector<GroupRecord> Groups() const {
     std::vector<GroupRecord> groups;
@@ -111,26 +125,25 @@ class CacheModel {
   }
   bool HasView(Id id) const { return m_views.count(id) > 0; }
 
-  // Sorted.
-  std::vector<Listed> ChildGroups(Id parent, int type) const {
-    std::vector<Listed> result;
+  List ChildGroups(Id parent, int type) const {
+    List result;
     for (const auto& [id, group] : m_groups) {
       if (group.record.parent != parent || TypeOf(group.record.owner) != type) continue;
-      result.emplace_back(group.record.name, id, parent, type);
+      result.emplace(group.record.name, id, parent, type);
     }
-    return Sorted(std::move(result));
+    return result;
   }
-  std::vector<Listed> Members(Id group) const {
-    std::vector<Listed> result;
-    for (const auto& view : m_groups.at(group).members) result.push_back(Entry(*view));
-    return Sorted(std::move(result));
+  List Members(Id group) const {
+    List result;
+    for (const auto& view : m_groups.at(group).members) result.insert(Entry(*view));
+    return result;
   }
-  std::vector<Listed> WithoutGroup(int type) const {
-    std::vector<Listed> result;
+  List WithoutGroup(int type) const {
+    List result;
     for (const auto& [id, view] : m_views) {
-      if (view->group == kNone && TypeOf(*view) == type) result.push_back(Entry(*view));
+      if (view->group == kNone && TypeOf(*view) == type) result.insert(Entry(*view));
     }
-    return Sorted(std::move(result));
+    return result;
   }
 
  private:
@@ -142,10 +155,6 @@ class CacheModel {
   static int TypeOf(Id owner) { return owner == kPublic ? 0 : 1; }
   static int TypeOf(const ViewRecord& view) { return view.shared ? 2 : TypeOf(view.owner); }
   static Listed Entry(const ViewRecord& view) { return {view.name, view.id, view.group, TypeOf(view)}; }
-  static std::vector<Listed> Sorted(std::vector<Listed> list) {
-    std::sort(list.begin(), list.end());
-    return list;
-  }
 
   void RemoveFirstMember(Id group, Id view) {
     const auto entry = m_groups.find(group);

@@ -57,9 +57,9 @@ struct Player {
 // An edit to be asked for.
 struct Edit {
   std::string function, request;
-  std::function<void(const test::ScriptClient::Answer&)> accepted;
-  size_t least = 1, most = 1;  // changes of its own that it makes where it is accepted
+  std::function<void(const test::ScriptClient::Answer&)> accepted = [](const auto&) {};
   bool refused = false;        // the server cannot agree
+  size_t least = 1, most = 1;  // changes of its own that it makes where it is accepted
 };
 
 struct AdminEdit {
@@ -154,43 +154,35 @@ class RandomEdits {
     if (Chance(400)) view.group = PickFolder(player.model.Groups(), view.owner);
     view.cycleTime = static_cast<int>(Below(100));
     view.windows = 1 + static_cast<uint32_t>(Below(4));
-    Edit edit{"UpdatePlan", PlanRequest(view), [&player, view](const auto&) { player.model.OwnViewModified(view); }};
-    edit.refused = view.shared;
-    return edit;
+    return {"UpdatePlan", PlanRequest(view), [&player, view](const auto&) { player.model.OwnViewModified(view); },
+            view.shared};
   }
 
   static Edit DeleteView(Player& player, const ViewRecord& view) {
-    Edit edit{"DeletePlan", R"({"ID":")" + Str(view.id) + R"("})",
-              [&player, id = view.id](const auto&) { player.model.ViewRemoved(id); }};
-    edit.refused = view.shared;
-    return edit;
+    return {"DeletePlan", R"({"ID":")" + Str(view.id) + R"("})",
+            [&player, id = view.id](const auto&) { player.model.ViewRemoved(id); }, view.shared};
   }
 
   static Edit ShareView(const Player& player, const ViewRecord& view) {
-    Edit edit{"ViewShareUsers",
-              R"({"view_id":")" + Str(view.id) + R"(","share_users":")" + (player.user == 1 ? "2" : "1") + R"(,3"})",
-              [](const auto&) {}};
-    edit.refused = view.owner != player.user;
-    edit.least = 0;  // they may have it already
-    return edit;
+    const std::string users = player.user == 1 ? "2,3" : "1,3";
+    return {.function = "ViewShareUsers",
+            .request = R"({"view_id":")" + Str(view.id) + R"(","share_users":")" + users + "\"}",
+            .refused = view.owner != player.user,
+            .least = 0};  // they may have it already
   }
 
   // An edit that the server must refuse.
   Edit RefusedEdit() {
     const std::string missing = R"({"ID":"4000000","Name":"x"})";
-    const std::vector<std::pair<std::string, std::string>> edits = {
-        {"AddPlan", R"({"Name":"","GroupID":"-1"})"},
-        {"AddPlan", R"({"Name":"x","GroupID":"4000000"})"},
-        {"AddPlanGroup", R"({"Name":"a\u0001b","ParentID":"-1"})"},
-        {"AddPlanGroup", R"({"Name":"x","ParentID":"4000000"})"},
-        {"UpdatePlan", missing},
-        {"DeletePlan", missing},
-        {"UpdatePlanGroup", missing},
-        {"DeletePlanGroup", missing}};
-    const auto picked = *PickFrom(edits);
-    Edit edit{picked.first, picked.second, [](const auto&) {}};
-    edit.refused = true;
-    return edit;
+    return *PickFrom(std::vector<Edit>{
+        {.function = "AddPlan", .request = R"({"Name":"","GroupID":"-1"})", .refused = true},
+        {.function = "AddPlan", .request = R"({"Name":"x","GroupID":"4000000"})", .refused = true},
+        {.function = "AddPlanGroup", .request = R"({"Name":"a\u0001b","ParentID":"-1"})", .refused = true},
+        {.function = "AddPlanGroup", .request = R"({"Name":"x","ParentID":"4000000"})", .refused = true},
+        {.function = "UpdatePlan", .request = missing, .refused = true},
+        {.function = "DeletePlan", .request = missing, .refused = true},
+        {.function = "UpdatePlanGroup", .request = missing, .refused = true},
+        {.function = "DeletePlanGroup", .request = missing, .refused = true}});
   }
 
   Edit ChooseEdit(Player& player, size_t actor) {

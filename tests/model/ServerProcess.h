@@ -8,6 +8,14 @@
 #include <stdexcept>
 #include <string>
 
+// Those of the file that have the text in them.
+inline size_t CountLines(const std::string& file, const std::string& text) {
+  size_t count = 0;
+  std::ifstream lines(file);
+  for (std::string line; std::getline(lines, line);) count += line.find(text) != std::string::npos;
+  return count;
+}
+
 class ServerProcess {
  public:
   // Starts it with a store, a seed and, unless empty, a fault plan in `folder`. Throws std::runtime_error when it does
@@ -53,12 +61,7 @@ class ServerProcess {
   void SetFaultPlan(const std::string& faultPlan) { std::ofstream(m_folder + "/faults.json") << faultPlan; }
 
   // As the server tells: how often things went wrong on purpose.
-  size_t Faults() const {
-    size_t count = 0;
-    std::ifstream log(m_folder + "/server.log");
-    for (std::string line; std::getline(log, line);) count += line.rfind("viewserver: fault ", 0) == 0;
-    return count;
-  }
+  size_t Faults() const { return CountLines(m_folder + "/server.log", "viewserver: fault "); }
 
  private:
   static constexpr int kWaitMs = 20000;

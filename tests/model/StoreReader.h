@@ -27,14 +27,24 @@ struct Row {
     if (!isIn(before)) return 0;
     return contentChanged ? 1 : -1;
   }
+  void FoldInto(Truth& truth) const {
+    const auto fold = [this](auto& table, const auto& record) {
+      table.erase(Object());
+      if (!Deleted()) table[Object()] = record;
+    };
+    isView ? fold(truth.views, view) : fold(truth.groups, group);
+  }
+  void Tell(Id user, CacheModel& model) const {
+    const int method = MethodFor(user);
+    if (method == 2) {
+      isView ? model.ViewRemoved(Object()) : model.GroupRemoved(Object());
+    } else if (method >= 0 && isView) {
+      method == 0 ? model.ViewAdded(SeenBy(user, view)) : model.ViewModified(SeenBy(user, view));
+    } else if (method >= 0) {
+      method == 0 ? model.GroupAdded(group) : model.GroupModified(group);
+    }
+  }
 };
-
-// A view as that user sees it.
-inline ViewRecord SeenBy(Id user, ViewRecord view) {
-  view.shared = view.owner != kPublic && view.owner != user;
-  if (view.shared) view.group = kNone;  // the owner's folder is not theirs to see
-  return view;
-}
 
 class StoreReader {
  public:

@@ -47,14 +47,11 @@ TEST(ChangeStreamParserTest, YieldsTheEventsOfAStream) {
 }
 
 TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {
-  std::string longText(200, 'x');
-  std::string good = "id: 9\ndata: good\n\n";
-  EXPECT_EQ(ParseWhole("id: 1\ndata: " + longText + "\n\n" + good, 100), "1|message|OVERSIZE\n9|message|good\n");
-  EXPECT_EQ(ParseWhole("data: " + longText + "\ndata: b\nid: 1\n\n" + good, 100),
-            "1|message|OVERSIZE\n9|message|good\n");
-  std::string pieces = "id: 1\n";
-  for (int i = 0; i < 5; ++i) pieces += "data: " + std::string(50, 'y') + "\n";
-  EXPECT_EQ(ParseWhole(pieces + "\n" + good, 100), "1|message|OVERSIZE\n9|message|good\n");
+  const std::string longText(200, 'x'), piece = "data: " + std::string(50, 'y') + "\n", good = "id: 9\ndata: good\n\n";
+  for (const std::string& event : {"id: 1\ndata: " + longText + "\n\n", "data: " + longText + "\ndata: b\nid: 1\n\n",
+                                   "id: 1\n" + piece + piece + piece + "\n"}) {
+    EXPECT_EQ(ParseWhole(event + good, 100), "1|message|OVERSIZE\n9|message|good\n") << event;
+  }
   // One byte more than there is room for makes the difference: of data, line ends included, and of a line.
   for (const size_t more : {0, 1}) {
     const std::string whole(99, 'x'), rest(50 + more, 'x'), id(112 + more, '7');

@@ -1,24 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 // The platform against the reference management server over TLS.
-#include <gtest/gtest.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <mutex>
 #include <vector>
 
+#include "../server/TestClient.h"
 #include "BizShared/UserCommonManager.h"
 #include "BizShared/details/Exchange.h"
 #include "ForkedChild.h"
-#include "NetLink/RapidJsonProto.h"
 #include "PlatformCalls.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "ScriptedServer.h"
-#include "server/ViewServer.h"
 
 namespace {
 
@@ -57,85 +54,68 @@ void MakeCertificate(const std::string& file, const Certificate& what) {
   PEM_write_PrivateKey(out.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
 }
 
-// A server with the user "ann" in a folder of its own.
-class Site {
- public:
-  explicit Site(bool tls, const Certificate& certificate = {}) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "platform-XXXXXX").string();
-    m_folder = mkdtemp(pattern.data());
-    server::ViewServerOptions options;
-    options.dataFile = m_folder + "/data.sqlite";
-    if (tls) {
-      options.tlsCertFile = options.tlsKeyFile = CertificateFile();
-      MakeCertificate(CertificateFile(), certificate);
-    }
-    m_server = std::make_unique<server::ViewServer>(options);
-    m_server->Start();
-    std::string error;
-    EXPECT_TRUE(m_server->AddUser("ann", "secret of ann", error)) << error;
-  }
-  ~Site() {
-    m_server.reset();
-    std::filesystem::remove_all(m_folder);
+class TlsTest : public server::test::ServerTest {
+ protected:
+  TlsTest() { Present({}); }
+  // Not in the destructor: a process that forgets to clean up has its test here too.
+  void TearDown() override {
+    Manager().Stop();
+    Manager().SetViewsUpdateCallback({});
+    CUserCommonManager::Instance().Logout();
+    CNetCommManager::Instance().SetServer({});
   }
 
-  std::string Url() const { return m_server->Url(); }
-  std::string CertificateFile() const { return m_folder + "/server.pem"; }
+  static CViewGroupManager& Manager() { return CViewGroupManager::Instance(); }
+  static std::string ViewsText() {
+    std::string text;
+    Manager().GetViewsData(text);
+    return text;
+  }
 
- private:
-  std::string m_folder;
-  std::unique_ptr<server::ViewServer> m_server;
-};
+  std::string File(const std::string& name) const { return m_folder / name; }
+  // Has the server present such a certificate.
+  void Present(const Certificate& certificate) {
+    MakeCertificate(File("server.pem"), certificate);
+    RestartWith(
+        [&](server::ViewServerOptions& options) { options.tlsCertFile = options.tlsKeyFile = File("server.pem"); });
+  }
+  // Logs in and downloads.
+  bool Follow() {
+    ErrorCode error;
+    CNetCommManager::Instance().SetServer(m_server->Url(), File("server.pem"));
+    if (!CUserCommonManager::Instance().Login("ann", "a", "test", error)) return false;
+    Manager().Start();
+    return Eventually([] { return Manager().IsViewDownloadSuccess(); });
+  }
 
-// Logs in and downloads.
-bool Follow(const Site& site) {
-  ErrorCode error;
-  CNetCommManager::Instance().SetServer(site.Url(), site.CertificateFile());
-  if (!CUserCommonManager::Instance().Login("ann", "secret of ann", "test", error)) return false;
-  CViewGroupManager::Instance().Start();
-  return Eventually([] { return CViewGroupManager::Instance().IsViewDownloadSuccess(); });
-}
-
-constexpr const char* kRoot = "/NXAPI/Vantorel/Platform/V0/";
-
-std::string ViewBody(const std::string& name) {
-  return R"({"View":{"ID":-1,"Name":")" + name + R"(","ViewGroupID":-1,"UserID":-1}})";
-}
-
-void AddView(const std::string& name) {
-  EXPECT_EQ(Send("POST", std::string(kRoot) + "Views", ViewBody(name)).substr(0, 4), "0/0 ");
-}
-
-// Adds a view in another session of the same user. The platform's own knows nothing of it.
-void AddViewElsewhere(const std::string& name) {
-  BizShared::details::Exchange exchange;
-  exchange.asUser = false;
-  const auto post = [&](const char* what, const std::string& body) {
+  static void AddView(const std::string& name) {
+    EXPECT_EQ(Send("POST", kViewsUrl, server::test::ViewBody(name, -1, kPublic)).substr(0, 4), "0/0 ");
+  }
+  // Adds a view in another session of the same user. The platform's own knows nothing of it.
+  void AddViewElsewhere(const std::string& name) {
+    BizShared::details::Exchange exchange;
+    exchange.asUser = false;
+    exchange.token = m_server->OpenLocalSession("ann")->token;
     NetLink::CClientSendInfo send;
     send.SetVal_Method("POST");
-    send.SetVal_URL(kRoot + std::string(what));
-    send.SetVal_send_data(body);
+    send.SetVal_URL(kViewsUrl);
+    send.SetVal_send_data(server::test::ViewBody(name, -1, kPublic));
     NetLink::CClientRecvInfo recv;
     EXPECT_TRUE(CNetCommManager::Instance().Send(recv, send, exchange));
-    NetLink::CRapidJsonProto reply;
-    reply.set_str(recv.GetVal_Receive_Data());
-    return reply.get_v("/ResponseStatus/Data/Session/Token", "");
-  };
-  exchange.token = post("Sessions", R"({"Session":{"UserName":"ann","Password":"secret of ann"}})");
-  ASSERT_NE(exchange.token, "");
-  post("Views", ViewBody(name));
-  EXPECT_EQ(exchange.status, 200);
-}
+    EXPECT_EQ(exchange.status, 200);
+  }
 
-TEST(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {
-  const Site site(true);
+  static constexpr const char* kViewsUrl = "/NXAPI/Vantorel/Platform/V0/Views";
+};
+
+TEST_F(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {
   std::mutex mutex;
   std::vector<std::string> told;
-  CViewGroupManager::Instance().SetViewsUpdateCallback([&](const std::string& document) {
+  Manager().SetViewsUpdateCallback([&](const std::string& document) {
     const std::lock_guard lock(mutex);
     told.push_back(document);
   });
-  ASSERT_TRUE(Follow(site));
+  ASSERT_TRUE(Follow());
   const struct {
     const char *own, *elsewhere, *token;
   } edits[] = {
@@ -155,21 +135,17 @@ TEST(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {
     }));
   }
   EXPECT_NE(CNetCommManager::Instance().GetToken(), edits[1].token);
-  std::string views;
-  CViewGroupManager::Instance().GetViewsData(views);
-  CViewGroupManager::Instance().Stop();
+  const std::string views = ViewsText();
+  Manager().Stop();
   EXPECT_EQ(told.size(), 2u) << "one's own edits come without a call, also those of a renewed session";
   for (const auto& edit : edits) {
     for (const char* name : {edit.own, edit.elsewhere}) {
       EXPECT_NE(views.find("\"Name\":\"" + std::string(name) + "\""), std::string::npos) << name;
     }
   }
-  CViewGroupManager::Instance().SetViewsUpdateCallback({});
-  CUserCommonManager::Instance().Logout();
-  CNetCommManager::Instance().SetServer({});
 }
 
-TEST(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
+TEST_F(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
   class Listener : public ResourceStore::IOrlUserObserver {
    public:
     void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
@@ -178,8 +154,7 @@ TEST(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
     }
     std::atomic<int> last{-1}, count{0};
   } listener;
-  const Site site(true);
-  ASSERT_TRUE(Follow(site));
+  ASSERT_TRUE(Follow());
   auto& users = ResourceStore::COrlUserManager::Instance();
   users.RegisterObserver(&listener);
   users.StartDownLoadOrlUser();
@@ -188,63 +163,60 @@ TEST(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
   EXPECT_EQ(SaidByForkedChild([&] {
               users.StartDownLoadOrlUser();
               users.SyncUnregisterObserver(&listener);
-              CViewGroupManager::Instance().SetViewsUpdateCallback({});
-              CViewGroupManager::Instance().Stop();
-              CViewGroupManager::Instance().Start();
+              Manager().SetViewsUpdateCallback({});
+              Manager().Stop();
+              Manager().Start();
               CUserCommonManager::Instance().Logout();
               return std::to_string(listener.count) + " " + std::to_string(listener.last);
             }),
             "2 1");
   AddView("after");
   AddViewElsewhere("elsewhere");
-  EXPECT_TRUE(Eventually([&] {
-    std::string views;
-    CViewGroupManager::Instance().GetViewsData(views);
-    return views.find("\"elsewhere\"") != std::string::npos;
-  }));
+  EXPECT_TRUE(Eventually([] { return ViewsText().find("\"elsewhere\"") != std::string::npos; }));
   users.StartDownLoadOrlUser();
   EXPECT_TRUE(Eventually([&] { return listener.count == 2 && listener.last == 0; }));
   users.SyncUnregisterObserver(&listener);
-  CViewGroupManager::Instance().Stop();
-  CUserCommonManager::Instance().Logout();
-  CNetCommManager::Instance().SetServer({});
 }
 
-TEST(TlsTest, AServerThatIsNotWhoItShouldBeIsToldNoPassword) {
-  const Site right(true), other(true), wrongName(true, {"IP:127.0.0.2"}), wrongHost(true, {"DNS:localhost"}),
-      expired(true, {"IP:127.0.0.1", -7200, -3600}), early(true, {"IP:127.0.0.1", 3600, 7200}), plain(false);
-  const auto swapScheme = [](const Site& site, const std::string& scheme) {
-    return scheme + site.Url().substr(site.Url().find(':'));
-  };
+TEST_F(TlsTest, AServerThatIsNotWhoItShouldBeIsToldNoPassword) {
+  MakeCertificate(File("other.pem"), {});
+  const Certificate right, wrongName{"IP:127.0.0.2"}, wrongHost{"DNS:localhost"}, expired{"IP:127.0.0.1", -7200, -3600},
+      early{"IP:127.0.0.1", 3600, 7200};
   const struct {
     const char* what;
-    std::string url, caFile;
+    std::optional<Certificate> presented;
+    const char *scheme, *caFile;
     int curlCode;
   } cases[] = {
-      {"right", right.Url(), right.CertificateFile(), 0},
-      {"somebody else's certificate", right.Url(), other.CertificateFile(), 60},
-      {"nobody vouches for it", right.Url(), "", 60},
-      {"no such file", right.Url(), "/nowhere.pem", 77},
-      {"another address's", wrongName.Url(), wrongName.CertificateFile(), 60},
-      {"another name's", wrongHost.Url(), wrongHost.CertificateFile(), 60},
-      {"expired", expired.Url(), expired.CertificateFile(), 60},
-      {"not valid yet", early.Url(), early.CertificateFile(), 60},
-      {"no TLS where it should be", swapScheme(plain, "https"), right.CertificateFile(), 35},
-      {"TLS where none should be", swapScheme(right, "http"), "", 52},
+      {"right", right, "https", "server.pem", 0},
+      {"somebody else's certificate", right, "https", "other.pem", 60},
+      {"nobody vouches for it", right, "https", "", 60},
+      {"no such file", right, "https", "nowhere.pem", 77},
+      {"another address's", wrongName, "https", "server.pem", 60},
+      {"another name's", wrongHost, "https", "server.pem", 60},
+      {"expired", expired, "https", "server.pem", 60},
+      {"not valid yet", early, "https", "server.pem", 60},
+      {"no TLS where it should be", {}, "https", "server.pem", 35},
+      {"TLS where none should be", right, "http", "", 52},
   };
   for (const auto& c : cases) {
+    c.presented ? Present(*c.presented) : Restart(Options());
+    const std::string url = m_server->Url();
+    CNetCommManager::Instance().SetServer(c.scheme + url.substr(url.find(':')), *c.caFile ? File(c.caFile) : "");
     ErrorCode error;
-    CNetCommManager::Instance().SetServer(c.url, c.caFile);
-    EXPECT_EQ(CUserCommonManager::Instance().Login("ann", "secret of ann", "test", error), c.curlCode == 0) << c.what;
+    EXPECT_EQ(CUserCommonManager::Instance().Login("ann", "a", "test", error), c.curlCode == 0) << c.what;
     EXPECT_EQ(Numbers(error), c.curlCode == 0 ? "0/0" : "1/" + std::to_string(c.curlCode)) << c.what;
     CUserCommonManager::Instance().Logout();
   }
-  CNetCommManager::Instance().SetServer({});
 }
 
 [[noreturn]] void RunForgetfulHost() {
-  static Site site(true);
-  std::exit(Follow(site) ? 0 : 1);
+  static class : public TlsTest {
+   public:
+    using TlsTest::Follow;
+    void TestBody() override {}
+  } site;  // outlives what the platform makes later
+  std::exit(site.Follow() ? 0 : 1);
 }
 
 TEST(ManagementServerDeathTest, AProcessMayEndWhileItFollowsOverTls) {

@@ -70,6 +70,13 @@ class ScriptedSite {
     m_changed.notify_all();
     ASSERT_TRUE(m_changed.wait_for(lock, std::chrono::seconds(20), [&] { return !m_end; }));
   }
+  // Ends the stream, of which the server then has forgotten too much, and waits for the next.
+  void LoseChanges() {
+    const int opened = StreamsOpened();
+    AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+    EndStream();
+    ASSERT_TRUE(Eventually([&] { return StreamsOpened() > opened; }));
+  }
   // Streams that are open; one that its client has left is ended by the next.
   int Streams() const {
     std::lock_guard<std::mutex> lock(m_mutex);

@@ -62,22 +62,18 @@ TEST_F(EditsTest, ReplacingTakesNameFolderCycleAndPagesAndKeepsTheRest) {
   EXPECT_EQ(bob.Show("ViewGroup", open, keys), "open -1 -1 -1") << "what has no owner is not shared";
 }
 
-TEST_F(EditsTest, NewThingsStandLastInTheirOwnersFolder) {
-  const int32_t folder = ann.AddGroup("F", -1, kPublic);
-  const auto place = [](const Client& client, int32_t id) { return client.Show("View", id, {"SequenceIndex"}); };
-  EXPECT_EQ(place(ann, ann.AddView("a", folder, kPublic)), "1");
-  EXPECT_EQ(place(ann, bob.AddView("b", folder, kPublic)), "2");
-  EXPECT_EQ(place(ann, ann.AddView("c", -1, kAnn)), "1");
-  EXPECT_EQ(place(bob, bob.AddView("d", -1, kBob)), "1") << "the top level is one folder for each owner";
-}
-
-TEST_F(EditsTest, MovingSetsFolderAndOrderOfWhatIsNamed) {
+TEST_F(EditsTest, NewThingsStandLastInTheirOwnersFolderAndMovingSetsFolderAndOrder) {
   const int32_t from = ann.AddGroup("A", -1, kPublic);
   const int32_t to = ann.AddGroup("B", -1, kPublic);
-  for (const char* name : {"1", "2", "3"}) ann.AddView(name, from, kPublic);
+  for (const Client* client : {&ann, &bob, &ann}) client->AddView("V", from, kPublic);
+  const auto where = [](const Client& client, int32_t id) {
+    return client.Show("View", id, {"ViewGroupID", "SequenceIndex"});
+  };
+  EXPECT_EQ(where(ann, 1) + "; " + where(ann, 2) + "; " + where(ann, 3), "1 1; 1 2; 1 3");
+  EXPECT_EQ(where(ann, ann.AddView("c", -1, kAnn)), "-1 1");
+  EXPECT_EQ(where(bob, bob.AddView("d", -1, kBob)), "-1 1") << "the top level is one folder for each owner";
   ASSERT_EQ(bob.Put("V0/Views/Move", MoveBody(1, to, "3,1,3")).Error(), "0/0");
-  const auto where = [this](int32_t id) { return ann.Show("View", id, {"ViewGroupID", "SequenceIndex"}); };
-  EXPECT_EQ(where(3) + "; " + where(1) + "; " + where(2), "2 1; 2 2; 1 2") << "a repeat counts once";
+  EXPECT_EQ(where(ann, 3) + "; " + where(ann, 1) + "; " + where(ann, 2), "2 1; 2 2; 1 2") << "a repeat counts once";
   ASSERT_EQ(ann.Put("V0/ViewGroups/Move", MoveBody(2, from, "2")).Error(), "0/0");
   EXPECT_EQ(ann.Show("ViewGroup", to, {"ParentViewGroupID"}), "1");
 }
@@ -122,17 +118,6 @@ TEST_F(EditsTest, AContentHasItsFoldersOwnerAndNoGroupLiesInItself) {
   EXPECT_EQ(ann.Sequence(), before) << "what is refused changes nothing";
 }
 
-TEST_F(EditsTest, DeletingAGroupTakesWhatItHoldsAndNothingElse) {
-  const int32_t top = ann.AddGroup("top", -1, kAnn);
-  const int32_t inner = ann.AddGroup("inner", top, kAnn);
-  const int32_t other = ann.AddGroup("other", -1, kAnn);
-  for (int32_t folder : {top, inner, other}) ann.AddView("V", folder, kAnn);
-  EXPECT_EQ(ann.Delete("V0/ViewGroups/1").Error(), "0/0");
-  EXPECT_EQ(ann.GroupIds() + " " + ann.ViewIds(), "3 3");
-  EXPECT_EQ(ann.Delete("V0/ViewGroups/2").Error(), "100/2");
-  EXPECT_EQ(ann.AddGroup("new", -1, kAnn), 4) << "numbers are not given twice";
-}
-
 TEST_F(EditsTest, SharingAddsUsersAndTellsWhichOnesItCouldNot) {
   const int32_t id = ann.AddView("V", ann.AddGroup("F", -1, kAnn), kAnn);
   ann.AddView("P", -1, kPublic);
@@ -154,41 +139,6 @@ TEST_F(EditsTest, SharingAddsUsersAndTellsWhichOnesItCouldNot) {
   std::string many = "1";
   for (int user = 2; user <= 10001; ++user) many += "," + std::to_string(user);
   EXPECT_EQ(ann.Post(share, ShareBody(many)).Outcome(), "100/7 413");
-}
-
-TEST_F(EditsTest, AnEditAnswersWithTheNumberOfItsChangeAndOfSeveralWithTheLast) {
-  const std::string numberInLists = R"({"ChangeNumber":"0","View)";
-  EXPECT_EQ(ann.Get("V0/Views").DataText(), numberInLists + R"(List":{"View":[]}})") << "before the first";
-  EXPECT_EQ(ann.Get("V0/ViewGroups").DataText(), numberInLists + R"(GroupList":{"ViewGroup":[]}})");
-  const struct {
-    std::string method, path, body, data;
-    int64_t number;  // the last one afterwards
-  } cases[] = {
-      {"POST", "V0/ViewGroups", GroupBody("G", -1, kAnn), R"({"ViewGroup":{"ID":1},"ChangeNumber":"1"})", 1},
-      {"POST", "V0/ViewGroups", GroupBody("H", -1, kAnn), R"({"ViewGroup":{"ID":2},"ChangeNumber":"2"})", 2},
-      {"POST", "V0/Views", ViewBody("V", 1, kAnn), R"({"View":{"ID":1},"ChangeNumber":"3"})", 3},
-      {"POST", "V0/Views", ViewBody("W", 1, kAnn), R"({"View":{"ID":2},"ChangeNumber":"4"})", 4},
-      {"POST", "V0/Views", ViewBody("X", -1, kAnn), R"({"View":{"ID":3},"ChangeNumber":"5"})", 5},
-      {"PUT", "V0/Views/1", ViewBody("U", 1, kAnn), R"({"ChangeNumber":"6"})", 6},
-      {"PUT", "V0/Views/Move", MoveBody(1, 2, "3,1"), R"({"ChangeNumber":"8"})", 8},
-      {"PUT", "V0/ViewGroups/1", GroupBody("I", -1, -1), R"({"ChangeNumber":"9"})", 9},
-      {"PUT", "V0/ViewGroups/Move", MoveBody(2, 1, "2"), R"({"ChangeNumber":"10"})", 10},
-      {"POST", "V1/View/1/Share", ShareBody("2"), R"({"ErrorList":{"Error":[]}})", 11},
-      {"PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":1}})", "{}", 11},
-      {"PUT", "V0/Views/9", ViewBody("U", 1, kAnn), "{}", 11},
-      {"DELETE", "V0/Views/2", "", R"({"ChangeNumber":"12"})", 12},
-      {"DELETE", "V0/ViewGroups/1", "", R"({"ChangeNumber":"16"})", 16},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(ann.Request(c.method, c.path, c.body).DataText(), c.data) << c.method << ' ' << c.path;
-    for (const char* list : {"V0/Views", "V0/ViewGroups"}) {
-      const Answer answer = ann.Get(list);
-      EXPECT_EQ(answer.headers.at("resource-sequence"), std::to_string(c.number)) << c.method << ' ' << c.path;
-      EXPECT_EQ(answer.DataText().rfind(R"({"ChangeNumber":")" + std::to_string(c.number) + R"(","View)", 0), 0u)
-          << answer.body;
-    }
-  }
-  EXPECT_EQ(ann.Listen(15).Next().Brief(), "OwnViewGroups 1 method 2") << "the number of the group that was named";
 }
 
 TEST_F(EditsTest, EachUserHasADefaultViewOfTheirOwn) {

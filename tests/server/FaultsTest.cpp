@@ -2,6 +2,7 @@
 // Fault plans: which are refused, what they do to answers and change streams, and that it can be repeated. What becomes
 // of edits is seen by the clients of ClientFaultsTest.
 #include <algorithm>
+#include <thread>
 
 #include "TestClient.h"
 #include "server/FaultPlan.h"
@@ -19,13 +20,8 @@ class FaultsTest : public ServerTest {
   }
   void RestartWithRule(const std::string& rule) { RestartWithPlan(R"("Rules":[)" + rule + "]"); }
   std::string WhyRefused(const std::string& plan) {
-    try {
-      FaultPlan refused(WriteFile("plan.json", plan));
-    } catch (const std::runtime_error& e) {
-      const std::string why = e.what();
-      return why.substr(why.rfind("plan.json") + 9);
-    }
-    return "taken";
+    const std::string why = FailureOf([&] { FaultPlan refused(WriteFile("plan.json", plan)); });
+    return why.empty() ? "taken" : why.substr(why.rfind("plan.json") + 9);
   }
 };
 
@@ -106,34 +102,40 @@ TEST_F(FaultsTest, TheSameSeedHitsTheSameExchanges) {
 }
 
 TEST_F(FaultsTest, ChangesComeTwiceLateInPartOrNotAtAll) {
-  const auto streamAfterThreeEdits = [this](const std::string& rule) {
-    RestartWithRule(rule);
+  const struct {
+    std::string fault;
+    std::string names;     // of three groups, as they are heard; "-": the end
+    int milliseconds = 0;  // at least
+  } cases[] = {
+      {R"("DuplicateChange")", "12232"},  // twice, and once more after the next one
+      {R"("LateChange","Milliseconds":300)", "123", 290},
+      {R"("TruncateChange")", "1-"},
+      {R"("StallStream","Milliseconds":300)", "1-", 290},
+  };
+  for (const auto& c : cases) {
+    RestartWithRule(R"({"Skip":1,"Times":1,"Fault":)" + c.fault + "}");
     EventStream stream = bob.Listen();
+    const auto began = Clock::now();
     for (const char* name : {"1", "2", "3"}) ann.AddGroup(name, -1, kPublic);
-    return stream;
-  };
-  const auto names = [](EventStream& stream, int count) {
-    std::string text;
-    for (int i = 0; i < count; ++i) {
+    std::string names;
+    while (names.size() < c.names.size()) {
       const Event event = stream.Next();
-      text += event.name.empty() ? "-" : event.json.HasParseError() ? "/" : event.Element()["Name"].GetString();
+      names += event.name.empty() ? "-" : event.json.HasParseError() ? "/" : event.Element()["Name"].GetString();
     }
-    return text;
-  };
-  EventStream twice = streamAfterThreeEdits(R"({"Fault":"DuplicateChange","Skip":1,"Times":1})");
-  EXPECT_EQ(names(twice, 5), "12232") << "twice, and once more after the next one";
+    EXPECT_EQ(names, c.names) << c.fault;
+    EXPECT_GE(Clock::now() - began, std::chrono::milliseconds(c.milliseconds)) << c.fault;
+    EXPECT_NE(ann.GroupIds(), "");
+  }
+}
 
-  const auto began = Clock::now();
-  EventStream late = streamAfterThreeEdits(R"({"Fault":"LateChange","Milliseconds":300,"Skip":1,"Times":1})");
-  EXPECT_EQ(names(late, 3), "123");
-  EXPECT_GT(Clock::now() - began, std::chrono::milliseconds(290));
-
-  EventStream part = streamAfterThreeEdits(R"({"Fault":"TruncateChange","Skip":1,"Times":1})");
-  EXPECT_EQ(names(part, 2), "1-") << "the stream ends within the second";
-
-  EventStream stalled = streamAfterThreeEdits(R"({"Fault":"StallStream","Milliseconds":300,"Skip":1,"Times":1})");
-  EXPECT_EQ(names(stalled, 2), "1-") << "it ends once it has stalled long enough";
-  EXPECT_EQ(ann.GroupIds().empty(), false);
+// The stall's end wakes the stream from a thread of its own while the server goes.
+TEST_F(FaultsTest, AServerEndsWhileAStreamIsWoken) {
+  for (int round = 0; round < 40; ++round) {
+    RestartWithRule(R"({"Fault":"StallStream","Milliseconds":5})");
+    EventStream stream = bob.Listen(0);
+    ann.AddGroup("G", -1, kPublic);
+    std::this_thread::sleep_for(std::chrono::microseconds(4000 + 50 * round));
+  }
 }
 
 }  // namespace

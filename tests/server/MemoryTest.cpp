@@ -19,8 +19,6 @@ class MemoryTest : public ServerTest {
     ann.AddView("the first", -1, kPublic);
   }
 
-  std::string Listed() const { return ann.Get("V0/Views").body; }
-
   Threads m_threads{0, 0};
 };
 
@@ -84,9 +82,9 @@ TEST_F(MemoryTest, CostsARequestOrItsConnectionAndNothingElse) {
       EXPECT_GT(answered, failedAnswers);
     }
   }
-  const std::string listed = Listed();
+  const std::string listed = ann.Get("V0/Views").body;
   Restart(Options());
-  EXPECT_EQ(Listed(), listed) << "the store has what was shown";
+  EXPECT_EQ(ann.Get("V0/Views").body, listed) << "the store has what was shown";
 }
 
 }  // namespace

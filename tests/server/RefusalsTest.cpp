@@ -58,18 +58,16 @@ TEST_F(RefusalsTest, EachFaultHasItsCodeAndStatusInAWholeEnvelope) {
   for (const char* name : {"\xff", "\\ud800", "\\udc00", "\\uD83D\\uDCF7\\uDCF7"}) {
     cases.push_back({"POST", "V0/Views", ViewBody(name, -1, 1), 400, "100/6"});
   }
-  for (const std::string& members :
-       {std::string(R"("UserID":"1")"), std::string(R"("CycleTime":1.5)"), std::string(R"("CycleTime":4294967296)"),
-        R"("CycleTime":0.)" + std::string(400, '0') + "1", std::string(R"("CycleTime":1e99999999999)"),
-        std::string(R"("PlanPages":{})"), std::string(R"("PlanPages":[1])"),
-        std::string(R"("PlanPages":[{"PlanViewItem":["w"]}])"),
-        std::string(R"("PlanPages":[{"PlanViewItem":[{"Xtop":[]}]}])"), R"("Deep":)" + std::string(200, '[')}) {
+  for (const std::string& members : std::vector<std::string>{
+           R"("UserID":"1")", R"("CycleTime":1.5)", R"("CycleTime":4294967296)",
+           R"("CycleTime":0.)" + std::string(400, '0') + "1", R"("CycleTime":1e99999999999)", R"("PlanPages":{})",
+           R"("PlanPages":[1])", R"("PlanPages":[{"PlanViewItem":["w"]}])",
+           R"("PlanPages":[{"PlanViewItem":[{"Xtop":[]}]}])", R"("Deep":)" + std::string(200, '[')}) {
     cases.push_back({"POST", "V0/Views", R"({"View":{"Name":"x",)" + members + "}}", 400, "100/6"});
   }
   for (const std::string& body :
-       {std::string(), std::string("{"), std::string("[]"), std::string("{}"), std::string(R"({"View":[]})"),
-        std::string(R"({"View":{}})"), std::string(R"({"View":{"Name":5}})"), ViewBody("x", -1, 1) + "x",
-        ViewBody("x", -1, 1) + std::string("\0{", 2)}) {
+       std::vector<std::string>{"", "{", "[]", "{}", R"({"View":[]})", R"({"View":{}})", R"({"View":{"Name":5}})",
+                                ViewBody("x", -1, 1) + "x", ViewBody("x", -1, 1) + std::string("\0{", 2)}) {
     cases.push_back({"POST", "V0/Views", body, 400, "100/6"});
   }
   for (const auto& c : cases) {

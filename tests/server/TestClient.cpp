@@ -4,11 +4,11 @@
 #include <arpa/inet.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <rapidjson/pointer.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -21,18 +21,14 @@ namespace {
 
 const Value kNull;
 
-const Value& Member(const Value& value, const char* key) {
-  if (!value.IsObject()) return kNull;
-  const auto it = value.FindMember(key);
-  return it == value.MemberEnd() ? kNull : it->value;
+// Null where there is nothing.
+const Value& At(const Value& json, const std::string& pointer) {
+  const Value* const found = rapidjson::Pointer(pointer.c_str()).Get(json);
+  return found ? *found : kNull;
 }
 
-const Value& DataOf(const Value& json) {
-  return Member(Member(json, "ResponseStatus"), "Data");
-}
-
-const Value& Elements(const Value& data, const std::string& kind) {
-  return Member(Member(data, (kind + "List").c_str()), kind.c_str());
+const Value& Elements(const Value& json, const std::string& kind) {
+  return At(json, "/ResponseStatus/Data/" + kind + "List/" + kind);
 }
 
 std::string Plain(const Value& value) {
@@ -92,11 +88,10 @@ std::string Wire::ReceiveAll() {
 }
 
 std::string Answer::Error() const {
-  const Value& envelope = Member(json, "ResponseStatus");
-  const Value& module = Member(envelope, "ErrorModule");
-  const Value& code = Member(envelope, "ErrorCode");
+  const Value& module = At(json, "/ResponseStatus/ErrorModule");
+  const Value& code = At(json, "/ResponseStatus/ErrorCode");
   if (!module.IsInt() || !code.IsInt() || !Data().IsObject()) return "?";
-  return std::to_string(module.GetInt()) + "/" + std::to_string(code.GetInt());
+  return Plain(module) + "/" + Plain(code);
 }
 
 std::string Answer::Outcome() const {
@@ -104,7 +99,7 @@ std::string Answer::Outcome() const {
 }
 
 const Value& Answer::Data() const {
-  return DataOf(json);
+  return At(json, "/ResponseStatus/Data");
 }
 
 std::string Answer::DataText() const {
@@ -113,46 +108,39 @@ std::string Answer::DataText() const {
 }
 
 std::string Answer::Ids(const std::string& kind) const {
-  const Value& elements = Elements(Data(), kind);
+  const Value& elements = Elements(json, kind);
   if (!elements.IsArray()) return "no list";
   std::string ids;
-  for (const Value& entry : elements.GetArray()) ids += (ids.empty() ? "" : ",") + Plain(Member(entry, "ID"));
+  for (const Value& entry : elements.GetArray()) ids += (ids.empty() ? "" : ",") + Plain(At(entry, "/ID"));
   return ids;
 }
 
 Answer ParseAnswer(const std::string& bytes) {
   Answer answer;
-  size_t line = bytes.find("\r\n");
-  if (line == std::string::npos) return answer;
+  const size_t end = bytes.find("\r\n\r\n");
+  if (end == std::string::npos) return answer;
   answer.status = std::atoi(bytes.c_str() + 9);
-  for (size_t begin = line + 2; (line = bytes.find("\r\n", begin)) != begin && line != std::string::npos;
-       begin = line + 2) {
-    const size_t colon = bytes.find(": ", begin);
-    std::string name = bytes.substr(begin, colon - begin);
+  std::istringstream head(bytes.substr(bytes.find('\n') + 1, end - bytes.find('\n')));
+  for (std::string line; std::getline(head, line);) {
+    const size_t colon = line.find(": ");
+    std::string name = line.substr(0, colon);
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
-    answer.headers[name] = bytes.substr(colon + 2, line - colon - 2);
+    answer.headers[name] = line.substr(colon + 2, line.size() - colon - 3);
   }
-  answer.body = bytes.substr(bytes.find("\r\n\r\n") + 4);
+  answer.body = bytes.substr(end + 4);
   answer.json.Parse(answer.body.c_str());
   return answer;
 }
 
 const Value& Event::Element() const {
-  const Value& data = DataOf(json);
-  for (const char* kind : {"View", "ViewGroup"}) {
-    const Value& elements = Elements(data, kind);
-    if (elements.IsArray() && elements.Size() == 1) return elements[0];
-  }
-  return kNull;
-}
-
-std::string Event::ChangeNumber() const {
-  return Plain(Member(Element(), "ChangeNumber"));
+  const Value& view = At(json, "/ResponseStatus/Data/ViewList/View/0");
+  return view.IsNull() ? At(json, "/ResponseStatus/Data/ViewGroupList/ViewGroup/0") : view;
 }
 
 std::string Event::Brief() const {
   if (name.empty()) return "end";
-  return name + " " + Plain(Member(Element(), "ID")) + " method " + Plain(Member(Element(), "Method"));
+  const Value& method = At(Element(), "/Method");
+  return name + " " + (method.IsInt() ? "+*-"[method.GetInt()] : '?') + Plain(At(Element(), "/ID"));
 }
 
 EventStream::EventStream(uint16_t port, const std::string& token, int64_t after)
@@ -173,15 +161,12 @@ Event EventStream::Next() {
       return event;
     }
   }
-  std::string block = m_received.substr(0, end);
+  std::istringstream block(m_received.substr(0, end));
   m_received.erase(0, end + 2);
-  for (size_t begin = 0; begin < block.size();) {
-    const size_t stop = std::min(block.find('\n', begin), block.size());
-    const std::string line = block.substr(begin, stop - begin);
+  for (std::string line; std::getline(block, line);) {
     if (line.rfind("id: ", 0) == 0) event.number = std::stoll(line.substr(4));
     if (line.rfind("event: ", 0) == 0) event.name = line.substr(7);
     if (line.rfind("data: ", 0) == 0) event.text = line.substr(6);
-    begin = stop + 1;
   }
   event.json.Parse(event.text.c_str());
   return event;
@@ -200,19 +185,19 @@ Answer Client::Request(const std::string& method, const std::string& path, const
 
 int32_t Client::Add(const std::string& kind, const std::string& body) const {
   const Answer answer = Post("V0/" + kind + "s", body);
-  const Value& id = Member(Member(answer.Data(), kind.c_str()), "ID");
+  const Value& id = At(answer.Data(), "/" + kind + "/ID");
   if (!id.IsInt()) throw std::runtime_error("cannot add " + body + ": " + answer.Error());
   return id.GetInt();
 }
 
 std::string Client::Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const {
   const Answer list = Get("V0/" + kind + "s");
-  const Value& elements = Elements(list.Data(), kind);
+  const Value& elements = Elements(list.json, kind);
   if (!elements.IsArray()) return "no list";
   for (const Value& entry : elements.GetArray()) {
-    if (Member(entry, "ID") != Value(id)) continue;
+    if (At(entry, "/ID") != Value(id)) continue;
     std::string text;
-    for (const char* key : keys) text += (text.empty() ? "" : " ") + Plain(Member(entry, key));
+    for (const char* key : keys) text += (text.empty() ? "" : " ") + Plain(At(entry, "/" + std::string(key)));
     return text;
   }
   return "gone";
@@ -245,11 +230,8 @@ std::string ShareBody(const std::string& users) {
 namespace {
 
 std::filesystem::path NewFolder() {
-  static std::atomic<int> s_count{0};
-  const std::string name = "viewserver-test-" + std::to_string(getpid()) + "-" + std::to_string(s_count++);
-  const std::filesystem::path folder = std::filesystem::temp_directory_path() / name;
-  std::filesystem::create_directories(folder);
-  return folder;
+  std::string pattern = (std::filesystem::temp_directory_path() / "viewserver-test-XXXXXX").string();
+  return mkdtemp(pattern.data());
 }
 
 // The content of a store with the three users. Hashing their passwords takes its time, so it is made once.
@@ -296,6 +278,15 @@ void ServerTest::Restart(const ViewServerOptions& options) {
   ann = LogIn("ann");
   bob = LogIn("bob");
   cid = LogIn("cid");
+}
+
+std::string FailureOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const std::runtime_error& e) {
+    return e.what();
+  }
+  return "";
 }
 
 std::string ServerTest::WriteFile(const std::string& name, const std::string& text) const {

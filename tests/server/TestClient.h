@@ -62,8 +62,7 @@ struct Event {
   std::string text;  // the data
 
   const rapidjson::Value& Element() const;
-  std::string ChangeNumber() const;  // of the element; "-" where there is none
-  std::string Brief() const;         // "Views 7 method 1"; "end" where the stream ended
+  std::string Brief() const;  // "Views +7" (added; *: changed, -: removed); "end" where the stream ended
 };
 
 class EventStream {
@@ -83,6 +82,9 @@ std::string ViewBody(const std::string& name, int32_t folder, int32_t owner, con
 std::string GroupBody(const std::string& name, int32_t parent, int32_t owner, int32_t isShared = -1);
 std::string MoveBody(int type, int32_t folder, const std::string& ids);
 std::string ShareBody(const std::string& users);
+
+// What the std::runtime_error that it throws says; nothing where it throws none.
+std::string FailureOf(const std::function<void()>& action);
 
 // One session of one user.
 class Client {
@@ -124,7 +126,7 @@ class Client {
 // A server with the users ann (1), bob (2) and cid (3), and nothing else.
 class ServerTest : public ::testing::Test {
  protected:
-  static constexpr int32_t kAnn = 1, kBob = 2, kCid = 3, kPublic = -1;
+  static constexpr int32_t kAnn = 1, kBob = 2, kPublic = -1;
 
   ServerTest();
   ~ServerTest() override;

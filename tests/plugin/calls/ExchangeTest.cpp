@@ -92,17 +92,13 @@ bool AnswerItsOwnWay(const protocol::UserRequestInfo& request, protocol::UserRes
   return !response.error_info.empty();
 }
 
-void AnswerByTheText(const protocol::UserRequestInfo& request, protocol::UserResponseInfo& response) {
-  response.error_info = request.request_info;
-}
-
 TEST_F(ExchangeTest, TheResultIsTheErrorTextsOrTheMiddlesOwn) {
+  server.Answer(Refused(100, 1));
+  EXPECT_EQ(Call(SetClientViewConfig), R"(false {"error_info":"The view does not exist"})");
+  server.BreakDown(ErrorCode(1, 0, 0, ""));
+  EXPECT_EQ(Call(SetClientViewConfig), R"(true {"error_info":""})");
   std::string response;
   const std::string request = R"({"request_info":"text"})";
-  EXPECT_FALSE(QorviViewPlugin::RunExchange(request, response, AnswerByTheText));
-  EXPECT_EQ(response, R"({"error_info":"text","user_detail_list":[]})");
-  EXPECT_TRUE(QorviViewPlugin::RunExchange("", response, AnswerByTheText));
-  EXPECT_EQ(response, R"({"error_info":"","user_detail_list":[]})");
   EXPECT_TRUE(QorviViewPlugin::RunExchange(request, response, AnswerItsOwnWay));
   EXPECT_FALSE(QorviViewPlugin::RunExchange("", response, AnswerItsOwnWay));
   EXPECT_FALSE(QorviViewPlugin::RunExchange("", response, AnswerBadly));

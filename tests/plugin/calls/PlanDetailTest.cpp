@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// How a plan is told, and its windows' way from the request into the model and back.
+#include <limits>
+
 #include "CallFixture.h"
+#include "QorviViewPlugin/PlanConversion.h"
+#include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
 #include "ResourceStore/Element.h"
 
@@ -8,6 +13,21 @@ namespace {
 
 using namespace QorviViewPlugin;
 using ResourceStore::CElement;
+namespace protocol = QorviViewPlugin_view_plugin_protocol;
+
+template <class Record>
+Record Read(const std::string& text) {
+  Record data;
+  QorviVideoComm::AdapterOf<Record> record(&data);
+  EXPECT_TRUE(QorviVideoComm::ParseJsonRequest(record, text)) << text;
+  return data;
+}
+
+template <class Record>
+std::string Written(Record data) {
+  QorviVideoComm::AdapterOf<Record> record(&data);
+  return QorviVideoComm::SerializeJsonResponse(record);
+}
 
 CameraGridStruct Window(int type, unsigned int elementId, const std::string& extend = "") {
   CameraGridStruct window;
@@ -76,13 +96,11 @@ class PlanDetailTest : public CallTest {
 };
 
 TEST_F(PlanDetailTest, AnUnknownPlanHasNoFieldsAtAll) {
-  constexpr char kNotFound[] =
-      R"(false {"ErrorInfo":"NYyjnxIZwFAorxuFXv","GroupID":"","ID":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,)"
-      R"("AppCode":"","Remark":"","OwnerId":"","CreateTime":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"",)"
-      R"("PlanPages":[],"is_share_view":false,"share_user_name":""})";
+  protocol::GetPlanDetailResponse notFound;
+  notFound.ErrorInfo = "NYyjnxIZwFAorxuFXv";
   Cache({});
   for (const char* request : {"", R"({"ID":"4"})", R"({"ID":3})", R"({"ID":"-3"})"}) {
-    EXPECT_EQ(Call(GetPlanDetail, request), kNotFound) << request;
+    EXPECT_EQ(Call(GetPlanDetail, request), "false " + Written(notFound)) << request;
   }
 }
 
@@ -177,6 +195,114 @@ TEST_F(PlanDetailTest, ARequestThatWaitsForTheDownloadLoadsTheViewsItself) {
   // Loaded once, it is not loaded again.
   Downloads().SetDownloadedData("", ViewsDocument(R"({"ID":6,"Name":"six"})"), true);
   EXPECT_EQ(Call(GetPlanDetail, R"({"ID":"6","resource_download_judge":true})").substr(0, 6), "false ");
+}
+
+TEST(PlanConversionTest, KindsOfContentDifferOnlyForTheEmptyWindow) {
+  for (const int type : {1001, 1002, 1005, 1006, 1012, 1027, 2004, 5001, 7001, 25001, 29000}) {
+    EXPECT_EQ(PlanItemTypeToResourceType(type), type);
+    EXPECT_EQ(ResourceTypeToPlanItemType(ResourceType{type}), type);
+  }
+  EXPECT_EQ(PlanItemTypeToResourceType(0), 100);
+  EXPECT_EQ(ResourceTypeToPlanItemType(ResourceType{100}), 0);
+  for (const int type : {-1, 1, 42, 100, 1000, 1003, 7000, 29001}) {
+    EXPECT_EQ(PlanItemTypeToResourceType(type), -1) << type;
+  }
+  for (const int type : {-1, 0, 1, 42, 1003, 7000, 29001}) {
+    EXPECT_EQ(ResourceTypeToPlanItemType(ResourceType{type}), 0) << type;
+  }
+}
+
+constexpr char kFullItem[] =
+    R"({"Sequence":3,"ResourceType":7001,"ResourceID":"11","SiteID":"12","ResourceName":"map",)"
+    R"("OnlineStatus":5,"ResourceCapability":"c","StreamType":2,"ConnectType":6,"CameraType":7,"PresetId":13,)"
+    R"("PresetName":"preset","IsDelete":true,"PermissionItem":"p","RelateResourceType":4,"RelateResourceID":14,)"
+    R"("RelateResourceName":"door","ExtendResource":"extend","DeviceID":8,"WindowNo":15,"Xtop":"0.125000","Ytop":"0.250000",)"
+    R"("Xbottom":"0.500000","Ybottom":"1.000000","PresetPointIndex":9,"CruiseIndex":16,"TrackIndex":17,)"
+    R"("FishEye":{"is_fisheye_open":true,"mount_type":1,"expand_mode":2,"window_no":4,)"
+    R"("FisheyeWndParam":[{"WndNo":1,"PosX":"1.5","PosY":"-2","Zoom":"3e1"},{"WndNo":2}]},)"
+    R"("Emap":{"LoadMode":2,"PosX":"x","PosY":"y","ScaleSize":18,"ExtendInfo":"more"},)"
+    R"("CenterMark":{"TopX":250,"TopY":500,"BottomX":750,"BottomY":1000,"StreamType":1},)"
+    R"("ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":100,"TopY":200,"BottomX":300,"BottomY":-400}]},)"
+    R"("RelatedZoomWindow":{"ViewItemWindowNo":"2","ZoomWindowNo":19},)"
+    R"("CycleInfo":{"cycle_type":2,"cycle_time":20,"CycleName":"round","CycleResourceID":[)"
+    R"({"SiteID":"21","ResourceID":"4294967295","ResourceName":"dropped"},{"SiteID":"x"}]}})";
+
+// Names, capabilities and the numbers that the model has no place for are gone; the window number is the sequence.
+TEST(PlanConversionTest, AWindowComesBackAsTheModelHoldsIt) {
+  const auto item = Read<protocol::PlanItem>(kFullItem);
+  auto expected = item;
+  expected.ResourceName = expected.ResourceCapability = expected.PresetName = expected.PermissionItem = "";
+  expected.ConnectType = expected.CameraType = expected.DeviceID = expected.PresetPointIndex = 0;
+  expected.OnlineStatus = 1;
+  expected.IsDelete = false;
+  expected.WindowNo = 3;
+  expected.FishEye.FisheyeWndParam = {{1, "1.500000", "-2.000000", "30.000000"},
+                                      {2, "0.000000", "0.000000", "0.000000"}};
+  expected.CycleInfo.CycleResourceID = {{"21", "4294967295", ""}, {"0", "0", ""}};
+  const CameraGridStruct window = ToWindow(item);
+  EXPECT_EQ(Written(ToPlanItem(window)), Written(expected));
+  // What the host cannot see.
+  EXPECT_EQ(std::tuple(window.idView, window.uIndex, window.idPOS), std::tuple(kNoId, 3u, 15u));
+  EXPECT_TRUE(window.bPTZConfigured && window.enable_calibration);
+}
+
+TEST(PlanConversionTest, ACameraWindowCarriesItsPresetsNameAsItsExtendText) {
+  const char* const kTexts = R"(,"PresetName":"preset","ExtendResource":"extend"})";
+  const auto backAndForth = [&](const std::string& type) {
+    return ToPlanItem(ToWindow(Read<protocol::PlanItem>(R"({"ResourceType":)" + type + kTexts)));
+  };
+  EXPECT_EQ(backAndForth("1001").PresetName, "preset");
+  EXPECT_EQ(backAndForth("1001").ExtendResource, "preset");
+  for (const char* type : {"0", "1002", "25001", "42"}) {
+    EXPECT_EQ(backAndForth(type).PresetName, "");
+    EXPECT_EQ(backAndForth(type).ExtendResource, "extend");
+  }
+}
+
+TEST(PlanConversionTest, NumbersComeBackWithTheirSignAndUnreadableOnesAsZero) {
+  const std::pair<const char*, const char*> cases[] = {
+      {R"({"Sequence":-2,"WindowNo":-6})", R"("WindowNo":-2,)"},
+      {R"({"PresetId":-3})", R"("PresetId":-3,)"},
+      {R"({"ZoomWindowList":{"ZoomMode":-2}})", R"("ZoomWindowList":{"ZoomMode":-2,"ZoomWindow":[]})"},
+      {R"({"CruiseIndex":-4,"TrackIndex":-5})", R"("CruiseIndex":-4,"TrackIndex":-5,)"},
+      {R"({"SiteID":"-1","ResourceID":"-7"})", R"("ResourceID":"-7","SiteID":"-1",)"},
+      {R"({"SiteID":"","ResourceID":"abc"})", R"("ResourceID":"0","SiteID":"0",)"},
+      {R"({"Xtop":"","Ytop":"x","Xbottom":" .5y"})",
+       R"("Xtop":"0.000000","Ytop":"0.000000","Xbottom":"0.500000","Ybottom":"-1.000000",)"},
+  };
+  for (const auto& [read, expected] : cases) {
+    const std::string written = Written(ToPlanItem(ToWindow(Read<protocol::PlanItem>(read))));
+    EXPECT_NE(written.find(expected), std::string::npos) << read << written;
+  }
+}
+
+TEST(PlanConversionTest, SomeFieldsAreShownOnlyInTheirContext) {
+  CameraGridStruct window;
+  const auto expectShown = [&window](const std::string& part) {
+    const std::string written = Written(ToPlanItem(window));
+    EXPECT_NE(written.find(part), std::string::npos) << part << " is not in " << written;
+  };
+  expectShown(R"({"Sequence":-1,"ResourceType":1001,"ResourceID":"-1",)");
+  expectShown(R"("WindowNo":0,"Xtop":"-1.000000",)");
+  expectShown(R"("CenterMark":{"TopX":-1000,)");
+  window.stream_type = ResourceStore::Stream::StreamType{100};
+  expectShown(R"("StreamType":-1,"Con)");
+  window.stream_type = ResourceStore::Stream::StreamType{101};
+  expectShown(R"("StreamType":101,"Con)");
+  window.fisheye_info = {1, 2, 3, {{4, 1.0f, 1.0f, 1.0f}}};
+  expectShown(
+      R"("FishEye":{"is_fisheye_open":false,"mount_type":0,"expand_mode":0,"window_no":0,"FisheyeWndParam":[]})");
+  window.single_cycle = {SingleWndCycleAreas, 5, "through nothing", {}};
+  expectShown(R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]})");
+  window.relate_view_win_no = "-1";
+  window.n_seq_index = 5;
+  expectShown(R"("ViewItemWindowNo":"-1")");
+  const float infinity = std::numeric_limits<float>::infinity();
+  window.local_wins = {{6, {0.1234f, -0.0009f, infinity, -infinity}}};
+  expectShown(R"("ZoomWindow":[{"No":6,"TopX":123,"TopY":0,"BottomX":2147483647,"BottomY":-2147483648}])");
+  expectShown(R"("ViewItemWindowNo":"5")");
+  window.relate_view_win_no = " -1";
+  expectShown(R"("ViewItemWindowNo":" -1")");
 }
 
 }  // namespace

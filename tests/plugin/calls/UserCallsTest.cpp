@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The users and their default views, and the calls that start and stop.
 #include "CallFixture.h"
 #include "ResourceStore/OrlUserManager.h"
 
@@ -76,9 +77,9 @@ TEST_F(UserCallsTest, SharingIsWholeOnlyWhereTheServerSaysSoAndNamesNobody) {
                                  InfoLine("[ViewShareUsers]Receive View Share Response First_code: " + module +
                                           ", Second_code: " + code));
   }
-  server.BreakDown(ErrorCode(1, 28, 5, "slow"));
-  EXPECT_EQ(Call(ViewShareUsers), "false" + ShareAnswer("1", "28", "The server did not answer in time: slow"));
-  EXPECT_EQ(log->Take().back(), InfoLine("[ViewShareUsers]View Share ORL Failed First_code: 1, Second_code: 28"));
+  server.BreakDown(ErrorCode(1, 3, 5, "bad"));
+  EXPECT_EQ(Call(ViewShareUsers), "false" + ShareAnswer("1", "3", "The address of the request is not valid: bad"));
+  EXPECT_EQ(log->Take().back(), InfoLine("[ViewShareUsers]View Share ORL Failed First_code: 1, Second_code: 3"));
 }
 
 TEST_F(UserCallsTest, UsersWhoCouldNotBeGivenTheViewAreListedInTheServersOrder) {
@@ -101,6 +102,55 @@ TEST_F(UserCallsTest, UsersWhoCouldNotBeGivenTheViewAreListedInTheServersOrder) 
               "false" + ShareAnswer("0", "0", c.text, c.users) + "\n" +
                   InfoLine("[ViewShareUsers]Partial User Share Failed: " + c.logged));
   }
+}
+
+class ViewConfigCallsTest : public CallTest {
+ protected:
+  static std::string Answer(const std::string& result, const std::string& text, const std::string& type,
+                            const std::string& id) {
+    return result + R"( {"error_module":0,"error_code":0,"error_info":")" + text +
+           R"(","ViewData":{"ViewDefaultConfig":{"view_type":)" + type + R"(,"view_id":")" + id + R"("}}})";
+  }
+};
+
+TEST_F(ViewConfigCallsTest, NoDefaultViewReachesTheHostAsMinusThree) {
+  const std::pair<std::string, std::string> cases[] = {
+      {Accepted(R"({"Config":{"Type":1,"ID":5}})"), Answer("true", "", "1", "5")},
+      {Accepted(R"({"Config":{"Type":2,"ID":-1}})"), Answer("true", "", "2", "-3")},
+      {Accepted(R"({"Config":{"Type":2,"ID":4294967280}})"), Answer("true", "", "2", "-16")},
+      {Accepted(), Answer("true", "", "-1", "-3")},
+      // No reply at all counts as success and tells nothing.
+      {"", Answer("true", "", "0", "-3")},
+      // A refusal is told together with whatever it holds.
+      {R"({"ResponseStatus":{"ErrorModule":100,"ErrorCode":4,"Data":{"Config":{"Type":1,"ID":5}}}})",
+       Answer("false", "Not permitted", "1", "5")},
+      {"rubbish", Answer("false", "Error -1--1", "-1", "-3")},
+  };
+  for (const auto& [reply, expected] : cases) {
+    server.Answer(reply);
+    EXPECT_EQ(Call(GetClientViewConfig), expected) << reply;
+  }
+  server.BreakDown(ErrorCode(1, 7, 0, ""));
+  EXPECT_EQ(Call(GetClientViewConfig), Answer("false", "The server could not be reached", "0", "-3"));
+}
+
+TEST_F(ViewConfigCallsTest, SettingTranslatesExactlyMinusThree) {
+  const std::pair<std::string, std::string> cases[] = {{"-3", "-1"},  {"-33", "-33"}, {" -3", "-3"},
+                                                       {"-3 ", "-3"}, {"abc", "0"},   {"2147483648", "2147483647"}};
+  server.Answer(Accepted());
+  for (const auto& [viewId, sent] : cases) {
+    EXPECT_EQ(Call(SetClientViewConfig, R"({"view_type":2,"view_id":")" + viewId + "\"}"), R"(true {"error_info":""})");
+    EXPECT_EQ(Sent(),
+              R"(PUT /NXAPI/Vantorel/Platform/V1/View/Default/Config {"ViewRequest":{"Type":2,"ID":)" + sent + "}}")
+        << viewId;
+  }
+}
+
+TEST_F(ViewConfigCallsTest, StoppingReleasesNothing) {
+  CacheView(View(5, kNoId, "five"));
+  EXPECT_TRUE(UnInitEnvir() && InitEnvir() && InitEnvir() && UnInitEnvir() && UnInitEnvir());
+  EXPECT_EQ(ViewName(5), "five");
+  EXPECT_TRUE(IsSupportPlanChangeOrder());
 }
 
 }  // namespace

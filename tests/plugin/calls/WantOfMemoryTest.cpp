@@ -50,16 +50,23 @@ class WantOfMemoryTest : public CallTest {
       Downloads().SetDownloadedData(GroupsDocument(kGroups), ViewsDocument(kViews), true);
     }
   }
-  void Load(bool isNumbered = false) {
+  static bool LoadWhatIsDownloaded() {
+    std::string groups;
+    std::string views;
+    return IsInitViewGroupFinish("", groups) && IsInitViewFinish("", views);
+  }
+  static void Load(bool isNumbered) {
     ClearViewData();
     Download(isNumbered);
-    std::string response;
-    ASSERT_TRUE(IsInitViewGroupFinish("", response));
-    ASSERT_TRUE(IsInitViewFinish("", response));
+    ASSERT_TRUE(LoadWhatIsDownloaded());
   }
-  // Has the library take a change document.
-  static void Change(bool ofGroups, const std::string& document) {
+  static std::string Document(bool ofGroups, const std::string& elements) {
+    return ofGroups ? GroupsDocument(elements) : ViewsDocument(elements);
+  }
+  // Has the library take a change document; allocates nothing of its own.
+  static bool Change(bool ofGroups, const std::string& document) {
     ofGroups ? Downloads().NotifyViewGroupsUpdate(document) : Downloads().NotifyViewsUpdate(document);
+    return true;
   }
 
   // All that a host sees of the cache.
@@ -73,18 +80,23 @@ class WantOfMemoryTest : public CallTest {
     return text;
   }
 
-  // Runs `call` once for each moment at which memory may run out. It answers whether it succeeded; `check` is told so.
-  // Answers at how many moments memory did run out.
-  template <class Call, class Check>
-  static int AtEachMoment(Want want, Call call, Check check) {
-    for (int moment = 0;; ++moment) {
-      FailAt(moment, want);
-      const bool succeeded = call();
-      if (Stop() == 0) {
-        EXPECT_TRUE(succeeded);
-        return moment;
+  // Runs `begin` and `call` once for each moment of the call at which memory may run out, of which there are more than
+  // `least`. The call answers whether it succeeded; `check` is told so.
+  template <class Begin, class Call, class Check>
+  static void AtEachMoment(int least, Begin begin, Call call, Check check) {
+    for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
+      bool ranOut = true;
+      int moment = -1;
+      while (ranOut) {
+        SCOPED_TRACE(++moment);
+        begin();
+        FailAt(moment, want);
+        const bool succeeded = call();
+        ranOut = Stop() != 0;
+        EXPECT_TRUE(succeeded || ranOut);
+        if (ranOut) check(succeeded, want);
       }
-      check(succeeded, moment);
+      EXPECT_GT(moment, least);
     }
   }
 };
@@ -120,58 +132,51 @@ TEST_F(WantOfMemoryTest, EveryExchangeFailsCleanlyAtEveryAllocation) {
       {"GetClientViewConfig", GetClientViewConfig, "{}", R"({"Config":{"ID":5,"Type":1}})"},
       {"SetClientViewConfig", SetClientViewConfig, R"({"view_type":1,"view_id":"5"})", "{}"},
   };
-  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
-    for (const bool isNumbered : {false, true}) {
-      for (const auto& c : cases) {
-        if (isNumbered && c.event.empty()) continue;
-        SCOPED_TRACE(std::string(c.name) + (isNumbered ? " with numbers" : ""));
-        const bool ofGroups = std::string(c.name).ends_with("Group");
-        const std::string event = Numbered(c.event, "20");
-        const auto hear = [&] { Change(ofGroups, ofGroups ? GroupsDocument(event) : ViewsDocument(event)); };
-        const std::string more = isNumbered ? std::string(c.reply == "{}" ? "" : ",") + R"("ChangeNumber":"20"})" : "}";
-        server.Answer(Accepted(c.reply.empty() ? "{}" : c.reply.substr(0, c.reply.size() - 1) + more));
-        Load(isNumbered);
-        const std::string before = Cache();
-        hear();
-        const std::string told = Cache();
-        Load(isNumbered);
-        std::string response;
-        ASSERT_TRUE(c.exchange(c.request, response));
-        const std::string after = Cache();
-        Load(isNumbered);
-        const int moments = AtEachMoment(
-            want,
-            [&] {
-              response = "old";
-              return c.exchange(c.request, response);
-            },
-            [&](bool succeeded, int moment) {
-              NetLink::CRapidJsonProto document;
-              EXPECT_TRUE(document.set_str(response)) << moment << ": " << response;
-              if (!succeeded && (c.exchange == AddPlan || c.exchange == AddPlanGroup)) {
-                EXPECT_TRUE(response == "{}" || At(response, "/ID") == "-1") << moment << ": " << response;
-              }
-              // Memory may also run out when all is done and only the answer is left to be written.
-              const std::string now = Cache();
-              EXPECT_TRUE(now == after || (!succeeded && now == before)) << moment << ": " << now;
-              // An edit that did not reach the cache must not keep its own event from it.
-              if (isNumbered) {
-                hear();
-                EXPECT_EQ(Cache(), now == before ? told : after) << moment;
-              }
-              if (now != before || isNumbered) Load(isNumbered);
-            });
-        EXPECT_GT(moments, 2);
-        log->Take();
-        server.Take();
-      }
+  for (const bool isNumbered : {false, true}) {
+    for (const auto& c : cases) {
+      if (isNumbered && c.event.empty()) continue;
+      SCOPED_TRACE(std::string(c.name) + (isNumbered ? " with numbers" : ""));
+      const bool ofGroups = std::string(c.name).ends_with("Group");
+      const auto hear = [&] { Change(ofGroups, Document(ofGroups, Numbered(c.event, "20"))); };
+      const std::string more = isNumbered ? std::string(c.reply == "{}" ? "" : ",") + R"("ChangeNumber":"20"})" : "}";
+      server.Answer(Accepted(c.reply.empty() ? "{}" : c.reply.substr(0, c.reply.size() - 1) + more));
+      Load(isNumbered);
+      const std::string before = Cache();
+      if (isNumbered) hear();
+      const std::string told = Cache();
+      Load(isNumbered);
+      std::string response;
+      ASSERT_TRUE(c.exchange(c.request, response));
+      const std::string after = Cache();
+      const auto call = [&] {
+        response = "old";
+        return c.exchange(c.request, response);
+      };
+      AtEachMoment(
+          2, [&] { Load(isNumbered); }, call,
+          [&](bool succeeded, Want) {
+            NetLink::CRapidJsonProto document;
+            EXPECT_TRUE(document.set_str(response)) << response;
+            if (!succeeded && (c.exchange == AddPlan || c.exchange == AddPlanGroup)) {
+              EXPECT_TRUE(response == "{}" || At(response, "/ID") == "-1") << response;
+            }
+            // Memory may also run out when all is done and only the answer is left to be written.
+            const std::string now = Cache();
+            EXPECT_TRUE(now == after || (!succeeded && now == before)) << now;
+            if (!isNumbered) return;
+            // An edit that did not reach the cache must not keep its own event from it.
+            hear();
+            EXPECT_EQ(Cache(), now == before ? told : after);
+          });
+      log->Take();
+      server.Take();
     }
   }
 }
 
 TEST_F(WantOfMemoryTest, AFirstLoadThatFailsIsMadeWholeByTheNextPoll) {
   for (const bool isNumbered : {false, true}) {
-    Load(isNumbered);
+    Download(isNumbered);
     // A load finds these cached, newer or older than what it holds.
     const auto begin = [&] {
       ClearViewData();
@@ -183,50 +188,31 @@ TEST_F(WantOfMemoryTest, AFirstLoadThatFailsIsMadeWholeByTheNextPoll) {
                            Numbered(R"({"ID":6,"Name":"newer","ViewGroupID":1},{"ID":8,"ViewGroupID":2})", "12") + "," +
                            Numbered(R"({"ID":77,"ViewGroupID":2})", "9")));
     };
-    const auto load = [] {
-      std::string groups;
-      std::string views;
-      return IsInitViewGroupFinish("", groups) && IsInitViewFinish("", views);
-    };
     begin();
-    ASSERT_TRUE(load());
+    ASSERT_TRUE(LoadWhatIsDownloaded());
     const std::string whole = Cache();
-    for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
-      begin();
-      const int moments = AtEachMoment(want, load, [&](bool, int moment) {
-        std::string response;
-        ASSERT_TRUE(IsInitViewGroupFinish("", response));
-        ASSERT_TRUE(IsInitViewFinish("", response));
-        ASSERT_EQ(Cache(), whole) << moment;
-        begin();
-      });
-      EXPECT_GT(moments, 20);
-    }
+    AtEachMoment(20, begin, LoadWhatIsDownloaded, [&](bool, Want) {
+      ASSERT_TRUE(LoadWhatIsDownloaded());
+      ASSERT_EQ(Cache(), whole);
+    });
   }
 }
 
 TEST_F(WantOfMemoryTest, TheErrorTextOfALoadIsAnsweredByTheNextPollAtTheLatest) {
-  const auto begin = [] {
+  const std::pair<Exchange, std::string> polls[] = {{IsInitViewGroupFinish, "the groups' text, a long one"},
+                                                    {IsInitViewFinish, "the views' text, a long one"}};
+  const auto begin = [&] {
     ClearViewData();
-    Downloads().SetDownloadedData(Refused(100, 4, "the groups' text, a long one"),
-                                  Refused(100, 4, "the views' text, a long one"), true);
+    Downloads().SetDownloadedData(Refused(100, 4, polls[0].second), Refused(100, 4, polls[1].second), true);
   };
-  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
-    for (const Exchange poll : {IsInitViewGroupFinish, IsInitViewFinish}) {
-      const std::string text =
-          poll == IsInitViewFinish ? "the views' text, a long one" : "the groups' text, a long one";
-      std::string response;
-      const auto load = [&] { return poll("", response); };
-      begin();
-      EXPECT_GT(AtEachMoment(want, load,
-                             [&](bool succeeded, int moment) {
-                               ASSERT_TRUE(succeeded || load()) << moment;
-                               ASSERT_EQ(At(response, "/error_info"), text) << moment;
-                               begin();
-                             }),
-                5);
-      EXPECT_EQ(At(response, "/error_info"), text);
-    }
+  for (const auto& poll : polls) {
+    std::string response;
+    const auto load = [&] { return poll.first("", response); };
+    AtEachMoment(5, begin, load, [&](bool succeeded, Want) {
+      ASSERT_TRUE(succeeded || load());
+      ASSERT_EQ(At(response, "/error_info"), poll.second);
+    });
+    EXPECT_EQ(At(response, "/error_info"), poll.second);
   }
 }
 
@@ -235,28 +221,23 @@ TEST_F(WantOfMemoryTest, AChangeMayBeLostButDoesNoHarm) {
       ViewsDocument(R"({"ID":77,"Name":"an added view of long name","ViewGroupID":2,"Method":0},)"
                     R"({"ID":6,"Name":"a changed view of long name","ViewGroupID":2,"Method":1},{"ID":5,"Method":2})");
   NotingObserver observer;
-  Load();
+  Load(false);
   const std::string whole = Cache();
-  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
-    const auto change = [&] {
-      Change(false, document);
-      return true;
-    };
-    const int moments = AtEachMoment(want, change, [&](bool, int moment) {
-      Cache();
-      Load();
-      ASSERT_EQ(Cache(), whole) << moment;
-      Observe(observer, kViewGroup, "2");
-    });
-    EXPECT_GT(moments, 20);
-    Load();
-  }
+  const auto begin = [&] {
+    Load(false);
+    Observe(observer, kViewGroup, "2");
+  };
+  AtEachMoment(
+      20, begin, [&] { return Change(false, document); },
+      [&](bool, Want) {
+        Cache();
+        Load(false);
+        ASSERT_EQ(Cache(), whole);
+      });
 }
 
 TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAgain) {
-  // Views that overtook their group, and what waits for its object.
-  const std::string early = ViewsDocument(Numbered(R"({"ID":8,"Name":"eight","ViewGroupID":77})", "11"));
-  const std::pair<bool, std::string> documents[] = {
+  const std::pair<bool, std::string> changes[] = {
       {true, R"({"ID":77,"Name":"an added group of long name","ParentViewGroupID":1},{"ID":1,"Name":"ONE","Method":0},)"
              R"({"ID":2,"Name":"a changed group of long name","Method":1},{"ID":78,"Name":"unknown","Method":1})"},
       {true, R"({"ID":2,"Method":2},{"ID":78,"Method":2})"},
@@ -265,62 +246,40 @@ TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAga
        R"({"ID":6,"Name":"a changed view of long name","ViewGroupID":2,"Method":1},)"
        R"({"ID":78,"ViewGroupID":2,"Method":1},{"ID":5,"ViewGroupID":1,"Method":2})"},
   };
-  for (const auto& [ofGroups, elements] : documents) {
-    const std::string numbered = Numbered(elements, "20");
-    const std::string document = ofGroups ? GroupsDocument(numbered) : ViewsDocument(numbered);
-    const std::string late = ofGroups
-                                 ? GroupsDocument(Numbered(R"({"ID":78,"Name":"late","ParentViewGroupID":1})", "19"))
-                                 : ViewsDocument(Numbered(R"({"ID":78,"Name":"late","ViewGroupID":1})", "19"));
-    const auto begin = [&] {
+  for (const auto& [ofGroups, elements] : changes) {
+    const std::string document = Document(ofGroups, Numbered(elements, "20"));
+    // Views that overtook their group, and what waits for its object.
+    const auto begin = [] {
       Load(true);
-      Change(false, early);
+      Change(false, ViewsDocument(Numbered(R"({"ID":8,"Name":"eight","ViewGroupID":77})", "11")));
     };
-    const auto end = [&] {
-      Change(ofGroups, document);
-      Change(ofGroups, late);
+    const auto change = [&document, isOfGroups = ofGroups] { return Change(isOfGroups, document); };
+    const auto end = [&change, isOfGroups = ofGroups] {
+      change();
+      const std::string late = R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})";
+      Change(isOfGroups, Document(isOfGroups, Numbered(late, "19")));
       return Cache();
     };
     begin();
     const std::string whole = end();
-    for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
-      begin();
-      const auto change = [&] {
-        Change(ofGroups, document);
-        return true;
-      };
-      const int moments = AtEachMoment(want, change, [&](bool, int moment) {
-        ASSERT_EQ(end(), whole) << moment;
-        begin();
-      });
-      EXPECT_GT(moments, 20);
-    }
+    AtEachMoment(20, begin, change, [&](bool, Want) { ASSERT_EQ(end(), whole); });
   }
 }
 
 // With numbers the library knows what it has missed, and takes it from the platform's text.
 class MissedChangeTest : public WantOfMemoryTest {
  protected:
-  // The lists as they are up to that change, 20 or 30; ClearViewData is the caller's.
-  static void Download(int upTo) {
-    const std::string number = R"("ChangeNumber":")" + std::to_string(upTo) + R"(",)";
-    const auto numbered = [&](std::string list) { return list.insert(list.find(R"("View)"), number); };
-    const std::string six = R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"7","Name":"a name that no small string holds"})";
-    const std::string later =
-        R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds"},)"
-        R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name"})";
+  static void Load() { WantOfMemoryTest::Load(true); }
+  // The platform's texts when it has taken that in.
+  static void DownloadPresent() {
     Downloads().SetDownloadedData(
-        numbered(
-            GroupsDocument(R"({"ID":1,"Name":"one","ChangeNumber":"1"},{"ID":2,"Name":"two","ChangeNumber":"2"})")),
-        numbered(
-            ViewsDocument(upTo == 20 ? six + R"(,{"ID":5,"Name":"five","ViewGroupID":1,"ChangeNumber":"3"})" : later)),
+        NumberedList(GroupsDocument(Numbered(kGroups, "3")), "30"),
+        NumberedList(
+            ViewsDocument(
+                R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds"},)"
+                R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name"})"),
+            "30"),
         true);
-  }
-  static void LoadAfresh() {
-    ClearViewData();
-    Download(20);
-    std::string response;
-    ASSERT_TRUE(IsInitViewGroupFinish("", response));
-    ASSERT_TRUE(IsInitViewFinish("", response));
   }
   // The plans and what they are called, without repetitions: which of the documented ones there are depends on the
   // moment.
@@ -334,61 +293,48 @@ class MissedChangeTest : public WantOfMemoryTest {
       ViewsDocument(R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name","Method":0},)"
                     R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds",)"
                     R"("Method":1},{"ID":5,"ChangeNumber":"23","Method":2})");
+  const std::string next = ViewsDocument(R"({"ID":8,"ChangeNumber":"31","Method":2})");
 };
 
 TEST_F(MissedChangeTest, IsMadeUpForAtOnceOrWithTheNextChange) {
-  LoadAfresh();
-  Downloads().NotifyViewsUpdate(changes);
+  Load();
+  Change(false, changes);
   const std::string whole = Plans();
-  for (const Want want : {Want::OneAllocation, Want::AllFromThere}) {
-    const auto change = [&] {
-      Downloads().NotifyViewsUpdate(changes);
-      return true;
-    };
-    LoadAfresh();
-    Download(30);
-    const int moments = AtEachMoment(want, change, [&](bool, int moment) {
-      if (want == Want::AllFromThere) {
-        Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":8,"ChangeNumber":"31","Method":2})"));
-      }
-      ASSERT_EQ(Plans(), whole) << moment;
-      LoadAfresh();
-      Download(30);
-    });
-    EXPECT_GT(moments, 20);
-    EXPECT_EQ(Plans(), whole);
-  }
+  const auto begin = [] {
+    Load();
+    DownloadPresent();
+  };
+  AtEachMoment(
+      20, begin, [&] { return Change(false, changes); },
+      [&](bool, Want want) {
+        if (want == Want::AllFromThere) Change(false, next);
+        ASSERT_EQ(Plans(), whole);
+      });
+  EXPECT_EQ(Plans(), whole);
 }
 
 TEST_F(MissedChangeTest, IsMadeUpForAfterTheLoadWhereItCouldNotWait) {
-  LoadAfresh();
-  Downloads().NotifyViewsUpdate(changes);
+  Load();
+  Change(false, changes);
   const std::string whole = Plans();
   ClearViewData();
-  Download(20);
-  int missed = 0;
-  const auto notify = [&missed](const std::string& document, Want want, int moment) {
-    FailAt(moment, want);
-    Downloads().NotifyViewsUpdate(document);
-    const bool hasFailed = Stop() != 0;
-    missed += hasFailed;
-    return !hasFailed;
+  Download(true);
+  const auto fails = [](int moment, const std::string& document) {
+    FailAt(moment, Want::OneAllocation);
+    Change(false, document);
+    return Stop() != 0;
   };
+  int moments = 0;
   log->onLine = [&](const std::string& text) {
     if (text.find("init view_messgae data") == std::string::npos) return;
-    Download(30);
+    DownloadPresent();
     // At so many moments does a change fail to wait; the one with which it succeeds is of no interest.
-    const std::string other = ViewsDocument(R"({"ID":8,"ChangeNumber":"31","Method":2})");
-    int moments = 0;
-    while (!notify(other, Want::OneAllocation, moments)) ++moments;
-    missed = 0;
-    for (int moment = 0; moment < moments; ++moment) EXPECT_FALSE(notify(changes, Want::OneAllocation, moment));
-    EXPECT_GT(missed, 0);
+    while (fails(moments, next)) ++moments;
+    for (int moment = 0; moment < moments; ++moment) EXPECT_TRUE(fails(moment, changes));
   };
-  std::string response;
-  ASSERT_TRUE(IsInitViewGroupFinish("", response));
-  ASSERT_TRUE(IsInitViewFinish("", response));
+  ASSERT_TRUE(LoadWhatIsDownloaded());
   log->onLine = nullptr;
+  EXPECT_GT(moments, 0);
   EXPECT_EQ(Plans(), whole);
 }
 

@@ -83,6 +83,24 @@ inline std::string GroupsDocument(const std::string& elements) {
   return Accepted(R"({"ViewGroupList":{"ViewGroup":[)" + elements + "]}}");
 }
 
+// Elements of such lists, up to the closing brace; the number of their change, where it is not 0.
+inline std::string Number(QorviViewPlugin::ChangeNumber number) {
+  return number == 0 ? "" : R"(,"ChangeNumber":")" + std::to_string(number) + '"';
+}
+inline std::string ViewElement(int id, const std::string& name, int group, QorviViewPlugin::ChangeNumber number) {
+  return "{\"ID\":" + std::to_string(id) + R"(,"Name":")" + name + R"(","ViewGroupID":)" + std::to_string(group) +
+         Number(number);
+}
+inline std::string GroupElement(int id, const std::string& name, int parent, QorviViewPlugin::ChangeNumber number) {
+  return "{\"ID\":" + std::to_string(id) + R"(,"Name":")" + name + R"(","ParentViewGroupID":)" +
+         std::to_string(parent) + Number(number);
+}
+// The list, complete up to that change.
+inline std::string Numbered(QorviViewPlugin::ChangeNumber number, std::string list) {
+  const std::string data = R"("Data":{)";
+  return list.insert(list.find(data) + data.size(), R"("ChangeNumber":")" + std::to_string(number) + R"(",)");
+}
+
 // Stands in for the network: every request gets the same answer until another is set, at first none. Requests are noted
 // as "<method> <url> <body>", those that ask for a list with " asks <request data> within <time-out>".
 class ScriptedServer : public Notes {
@@ -100,9 +118,13 @@ class ScriptedServer : public Notes {
   }
   ~ScriptedServer() { Network().SetTransport(nullptr); }
 
-  void Answer(const std::string& body) { Set(true, body, ErrorCode()); }
+  void Answer(const std::string& body, bool arrives = true, const ErrorCode& error = ErrorCode()) {
+    m_arrives = arrives;
+    m_body = body;
+    m_error = error;
+  }
   // The body must not be looked at.
-  void BreakDown(const ErrorCode& error) { Set(false, Accepted(), error); }
+  void BreakDown(const ErrorCode& error) { Answer(Accepted(), false, error); }
   // Called with each request before it is answered.
   std::function<void()> onRequest;
 
@@ -110,12 +132,6 @@ class ScriptedServer : public Notes {
   static BizShared::CNetCommManager& Network() {
     return Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
   }
-  void Set(bool arrives, const std::string& body, const ErrorCode& error) {
-    m_arrives = arrives;
-    m_body = body;
-    m_error = error;
-  }
-
   bool m_arrives = false;
   std::string m_body;
   ErrorCode m_error{1, 7, 0, ""};

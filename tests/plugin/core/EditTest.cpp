@@ -32,10 +32,8 @@ class EditTest : public CoreTest {
 };
 
 TEST_F(EditTest, ChangesTheCacheSilentlyOnceTheServerHasAccepted) {
-  const std::string one = "group 1'one' in -1: 5'five' ; ";
-  const std::string two = "group 2'two' in -1: ; ";
-  const std::string child = "group 3'child' in 1: ; ";
-  const std::string five = "view 5'five'; ";
+  const std::string one = "group 1'one' in -1: 5'five' ; ", two = "group 2'two' in -1: ; ";
+  const std::string child = "group 3'child' in 1: ; ", five = "view 5'five'; ";
   const std::string untouched = one + two + child + five + "7";
   const std::pair<std::function<bool()>, std::string> edits[] = {
       {[&] { return Manager().AddView(View(kNoId, 2, "new"), newId, error); },
@@ -89,8 +87,7 @@ TEST_F(EditTest, AViewMovesOnlyBetweenGroupsThatAreCached) {
 }
 
 TEST_F(EditTest, WhatIsChangedAfterAnotherClientsMoveShowsInTheOldGroupsList) {
-  ViewDataResourceUpdate(R"({"ResponseStatus":{"ErrorCode":0,"Data":{"ViewList":{"View":[
-      {"ID":5,"Name":"moved","ViewGroupID":2,"Method":1}]}}}})");
+  ViewDataResourceUpdate(ViewsDocument(R"({"ID":5,"Name":"moved","ViewGroupID":2,"Method":1})"));
   EXPECT_EQ(Members(1) + "| " + Members(2), "5'moved' | 5'moved' ");
   server.Answer(Accepted());
   EXPECT_TRUE(Manager().ModifyView(View(5, 2, "renamed"), error));
@@ -99,30 +96,30 @@ TEST_F(EditTest, WhatIsChangedAfterAnotherClientsMoveShowsInTheOldGroupsList) {
 
 // --- The server's users
 
-class UsersTest : public EditTest {
+class UsersTest : public CoreTest {
  protected:
   ~UsersTest() override { Users().ResetDownload(); }
   static ResourceStore::COrlUserManager& Users() {
     return Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance();
   }
-  std::string Asked(bool expectSuccess) {
-    std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
-    error = ErrorCode(9, 9, 9, "before");
-    EXPECT_EQ(Manager().GetAllUsers(error, users), expectSuccess);
-    std::string names;
-    for (const auto& user : users) names += user->GetVal_m_strUsername() + " ";
-    return names + Text(error);
-  }
 };
 
 TEST_F(UsersTest, EachCallWaitsForADownloadOfItsOwn) {
-  Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, ErrorCode());
-  EXPECT_EQ(Asked(true), "ada 0/0/0/");
+  using User = ResourceStore::CUserInfo;
+  const auto asked = [] {
+    std::vector<std::shared_ptr<User>> users;
+    ErrorCode error(9, 9, 9, "before");
+    std::string text = Manager().GetAllUsers(error, users) ? "true " : "false ";
+    for (const auto& user : users) text += user->GetVal_m_strUsername() + " ";
+    return text + Text(error);
+  };
+  Users().SetDownload({std::make_shared<User>(1, "ada", true, 0)}, ErrorCode());
+  EXPECT_EQ(asked(), "true ada 0/0/0/");
   Users().SetDownload({}, ErrorCode(4, 503, 0, "down"));
   // The users of the last download that succeeded come with the error.
-  EXPECT_EQ(Asked(false), "ada 4/503/0/down");
-  Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(2, "eve", false, 3)}, ErrorCode());
-  EXPECT_EQ(Asked(true), "eve 0/0/0/");
+  EXPECT_EQ(asked(), "false ada 4/503/0/down");
+  Users().SetDownload({std::make_shared<User>(2, "eve", false, 3)}, ErrorCode());
+  EXPECT_EQ(asked(), "true eve 0/0/0/");
 }
 
 TEST(UserObserver, TakesEveryEndButSuccessForAFailure) {

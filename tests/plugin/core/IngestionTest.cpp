@@ -22,29 +22,6 @@ class IngestionTest : public CoreTest {
   std::list<ViewInfo> viewList;
 };
 
-TEST_F(IngestionTest, AnUnusableEnvelopeIsLoggedAndNotRead) {
-  const struct {
-    std::string document, cascading, code;
-  } rows[] = {
-      {Refused(100, 4, "down"), "down", "4"},
-      {R"({"ResponseStatus":{"ErrorModule":0,"CascadingErrorInfo":"no code"}})", "no code", "-1"},
-      {R"({"ResponseStatus":{"ErrorCode":-2,"Data":{"ViewList":{"View":[{}]},"ViewGroupList":{"ViewGroup":[{}]}}}})",
-       "", "-2"},
-      {"not JSON", "", "-1"},
-  };
-  const auto line = [](const std::string& function, const std::string& code) {
-    return ErrorLine("[QorviViewPlugin::CViewGroupManager::" + function + "]" + function + "_Error:" + code);
-  };
-  for (const auto& [document, cascading, code] : rows) {
-    EXPECT_FALSE(ReadGroups(document)) << document;
-    EXPECT_EQ(std::exchange(error, "before"), cascading) << document;
-    EXPECT_FALSE(ReadViews(document)) << document;
-    EXPECT_EQ(std::exchange(error, "before"), cascading) << document;
-    EXPECT_EQ(log->Take(), (Texts{line("AnalysisViewGroupInitData", code), line("AnalysisViewInitData", code)}));
-  }
-  EXPECT_TRUE(groups.empty() && groupList.empty() && views.empty() && viewList.empty());
-}
-
 TEST_F(IngestionTest, AnEmptyTextIsSuccessForGroupsAndAnErrorForViews) {
   EXPECT_TRUE(ReadGroups(""));
   EXPECT_EQ(error, "before");
@@ -80,17 +57,9 @@ TEST_F(IngestionTest, FirstLoadsGoIntoTheCacheAndLeaveWhatIsThere) {
 
 // --- The check for elements that are not known yet
 
-constexpr char kModifiedView[] =
-    R"({"ID":9,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1001,"ResourceID":1},)"
-    R"({"ResourceType":1002,"ResourceID":2},{"ResourceType":1005,"ResourceID":5}]},{"PlanViewItem":[)"
-    R"({"ResourceType":1006,"ResourceID":6},{"ResourceType":1001,"ResourceID":11},{"ResourceType":1027,"ResourceID":7}]}]})";
-
 class PendingChecksTest : public IngestionTest {
  protected:
-  PendingChecksTest() {
-    CacheView(View(9));
-    PutElements({{1, 1001}, {2, 1002}, {5, 1005}, {6, 1006}, {11, 1001}});
-  }
+  PendingChecksTest() { CacheView(View(9)); }
   ~PendingChecksTest() override { Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance().Clear(); }
 
   static void PutElements(std::vector<std::pair<unsigned int, int>> idsAndTypes) {
@@ -100,41 +69,38 @@ class PendingChecksTest : public IngestionTest {
     for (auto [id, type] : idsAndTypes) made.push_back(std::make_shared<ResourceStore::CElement>(id, type, "", 1));
     elements.PutElements(made);
   }
-
-  void Watch(std::initializer_list<int> types) {
+  static void Watch(std::initializer_list<int> types) {
     for (int type : types) Manager().GetViewByID(9)->SetResourceFlag(type, true);
   }
-
-  static PendingChecks Taken() {
+  // What a change document leaves there.
+  PendingChecks After(const std::string& elements) {
+    EXPECT_TRUE(ReadViews(ViewsDocument(elements)));
     PendingChecks pending;
     Manager().TakePendingChecks(pending);
     return pending;
   }
 };
 
-TEST_F(PendingChecksTest, NoteAWatchedTypeOfWhichTheNewRecordShowsAnUnknownElement) {
-  Watch({1001, 1002, 1005, 1006});
-  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  EXPECT_EQ(Taken(), PendingChecks());
+TEST_F(PendingChecksTest, NoteAWatchedTypeOfWhichTheNewRecordOfACachedViewShowsAnUnknownElement) {
+  constexpr char kModified[] =
+      R"({"ID":9,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1001,"ResourceID":1},)"
+      R"({"ResourceType":1002,"ResourceID":2},{"ResourceType":1005,"ResourceID":5}]},{"PlanViewItem":[)"
+      R"({"ResourceType":1006,"ResourceID":6},{"ResourceType":1001,"ResourceID":11},)"
+      R"({"ResourceType":1027,"ResourceID":7}]}]})";
+  const std::string shown = R"(,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]})";
+  EXPECT_EQ(After(kModified), PendingChecks());
+  Watch({1002, 1006});
+  EXPECT_EQ(After(kModified), (PendingChecks{{1002, {9}}, {1006, {9}}}));
+  Watch({1001, 1005});
   PutElements({{2, 1002}, {6, 1006}});
-  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  EXPECT_EQ(Taken(), (PendingChecks{{1001, {9}}, {1005, {9}}}));
-  EXPECT_EQ(Taken(), PendingChecks());
-}
-
-TEST_F(PendingChecksTest, FireForWatchedTypesOfModifiedViewsThatAreCachedAndLeaveEarlierOnesOtherwise) {
+  EXPECT_EQ(After(kModified), (PendingChecks{{1001, {9}}, {1005, {9}}}));
+  PutElements({{1, 1001}, {2, 1002}, {5, 1005}, {6, 1006}, {11, 1001}});
+  EXPECT_EQ(After(kModified), PendingChecks());
+  // What notes nothing leaves what was noted before: here an added view, and one that is not cached.
   PendingChecks earlier{{1001, {3}}};
   Manager().SetPendingChecks(earlier);
   EXPECT_TRUE(earlier.empty());
-  PutElements({});
-  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  Watch({1002, 1006});
-  EXPECT_TRUE(
-      ReadViews(ViewsDocument(R"({"ID":9,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]},)"
-                              R"({"ID":8,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]})")));
-  EXPECT_EQ(Taken(), (PendingChecks{{1001, {3}}}));
-  EXPECT_TRUE(ReadViews(ViewsDocument(kModifiedView)));
-  EXPECT_EQ(Taken(), (PendingChecks{{1002, {9}}, {1006, {9}}}));
+  EXPECT_EQ(After(R"({"ID":9)" + shown + R"(,{"ID":8,"Method":1)" + shown), (PendingChecks{{1001, {3}}}));
 }
 
 TEST_F(PendingChecksTest, AreForgottenWithReadinessByClearing) {
@@ -142,7 +108,7 @@ TEST_F(PendingChecksTest, AreForgottenWithReadinessByClearing) {
   Manager().SetPendingChecks(checks);
   Manager().SetResourceReady(true);
   Manager().ClearViewData();
-  EXPECT_EQ(Taken(), PendingChecks());
+  EXPECT_EQ(After(""), PendingChecks());
   EXPECT_FALSE(Manager().IsResourceReady());
 }
 
@@ -152,6 +118,7 @@ TEST_F(PendingChecksTest, AViewWhoseOwnElementsAreGoneNoLongerCounts) {
   view.vcPages[0].vcWindows[0].id_element_ = 1;
   Manager().UpdateViewInCache(view);
   const auto cached = Manager().GetViewByID(9);
+  PutElements({{1, 1001}});
   EXPECT_FALSE(cached->CheckResourceExist(1001));
   cached->SetResourceFlag(1002, false);
   Watch({1001, 1027});

@@ -44,15 +44,6 @@ const ViewInfo kSentView = View(17, 3, "v");
 const ViewGroupInfo kSentGroup = Group(4, 2, "g");
 const ViewMoveRequest kMove{2, 8, {3, 7, 12}};
 
-bool GetConfig(ErrorCode& error) {
-  uint32_t id = 0;
-  uint32_t type = 0;
-  return CmsViewConfig().GetDefualtViewConfig(id, type, error);
-}
-bool SetConfig(ErrorCode& error) {
-  return CmsViewConfig().SetDefualtViewConfig(17, 1, error);
-}
-
 std::vector<Session> Sessions() {
   const std::string root = "/NXAPI/Vantorel/Platform/";
   const std::string views = root + "V0/Views";
@@ -84,8 +75,14 @@ std::vector<Session> Sessions() {
        "DELETE " + groups + "/4 ", "[CmsDeleteViewGroup::DeleteCmsViewGroup] ", " "},
       {"CmsOrderViewGroup::OrderCmsViewGroup", Scheme::Status, Run(&CmsOrderViewGroup::OrderCmsViewGroup, kMove),
        "PUT " + groups + R"(/Move {"ViewMoveRequest":{"Type":2,"ViewGroupID":2,"UserID":8,"IDs":","}})"},
-      {"CmsViewConfig::GetDefualtViewConfig", Scheme::Config, GetConfig, "GET " + config},
-      {"CmsViewConfig::SetDefualtViewConfig", Scheme::Config, SetConfig,
+      {"CmsViewConfig::GetDefualtViewConfig", Scheme::Config,
+       [](ErrorCode& error) {
+         uint32_t id = 0, type = 0;
+         return CmsViewConfig().GetDefualtViewConfig(id, type, error);
+       },
+       "GET " + config},
+      {"CmsViewConfig::SetDefualtViewConfig", Scheme::Config,
+       [](ErrorCode& error) { return CmsViewConfig().SetDefualtViewConfig(17, 1, error); },
        "PUT " + config + R"({"ViewRequest":{"Type":1,"ID":17}})"},
   };
 }
@@ -181,11 +178,10 @@ TEST_F(SessionDataTest, ListsAreReadInReplyOrder) {
 
 TEST_F(SessionDataTest, AListedModifiedViewIsCheckedForUnknownElements) {
   CacheView(View(9));
-  server.Answer(ViewsDocument(
-      R"({"ID":9,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002,"ResourceID":990099}]}]})"));
-  PendingChecks pending;
   Manager().GetViewByID(9)->SetResourceFlag(1002, true);
+  server.Answer(ViewsDocument(R"({"ID":9,"Method":1,"PlanPages":[{"PlanViewItem":[{"ResourceType":1002}]}]})"));
   EXPECT_TRUE(CmsViewList().GetCmsViewList(0));
+  PendingChecks pending;
   Manager().TakePendingChecks(pending);
   EXPECT_EQ(pending, (PendingChecks{{1002, {9}}}));
 }

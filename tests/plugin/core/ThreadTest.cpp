@@ -17,6 +17,7 @@ class ThreadTest : public CoreTest {
  protected:
   ThreadTest() { CacheGroup(Group(1)); }
   static std::string LoadViews() { return Call(IsInitViewFinish); }
+  static void Change(const std::string& views) { Downloads().NotifyViewsUpdate(ViewsDocument(views)); }
   // Starts a first load of these views, which stops while it fills until the gate is opened.
   std::future<std::string> StartHeldLoad(const std::string& views) {
     Downloads().SetDownloadedData("", ViewsDocument(views), true);
@@ -53,11 +54,10 @@ TEST_F(ThreadTest, ChangesThatArriveDuringAFillAreAppliedAfterItInOrder) {
   Observe(observer, kView, "9");
   auto load = StartHeldLoad(R"({"ID":5,"Name":"five","ViewGroupID":1},{"ID":6,"ViewGroupID":1})");
   std::thread platform([] {
-    Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":9,"Name":"new","ViewGroupID":1})"));
+    Change(R"({"ID":9,"Name":"new","ViewGroupID":1})");
     Downloads().NotifyViewsUpdate("rubbish");
-    Downloads().NotifyViewsUpdate(
-        ViewsDocument(R"({"ID":9,"Name":"newer","ViewGroupID":1,"Method":1},{"ID":6,"Method":2})"));
-    Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":9,"Method":2})"));
+    Change(R"({"ID":9,"Name":"newer","ViewGroupID":1,"Method":1},{"ID":6,"Method":2})");
+    Change(R"({"ID":9,"Method":2})");
   });
   platform.join();  // nobody waits for the fill but those who load
   EXPECT_EQ(observer.Take(), Texts());
@@ -75,9 +75,7 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
     if (param.child_id == "1") applying.Pass();
   };
   Observe(observer, kViewGroup, "1");
-  const auto add = [](const char* id) {
-    Downloads().NotifyViewsUpdate(ViewsDocument(std::string(R"({"ID":)") + id + R"(,"ViewGroupID":1})"));
-  };
+  const auto add = [](const std::string& id) { Change(R"({"ID":)" + id + R"(,"ViewGroupID":1})"); };
   auto load = StartHeldLoad("");
   add("1");
   add("2");
@@ -93,8 +91,7 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
 
 TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
   Gate applying;
-  std::atomic<bool> isHeld{false};
-  std::atomic<bool> stop{false};
+  std::atomic<bool> isHeld{false}, stop{false};
   NotingObserver slow;
   slow.onNotice = [&](const auto&) {
     if (!isHeld.exchange(true)) applying.Pass();
@@ -102,7 +99,7 @@ TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
   };
   Observe(slow, kViewGroup, "1");
   auto load = StartHeldLoad("");
-  const auto change = [] { Downloads().NotifyViewsUpdate(ViewsDocument(R"({"ID":1,"ViewGroupID":1})")); };
+  const auto change = [] { Change(R"({"ID":1,"ViewGroupID":1})"); };
   for (int n = 0; n < 5; ++n) change();
   filling.Open();
   ASSERT_TRUE(applying.WaitUntilReached());

@@ -39,23 +39,23 @@ TEST(RecordWrapper, HandsOutNestedRecordsAsCopies) {
   EXPECT_EQ(window.GetVal_struRect()->GetVal_fXTop(), -1.0f);
 
   const auto box = std::make_shared<CRectangle>(Rectangle{1, 2, 3, 4});
-  window.SetVal_struRect(box);
-  box->SetVal_fXTop(9);
   const auto mark = std::make_shared<CCalibrationInfo>();
+  const auto fisheye = std::make_shared<CFishEyeInfo>();
+  const auto cycle = std::make_shared<CSingleWndCycle>();
   mark->SetVal_coordinate(box);
   mark->SetVal_stream_type(static_cast<ResourceStore::Stream::StreamType>(2));
-  window.SetVal_calibration_info(mark);
-  const auto fisheye = std::make_shared<CFishEyeInfo>();
   fisheye->SetVal_mount_type(3);
   fisheye->SetVal_vc_wnd_param({{1, 0.5f, 0.25f, 2.0f}});
-  window.SetVal_fisheye_info(fisheye);
-  const auto cycle = std::make_shared<CSingleWndCycle>();
   cycle->SetVal_cycle_name("doors");
   cycle->SetVal_vc_id({{5, 9}});
+  window.SetVal_struRect(box);
+  window.SetVal_calibration_info(mark);
+  window.SetVal_fisheye_info(fisheye);
   window.SetVal_single_cycle(cycle);
+  box->SetVal_fXTop(9);
   fisheye->SetVal_mount_type(4);
   EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()),
-            "struRect=(1,2,3,4) calibration_info=((9,2,3,4),2) fisheye_info=(3,0,0,[(1,0.5,0.25,2)]) "
+            "struRect=(1,2,3,4) calibration_info=((1,2,3,4),2) fisheye_info=(3,0,0,[(1,0.5,0.25,2)]) "
             "single_cycle=(0,0,'doors',[(5,9)])");
   EXPECT_EQ(window.GetVal_fisheye_info()->GetVal_vc_wnd_param().size(), 1u);
   EXPECT_EQ(window.GetVal_single_cycle()->GetVal_vc_id().at(0).second, 9u);
