@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 
 namespace bench {
 

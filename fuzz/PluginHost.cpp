@@ -12,7 +12,7 @@
 #include "FuzzInput.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "VantBase/Error.h"

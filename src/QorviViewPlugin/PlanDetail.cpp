@@ -9,7 +9,7 @@
 #include "QorviViewPlugin/base/TextConversion.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 
 namespace QorviViewPlugin {
 namespace {

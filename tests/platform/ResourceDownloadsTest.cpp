@@ -7,7 +7,7 @@
 #include "../Gate.h"
 #include "PlatformCalls.h"
 #include "ResourceStore/DownloadResource.h"
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 #include "ResourceStore/OrlUserManager.h"
 #include "ScriptedServer.h"
 

@@ -4,7 +4,7 @@
 
 #include "../Gate.h"
 #include "DownloadFixture.h"
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 #include "ResourceStore/OrlUserManager.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/View.h"
 
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 
 namespace QorviViewPlugin {
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <vector>
 
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementRecord.h"
 #include "ResourceStore/Export.h"
 #include "VantBase/Error.h"
 #include "VantBase/Singleton.h"

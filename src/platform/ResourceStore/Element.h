@@ -1,43 +1,67 @@
 // SPDX-License-Identifier: Apache-2.0
-// Elements: what a window can show (cameras, doors, ...).
+// The elements that were downloaded, and the areas they stand in.
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
+#include "ResourceStore/ElementRecord.h"
 #include "ResourceStore/Export.h"
+#include "VantBase/Singleton.h"
 
-namespace comm_method {
-
-// Kinds of element, by the server's number; others occur.
-enum ResourceType : int {
-  ResourceTypeCamera = 1001,
-  ResourceTypeDoor = 1002,
-  ResourceTypeElevator = 1005,
-  ResourceTypeRadar = 1006,
-  ResourceTypeElement1027 = 1027,
-  ResourceTypeElement2004 = 2004,
-};
-
-}  // namespace comm_method
+namespace ResourceStore {
+class CElementManager;
+class CWorkStationManager;
+}  // namespace ResourceStore
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CElementManager>;
+extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;
 
 namespace ResourceStore {
 
-// One element; immutable once made.
-class RESOURCESTORE_API CElement {
+// The elements and areas that were downloaded so far. Any thread. Look-ups answer an empty pointer or an empty text
+// for what is not there; they never ask the server.
+class RESOURCESTORE_API CElementManager : public Vant::Base::CSingleton<CElementManager> {
  public:
-  CElement(unsigned int id, int type, const std::string& name, unsigned int workStationId);
-  ~CElement();
+  ~CElementManager();
 
-  unsigned int GetID() const;
-  int GetType() const;  // a comm_method::ResourceType
-  std::string GetName() const;
-  unsigned int GetWorkStationID() const;
+  std::shared_ptr<CElement> FindCameraElementByID(unsigned int id) const;
+  std::shared_ptr<CElement> FindRadarElementByID(unsigned int id) const;
+  // An element that is no camera, door, elevator or radar.
+  std::shared_ptr<CElement> FindOtherElementByID(unsigned int id) const;
+  std::string GetCameraElementName(unsigned int id) const;
+  std::string GetDoorElementName(unsigned int id) const;
+  std::string GetElevatorElementName(unsigned int id) const;
+  std::string GetAreaNameByID(unsigned int id) const;
+
+  // Filled by the downloads, and by tests. An element replaces one of the same type and id.
+  void PutElements(const std::vector<std::shared_ptr<CElement>>& elements);
+  void PutArea(unsigned int id, const std::string& name);
+  bool HasElement(int type, unsigned int id) const;
+  void Clear();
 
  private:
-  unsigned int m_id;
-  int m_type;
-  std::string m_name;
-  unsigned int m_workStationId;
+  template <class T>
+  friend struct Vant::Base::SingletonStorage;
+  CElementManager();
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
+};
+
+// The same elements, seen through the sites that they belong to. Any thread.
+class RESOURCESTORE_API CWorkStationManager : public Vant::Base::CSingleton<CWorkStationManager> {
+ public:
+  ~CWorkStationManager();
+
+  std::shared_ptr<CElement> FindCameraElementByID(unsigned int id) const;
+  std::shared_ptr<CElement> FindDoorElementByID(unsigned int id) const;
+  std::shared_ptr<CElement> FindRadarElementByID(unsigned int id) const;
+  std::shared_ptr<CElement> FindElevatorElementByID(unsigned int id) const;
+
+ private:
+  template <class T>
+  friend struct Vant::Base::SingletonStorage;
+  CWorkStationManager();
 };
 
 }  // namespace ResourceStore

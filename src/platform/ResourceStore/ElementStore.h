@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "ResourceStore/Element.h"
+#include "ResourceStore/ElementRecord.h"
 #include "base/Mutex.h"
 
 namespace ResourceStore {

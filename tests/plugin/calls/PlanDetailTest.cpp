@@ -6,7 +6,7 @@
 #include "QorviViewPlugin/PlanConversion.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "ResourceStore/DownloadResource.h"
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 
 namespace call_test {
 namespace {

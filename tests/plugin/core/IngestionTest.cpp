@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the manager makes of downloaded data and change documents.
 #include "CoreFixture.h"
-#include "ResourceStore/ElementManager.h"
+#include "ResourceStore/Element.h"
 
 namespace core_test {
 namespace {
