@@ -139,22 +139,22 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // A look-up costs the same in a small site and in a large one, where a tree's nodes lie all over the memory.
   using CachedViews = std::unordered_map<unsigned int, std::shared_ptr<CView>>;
 
-  using Joining = std::map<unsigned int, MemberViews>;  // by group
+  using MembersByGroup = std::map<unsigned int, MemberViews>;
 
   // What a change document or a list holds, ready to be cached.
-  struct ReadList {
+  struct ViewsOfList {
     std::vector<std::shared_ptr<CView>> views;
     ChangeNumber completeUpTo = 0;
   };
 
   void ClearCache() EXCLUDES(m_viewOrderLock);
-  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
+  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
                  std::list<ViewInfo>* changes);
-  static Joining MembersOf(const std::vector<std::shared_ptr<CView>>& views);
+  static MembersByGroup MembersOf(const std::vector<std::shared_ptr<CView>>& views);
   bool ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo, std::list<ViewGroupInfo>& groups,
                       ChangeNumber& completeUpTo);
   // Merge a list, by number, with what is cached and known already.
-  void TakeLoadedViews(const ReadList& list) REQUIRES(m_viewOrderLock);
+  void TakeLoadedViews(const ViewsOfList& list) REQUIRES(m_viewOrderLock);
   void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
 
   // The steps of which changes consist. Each is made whole or, where memory runs out, not at all.
@@ -178,7 +178,7 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
   // Views join the cached groups whether or not they are cached themselves: one that a change document names becomes a
   // member beside the cached view of the same id. Cannot fail.
-  void JoinGroups(Joining members);
+  void JoinGroups(MembersByGroup members);
   // Made and registered on first use; lives as long as the manager.
   COrlUserObserver& UserObserver() EXCLUDES(m_userLock);
 
