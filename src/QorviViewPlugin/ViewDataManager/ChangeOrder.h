@@ -13,12 +13,14 @@
 
 namespace QorviViewPlugin {
 
-// Decides by number, not by arrival. Answers to the user's own edits, change documents and lists come in any order,
-// from any thread, once or twice; for each object the cache is to hold the newest of what was said about it. The rule:
-// what is not newer than what is known of that id, or than the list that was loaded, changes nothing and tells nothing.
+// Decides which of two statements about an object is newer. The higher change number wins, whichever came first.
+// Answers to the user's own edits, change documents and lists come in any order, from any thread, once or twice; for
+// each object the cache is to hold the newest of what was said about it. The rule: what is not newer than what is known
+// of that id, or than the list that was loaded, changes nothing and tells nothing. What has no number is not subject to
+// the rule.
 //
 // Only what the loaded list does not cover is remembered: an entry for each object that was changed since, for the last
-// ones that were removed, and the records that came before their object. What has no number is not subject to the rule.
+// ones that were removed, the records that came before their object, and the user's own renamings.
 //
 // Each serves one kind of object, views or groups, whose record is Info. Not thread-safe: the owner's lock is held from
 // the question until the cache has been changed and the change noted.
@@ -39,8 +41,8 @@ class ChangeOrder {
   // Whether nothing is known that could contradict a list.
   bool IsBlank() const { return m_loaded == 0 && m_known.empty() && m_waiting.empty() && m_renames.empty(); }
 
-  // The newest record of an object that is about to be cached: `info`, or the record that was kept for it, with the
-  // name that the user has given it since.
+  // The newest record of an object that is about to be cached: `info`, or the record that waits for it, with the name
+  // that the user has given it since.
   Info Newest(const Info& info, unsigned int id) const {
     Info newest = HasNewerWaiting(id, info.nChangeNumber) ? m_waiting.at(id) : info;
     const auto rename = m_renames.find(id);
@@ -48,7 +50,7 @@ class ChangeOrder {
     return newest;
   }
 
-  // Whether a record of that number comes too late to count, because the one that is kept is as new or newer.
+  // Whether a record of that number comes too late to count, because the one that waits is as new or newer.
   bool HasNewerWaiting(unsigned int id, ChangeNumber number) const {
     const auto waiting = m_waiting.find(id);
     return waiting != m_waiting.end() && waiting->second.nChangeNumber >= number;
@@ -59,7 +61,7 @@ class ChangeOrder {
     if (m_removed >= 2 * kRemovalsKeptAfterTrim) ForgetOldRemovals();
     m_known.try_emplace(id);
   }
-  // REQUIRES: Reserve(id) before.
+  // Both: REQUIRES Reserve(id) before.
   void NoteCached(unsigned int id, ChangeNumber number) {
     Note(id, {number, false});
     m_waiting.erase(id);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What changes do to the cached views.
+// How a change is applied to the cached views.
 #include <utility>
 
 #include "QorviViewPlugin/ViewDataManager/ChangeNotice.h"
@@ -90,8 +90,8 @@ void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
   {
     MutexLock order(m_viewOrderLock);
     if (!IsViewNews(id, change.nChangeNumber)) return;
-    // A view without a number has joined its group when it was read. Of those with a number an added view joins with
-    // its entry, and one that comes after a newer record was kept for its view does not join.
+    // A view without a number joined its group when it was read. An added view with a number joins in PutView. A
+    // changed or deleted one joins here, unless a record that is as new or newer waits for it.
     MembersByGroup joining;
     if (change.nChangeNumber != 0 && change.nMethod != ChangeAdded &&
         !m_viewOrder.HasNewerWaiting(id, change.nChangeNumber)) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the manager reads downloaded data and change documents.
+// How the manager reads lists and change documents, loads lists into the cache, and finds changes that were missed.
 #include <set>
 #include <unordered_set>
 
@@ -166,8 +166,7 @@ void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadin
     mergesFreely = mergesFreely || (mapViews.empty() && m_viewOrder.IsBlank());
     if (mergesFreely) {
       mapViews.reserve(mapViews.size() + table.size());
-      // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
-      // again.
+      // Nothing below can fail. Otherwise a repeated load would add members twice.
       mapViews.merge(table);
     }
   }
