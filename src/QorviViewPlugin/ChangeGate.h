@@ -12,8 +12,9 @@ namespace QorviViewPlugin {
 // Takes a change document into the cache.
 using TakeChange = void (*)(const std::string& data) noexcept;
 
-// Lets change documents through, except while a load is filling the cache: those that arrive meanwhile wait and are
-// taken in order by the thread that loaded. Any thread; m_lock is a leaf lock, and nothing is taken under it.
+// Lets change documents through, except while a load is filling the cache. A document that arrives during a load is
+// queued, after a short wait (Arrive). The loading thread applies the queue in order when the load ends. Any thread;
+// m_lock is a leaf lock.
 class ChangeGate {
  public:
   // Takes the document, or queues it. Throws where there is no memory to queue it: it is not taken then.

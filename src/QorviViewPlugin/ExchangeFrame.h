@@ -64,8 +64,8 @@ Result Guarded(Result onFailure, Body body) noexcept {
   }
 }
 
-// Fills in what a response says of a failure inside the library besides the error text: nothing, unless the record has
-// an overload in its namespace.
+// Fills in what a response says of an internal failure besides the error text: nothing. A response that says more
+// overloads this in its own namespace.
 template <class Response>
 void MarkFailed(Response&) {}
 

@@ -33,8 +33,9 @@ bool Quietly(Step step) noexcept {
 std::atomic<bool> s_bViewGroupInitFinish{false};
 std::atomic<bool> s_bViewInitFinish{false};
 
-// What tells changes of views from changes of groups. `apply` takes a change document into the cache, `catchUp` what is
-// newer in the platform's text of all of them, which `fetch` gets; both answer whether they took all of it.
+// What tells changes of views from changes of groups. `apply` puts one change document into the cache. `fetch` gets the
+// platform's whole list. `catchUp` applies what is newer in that list than in the cache. `apply` and `catchUp` answer
+// false when want of memory left something out.
 struct ChangeKind {
   bool (*apply)(const std::string& data);
   bool (*catchUp)(const std::string& data);
@@ -94,8 +95,8 @@ ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
                               [](std::string& data) { ViewDownload().GetViewGroupsData(data); },
                               s_bViewGroupInitFinish};
 
-// Makes up for missed changes: the platform's text holds every change that was called back. Before the load there is
-// nothing to make up for, since the load takes that text itself.
+// Applies the changes that were missed. They are in the platform's list, which holds every change that was called back.
+// Before the load nothing is missed, since the load reads that list itself.
 void CatchUp(ChangeKind& kind) noexcept {
   if (!kind.isLoaded || !kind.hasMissed.exchange(false)) return;
   const bool isDone = Guarded(false, [&kind] {
@@ -151,8 +152,8 @@ struct LoadInProgress {
 // What tells the two first loads apart.
 struct FirstLoad {
   const ChangeKind& changes;
-  std::atomic<bool>& done;                // the load has been made and answered to a poll
-  std::optional<std::string>& errorText;  // of a load that has been made and not answered yet; guarded by s_loadLock
+  std::atomic<bool>& done;                // the load has been made and its response written
+  std::optional<std::string>& errorText;  // of a load whose response is still to be written; guarded by s_loadLock
   void (*setCallback)();
   void (*logData)(const std::string& data);
   void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);

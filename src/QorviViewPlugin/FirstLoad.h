@@ -8,7 +8,7 @@
 
 namespace QorviViewPlugin {
 
-// Whether the first load of view groups, or of views, has been done, and answered to a poll, since the last
+// Whether the first load of view groups, or of views, has been made, by a poll or by EnsureLoaded, since the last
 // ClearViewData. Any thread.
 bool IsViewGroupLoadDone();
 bool IsViewLoadDone();

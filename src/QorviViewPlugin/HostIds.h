@@ -10,7 +10,7 @@ namespace QorviViewPlugin {
 inline constexpr unsigned int kHostTopLevel = AsUnsigned(-2);
 inline constexpr unsigned int kHostOtherTopLevel = AsUnsigned(-4);
 
-// The id with both of them read as -1, none.
+// kNoId for either of these two; any other id as it is.
 unsigned int TopLevelAsNone(unsigned int id);
 
 // The owner of a plan or plan group of that type: nobody where it is public, else the current user.

@@ -25,7 +25,7 @@ constexpr ContentCodes kContentCodes[] = {
 constexpr ResourceType kUnknownContent{-1};
 constexpr int kUnknownPlanItemType = 0;
 
-// "StreamType" of a window whose model says 100, the model's number for none.
+// "StreamType" of a window without a stream: 100 in the model, -1 at the host. Converted on the way to the host only.
 constexpr int kModelNoStream = 100;
 constexpr int kHostNoStream = -1;
 

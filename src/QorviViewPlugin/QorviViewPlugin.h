@@ -40,8 +40,9 @@ QORVIVIEWPLUGIN_API bool IsSupportPlanChangeOrder();
 
 // First load, to be polled until each answers true; groups first, because a view joins only a group that is already
 // cached. False, and `response` untouched, while the download is unfinished; true, and `response` untouched, when the
-// load was done and told before. A download that cannot be read still counts as loaded: its error is in "error_info".
-// From the first call on, changes that other clients make reach the cache and the observers.
+// load was already done, by a poll or by a GetPlanDetail that waited for it. A download that cannot be read still
+// counts as loaded: its error is in "error_info". From the first call on, changes that other clients make reach the
+// cache and the observers.
 QORVIVIEWPLUGIN_API bool IsInitViewGroupFinish(const std::string& request, std::string& response);
 QORVIVIEWPLUGIN_API bool IsInitViewFinish(const std::string& request, std::string& response);
 
@@ -72,9 +73,9 @@ QORVIVIEWPLUGIN_API bool GetClientViewConfig(const std::string& request, std::st
 QORVIVIEWPLUGIN_API bool SetClientViewConfig(const std::string& request, std::string& response);
 
 // Registers or withdraws an observer: {"ResourceType":16000 view or 16001 view group,"ID":"<decimal id>",
-// "IsRegister":true or false}. Anything unreadable, and a null observer, is ignored. The observer is not owned:
-// withdraw it before destroying it, and from no other thread than may be notified, or after the change callbacks have
-// come to rest: a notice that is already on its way may reach it once more.
+// "IsRegister":true or false}. Anything unreadable, and a null observer, is ignored. The observer is not owned.
+// Withdraw it before you destroy it. A notice that is already on its way may reach it once more. So withdraw it on the
+// thread that notifies it, if there is only one, or when no more changes arrive.
 QORVIVIEWPLUGIN_API void ViewRegisterResourceUpdate(ResourceData::IResourceObserver* observer, std::string request);
 
 }  // extern "C"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The platform's download of view groups and views, on whose texts the first load and the change callbacks work. Any
-// thread.
+// The platform's download of view groups and views. The first load and the catching up read its lists. Any thread.
 #pragma once
 
 #include <thread>

@@ -25,7 +25,7 @@ class CAPABILITY("mutex") Mutex {
   std::mutex m_mutex;
 };
 
-// Holds the mutex until the end of the scope, but for between Unlock and Lock.
+// Holds the mutex until the end of the scope. Unlock and Lock interrupt that.
 class SCOPED_CAPABILITY MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : m_lock(mutex.m_mutex) {}

@@ -71,7 +71,7 @@ class MemberFinder {
   // Where the next name is expected: behind the member found farthest. The names of those before it are passed.
   Position m_next = 0;
   NameSet m_passedNames;
-  // Where searches in vain have come to; the names of those from m_next on, up to there, are seen.
+  // Searches without a match have looked at members up to here. m_seenNames has the names from m_next to here.
   Position m_seen = 0;
   NameSet m_seenNames;
 };

@@ -22,7 +22,7 @@ std::optional<Integer> WholeNumber(std::string_view text) {
   return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
 }
 
-// --- Numbers of 32 bits, of which nobody said whether they are signed: -2^31 to 2^32-1. Nothing for any other.
+// --- Integers from -2^31 to 2^32-1, signed or unsigned. Any other number gives nullopt.
 
 inline std::optional<std::int64_t> Of32Bits(std::int64_t number) {
   const bool fits =
@@ -37,7 +37,7 @@ inline std::optional<std::int64_t> Of32Bits(double number) {
   return fits ? Of32Bits(static_cast<std::int64_t>(number)) : std::nullopt;
 }
 
-// A text that is wholly one.
+// A text that is nothing but such a number.
 inline std::optional<std::int64_t> Of32Bits(std::string_view text) {
   const std::optional<std::int64_t> number = WholeNumber<std::int64_t>(text);
   return number ? Of32Bits(*number) : std::nullopt;

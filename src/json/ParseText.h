@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How every text from outside becomes a RapidJSON document. Left to itself, RapidJSON 1.1 overflows an int and reads
 // outside its tables for numbers of very many digits or far exponents, and takes some that no double holds for
-// infinite. So it hands numbers out as texts, and they are made here. Stateless: any thread.
+// infinite. So RapidJSON passes numbers as texts, and PassNumber converts them. Stateless: any thread.
 #pragma once
 
 #include <rapidjson/document.h>

@@ -13,12 +13,14 @@
 
 namespace QorviViewPlugin {
 
-// Decides by number, not by arrival. Answers to the user's own edits, change documents and lists come in any order,
-// from any thread, once or twice; for each object the cache is to hold the newest of what was said about it. The rule:
-// what is not newer than what is known of that id, or than the list that was loaded, changes nothing and tells nothing.
+// Decides which of two statements about an object is newer. The higher change number wins, whichever came first.
+// Answers to the user's own edits, change documents and lists come in any order, from any thread, once or twice; for
+// each object the cache is to hold the newest of what was said about it. The rule: what is not newer than what is known
+// of that id, or than the list that was loaded, changes nothing and tells nothing. What has no number is not subject to
+// the rule.
 //
 // Only what the loaded list does not cover is remembered: an entry for each object that was changed since, for the last
-// ones that were removed, and the records that came before their object. What has no number is not subject to the rule.
+// ones that were removed, the records that came before their object, and the user's own renamings.
 //
 // Each serves one kind of object, views or groups, whose record is Info. Not thread-safe: the owner's lock is held from
 // the question until the cache has been changed and the change noted.
@@ -37,46 +39,46 @@ class ChangeOrder {
     return known == m_known.end() ? m_loaded : std::max(m_loaded, known->second.number);
   }
   // Whether nothing is known that could contradict a list.
-  bool IsBlank() const { return m_loaded == 0 && m_known.empty() && m_kept.empty() && m_renames.empty(); }
+  bool IsBlank() const { return m_loaded == 0 && m_known.empty() && m_waiting.empty() && m_renames.empty(); }
 
-  // The newest record of an object that is about to be cached: `info`, or the record that was kept for it, with the
-  // name that the user has given it since.
+  // The newest record of an object that is about to be cached: `info`, or the record that waits for it, with the name
+  // that the user has given it since.
   Info Newest(const Info& info, unsigned int id) const {
-    Info newest = IsOvertaken(id, info.nChangeNumber) ? m_kept.at(id) : info;
+    Info newest = HasNewerWaiting(id, info.nChangeNumber) ? m_waiting.at(id) : info;
     const auto rename = m_renames.find(id);
     if (rename != m_renames.end() && rename->second.number > newest.nChangeNumber) newest.strName = rename->second.name;
     return newest;
   }
 
-  // Whether a record of that number comes too late to count, because the one that is kept is as new or newer.
-  bool IsOvertaken(unsigned int id, ChangeNumber number) const {
-    const auto kept = m_kept.find(id);
-    return kept != m_kept.end() && kept->second.nChangeNumber >= number;
+  // Whether a record of that number comes too late to count, because the one that waits is as new or newer.
+  bool HasNewerWaiting(unsigned int id, ChangeNumber number) const {
+    const auto waiting = m_waiting.find(id);
+    return waiting != m_waiting.end() && waiting->second.nChangeNumber >= number;
   }
 
   // Makes room for a note about that id, so that noting cannot fail once the cache has been changed.
   void Reserve(unsigned int id) {
-    if (m_removed >= 2 * kRememberedRemovals) ForgetOldRemovals();
+    if (m_removed >= 2 * kRemovalsKeptAfterTrim) ForgetOldRemovals();
     m_known.try_emplace(id);
   }
-  // REQUIRES: Reserve(id) before.
+  // Both: REQUIRES Reserve(id) before.
   void NoteCached(unsigned int id, ChangeNumber number) {
     Note(id, {number, false});
-    m_kept.erase(id);
+    m_waiting.erase(id);
     const auto rename = m_renames.find(id);
     if (rename != m_renames.end() && rename->second.number <= number) m_renames.erase(rename);
   }
   void NoteRemoved(unsigned int id, ChangeNumber number) {
     Note(id, {number, true});
-    m_kept.erase(id);
+    m_waiting.erase(id);
     m_renames.erase(id);
   }
 
   // Keeps a record of an object that is not cached, until the object comes.
   void Keep(unsigned int id, Info info) {
-    if (IsOvertaken(id, info.nChangeNumber)) return;
-    m_kept[id] = std::move(info);
-    DropOldest(m_kept, kKeptRecords, [](const Info& kept) { return kept.nChangeNumber; });
+    if (HasNewerWaiting(id, info.nChangeNumber)) return;
+    m_waiting[id] = std::move(info);
+    DropOldest(m_waiting, kKeptRecords, [](const Info& kept) { return kept.nChangeNumber; });
   }
   // The user's own renaming says nothing of the rest of the record: older statements still count for that.
   void NoteRename(unsigned int id, ChangeNumber number, std::string name) {
@@ -92,19 +94,19 @@ class ChangeOrder {
     std::erase_if(m_known, [&](const auto& entry) { return entry.second.number <= m_loaded; });
     m_removed = static_cast<size_t>(
         std::count_if(m_known.begin(), m_known.end(), [](const auto& entry) { return entry.second.isRemoved; }));
-    std::erase_if(m_kept, [&](const auto& entry) { return entry.second.nChangeNumber <= m_loaded; });
+    std::erase_if(m_waiting, [&](const auto& entry) { return entry.second.nChangeNumber <= m_loaded; });
     std::erase_if(m_renames, [&](const auto& entry) { return entry.second.number <= m_loaded; });
   }
   void Forget() {
     m_loaded = 0;
     m_known.clear();
     m_removed = 0;
-    m_kept.clear();
+    m_waiting.clear();
     m_renames.clear();
   }
 
  private:
-  static constexpr size_t kRememberedRemovals = 16384;  // at most twice as many; then the older half goes
+  static constexpr size_t kRemovalsKeptAfterTrim = 16384;  // at twice as many the older half goes
   static constexpr size_t kKeptRecords = 64;
   static constexpr size_t kRememberedRenames = 4096;
 
@@ -145,7 +147,7 @@ class ChangeOrder {
   ChangeNumber m_loaded = 0;
   std::unordered_map<unsigned int, Known> m_known;
   size_t m_removed = 0;  // entries of m_known
-  std::map<unsigned int, Info> m_kept;
+  std::map<unsigned int, Info> m_waiting;
   std::map<unsigned int, Rename> m_renames;
 };
 

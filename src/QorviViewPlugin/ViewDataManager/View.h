@@ -42,7 +42,8 @@ class RecordSlot {
   std::shared_ptr<const Record> m_record GUARDED_BY(m_lock);
 };
 
-// One cached view. A copy shares the present record and goes its own way from there.
+// One cached view. A copy shares the present record and goes its own way from there. The base of this class and of
+// CViewGroup is a marker only: both lock for themselves.
 class CView : public Vant::Base::CNonThreadSafe {
  public:
   CView() = default;
@@ -68,8 +69,8 @@ class CView : public Vant::Base::CNonThreadSafe {
   // Marks whether elements of that resource type are watched. Marks, and the pending checks that depend on them, exist
   // for programs outside this repository only.
   void SetResourceFlag(int type, bool flag) EXCLUDES(m_flagLock);
-  // False when the type was never marked or a window of that type shows an element that the platform does not know;
-  // else the mark.
+  // The mark; but false when the type was never marked or a window of that type shows an element that the platform does
+  // not know.
   bool CheckResourceExist(int type) const EXCLUDES(m_flagLock);
 
  private:

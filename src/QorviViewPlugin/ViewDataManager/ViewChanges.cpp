@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What changes do to the cached views.
+// How a change is applied to the cached views.
 #include <utility>
 
 #include "QorviViewPlugin/ViewDataManager/ChangeNotice.h"
@@ -42,7 +42,9 @@ std::shared_ptr<CView> CViewGroupManager::PutView(std::shared_ptr<CView> view) {
   const bool isNumbered = info->nChangeNumber != 0;
   if (isNumbered) {
     m_viewOrder.Reserve(id);
-    if (m_viewOrder.IsOvertaken(id, info->nChangeNumber)) view = std::make_shared<CView>(m_viewOrder.Newest(*info, id));
+    if (m_viewOrder.HasNewerWaiting(id, info->nChangeNumber)) {
+      view = std::make_shared<CView>(m_viewOrder.Newest(*info, id));
+    }
   }
   unsigned int oldGroupId = kNoId;
   EraseView(id, oldGroupId);
@@ -88,12 +90,12 @@ void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
   {
     MutexLock order(m_viewOrderLock);
     if (!IsViewNews(id, change.nChangeNumber)) return;
-    // A view without a number has joined its group when it was read. Of those with a number an added view joins with
-    // its entry, and one that comes after a newer record was kept for its view does not join.
-    Joining beside;
+    // A view without a number joined its group when it was read. An added view with a number joins in PutView. A
+    // changed or deleted one joins here, unless a record that is as new or newer waits for it.
+    MembersByGroup joining;
     if (change.nChangeNumber != 0 && change.nMethod != ChangeAdded &&
-        !m_viewOrder.IsOvertaken(id, change.nChangeNumber)) {
-      beside[change.idViewGroup].Append(std::make_shared<CView>(change));
+        !m_viewOrder.HasNewerWaiting(id, change.nChangeNumber)) {
+      joining[change.idViewGroup].Append(std::make_shared<CView>(change));
     }
     switch (change.nMethod) {
       case ChangeAdded:
@@ -109,7 +111,7 @@ void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
       default:
         break;
     }
-    JoinGroups(std::move(beside));
+    JoinGroups(std::move(joining));
   }
   if (!isTold) return;
   if (change.nMethod == ChangeModified) {

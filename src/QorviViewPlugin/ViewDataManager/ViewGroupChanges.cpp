@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What changes do to the cached groups.
+// How a change is applied to the cached groups.
 #include <optional>
 #include <utility>
 

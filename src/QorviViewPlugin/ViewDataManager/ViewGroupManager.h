@@ -62,19 +62,21 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // One record of a change document, by its nMethod; a number that is none of the three changes nothing.
   void ApplyViewChange(const ViewInfo& change) EXCLUDES(m_viewOrderLock);
   void ApplyViewGroupChange(const ViewGroupInfo& change);
-  // From a document without numbers on, the numbers known so far count for nothing: they may be another server's.
+  // Forget all change numbers. Called when a document carries none: it may come from another server.
   void ForgetViewNumbers() EXCLUDES(m_viewOrderLock);
   void ForgetViewGroupNumbers();
 
-  // A view of that id that is already cached stays in the table, yet the new one joins the group. Always true.
+  // With a number: replaces the cached view. Without: the cached view stays in the table, and the new one joins the
+  // group all the same. Always true.
   bool InsertViewToCache(const ViewInfo& info, bool bSilent) EXCLUDES(m_viewOrderLock);
   bool RemoveViewFromCache(unsigned int id, bool bSilent, ChangeNumber number = 0) EXCLUDES(m_viewOrderLock);
-  // False when the view is not cached. The view stays a member of its old group whatever the record says.
+  // False when the view is not cached or the record is not newer. The view stays a member of its old group whatever the
+  // record says.
   bool UpdateViewInCache(const ViewInfo& info) EXCLUDES(m_viewOrderLock);
   bool InsertViewGroupToCache(const ViewGroupInfo& info);
   // Notifies while it holds the group lock: an observer must not call back into the library from that notice.
   bool RemoveViewGroupFromCache(unsigned int id, bool bSilent, ChangeNumber number = 0);
-  // Always false.
+  // Always false; callers do not use the result.
   bool UpdateViewGroupInCache(const ViewGroupInfo& info);
   bool AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId);
   void ClearViewData();
@@ -111,7 +113,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // True when the data could be used: its records have gone into the table, where entries of the same id stay, and,
   // each with its nMethod, to the end of `changes`. False, and both untouched, when the envelope reports an error or
   // cannot be read. Views without a change number join the groups that are cached at this moment; the others do so when
-  // the change is applied. An empty group text counts as success and touches nothing.
+  // the change is applied. An empty group text counts as success and touches nothing. Despite the names, the library
+  // reads change documents with these two.
   bool AnalysisViewGroupInitData(const std::string& data, std::string& cascadingErrorInfo, ViewGroupTable& groups,
                                  std::list<ViewGroupInfo>& changes);
   bool AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
@@ -127,8 +130,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   std::list<ViewGroupInfo> MissedViewGroupChanges(const std::string& data);
 
   // Makes pending checks of the modified views among those that have just been read: under each resource type that the
-  // cached view is marked for and of which the read one shows an element that the platform does not know. Where there
-  // are none, earlier pending checks stay.
+  // cached view is marked for and of which the read one shows an element that the platform does not know. When nothing
+  // is found, the earlier pending checks stay.
   void NotePendingChecks(std::span<const ViewInfo> views);
 
  private:
@@ -136,25 +139,25 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   friend struct Vant::Base::SingletonStorage;
   CViewGroupManager();
 
-  // A look-up costs the same in a small site and in a large one, where a tree's nodes lie all over the memory.
+  // A hash table: in a large site a tree's look-ups would miss the processor's cache.
   using CachedViews = std::unordered_map<unsigned int, std::shared_ptr<CView>>;
 
-  using Joining = std::map<unsigned int, MemberViews>;  // by group
+  using MembersByGroup = std::map<unsigned int, MemberViews>;
 
   // What a change document or a list holds, ready to be cached.
-  struct ReadList {
+  struct ViewsOfList {
     std::vector<std::shared_ptr<CView>> views;
     ChangeNumber completeUpTo = 0;
   };
 
   void ClearCache() EXCLUDES(m_viewOrderLock);
-  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
+  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
                  std::list<ViewInfo>* changes);
-  static Joining MembersOf(const std::vector<std::shared_ptr<CView>>& views);
+  static MembersByGroup MembersOf(const std::vector<std::shared_ptr<CView>>& views);
   bool ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo, std::list<ViewGroupInfo>& groups,
                       ChangeNumber& completeUpTo);
   // Merge a list, by number, with what is cached and known already.
-  void TakeLoadedViews(const ReadList& list) REQUIRES(m_viewOrderLock);
+  void TakeLoadedViews(const ViewsOfList& list) REQUIRES(m_viewOrderLock);
   void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
 
   // The steps of which changes consist. Each is made whole or, where memory runs out, not at all.
@@ -178,7 +181,7 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
   // Views join the cached groups whether or not they are cached themselves: one that a change document names becomes a
   // member beside the cached view of the same id. Cannot fail.
-  void JoinGroups(Joining members);
+  void JoinGroups(MembersByGroup members);
   // Made and registered on first use; lives as long as the manager.
   COrlUserObserver& UserObserver() EXCLUDES(m_userLock);
 

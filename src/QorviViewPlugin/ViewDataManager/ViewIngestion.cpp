@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the manager reads downloaded data and change documents.
+// How the manager reads lists and change documents, loads lists into the cache, and finds changes that were missed.
 #include <set>
 #include <unordered_set>
 
@@ -60,19 +60,19 @@ bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cas
 
 bool CViewGroupManager::AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
                                              std::list<ViewInfo>& changes) {
-  ReadList read;
+  ViewsOfList read;
   if (!ReadViews(data, cascadingErrorInfo, read, &changes)) return false;
   std::vector<std::shared_ptr<CView>> unnumbered;
   for (const auto& view : read.views) {
     if (view->Info()->nChangeNumber == 0) unnumbered.push_back(view);
   }
-  Joining members = MembersOf(unnumbered);
+  MembersByGroup members = MembersOf(unnumbered);
   for (const auto& view : read.views) views.emplace(view->GetID(), view);
   JoinGroups(std::move(members));
   return true;
 }
 
-bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ReadList& list,
+bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
                                   std::list<ViewInfo>* changes) {
   ErrorCode error;
   ViewList read;
@@ -93,13 +93,13 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
   return true;
 }
 
-CViewGroupManager::Joining CViewGroupManager::MembersOf(const std::vector<std::shared_ptr<CView>>& views) {
-  Joining members;
+CViewGroupManager::MembersByGroup CViewGroupManager::MembersOf(const std::vector<std::shared_ptr<CView>>& views) {
+  MembersByGroup members;
   for (const auto& view : views) members[view->GetViewGroupID()].Append(view);
   return members;
 }
 
-void CViewGroupManager::JoinGroups(Joining members) {
+void CViewGroupManager::JoinGroups(MembersByGroup members) {
   for (auto& [idViewGroup, joining] : members) {
     if (const auto group = GetViewGroupByID(idViewGroup)) group->AppendMemberViews(std::move(joining));
   }
@@ -153,25 +153,24 @@ void CViewGroupManager::TakeLoadedViewGroups(const std::list<ViewGroupInfo>& gro
 }
 
 void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadingErrorInfo) {
-  ReadList list;
+  ViewsOfList list;
   if (!ReadViews(data, cascadingErrorInfo, list, nullptr)) return;
-  Joining members = MembersOf(list.views);
+  MembersByGroup members = MembersOf(list.views);
   CachedViews table;
   table.reserve(list.views.size());
   for (const auto& view : list.views) table.emplace(view->GetID(), view);
   MutexLock order(m_viewOrderLock);
-  bool isAlone = list.completeUpTo == 0;
+  bool mergesFreely = list.completeUpTo == 0;
   {
     WriteLock lock(m_viewLock);
-    isAlone = isAlone || (mapViews.empty() && m_viewOrder.IsBlank());
-    if (isAlone) {
+    mergesFreely = mergesFreely || (mapViews.empty() && m_viewOrder.IsBlank());
+    if (mergesFreely) {
       mapViews.reserve(mapViews.size() + table.size());
-      // From here on nothing can fail, so that no member joins its group twice when memory ran out and the load is made
-      // again.
+      // Nothing below can fail. Otherwise a repeated load would add members twice.
       mapViews.merge(table);
     }
   }
-  if (isAlone) {
+  if (mergesFreely) {
     JoinGroups(std::move(members));
   } else {
     TakeLoadedViews(list);
@@ -182,7 +181,7 @@ void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadin
 std::list<ViewInfo> CViewGroupManager::MissedViewChanges(const std::string& data) {
   std::list<ViewInfo> changes;
   std::string ignoredError;
-  ReadList list;
+  ViewsOfList list;
   if (!ReadViews(data, ignoredError, list, nullptr) || list.completeUpTo == 0) return changes;
   std::unordered_set<unsigned int> listed;
   for (const auto& view : list.views) listed.insert(view->GetID());
@@ -230,7 +229,7 @@ std::list<ViewGroupInfo> CViewGroupManager::MissedViewGroupChanges(const std::st
   return changes;
 }
 
-void CViewGroupManager::TakeLoadedViews(const ReadList& list) {
+void CViewGroupManager::TakeLoadedViews(const ViewsOfList& list) {
   std::unordered_set<unsigned int> listed;
   for (const auto& view : list.views) listed.insert(view->GetID());
   std::vector<std::shared_ptr<CView>> stay;

@@ -51,7 +51,7 @@ enum ViewType : int { ViewTypePublic = 0, ViewTypePrivate = 1, ViewTypeShared = 
 
 inline constexpr unsigned int kNoId = 0xFFFFFFFFu;
 
-// The server counts its changes from 1 and says with each object, list and answer which change it goes back to; 0 where
+// The server counts its changes from 1 and says with each object, list and answer which change was its last; 0 where
 // nothing was said.
 using ChangeNumber = unsigned long long;
 

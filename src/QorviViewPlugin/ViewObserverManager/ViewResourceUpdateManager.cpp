@@ -123,6 +123,7 @@ void CViewResourceUpdateManager::UpdateResourceInfo(const IResourceObserver::Par
   const std::vector<IResourceObserver*> observers = table->ObserversOf(StringToUInt(param.id));
   if (observers.empty()) return;
 
+  // Texts kept letter for letter: programs compare the log.
   QORVI_LOG(3, kModule, kFunction, "if (map_observers.find(res_id) != map_observers.end())");
   for (IResourceObserver* observer : observers) {
     QORVI_LOG(3, kModule, kFunction,

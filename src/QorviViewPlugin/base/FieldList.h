@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Records that are declared as one list of their fields. As C++17, since hosts read those of the view model.
+// Records that are declared as one list of their fields. This header keeps to C++17, because hosts include it through
+// ViewExport.h.
 //
 //     #define QORVI_LINK(FIELD) FIELD(std::string, name) FIELD(int, number, -1)
 //     QORVI_STRUCT(Link, QORVI_LINK)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The Boost mutexes with the annotations that clang's thread-safety analysis needs. Locking goes through the three
-// scoped classes only, waiting through Condition.
+// The Boost mutexes with the annotations that clang's thread-safety analysis needs. The library uses these and not
+// base/Mutex.h, because it declares Boost.Thread as a dependency and needs reader/writer locks too. Locking goes
+// through the three scoped classes only, waiting through Condition.
 #pragma once
 
 #include <boost/thread/locks.hpp>

@@ -125,8 +125,8 @@ std::string UIntToString(unsigned int value) {
 std::string FloatToString(float value) {
   // The largest float has 39 digits before the point.
   char text[64];
-  // A float's 24 bits times a million's 20 are exact in a double, and a long long holds what comes of it; so it is
-  // rounded once, as printf does, and all that is left is the digits of an integer.
+  // The product is exact in a double (24 + 20 bits) and fits a long long. So the value is rounded once, as printf does;
+  // the rest is integer digits.
   constexpr float kExactBelow = 9e12f;
   if (std::fabs(value) < kExactBelow) {
     const long long millionths = std::llrint(std::fabs(static_cast<double>(value)) * 1e6);

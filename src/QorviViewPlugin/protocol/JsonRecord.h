@@ -10,7 +10,8 @@
 //
 // Reading is lenient, field by field: a key that is missing or holds a value of another kind leaves its field as it is,
 // of duplicate keys the first counts, texts end at their first NUL, and a sequence gains one element per array entry.
-// A value that is no object reads as an object without members. Writing gives every key, whatever its value.
+// A value that is no object reads as an object without members. Writing gives every key that the key filter does not
+// leave out.
 //
 // One thread at a time per record and adapter; they share nothing.
 #pragma once
@@ -59,8 +60,7 @@ struct IJSONStruct {
   using Allocator = rapidjson::Document::AllocatorType;
 
   virtual void FromJSON(const rapidjson::Value& value) = 0;
-  // The texts in the answer, keys apart, are those of the bound structure itself: write the value before the structure
-  // changes or dies.
+  // The answer refers to the bound structure's own texts. Write it before the structure changes or dies.
   virtual rapidjson::Value ToJSON(rapidjson::Document::AllocatorType& allocator) = 0;
 
   // Each reads one key of `value` into the field and notes the key, if it is there and of the right kind.

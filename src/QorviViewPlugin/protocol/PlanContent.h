@@ -79,8 +79,7 @@ QORVI_RECORD(ZoomWindowList, QORVI_ZOOM_WINDOW_LIST)
   FIELD(Integer, ZoomWindowNo, -1)
 QORVI_RECORD(RelatedZoomWindow, QORVI_RELATED_ZOOM_WINDOW)
 
-// One window and the resource shown in it. A new one says explicitly that it has no related resource (-1) and no
-// rectangle ("-1.0").
+// One window and the resource shown in it. By default a window has no related resource (-1) and no rectangle ("-1.0").
 #define QORVI_PLAN_ITEM(FIELD)                       \
   FIELD(Integer, Sequence)                           \
   FIELD(Integer, ResourceType)                       \

@@ -8,9 +8,9 @@
 
 namespace QorviViewPlugin {
 
-// A place in a path document that is read, so that an element's keys are named without the road to it. The path lives
-// in one buffer that grows and shrinks as levels are entered and left: a read costs no allocation. One thread at a
-// time; the document must outlive the cursor.
+// A position in a JSON document. Keys are named from there, without the path that leads to it. The path lives in one
+// buffer that grows and shrinks as levels are entered and left, so that building a path costs no allocation. One thread
+// at a time; the document must outlive the cursor.
 class PathCursor {
  public:
   explicit PathCursor(const NetLink::CRapidJsonProto& document, std::string_view root = "/")
@@ -39,7 +39,7 @@ class PathCursor {
   // Reads, with the document's rules for values of another kind.
   int Number(std::string_view key, int absent = -1) { return m_document.get_int_v(Full(key), absent); }
   std::string Text(std::string_view key) { return m_document.get_v(Full(key), kNoText); }
-  // What a reader that works with either cursor asks for when it only looks at the text: ValueCursor makes no copy.
+  // For templates that take either cursor: ValueCursor answers this without a copy.
   std::string TextInPlace(std::string_view key) { return Text(key); }
   int Count(std::string_view key) { return m_document.get_cnt(Full(key)); }
 

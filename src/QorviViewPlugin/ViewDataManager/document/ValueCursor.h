@@ -11,10 +11,9 @@
 
 namespace QorviViewPlugin {
 
-// A place in a parsed JSON value: the reads of PathCursor, without paths. It answers only what is beyond dispute,
-// numbers and texts of the very kind that is asked for; where another kind stands it becomes unusual, and what was
-// read through it must be read again by a PathCursor, because the platform's document decides what such values mean.
-// One thread at a time; the value must outlive the cursor.
+// A position in a parsed JSON value: the reads of PathCursor, without paths. It reads only numbers and texts of exactly
+// the kind asked for. On any other kind it sets IsUnusual; read the value again with a PathCursor then, because the
+// platform's document decides what such values mean. One thread at a time; the value must outlive the cursor.
 class ValueCursor {
  public:
   explicit ValueCursor(const rapidjson::Value& value) { m_levels.emplace_back(&value); }

@@ -22,8 +22,8 @@ namespace {
 
 using rapidjson::Value;
 
-// A text that is parsed in place, value by value, in a piece of it that is copied at a time: as many values as fit
-// share one small buffer, so that a large text is not copied as a whole.
+// Parses a text value by value. It copies 64 KiB at a time, more where values are large, and parses that copy in place.
+// So a large text of many values is not copied as a whole.
 class ParsedText {
  public:
   explicit ParsedText(const std::string& text) : m_text(text), m_pool(m_memory, sizeof m_memory), m_value(&m_pool) {
@@ -48,8 +48,7 @@ class ParsedText {
   }
 
   // The next value; it holds until the next call of this or of Skip, Take or IsAtEnd. Null when there is none. A number
-  // that the end of the piece cuts off is taken for the value, and what follows it for something that cannot follow a
-  // value.
+  // cut by the end of a piece reads as its first part. The rest then makes the list unusual, and it is read by paths.
   const Value* ParseValue() {
     do {
       m_pool.Clear();

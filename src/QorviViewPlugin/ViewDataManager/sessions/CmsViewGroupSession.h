@@ -57,8 +57,8 @@ class CmsOrderViewGroup {
   ErrorCode m_error;
 };
 
-// A reply that has a body, a refusal too, replaces the outputs of a read (by all ones where it names none); without one
-// they stay as they are.
+// Reading: a reply with a body overwrites the outputs, even when it refuses; a value it lacks becomes all ones. Without
+// a body they stay.
 class CmsViewConfig {
  public:
   bool GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode& error);

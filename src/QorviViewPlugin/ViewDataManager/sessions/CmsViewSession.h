@@ -22,7 +22,7 @@ struct ViewMoveRequest {
   std::vector<unsigned int> vcIDs;
 };
 
-// What the cache makes of the views of a list. The manager, which stands above the sessions, sets it when it is made.
+// Called with each list that was read, so that the manager can note pending checks. Set by the manager's constructor.
 using ListedViewsCheck = void (*)(std::span<const ViewInfo> listed);
 void SetListedViewsCheck(ListedViewsCheck check);
 

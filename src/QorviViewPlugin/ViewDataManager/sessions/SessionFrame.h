@@ -49,8 +49,8 @@ bool RunStatusSession(const SessionRequest& request, const SessionTexts& texts, 
 bool RunDataSession(const SessionRequest& request, const SessionTexts& texts, CascadingText cascading, ErrorCode& error,
                     const ReplyReader& readData);
 
-// Default view configuration: an empty reply counts as success. `readData` runs before the status is looked at, so a
-// refusal reaches it too; it may be empty.
+// Default view configuration. An empty reply counts as success but is logged as failed. `readData` runs before the
+// status is looked at, so a refusal reaches it too; it may be empty.
 bool RunConfigSession(const SessionRequest& request, const SessionTexts& texts, ErrorCode& error,
                       const ReplyReader& readData);
 
