@@ -18,15 +18,15 @@ inline constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 // False when `text` is not JSON in valid UTF-8; `document` is then null.
 bool ParseJson(std::string_view text, rapidjson::Document& document);
 
-// What a function of the plugin answers is JSON, but its texts hold whatever bytes a server holds.
+// Whether the text is valid UTF-8. The plugin's answers need not be: they hold a server's bytes.
 bool IsUtf8(std::string_view text);
 // The text with U+FFFD for each byte that is no part of a UTF-8 character.
 std::string ValidUtf8(std::string_view text);
 // As ParseJson, of ValidUtf8(text).
 bool ParseAnswer(std::string_view text, rapidjson::Document& document);
 
-// Whether the plugin reads the text as a request, rather than to take the defaults: JSON up to its first NUL, in
-// whatever encoding.
+// Whether the plugin can read the text as a request: JSON up to its first NUL, in whatever encoding. If not, it uses
+// the defaults.
 bool IsReadAsRequest(std::string text);
 
 // The value of a member, or what stands for it when `object` is no object, has no such member, or the member is of

@@ -37,8 +37,8 @@ class Plugin {
   // The four below REQUIRE the name of a function of that kind.
   bool Ask(std::string_view exchange, const std::string& request, std::string& response) const;
   // The same, with the response read; bytes that are no UTF-8, which a server may hold, read as U+FFFD. Throws Failure
-  // kRefused when the answer is true and cannot be read. An answer of false may come with a null.
-  // `isUtf8`, if given, tells whether there were none.
+  // kRefused when the answer is true and the response cannot be read. When the answer is false, `response` may be null.
+  // `isUtf8`, if given, becomes whether the response was valid UTF-8.
   bool Ask(std::string_view exchange, const std::string& request, rapidjson::Document& response,
            bool* isUtf8 = nullptr) const;
   bool Ask(std::string_view question) const;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The part of a view's pages that is worth carrying elsewhere.
+// KeepPages (PortableFile.h): which keys of pages and windows an export keeps.
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 

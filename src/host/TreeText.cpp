@@ -22,6 +22,7 @@ std::string ViewText(const TreeView& view) {
 }
 
 void DescribeContent(const ViewTree& tree, size_t top, std::string& text) {
+  // Two characters for each level: a tab, then '|' if the level has more entries, else ' '.
   std::string indent;
   std::vector<Step> path = {{top}};
   while (!path.empty()) {

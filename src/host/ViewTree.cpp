@@ -84,7 +84,7 @@ class TreeReader {
         folder.id = TextOf(group, "ID");
         folder.name = TextOf(group, "Name");
         folder.kind = m_tree.folders[parent].kind;
-        folder.isMended = !isUtf8 && folder.name.find(kReplacement) != std::string::npos;
+        folder.hasReplacedBytes = !isUtf8 && folder.name.find(kReplacement) != std::string::npos;
         folder.parent = parent;
       }
     }

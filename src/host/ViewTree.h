@@ -26,8 +26,8 @@ struct TreeFolder {
   Kind kind = kPublic;  // that of the top-level folder it lies in
   size_t parent = 0;    // index of the folder it lies in; its own for a top-level folder
   std::vector<size_t> folders;
-  std::vector<TreeView> views;  // sorted by name
-  bool isMended = false;        // its name had bytes that are no UTF-8, which read as U+FFFD
+  std::vector<TreeView> views;    // sorted by name
+  bool hasReplacedBytes = false;  // its name had bytes that are no UTF-8, which read as U+FFFD
 };
 
 struct ViewTree {

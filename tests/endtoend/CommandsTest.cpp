@@ -158,16 +158,16 @@ TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingSh
   std::string content = ReadFile(store);
   for (size_t at = 0; (at = content.find("Spoilt")) != std::string::npos;) content[at] = '\xff';
   WriteFile(store, content);
-  const std::string mended = "\xEF\xBF\xBDpoilt";
+  const std::string replaced = "\xEF\xBF\xBDpoilt";
   // A request that the library reads is passed on as it is, and no fault is found with it.
   const std::string request = "{\"ID\":\"1\",\"Other\":\"\xff\"}";
   const std::pair<QStringList, std::vector<std::string>> commands[] = {
-      {{"tree"}, {mended + "/  (group 1)", mended + " view  (view 1)", "Sound  (view 2)"}},
-      {{"tree", "--json"}, {R"({"ID":"1","Name":")" + mended + '"', R"("Name":"Sound")"}},
-      {{"show", "1"}, {'"' + mended + " view\"  (view 1)"}},
-      {{"show", "1", "--json"}, {R"("Name":")" + mended + " view\""}},
-      {{"call", "GetPlanDetail", "-"}, {R"("Name":")" + mended + " view\""}},
-      {{"export", "-o", "-"}, {'"' + mended + " view\"", '"' + mended + '"', "\"Sound\""}},
+      {{"tree"}, {replaced + "/  (group 1)", replaced + " view  (view 1)", "Sound  (view 2)"}},
+      {{"tree", "--json"}, {R"({"ID":"1","Name":")" + replaced + '"', R"("Name":"Sound")"}},
+      {{"show", "1"}, {'"' + replaced + " view\"  (view 1)"}},
+      {{"show", "1", "--json"}, {R"("Name":")" + replaced + " view\""}},
+      {{"call", "GetPlanDetail", "-"}, {R"("Name":")" + replaced + " view\""}},
+      {{"export", "-o", "-"}, {'"' + replaced + " view\"", '"' + replaced + '"', "\"Sound\""}},
   };
   for (const auto& [command, parts] : commands) {
     const Outcome outcome = test::Run(own + command, {}, request);

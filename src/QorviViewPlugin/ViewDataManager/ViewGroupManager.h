@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The library's picture of the server's views and view groups.
+// The library's cache of the server's views and view groups. The platform's download of them has the same name
+// (ResourceStore::CViewGroupManager).
 #pragma once
 
 #include <atomic>

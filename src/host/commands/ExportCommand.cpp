@@ -76,7 +76,7 @@ class Export {
 
   size_t LeftOut() const { return m_leftOut; }
   // What had bytes that are no UTF-8 and is not exported as it was: "group 3, view 5", empty for nothing.
-  const std::string& Mended() const { return m_mended; }
+  const std::string& WithReplacedBytes() const { return m_withReplacedBytes; }
 
  private:
   PortableFile Collect(const std::vector<size_t>& folders, const std::set<std::string>& views) {
@@ -105,7 +105,9 @@ class Export {
     }
     for (size_t i = 0; i < m_tree.folders.size(); ++i) {
       const TreeFolder& folder = m_tree.folders[i];
-      if (folder.isMended && m_added.contains({folder.kind, m_tree.PathOf(i)})) NoteMended("group " + folder.id);
+      if (folder.hasReplacedBytes && m_added.contains({folder.kind, m_tree.PathOf(i)})) {
+        NoteReplacedBytes("group " + folder.id);
+      }
     }
     return file;
   }
@@ -115,14 +117,16 @@ class Export {
     for (; !place.path.empty() && m_added.insert(place).second; place.path.pop_back()) file.folders.push_back(place);
   }
 
-  void NoteMended(const std::string& what) { m_mended += (m_mended.empty() ? "" : ", ") + what; }
+  void NoteReplacedBytes(const std::string& what) {
+    m_withReplacedBytes += (m_withReplacedBytes.empty() ? "" : ", ") + what;
+  }
 
   PortableView Read(const std::string& id, const Place& place) {
     rapidjson::Document detail;
     bool isUtf8 = true;
     const std::string request = ObjectText().Add("ID", id).Add("NeedResourceName", false).Text();
     const bool done = m_plugin.Ask("GetPlanDetail", request, detail, &isUtf8);
-    if (!isUtf8) NoteMended("view " + id);
+    if (!isUtf8) NoteReplacedBytes("view " + id);
     if (!done) throw Failure(kRefused, "View " + id + ": " + TextOf(detail, "ErrorInfo"));
     return ToPortable(detail, place);
   }
@@ -131,7 +135,7 @@ class Export {
   const ViewTree& m_tree;
   std::set<Place> m_added;
   size_t m_leftOut = 0;
-  std::string m_mended;
+  std::string m_withReplacedBytes;
 };
 
 void WriteFile(QSaveFile& file, const std::string& text) {
@@ -165,8 +169,8 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
     Say("Left out " + std::to_string(exporter.LeftOut()) +
         " that others shared with you; name their ids to export copies of them");
   }
-  if (!exporter.Mended().empty()) {
-    Say("Warning: bytes that are no UTF-8 were exported as U+FFFD in " + exporter.Mended());
+  if (!exporter.WithReplacedBytes().empty()) {
+    Say("Warning: bytes that are no UTF-8 were exported as U+FFFD in " + exporter.WithReplacedBytes());
   }
   return kDone;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// viewctl import: the other way round, through the exchanges only.
+// viewctl import: makes on the server what an exported file holds, through the exchanges only.
 #include <cstdio>
 #include <fstream>
 #include <iterator>

@@ -24,22 +24,27 @@ struct RequestContext;
 
 // The process-wide HTTP(S) transport. Any thread, several at once; connections are kept and reused.
 //
-// They belong to the process that first sends a request or starts a download. In a child that it makes with fork()
-// nothing is sent: every request is false with main 1, sub 1000, SetServer and the platform's other set-up calls do
-// nothing, and the child may end or exec as it likes; the parent does not notice. Fork first where the child is to talk
-// to the server itself.
+// The connections belong to the process that first sends a request or starts a download. In a child that it makes with
+// fork() nothing is sent: every request is false with main 1, sub 1000, and SetServer and the platform's other set-up
+// calls do nothing. The child may end or exec as it likes; the parent does not notice. Fork first where the child is to
+// talk to the server itself.
 class BIZSHARED_API CNetCommManager : public Vant::Base::CSingleton<CNetCommManager> {
  public:
   ~CNetCommManager();
 
-  // Sends and waits. True as soon as a 2xx, or another HTTP reply with a body that may be the server's, arrived; `recv`
-  // then holds the body. It may be the server's when its Content-Type is JSON (application/json, ...+json) or absent.
-  // Else false, and `recv` holds the error record: main 1 and curl's code as sub error, or main 4 and the HTTP status.
-  // `recv` must point to a record. Time-outs: 10 s to connect, 60 s in all unless the request sets one.
-  // An URL with blanks, control characters, '#', '\', a ".." segment or, in anything but a GET, '?' is refused:
-  // main 1, sub 3, nothing sent; so is one that does not begin with '/', or another method than the four. A GET is sent
-  // again when a kept connection turns out to be dead; anything else is sent once, so that an edit whose answer is lost
-  // is not made twice. The last argument is reserved and must be 0.
+  // Sends and waits. `recv` must point to a record. The last argument is reserved and must be 0.
+  //  - Success: true as soon as a 2xx arrived, or another HTTP reply with a body that may be the server's; `recv` holds
+  //    the body. It may be the server's when its Content-Type is absent or JSON (application/json, text/json,
+  //    ...+json).
+  //  - Failure: false, and `recv` holds the error record: main 1 and curl's code as sub error, or main 4 and the HTTP
+  //    status.
+  //  - Time-outs: 10 s to connect, 60 s in all unless the request sets one.
+  //  - Refused without being sent, with main 1, sub 3: a method other than GET, POST, PUT and DELETE; a URL that does
+  //    not begin with '/', or that has a blank, a control character, '#', '\', a ".." segment or, in anything but a
+  //    GET, '?'.
+  //  - Repetition: a GET is sent again when a kept connection turns out to be dead. Anything else is not, so that an
+  //    edit whose answer is lost is not made twice. Any request is sent again with the new token when the server no
+  //    longer knew the session and the session was renewed: it has had no effect then.
   bool ClientSynSend(std::shared_ptr<NetLink::CClientRecvInfo>& recv, std::shared_ptr<NetLink::CClientSendInfo> send,
                      unsigned int reserved);
 

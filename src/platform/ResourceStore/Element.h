@@ -48,7 +48,7 @@ class RESOURCESTORE_API CElementManager : public Vant::Base::CSingleton<CElement
   std::unique_ptr<Impl> m_impl;
 };
 
-// The same elements, seen through the sites that they belong to. Any thread.
+// Look-ups of the same elements, under a second name. Any thread.
 class RESOURCESTORE_API CWorkStationManager : public Vant::Base::CSingleton<CWorkStationManager> {
  public:
   ~CWorkStationManager();

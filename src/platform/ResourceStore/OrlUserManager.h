@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The server's users, their download, and the observers of it, which are kept here.
 #pragma once
 
 #include <cstdint>

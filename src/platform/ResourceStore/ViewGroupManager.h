@@ -15,9 +15,10 @@ extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CV
 
 namespace ResourceStore {
 
-// Downloads areas, view groups and views on a thread of its own, keeps their raw texts up to date from the server's
-// change stream, and tells its callbacks of changes. Any thread. In a child by fork (NetCommManager.h) the texts stay
-// as they were and nothing is called back.
+// The platform's download of areas, view groups and views; the library's cache of them has the same name
+// (QorviViewPlugin::CViewGroupManager). Downloads on a thread of its own, keeps the raw texts of groups and views up to
+// date from the server's change stream, and calls back with changes. Any thread. In a child by fork (NetCommManager.h)
+// the texts stay as they were and nothing is called back.
 class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager> {
  public:
   using UpdateCallback = std::function<void(const std::string&)>;
@@ -32,10 +33,10 @@ class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewG
   void GetViewGroupsData(std::string& data) const;
 
   // The one receiver of change documents of views or groups (an empty function withdraws it). Documents come in the
-  // server's order, from one thread, after the texts above hold the change. The user's own edits are not called back
-  // but where the answer alone may leave a receiver behind (details/ChangeRelay.h), which can tell by the numbers. The
-  // setter waits until a running call of the old callback has returned, unless it is called from within that call;
-  // callbacks run without a lock held.
+  // server's order, from one thread, after the texts above hold the change. The user's own edits are called back only
+  // in the four cases of details/ChangeRelay.h; the change numbers tell a receiver whether it has them already. The
+  // setter waits until a running call of the old callback has returned, unless it is called from within that call.
+  // Callbacks run without a lock held.
   void SetViewsUpdateCallback(UpdateCallback callback);
   void SetViewGroupsUpdateCallback(UpdateCallback callback);
 

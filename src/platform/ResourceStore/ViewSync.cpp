@@ -160,7 +160,7 @@ void ViewSync::Follow() {
     WithoutThrowing([&] { m_relay.TellDue(); });
     if (std::chrono::steady_clock::now() - began > m_timings.longestPause) backoff.Reset();
     if (!m_canceller.Pause(backoff.Next())) return;
-    // After the pause: in one between the lists and the stream, a server that keeps few changes would forget those too.
+    // The pause comes first. After the download it would give a server that keeps few changes time to drop new ones.
     if (end == StreamEnd::DownloadAgain && !DownloadFor(&details::ChangeRelay::DownloadedAgain)) return;
   }
 }

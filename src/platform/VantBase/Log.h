@@ -23,8 +23,8 @@ VANTBASE_API void SetLogSink(std::shared_ptr<ILogSink> sink);
 
 namespace details {
 
-// Formats like printf and hands (level, module, text) to the sink, if the sink wants that level. Level 3 is
-// information, 5 an error. Never throws: a line that cannot be formatted or written is dropped.
+// Formats like printf and hands (level, module, text) to the sink, if the sink wants that level. Levels: 3 information,
+// 4 warning, 5 error. Never throws: a line that cannot be formatted or written is dropped.
 VANTBASE_API void IOrlFormatLog(int level, const char* module, const char* format, ...) QORVI_PRINTF(3, 4);
 
 }  // namespace details

@@ -49,7 +49,7 @@ HttpReply Done() {
 
 HttpReply ReplyWith(ElementList list) {
   HttpReply reply;
-  reply.headers.emplace_back("Resource-Sequence", std::to_string(list.sequence));
+  reply.headers.emplace_back("Resource-Sequence", std::to_string(list.changeNumber));
   reply.source = std::make_shared<ListReply>(std::move(list));
   return reply;
 }

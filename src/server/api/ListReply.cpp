@@ -12,7 +12,7 @@ constexpr size_t kChunk = size_t{256} << 10;
 }  // namespace
 
 ListReply::ListReply(ElementList list)
-    : m_list(std::move(list)), m_prefix(ListPrefix(m_list.kind, m_list.sequence)), m_suffix(ListSuffix()) {
+    : m_list(std::move(list)), m_prefix(ListPrefix(m_list.kind, m_list.changeNumber)), m_suffix(ListSuffix()) {
   m_length = m_prefix.size() + m_suffix.size();
   for (const ElementList::Element& element : m_list.elements) {
     m_length += element.head->size() + (element.document ? element.document->size() : 0) + 1;

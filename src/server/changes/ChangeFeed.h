@@ -18,8 +18,9 @@ namespace server {
 
 class ChangeFeed;
 using FeedPtr = std::shared_ptr<ChangeFeed>;
-// Feeds to wake once the site's lock is released; null for a feed that was being destroyed. Whoever makes a shared
-// pointer to a feed under that lock keeps it here: a feed whose last holder went there would want the lock again.
+// Feeds to wake once the site's lock is released. Null: the feed is being destroyed. A shared pointer made
+// from a weak one under that lock must be kept here. If the last one died under the lock, the feed's destructor would
+// take the lock again.
 using WakeList = std::unordered_map<const ChangeFeed*, FeedPtr>;
 
 // Where feeds read; the site. Any thread.

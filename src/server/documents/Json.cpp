@@ -81,6 +81,8 @@ const rapidjson::Value& ObjectMember(const rapidjson::Value& object, const char*
   return *member;
 }
 
+// Numbers are read here a second time on purpose, beside json/Numbers.h: what the library writes is read by other code
+// than what the library reads with, so that a mistake cannot hide by being made twice.
 int32_t Int(const rapidjson::Value& object, const char* key, std::optional<int32_t> absent) {
   const rapidjson::Value* member = Find(object, key);
   if (member == nullptr) {

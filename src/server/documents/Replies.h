@@ -9,7 +9,7 @@
 
 namespace server {
 
-// The number of a change as a decimal text, wherever it is said.
+// The member that holds a change number, as decimal text.
 constexpr char kChangeNumber[] = "ChangeNumber";
 void AppendChangeNumber(std::string& out, int64_t number);
 

@@ -32,7 +32,7 @@ struct MoveInput {
   std::vector<int32_t> ids;  // in their new order
 };
 
-// So many users may one request share a view with: each is looked up while everybody else waits.
+// The most users in one share request. Looking them up holds the site's lock.
 constexpr size_t kMaxShareUsers = 10000;
 
 struct LoginInput {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Stands between the network and the site and lets exchanges and change streams go wrong as a fault plan says. All that
+// Stands between the network and the API and lets exchanges and change streams go wrong as a fault plan says. All that
 // goes wrong on purpose goes wrong here; each fault is told in one line on stderr.
 #pragma once
 

@@ -38,8 +38,8 @@ class Holders {
   std::unordered_map<int32_t, size_t> m_counts GUARDED_BY(m_mutex);
 };
 
-// Who wakes a connection from a thread of their own holds it for a moment, and must not be the last who does once the
-// server has gone. Any thread.
+// Threads wake connections through it. A thread that wakes a connection holds it for a moment. After the server is gone
+// it must not be the last holder. Any thread.
 class WakeGate {
  public:
   // Does nothing once the gate is closed.

@@ -65,8 +65,8 @@ class HttpHandler {
  public:
   virtual ~HttpHandler() = default;
   virtual HttpReply Handle(const HttpRequest& request) = 0;
-  // The most bytes that a body may have; asked for what is larger than kUsualBody, before it is read: `request` has
-  // none yet. 0: the request is refused for another reason, which Handle says. May throw where it cannot tell.
+  // The largest body allowed. Asked before a body is read that is larger than kUsualBody or does not say its length;
+  // `request` has none yet. 0: a larger body is refused, and Handle says why. May throw where it cannot tell.
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
   // True when Handle may take so long that other connections should not wait for it.
   virtual bool IsSlow(const HttpRequest& request) = 0;

@@ -16,8 +16,8 @@ struct HttpSettings {
   int slowThreads = 2;
   size_t maxConnections = 8192;
   size_t maxConnectionsPerUser = 256;
-  // For the first byte of a connection, for the head of a request and for its body, for the latter plus a second for
-  // each 100 KiB of it.
+  // Each of four: the TLS handshake, the first byte of a connection, a request's head, a request's body. The body gets
+  // a second more for each 100 KiB.
   std::chrono::seconds readTimeout{30};
   std::chrono::seconds idleTimeout{120};       // between requests
   std::chrono::seconds writeTimeout{30};       // for a piece of a reply, plus a second for each 100 KiB of it

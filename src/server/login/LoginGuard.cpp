@@ -9,7 +9,7 @@ namespace server {
 
 namespace {
 
-constexpr int kFree = 3;
+constexpr int kFailuresWithoutDelay = 3;
 constexpr std::chrono::minutes kForgetAfter{15};
 constexpr size_t kMaxNames = 10000;
 constexpr size_t kMaxDue = 3;
@@ -36,13 +36,13 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const 
   Failures& failures = m_failures[key];
   if (failures.last + kForgetAfter < now) failures.count = 0;
   failures.last = now;
-  const int beyond = ++failures.count - kFree;
+  const int beyond = ++failures.count - kFailuresWithoutDelay;
   if (beyond <= 0) return std::chrono::milliseconds(0);
   const std::chrono::milliseconds delay(250 << std::min(beyond - 1, 5));
   if (m_due.size() >= kMaxNames) {
     std::erase_if(m_due, [now](const auto& entry) { return entry.second.empty() || entry.second.back() <= now; });
   }
-  // The latest tell whether so many are due; noting more would let a flood make each look at them longer.
+  // The latest three times suffice to tell whether three are due. More would make each look-up slower in a flood.
   std::vector<Time>& due = m_due[{key, peer}];
   due.push_back(now + delay);
   if (due.size() > kMaxDue) due.erase(due.begin());

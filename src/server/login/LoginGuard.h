@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Makes guessing passwords slow: failed log-ins of one user name are answered later and later, and while three such
-// answers are due at one address, its further guesses of that name count for nothing. A right password is answered at
-// once, so that nobody can lock out a user who is elsewhere. Any thread.
+// answers are due at one address, its further guesses of that name count for nothing. Otherwise a right password is
+// answered at once, so that nobody can lock out a user who is elsewhere. Any thread.
 #pragma once
 
 #include <chrono>

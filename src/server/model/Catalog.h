@@ -20,7 +20,7 @@ class Catalog {
   const std::map<int32_t, GroupPtr>& Groups() const { return m_groups; }
   const std::map<int32_t, ViewPtr>& Views() const { return m_views; }
 
-  // What a user may see, by ascending id.
+  // What a user may see, by ascending id. Must agree with AudienceOf (permissions/).
   std::vector<ViewPtr> ViewsSeenBy(int32_t userId) const;
   std::vector<GroupPtr> GroupsSeenBy(int32_t userId) const;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Why a request is refused. Thrown by whatever finds out, answered by the API's frame; nothing has been changed then.
+// Why a request is refused. Thrown by whatever finds out, answered by Api::Handle; nothing has been changed then.
 #pragma once
 
 namespace server {

@@ -13,7 +13,8 @@ enum class Sight { kNone, kFull, kShared };
 
 struct Audience {
   bool everybody = false;
-  std::vector<int32_t> users;  // the owner, then those it is shared with, ascending; empty: nobody
+  // Unless it is everybody: first the owner, then the others in ascending order. Empty: nobody.
+  std::vector<int32_t> users;
 
   Sight Of(int32_t userId) const;
   std::string ToText() const;  // "*", "" or ids joined by ","

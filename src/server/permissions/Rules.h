@@ -33,7 +33,7 @@ struct Deletion {
 };
 Deletion PlanDeletion(const Catalog& catalog, const Group& group);
 
-// Whether everything in a catalog may lie where it lies; for one that was put together from a file.
+// Throws unless everything in the catalog may lie where it lies. For a catalog that was put together from a file.
 void CheckContainment(const Catalog& catalog);
 
 }  // namespace server

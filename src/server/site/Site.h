@@ -29,7 +29,7 @@ struct ElementList {
     Text document;  // null for a group
   };
   Kind kind = Kind::kView;
-  int64_t sequence = 0;  // the last change contained
+  int64_t changeNumber = 0;  // of the last change contained
   std::vector<Element> elements;
 };
 

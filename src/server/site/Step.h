@@ -31,7 +31,7 @@ struct Step {
 
 void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
 
-// The record of a step of `caller`'s. REQUIRES: the new view or group has been saved.
+// The change that this step is, made by `caller`. REQUIRES: the new view or group has been saved.
 Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts& accounts);
 
 // Gives a view what a request or a seed says of it, but for its owner.

@@ -65,7 +65,7 @@ class Query {
 class Transaction {
  public:
   explicit Transaction(Database& database);
-  // No transaction is open afterwards, or nobody could begin another: where memory runs out it waits for some.
+  // Rolls back what was not committed, or nobody could begin another. Where memory is short it tries for ten seconds.
   ~Transaction();
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kWaitMs = 60000;  // for another process that upgrades the same store
 
-// An object none of whose changes is kept has the number of the last change that is not.
+// An object whose changes are all dropped gets the number of the last dropped change.
 const char kUpgrade[] = R"sql(
 ALTER TABLE groups ADD COLUMN change_number INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE views ADD COLUMN change_number INTEGER NOT NULL DEFAULT 0;

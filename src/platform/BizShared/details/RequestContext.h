@@ -15,7 +15,7 @@ namespace BizShared::details {
 struct RequestContext {
   // In.
   CCanceller* canceller = nullptr;
-  // Sends the user's token, and renews a session that the server no longer knows; else what stands in `token` is sent.
+  // True: sends the user's token, and renews a session that the server no longer knows. False: sends `token`.
   bool asUser = true;
   // Gets the body of a 200 piece by piece on the calling thread, until it answers false; there is no limit for the
   // whole request then, only for silence. Must not throw. Empty: the body is collected in the reply record.
@@ -24,8 +24,10 @@ struct RequestContext {
   // Called on the calling thread now and then while the request waits, and soon after CCanceller::Wake. Must not throw.
   std::function<void()> idle;
 
+  // In when asUser is false. Out: the token last used, set before sending.
+  std::string token;
+
   // Out.
-  std::string token;             // that the request was last sent with, from before it is sent; see asUser
   int status = 0;                // HTTP status, 0 without a reply
   std::string resourceSequence;  // header "Resource-Sequence", empty when absent
 };

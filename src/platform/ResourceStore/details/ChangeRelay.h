@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// For the platform's own tests, not for hosts.
+// For this library and the platform's tests, not for hosts.
 #pragma once
 
 #include <algorithm>
@@ -34,14 +34,15 @@ struct DownloadedList {
 // Both downloaded lists, kept up to date by the changes that the stream brings, and what of these the receivers are
 // told.
 //
-// The user's own edits are not told: the answer to each tells the sender. But four of them nobody else would tell, and
-// a receiver whose cache goes by number is told of them as of a colleague's:
-//  - an edit that had been answered when a list was handed out that did not hold it yet, which may have taken the
-//    answer's place;
-//  - an edit that had been answered when a download that was made again passed its event over, and
-//  - one that is answered after such a download: the receiver hears what the new list says of that object, its absence
-//    included;
-//  - an edit whose answer was lost: no edit that was on its way when its event came was answered with its number.
+// The user's own edits are not told: the answer to each tells the sender. Four kinds are told all the same, as a
+// colleague's are, because nobody else would tell them to a receiver whose cache goes by number:
+//  - An edit was answered, and then a list was handed out that did not hold it yet. That list may have taken the place
+//    of the answer.
+//  - An edit was answered, and then a download that was made again passed its event over.
+//  - An edit is answered after such a download.
+//  - An edit's answer was lost: none of the edits that were on their way when its event came was answered with its
+//    number.
+// After a download that was made again the receiver hears what the new list says of the object, or that it is absent.
 //
 // Any thread; no lock is held across calls. What is called back is called back by whoever calls a function that says
 // so: one thread at a time, lest documents overtake each other. Where memory does not suffice, std::bad_alloc is
@@ -87,7 +88,8 @@ class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
   struct Object {
     ListKind kind;
     uint32_t id;
-    int method = 1;  // as which it is told: what the receiver does not have yet is added
+    // The Method in the document, if the list has the object: 0 (added) where a receiver may lack it, else 1 (changed).
+    int method = 1;
   };
   struct Answered {
     Object object;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// For the platform's own tests, not for hosts.
+// For this library and the platform's tests, not for hosts.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// For the platform's own tests, not for hosts.
+// For this library and the platform's tests, not for hosts.
 #pragma once
 
 #include <cstdint>
@@ -46,8 +46,8 @@ class RESOURCESTORE_API ResourceList {
     std::string present;  // added (Method 0) and changed (Method 1) elements, complete
     std::string removed;  // "ID" and Method 2
   };
-  // With numbers: each element's own, for the removed that of the newer list. What differs in its number only does
-  // not differ.
+  // Kept: present elements carry their own number, removed ones the newer list's. A difference in the number alone is
+  // none.
   enum class Numbers { Kept, LeftOut };
   Difference DifferenceTo(ResourceList& newer, Numbers numbers = Numbers::Kept);
   // What is now to be said of that object, as a change document: that it is as the list has it (as `method` says, 0
