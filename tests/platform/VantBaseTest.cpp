@@ -60,6 +60,8 @@ TEST_F(Log, HandsFormattedLinesOfWantedLevelsToTheSink) {
 
 TEST_F(Log, TextsOfAnyLengthArriveWhole) {
   const auto sink = Record(0);
+  IOrlFormatLog(3, "Info", "%s", "");
+  EXPECT_EQ(sink->Written(), Lines{"3 Info "});
   for (const std::size_t size : {0U, 1022U, 1023U, 1024U, 1025U, 20000000U}) {
     const std::string text(size, 'x');
     IOrlFormatLog(3, "Info", "%s|%d", text.c_str(), 1);

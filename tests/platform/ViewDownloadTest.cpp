@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <atomic>
 #include <cstdlib>
+#include <future>
+#include <vector>
 
 #include "../Gate.h"
 #include "DownloadFixture.h"
 #include "ResourceStore/Element.h"
 #include "ResourceStore/OrlUserManager.h"
+#include "ResourceStore/UpdateCallbackSlot.h"
 
 namespace {
 
@@ -255,6 +259,32 @@ TEST_F(ViewDownloadTest, SettersGettersStartsAndStopsMayOverlap) {
     m_site.Stream(Event(20, "Views", Views(kView6)));
     return TextOfViews().find("six") != std::string::npos;
   }));
+}
+
+TEST(UpdateCallbackSlotTest, ASetterWaitsForTheOldCallbackAlone) {
+  ResourceStore::UpdateCallbackSlot slot;
+  Gate oldEnds, newEnds;
+  std::atomic<int> oldCalls{0}, newCalls{0};
+  const auto call = [&slot] { return std::async(std::launch::async, [&slot] { slot.Call(""); }); };
+  slot.Set([&](const std::string&) {
+    if (oldCalls++ == 0) oldEnds.Pass();
+  });
+  std::vector<std::future<void>> calls;
+  calls.push_back(call());
+  ASSERT_TRUE(oldEnds.WaitUntilReached());
+  const auto setter = std::async(std::launch::async, [&] {
+    slot.Set([&](const std::string&) {
+      if (newCalls++ == 0) newEnds.Pass();
+    });
+  });
+  EXPECT_TRUE(Eventually([&] {
+    calls.push_back(call());
+    return newCalls > 0;
+  }));
+  EXPECT_EQ(setter.wait_for(20ms), std::future_status::timeout) << "the old one is running";
+  oldEnds.Open();
+  EXPECT_EQ(setter.wait_for(10s), std::future_status::ready) << "the new one is running, and may";
+  newEnds.Open();
 }
 
 }  // namespace
