@@ -46,7 +46,7 @@ class ServerProcess {
     const QString folder = QString::fromStdString(m_folder);
     QStringList arguments{"--data",   folder + "/site.db",
                           "--seed",   folder + "/seed.json",
-                          "--listen", "127.0.0.1:" + QString::number(m_port)};
+                          "--listen", "[127.0.0.1]:" + QString::number(m_port)};
     if (m_hasFaults) arguments << "--faults" << folder + "/faults.json";
     m_process.start(VIEWSERVER_FILE, arguments + m_options);
     while (!m_process.canReadLine()) {
