@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
+#include "ResourceStore/ViewGroupManager.h"
 #include "host/Failure.h"
 #include "host/ImportPlan.h"
 #include "host/JsonText.h"
@@ -135,6 +138,36 @@ TEST(ViewTreeTest, AGroupThatHasGoneIsReadAsEmpty) {
   ASSERT_EQ(tree.folders.size(), 1u);
   EXPECT_EQ(tree.folders[0].id, "77777");
   EXPECT_TRUE(tree.folders[0].views.empty());
+}
+
+// A group keeps a view that somebody else moved away, and names one that somebody else changed twice.
+TEST(ViewTreeTest, AViewStandsOnceWhereItLiesAndViewsOfOneNameByTheirNumbers) {
+  const auto list = [](const std::string& kind, const std::string& elements) {
+    return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"Data":{")" + kind + R"(List":{")" + kind + "\":[" +
+           elements + "]}}}}";
+  };
+  const auto view = [](int id, int group, const std::string& name, int method) {
+    return R"({"ID":)" + std::to_string(id) + R"(,"Name":")" + name + R"(","ViewGroupID":)" + std::to_string(group) +
+           R"(,"UserID":-1,"Method":)" + std::to_string(method) + "}";
+  };
+  auto& platform = ResourceStore::CViewGroupManager::Instance();
+  platform.SetDownloadedData(list("ViewGroup", R"({"ID":1,"Name":"A","UserID":-1},{"ID":2,"Name":"B","UserID":-1})"),
+                             list("View", view(10, 1, "same", 0) + "," + view(9, 1, "same", 0) + "," +
+                                              view(7, 1, "first", 0) + "," + view(8, 1, "gone", 0)),
+                             true);
+  {
+    const Plugin plugin(PLUGIN_LIBRARY);
+    ASSERT_TRUE(plugin.LoadViews(std::chrono::seconds(10)));
+    platform.NotifyViewsUpdate(list("View", view(8, 2, "gone", 1) + "," + view(7, 1, "first", 1)));
+    std::string response;
+    plugin.Ask("GetPlansInGroup", R"({"GroupID":"1"})", response);
+    EXPECT_EQ(ListOf(Json(response), "Plans").Size(), 5u) << "one of them twice, one that lies elsewhere";
+    const ViewTree tree = ReadGroup(plugin, "1");
+    std::string ids;
+    for (const TreeView& listed : tree.folders.at(0).views) ids += listed.id + " ";
+    EXPECT_EQ(ids, "7 9 10 ");
+  }
+  platform.Stop();
 }
 
 }  // namespace

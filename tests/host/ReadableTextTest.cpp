@@ -30,6 +30,7 @@ TEST(ReadableTextTest, NamesCannotSteerATerminal) {
                      {"a\nb\tc\x7f", "a\\u000ab\\u0009c\\u007f"},
                      {"csi \xC2\x9b", "csi \\u009b"},
                      {"turned \xE2\x80\xAE txt", "turned \\u202e txt"},
+                     {"isolated \u2066\u2069", "isolated \\u2066\\u2069"},
                      {"line \xE2\x80\xA8", "line \\u2028"},
                      {"broken \xff", "broken \xEF\xBF\xBD"}};
   for (const auto& [text, expected] : rows) EXPECT_EQ(Printable(text), expected) << expected;
@@ -131,7 +132,7 @@ TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {
        "CycleInfo":{"cycle_type":1,"cycle_time":9,"CycleName":"Rounds",
        "CycleResourceID":[{"SiteID":"1","ResourceID":"31","ResourceName":"Yard"}]}},
       {"Sequence":1,"ResourceType":7001,"ResourceID":"6","ResourceName":"Map","RelateResourceID":-1,
-       "Emap":{"LoadMode":1,"PosX":"52.1","PosY":"11.6","ScaleSize":15}},
+       "Emap":{"LoadMode":1,"PosX":"52.1","PosY":"11.6","ScaleSize":15,"ExtendInfo":"floor 2"}},
       {"Sequence":2,"ResourceType":0,"ResourceID":"-1","Xtop":"-1.000000","Xbottom":"-1.000000"}]}]})",
       detail));
   EXPECT_EQ(DescribeView(detail, {"Public views", "North\x1b"}),
@@ -155,6 +156,7 @@ TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {
             "       related door 77 \"Side door\"\n"
             "  1. map \"Map\", id 6\n"
             "       map centre 52.1,11.6, scale 15, load mode 1\n"
+            "       map info \"floor 2\"\n"
             "  2. empty\n");
   // What does not turn has no time to turn after, and 0 is nobody's id.
   ASSERT_TRUE(ParseJson(R"({"ID":"0","Name":"n","AutoCycle":0,"RoundTime":20,

@@ -153,8 +153,10 @@ EventStream::EventStream(uint16_t port, const std::string& token, int64_t after)
 
 Event EventStream::Next() {
   Event event;
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);  // signs of life do not put it off
   size_t end = 0;
   while ((end = m_received.find("\n\n")) == std::string::npos || m_received[0] == ':') {
+    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no event came in time");
     if (end != std::string::npos) {
       m_received.erase(0, end + 2);
     } else if (!m_wire->Receive(m_received)) {

@@ -41,6 +41,7 @@ TEST(TextsToNumbers, GiveTheValuesThatHostsRelyOn) {
   for (const auto& [text, number] : rows) EXPECT_EQ(StringToUInt(text), number) << text;
   EXPECT_EQ(AsSigned(StringToUInt("-4")), -4);
   EXPECT_EQ(StringToFloat("0.250000"), 0.25f);
+  EXPECT_EQ(StringToFloat(std::string_view("1e-5").substr(0, 2)), Extracted<float>("1e")) << "ends within its text";
 }
 
 TEST(TextsToNumbers, AreReadAsByStreamExtraction) {
@@ -100,8 +101,9 @@ TEST(NumbersAndTexts, DoNotDependOnTheLocale) {
 
 TEST(Thousandths, AreTruncatedTowardZeroAndSaturate) {
   constexpr int kMin = INT_MIN, kMax = INT_MAX;
-  const std::pair<float, int> rows[] = {{0.25f, 250}, {0.1234f, 123}, {-0.1239f, -123}, {-1.0f, -1000},    {0.0009f, 0},
-                                        {3e6f, kMax}, {-3e6f, kMin},  {INFINITY, kMax}, {-INFINITY, kMin}, {NAN, 0}};
+  const std::pair<float, int> rows[] = {
+      {0.25f, 250},        {0.1234f, 123}, {-0.1239f, -123}, {-1.0f, -1000},    {0.0009f, 0}, {3e6f, kMax},
+      {2147483.75f, kMax}, {-3e6f, kMin},  {INFINITY, kMax}, {-INFINITY, kMin}, {NAN, 0}};
   for (const auto& [value, milli] : rows) EXPECT_EQ(ToMilli(value), milli) << value;
   EXPECT_EQ(FromMilli(123), 0.123f);
   EXPECT_EQ(FromMilli(-1), -0.001f);
