@@ -42,6 +42,12 @@ void AnswerGetAllUserInfo(const protocol::UserRequestInfo&, protocol::UserRespon
   QORVI_LOG_INFO("GetAllUserInfo", "GetAllUserInfo Success User Number: %d", static_cast<int>(users.size()));
 }
 
+// As the log shows a user; only the first name is followed by a colon.
+std::string LogTextOf(const CmsShareView::RefusedUser& user) {
+  return "UserID: " + IntToString(user.id) + ",UserName" + user.name + ",ErrorModule" + IntToString(user.errorModule) +
+         ",ErrorCode" + IntToString(user.errorCode) + ";";
+}
+
 bool AnswerViewShareUsers(const protocol::ViewShareResquestInfo& request, protocol::ShareViewResponseInfo& response) {
   CmsShareView session;
   const bool accepted = session.ShareCmsView(request.view_id, request.share_users);
@@ -49,14 +55,22 @@ bool AnswerViewShareUsers(const protocol::ViewShareResquestInfo& request, protoc
   response.error_code = session.m_error.GetSubError();
   if (!accepted) {
     response.error_info = TextOf(session.m_error);
+    if (!session.m_isAnswered) {
+      QORVI_LOG_INFO("ViewShareUsers", "View Share ORL Failed First_code: %d, Second_code: %d", response.error_model,
+                     response.error_code);
+    }
     return false;
   }
+  if (session.m_refusedUsers.empty()) return true;
   // One line of text for each user who could not be given the view.
+  std::string logText;
   for (const CmsShareView::RefusedUser& user : session.m_refusedUsers) {
     response.lst_user_data.push_back({user.id, user.name, user.errorModule, user.errorCode});
+    logText += LogTextOf(user);
     response.error_info += user.name + ": " + TextOf(ErrorCode(user.errorModule, user.errorCode, 0, {})) + "\n";
   }
-  return session.m_refusedUsers.empty();
+  QORVI_LOG_INFO("ViewShareUsers", "Partial User Share Failed: %s", logText.c_str());
+  return false;
 }
 
 }  // namespace

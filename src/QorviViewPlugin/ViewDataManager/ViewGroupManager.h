@@ -152,6 +152,7 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   };
 
   void ClearCache() EXCLUDES(m_viewOrderLock);
+  PendingChecks PendingChecksOf(std::span<const ViewInfo> views) const;
   bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
                  std::list<ViewInfo>* changes);
   static MembersByGroup MembersOf(const std::vector<std::shared_ptr<CView>>& views);

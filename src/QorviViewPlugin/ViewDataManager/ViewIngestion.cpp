@@ -84,12 +84,13 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
     return false;
   }
   list.completeUpTo = read.completeUpTo;
-  NotePendingChecks(read.views);
+  PendingChecks pending = PendingChecksOf(read.views);
   list.views.reserve(read.views.size());
   for (ViewInfo& info : read.views) {
     if (changes) changes->push_back(info);
     list.views.push_back(std::make_shared<CView>(std::move(info)));
   }
+  if (!pending.empty()) SetPendingChecks(pending);
   return true;
 }
 
@@ -105,7 +106,7 @@ void CViewGroupManager::JoinGroups(MembersByGroup members) {
   }
 }
 
-void CViewGroupManager::NotePendingChecks(std::span<const ViewInfo> views) {
+PendingChecks CViewGroupManager::PendingChecksOf(std::span<const ViewInfo> views) const {
   PendingChecks pending;
   for (const ViewInfo& view : views) {
     const std::shared_ptr<CView> cached = view.nMethod == ChangeModified ? GetViewByID(view.idView) : nullptr;
@@ -114,6 +115,11 @@ void CViewGroupManager::NotePendingChecks(std::span<const ViewInfo> views) {
       if (cached->CheckResourceExist(type) && ShowsUnknownElement(view, type)) pending[type].push_back(view.idView);
     }
   }
+  return pending;
+}
+
+void CViewGroupManager::NotePendingChecks(std::span<const ViewInfo> views) {
+  PendingChecks pending = PendingChecksOf(views);
   if (!pending.empty()) SetPendingChecks(pending);
 }
 

@@ -42,8 +42,11 @@ bool HaveEqualFields(const Record& one, const Record& other) {
 
 }  // namespace QorviViewPlugin
 
-#define QORVI_STRUCT_MEMBER(type, name, ...) type name{__VA_ARGS__};
-#define QORVI_STRUCT_FIELD(type, name, ...) QorviViewPlugin::MakeField(#name, &Record::name),
+// C++17 wants an argument for the dots, if an empty one.
+#define QORVI_STRUCT_MEMBER(...) QORVI_STRUCT_MEMBER_OF(__VA_ARGS__, )
+#define QORVI_STRUCT_MEMBER_OF(type, name, ...) type name{__VA_ARGS__};
+#define QORVI_STRUCT_FIELD(...) QORVI_STRUCT_FIELD_OF(__VA_ARGS__, )
+#define QORVI_STRUCT_FIELD_OF(type, name, ...) QorviViewPlugin::MakeField(#name, &Record::name),
 
 // Declares the structure, its fields in order, and that two of them are equal when all their fields are.
 #define QORVI_STRUCT(Name, FIELDS)                             \

@@ -4,7 +4,6 @@
 #include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
 #include "QorviViewPlugin/ViewDataManager/sessions/SessionFrame.h"
 #include "QorviViewPlugin/base/LogLine.h"
-#include "QorviViewPlugin/base/TextConversion.h"
 
 namespace QorviViewPlugin {
 namespace {
@@ -21,12 +20,6 @@ CmsShareView::RefusedUser ReadRefusedUser(PathCursor& at) {
   return {at.Number("UserID"), at.Text("UserName"), at.Number("ErrorModule"), at.Number("ErrorCode")};
 }
 
-// As the log shows a user; only the first name is followed by a colon.
-std::string LogTextOf(const CmsShareView::RefusedUser& user) {
-  return "UserID: " + IntToString(user.id) + ",UserName" + user.name + ",ErrorModule" + IntToString(user.errorModule) +
-         ",ErrorCode" + IntToString(user.errorCode) + ";";
-}
-
 }  // namespace
 
 bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& userIds) {
@@ -34,11 +27,8 @@ bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& us
                                WriteShareRequest(userIds)};
   QORVI_LOG_INFO(kFunction, "ViewShare User Ids Request: %s", request.body.c_str());
   const std::optional<std::string> body = SendRequest(request, m_error);
-  if (!body) {
-    QORVI_LOG_INFO(kFunction, "View Share ORL Failed First_code: %d, Second_code: %d", m_error.GetMainError(),
-                   m_error.GetSubError());
-    return false;
-  }
+  if (!body) return false;
+  m_isAnswered = true;
   QORVI_LOG_INFO(kFunction, "Share View Recvive Data: %s", body->c_str());
   NetLink::CRapidJsonProto reply;
   reply.set_str(*body);
@@ -49,15 +39,11 @@ bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& us
                    m_error.GetSubError());
     return false;
   }
-  std::string logText;
   PathCursor at(reply, "/ResponseStatus/Data/ErrorList/");
   const int count = at.Count("Error");
   for (int n = 1; n <= count; ++n) {
     const auto level = at.Enter("Error", n);
-    logText += LogTextOf(m_refusedUsers.emplace_back(ReadRefusedUser(at)));
-  }
-  if (!m_refusedUsers.empty()) {
-    QORVI_LOG_INFO(kFunction, "Partial User Share Failed: %s", logText.c_str());
+    m_refusedUsers.push_back(ReadRefusedUser(at));
   }
   return true;
 }

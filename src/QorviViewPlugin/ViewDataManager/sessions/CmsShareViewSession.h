@@ -20,11 +20,12 @@ class CmsShareView {
   };
 
   // `userIds` are joined by ","; they and the view's id are sent as they stand. Whether the server accepted: false with
-  // the transport's record in m_error, or with the reply's status. A server that accepts may have refused some of the
-  // users.
+  // the reply's status in m_error, or with the transport's record where nothing was answered. A server that accepts may
+  // have refused some of the users. The caller logs these and what was not answered, once it has their texts.
   bool ShareCmsView(const std::string& viewId, const std::string& userIds);
 
   ErrorCode m_error;
+  bool m_isAnswered = false;
   std::vector<RefusedUser> m_refusedUsers;
 };
 
