@@ -15,8 +15,6 @@ namespace {
 
 using namespace server;
 
-constexpr char kRoot[] = "/NXAPI/Vantorel/Platform/";
-
 std::string BodyOf(HttpReply& reply) {
   if (!reply.source) return reply.body;
   std::string body, chunk;
@@ -82,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::Input input(data, size);
   for (int requests = 0; !input.AtEnd() && requests < 10; ++requests) {
     const unsigned int kind = input.Byte();
-    const std::string target = kRoot + input.Text();
+    const std::string target = std::string(kRoot) + input.Text();
     const std::string body = input.Text();
     HttpReply reply = Ask(*world, methods[kind % 4], target, world->tokens[kind / 4 % 3], body);
     if (!reply.events) ReadEnvelope(reply);
