@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The commands for people, and how viewctl ends.
 
-#include <signal.h>
-
 #include <algorithm>
+#include <csignal>
 #include <regex>
 
 #include "../platform/ScriptedServer.h"

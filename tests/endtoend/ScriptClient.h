@@ -85,7 +85,7 @@ class ScriptClient {
     while (m_notices.empty()) {
       if (!TakeNotice(ReadLine())) throw std::runtime_error("an answer where a notice was awaited");
     }
-    const Notice notice = m_notices.front();
+    Notice notice = m_notices.front();
     m_notices.pop_front();
     return notice;
   }

@@ -15,6 +15,7 @@
 #include <iostream>
 #include <random>
 #include <thread>
+#include <vector>
 
 #include "../endtoend/ScriptClient.h"
 #include "../server/TestClient.h"
@@ -138,7 +139,7 @@ class RandomModelTest : public ::testing::TestWithParam<Mode>, protected RandomE
       NoteTables();
       adminLeast += EditAsAdmin(ChooseAdminEdit(0));
     }
-    size_t least[std::size(m_players)] = {};
+    std::vector<size_t> least(std::size(m_players));
     for (size_t p = 0; p < std::size(m_players); ++p) {
       for (const Edit& edit : edits[p]) least[p] += FinishEdit(m_players[p], edit) ? edit.least : 0;
       if (!reloads[p]) continue;

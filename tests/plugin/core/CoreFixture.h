@@ -214,7 +214,7 @@ class CoreTest : public testing::Test {
     return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
   }
   // Puts objects into the cache without a notice.
-  static void CacheView(const QorviViewPlugin::ViewInfo& view) { Manager().InsertViewToCache(view, true); }
+  static void CacheView(const QorviViewPlugin::ViewInfo& view) { EXPECT_TRUE(Manager().InsertViewToCache(view, true)); }
   static void CacheGroup(const QorviViewPlugin::ViewGroupInfo& group) { Manager().InsertViewGroupToCache(group); }
 
   // A group's members in order, "5'five' 6'six' "; nothing for a group that is not cached.
