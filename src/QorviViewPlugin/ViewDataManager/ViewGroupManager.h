@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The library's cache of the server's views and view groups. The platform's download of them has the same name
-// (ResourceStore::CViewGroupManager).
+// The library's cache of the server's views and view groups, and all that is done with it: look-ups in
+// ViewGroupManager.cpp, own edits in ViewEdits.cpp, reading what was downloaded in ViewIngestion.cpp, what a change
+// does and who hears of it in ViewChanges.cpp and ViewGroupChanges.cpp. The platform's download of both has the same
+// name (ResourceStore::CViewGroupManager).
 #pragma once
 
 #include <atomic>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the server answers: elements, lists, events, and the envelope around all of them.
+// The pieces of which answers are made: elements, lists, events, and the envelope around all of them.
 #pragma once
 
 #include <string>

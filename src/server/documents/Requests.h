@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What clients send, read and checked for its form. Readers throw a Refusal.
+// What clients send, and a seed's views and groups: read and checked for their form. Readers throw a Refusal.
 #pragma once
 
 #include <rapidjson/document.h>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sessions that list, add, modify, delete and order view groups on the server, and those of the client's default
-// view. Each object serves one call on one thread; m_error holds why a call answered false, m_changeNumber which change
-// the server made of it, 0 where it does not say. Listing and ordering exist for programs outside this repository only.
+// The sessions that list, add, modify, delete and order (the server says "move") view groups on the server, and those
+// of the client's default view. Each object serves one call on one thread; m_error holds why a call answered false,
+// m_changeNumber which change the server made of it, 0 where it does not say. Listing and ordering exist for programs
+// outside this repository only.
 #pragma once
 
 #include <cstdint>
