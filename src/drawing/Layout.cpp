@@ -66,7 +66,7 @@ class Division {
   Layout WordsBeside(double width) const {
     Layout layout = m_layout;
     layout.picture = PictureIn(m_window, QRectF(m_body.topLeft(), QSizeF(width, m_body.height())));
-    layout.facts = m_body.adjusted(width + m_gap, 0, 0, 0);
+    layout.facts = m_body.adjusted(layout.picture.width() + m_gap, 0, 0, 0);
     return layout;
   }
 

@@ -19,7 +19,7 @@ QString Cut(const QFont& font, const QString& text, double width) {
 }  // namespace
 
 QFont Lettering(double size, bool isBold) {
-  QFont font;
+  QFont font(kFirstFont);  // the name that an SVG says
   font.setFamilies({kFirstFont, "Droid Sans Fallback", "Symbola", "sans-serif"});
   font.setPixelSize(static_cast<int>(std::lround(size)));
   font.setBold(isBold);

@@ -103,7 +103,7 @@ void ReadMap(const QJsonObject& item, Window& window) {
 void ReadRelated(const QJsonObject& item, Window& window) {
   const int type = Number(item, "RelateResourceType", -1);
   const int id = Number(item, "RelateResourceID", -1);
-  if (type < 0 && id < 0) return;
+  if (id == -1) return;
   window.related = Related{KindOfRelated(type), WordOfRelated(type), id, Text(item, "RelateResourceName")};
 }
 

@@ -3,6 +3,7 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QRegularExpression>
 #include <QSvgGenerator>
 
 #include "drawing/Lettering.h"
@@ -13,6 +14,29 @@ namespace drawing {
 namespace {
 
 constexpr int kDotsPerInch = 96;
+
+// What the generator does not say of texts. Where the first font is missing, one of its like is better than a viewer's
+// standard one. A run that is read from right to left begins at its right end, blanks at its own end included; its
+// place is that of its left one.
+QString Completed(const QString& svg) {
+  static const QRegularExpression text("<text ([^>]*)>([^<]*)</text>");
+  QString completed;
+  int done = 0;
+  for (auto found = text.globalMatch(svg); found.hasNext();) {
+    const QRegularExpressionMatch match = found.next();
+    completed += svg.midRef(done, match.capturedStart() - done);
+    if (match.captured(2).isRightToLeft()) {
+      completed += "<text direction=\"rtl\" unicode-bidi=\"embed\" text-anchor=\"end\" ";
+      completed += svg.midRef(match.capturedStart(1), match.capturedEnd() - match.capturedStart(1));
+    } else {
+      completed += match.capturedRef();
+    }
+    done = match.capturedEnd();
+  }
+  completed += svg.midRef(done);
+  const QString first = kFirstFont;
+  return completed.replace("font-family=\"" + first + "\"", "font-family=\"" + first + ", Verdana, sans-serif\"");
+}
 
 QByteArray MakeSvg(const Page& page, const Theme& theme) {
   QByteArray svg;
@@ -28,9 +52,7 @@ QByteArray MakeSvg(const Page& page, const Theme& theme) {
   QPainter painter(&generator);
   DrawPage(painter, page, theme);
   painter.end();
-  // Where the first font is missing, one of its like is better than a viewer's standard one.
-  const QByteArray first = kFirstFont;
-  return svg.replace("font-family=\"" + first + "\"", "font-family=\"" + first + ", Verdana, sans-serif\"");
+  return Completed(QString::fromUtf8(svg)).toUtf8();
 }
 
 QByteArray MakePng(const Page& page, const Theme& theme) {

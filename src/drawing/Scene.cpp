@@ -66,7 +66,9 @@ void DrawMarkBox(QPainter& painter, const Theme& theme, const QRectF& box, doubl
 
 void DrawBoxes(QPainter& painter, const Theme& theme, const Window& window, const QRectF& picture) {
   DrawGround(painter, theme, picture, theme.sceneEdge);
-  DrawIcon(painter, window.kind, Middle(picture, 0.4), theme.edge);
+  const double side = picture.height() * 0.22;
+  DrawIcon(painter, window.kind, QRectF(picture.bottomLeft() + QPointF(side * 0.2, -side * 1.1), QSizeF(side, side)),
+           theme.edge);
   const double size = LetterSize(picture);
   if (window.digitalZoom) {
     const QRectF box = InPicture(picture, *window.digitalZoom);
@@ -155,6 +157,7 @@ void DrawMap(QPainter& painter, const Theme& theme, const Map& map, const QRectF
   const QPointF left = at(0.06, 0.93);
   const QPointF right = at(0.36, 0.93);
   painter.drawPolyline(QPolygonF({left - QPointF(0, 5), left, right, right - QPointF(0, 5)}));
+  if (picture.height() < 6 * size) return;
   const QRectF above(left - QPointF(0, size * 1.6), QSizeF(picture.width() * 0.6, size * 1.4));
   painter.setPen(theme.text);
   DrawLine(painter, Lettering(size, true), above, "scale " + QString::number(map.scale));

@@ -55,8 +55,9 @@ bool IsId(const QString& id) {
 
 void AddWhatAndWhere(const Window& window, std::vector<Fact>& facts) {
   QString what = WordOf(window) + (IsId(window.id) ? " " + window.id : "");
-  // Some words stand for several types.
-  if (window.kind == Kind::kElement || window.kind == Kind::kText) what += " of type " + QString::number(window.type);
+  const bool standsForSeveralTypes =
+      window.kind == Kind::kElement || window.kind == Kind::kText || window.kind == Kind::kOther;
+  if (standsForSeveralTypes) what += " of type " + QString::number(window.type);
   facts.push_back({Mark::kNone, what});
   QStringList where;
   if (IsId(window.site)) where += "site " + window.site;
@@ -153,7 +154,7 @@ QString WordOfRelated(int relatedType) {
 
 QString WordOf(const Window& window) {
   const KindWord* found = Find(kKinds, window.type);
-  return found ? found->word : "resource of type " + QString::number(window.type);
+  return found ? found->word : "resource";
 }
 
 std::vector<Fact> FactsOf(const Window& window) {
@@ -166,7 +167,9 @@ std::vector<Fact> FactsOf(const Window& window) {
   if (window.fishEye) AddFishEye(*window.fishEye, facts);
   if (window.cycle) AddCycle(*window.cycle, facts);
   if (window.map) AddMap(*window.map, facts);
-  if (!window.text.isEmpty() && window.text != window.name) facts.push_back({Mark::kNone, Quoted(window.text)});
+  // A camera's text is its preset's name once more.
+  const bool isNew = window.text != window.name && window.text != window.presetName;
+  if (!window.text.isEmpty() && isNew) facts.push_back({Mark::kNone, Quoted(window.text)});
   return facts;
 }
 
@@ -180,6 +183,7 @@ QString InWords(const Page& page) {
 }
 
 QString HeadOf(const Page& page) {
+  if (page.count == 0) return "No pages";
   QString text = "Page " + QString::number(page.number);
   if (page.count > 1) text += " of " + QString::number(page.count);
   if (page.turnedAfter > 0) text += ", turned every " + QString::number(page.turnedAfter) + " s";

@@ -13,7 +13,7 @@ Kind KindOf(int resourceType);
 Kind KindOfRelated(int relatedType);
 QString WordOfRelated(int relatedType);
 
-// "camera", "door", ...; kinds without a name of their own with their number.
+// "camera", "door", ...; "resource" where the type has no name.
 QString WordOf(const Window& window);
 
 // What belongs to a line of words in a drawing.
