@@ -19,13 +19,13 @@ void NeedApplication() {
   static QCoreApplication application(argc, argv);
 }
 
-void Start(QProcess& process, const QStringList& arguments, const std::string& password) {
+void Start(QProcess& process, const QString& program, const QStringList& arguments, const std::string& password) {
   NeedApplication();
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.remove("VIEWCTL_PASSWORD");
   if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
   process.setProcessEnvironment(environment);
-  process.start(VIEWCTL_FILE, arguments);
+  process.start(program, arguments);
 }
 
 int StatusOf(const QProcess& process) {
@@ -58,9 +58,18 @@ QStringList Site::As(const std::string& user) const {
   return {"--server", QString::fromStdString(Url()), "--user", QString::fromStdString(user)};
 }
 
+QString ViewctlFile() {
+  return VIEWCTL_FILE;
+}
+
 Outcome Run(const QStringList& arguments, const std::string& password, const std::string& input) {
+  return RunProgram(ViewctlFile(), arguments, password, input);
+}
+
+Outcome RunProgram(const QString& program, const QStringList& arguments, const std::string& password,
+                   const std::string& input) {
   QProcess process;
-  Start(process, arguments, password);
+  Start(process, program, arguments, password);
   process.write(input.data(), static_cast<qint64>(input.size()));
   process.closeWriteChannel();
   const bool ended = process.waitForFinished(kLimit);
@@ -75,7 +84,7 @@ Outcome RunAs(const Site& site, const std::string& user, const QStringList& comm
 }
 
 Running::Running(const QStringList& arguments, const std::string& password) {
-  Start(m_process, arguments, password);
+  Start(m_process, VIEWCTL_FILE, arguments, password);
 }
 
 Running::~Running() {

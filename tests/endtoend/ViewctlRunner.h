@@ -37,6 +37,12 @@ class Site {
   std::unique_ptr<server::ViewServer> m_server;
 };
 
+// The built viewctl.
+QString ViewctlFile();
+
+// Runs a program to its end.
+Outcome RunProgram(const QString& program, const QStringList& arguments, const std::string& password = {},
+                   const std::string& input = {});
 // Runs viewctl to its end. `password` goes into VIEWCTL_PASSWORD; empty leaves it unset.
 Outcome Run(const QStringList& arguments, const std::string& password = {}, const std::string& input = {});
 // The same as a user of the site, whose passwords are all "sample-" and the name.
