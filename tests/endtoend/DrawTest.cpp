@@ -115,7 +115,7 @@ TEST_F(DrawTest, WithoutViewdrawEverythingElseWorks) {
   ASSERT_TRUE(QFile::copy(QString(VIEWCTL_FILE), viewctl));
   const auto run = [&](const QStringList& command) {
     const QString plugin = QFileInfo(QString(VIEWCTL_FILE)).dir().filePath("../lib/libQorviViewPlugin.so");
-    return Run(TheSite().As("admin") + QStringList{"--plugin", plugin} + command, "sample-admin", {}, viewctl);
+    return test::Run(TheSite().As("admin") + QStringList{"--plugin", plugin} + command, "sample-admin", {}, viewctl);
   };
   const Outcome drawn = run({"draw", "110", "-o", m_folder.filePath("page.svg")});
   EXPECT_EQ(drawn.status, 2);
