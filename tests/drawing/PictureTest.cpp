@@ -2,12 +2,16 @@
 #include "drawing/Picture.h"
 
 #include <gtest/gtest.h>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
 
 #include <QFontInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QXmlStreamReader>
 #include <cmath>
+#include <memory>
 
 #include "Plans.h"
 #include "drawing/Lettering.h"
@@ -28,8 +32,18 @@ class PictureTest : public ::testing::Test {
     static char name[] = "test";
     static char* argv[] = {name, nullptr};
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QGuiApplication application(argc, argv);
+#ifdef __SANITIZE_ADDRESS__
+    const __lsan::ScopedDisabler qtKeepsItsScreen;
+#endif
+    s_application = std::make_unique<QGuiApplication>(argc, argv);
   }
+  // Qt gives back what it has while the process still runs.
+  static void TearDownTestSuite() {
+    s_application.reset();
+  }
+
+ private:
+  static inline std::unique_ptr<QGuiApplication> s_application;
 };
 
 // What an SVG says and draws.
