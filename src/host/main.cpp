@@ -26,6 +26,7 @@ void AddCommands(CLI::App& app, host::Chosen& chosen) {
   host::AddDemoCommand(app, chosen);
   host::AddTreeCommand(app, chosen);
   host::AddShowCommand(app, chosen);
+  host::AddDrawCommand(app, chosen);
   host::AddCallCommand(app, chosen);
   host::AddScriptCommand(app, chosen);
   host::AddWatchCommand(app, chosen);
@@ -62,7 +63,7 @@ int main(int argc, char** argv) {
 
   host::GlobalOptions options;
   host::Chosen chosen;
-  CLI::App app("Lists, copies and repairs saved views through QorviViewPlugin", "viewctl");
+  CLI::App app("Lists, draws, copies and repairs saved views through QorviViewPlugin", "viewctl");
   app.require_subcommand(0, 1);  // without one the parser would not name a command it does not know
   app.fallthrough();
   AddGlobalOptions(app, options);

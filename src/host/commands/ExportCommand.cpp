@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl export: views and folders as a file for another server.
-#include <QSaveFile>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "host/Client.h"
@@ -10,6 +10,7 @@
 #include "host/JsonText.h"
 #include "host/PortableFile.h"
 #include "host/Progress.h"
+#include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/ViewTree.h"
 #include "host/commands/Commands.h"
@@ -138,20 +139,11 @@ class Export {
   std::string m_withReplacedBytes;
 };
 
-void WriteFile(QSaveFile& file, const std::string& text) {
-  if (file.write(text.data(), static_cast<qint64>(text.size())) < 0 || !file.commit()) {
-    throw Failure(kUsage, "The file " + file.fileName().toStdString() + " cannot be written");
-  }
-}
-
 int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   std::vector<QualifiedId> ids;
   for (const std::string& id : wanted.ids) ids.push_back(ParseQualifiedId(id));
-  // Nothing replaces an old file before the new one is complete.
-  QSaveFile file(QString::fromStdString(wanted.output));
-  if (wanted.output != "-" && !file.open(QIODevice::WriteOnly)) {
-    throw Failure(kUsage, "The file " + wanted.output + " cannot be written");
-  }
+  std::optional<SavedFile> file;
+  if (wanted.output != "-") file.emplace(wanted.output);
 
   Client client(options, Texts::kTranslated);
   client.Load();
@@ -159,10 +151,10 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   Export exporter(client.Functions(), tree);
   const PortableFile content = ids.empty() ? exporter.Everything() : exporter.Of(Select(tree, ids));
   const std::string text = WritePortable(content);
-  if (wanted.output == "-") {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+  if (file) {
+    file->Write(text);
   } else {
-    WriteFile(file, text);
+    std::fwrite(text.data(), 1, text.size(), stdout);
   }
   Say("Exported " + Counted(content.views.size(), "view"));
   if (exporter.LeftOut() > 0) {

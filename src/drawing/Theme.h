@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QColor>
+
+#include "drawing/Words.h"
+
+namespace drawing {
+
+// The colours of a drawing. Text stands out from what is behind it by 4.5 to 1 at least.
+struct Theme {
+  QColor canvas, cell, bar, edge, scene, sceneEdge, text, dimText;
+  QColor digitalZoom, centreMark, fishEye, cycle, map, related, preset;
+
+  static const Theme& Light();
+  static const Theme& Dark();
+
+  QColor Of(Kind kind) const;
+  QColor Of(const Fact& fact) const;
+  // Of a zoom window, its frame and the link to it; colours come again after six.
+  QColor OfZoomWindow(int number) const;
+
+ private:
+  QColor m_kinds[10];
+  QColor m_zoomWindows[6];
+
+  friend struct Themes;
+};
+
+}  // namespace drawing
