@@ -54,6 +54,10 @@ HttpReply ReplyWith(ElementList list) {
   return reply;
 }
 
+HttpReply ReplyWith(const char* name, std::initializer_list<json::Member> members) {
+  return Reply(Envelope(std::string("{\"") + name + "\":{" + json::Members(members) + "}}"));
+}
+
 HttpReply Refused(const Refusal& refusal) {
   HttpReply reply = Reply(Envelope(refusal));
   reply.status = refusal.httpStatus;
@@ -89,16 +93,12 @@ int64_t ReadChangeNumber(const std::optional<std::string>& text) {
 }
 
 HttpReply Changed(int64_t number) {
-  std::string data = "{";
-  AppendChangeNumber(data, number);
-  return Reply(Envelope(data + '}'));
+  return Reply(Envelope('{' + json::Members({{kChangeNumber, std::to_string(number)}}) + '}'));
 }
 
 HttpReply AddedReply(const char* kind, const Added& added) {
-  std::string data = std::string("{\"") + kind + "\":{";
-  json::AppendMember(data, "ID", added.id);
-  AppendChangeNumber(data += "},", added.changeNumber);
-  return Reply(Envelope(data + '}'));
+  return Reply(Envelope(std::string("{\"") + kind + "\":{" + json::Members({{"ID", added.id}}) + "}," +
+                        json::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
 }
 
 }  // namespace
@@ -211,11 +211,8 @@ HttpReply Api::Login(const Exchange& exchange) {
     return reply;
   }
   m_guard.Succeeded(login.userName);
-  std::string data = "{\"Session\":{";
-  json::AppendMember(data, "Token", m_site.OpenSession(user->id, login.clientName.substr(0, 256)));
-  json::AppendMember(data += ',', "UserID", user->id);
-  json::AppendMember(data += ',', "UserName", user->name);
-  return Reply(Envelope(data + "}}"));
+  const std::string token = m_site.OpenSession(user->id, login.clientName.substr(0, 256));
+  return ReplyWith("Session", {{"Token", token}, {"UserID", user->id}, {"UserName", user->name}});
 }
 
 HttpReply Api::Logout(const Exchange& exchange) {
@@ -257,11 +254,10 @@ HttpReply Api::ShareView(const Exchange& exchange) {
   const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
   std::string list;
   for (const ShareFailure& failure : m_site.ShareView(exchange.caller, exchange.id, users)) {
-    json::AppendMember(list += list.empty() ? "{" : ",{", "UserID", failure.userId);
-    json::AppendMember(list += ',', "UserName", failure.userName);
-    json::AppendMember(list += ',', "ErrorModule", failure.reason.module);
-    json::AppendMember(list += ',', "ErrorCode", failure.reason.code);
-    list += '}';
+    json::AppendObject(list, {{"UserID", failure.userId},
+                              {"UserName", failure.userName},
+                              {"ErrorModule", failure.reason.module},
+                              {"ErrorCode", failure.reason.code}});
   }
   return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
 }
@@ -284,10 +280,7 @@ HttpReply Api::MoveGroups(const Exchange& exchange) {
 
 HttpReply Api::GetDefaultView(const Exchange& exchange) {
   const DefaultView view = m_site.GetDefaultView(exchange.caller);
-  std::string data = "{\"Config\":{";
-  json::AppendMember(data, "Type", view.type);
-  json::AppendMember(data += ',', "ID", view.id);
-  return Reply(Envelope(data + "}}"));
+  return ReplyWith("Config", {{"Type", view.type}, {"ID", view.id}});
 }
 
 HttpReply Api::SetDefaultView(const Exchange& exchange) {
@@ -298,11 +291,9 @@ HttpReply Api::SetDefaultView(const Exchange& exchange) {
 HttpReply Api::ListUsers(const Exchange&) {
   std::string list;
   for (const User& user : m_site.Users()) {
-    json::AppendMember(list += list.empty() ? "{" : ",{", "ID", user.id);
-    json::AppendMember(list += ',', "Name", user.name);
-    json::AppendMember(list += ',', "Online", user.online ? 1 : 0);
-    json::AppendMember(list += ',', "PTZControlPermission", user.ptz);
-    list += '}';
+    json::AppendObject(
+        list,
+        {{"ID", user.id}, {"Name", user.name}, {"Online", user.online ? 1 : 0}, {"PTZControlPermission", user.ptz}});
   }
   return Reply(Envelope(R"({"UserList":{"User":[)" + list + "]}}"));
 }

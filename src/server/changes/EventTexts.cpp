@@ -12,14 +12,12 @@ namespace {
 std::string DataOf(const Change& change, Sight sight, Method method) {
   std::string text = EventPrefix(change.kind);
   if (method == Method::kDeleted) {
-    json::AppendMember(text += '{', "ID", change.id);
-    AppendChangeNumber(text += ',', change.number);
+    text += '{' + json::Members({{"ID", change.id}, {kChangeNumber, std::to_string(change.number)}});
   } else {
     text += sight == Sight::kShared ? change.sharedHead : change.head;
     if (change.document) text += *change.document;
   }
-  json::AppendMember(text += ',', "Method", static_cast<int32_t>(method));
-  return text + '}' + ListSuffix();
+  return text + ',' + json::Members({{"Method", static_cast<int32_t>(method)}}) + '}' + ListSuffix();
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <limits>
 #include <sstream>
 #include <stdexcept>
-#include <string_view>
 #include <unordered_set>
 
 #include "json/ParseText.h"
@@ -46,6 +45,13 @@ void CheckShape(const std::string& text) {
       --depth;
     }
   }
+}
+
+void AppendQuoted(std::string& out, std::string_view text) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  out.append(buffer.GetString(), buffer.GetSize());
 }
 
 }  // namespace
@@ -126,20 +132,21 @@ std::vector<int32_t> IdList(const std::string& text) {
   return ids;
 }
 
-void AppendQuoted(std::string& out, const std::string& text) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  out.append(buffer.GetString(), buffer.GetSize());
+std::string Members(std::initializer_list<Member> members) {
+  std::string text;
+  for (const auto& [key, value] : members) {
+    text.append(text.empty() ? "\"" : ",\"").append(key).append("\":");
+    if (const auto* number = std::get_if<int32_t>(&value)) {
+      text += std::to_string(*number);
+    } else {
+      AppendQuoted(text, std::get<std::string_view>(value));
+    }
+  }
+  return text;
 }
 
-void AppendMember(std::string& out, const char* key, const std::string& text) {
-  out.append("\"").append(key).append("\":");
-  AppendQuoted(out, text);
-}
-
-void AppendMember(std::string& out, const char* key, int32_t number) {
-  out.append("\"").append(key).append("\":").append(std::to_string(number));
+void AppendObject(std::string& elements, std::initializer_list<Member> members) {
+  elements.append(elements.empty() ? "{" : ",{").append(Members(members)).append("}");
 }
 
 std::string Serialise(const rapidjson::Value& value) {
