@@ -32,7 +32,7 @@ const char* ListStart(Kind kind) {
 std::string GroupHead(const Group& group) {
   return '{' + json::Members({{"ID", group.id},
                               {"Name", group.name},
-                              {"ParentViewGroupID", group.parentId},
+                              {"ParentViewGroupID", group.folderId},
                               {"UserID", group.userId},
                               {"IsSharedView", group.sharedFolder && group.userId != kNobody ? 1 : -1},
                               {"SequenceIndex", group.sequence},
@@ -40,7 +40,7 @@ std::string GroupHead(const Group& group) {
 }
 
 std::string ViewHead(const View& view) {
-  return Head(view, view.groupId) + ',' + json::Members({{kChangeNumber, std::to_string(view.changeNumber)}});
+  return Head(view, view.folderId) + ',' + json::Members({{kChangeNumber, std::to_string(view.changeNumber)}});
 }
 
 std::string SharedViewHead(const View& view, const std::string& ownerName) {

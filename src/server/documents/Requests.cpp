@@ -87,7 +87,7 @@ ViewInput ReadView(Value& element, Allocator& allocator) {
   ViewInput view;
   view.name = json::String(element, "Name");
   CheckName(view.name);
-  view.groupId = json::Int(element, "ViewGroupID", kTopFolder);
+  view.folderId = json::Int(element, "ViewGroupID", kTopFolder);
   view.userId = json::Int(element, "UserID", kNobody);
   view.autoCycle = json::Int(element, "AutoCycle", -1);
   view.cycleTime = json::Int(element, "CycleTime", -1);
@@ -106,7 +106,7 @@ GroupInput ReadGroup(const Value& element) {
   GroupInput group;
   group.name = json::String(element, "Name");
   CheckName(group.name);
-  group.parentId = json::Int(element, "ParentViewGroupID", kTopFolder);
+  group.folderId = json::Int(element, "ParentViewGroupID", kTopFolder);
   group.userId = json::Int(element, "UserID", kNobody);
   group.sharedFolder = json::Int(element, "IsSharedView", -1) == 1;
   return group;

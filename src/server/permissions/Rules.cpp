@@ -8,8 +8,18 @@
 
 namespace server {
 
+namespace {
+
+// The folder that a group lies in.
+int32_t Above(const Catalog& catalog, int32_t groupId) {
+  const GroupPtr group = catalog.groups.Find(groupId);
+  return group ? group->folderId : kTopFolder;
+}
+
+}  // namespace
+
 ViewPtr VisibleView(const Catalog& catalog, int32_t userId, int32_t viewId) {
-  ViewPtr view = catalog.FindView(viewId);
+  ViewPtr view = catalog.views.Find(viewId);
   if (!view || AudienceOf(*view).Of(userId) == Sight::kNone) throw NoSuchView();
   return view;
 }
@@ -21,7 +31,7 @@ ViewPtr EditableView(const Catalog& catalog, int32_t userId, int32_t viewId) {
 }
 
 GroupPtr EditableGroup(const Catalog& catalog, int32_t userId, int32_t groupId) {
-  GroupPtr group = catalog.FindGroup(groupId);
+  GroupPtr group = catalog.groups.Find(groupId);
   if (!group || AudienceOf(*group).Of(userId) == Sight::kNone) throw NoSuchGroup();
   return group;
 }
@@ -38,11 +48,7 @@ void CheckFolder(const Catalog& catalog, int32_t userId, int32_t folderId, int32
 
 std::set<int32_t> WayToTop(const Catalog& catalog, int32_t folderId) {
   std::set<int32_t> way;
-  for (int32_t at = folderId; at != kTopFolder;) {
-    way.insert(at);
-    const GroupPtr group = catalog.FindGroup(at);
-    at = group ? group->parentId : kTopFolder;
-  }
+  for (int32_t at = folderId; at != kTopFolder; at = Above(catalog, at)) way.insert(at);
   return way;
 }
 
@@ -63,12 +69,12 @@ Deletion PlanDeletion(const Catalog& catalog, const Group& group) {
   std::vector<int32_t>& groups = plan.groups;
   groups.push_back(group.id);
   for (size_t i = 0; i < groups.size(); ++i) {  // breadth first: the deepest come last
-    const std::vector<int32_t> inside = catalog.Content(Kind::kGroup, groups[i], group.userId);
+    const std::vector<int32_t> inside = catalog.groups.Content(groups[i], group.userId);
     groups.insert(groups.end(), inside.begin(), inside.end());
   }
   std::reverse(groups.begin(), groups.end());
   for (int32_t id : groups) {
-    const std::vector<int32_t> inside = catalog.Content(Kind::kView, id, group.userId);
+    const std::vector<int32_t> inside = catalog.views.Content(id, group.userId);
     plan.views.insert(plan.views.end(), inside.begin(), inside.end());
   }
   return plan;
@@ -76,18 +82,16 @@ Deletion PlanDeletion(const Catalog& catalog, const Group& group) {
 
 void CheckContainment(const Catalog& catalog) {
   std::set<int32_t> rooted;  // groups whose way to the top is known to end there
-  for (const auto& [id, group] : catalog.Groups()) {
-    CheckFolder(catalog, group->userId, group->parentId, group->userId);
+  for (const auto& [id, group] : catalog.groups.All()) {
+    CheckFolder(catalog, group->userId, group->folderId, group->userId);
     std::vector<int32_t> way;
-    for (int32_t at = id; at != kTopFolder && rooted.count(at) == 0;) {
-      if (way.size() > catalog.Groups().size()) throw NotPermitted("a group cannot lie in itself");
+    for (int32_t at = id; at != kTopFolder && !rooted.contains(at); at = Above(catalog, at)) {
+      if (way.size() > catalog.groups.All().size()) throw NotPermitted("a group cannot lie in itself");
       way.push_back(at);
-      const GroupPtr above = catalog.FindGroup(at);
-      at = above ? above->parentId : kTopFolder;
     }
     rooted.insert(way.begin(), way.end());
   }
-  for (const auto& [id, view] : catalog.Views()) CheckFolder(catalog, view->userId, view->groupId, view->userId);
+  for (const auto& [id, view] : catalog.views.All()) CheckFolder(catalog, view->userId, view->folderId, view->userId);
 }
 
 }  // namespace server

@@ -99,7 +99,7 @@ ElementList Site::Views(const Caller& caller) {
   const base::MutexLock lock(m_mutex);
   ElementList list{Kind::kView, m_log.Last(), {}};
   std::map<int32_t, std::string> ownerNames;
-  for (const ViewPtr& view : m_catalog.ViewsSeenBy(caller.userId)) {
+  for (const ViewPtr& view : m_catalog.views.SeenBy(caller.userId)) {
     Text head = view->head;
     if (AudienceOf(*view).Of(caller.userId) == Sight::kShared) {
       const auto [owner, isNew] = ownerNames.try_emplace(view->userId);
@@ -114,7 +114,7 @@ ElementList Site::Views(const Caller& caller) {
 ElementList Site::Groups(const Caller& caller) {
   const base::MutexLock lock(m_mutex);
   ElementList list{Kind::kGroup, m_log.Last(), {}};
-  for (const GroupPtr& group : m_catalog.GroupsSeenBy(caller.userId)) list.elements.push_back({group->head, nullptr});
+  for (const GroupPtr& group : m_catalog.groups.SeenBy(caller.userId)) list.elements.push_back({group->head, nullptr});
   return list;
 }
 

@@ -16,8 +16,8 @@ Added Site::AddView(const Caller& caller, ViewInput input) {
 
   Locked locked(m_mutex);
   CheckOwner(caller.userId, view->userId);
-  CheckFolder(m_catalog, caller.userId, view->groupId, view->userId);
-  view->sequence = m_catalog.NextSequence(Kind::kView, view->groupId, view->userId);
+  CheckFolder(m_catalog, caller.userId, view->folderId, view->userId);
+  view->sequence = m_catalog.views.NextSequence(view->folderId, view->userId);
   std::vector<Step> steps{Step(nullptr, view)};
   const int64_t number = Commit(locked, caller, steps);
   return {view->id, number};
@@ -26,7 +26,7 @@ Added Site::AddView(const Caller& caller, ViewInput input) {
 int64_t Site::ReplaceView(const Caller& caller, int32_t id, ViewInput input) {
   Locked locked(m_mutex);
   const ViewPtr old = EditableView(m_catalog, caller.userId, id);
-  CheckFolder(m_catalog, caller.userId, input.groupId, old->userId);
+  CheckFolder(m_catalog, caller.userId, input.folderId, old->userId);
   auto view = std::make_shared<View>(*old);
   Assign(*view, std::move(input));
   std::vector<Step> steps{Step(old, std::move(view))};
@@ -47,7 +47,7 @@ int64_t Site::MoveViews(const Caller& caller, const MoveInput& move) {
     const ViewPtr old = EditableView(m_catalog, caller.userId, id);
     CheckFolder(m_catalog, caller.userId, move.folderId, old->userId);
     auto view = std::make_shared<View>(*old);
-    view->groupId = move.folderId;
+    view->folderId = move.folderId;
     view->sequence = static_cast<int32_t>(steps.size()) + 1;
     steps.emplace_back(old, std::move(view));
   }
@@ -82,14 +82,14 @@ std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, cons
 Added Site::AddGroup(const Caller& caller, const GroupInput& input) {
   auto group = std::make_shared<Group>();
   group->name = input.name;
-  group->parentId = input.parentId;
+  group->folderId = input.folderId;
   group->userId = input.userId;
   group->sharedFolder = input.sharedFolder;
 
   Locked locked(m_mutex);
   CheckOwner(caller.userId, group->userId);
-  CheckFolder(m_catalog, caller.userId, group->parentId, group->userId);
-  group->sequence = m_catalog.NextSequence(Kind::kGroup, group->parentId, group->userId);
+  CheckFolder(m_catalog, caller.userId, group->folderId, group->userId);
+  group->sequence = m_catalog.groups.NextSequence(group->folderId, group->userId);
   std::vector<Step> steps{Step(nullptr, group)};
   const int64_t number = Commit(locked, caller, steps);
   return {group->id, number};
@@ -109,8 +109,8 @@ int64_t Site::DeleteGroup(const Caller& caller, int32_t id) {
   Locked locked(m_mutex);
   const Deletion plan = PlanDeletion(m_catalog, *EditableGroup(m_catalog, caller.userId, id));
   std::vector<Step> steps;
-  for (int32_t view : plan.views) steps.emplace_back(m_catalog.FindView(view), nullptr);
-  for (int32_t group : plan.groups) steps.emplace_back(m_catalog.FindGroup(group), nullptr);
+  for (int32_t view : plan.views) steps.emplace_back(m_catalog.views.Find(view), nullptr);
+  for (int32_t group : plan.groups) steps.emplace_back(m_catalog.groups.Find(group), nullptr);
   for (Step& step : steps) step.own = step.oldGroup && step.oldGroup->id == id;
   return Commit(locked, caller, steps);
 }
@@ -125,7 +125,7 @@ int64_t Site::MoveGroups(const Caller& caller, const MoveInput& move) {
     CheckFolder(m_catalog, caller.userId, move.folderId, old->userId);
     if (wayToTop.count(id) != 0) throw NotPermitted("a group cannot lie in itself");
     auto group = std::make_shared<Group>(*old);
-    group->parentId = move.folderId;
+    group->folderId = move.folderId;
     group->sequence = static_cast<int32_t>(steps.size()) + 1;
     steps.emplace_back(old, std::move(group));
   }
