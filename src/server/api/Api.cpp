@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/api/Api.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -8,11 +9,10 @@
 #include <optional>
 #include <string_view>
 
-#include "server/api/ListReply.h"
-#include "server/api/Query.h"
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
 #include "server/login/Secrets.h"
+#include "server/model/Refusal.h"
 
 namespace server {
 
@@ -35,6 +35,48 @@ struct Route {
 };
 
 constexpr size_t kSlowBody = size_t{256} << 10;
+constexpr size_t kChunk = size_t{256} << 10;
+
+// A list reply, put together from its elements' stored texts while it is sent.
+class ListReply : public BodySource {
+ public:
+  explicit ListReply(ElementList list) : m_list(std::move(list)) {
+    m_length = m_prefix.size() + m_suffix.size();
+    for (const auto& [head, document] : m_list.elements) {
+      m_length += head->size() + (document ? document->size() : 0) + 1;
+    }
+    if (!m_list.elements.empty()) m_length += m_list.elements.size() - 1;  // commas
+  }
+
+  uint64_t Length() const override { return m_length; }
+
+  bool Next(std::string& chunk) override {
+    const size_t count = m_list.elements.size();
+    chunk.clear();
+    if (m_suffixSent) return false;
+    if (m_next == 0) chunk = m_prefix;
+    for (; m_next < count && chunk.size() < kChunk; ++m_next) {
+      const auto& [head, document] = m_list.elements[m_next];
+      if (m_next > 0) chunk += ',';
+      chunk += *head;
+      if (document) chunk += *document;
+      chunk += '}';
+    }
+    if (m_next == count && chunk.size() < kChunk) {
+      chunk += m_suffix;
+      m_suffixSent = true;
+    }
+    return true;
+  }
+
+ private:
+  const ElementList m_list;
+  const std::string m_prefix = ListPrefix(m_list.kind, m_list.changeNumber);
+  const std::string m_suffix = ListSuffix();
+  uint64_t m_length = 0;
+  size_t m_next = 0;  // the element to send next
+  bool m_suffixSent = false;
+};
 
 HttpReply Reply(std::string body) {
   HttpReply reply;
@@ -82,12 +124,48 @@ Match MatchPath(std::string_view pattern, std::string_view path, int32_t& id) {
   return Match::kYes;
 }
 
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string Decoded(std::string_view text) {
+  std::string decoded;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '%') {
+      decoded += text[i];
+      continue;
+    }
+    const int high = i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
+    const int low = i + 2 < text.size() ? HexDigit(text[i + 2]) : -1;
+    if (high < 0 || low < 0) throw Malformed("the query is not well encoded");
+    decoded += static_cast<char>(high * 16 + low);
+    i += 2;
+  }
+  return decoded;
+}
+
+// The value of the first parameter of that name in `name=value` pairs joined by "&", percent-encoded.
+std::optional<std::string> Parameter(std::string_view query, std::string_view name) {
+  while (!query.empty()) {
+    const std::string_view pair = query.substr(0, query.find('&'));
+    query.remove_prefix(std::min(pair.size() + 1, query.size()));
+    const size_t equals = pair.find('=');
+    if (pair.substr(0, equals) != name) continue;
+    return equals == std::string_view::npos ? std::string() : Decoded(pair.substr(equals + 1));
+  }
+  return std::nullopt;
+}
+
 int64_t ReadChangeNumber(const std::optional<std::string>& text) {
   if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
     throw Malformed("After is not the number of a change");
   }
   int64_t number = 0;
-  if (std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc()) throw ChangesGone();
+  if (std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc())
+    throw ChangesGone();
   return number;
 }
 
