@@ -140,7 +140,7 @@ std::string Decoded(std::string_view text) {
     }
     const int high = i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
     const int low = i + 2 < text.size() ? HexDigit(text[i + 2]) : -1;
-    if (high < 0 || low < 0) throw Malformed("the query is not well encoded");
+    if (high < 0 || low < 0) throw Refusal::Malformed("the query is not well encoded");
     decoded += static_cast<char>(high * 16 + low);
     i += 2;
   }
@@ -161,11 +161,11 @@ std::optional<std::string> Parameter(std::string_view query, std::string_view na
 
 int64_t ReadChangeNumber(const std::optional<std::string>& text) {
   if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
-    throw Malformed("After is not the number of a change");
+    throw Refusal::Malformed("After is not the number of a change");
   }
   int64_t number = 0;
   if (std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc())
-    throw ChangesGone();
+    throw Refusal::ChangesGone();
   return number;
 }
 
@@ -184,7 +184,7 @@ HttpReply Login(const Exchange& exchange) {
   const std::string& peer = exchange.request.peer;
   if (!exchange.guard.Admits(login.userName, peer) ||
       !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
-    HttpReply reply = RefusedReply(BadLogin());
+    HttpReply reply = RefusedReply(Refusal::BadLogin());
     reply.delay = exchange.guard.Failed(login.userName, peer);
     return reply;
   }
@@ -240,7 +240,7 @@ HttpReply ListElements(const Exchange& exchange) {
   ElementFilter filter;
   if (const auto type = Parameter(exchange.request.query, "Type")) {
     filter.type = json::Id(*type);
-    if (!filter.type) throw Malformed("Type is not a number");
+    if (!filter.type) throw Refusal::Malformed("Type is not a number");
   }
   if (const auto ids = Parameter(exchange.request.query, "IDs")) filter.ids = json::IdList(*ids);
   return Reply(Envelope(exchange.site.ElementsData(filter)));
@@ -280,7 +280,7 @@ constexpr Route kRoutes[] = {
 
 const Route& FindRoute(const HttpRequest& request, int32_t& id) {
   std::string_view path = request.path;
-  if (!path.starts_with(kRoot)) throw UnknownPath();
+  if (!path.starts_with(kRoot)) throw Refusal::UnknownPath();
   path.remove_prefix(kRoot.size());
   bool otherMethod = false;
   bool badId = false;
@@ -290,9 +290,9 @@ const Route& FindRoute(const HttpRequest& request, int32_t& id) {
     otherMethod = otherMethod || match == Match::kYes;
     badId = badId || match == Match::kBadId;
   }
-  if (otherMethod) throw Malformed("this path does not have that method");
-  if (badId) throw Malformed("the id in the path is not a number");
-  throw UnknownPath();
+  if (otherMethod) throw Refusal::Malformed("this path does not have that method");
+  if (badId) throw Refusal::Malformed("the id in the path is not a number");
+  throw Refusal::UnknownPath();
 }
 
 }  // namespace
@@ -303,10 +303,10 @@ HttpReply Api::Handle(const HttpRequest& request) {
   } catch (const Refusal& refusal) {
     return Refused(refusal);
   } catch (const std::bad_alloc&) {
-    return Refused(NoMemory());
+    return Refused(Refusal::NoMemory());
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
-    return Refused(InternalError());
+    return Refused(Refusal::InternalError());
   }
 }
 

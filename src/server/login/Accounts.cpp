@@ -29,7 +29,7 @@ std::string WhyUnusable(const std::string& name, const std::string& password) {
     json::Parse('{' + json::Members({{"Name", name}}) + '}');  // refuses what is not UTF-8
     CheckName(name);
   } catch (const Refusal&) {
-    return BadName().detail;
+    return Refusal::BadName().detail;
   }
   return {};
 }

@@ -20,30 +20,31 @@ int32_t Above(const Catalog& catalog, int32_t groupId) {
 
 ViewPtr VisibleView(const Catalog& catalog, int32_t userId, int32_t viewId) {
   ViewPtr view = catalog.views.Find(viewId);
-  if (!view || AudienceOf(*view).Of(userId) == Sight::kNone) throw NoSuchView();
+  if (!view || AudienceOf(*view).Of(userId) == Sight::kNone) throw Refusal::NoSuchView();
   return view;
 }
 
 ViewPtr EditableView(const Catalog& catalog, int32_t userId, int32_t viewId) {
   ViewPtr view = VisibleView(catalog, userId, viewId);
-  if (view->userId != kNobody && view->userId != userId) throw NotPermitted("a shared view is its owner's to edit");
+  if (view->userId != kNobody && view->userId != userId)
+    throw Refusal::NotPermitted("a shared view is its owner's to edit");
   return view;
 }
 
 GroupPtr EditableGroup(const Catalog& catalog, int32_t userId, int32_t groupId) {
   GroupPtr group = catalog.groups.Find(groupId);
-  if (!group || AudienceOf(*group).Of(userId) == Sight::kNone) throw NoSuchGroup();
+  if (!group || AudienceOf(*group).Of(userId) == Sight::kNone) throw Refusal::NoSuchGroup();
   return group;
 }
 
 void CheckOwner(int32_t userId, int32_t owner) {
-  if (owner != kNobody && owner != userId) throw NotPermitted("a new view or group is public or one's own");
+  if (owner != kNobody && owner != userId) throw Refusal::NotPermitted("a new view or group is public or one's own");
 }
 
 void CheckFolder(const Catalog& catalog, int32_t userId, int32_t folderId, int32_t owner) {
   if (folderId == kTopFolder) return;
   const GroupPtr folder = EditableGroup(catalog, userId, folderId);
-  if (folder->userId != owner) throw NotPermitted("a folder's content has the folder's owner");
+  if (folder->userId != owner) throw Refusal::NotPermitted("a folder's content has the folder's owner");
 }
 
 std::set<int32_t> WayToTop(const Catalog& catalog, int32_t folderId) {
@@ -56,12 +57,12 @@ void CheckName(const std::string& name) {
   size_t codePoints = 0;
   for (size_t i = 0; i < name.size(); ++i) {
     const auto byte = static_cast<unsigned char>(name[i]);
-    if (byte < 0x20 || byte == 0x7F) throw BadName();
+    if (byte < 0x20 || byte == 0x7F) throw Refusal::BadName();
     // U+0080 to U+009F, the second set of control characters
-    if (byte == 0xC2 && i + 1 < name.size() && static_cast<unsigned char>(name[i + 1]) < 0xA0) throw BadName();
+    if (byte == 0xC2 && i + 1 < name.size() && static_cast<unsigned char>(name[i + 1]) < 0xA0) throw Refusal::BadName();
     if ((byte & 0xC0) != 0x80) ++codePoints;
   }
-  if (codePoints < 1 || codePoints > 256) throw BadName();
+  if (codePoints < 1 || codePoints > 256) throw Refusal::BadName();
 }
 
 Deletion PlanDeletion(const Catalog& catalog, const Group& group) {
@@ -86,7 +87,7 @@ void CheckContainment(const Catalog& catalog) {
     CheckFolder(catalog, group->userId, group->folderId, group->userId);
     std::vector<int32_t> way;
     for (int32_t at = id; at != kTopFolder && !rooted.contains(at); at = Above(catalog, at)) {
-      if (way.size() > catalog.groups.All().size()) throw NotPermitted("a group cannot lie in itself");
+      if (way.size() > catalog.groups.All().size()) throw Refusal::NotPermitted("a group cannot lie in itself");
       way.push_back(at);
     }
     rooted.insert(way.begin(), way.end());

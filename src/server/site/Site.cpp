@@ -130,7 +130,7 @@ std::string Site::OpenSession(int32_t userId, const std::string& client) {
 Caller Site::Authenticate(const std::string& token) {
   const base::MutexLock lock(m_mutex);
   const std::optional<Caller> caller = m_accounts.Authenticate(token);
-  if (!caller) throw NoSession();
+  if (!caller) throw Refusal::NoSession();
   return *caller;
 }
 
@@ -190,7 +190,7 @@ void Site::SetDefaultView(const Caller& caller, const DefaultView& view) {
 
 FeedPtr Site::OpenFeed(const Caller& caller, int64_t after) {
   const base::MutexLock lock(m_mutex);
-  if (!m_log.Reaches(after)) throw ChangesGone();
+  if (!m_log.Reaches(after)) throw Refusal::ChangesGone();
   return std::make_shared<ChangeFeed>(*this, caller, after);
 }
 

@@ -57,15 +57,15 @@ int64_t Site::MoveViews(const Caller& caller, const MoveInput& move) {
 std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, const std::vector<int32_t>& users) {
   Locked locked(m_mutex);
   const ViewPtr old = VisibleView(m_catalog, caller.userId, id);
-  if (old->userId != caller.userId) throw NotPermitted("only the owner of a private view may share it");
+  if (old->userId != caller.userId) throw Refusal::NotPermitted("only the owner of a private view may share it");
   std::vector<ShareFailure> failures;
   auto view = std::make_shared<View>(*old);
   for (int32_t user : users) {
     const std::string name = m_accounts.UserName(user);  // empty: there is no such user
     if (user == caller.userId) {
-      failures.push_back({user, name, NotPermitted("nobody shares a view with themselves")});
+      failures.push_back({user, name, Refusal::NotPermitted("nobody shares a view with themselves")});
     } else if (name.empty()) {
-      failures.push_back({user, name, NoSuchUser()});
+      failures.push_back({user, name, Refusal::NoSuchUser()});
     } else {
       const auto place = std::lower_bound(view->sharedWith.begin(), view->sharedWith.end(), user);
       if (place == view->sharedWith.end() || *place != user) view->sharedWith.insert(place, user);
@@ -123,7 +123,7 @@ int64_t Site::MoveGroups(const Caller& caller, const MoveInput& move) {
   for (int32_t id : move.ids) {
     const GroupPtr old = EditableGroup(m_catalog, caller.userId, id);
     CheckFolder(m_catalog, caller.userId, move.folderId, old->userId);
-    if (wayToTop.count(id) != 0) throw NotPermitted("a group cannot lie in itself");
+    if (wayToTop.count(id) != 0) throw Refusal::NotPermitted("a group cannot lie in itself");
     auto group = std::make_shared<Group>(*old);
     group->folderId = move.folderId;
     group->sequence = static_cast<int32_t>(steps.size()) + 1;
