@@ -11,7 +11,6 @@ namespace server {
 
 // The member that holds a change number, as decimal text.
 constexpr char kChangeNumber[] = "ChangeNumber";
-void AppendChangeNumber(std::string& out, int64_t number);
 
 // An element up to what follows: the document of a view, the closing brace of a group.
 std::string GroupHead(const Group& group);

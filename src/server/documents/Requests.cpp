@@ -45,7 +45,7 @@ void TurnIntoText(Value& value, Allocator& allocator) {
   if (value.IsNumber()) {
     text = NumberText(value);
   } else if (!value.IsNull()) {
-    throw Malformed("a window's order or digital zoom is neither a text nor a number");
+    throw Refusal::Malformed("a window's order or digital zoom is neither a text nor a number");
   }
   value.SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
 }
@@ -55,9 +55,9 @@ template <class Use>
 void ForEachObject(Value& object, const char* key, const Use& use) {
   const auto it = object.FindMember(key);
   if (it == object.MemberEnd() || it->value.IsNull()) return;
-  if (!it->value.IsArray()) throw Malformed("the pages or windows are not a list");
+  if (!it->value.IsArray()) throw Refusal::Malformed("the pages or windows are not a list");
   for (Value& entry : it->value.GetArray()) {
-    if (!entry.IsObject()) throw Malformed("a page or window is not an object");
+    if (!entry.IsObject()) throw Refusal::Malformed("a page or window is not an object");
     use(entry);
   }
 }
@@ -87,7 +87,7 @@ ViewInput ReadView(Value& element, Allocator& allocator) {
   ViewInput view;
   view.name = json::String(element, "Name");
   CheckName(view.name);
-  view.groupId = json::Int(element, "ViewGroupID", kTopFolder);
+  view.folderId = json::Int(element, "ViewGroupID", kTopFolder);
   view.userId = json::Int(element, "UserID", kNobody);
   view.autoCycle = json::Int(element, "AutoCycle", -1);
   view.cycleTime = json::Int(element, "CycleTime", -1);
@@ -106,7 +106,7 @@ GroupInput ReadGroup(const Value& element) {
   GroupInput group;
   group.name = json::String(element, "Name");
   CheckName(group.name);
-  group.parentId = json::Int(element, "ParentViewGroupID", kTopFolder);
+  group.folderId = json::Int(element, "ParentViewGroupID", kTopFolder);
   group.userId = json::Int(element, "UserID", kNobody);
   group.sharedFolder = json::Int(element, "IsSharedView", -1) == 1;
   return group;
@@ -127,7 +127,7 @@ MoveInput ReadMoveBody(Kind kind, const std::string& body) {
   const rapidjson::Document document = json::Parse(body);
   const Value& request = json::ObjectMember(document, "ViewMoveRequest");
   const int32_t type = kind == Kind::kView ? 1 : 2;
-  if (json::Int(request, "Type", type) != type) throw Malformed("the type of a move does not fit its path");
+  if (json::Int(request, "Type", type) != type) throw Refusal::Malformed("the type of a move does not fit its path");
   json::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
   return {json::Int(request, "ViewGroupID"), json::IdList(json::String(request, "IDs"))};
 }
@@ -135,7 +135,7 @@ MoveInput ReadMoveBody(Kind kind, const std::string& body) {
 std::vector<int32_t> ReadShareBody(const std::string& body) {
   const rapidjson::Document document = json::Parse(body);
   std::vector<int32_t> users = json::IdList(json::String(json::ObjectMember(document, "ViewShare"), "ShareUsers"));
-  if (users.size() > kMaxShareUsers) throw TooLarge();
+  if (users.size() > kMaxShareUsers) throw Refusal::TooLarge();
   return users;
 }
 

@@ -13,7 +13,7 @@ namespace server {
 
 struct ViewInput {
   std::string name;
-  int32_t groupId = kTopFolder;
+  int32_t folderId = kTopFolder;
   int32_t userId = kNobody;
   int32_t autoCycle = -1;
   int32_t cycleTime = -1;
@@ -22,7 +22,7 @@ struct ViewInput {
 
 struct GroupInput {
   std::string name;
-  int32_t parentId = kTopFolder;
+  int32_t folderId = kTopFolder;
   int32_t userId = kNobody;
   bool sharedFolder = false;
 };

@@ -21,7 +21,7 @@ using rapidjson::Value;
 constexpr uint32_t kHeadBytes = 80;  // any head of an answer is longer
 
 std::string_view BelowRoot(std::string_view path) {
-  return path.substr(0, kRoot.size()) == kRoot ? path.substr(kRoot.size()) : path;
+  return path.starts_with(kRoot) ? path.substr(kRoot.size()) : path;
 }
 
 void Tell(const FaultRule& rule, const std::string& where) {

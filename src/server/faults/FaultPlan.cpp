@@ -127,7 +127,6 @@ FaultRule ReadRule(const Value& value) {
 
 bool FitsPattern(std::string_view pattern, std::string_view text, std::string& id) {
   if (pattern.empty()) return text.empty();
-  if (pattern == "*") return true;
   if (pattern[0] == '*') {
     for (size_t taken = 0; taken <= text.size(); ++taken) {
       if (FitsPattern(pattern.substr(1), text.substr(taken), id)) return true;

@@ -18,7 +18,7 @@ using Allocator = rapidjson::Document::AllocatorType;
 
 int32_t EntryId(const Value& entry) {
   const int32_t id = json::Int(entry, "ID");
-  if (id < 1) throw Malformed("an ID is a number from 1");
+  if (id < 1) throw Refusal::Malformed("an ID is a number from 1");
   return id;
 }
 
@@ -33,7 +33,7 @@ SeedUser ReadUser(const Value& entry) {
   user.name = json::String(entry, "Name");
   CheckName(user.name);
   user.password = json::String(entry, "Password");
-  if (user.password.empty()) throw Malformed("a password is not empty");
+  if (user.password.empty()) throw Refusal::Malformed("a password is not empty");
   user.ptz = json::Int(entry, "PTZControlPermission", 0);
   user.digest = Digest(user.name + '\n' + std::to_string(user.ptz));  // nothing of the password, not even its hash
   return user;
@@ -43,9 +43,9 @@ std::vector<int32_t> ReadSharedWith(const Value& entry) {
   std::set<int32_t> users;
   const Value* list = json::Find(entry, "SharedWith");
   if (list == nullptr) return {};
-  if (!list->IsArray()) throw Malformed("SharedWith is not a list");
+  if (!list->IsArray()) throw Refusal::Malformed("SharedWith is not a list");
   for (const Value& user : list->GetArray()) {
-    if (!user.IsInt()) throw Malformed("SharedWith is not a list of user ids");
+    if (!user.IsInt()) throw Refusal::Malformed("SharedWith is not a list of user ids");
     users.insert(user.GetInt());
   }
   return {users.begin(), users.end()};
@@ -71,8 +71,8 @@ void ReadEntries(const std::string& file, rapidjson::Document& seed, const char*
   std::set<int32_t> ids;
   for (Value& entry : list->value.GetArray()) {
     try {
-      if (!entry.IsObject()) throw Malformed("not an object");
-      if (!ids.insert(EntryId(entry)).second) throw Malformed("this ID stands there twice");
+      if (!entry.IsObject()) throw Refusal::Malformed("not an object");
+      if (!ids.insert(EntryId(entry)).second) throw Refusal::Malformed("this ID stands there twice");
       read(entry);
     } catch (const Refusal& refusal) {
       const auto at = &entry - list->value.Begin();

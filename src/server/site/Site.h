@@ -90,8 +90,6 @@ class Site : public ChangeSource {
   struct SCOPED_CAPABILITY Locked {
     explicit Locked(base::Mutex& mutex) ACQUIRE(mutex) : lock(mutex) {}
     ~Locked() RELEASE();
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
 
     WakeList wake;
     base::MutexLock lock;

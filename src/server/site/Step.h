@@ -20,6 +20,9 @@ struct Step {
   Step(GroupPtr before, std::shared_ptr<Group> after)
       : kind(Kind::kGroup), oldGroup(std::move(before)), newGroup(std::move(after)) {}
 
+  const Item* Before() const { return oldView ? static_cast<const Item*>(oldView.get()) : oldGroup.get(); }
+  const Item* After() const { return newView ? static_cast<const Item*>(newView.get()) : newGroup.get(); }
+
   Kind kind;
   bool own = true;             // the caller edited this very object
   bool contentChanged = true;  // not only who may see it
