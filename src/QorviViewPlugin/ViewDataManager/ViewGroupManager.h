@@ -147,22 +147,23 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
 
   using MembersByGroup = std::map<unsigned int, MemberViews>;
 
-  // What a change document or a list holds, ready to be cached.
+  // What a change document or a list holds, the views ready to be cached.
   struct ViewsOfList {
     std::vector<std::shared_ptr<CView>> views;
+    ChangeNumber completeUpTo = 0;
+  };
+  struct GroupList {
+    std::vector<ViewGroupInfo> groups;
     ChangeNumber completeUpTo = 0;
   };
 
   void ClearCache() EXCLUDES(m_viewOrderLock);
   PendingChecks PendingChecksOf(std::span<const ViewInfo> views) const;
-  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
-                 std::list<ViewInfo>* changes);
-  static MembersByGroup MembersOf(const std::vector<std::shared_ptr<CView>>& views);
-  bool ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo, std::list<ViewGroupInfo>& groups,
-                      ChangeNumber& completeUpTo);
+  static std::optional<GroupList> ReadGroupList(const std::string& data, std::string& cascadingErrorInfo);
+  std::optional<ViewsOfList> ReadViews(const std::string& data, std::string& cascadingErrorInfo);
   // Merge a list, by number, with what is cached and known already.
   void TakeLoadedViews(const ViewsOfList& list) REQUIRES(m_viewOrderLock);
-  void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
+  void TakeLoadedViewGroups(const GroupList& list) REQUIRES(m_groupLock);
 
   // The steps of which changes consist. Each is made whole or, where memory runs out, not at all.
   void InsertView(const std::shared_ptr<CView>& view) REQUIRES(m_viewOrderLock);

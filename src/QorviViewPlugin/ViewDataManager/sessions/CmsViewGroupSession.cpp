@@ -22,23 +22,15 @@ std::string WriteViewGroupsRequest(uint32_t clientResourceVersion) {
   return document.get_str(0);
 }
 
-void ParseViewGroupList(const NetLink::CRapidJsonProto& reply, std::vector<ViewGroupInfo>& groups) {
-  PathCursor at(reply, "/ResponseStatus/Data/ViewGroupList/");
-  const int count = at.Count("ViewGroup");
-  for (int i = 1; i <= count; ++i) {
-    const auto level = at.Enter("ViewGroup", i);
-    groups.push_back(ReadViewGroup(at, DocumentOrigin::ListReply));
-  }
-}
-
 }  // namespace
 
 bool CmsViewGroupList::GetCmsViewGroupList(uint32_t clientResourceVersion) {
   static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewGroupList::GetCmsViewGroupList", ""};
   SessionRequest request{"GET", kViewGroupsUrl, WriteViewGroupsRequest(clientResourceVersion)};
   request.isListing = true;
-  return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
-                        [this](const NetLink::CRapidJsonProto& reply) { ParseViewGroupList(reply, m_vcViewGroups); });
+  return RunDataSession(request, kTexts, CascadingText::Kept, m_error, [this](const NetLink::CRapidJsonProto& reply) {
+    ReadViewGroups(reply, DocumentOrigin::ListReply, m_vcViewGroups);
+  });
 }
 
 bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {

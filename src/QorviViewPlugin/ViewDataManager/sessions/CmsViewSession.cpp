@@ -27,11 +27,7 @@ std::string WriteViewsRequest(uint32_t clientResourceVersion) {
 void ParseViewList(const NetLink::CRapidJsonProto& reply, std::vector<ViewInfo>& views) {
   const size_t first = views.size();
   PathCursor at(reply, "/ResponseStatus/Data/ViewList/");
-  const int count = at.Count("View");
-  for (int i = 1; i <= count; ++i) {
-    const auto level = at.Enter("View", i);
-    views.push_back(ReadView(at, DocumentOrigin::ListReply));
-  }
+  ReadEach(at, "View", views, [&at](ViewInfo& view) { view = ReadView(at, DocumentOrigin::ListReply); });
   if (const ListedViewsCheck check = s_listedViewsCheck) check(std::span(views).subspan(first));
 }
 
