@@ -15,11 +15,7 @@ bool AnswerGetCurrentUser(const protocol::GetCurrentUserRequest&, protocol::GetC
   response.user_id = -1;
   const bool known = Vant::Base::CSingleton<BizShared::CUserCommonManager>::Instance().GetUserInfo(response.user_id,
                                                                                                    response.user_name);
-  if (known) {
-    QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser Success");
-  } else {
-    QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser Failed");
-  }
+  QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser %s", known ? "Success" : "Failed");
   return known;
 }
 
@@ -32,12 +28,10 @@ void AnswerGetAllUserInfo(const protocol::UserRequestInfo&, protocol::UserRespon
     return;
   }
   for (const auto& user : users) {
-    protocol::UserDetailInfo entry;
-    entry.user_id = LowBits(static_cast<unsigned long long>(user->GetVal_m_userID()));
-    entry.user_name = user->GetVal_m_strUsername();
-    entry.user_online = user->GetVal_b_cs_online();
-    entry.user_ptz_ability = user->GetVal_ptz_control_perm();
-    response.user_detail_list.push_back(std::move(entry));
+    response.user_detail_list.push_back({.user_id = LowBits(static_cast<unsigned long long>(user->GetVal_m_userID())),
+                                         .user_name = user->GetVal_m_strUsername(),
+                                         .user_online = user->GetVal_b_cs_online(),
+                                         .user_ptz_ability = user->GetVal_ptz_control_perm()});
   }
   QORVI_LOG_INFO("GetAllUserInfo", "GetAllUserInfo Success User Number: %d", static_cast<int>(users.size()));
 }

@@ -123,7 +123,7 @@ Window ReadWindow(const QJsonObject& item) {
   ReadZoom(item, window);
   ReadFishEye(item, window);
   ReadCycle(item, window);
-  if (window.kind == Kind::kMap) ReadMap(item, window);
+  if (window.kind == WindowKind::kMap) ReadMap(item, window);
   ReadRelated(item, window);
   return window;
 }

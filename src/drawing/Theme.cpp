@@ -65,7 +65,7 @@ const Theme& Theme::Dark() {
   return theme;
 }
 
-QColor Theme::Of(Kind kind) const {
+QColor Theme::Of(WindowKind kind) const {
   return m_kinds[static_cast<size_t>(kind)];
 }
 

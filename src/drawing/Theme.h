@@ -15,7 +15,7 @@ struct Theme {
   static const Theme& Light();
   static const Theme& Dark();
 
-  QColor Of(Kind kind) const;
+  QColor Of(WindowKind kind) const;
   QColor Of(const Fact& fact) const;
   // Of a zoom window, its frame and the link to it; colours come again after six.
   QColor OfZoomWindow(int number) const;

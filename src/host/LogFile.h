@@ -24,7 +24,6 @@ class LogFile : public Vant::Base::ILogSink {
 
  private:
   const bool m_toStderr;
-  const bool m_toFile;
   std::mutex m_mutex;  // guards m_file
   std::ofstream m_file;
 };

@@ -105,24 +105,22 @@ QORVI_MODEL_CAMERA_GRID_STRUCT(QORVI_WRAPPER_FIELD)
 #undef QORVI_WRAPPER
 
 struct CViewExportData {
-  std::shared_ptr<CView> view;
+  CView view;
 };
 
 struct CViewGroupExportData {
-  std::shared_ptr<CViewGroup> group;
+  CViewGroup group;
 };
 
-CViewExport::CViewExport() : m_data(std::make_shared<CViewExportData>(CViewExportData{std::make_shared<CView>()})) {}
-CViewExport::CViewExport(const CView& view)
-    : m_data(std::make_shared<CViewExportData>(CViewExportData{std::make_shared<CView>(view)})) {}
+CViewExport::CViewExport() : m_data(std::make_shared<CViewExportData>()) {}
+CViewExport::CViewExport(const CView& view) : m_data(std::make_shared<CViewExportData>(CViewExportData{view})) {}
 CViewExport::CViewExport(const CViewExport& other) = default;
 CViewExport& CViewExport::operator=(const CViewExport& other) = default;
 CViewExport::~CViewExport() = default;
 
-CViewGroupExport::CViewGroupExport()
-    : m_data(std::make_shared<CViewGroupExportData>(CViewGroupExportData{std::make_shared<CViewGroup>()})) {}
+CViewGroupExport::CViewGroupExport() : m_data(std::make_shared<CViewGroupExportData>()) {}
 CViewGroupExport::CViewGroupExport(const CViewGroup& group)
-    : m_data(std::make_shared<CViewGroupExportData>(CViewGroupExportData{std::make_shared<CViewGroup>(group)})) {}
+    : m_data(std::make_shared<CViewGroupExportData>(CViewGroupExportData{group})) {}
 CViewGroupExport::CViewGroupExport(const CViewGroupExport& other) = default;
 CViewGroupExport& CViewGroupExport::operator=(const CViewGroupExport& other) = default;
 CViewGroupExport::~CViewGroupExport() = default;

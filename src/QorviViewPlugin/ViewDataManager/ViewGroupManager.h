@@ -26,6 +26,8 @@ namespace QorviViewPlugin {
 
 class COrlUserObserver;
 
+using Vant::Base::Error::ErrorCode;
+
 using ViewTable = std::map<unsigned int, std::shared_ptr<CView>>;
 using ViewGroupTable = std::map<unsigned int, std::shared_ptr<CViewGroup>>;
 using PendingChecks = std::map<int, std::vector<unsigned int>>;
@@ -43,20 +45,20 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // it was.
 
   // `newId` is written on success only.
-  bool AddView(const ViewInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
-  bool AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
-  bool ModifyView(const ViewInfo& info, Vant::Base::Error::ErrorCode& err);
+  bool AddView(const ViewInfo& info, unsigned int& newId, ErrorCode& err);
+  bool AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, ErrorCode& err);
+  bool ModifyView(const ViewInfo& info, ErrorCode& err);
   // Of the cached group only the name follows.
-  bool ModifyViewGroup(const ViewGroupInfo& info, Vant::Base::Error::ErrorCode& err);
-  bool DeleteView(unsigned int id, Vant::Base::Error::ErrorCode& err);
+  bool ModifyViewGroup(const ViewGroupInfo& info, ErrorCode& err);
+  bool DeleteView(unsigned int id, ErrorCode& err);
   // A group that is not cached fails with 2/20/3 without asking the server. Member views and child groups stay cached.
-  bool DeleteViewGroup(unsigned int id, Vant::Base::Error::ErrorCode& err);
+  bool DeleteViewGroup(unsigned int id, ErrorCode& err);
   // A reply without a body counts as success and leaves the outputs as they are; a refusal overwrites them.
-  bool GetDefaultViewConfig(int& viewId, int& viewType, Vant::Base::Error::ErrorCode& err);
-  bool SetDefaultViewConfig(const int& viewId, int viewType, Vant::Base::Error::ErrorCode& err);
+  bool GetDefaultViewConfig(int& viewId, int& viewType, ErrorCode& err);
+  bool SetDefaultViewConfig(const int& viewId, int viewType, ErrorCode& err);
   // Downloads the user list and waits for its end without limit, running the host's event loop meanwhile. `users` and
   // `err` are those of the download that ended, also on failure.
-  bool GetAllUsers(Vant::Base::Error::ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
+  bool GetAllUsers(ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
 
   // --- Cache changes (ViewChanges.cpp, ViewGroupChanges.cpp). Those that are not silent notify the observers. A record
   // with a change number that is not newer than what is known of its object changes nothing and tells nothing
@@ -82,7 +84,7 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // Always false; callers do not use the result.
   bool UpdateViewGroupInCache(const ViewGroupInfo& info);
   bool AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId);
-  void ClearViewData();
+  void ClearViewData() EXCLUDES(m_viewOrderLock);
 
   // --- Look-ups
 
@@ -182,7 +184,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // record has a number.
   ViewGroupInfo PutViewGroup(const ViewGroupInfo& info) REQUIRES(m_groupLock);
   // The same where it is news, and nothing otherwise; a group that is new takes in the views that have come before it.
-  std::optional<ViewGroupInfo> AddNumberedViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
+  // Of a record without a number the cached group keeps its own.
+  std::optional<ViewGroupInfo> CacheViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
   // Views join the cached groups whether or not they are cached themselves: one that a change document names becomes a
   // member beside the cached view of the same id. Cannot fail.

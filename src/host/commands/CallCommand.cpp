@@ -46,7 +46,7 @@ int RunCall(const GlobalOptions& options, const CallOptions& call) {
 
 }  // namespace
 
-void AddCallCommand(CLI::App& app, Chosen& chosen) {
+void AddCallCommand(CLI::App& app, Run& chosen) {
   const auto call = std::make_shared<CallOptions>();
   CLI::App* command = AddCommand(app, chosen, "call", "one exchange; its response on stdout",
                                  [call](const GlobalOptions& options) { return RunCall(options, *call); });

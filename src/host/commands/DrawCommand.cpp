@@ -76,7 +76,7 @@ int RunDraw(const GlobalOptions& options, const DrawOptions& draw) {
 
 }  // namespace
 
-void AddDrawCommand(CLI::App& app, Chosen& chosen) {
+void AddDrawCommand(CLI::App& app, Run& chosen) {
   const auto draw = std::make_shared<DrawOptions>();
   CLI::App* command = AddCommand(app, chosen, "draw", "a page of a view as a picture, or as text",
                                  [draw](const GlobalOptions& options) { return RunDraw(options, *draw); });

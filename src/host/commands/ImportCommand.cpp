@@ -187,7 +187,7 @@ int RunImport(const GlobalOptions& options, const ImportOptions& wanted) {
 
 }  // namespace
 
-void AddImportCommand(CLI::App& app, Chosen& chosen) {
+void AddImportCommand(CLI::App& app, Run& chosen) {
   const auto wanted = std::make_shared<ImportOptions>();
   CLI::App* command = AddCommand(app, chosen, "import", "what such a file holds and is not there yet",
                                  [wanted](const GlobalOptions& options) { return RunImport(options, *wanted); });

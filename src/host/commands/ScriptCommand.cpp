@@ -97,7 +97,7 @@ int RunScript(const GlobalOptions& options, const std::string& file) {
 
 }  // namespace
 
-void AddScriptCommand(CLI::App& app, Chosen& chosen) {
+void AddScriptCommand(CLI::App& app, Run& chosen) {
   const auto file = std::make_shared<std::string>("-");
   CLI::App* command = AddCommand(app, chosen, "script", "JSON lines, each answered with one line on stdout",
                                  [file](const GlobalOptions& options) { return RunScript(options, *file); });

@@ -47,7 +47,7 @@ int RunServe(const GlobalOptions& options, const ServeOptions& serve) {
 
 }  // namespace
 
-void AddServeCommand(CLI::App& app, Chosen& chosen) {
+void AddServeCommand(CLI::App& app, Run& chosen) {
   const auto serve = std::make_shared<ServeOptions>();
   CLI::App* command = AddCommand(app, chosen, "serve", "the embedded server alone, until Ctrl-C",
                                  [serve](const GlobalOptions& options) { return RunServe(options, *serve); });

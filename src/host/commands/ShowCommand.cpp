@@ -54,7 +54,7 @@ int RunShow(const GlobalOptions& options, const ShowOptions& show) {
 
 }  // namespace
 
-void AddShowCommand(CLI::App& app, Chosen& chosen) {
+void AddShowCommand(CLI::App& app, Run& chosen) {
   const auto show = std::make_shared<ShowOptions>();
   CLI::App* command = AddCommand(app, chosen, "show", "one view in full",
                                  [show](const GlobalOptions& options) { return RunShow(options, *show); });

@@ -22,7 +22,7 @@ int RunTree(const GlobalOptions& options, bool json) {
 
 }  // namespace
 
-void AddTreeCommand(CLI::App& app, Chosen& chosen) {
+void AddTreeCommand(CLI::App& app, Run& chosen) {
   const auto json = std::make_shared<bool>(false);
   CLI::App* command = AddCommand(app, chosen, "tree", "the folders and the views in them",
                                  [json](const GlobalOptions& options) { return RunTree(options, *json); });

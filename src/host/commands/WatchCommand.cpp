@@ -54,8 +54,6 @@ class Watch {
   std::set<std::pair<int, std::string>> m_watched;
 };
 
-constexpr int kChildAdded = 3;
-
 int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
   if (!watched.all && watched.views.empty() && watched.groups.empty()) {
     throw Failure(kUsage, "Say what to watch: --view ID, --group ID or --all");
@@ -87,7 +85,7 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
 
 }  // namespace
 
-void AddWatchCommand(CLI::App& app, Chosen& chosen) {
+void AddWatchCommand(CLI::App& app, Run& chosen) {
   const auto watched = std::make_shared<WatchOptions>();
   CLI::App* command = AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C",
                                  [watched](const GlobalOptions& options) { return RunWatch(options, *watched); });

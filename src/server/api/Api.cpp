@@ -95,8 +95,8 @@ HttpReply ReplyWith(ElementList list) {
   return reply;
 }
 
-HttpReply ReplyWith(const char* name, std::initializer_list<json::Member> members) {
-  return Reply(Envelope(std::string("{\"") + name + "\":{" + json::Members(members) + "}}"));
+HttpReply ReplyWith(const char* name, std::initializer_list<wire::Member> members) {
+  return Reply(Envelope(std::string("{\"") + name + "\":{" + wire::Members(members) + "}}"));
 }
 
 HttpReply RefusedReply(const Refusal& refusal) {
@@ -120,7 +120,7 @@ Match MatchPath(std::string_view pattern, std::string_view path, int32_t& id) {
   if (text.find_first_not_of("0123456789", text[0] == '-' ? 1 : 0) != std::string::npos || text == "-") {
     return Match::kBadId;
   }
-  id = json::Id(text).value_or(-1);  // a number that no id can have: no such thing
+  id = wire::Id(text).value_or(-1);  // a number that no id can have: no such thing
   return Match::kYes;
 }
 
@@ -170,12 +170,12 @@ int64_t ReadChangeNumber(const std::optional<std::string>& text) {
 }
 
 HttpReply Changed(int64_t number) {
-  return Reply(Envelope('{' + json::Members({{kChangeNumber, std::to_string(number)}}) + '}'));
+  return Reply(Envelope('{' + wire::Members({{kChangeNumber, std::to_string(number)}}) + '}'));
 }
 
 HttpReply AddedReply(const char* kind, const Added& added) {
-  return Reply(Envelope(std::string("{\"") + kind + "\":{" + json::Members({{"ID", added.id}}) + "}," +
-                        json::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
+  return Reply(Envelope(std::string("{\"") + kind + "\":{" + wire::Members({{"ID", added.id}}) + "}," +
+                        wire::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
 }
 
 HttpReply Login(const Exchange& exchange) {
@@ -208,7 +208,7 @@ HttpReply ShareView(const Exchange& exchange) {
   const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
   std::string list;
   for (const ShareFailure& failure : exchange.site.ShareView(exchange.caller, exchange.id, users)) {
-    json::AppendObject(list, {{"UserID", failure.userId},
+    wire::AppendObject(list, {{"UserID", failure.userId},
                               {"UserName", failure.userName},
                               {"ErrorModule", failure.reason.module},
                               {"ErrorCode", failure.reason.code}});
@@ -229,7 +229,7 @@ HttpReply SetDefaultView(const Exchange& exchange) {
 HttpReply ListUsers(const Exchange& exchange) {
   std::string list;
   for (const User& user : exchange.site.Users()) {
-    json::AppendObject(
+    wire::AppendObject(
         list,
         {{"ID", user.id}, {"Name", user.name}, {"Online", user.online ? 1 : 0}, {"PTZControlPermission", user.ptz}});
   }
@@ -239,10 +239,10 @@ HttpReply ListUsers(const Exchange& exchange) {
 HttpReply ListElements(const Exchange& exchange) {
   ElementFilter filter;
   if (const auto type = Parameter(exchange.request.query, "Type")) {
-    filter.type = json::Id(*type);
+    filter.type = wire::Id(*type);
     if (!filter.type) throw Refusal::Malformed("Type is not a number");
   }
-  if (const auto ids = Parameter(exchange.request.query, "IDs")) filter.ids = json::IdList(*ids);
+  if (const auto ids = Parameter(exchange.request.query, "IDs")) filter.ids = wire::IdList(*ids);
   return Reply(Envelope(exchange.site.ElementsData(filter)));
 }
 
@@ -256,7 +256,7 @@ constexpr Route kRoutes[] = {
      }},
     {"PUT", "V0/ViewGroups/Move",
      [](const Exchange& e) {
-       return Changed(e.site.MoveGroups(e.caller, ReadMoveBody(Kind::kGroup, e.request.body)));
+       return Changed(e.site.MoveGroups(e.caller, ReadMoveBody(ObjectKind::kGroup, e.request.body)));
      }},
     {"PUT", "V0/ViewGroups/#",
      [](const Exchange& e) { return Changed(e.site.ReplaceGroup(e.caller, e.id, ReadGroupBody(e.request.body))); }},
@@ -265,7 +265,9 @@ constexpr Route kRoutes[] = {
     {"POST", "V0/Views",
      [](const Exchange& e) { return AddedReply("View", e.site.AddView(e.caller, ReadViewBody(e.request.body))); }},
     {"PUT", "V0/Views/Move",
-     [](const Exchange& e) { return Changed(e.site.MoveViews(e.caller, ReadMoveBody(Kind::kView, e.request.body))); }},
+     [](const Exchange& e) {
+       return Changed(e.site.MoveViews(e.caller, ReadMoveBody(ObjectKind::kView, e.request.body)));
+     }},
     {"PUT", "V0/Views/#",
      [](const Exchange& e) { return Changed(e.site.ReplaceView(e.caller, e.id, ReadViewBody(e.request.body))); }},
     {"DELETE", "V0/Views/#", [](const Exchange& e) { return Changed(e.site.DeleteView(e.caller, e.id)); }},

@@ -11,7 +11,7 @@ namespace server {
 
 struct Change {
   int64_t number = 0;
-  Kind kind = Kind::kView;
+  ObjectKind kind = ObjectKind::kView;
   int32_t id = 0;
   int64_t sessionId = 0;       // the session whose own edit this is; 0: nobody's
   bool contentChanged = true;  // false: only who may see it has changed

@@ -52,7 +52,7 @@ std::vector<Change> ChangeLog::Read(int64_t number, size_t limit, size_t maxByte
   for (size_t bytes = 0; changes.size() < limit && bytes < maxBytes && query.Next();) {
     Change& change = changes.emplace_back();
     change.number = query.Int64(0);
-    change.kind = static_cast<Kind>(query.Int(1));
+    change.kind = static_cast<ObjectKind>(query.Int(1));
     change.id = query.Int(2);
     change.sessionId = query.Int64(3);
     change.contentChanged = query.Int(4) != 0;

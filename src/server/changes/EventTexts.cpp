@@ -27,12 +27,12 @@ std::optional<Method> MethodFor(const Change& change, Sight before, Sight after)
 std::string DataOf(const Change& change, Sight sight, Method method) {
   std::string text = EventPrefix(change.kind);
   if (method == Method::kDeleted) {
-    text += '{' + json::Members({{"ID", change.id}, {kChangeNumber, std::to_string(change.number)}});
+    text += '{' + wire::Members({{"ID", change.id}, {kChangeNumber, std::to_string(change.number)}});
   } else {
     text += sight == Sight::kShared ? change.sharedHead : change.head;
     if (change.document) text += *change.document;
   }
-  return text + ',' + json::Members({{"Method", static_cast<int32_t>(method)}}) + '}' + ListSuffix();
+  return text + ',' + wire::Members({{"Method", static_cast<int32_t>(method)}}) + '}' + ListSuffix();
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ Text EventTexts::For(const Caller& listener) {
   Text& text = m_texts[static_cast<int>(*method)][sight == Sight::kShared ? 1 : 0][own ? 1 : 0];
   if (!text) {
     std::string event = "id: " + std::to_string(m_change.number) + "\nevent: " + (own ? "Own" : "");
-    event += m_change.kind == Kind::kView ? "Views\ndata: " : "ViewGroups\ndata: ";
+    event += m_change.kind == ObjectKind::kView ? "Views\ndata: " : "ViewGroups\ndata: ";
     text = std::make_shared<std::string>(event + DataOf(m_change, sight, *method) + "\n\n");
   }
   return text;

@@ -14,7 +14,7 @@
 #include "json/ParseText.h"
 #include "server/model/Refusal.h"
 
-namespace server::json {
+namespace server::wire {
 
 namespace {
 
@@ -157,4 +157,4 @@ std::string Serialise(const rapidjson::Value& value) {
   return {buffer.GetString(), buffer.GetSize()};
 }
 
-}  // namespace server::json
+}  // namespace server::wire

@@ -14,7 +14,7 @@
 #include <variant>
 #include <vector>
 
-namespace server::json {
+namespace server::wire {
 
 constexpr int kMaxJsonDepth = 100;
 
@@ -45,4 +45,4 @@ std::string Members(std::initializer_list<Member> members);  // `"key":number,"k
 void AppendObject(std::string& elements, std::initializer_list<Member> members);
 std::string Serialise(const rapidjson::Value& value);
 
-}  // namespace server::json
+}  // namespace server::wire

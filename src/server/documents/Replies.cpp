@@ -8,7 +8,7 @@ namespace server {
 namespace {
 
 std::string Head(const View& view, int32_t groupId) {
-  return '{' + json::Members({{"ID", view.id},
+  return '{' + wire::Members({{"ID", view.id},
                               {"GUID", view.guid},
                               {"Name", view.name},
                               {"ViewGroupID", groupId},
@@ -23,14 +23,14 @@ std::string EnvelopeStart(int module, int code) {
          R"(,"CascadingErrorInfo":"","Data":)";
 }
 
-const char* ListStart(Kind kind) {
-  return kind == Kind::kView ? R"("ViewList":{"View":[)" : R"("ViewGroupList":{"ViewGroup":[)";
+const char* ListStart(ObjectKind kind) {
+  return kind == ObjectKind::kView ? R"("ViewList":{"View":[)" : R"("ViewGroupList":{"ViewGroup":[)";
 }
 
 }  // namespace
 
 std::string GroupHead(const Group& group) {
-  return '{' + json::Members({{"ID", group.id},
+  return '{' + wire::Members({{"ID", group.id},
                               {"Name", group.name},
                               {"ParentViewGroupID", group.folderId},
                               {"UserID", group.userId},
@@ -40,12 +40,12 @@ std::string GroupHead(const Group& group) {
 }
 
 std::string ViewHead(const View& view) {
-  return Head(view, view.folderId) + ',' + json::Members({{kChangeNumber, std::to_string(view.changeNumber)}});
+  return Head(view, view.folderId) + ',' + wire::Members({{kChangeNumber, std::to_string(view.changeNumber)}});
 }
 
 std::string SharedViewHead(const View& view, const std::string& ownerName) {
   return Head(view, kTopFolder) + ',' +
-         json::Members({{"SharedUserID", view.userId},
+         wire::Members({{"SharedUserID", view.userId},
                         {"SharedUserName", ownerName},
                         {kChangeNumber, std::to_string(view.changeNumber)}});
 }
@@ -58,12 +58,12 @@ std::string Envelope(const Refusal& refusal) {
   return EnvelopeStart(refusal.module, refusal.code) + "{}}}";
 }
 
-std::string ListPrefix(Kind kind, int64_t changeNumber) {
-  return EnvelopeStart(0, 0) + '{' + json::Members({{kChangeNumber, std::to_string(changeNumber)}}) + ',' +
+std::string ListPrefix(ObjectKind kind, int64_t changeNumber) {
+  return EnvelopeStart(0, 0) + '{' + wire::Members({{kChangeNumber, std::to_string(changeNumber)}}) + ',' +
          ListStart(kind);
 }
 
-std::string EventPrefix(Kind kind) {
+std::string EventPrefix(ObjectKind kind) {
   return EnvelopeStart(0, 0) + '{' + ListStart(kind);
 }
 

@@ -22,8 +22,8 @@ std::string Envelope(const std::string& data);
 std::string Envelope(const Refusal& refusal);
 // What stands before and after the elements of a list reply, which says up to which change it is complete, and before
 // and after the one element of an event.
-std::string ListPrefix(Kind kind, int64_t changeNumber);
-std::string EventPrefix(Kind kind);
+std::string ListPrefix(ObjectKind kind, int64_t changeNumber);
+std::string EventPrefix(ObjectKind kind);
 std::string ListSuffix();
 
 }  // namespace server

@@ -53,7 +53,7 @@ std::string WithoutServersOwn(const std::string& document);
 
 ViewInput ReadViewBody(const std::string& body);
 GroupInput ReadGroupBody(const std::string& body);
-MoveInput ReadMoveBody(Kind kind, const std::string& body);
+MoveInput ReadMoveBody(ObjectKind kind, const std::string& body);
 std::vector<int32_t> ReadShareBody(const std::string& body);
 DefaultView ReadDefaultViewBody(const std::string& body);
 LoginInput ReadLoginBody(const std::string& body);

@@ -73,7 +73,7 @@ void GiveWrongKind(std::string& body, uint32_t random) {
   if (values.empty()) return;
   const auto count = static_cast<uint32_t>(values.size());
   GiveOtherKind(*values[random % count], random / count);
-  body = json::Serialise(document);
+  body = wire::Serialise(document);
 }
 
 void RemoveErrorCode(std::string& body) {
@@ -82,7 +82,7 @@ void RemoveErrorCode(std::string& body) {
   const auto envelope = document.FindMember("ResponseStatus");
   if (envelope == document.MemberEnd() || !envelope->value.IsObject()) return;
   envelope->value.RemoveMember("ErrorCode");
-  body = json::Serialise(document);
+  body = wire::Serialise(document);
 }
 
 void Spoil(HttpReply& reply, const FaultPlan::Hit& hit) {

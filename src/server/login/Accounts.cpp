@@ -26,7 +26,7 @@ int64_t SecondsNow() {
 std::string WhyUnusable(const std::string& name, const std::string& password) {
   if (password.empty()) return "a password is not empty";
   try {
-    json::Parse('{' + json::Members({{"Name", name}}) + '}');  // refuses what is not UTF-8
+    wire::Parse('{' + wire::Members({{"Name", name}}) + '}');  // refuses what is not UTF-8
     CheckName(name);
   } catch (const Refusal&) {
     return Refusal::BadName().detail;

@@ -15,7 +15,7 @@ using Text = std::shared_ptr<const std::string>;
 constexpr int32_t kNobody = -1;     // owner of what is public
 constexpr int32_t kTopFolder = -1;  // the folder of what lies in no group
 
-enum class Kind { kGroup = 1, kView = 2 };
+enum class ObjectKind { kGroup = 1, kView = 2 };
 
 // What groups and views have in common.
 struct Item {

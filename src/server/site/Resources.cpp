@@ -11,7 +11,7 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
   std::string list;
   const auto take = [&list, &filter](Query& row) {
     if (filter.type && row.Int(1) != *filter.type) return;
-    json::AppendObject(list,
+    wire::AppendObject(list,
                        {{"ID", row.Int(0)}, {"Type", row.Int(1)}, {"Name", row.String(2)}, {"SiteID", row.Int(3)}});
   };
   if (filter.ids) {
@@ -31,7 +31,7 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
 std::string Resources::AreasData() {
   std::string list;
   Query rows(m_database, "SELECT id, name FROM areas ORDER BY id");
-  while (rows.Next()) json::AppendObject(list, {{"ID", rows.Int(0)}, {"Name", rows.String(1)}});
+  while (rows.Next()) wire::AppendObject(list, {{"ID", rows.Int(0)}, {"Name", rows.String(1)}});
   return R"({"AreaList":{"Area":[)" + list + "]}}";
 }
 

@@ -73,7 +73,7 @@ Step Seeding::StepOf(const SeedGroup& entry) {
   group->folderId = input.folderId;
   group->userId = input.userId;
   group->sharedFolder = input.sharedFolder;
-  group->sequence = PlaceIn(Kind::kGroup, {input.folderId, input.userId}, entry.sequence);
+  group->sequence = PlaceIn(ObjectKind::kGroup, {input.folderId, input.userId}, entry.sequence);
   return {m_catalog.groups.Find(entry.id), std::move(group)};
 }
 
@@ -83,18 +83,18 @@ Step Seeding::StepOf(const SeedView& entry) {
   view->id = entry.id;
   view->guid = !entry.guid.empty() ? entry.guid : old ? old->guid : MakeGuid();
   view->userId = entry.input.userId;
-  view->sequence = PlaceIn(Kind::kView, {entry.input.folderId, entry.input.userId}, entry.sequence);
+  view->sequence = PlaceIn(ObjectKind::kView, {entry.input.folderId, entry.input.userId}, entry.sequence);
   view->sharedWith = entry.sharedWith;
   Assign(*view, entry.input);
   return {std::move(old), std::move(view)};
 }
 
-int32_t Seeding::PlaceIn(Kind kind, const Folder& folder, std::optional<int32_t> given) {
+int32_t Seeding::PlaceIn(ObjectKind kind, const Folder& folder, std::optional<int32_t> given) {
   const auto [next, isNew] = m_nextPlaces.try_emplace({kind, folder});
   if (isNew) {
     const auto& [folderId, owner] = folder;
-    next->second = kind == Kind::kView ? m_catalog.views.NextSequence(folderId, owner)
-                                       : m_catalog.groups.NextSequence(folderId, owner);
+    next->second = kind == ObjectKind::kView ? m_catalog.views.NextSequence(folderId, owner)
+                                             : m_catalog.groups.NextSequence(folderId, owner);
   }
   const int32_t place = given.value_or(next->second);
   if (place < std::numeric_limits<int32_t>::max()) next->second = std::max(next->second, place + 1);

@@ -147,7 +147,7 @@ bool Site::TouchSession(int64_t sessionId) {
 
 ElementList Site::Views(const Caller& caller) {
   const base::MutexLock lock(m_mutex);
-  ElementList list{Kind::kView, m_log.Last(), {}};
+  ElementList list{ObjectKind::kView, m_log.Last(), {}};
   std::map<int32_t, std::string> ownerNames;
   for (const ViewPtr& view : m_catalog.views.SeenBy(caller.userId)) {
     Text head = view->head;
@@ -163,7 +163,7 @@ ElementList Site::Views(const Caller& caller) {
 
 ElementList Site::Groups(const Caller& caller) {
   const base::MutexLock lock(m_mutex);
-  ElementList list{Kind::kGroup, m_log.Last(), {}};
+  ElementList list{ObjectKind::kGroup, m_log.Last(), {}};
   for (const GroupPtr& group : m_catalog.groups.SeenBy(caller.userId)) list.elements.push_back({group->head, nullptr});
   return list;
 }

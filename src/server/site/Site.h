@@ -28,7 +28,7 @@ struct ElementList {
     Text head;
     Text document;  // null for a group
   };
-  Kind kind = Kind::kView;
+  ObjectKind kind = ObjectKind::kView;
   int64_t changeNumber = 0;  // of the last change contained
   std::vector<Element> elements;
 };

@@ -24,30 +24,22 @@ class CmsViewGroupList {
   ErrorCode m_error;
 };
 
-class CmsAddViewGroup {
+class CmsAddViewGroup : public EditOutcome {
  public:
   // On success m_idNew is the new group's id, or all ones when the reply names none.
   bool AddCmsViewGroup(const ViewGroupInfo& group);
 
-  ErrorCode m_error;
   uint32_t m_idNew = kNoId;
-  ChangeNumber m_changeNumber = 0;
 };
 
-class CmsModifyViewGroup {
+class CmsModifyViewGroup : public EditOutcome {
  public:
   bool ModifyCmsViewGroup(const ViewGroupInfo& group);
-
-  ErrorCode m_error;
-  ChangeNumber m_changeNumber = 0;
 };
 
-class CmsDeleteViewGroup {
+class CmsDeleteViewGroup : public EditOutcome {
  public:
   bool DeleteCmsViewGroup(uint32_t id);
-
-  ErrorCode m_error;
-  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsOrderViewGroup {
