@@ -15,7 +15,11 @@ bool AnswerGetCurrentUser(const protocol::GetCurrentUserRequest&, protocol::GetC
   response.user_id = -1;
   const bool known = Vant::Base::CSingleton<BizShared::CUserCommonManager>::Instance().GetUserInfo(response.user_id,
                                                                                                    response.user_name);
-  QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser %s", known ? "Success" : "Failed");
+  if (known) {
+    QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser Success");
+  } else {
+    QORVI_LOG_INFO("GetCurrentUser", "GetCurrentUser Failed");
+  }
   return known;
 }
 

@@ -59,7 +59,8 @@ bool CView::CheckResourceExist(int type) const {
     if (entry == mapResourceFlag.end()) return false;
     flag = entry->second;
   }
-  return flag && !ShowsUnknownElement(*Info(), type);
+  const bool showsUnknown = ShowsUnknownElement(*Info(), type);
+  return flag && !showsUnknown;
 }
 
 bool ShowsUnknownElement(const ViewInfo& view, int type) {

@@ -105,22 +105,24 @@ QORVI_MODEL_CAMERA_GRID_STRUCT(QORVI_WRAPPER_FIELD)
 #undef QORVI_WRAPPER
 
 struct CViewExportData {
-  CView view;
+  std::shared_ptr<CView> view;
 };
 
 struct CViewGroupExportData {
-  CViewGroup group;
+  std::shared_ptr<CViewGroup> group;
 };
 
-CViewExport::CViewExport() : m_data(std::make_shared<CViewExportData>()) {}
-CViewExport::CViewExport(const CView& view) : m_data(std::make_shared<CViewExportData>(CViewExportData{view})) {}
+CViewExport::CViewExport() : m_data(std::make_shared<CViewExportData>(CViewExportData{std::make_shared<CView>()})) {}
+CViewExport::CViewExport(const CView& view)
+    : m_data(std::make_shared<CViewExportData>(CViewExportData{std::make_shared<CView>(view)})) {}
 CViewExport::CViewExport(const CViewExport& other) = default;
 CViewExport& CViewExport::operator=(const CViewExport& other) = default;
 CViewExport::~CViewExport() = default;
 
-CViewGroupExport::CViewGroupExport() : m_data(std::make_shared<CViewGroupExportData>()) {}
+CViewGroupExport::CViewGroupExport()
+    : m_data(std::make_shared<CViewGroupExportData>(CViewGroupExportData{std::make_shared<CViewGroup>()})) {}
 CViewGroupExport::CViewGroupExport(const CViewGroup& group)
-    : m_data(std::make_shared<CViewGroupExportData>(CViewGroupExportData{group})) {}
+    : m_data(std::make_shared<CViewGroupExportData>(CViewGroupExportData{std::make_shared<CViewGroup>(group)})) {}
 CViewGroupExport::CViewGroupExport(const CViewGroupExport& other) = default;
 CViewGroupExport& CViewGroupExport::operator=(const CViewGroupExport& other) = default;
 CViewGroupExport::~CViewGroupExport() = default;

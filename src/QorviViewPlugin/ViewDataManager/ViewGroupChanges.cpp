@@ -34,9 +34,10 @@ ViewGroupInfo CViewGroupManager::PutViewGroup(const ViewGroupInfo& info) {
 std::optional<ViewGroupInfo> CViewGroupManager::CacheViewGroup(const ViewGroupInfo& info) {
   const unsigned int id = info.idViewGroup;
   if (info.nChangeNumber == 0) {
+    std::optional<ViewGroupInfo> cached = info;
     WriteLock lock(m_groupLock);
     mapViewGroups.emplace(id, std::make_shared<CViewGroup>(info));
-    return info;
+    return cached;
   }
   MutexLock order(m_viewOrderLock);
   bool isCached = false;

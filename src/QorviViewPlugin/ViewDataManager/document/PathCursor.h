@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,7 +56,7 @@ class PathCursor {
 // kind, standing at its element.
 template <class Cursor, class Entry, class Read>
 void ReadEach(Cursor& at, std::string_view key, std::vector<Entry>& entries, const Read& read) {
-  const int count = at.Count(key);
+  const int count = std::max(at.Count(key), 0);
   entries.reserve(entries.size() + static_cast<size_t>(count));
   for (int n = 1; n <= count; ++n) {
     const auto level = at.Enter(key, n);

@@ -22,15 +22,18 @@ std::string WriteViewGroupsRequest(uint32_t clientResourceVersion) {
   return document.get_str(0);
 }
 
+void ParseViewGroupList(const NetLink::CRapidJsonProto& reply, std::vector<ViewGroupInfo>& groups) {
+  ReadViewGroups(reply, DocumentOrigin::ListReply, groups);
+}
+
 }  // namespace
 
 bool CmsViewGroupList::GetCmsViewGroupList(uint32_t clientResourceVersion) {
   static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewGroupList::GetCmsViewGroupList", ""};
   SessionRequest request{"GET", kViewGroupsUrl, WriteViewGroupsRequest(clientResourceVersion)};
   request.isListing = true;
-  return RunDataSession(request, kTexts, CascadingText::Kept, m_error, [this](const NetLink::CRapidJsonProto& reply) {
-    ReadViewGroups(reply, DocumentOrigin::ListReply, m_vcViewGroups);
-  });
+  return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
+                        [this](const NetLink::CRapidJsonProto& reply) { ParseViewGroupList(reply, m_vcViewGroups); });
 }
 
 bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
