@@ -33,6 +33,8 @@ std::string String(const rapidjson::Value& object, const char* key, std::optiona
 std::vector<int32_t> IdList(const std::string& text);
 std::optional<int32_t> Id(const std::string& text);
 
+bool IsUtf8(const std::string& text);
+
 void AppendQuoted(std::string& out, const std::string& text);
 void AppendMember(std::string& out, const char* key, const std::string& text);  // `"key":"text"`
 void AppendMember(std::string& out, const char* key, int32_t number);           // `"key":number`

@@ -47,6 +47,9 @@ inline Refusal TooManyConnections() {
 inline Refusal InternalError() {
   return {kViewModule, 8, 500, "internal error"};
 }
+inline Refusal NoIdsLeft() {
+  return {kViewModule, 8, 500, "all ids up to 2147483647 have been given"};
+}
 inline Refusal NoMemory() {
   return {kViewModule, 8, 503, "out of memory"};
 }

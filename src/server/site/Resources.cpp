@@ -22,7 +22,8 @@ void AppendElement(std::string& list, Query& row) {
 std::string Resources::ElementsData(const ElementFilter& filter) {
   std::string list;
   const auto take = [&list, &filter](Query& row) {
-    if (!filter.type || row.Int(1) == *filter.type) AppendElement(list, row);
+    if (filter.type && row.Int(1) != *filter.type) return;
+    if (json::IsUtf8(row.String(2))) AppendElement(list, row);
   };
   if (filter.ids) {
     std::vector<int32_t> ids = *filter.ids;
@@ -32,7 +33,8 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
       if (row.Next()) take(row);
     }
   } else {
-    Query rows(m_database, "SELECT id, type, name, site_id FROM elements ORDER BY id");
+    Query rows(m_database,
+               "SELECT id, type, name, site_id FROM elements WHERE id BETWEEN 1 AND 2147483647 ORDER BY id");
     while (rows.Next()) take(rows);
   }
   return R"({"ElementList":{"Element":[)" + list + "]}}";
@@ -40,8 +42,9 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
 
 std::string Resources::AreasData() {
   std::string list;
-  Query rows(m_database, "SELECT id, name FROM areas ORDER BY id");
+  Query rows(m_database, "SELECT id, name FROM areas WHERE id BETWEEN 1 AND 2147483647 ORDER BY id");
   while (rows.Next()) {
+    if (!json::IsUtf8(rows.String(1))) continue;
     json::AppendMember(list += list.empty() ? "{" : ",{", "ID", rows.Int(0));
     json::AppendMember(list += ',', "Name", rows.String(1));
     list += '}';
