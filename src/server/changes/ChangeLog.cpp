@@ -11,7 +11,9 @@ namespace server {
 namespace {
 
 bool IsSound(const Change& change) {
-  return IsHead(change.head) && IsHead(change.sharedHead) &&
+  const bool isSeen = change.after.everybody || !change.after.users.empty();
+  const bool isShared = change.after.users.size() > 1;
+  return (!isSeen || IsHead(change.head)) && (!isShared || IsHead(change.sharedHead)) &&
          (!change.document || WhyNoDocument(*change.document) == nullptr);
 }
 

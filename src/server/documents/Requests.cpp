@@ -110,8 +110,7 @@ std::string WithoutServersOwn(const std::string& document) try {
 }
 
 bool IsHead(const std::string& text) try {
-  if (!text.empty()) json::Parse(text + '}');
-  return !HasControls(text);
+  return json::Parse(text + '}').MemberCount() > 0 && !HasControls(text);
 } catch (const Refusal&) {
   return false;
 }

@@ -50,7 +50,7 @@ ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType
 GroupInput ReadGroup(const rapidjson::Value& element);
 // Whether a stored text can be the name of a user, a group or a view.
 bool IsName(const std::string& text);
-// Whether a stored text can stand before a document; an empty one can.
+// Whether a stored text can stand before a document.
 bool IsHead(const std::string& text);
 // Why what stands in a store cannot follow a head in a list, as ReadView has it: one line; null where it can.
 const char* WhyNoDocument(const std::string& document);

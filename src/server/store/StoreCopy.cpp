@@ -15,7 +15,7 @@ namespace server {
 
 namespace {
 
-constexpr int kWaitMs = 5000;  // for a lock
+constexpr int kCopyWaitMs = 5000;  // for a lock
 
 }  // namespace
 
@@ -24,7 +24,7 @@ void CopyStore(const std::string& from, const std::string& to) {
   const int made = open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (made < 0) throw std::runtime_error(std::strerror(errno));
   close(made);
-  SQLite::Database source(from, SQLite::OPEN_READWRITE, kWaitMs);  // it is only read
+  SQLite::Database source(from, SQLite::OPEN_READWRITE, kCopyWaitMs);  // it is only read
   SQLite::Database copy(to, SQLite::OPEN_READWRITE);
   SQLite::Backup backup(copy, source);
   const int result = backup.executeStep();
