@@ -3,6 +3,7 @@
 
 #include <SQLiteCpp/Exception.h>
 
+#include <cstdio>
 #include <stdexcept>
 
 #include "base/Mutex.h"
@@ -12,6 +13,7 @@
 #include "server/login/Secrets.h"
 #include "server/site/SeedFile.h"
 #include "server/site/Site.h"
+#include "server/site/SiteWatch.h"
 #include "server/store/FileLock.h"
 
 namespace server {
@@ -23,6 +25,8 @@ class ViewServer::Impl {
         m_lock(options.dataFile),
         m_site(options.dataFile, options.keepChanges, SecondsNow),
         m_api(m_site) {
+    Tell(m_site.FoundAtStart());
+    m_site.FollowAccounts();  // before a seed may give the number of a deleted user again
     if (!options.seedFile.empty()) m_site.Apply(ReadSeed(options.seedFile));
     if (!options.faultsFile.empty()) {
       m_faults = std::make_unique<FaultHandler>(m_api, options.faultsFile, [this](const std::string& userName) {
@@ -44,12 +48,21 @@ class ViewServer::Impl {
     return options;
   }
 
+  // Each on a line of stderr, which is the log.
+  void Tell(const Findings& findings) const {
+    const char* const file = m_options.dataFile.c_str();
+    for (const std::string& line : findings.Lines()) std::fprintf(stderr, "viewserver: %s: %s\n", file, line.c_str());
+    const size_t rest = findings.Count() - findings.Lines().size();
+    if (rest > 0) std::fprintf(stderr, "viewserver: %s: and %zu more; `viewserver check` tells all\n", file, rest);
+  }
+
   const ViewServerOptions m_options;
   const FileLock m_lock;
   Site m_site;
   Api m_api;
   std::unique_ptr<FaultHandler> m_faults;  // between network and API, if there is a plan
   base::Mutex m_mutex;
+  std::unique_ptr<SiteWatch> m_watch GUARDED_BY(m_mutex);
   std::unique_ptr<HttpServer> m_http GUARDED_BY(m_mutex);
   std::optional<std::string> m_firstPassword GUARDED_BY(m_mutex);
 };
@@ -73,12 +86,15 @@ void ViewServer::Start() {
   settings.keyFile = m_impl->m_options.tlsKeyFile;
   HttpHandler* handler = &m_impl->m_api;
   if (m_impl->m_faults) handler = m_impl->m_faults.get();
-  m_impl->m_http = std::make_unique<HttpServer>(settings, *handler);
+  auto http = std::make_unique<HttpServer>(settings, *handler);
+  m_impl->m_watch = std::make_unique<SiteWatch>(m_impl->m_site);
+  m_impl->m_http = std::move(http);
 }
 
 void ViewServer::Stop() {
   std::unique_ptr<HttpServer> ending;
   const base::MutexLock lock(m_impl->m_mutex);
+  m_impl->m_watch.reset();
   ending = std::move(m_impl->m_http);
 }
 

@@ -6,13 +6,16 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "server/ViewServer.h"
-#include "server/login/Accounts.h"
+#include "server/commands/Commands.h"
 #include "server/login/Secrets.h"
-#include "server/store/Database.h"
 
 namespace {
 
@@ -65,34 +68,89 @@ std::string ReadPassword() {
   return password;
 }
 
-int ManageUser(const server::ViewServerOptions& options, const std::string& name, bool isNew) {
-  const std::string password = ReadPassword();
-  std::string error = server::WhyUnusable(name, password);
-  if (error.empty()) {
-    server::Database database(options.dataFile, server::Database::Use::kAccounts);
-    server::Accounts accounts(database, server::SecondsNow);
-    const std::string hash = server::HashPassword(password);
-    if (isNew && !accounts.AddUser(0, name, hash, 0)) error = "there is a user of that name";
-    if (!isNew && !accounts.SetPassword(name, hash)) error = "no such user";
+// Adds the subcommands and calls the one that was chosen.
+class Operator {
+ public:
+  Operator(CLI::App& app, const server::ViewServerOptions& options) : m_app(app), m_options(options) {
+    AddUserCommands();
+    Add(app, "check", "read all that is in the store and say what is wrong; status 1 where something is",
+        [this] { return server::CheckStore(m_options.dataFile, std::cout) == 0 ? 0 : 1; });
+    CLI::App* backup = Add(app, "backup", "copy the store, beside a running server or without one", [this] {
+      server::BackUp(m_options.dataFile, m_file);
+      return 0;
+    });
+    backup->add_option("FILE", m_file, "where to; it must not be there yet")->required();
+    CLI::App* restore = Add(app, "restore", "put a copy in the place of the store; no server may run", [this] {
+      const std::string replaced = server::Restore(m_options.dataFile, m_file);
+      if (!replaced.empty()) std::cout << "What was there stands in " << replaced << std::endl;
+      return 0;
+    });
+    restore->add_option("FILE", m_file, "the copy")->required();
+    CLI::App* seed = Add(app, "seed", "apply a seed as a starting server does; none may run", [this] {
+      server::ApplySeed(m_options.dataFile, m_file, m_options.keepChanges);
+      return 0;
+    });
+    seed->add_option("FILE", m_file, "the seed")->required();
   }
-  if (error.empty()) return 0;
-  std::cerr << "viewserver: " << error << std::endl;
-  return 1;
-}
 
-int ListUsers(const server::ViewServerOptions& options) {
-  server::Database database(options.dataFile, server::Database::Use::kAccounts);
-  server::Accounts accounts(database, server::SecondsNow);
-  for (const server::User& user : accounts.Users()) std::cout << user.id << '\t' << user.name << '\n';
-  return 0;
-}
+  // The exit status of the chosen command; nothing where none was.
+  std::optional<int> Run() const {
+    for (const auto& [command, run] : m_commands) {
+      if (command->parsed()) return run();
+    }
+    return std::nullopt;
+  }
+
+ private:
+  using Action = std::function<int()>;
+
+  CLI::App* Add(CLI::App& parent, const char* name, const char* description, Action run) {
+    CLI::App* command = parent.add_subcommand(name, description);
+    m_commands.emplace_back(command, std::move(run));
+    return command;
+  }
+
+  void AddUserCommands() {
+    CLI::App* user = m_app.add_subcommand("user",
+                                          "manage users; a password is read from standard input or "
+                                          "VIEWSERVER_PASSWORD");
+    user->require_subcommand(1);
+    const std::string& data = m_options.dataFile;
+    AddForUser(*user, "add", "add a user", [this, &data] { server::AddUser(data, m_name, ReadPassword()); });
+    AddForUser(*user, "password", "set a user's password, which ends its sessions",
+               [this, &data] { server::SetPassword(data, m_name, ReadPassword()); });
+    AddForUser(*user, "rename", "give a user another name",
+               [this, &data] { server::RenameUser(data, m_name, m_newName); })
+        ->add_option("NEW", m_newName, "its new name")
+        ->required();
+    AddForUser(*user, "delete", "delete a user and what is the user's alone",
+               [this, &data] { server::DeleteUser(data, m_name); });
+    Add(*user, "list", "list the users: id, tab, name", [&data] {
+      server::ListUsers(data, std::cout);
+      return 0;
+    });
+  }
+
+  CLI::App* AddForUser(CLI::App& parent, const char* name, const char* description, std::function<void()> run) {
+    CLI::App* command = Add(parent, name, description, [run = std::move(run)] {
+      run();
+      return 0;
+    });
+    command->add_option("NAME", m_name, "its name")->required();
+    return command;
+  }
+
+  CLI::App& m_app;
+  const server::ViewServerOptions& m_options;
+  std::string m_name, m_newName, m_file;
+  std::vector<std::pair<CLI::App*, Action>> m_commands;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   server::ViewServerOptions options;
   std::string listen = "127.0.0.1:8090";
-  std::string userName;
 
   CLI::App app("Reference management server for views and view groups");
   app.fallthrough();
@@ -107,15 +165,8 @@ int main(int argc, char** argv) {
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--faults", options.faultsFile, "a fault plan")->type_name("FILE");
-  CLI::App* user = app.add_subcommand("user",
-                                      "manage users; a password is read from standard input or "
-                                      "VIEWSERVER_PASSWORD");
-  user->require_subcommand(1);
-  CLI::App* add = user->add_subcommand("add", "add a user");
-  add->add_option("NAME", userName, "its name")->required();
-  CLI::App* password = user->add_subcommand("password", "set a user's password, which ends its sessions");
-  password->add_option("NAME", userName, "its name")->required();
-  CLI::App* list = user->add_subcommand("list", "list the users: id, tab, name");
+  app.set_version_flag("--version", "viewserver " VIEWSERVER_VERSION);
+  const Operator commands(app, options);
 
   try {
     app.parse(argc, argv);
@@ -125,8 +176,7 @@ int main(int argc, char** argv) {
   }
   try {
     server::InitSecrets();
-    if (add->parsed() || password->parsed()) return ManageUser(options, userName, add->parsed());
-    if (list->parsed()) return ListUsers(options);
+    if (const std::optional<int> status = commands.Run()) return *status;
     return Serve(options);
   } catch (const std::exception& e) {
     std::cerr << "viewserver: " << e.what() << std::endl;

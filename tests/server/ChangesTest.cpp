@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include <SQLiteCpp/Database.h>
+
 #include "TestClient.h"
 #include "server/changes/ChangeFeed.h"
 
@@ -199,6 +201,36 @@ TEST_F(ChangesTest, LoggingOutEndsTheStreamsOfThatSessionAndNoOther) {
   EXPECT_EQ(leaving.Get("V0/Views").Error(), "101/2");
   ann.AddGroup("H", -1, kPublic);
   EXPECT_EQ(stays.Next().Brief(), "OwnViewGroups +2");
+}
+
+// Long before the next sign of life, by which a stream finds out for itself.
+TEST_F(ChangesTest, SessionsThatEndOtherwiseTakeTheirStreamsAlong) {
+  const std::string store = Options().dataFile;
+  const std::pair<const char*, std::function<void()>> ways[] = {
+      {"a password set in this process",
+       [this] {
+         std::string error;
+         EXPECT_TRUE(m_server->SetPassword("bob", "new", error)) << error;
+       }},
+      {"sessions ended by another process",
+       [&store] { SQLite::Database(store, SQLite::OPEN_READWRITE).exec("DELETE FROM sessions WHERE user_id = 2"); }},
+  };
+  EventStream stays = ann.Listen();
+  for (const auto& [name, end] : ways) {
+    SCOPED_TRACE(name);
+    EventStream gone = LogIn("bob").Listen();
+    EventStream other = LogIn("bob").Listen();
+    ann.AddGroup("G", -1, kPublic);
+    gone.Next();  // by now both are subscribed
+    other.Next();
+    stays.Next();
+    end();
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(gone.Next().Brief() + other.Next().Brief(), "endend");
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(8));
+  }
+  ann.AddGroup("H", -1, kPublic);
+  EXPECT_EQ(stays.Next().name, "OwnViewGroups");
 }
 
 // Several clients edit at once while others listen: every listener hears every change once, in order, and ends up

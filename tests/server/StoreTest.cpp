@@ -63,7 +63,7 @@ TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
 TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
   for (const std::string& file : {Options().dataFile, (m_folder / "new.db").string()}) {
     SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-    store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER)");
+    store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER); DROP TABLE others");
     std::thread other([&store] {
       std::this_thread::sleep_for(std::chrono::milliseconds(300));
       store.exec("COMMIT");

@@ -140,10 +140,10 @@ void ChangeHub::PublishOne(const Change& change, WakeList& wake) {
   }
 }
 
-void ChangeHub::CloseSession(int64_t sessionId, WakeList& wake) {
+void ChangeHub::Close(const std::function<bool(const Caller&)>& concerns, WakeList& wake) {
   for (auto& [user, feeds] : m_feedsOfUser) {
     for (auto& [pointer, weak] : feeds) {
-      if (pointer->Listener().sessionId != sessionId) continue;
+      if (!concerns(pointer->Listener())) continue;
       pointer->Close();
       wake[pointer] = weak.lock();
     }

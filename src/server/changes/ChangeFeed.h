@@ -80,7 +80,8 @@ class ChangeHub {
   void Remove(ChangeFeed* feed);
   // Where memory does not suffice, all feeds are left to read by themselves: now, or with their next sign of life.
   void Publish(const std::vector<Change>& changes, WakeList& wake) noexcept;
-  void CloseSession(int64_t sessionId, WakeList& wake);
+  // Ends the feeds of these listeners.
+  void Close(const std::function<bool(const Caller&)>& concerns, WakeList& wake);
 
  private:
   // A feed that is destroyed withdraws itself, so that the pointers to those that stand here are valid.

@@ -4,14 +4,40 @@
 #include <algorithm>
 #include <limits>
 
+#include "server/documents/Requests.h"
+
 namespace server {
+
+namespace {
+
+bool IsSound(const Change& change) {
+  const bool isSeen = change.after.everybody || !change.after.users.empty();
+  const bool isShared = change.after.users.size() > 1;
+  return (!isSeen || IsHead(change.head)) && (!isShared || IsHead(change.sharedHead)) &&
+         (!change.document || WhyNoDocument(*change.document) == nullptr);
+}
+
+// What the store remembers; where that is damaged, what rows show was given.
+int64_t LastNumber(Database& database) {
+  int64_t last = 0;
+  for (const char* sql : {"SELECT max(seq) FROM sqlite_sequence WHERE name = 'changes' AND seq BETWEEN 0 AND ?",
+                          "SELECT max(number) FROM changes WHERE number BETWEEN 0 AND ?",
+                          "SELECT max(change_number) FROM groups WHERE change_number BETWEEN 0 AND ?",
+                          "SELECT max(change_number) FROM views WHERE change_number BETWEEN 0 AND ?"}) {
+    Query query(database, sql, kMaxChangeNumber);
+    query.Next();
+    last = std::max(last, query.Int64(0));
+  }
+  return last;
+}
+
+}  // namespace
 
 ChangeLog::ChangeLog(Database& database, uint64_t keep)
     : m_database(database),
       m_keep(static_cast<int64_t>(std::min<uint64_t>(keep, std::numeric_limits<int32_t>::max()))) {
-  Query last(m_database, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
-  if (last.Next()) m_last = last.Int64(0);
-  Query oldest(m_database, "SELECT coalesce(min(number), ?) FROM changes", m_last + 1);
+  m_last = LastNumber(m_database);
+  Query oldest(m_database, "SELECT coalesce(min(number), ?) FROM changes WHERE number > 0", m_last + 1);
   oldest.Next();
   m_oldest = oldest.Int64(0);
 }
@@ -62,6 +88,7 @@ std::vector<Change> ChangeLog::Read(int64_t number, size_t limit, size_t maxByte
     change.sharedHead = query.String(8);
     change.documentId = query.Int64(9);
     if (change.documentId != 0) change.document = std::make_shared<std::string>(query.String(10));
+    if (!IsSound(change)) change.before = change.after = {};  // nobody hears what a damaged store makes of it
     bytes += change.head.size() + (change.document ? change.document->size() : 0);
   }
   return changes;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/documents/Json.h"
 
+#include <rapidjson/encodings.h>
+#include <rapidjson/memorystream.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -131,6 +133,17 @@ std::vector<int32_t> IdList(const std::string& text) {
     begin = comma + 1;
   }
   return ids;
+}
+
+bool IsUtf8(const std::string& text) {
+  struct {
+    void Put(char) {}
+  } nowhere;
+  rapidjson::MemoryStream stream(text.data(), text.size());
+  while (stream.Tell() < text.size()) {
+    if (!rapidjson::UTF8<>::Validate(stream, nowhere)) return false;
+  }
+  return true;
 }
 
 std::string Members(std::initializer_list<Member> members) {

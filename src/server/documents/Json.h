@@ -36,6 +36,8 @@ std::string String(const rapidjson::Value& object, const char* key, std::optiona
 std::vector<int32_t> IdList(const std::string& text);
 std::optional<int32_t> Id(const std::string& text);
 
+bool IsUtf8(const std::string& text);
+
 struct Member {
   const char* key;
   std::variant<int32_t, std::string_view> value;

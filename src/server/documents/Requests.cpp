@@ -62,11 +62,13 @@ void ForEachObject(Value& object, const char* key, const Use& use) {
   }
 }
 
-void NormaliseWindows(Value& view, Allocator& allocator) {
-  ForEachObject(view, "PlanPages", [&allocator](Value& page) {
-    ForEachObject(page, "PlanViewItem", [&allocator](Value& window) {
+// Calls `use` for each value of a window that is a text in lists.
+template <class Use>
+void ForEachWindowText(Value& view, const Use& use) {
+  ForEachObject(view, "PlanPages", [&use](Value& page) {
+    ForEachObject(page, "PlanViewItem", [&use](Value& window) {
       for (auto& member : window.GetObject()) {
-        if (IsOneOf(member.name, kTextsOfWindow)) TurnIntoText(member.value, allocator);
+        if (IsOneOf(member.name, kTextsOfWindow)) use(member.value);
       }
     });
   });
@@ -81,6 +83,11 @@ std::string DocumentOf(const Value& view) {
   return document;
 }
 
+// An event has each element on one line.
+bool HasControls(const std::string& json) {
+  return std::any_of(json.begin(), json.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+}
+
 }  // namespace
 
 ViewInput ReadView(Value& element, Allocator& allocator) {
@@ -91,7 +98,7 @@ ViewInput ReadView(Value& element, Allocator& allocator) {
   view.userId = wire::Int(element, "UserID", kNobody);
   view.autoCycle = wire::Int(element, "AutoCycle", -1);
   view.cycleTime = wire::Int(element, "CycleTime", -1);
-  NormaliseWindows(element, allocator);
+  ForEachWindowText(element, [&allocator](Value& text) { TurnIntoText(text, allocator); });
   view.document = DocumentOf(element);
   return view;
 }
@@ -100,6 +107,36 @@ std::string WithoutServersOwn(const std::string& document) try {
   return document.empty() ? document : DocumentOf(wire::Parse('{' + document.substr(1) + '}'));
 } catch (const Refusal&) {
   return document;
+}
+
+bool IsHead(const std::string& text) try {
+  return wire::Parse(text + '}').MemberCount() > 0 && !HasControls(text);
+} catch (const Refusal&) {
+  return false;
+}
+
+bool IsName(const std::string& text) try {
+  CheckName(text);
+  return wire::IsUtf8(text);
+} catch (const Refusal&) {
+  return false;
+}
+
+const char* WhyNoDocument(const std::string& document) try {
+  if (document.empty()) return nullptr;
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
+  if (std::any_of(document.begin(), document.end(), isControl)) return "a control character";
+  rapidjson::Document members = wire::Parse('{' + document.substr(1) + '}');
+  if (document.front() != ',' || members.MemberCount() == 0) return "not what follows a head";
+  for (const auto& member : members.GetObject()) {
+    if (IsOneOf(member.name, kServersOwn)) return "a member that is the server's";
+  }
+  ForEachWindowText(members, [](const Value& text) {
+    if (!text.IsString()) throw Refusal::Malformed("a window's order or digital zoom is not a text");
+  });
+  return nullptr;
+} catch (const Refusal& refusal) {
+  return refusal.detail;
 }
 
 GroupInput ReadGroup(const Value& element) {

@@ -4,11 +4,11 @@
 #include <SQLiteCpp/Exception.h>
 
 #include <chrono>
+#include <stdexcept>
 
-#include "server/documents/Json.h"
+#include "server/documents/Requests.h"
 #include "server/login/Secrets.h"
 #include "server/model/Refusal.h"
-#include "server/permissions/Rules.h"
 
 namespace server {
 
@@ -25,13 +25,7 @@ int64_t SecondsNow() {
 
 std::string WhyUnusable(const std::string& name, const std::string& password) {
   if (password.empty()) return "a password is not empty";
-  try {
-    wire::Parse('{' + wire::Members({{"Name", name}}) + '}');  // refuses what is not UTF-8
-    CheckName(name);
-  } catch (const Refusal&) {
-    return Refusal::BadName().detail;
-  }
-  return {};
+  return IsName(name) ? "" : Refusal::BadName().detail;
 }
 
 bool Accounts::HasUsers() {
@@ -42,24 +36,26 @@ bool Accounts::HasUsers() {
 std::vector<User> Accounts::Users() {
   Query query(m_database,
               "SELECT id, name, password, ptz, EXISTS (SELECT 1 FROM sessions WHERE user_id = users.id AND "
-              "last_used >= ?) FROM users ORDER BY id",
+              "last_used >= ?) FROM users WHERE id BETWEEN 1 AND 2147483647 ORDER BY id",
               m_clock() - kOnlineSeconds);
   std::vector<User> users;
   while (query.Next()) {
+    if (!IsName(query.String(1))) continue;  // a damaged store
     users.push_back({query.Int(0), query.String(1), query.String(2), query.Int(3), query.Int(4) != 0});
   }
   return users;
 }
 
 std::optional<User> Accounts::FindUser(const std::string& name) {
-  Query query(m_database, "SELECT id, name, password, ptz FROM users WHERE name = ?", name);
+  Query query(m_database, "SELECT id, name, password, ptz FROM users WHERE name = ? AND id BETWEEN 1 AND 2147483647",
+              name);
   if (!query.Next()) return std::nullopt;
   return User{query.Int(0), query.String(1), query.String(2), query.Int(3), false};
 }
 
 std::string Accounts::UserName(int32_t id) {
   Query query(m_database, "SELECT name FROM users WHERE id = ?", id);
-  return query.Next() ? query.String(0) : std::string();
+  return query.Next() && IsName(query.String(0)) ? query.String(0) : std::string();
 }
 
 bool Accounts::UserExists(int32_t id) {
@@ -68,10 +64,19 @@ bool Accounts::UserExists(int32_t id) {
 }
 
 bool Accounts::AddUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz) {
+  if (id != 0) return !FindUser(name) && InsertUser(id, name, passwordHash, ptz);
+  Transaction transaction(m_database);  // so that no other process takes the same id
   if (FindUser(name)) return false;
-  Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (nullif(?, 0),?,?,?)", id, name, passwordHash,
-          ptz);
+  const int32_t next = NextId(m_database, "users");
+  if (next == 0) throw std::runtime_error(Refusal::NoIdsLeft().detail);
+  InsertUser(next, name, passwordHash, ptz);
+  transaction.Commit();
   return true;
+}
+
+bool Accounts::InsertUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz) {
+  return Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (?,?,?,?)", id, name, passwordHash,
+                 ptz) != 0;
 }
 
 void Accounts::UpdateUser(int32_t id, const std::string& name, int32_t ptz) {
@@ -84,6 +89,39 @@ bool Accounts::SetPassword(const std::string& name, const std::string& passwordH
   Execute(m_database, "DELETE FROM sessions WHERE user_id = (SELECT id FROM users WHERE name = ?)", name);
   transaction.Commit();
   return true;
+}
+
+bool Accounts::RenameUser(const std::string& name, const std::string& newName) {
+  Transaction transaction(m_database);
+  const std::optional<User> user = FindUser(name);
+  if (!user) throw Refusal::NoSuchUser();
+  if (name != newName && FindUser(newName)) return false;
+  UpdateUser(user->id, newName, user->ptz);
+  transaction.Commit();
+  return true;
+}
+
+bool Accounts::DeleteUser(const std::string& name) {
+  Transaction transaction(m_database);
+  const std::optional<User> user = FindUser(name);
+  if (!user) return false;
+  Execute(m_database, "DELETE FROM sessions WHERE user_id = ?", user->id);
+  Execute(m_database, "DELETE FROM default_views WHERE user_id = ?", user->id);
+  Execute(m_database, "DELETE FROM users WHERE id = ?", user->id);
+  Execute(m_database, "INSERT OR REPLACE INTO seeded (kind, id, digest) VALUES ('deleted user', ?, '')", user->id);
+  transaction.Commit();
+  return true;
+}
+
+std::vector<int32_t> Accounts::DeletedUsers() {
+  Query query(m_database, "SELECT id FROM seeded WHERE kind = 'deleted user'");
+  std::vector<int32_t> ids;
+  while (query.Next()) ids.push_back(query.Int(0));
+  return ids;
+}
+
+void Accounts::ForgetDeletedUser(int32_t id) {
+  Execute(m_database, "DELETE FROM seeded WHERE kind = 'deleted user' AND id = ?", id);
 }
 
 std::string Accounts::OpenSession(int32_t userId, const std::string& client) {
@@ -133,6 +171,11 @@ bool Accounts::Touch(int64_t sessionId) {
 
 void Accounts::CloseSession(int64_t sessionId) {
   Execute(m_database, "DELETE FROM sessions WHERE id = ?", sessionId);
+}
+
+bool Accounts::HasSession(int64_t sessionId) {
+  Query query(m_database, "SELECT 1 FROM sessions WHERE id = ?", sessionId);
+  return query.Next();
 }
 
 }  // namespace server

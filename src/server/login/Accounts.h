@@ -41,11 +41,19 @@ class Accounts {
   std::string UserName(int32_t id);  // empty where there is no such user
   bool UserExists(int32_t id);
 
-  // False when there is one of that name. An id of 0 lets the store choose.
+  // False when there is one of that name. An id of 0 lets the store choose; throws std::runtime_error where none is
+  // left.
   bool AddUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz);
   void UpdateUser(int32_t id, const std::string& name, int32_t ptz);
   // Ends the user's sessions. False when there is no such user.
   bool SetPassword(const std::string& name, const std::string& passwordHash);
+  // Sessions and all else stay. False when another user has the new name; throws a Refusal when there is no such user.
+  bool RenameUser(const std::string& name, const std::string& newName);
+  // Ends the user's sessions, forgets the default view, and leaves word for the server, which deletes what was the
+  // user's alone. False when there is no such user.
+  bool DeleteUser(const std::string& name);
+  std::vector<int32_t> DeletedUsers();  // whose word the server has not followed yet
+  void ForgetDeletedUser(int32_t id);
 
   // The token of a new session.
   std::string OpenSession(int32_t userId, const std::string& client);
@@ -55,8 +63,11 @@ class Accounts {
   // Uses a session without its token; false when it has ended.
   bool Touch(int64_t sessionId);
   void CloseSession(int64_t sessionId);
+  bool HasSession(int64_t sessionId);
 
  private:
+  bool InsertUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz);
+
   Database& m_database;
   const Clock m_clock;
 };

@@ -24,6 +24,7 @@ struct Refusal {
   static Refusal TooLarge() { return {kViewModule, 7, 413, "too large"}; }
   static Refusal TooManyConnections() { return {kViewModule, 4, 429, "this user holds too many connections"}; }
   static Refusal InternalError() { return {kViewModule, 8, 500, "internal error"}; }
+  static Refusal NoIdsLeft() { return {kViewModule, 8, 500, "all ids up to 2147483647 have been given"}; }
   static Refusal NoMemory() { return {kViewModule, 8, 503, "out of memory"}; }
   static Refusal BadLogin() { return {kSessionModule, 1, 401, "bad user or password"}; }
   static Refusal NoSession() { return {kSessionModule, 2, 401, "no or expired token"}; }

@@ -31,9 +31,12 @@ class Seeding {
  private:
   using Folder = std::pair<int32_t, int32_t>;  // folder, owner
 
+  bool IsSeeded(const std::string& kind, int32_t id);  // in whatever form
   bool IsSeeded(const std::string& kind, int32_t id, const std::string& digest);
   void MarkSeeded(const std::string& kind, int32_t id, const std::string& digest);
   void WriteUsers();
+  bool IsLeftOut(const SeedGroup& entry);
+  bool IsLeftOut(const SeedView& entry);
   std::vector<Step> Steps();
   Step StepOf(const SeedGroup& entry);
   Step StepOf(const SeedView& entry);

@@ -12,6 +12,7 @@
 #include "server/documents/Replies.h"
 #include "server/permissions/Audience.h"
 #include "server/site/Seeding.h"
+#include "server/site/SiteLoading.h"
 
 namespace server {
 
@@ -35,7 +36,8 @@ Site::Site(const std::string& dataFile, uint64_t keepChanges, Accounts::Clock cl
       m_resources(m_database),
       m_tables(m_database),
       m_log(m_database, keepChanges) {
-  m_tables.Load(m_catalog);
+  LoadSite(m_database, m_catalog, m_findings);
+  CheckNames(m_database, m_findings);
 }
 
 void Site::Apply(const SeedData& seed) try {
@@ -118,8 +120,15 @@ bool Site::AddUser(const std::string& name, const std::string& passwordHash) {
 }
 
 bool Site::SetPassword(const std::string& name, const std::string& passwordHash) {
-  const base::MutexLock lock(m_mutex);
-  return m_accounts.SetPassword(name, passwordHash);
+  Locked locked(m_mutex);
+  if (!m_accounts.SetPassword(name, passwordHash)) return false;
+  CloseEndedSessions(locked);
+  return true;
+}
+
+void Site::CloseEndedSessions(Locked& locked) {
+  m_hub.Close([this](const Caller& listener) REQUIRES(m_mutex) { return !m_accounts.HasSession(listener.sessionId); },
+              locked.wake);
 }
 
 std::string Site::OpenSession(int32_t userId, const std::string& client) {
@@ -137,7 +146,7 @@ Caller Site::Authenticate(const std::string& token) {
 void Site::CloseSession(const Caller& caller) {
   Locked locked(m_mutex);
   m_accounts.CloseSession(caller.sessionId);
-  m_hub.CloseSession(caller.sessionId, locked.wake);
+  m_hub.Close([&caller](const Caller& listener) { return listener.sessionId == caller.sessionId; }, locked.wake);
 }
 
 bool Site::TouchSession(int64_t sessionId) {

@@ -19,6 +19,7 @@
 #include "server/site/Step.h"
 #include "server/site/ViewTables.h"
 #include "server/store/Database.h"
+#include "server/store/Findings.h"
 
 namespace server {
 
@@ -48,6 +49,9 @@ class Site : public ChangeSource {
  public:
   Site(const std::string& dataFile, uint64_t keepChanges, Accounts::Clock clock);
 
+  // What was wrong in the store when it was read, see SiteLoading.h. Constant.
+  const Findings& FoundAtStart() const { return m_findings; }
+
   // Throws std::runtime_error with one plain line when the seed does not fit; nothing has been changed then.
   void Apply(const SeedData& seed);
 
@@ -56,6 +60,9 @@ class Site : public ChangeSource {
   std::optional<User> FindUser(const std::string& name);
   bool AddUser(const std::string& name, const std::string& passwordHash);      // false: there is one
   bool SetPassword(const std::string& name, const std::string& passwordHash);  // false: there is none
+  // Follows what other processes have done in the store: ends the streams of sessions that they have ended, and deletes
+  // the groups and views of users that they have deleted, and what was shared with them.
+  void FollowAccounts();
   std::string OpenSession(int32_t userId, const std::string& client);
   Caller Authenticate(const std::string& token);  // refuses what is no session
   void CloseSession(const Caller& caller);
@@ -104,7 +111,11 @@ class Site : public ChangeSource {
   // The store has the steps already, so that the catalog must come to have them too: waits until there is memory.
   void ApplyCommitted(const std::vector<Step>& steps) noexcept REQUIRES(m_mutex);
 
-  base::Mutex m_mutex;  // never held across a call out of the server
+  void CloseEndedSessions(Locked& locked) REQUIRES(m_mutex);
+  std::vector<Step> StepsOfDeleting(int32_t userId) const REQUIRES(m_mutex);
+
+  Findings m_findings{20};  // changed by the constructor only
+  base::Mutex m_mutex;      // never held across a call out of the server
   Database m_database GUARDED_BY(m_mutex);
   Accounts m_accounts GUARDED_BY(m_mutex);
   Resources m_resources GUARDED_BY(m_mutex);

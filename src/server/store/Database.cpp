@@ -6,10 +6,13 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <limits>
 #include <stdexcept>
 #include <thread>
 
+#include "server/store/StoreIdentity.h"
 #include "server/store/StoreUpgrade.h"
 
 namespace server {
@@ -48,15 +51,42 @@ CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NU
                      PRIMARY KEY (kind, id)) WITHOUT ROWID;
 )sql";
 
-SQLite::Database Open(const std::string& file) {
+bool MayMake(Database::Use use) {
+  return use == Database::Use::kSite || use == Database::Use::kAccounts;
+}
+
+SQLite::Database Open(const std::string& file, Database::Use use) {
+  if (!MayMake(use)) NeedStore(file);
   // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
-  const int made = file == ":memory:" ? -1 : open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  const bool isMade = MayMake(use);
+  const int made = isMade && file != ":memory:" ? open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600) : -1;
   if (made >= 0) close(made);
   try {
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kWaitMs);
+    // To read as well: else a log that is empty would stay beside the file. What may not be written is read all the
+    // same.
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | (isMade ? SQLite::OPEN_CREATE : 0), kWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot open " + file + ": " + e.what());
   }
+}
+
+// SQLite does not wait for others where it changes the mode of the journal: two that make a store at once meet there.
+template <class Action>
+void WaitWhileBusy(const Action& action) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kWaitMs);
+  while (true) {
+    try {
+      return action();
+    } catch (const SQLite::Exception& e) {
+      if (e.getErrorCode() != SQLITE_BUSY || std::chrono::steady_clock::now() > deadline) throw;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
+// The end of the last connection would write another application's log into its file.
+void KeepAsItIs(SQLite::Database& database, bool keep) {
+  sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
 }
 
 // Another process may do the same at this moment; the second one then finds the first one's work.
@@ -65,6 +95,7 @@ int MakeSchema(SQLite::Database& database) {
   const int version = database.execAndGet("PRAGMA user_version").getInt();
   if (version != 0) return version;
   database.exec(kSchema);
+  database.exec("PRAGMA application_id=" + std::to_string(kApplicationId));
   database.exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
   transaction.commit();
   return kSchemaVersion;
@@ -72,25 +103,52 @@ int MakeSchema(SQLite::Database& database) {
 
 }  // namespace
 
-Database::Database(const std::string& file, Use use) : m_database(Open(file)) {
+Database::Database(const std::string& file, Use use) : m_database(Open(file, use)) {
   int version = 0;
   try {
-    m_database.exec("PRAGMA journal_mode=WAL");
-    m_database.exec("PRAGMA synchronous=NORMAL");
-    version = m_database.execAndGet("PRAGMA user_version").getInt();
-    if (version == 0) version = MakeSchema(m_database);
+    KeepAsItIs(m_database, true);
+    WaitWhileBusy([&] { version = VersionOfStore(m_database, file); });
+    if (version == 0 && !MayMake(use)) throw std::runtime_error("there is no store in " + file);
+    if (version > kSchemaVersion) throw std::runtime_error(file + " was written by a newer server");
+    KeepAsItIs(m_database, false);
+    if (use == Use::kReading) m_database.exec("PRAGMA query_only=1");
+    if (use != Use::kReading) version = Prepare(version);
     if (version == 1 && use == Use::kSite) version = UpgradeStore(m_database, file);
     m_database.setBusyTimeout(kWaitMs);
   } catch (const SQLite::Exception& e) {
-    throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
+    std::string why = e.what();
+    std::replace(why.begin(), why.end(), '\n', ' ');  // it may quote a damaged schema
+    throw std::runtime_error("cannot use " + file + " as a store: " + why);
   }
-  if (version > kSchemaVersion) throw std::runtime_error(file + " was written by a newer server");
+  m_version = version;
+}
+
+int Database::Prepare(int version) {
+  WaitWhileBusy([this] { m_database.exec("PRAGMA journal_mode=WAL"); });
+  m_database.exec("PRAGMA synchronous=NORMAL");
+  if (version == 0) WaitWhileBusy([&] { version = MakeSchema(m_database); });
+  return version;
+}
+
+bool Database::IsCurrent() const {
+  return m_version == kSchemaVersion;
 }
 
 SQLite::Statement& Database::Prepared(const char* sql) {
   std::unique_ptr<SQLite::Statement>& statement = m_statements[sql];
   if (!statement) statement = std::make_unique<SQLite::Statement>(m_database, sql);
   return *statement;
+}
+
+int32_t NextId(Database& database, const std::string& table) {
+  const std::string sql = "SELECT coalesce((SELECT max(id) FROM " + table +
+                          " WHERE id BETWEEN 1 AND 2147483647), 0), "
+                          "coalesce((SELECT max(seq) FROM sqlite_sequence WHERE name = '" +
+                          table + "'), 0)";
+  Query query(database, sql.c_str());
+  query.Next();
+  const int64_t last = std::max(query.Int64(0), query.Int64(1));
+  return last < std::numeric_limits<int32_t>::max() ? static_cast<int32_t>(last + 1) : 0;
 }
 
 Transaction::Transaction(Database& database) : m_database(database), m_rollback(database.Prepared("ROLLBACK")) {

@@ -17,20 +17,29 @@ namespace server {
 class Database {
  public:
   // kAccounts: for users and sessions only. Their tables are the same in every version, so that a store of an earlier
-  // one stays as it is, and a server of that version may be using it.
-  enum class Use { kSite, kAccounts };
+  // one stays as it is, and a server of that version may be using it. kKnownAccounts: likewise, of a store that there
+  // is. kReading: nothing is written, and there must be a store.
+  enum class Use { kSite, kAccounts, kKnownAccounts, kReading };
 
-  // Opens or makes the file; upgrades what an earlier server wrote. Throws std::runtime_error with one plain line when
-  // it is not a usable store; nothing has been changed then.
+  // Opens or makes the file; for kSite upgrades what an earlier server wrote. Throws std::runtime_error with one plain
+  // line when it is not a usable store, or none of this server; nothing has been changed then.
   explicit Database(const std::string& file, Use use = Use::kSite);
 
   SQLite::Database& Handle() { return m_database; }
   SQLite::Statement& Prepared(const char* sql);
+  bool IsCurrent() const;  // not of an earlier version, which kSite alone upgrades
 
  private:
+  int Prepare(int version);
+
   SQLite::Database m_database;
+  int m_version = 0;
   std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
 };
+
+// The id of the next row of `table`, which gives none twice: 1 to 2147483647, 0 where none is left. What a damaged row
+// has beyond that does not count. REQUIRES: a transaction is open.
+int32_t NextId(Database& database, const std::string& table);
 
 // One use of a prepared statement. The bound texts are not copied: REQUIRES that they outlive the use.
 // A statement must not be in use twice at a time.
@@ -51,6 +60,8 @@ class Query {
   bool Next() { return m_statement.executeStep(); }
   int32_t Int(int column) { return m_statement.getColumn(column).getInt(); }
   int64_t Int64(int column) { return m_statement.getColumn(column).getInt64(); }
+  bool IsInteger(int column) { return m_statement.getColumn(column).isInteger(); }
+  bool IsText(int column) { return m_statement.getColumn(column).isText(); }
   std::string String(int column) { return m_statement.getColumn(column).getString(); }
 
  private:

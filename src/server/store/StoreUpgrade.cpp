@@ -1,23 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/store/StoreUpgrade.h"
 
-#include <SQLiteCpp/Backup.h>
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
-#include <fcntl.h>
-#include <sqlite3.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "server/documents/Requests.h"
+#include "server/store/StoreCopy.h"
+#include "server/store/StoreIdentity.h"
 
 namespace server {
 
@@ -51,13 +49,14 @@ class StoreCopy {
   explicit StoreCopy(const std::string& file) : m_name(FreeName(file + ".v1")), m_part(file + ".v1-part") {
     RemovePart();
     try {
-      Write(file);
+      // Not by the connection that holds the transaction: SQLite copies nothing that is being written.
+      CopyStore(file, m_part);
       if (std::rename(m_part.c_str(), m_name.c_str()) != 0) throw std::runtime_error(std::strerror(errno));
     } catch (const std::exception& e) {
       RemovePart();
       throw std::runtime_error("cannot upgrade " + file + ": cannot copy it to " + m_name + ": " + e.what());
     }
-    SyncFolder();
+    SyncFolderOf(m_name);  // so that no power cut leaves the new store without the old one
   }
   ~StoreCopy() {
     if (!m_kept) unlink(m_name.c_str());
@@ -69,40 +68,10 @@ class StoreCopy {
   void Keep() { m_kept = true; }
 
  private:
-  static std::string FreeName(const std::string& wanted) {
-    std::string name = wanted;
-    for (int n = 2; std::filesystem::symlink_status(name).type() != std::filesystem::file_type::not_found; ++n) {
-      name = wanted + "-" + std::to_string(n);
-    }
-    return name;
-  }
-
-  void Write(const std::string& file) {
-    // It holds the hashes of passwords and tokens, as the store does.
-    const int made = open(m_part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (made < 0) throw std::runtime_error(std::strerror(errno));
-    close(made);
-    // Not by the connection that holds the transaction: SQLite copies nothing that is being written.
-    SQLite::Database source(file, SQLite::OPEN_READONLY);
-    SQLite::Database copy(m_part, SQLite::OPEN_READWRITE);
-    SQLite::Backup backup(copy, source);
-    const int result = backup.executeStep();
-    if (result != SQLITE_DONE) throw std::runtime_error(sqlite3_errstr(result));
-  }
-
   // What failed, or what a process left that was killed.
   void RemovePart() const {
     unlink(m_part.c_str());
     unlink((m_part + "-journal").c_str());
-  }
-
-  // So that no power cut leaves the new store without the old one.
-  void SyncFolder() const {
-    const std::string folder = std::filesystem::path(m_name).parent_path().string();
-    const int opened = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (opened < 0) return;
-    fsync(opened);
-    close(opened);
   }
 
   const std::string m_name, m_part;

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+// Damaged stores: the start ends, with or without success; lists and events are well-formed; edits end; the check of
+// the store ends. Input: damages of a byte for the kind, then for the bytes of the file three bytes of the place and
+// what is written there, 0xFF; or for a row a byte for the column, one for the row, one for the type, and the value,
+// 0xFF.
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
+#include <SQLiteCpp/Statement.h>
+#include <rapidjson/document.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+#include "FuzzInput.h"
+#include "server/api/ListReply.h"
+#include "server/commands/Commands.h"
+#include "server/login/Secrets.h"
+#include "server/site/Site.h"
+
+namespace {
+
+using namespace server;
+
+// In memory where the system has such a folder: each input writes a file.
+class Folder {
+ public:
+  Folder() {
+    const std::filesystem::path memory = "/dev/shm";
+    const auto parent = std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path();
+    std::string pattern = (parent / "damage-fuzz-XXXXXX").string();
+    m_path = mkdtemp(pattern.data());
+  }
+  ~Folder() { std::filesystem::remove_all(m_path); }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  std::string File(const std::string& name) const { return (m_path / name).string(); }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+std::string MakeSoundStore(const Folder& folder) {
+  const std::string file = folder.File("sound");
+  {
+    Site site(file, 100, SecondsNow);
+    site.AddUser("ann", "");
+    site.AddUser("bob", "");
+    const Caller ann{1, 1};
+    const std::string document = R"(,"PlanPages":[{"SpliteType":4,"PlanViewItem":[{"Xtop":"0.25"}]}])";
+    int32_t parent = kTopFolder;
+    for (int i = 0; i < 4; ++i) {
+      parent = site.AddGroup(ann, {"group", parent, 1, false}).id;
+      site.AddView(ann, {"view", parent, 1, 0, 10, document});
+      site.AddView(ann, {"public", kTopFolder, kNobody, 0, 10, document});
+    }
+    site.ShareView(ann, 1, {2});
+    site.DeleteView(ann, 3);
+  }
+  std::stringstream content;
+  content << std::ifstream(file, std::ios::binary).rdbuf();
+  return content.str();
+}
+
+struct Column {
+  const char* table;
+  const char* column;
+};
+const Column kColumns[] = {{"groups", "id"},
+                           {"groups", "name"},
+                           {"groups", "parent_id"},
+                           {"groups", "user_id"},
+                           {"groups", "sequence"},
+                           {"groups", "change_number"},
+                           {"views", "id"},
+                           {"views", "guid"},
+                           {"views", "name"},
+                           {"views", "group_id"},
+                           {"views", "user_id"},
+                           {"views", "cycle_time"},
+                           {"views", "document_id"},
+                           {"views", "change_number"},
+                           {"documents", "id"},
+                           {"documents", "text"},
+                           {"users", "id"},
+                           {"users", "name"},
+                           {"users", "ptz"},
+                           {"changes", "number"},
+                           {"changes", "kind"},
+                           {"changes", "object_id"},
+                           {"changes", "before"},
+                           {"changes", "after"},
+                           {"changes", "head"},
+                           {"changes", "shared_head"},
+                           {"changes", "document_id"},
+                           {"sqlite_sequence", "seq"}};
+
+void DamageRow(const std::string& file, fuzz::Input& input) {
+  const Column& column = kColumns[input.Byte() % std::size(kColumns)];
+  const std::string table = column.table;
+  const int row = static_cast<int>(input.Byte() % 16);
+  static const char* const types[] = {"TEXT", "INTEGER", "BLOB", "REAL"};
+  const std::string type = types[input.Byte() % std::size(types)];
+  const std::string value = input.Text();
+  try {
+    SQLite::Database database(file, SQLite::OPEN_READWRITE);
+    SQLite::Statement update(database, "UPDATE OR IGNORE " + table + " SET " + column.column + " = CAST(? AS " + type +
+                                           ") WHERE rowid IN (SELECT rowid FROM " + table + " LIMIT 1 OFFSET ?)");
+    update.bindNoCopy(1, value.data(), static_cast<int>(value.size()));
+    update.bind(2, row);
+    update.exec();
+  } catch (const SQLite::Exception&) {
+    // Of what cannot stand there nothing does.
+  }
+}
+
+void DamageBytes(const std::string& file, size_t size, fuzz::Input& input) {
+  size_t at = input.Byte();
+  at = at << 8 | input.Byte();
+  at = (at << 8 | input.Byte()) % size;
+  const std::string bytes = input.Text().substr(0, size - at);
+  std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
+  stream.seekp(static_cast<std::streamoff>(at));
+  stream << bytes;
+}
+
+void RequireJson(const std::string& text) {
+  rapidjson::Document document;
+  document.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(text.data(), text.size());
+  fuzz::Require(!document.HasParseError() && document.IsObject(), "a list or an event is no JSON", text);
+}
+
+void LookAtList(ElementList list) {
+  ListReply reply(std::move(list));
+  std::string body, chunk;
+  while (reply.Next(chunk)) body += chunk;
+  fuzz::Require(body.size() == reply.Length(), "a list has another length than promised");
+  RequireJson(body);
+}
+
+// Where the file itself cannot be read, an operation fails, as a request would.
+template <class Action>
+void Try(const Action& action) {
+  try {
+    action();
+  } catch (const SQLite::Exception&) {
+  } catch (const Refusal&) {
+  }
+}
+
+void LookAtEvents(Site& site, const Caller& caller) {
+  const auto feed = site.OpenFeed(caller, 0);
+  std::vector<Text> events;
+  while (feed->Take(events) && !events.empty()) {
+    for (const Text& event : events) {
+      const size_t data = event->find("data: ");
+      if (data != std::string::npos) RequireJson(event->substr(data + 6, event->size() - data - 8));
+    }
+    events.clear();
+  }
+}
+
+void LookAt(Site& site) {
+  for (const Caller caller : {Caller{1, 1}, Caller{2, 2}}) {
+    LookAtList(site.Views(caller));
+    LookAtList(site.Groups(caller));
+    Try([&] { LookAtEvents(site, caller); });
+  }
+  Try([&] { RequireJson(site.ElementsData({})); });
+  Try([&] { RequireJson(site.AreasData()); });
+}
+
+void Edit(Site& site) {
+  const Caller ann{1, 1};
+  Try([&] { site.MoveGroups(ann, {4, {1}}); });
+  Try([&] { site.MoveGroups(ann, {kTopFolder, {3, 2}}); });
+  Try([&] { site.AddView(ann, {"new", 2, 1, 0, 10, ""}); });
+  Try([&] { site.DeleteGroup(ann, 1); });
+  Try([&] { site.FollowAccounts(); });
+}
+
+void Run(const std::string& file) {
+  std::unique_ptr<Site> site;
+  try {
+    std::ostringstream found;
+    CheckStore(file, found);
+    site = std::make_unique<Site>(file, 100, SecondsNow);
+  } catch (const std::runtime_error&) {
+    return;
+  }
+  LookAt(*site);
+  Edit(*site);
+  LookAt(*site);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool ready = (InitSecrets(), true);
+  (void)ready;
+  static const Folder folder;
+  static const std::string sound = MakeSoundStore(folder);
+  const std::string file = folder.File("damaged");
+  for (const char* end : {"-wal", "-shm"}) std::filesystem::remove(file + end);
+  std::ofstream(file, std::ios::binary) << sound;
+
+  fuzz::Input input(data, size);
+  for (int damages = 0; !input.AtEnd() && damages < 10; ++damages) {
+    input.Byte() % 4 == 0 ? DamageBytes(file, sound.size(), input) : DamageRow(file, input);
+  }
+  Run(file);
+  return 0;
+}
