@@ -11,7 +11,7 @@ ChangeLog::ChangeLog(Database& database, uint64_t keep)
       m_keep(static_cast<int64_t>(std::min<uint64_t>(keep, std::numeric_limits<int32_t>::max()))) {
   Query last(m_database, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
   if (last.Next()) m_last = last.Int64(0);
-  Query oldest(m_database, "SELECT coalesce(min(number), ?) FROM changes", m_last + 1);
+  Query oldest(m_database, "SELECT coalesce(min(number), ?) FROM changes WHERE number > 0", m_last + 1);
   oldest.Next();
   m_oldest = oldest.Int64(0);
 }

@@ -34,7 +34,9 @@ void ViewTables::Load(Catalog& catalog) {
   while (views.Next()) {
     View view{ReadItem(views), views.String(6), views.Int(7),
               views.Int(8),    views.Int64(9),  std::make_shared<std::string>(views.String(10))};
-    view.sharedWith = std::move(sharedWith[view.id]);
+    if (const auto users = sharedWith.find(view.id); users != sharedWith.end()) {
+      view.sharedWith = std::move(users->second);
+    }
     view.head = std::make_shared<std::string>(ViewHead(view));
     catalog.views.Put(std::make_shared<View>(std::move(view)));
   }
