@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/ViewText.h"
 
-#include <algorithm>
 #include <charconv>
 
+#include "drawing/Kinds.h"
 #include "host/JsonText.h"
 #include "host/Terminal.h"
 
@@ -12,22 +12,13 @@ namespace {
 
 using rapidjson::Value;
 
-constexpr int kCamera = 1001;
-constexpr int kMap = 7001;
+using drawing::WindowKind;
 
-struct TypeName {
-  int type;
-  const char* name;
-};
-
-constexpr TypeName kResourceTypes[] = {{kCamera, "camera"}, {1002, "door"}, {1005, "elevator"},
-                                       {1006, "radar"},     {kMap, "map"},  {25001, "web page"}};
-constexpr TypeName kRelatedTypes[] = {{0, "camera"}, {1, "map"}, {4, "door"}, {5, "element"}, {8, "element"}};
-
-template <size_t N>
-std::string NameOfType(const TypeName (&names)[N], int type) {
-  const auto* found = std::find_if(names, names + N, [&](const TypeName& name) { return name.type == type; });
-  return found == names + N ? "resource of type " + std::to_string(type) : found->name;
+// A word that stands for several types says less than the type.
+std::string NameOfType(int type) {
+  const WindowKind kind = drawing::KindOf(type);
+  const bool isOneOfSeveral = kind == WindowKind::kElement || kind == WindowKind::kText || kind == WindowKind::kOther;
+  return isOneOfSeveral ? "resource of type " + std::to_string(type) : drawing::WordOf(type).toStdString();
 }
 
 std::string Quoted(const std::string& name) {
@@ -134,11 +125,13 @@ Lines DescribeExtras(const Value& window) {
   DescribePicture(window, extras);
   DescribeFishEye(ObjectOf(window, "FishEye"), extras);
   DescribeCycle(ObjectOf(window, "CycleInfo"), extras);
-  if (NumberOf(window, "ResourceType") == kMap) DescribeMap(ObjectOf(window, "Emap"), extras);
+  if (drawing::KindOf(NumberOf(window, "ResourceType")) == WindowKind::kMap)
+    DescribeMap(ObjectOf(window, "Emap"), extras);
   DescribeMarks(window, extras);
   if (const int id = NumberOf(window, "RelateResourceID", -1); id != -1) {
-    extras.push_back("related " + NameOfType(kRelatedTypes, NumberOf(window, "RelateResourceType", -1)) + " " +
-                     std::to_string(id) + Named(TextOf(window, "RelateResourceName")));
+    const int type = NumberOf(window, "RelateResourceType", -1);
+    extras.push_back("related " + drawing::WordOfRelated(type).toStdString() + " " + std::to_string(id) +
+                     Named(TextOf(window, "RelateResourceName")));
   }
   return extras;
 }
@@ -163,10 +156,10 @@ std::string DescribeHead(const Value& detail, const std::vector<std::string>& fo
 std::string DescribeResource(const Value& window) {
   const int type = NumberOf(window, "ResourceType");
   if (type == 0) return "empty";
-  std::string text = NameOfType(kResourceTypes, type) + Named(TextOf(window, "ResourceName"));
+  std::string text = NameOfType(type) + Named(TextOf(window, "ResourceName"));
   if (const std::string id = TextOf(window, "ResourceID"); id != "-1" && id != "0") text += ", id " + Printable(id);
   // Every window has a stream, but only a camera has a use for it.
-  if (const int stream = NumberOf(window, "StreamType"); type == kCamera && stream > 0) {
+  if (const int stream = NumberOf(window, "StreamType"); drawing::KindOf(type) == WindowKind::kCamera && stream > 0) {
     text += ", stream " + std::to_string(stream);
   }
   return text;

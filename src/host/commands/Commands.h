@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -32,6 +33,17 @@ inline CLI::App* AddCommand(CLI::App& app, Run& chosen, const std::string& name,
   command->fallthrough();
   command->callback([&chosen, run = std::move(run)] { chosen = run; });
   return command;
+}
+
+// The same for a command with options of its own, which `run` gets as the line leaves them. Answers where to add them.
+template <class Options>
+std::pair<CLI::App*, std::shared_ptr<Options>> AddCommand(CLI::App& app, Run& chosen, const std::string& name,
+                                                          const std::string& help,
+                                                          int (*run)(const GlobalOptions&, const Options&)) {
+  auto own = std::make_shared<Options>();
+  CLI::App* command =
+      AddCommand(app, chosen, name, help, [run, own](const GlobalOptions& options) { return run(options, *own); });
+  return {command, std::move(own)};
 }
 
 }  // namespace host

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl export: views and folders as a file for another server.
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <set>
 
@@ -166,9 +165,8 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
 }  // namespace
 
 void AddExportCommand(CLI::App& app, Run& chosen) {
-  const auto wanted = std::make_shared<ExportOptions>();
-  CLI::App* command = AddCommand(app, chosen, "export", "views and folders as a file for any server",
-                                 [wanted](const GlobalOptions& options) { return RunExport(options, *wanted); });
+  const auto [command, wanted] =
+      AddCommand(app, chosen, "export", "views and folders as a file for any server", RunExport);
   command->add_option("ID", wanted->ids, "views and groups, view:ID and group:ID where a number means both; else all");
   command->add_option("-o", wanted->output, "the file; \"-\" is stdout")->type_name("FILE")->required();
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl watch: change notices as they come.
-#include <memory>
 #include <set>
 
 #include "host/Client.h"
@@ -86,9 +85,8 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
 }  // namespace
 
 void AddWatchCommand(CLI::App& app, Run& chosen) {
-  const auto watched = std::make_shared<WatchOptions>();
-  CLI::App* command = AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C",
-                                 [watched](const GlobalOptions& options) { return RunWatch(options, *watched); });
+  const auto [command, watched] =
+      AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C", RunWatch);
   command->add_option("--view", watched->views, "a view to watch")->type_name("ID")->expected(1)->take_all();
   command->add_option("--group", watched->groups, "a group to watch")->type_name("ID")->expected(1)->take_all();
   command->add_flag("--all", watched->all, "the top level and everything there is or comes to be");
