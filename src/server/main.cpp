@@ -72,8 +72,10 @@ int ManageUser(const server::ViewServerOptions& options, const std::string& name
     server::Database database(options.dataFile, server::Database::Use::kAccounts);
     server::Accounts accounts(database, server::SecondsNow);
     const std::string hash = server::HashPassword(password);
+    server::Transaction transaction(database);
     if (isNew && !accounts.AddUser(0, name, hash, 0)) error = "there is a user of that name";
     if (!isNew && !accounts.SetPassword(name, hash)) error = "no such user";
+    if (error.empty()) transaction.Commit();
   }
   if (error.empty()) return 0;
   std::cerr << "viewserver: " << error << std::endl;
@@ -104,6 +106,9 @@ int main(int argc, char** argv) {
   app.add_option("--tls-cert", options.tlsCertFile, "certificate chain, PEM")->type_name("FILE");
   app.add_option("--tls-key", options.tlsKeyFile, "its key, PEM")->type_name("FILE");
   app.add_option("--keep-changes", options.keepChanges, "changes kept for clients that come back")
+      ->type_name("N")
+      ->capture_default_str();
+  app.add_option("--keep-change-bytes", options.keepChangeBytes, "and of these no more than so many bytes")
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--faults", options.faultsFile, "a fault plan")->type_name("FILE");

@@ -249,7 +249,8 @@ TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
 }
 
 struct BrokenStore : ChangeSource {
-  Reach ReadChanges(const FeedPtr&, int64_t, std::vector<Change>&) override { throw std::runtime_error("disk full"); }
+  Reach ReadChanges(const FeedPtr&, int64_t, ChangePiece&) override { throw std::runtime_error("disk full"); }
+  int64_t LastChange() override { throw std::runtime_error("disk full"); }
   void Unsubscribe(ChangeFeed*) override {}
   bool TouchSession(int64_t) override { throw std::runtime_error("disk full"); }
 };

@@ -219,11 +219,21 @@ TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
   EXPECT_TRUE(accounts.Authenticate(token)) << "a store that cannot be written is still read";
   database.Handle().exec("PRAGMA query_only=0");
   EXPECT_TRUE(accounts.Authenticate(token));
+  EXPECT_TRUE(accounts.Users()[0].online) << "of what is not written yet, too";
+  const Accounts::Uses uses = accounts.Unwritten();
+  accounts.Write(uses);
+  accounts.Forget(uses);
+  EXPECT_TRUE(accounts.Unwritten().empty());
+  now += kSessionSeconds - 60;
+  EXPECT_TRUE(accounts.Authenticate(token)) << "from the last use that was written";
   EXPECT_FALSE(accounts.Authenticate(token + "x"));
   now += kSessionSeconds + 1;
   EXPECT_FALSE(accounts.Authenticate(token));
   now -= kSessionSeconds;
   EXPECT_FALSE(accounts.Authenticate(token)) << "over is over";
+  accounts.Write(accounts.Unwritten());
+  Accounts others(database, [&now] { return now; });
+  EXPECT_FALSE(others.Authenticate(token)) << "and in the store, too";
 }
 
 TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {

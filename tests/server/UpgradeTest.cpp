@@ -129,7 +129,7 @@ class UpgradeTest : public ServerTest {
     return FailureOf([this] { Database opened(File()); });
   }
   std::string Told(const std::string& copy) const {
-    return "viewserver: " + File() + " is now a store of version 2; as it was it stands in " + File() + copy + "\n";
+    return "viewserver: " + File() + " is now a store of version 3; as it was it stands in " + File() + copy + "\n";
   }
   // What stands in the folder, without the store's name.
   std::set<std::string> Files() const {
@@ -263,7 +263,7 @@ TEST_F(UpgradeTest, WhoOnlyManagesUsersLeavesAnOldStoreAsItIs) {
 }
 
 TEST_F(UpgradeTest, AStoreOfANewerServerIsRefused) {
-  MakeOldStore("PRAGMA user_version=3");
+  MakeOldStore("PRAGMA user_version=4");
   EXPECT_EQ(WhyNotOpened(), File() + " was written by a newer server");
   EXPECT_EQ(DumpOf(File()), m_dump);
   EXPECT_EQ(Files(), (std::set<std::string>{""}));

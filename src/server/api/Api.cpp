@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/api/Api.h"
 
+#include <SQLiteCpp/Exception.h>
+
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -47,8 +49,11 @@ HttpReply Done() {
   return Reply(Envelope("{}"));
 }
 
-HttpReply ReplyWith(ElementList list) {
+constexpr char kHistory[] = "Resource-History";
+
+HttpReply ReplyWith(ElementList list, const std::string& history) {
   HttpReply reply;
+  reply.headers.emplace_back(kHistory, history);
   reply.headers.emplace_back("Resource-Sequence", std::to_string(list.changeNumber));
   reply.source = std::make_shared<ListReply>(std::move(list));
   return reply;
@@ -58,7 +63,18 @@ HttpReply Refused(const Refusal& refusal) {
   HttpReply reply = Reply(Envelope(refusal));
   reply.status = refusal.httpStatus;
   reply.headers.emplace_back("Error-Detail", refusal.detail);
+  if (refusal.retryAfter > 0) reply.headers.emplace_back("Retry-After", std::to_string(refusal.retryAfter));
   return reply;
+}
+
+// For where nothing may be thrown: without memory the connection ends.
+void RefuseInto(HttpReply& reply, const Refusal& refusal) noexcept {
+  try {
+    reply = Refused(refusal);
+  } catch (const std::bad_alloc&) {
+    reply = HttpReply();
+    reply.cut = 0;
+  }
 }
 
 enum class Match { kNo, kYes, kBadId };  // kBadId: all fits but the id, which is no number
@@ -92,6 +108,18 @@ HttpReply Changed(int64_t number) {
   std::string data = "{";
   AppendChangeNumber(data, number);
   return Reply(Envelope(data + '}'));
+}
+
+HttpReply FailuresReply(const std::vector<ShareFailure>& failures) {
+  std::string list;
+  for (const ShareFailure& failure : failures) {
+    json::AppendMember(list += list.empty() ? "{" : ",{", "UserID", failure.userId);
+    json::AppendMember(list += ',', "UserName", failure.userName);
+    json::AppendMember(list += ',', "ErrorModule", failure.reason.module);
+    json::AppendMember(list += ',', "ErrorCode", failure.reason.code);
+    list += '}';
+  }
+  return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
 }
 
 HttpReply AddedReply(const char* kind, const Added& added) {
@@ -132,6 +160,10 @@ HttpReply Api::Handle(const HttpRequest& request) {
     return Refused(refusal);
   } catch (const std::bad_alloc&) {
     return Refused(NoMemory());
+  } catch (const SQLite::Exception& e) {
+    if (IsBusy(e)) return Refused(StoreBusy());
+    std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
+    return Refused(InternalError());
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
     return Refused(InternalError());
@@ -200,6 +232,18 @@ HttpReply Api::AnswerNoMemory() {
   return Refused(NoMemory());
 }
 
+HttpReply Api::Edit(std::function<HttpReply(Editor&)> make) {
+  HttpReply answer;
+  answer.pending = std::make_shared<PendingReply>();
+  const auto reply = std::make_shared<HttpReply>();
+  m_site.Submit([make = std::move(make), reply](Editor& editor) { *reply = make(editor); },
+                [pending = answer.pending, reply](const Refusal* refusal) {
+                  if (refusal) RefuseInto(*reply, *refusal);
+                  pending->Give(std::move(*reply));
+                });
+  return answer;
+}
+
 HttpReply Api::Login(const Exchange& exchange) {
   const LoginInput login = ReadLoginBody(exchange.request.body);
   const std::optional<User> user = m_site.FindUser(login.userName);
@@ -211,75 +255,90 @@ HttpReply Api::Login(const Exchange& exchange) {
     return reply;
   }
   m_guard.Succeeded(login.userName);
-  std::string data = "{\"Session\":{";
-  json::AppendMember(data, "Token", m_site.OpenSession(user->id, login.clientName.substr(0, 256)));
-  json::AppendMember(data += ',', "UserID", user->id);
-  json::AppendMember(data += ',', "UserName", user->name);
-  return Reply(Envelope(data + "}}"));
+  return Edit([user = *user, client = login.clientName.substr(0, 256)](Editor& editor) {
+    std::string data = "{\"Session\":{";
+    json::AppendMember(data, "Token", editor.OpenSession(user.id, client));
+    json::AppendMember(data += ',', "UserID", user.id);
+    json::AppendMember(data += ',', "UserName", user.name);
+    return Reply(Envelope(data + "}}"));
+  });
 }
 
 HttpReply Api::Logout(const Exchange& exchange) {
-  m_site.CloseSession(exchange.caller);
-  return Done();
+  return Edit([caller = exchange.caller](Editor& editor) {
+    editor.CloseSession(caller);
+    return Done();
+  });
 }
 
 HttpReply Api::ListViews(const Exchange& exchange) {
-  return ReplyWith(m_site.Views(exchange.caller));
+  return ReplyWith(m_site.Views(exchange.caller), m_site.History());
 }
 
 HttpReply Api::ListGroups(const Exchange& exchange) {
-  return ReplyWith(m_site.Groups(exchange.caller));
+  return ReplyWith(m_site.Groups(exchange.caller), m_site.History());
 }
 
 HttpReply Api::Changes(const Exchange& exchange) {
+  const int64_t after = ReadChangeNumber(Parameter(exchange.request.query, "After"));
+  const std::optional<std::string> history = Parameter(exchange.request.query, "History");
   HttpReply reply;
-  reply.events = m_site.OpenFeed(exchange.caller, ReadChangeNumber(Parameter(exchange.request.query, "After")));
+  if (history && !m_site.IsOfHistory(*history, after)) {
+    reply = Refused(OtherHistory());
+  } else {
+    reply.events = m_site.OpenFeed(exchange.caller, after);
+  }
+  reply.headers.emplace_back(kHistory, m_site.History());
   return reply;
 }
 
 HttpReply Api::AddView(const Exchange& exchange) {
-  return AddedReply("View", m_site.AddView(exchange.caller, ReadViewBody(exchange.request.body)));
+  return Edit([caller = exchange.caller, input = ReadViewBody(exchange.request.body)](Editor& editor) mutable {
+    return AddedReply("View", editor.AddView(caller, std::move(input)));
+  });
 }
 
 HttpReply Api::ReplaceView(const Exchange& exchange) {
-  return Changed(m_site.ReplaceView(exchange.caller, exchange.id, ReadViewBody(exchange.request.body)));
+  return Edit([caller = exchange.caller, id = exchange.id, input = ReadViewBody(exchange.request.body)](
+                  Editor& editor) mutable { return Changed(editor.ReplaceView(caller, id, std::move(input))); });
 }
 
 HttpReply Api::DeleteView(const Exchange& exchange) {
-  return Changed(m_site.DeleteView(exchange.caller, exchange.id));
+  return Edit(
+      [caller = exchange.caller, id = exchange.id](Editor& editor) { return Changed(editor.DeleteView(caller, id)); });
 }
 
 HttpReply Api::MoveViews(const Exchange& exchange) {
-  return Changed(m_site.MoveViews(exchange.caller, ReadMoveBody(Kind::kView, exchange.request.body)));
+  return Edit([caller = exchange.caller, move = ReadMoveBody(Kind::kView, exchange.request.body)](Editor& editor) {
+    return Changed(editor.MoveViews(caller, move));
+  });
 }
 
 HttpReply Api::ShareView(const Exchange& exchange) {
-  const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
-  std::string list;
-  for (const ShareFailure& failure : m_site.ShareView(exchange.caller, exchange.id, users)) {
-    json::AppendMember(list += list.empty() ? "{" : ",{", "UserID", failure.userId);
-    json::AppendMember(list += ',', "UserName", failure.userName);
-    json::AppendMember(list += ',', "ErrorModule", failure.reason.module);
-    json::AppendMember(list += ',', "ErrorCode", failure.reason.code);
-    list += '}';
-  }
-  return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
+  return Edit([caller = exchange.caller, id = exchange.id, users = ReadShareBody(exchange.request.body)](
+                  Editor& editor) { return FailuresReply(editor.ShareView(caller, id, users)); });
 }
 
 HttpReply Api::AddGroup(const Exchange& exchange) {
-  return AddedReply("ViewGroup", m_site.AddGroup(exchange.caller, ReadGroupBody(exchange.request.body)));
+  return Edit([caller = exchange.caller, input = ReadGroupBody(exchange.request.body)](Editor& editor) {
+    return AddedReply("ViewGroup", editor.AddGroup(caller, input));
+  });
 }
 
 HttpReply Api::ReplaceGroup(const Exchange& exchange) {
-  return Changed(m_site.ReplaceGroup(exchange.caller, exchange.id, ReadGroupBody(exchange.request.body)));
+  return Edit([caller = exchange.caller, id = exchange.id, input = ReadGroupBody(exchange.request.body)](
+                  Editor& editor) { return Changed(editor.ReplaceGroup(caller, id, input)); });
 }
 
 HttpReply Api::DeleteGroup(const Exchange& exchange) {
-  return Changed(m_site.DeleteGroup(exchange.caller, exchange.id));
+  return Edit(
+      [caller = exchange.caller, id = exchange.id](Editor& editor) { return Changed(editor.DeleteGroup(caller, id)); });
 }
 
 HttpReply Api::MoveGroups(const Exchange& exchange) {
-  return Changed(m_site.MoveGroups(exchange.caller, ReadMoveBody(Kind::kGroup, exchange.request.body)));
+  return Edit([caller = exchange.caller, move = ReadMoveBody(Kind::kGroup, exchange.request.body)](Editor& editor) {
+    return Changed(editor.MoveGroups(caller, move));
+  });
 }
 
 HttpReply Api::GetDefaultView(const Exchange& exchange) {
@@ -291,8 +350,10 @@ HttpReply Api::GetDefaultView(const Exchange& exchange) {
 }
 
 HttpReply Api::SetDefaultView(const Exchange& exchange) {
-  m_site.SetDefaultView(exchange.caller, ReadDefaultViewBody(exchange.request.body));
-  return Done();
+  return Edit([caller = exchange.caller, view = ReadDefaultViewBody(exchange.request.body)](Editor& editor) {
+    editor.SetDefaultView(caller, view);
+    return Done();
+  });
 }
 
 HttpReply Api::ListUsers(const Exchange&) {

@@ -2,6 +2,7 @@
 // The paths of the server: which request is which operation of the site, and how its outcome is written.
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "server/http/HttpHandler.h"
@@ -32,6 +33,9 @@ class Api : public HttpHandler {
   static const Route kRoutes[];
   const Route& FindRoute(const HttpRequest& request, Exchange& exchange) const;
   HttpReply Answer(const HttpRequest& request);
+
+  // `make` gives the reply while it makes the edit, for nothing may fail once that is safe; the reply goes out then.
+  HttpReply Edit(std::function<HttpReply(Editor&)> make);
 
   HttpReply Login(const Exchange& exchange);
   HttpReply Logout(const Exchange& exchange);

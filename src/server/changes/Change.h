@@ -20,7 +20,8 @@ struct Change {
   std::string head;        // as the owner sees it; empty once deleted
   std::string sharedHead;  // as others see a shared view
   int64_t documentId = 0;
-  Text document;  // null where there is none
+  Text document;               // null where there is none
+  bool isDocumentNew = false;  // no earlier change has it
 };
 
 // What an object's change is to one user, by its number in an event.

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <set>
 
 namespace server {
@@ -31,6 +32,7 @@ bool ChangeFeed::Take(std::vector<Text>& events) {
 }
 
 bool ChangeFeed::KeepAlive() {
+  m_isNoteDue = true;
   return OrEnd([this] { return m_source.TouchSession(m_listener.sessionId); });
 }
 
@@ -43,12 +45,14 @@ bool ChangeFeed::TakeNext(std::vector<Text>& events) {
     // Only once the queue is empty: what stands in it would be read a second time.
     if (m_overflowed) m_subscribed = m_overflowed = false;
   }
-  return m_subscribed || CatchUp(events);
+  if (!m_subscribed && !CatchUp(events)) return false;
+  TakeNote(events);
+  return true;
 }
 
 void ChangeFeed::TakeQueued(std::vector<Text>& events) {
   for (size_t bytes = 0; bytes < kTakeBytes && !m_queue.empty(); m_queue.pop_front()) {
-    m_position = m_queue.front().first;
+    m_position = m_told = m_queue.front().first;
     bytes += m_queue.front().second->size();
     m_queuedBytes -= m_queue.front().second->size();
     events.push_back(std::move(m_queue.front().second));
@@ -56,17 +60,37 @@ void ChangeFeed::TakeQueued(std::vector<Text>& events) {
 }
 
 bool ChangeFeed::CatchUp(std::vector<Text>& events) {
-  while (events.empty() && !m_subscribed) {
-    std::vector<Change> changes;
-    const ChangeSource::Reach reach = m_source.ReadChanges(shared_from_this(), m_position, changes);
-    if (reach == ChangeSource::Reach::kLost) return false;
-    m_subscribed = reach == ChangeSource::Reach::kLive;
-    for (const Change& change : changes) {
-      if (Text event = EventTexts(change).For(m_listener)) events.push_back(std::move(event));
-      m_position = change.number;
-    }
+  ChangePiece piece;
+  const ChangeSource::Reach reach = m_source.ReadChanges(shared_from_this(), m_position, piece);
+  if (reach == ChangeSource::Reach::kLost) return false;
+  m_subscribed = reach == ChangeSource::Reach::kLive;
+  m_hasMore = !m_subscribed;
+  for (const Change& change : piece.changes) {
+    if (Text event = EventTexts(change).For(m_listener)) events.push_back(std::move(event));
+    m_told = change.number;
   }
+  m_position = piece.upTo;
+  m_isNoteDue = m_isNoteDue || m_subscribed;
   return true;
+}
+
+void ChangeFeed::TakeNote(std::vector<Text>& events) {
+  if (!m_isNoteDue || !m_subscribed) return;
+  if (events.empty()) {
+    // In this order: what was offered up to that number stands in the queue by now.
+    const int64_t last = m_source.LastChange();
+    if (!IsQuiet()) return;
+    m_position = last;
+  }
+  m_isNoteDue = false;
+  if (m_position <= m_told) return;
+  events.push_back(std::make_shared<std::string>("id: " + std::to_string(m_position) + "\n\n"));
+  m_told = m_position;
+}
+
+bool ChangeFeed::IsQuiet() {
+  const base::MutexLock lock(m_mutex);
+  return m_queue.empty() && !m_overflowed;
 }
 
 bool ChangeFeed::Offer(int64_t number, const Text& event) {
@@ -112,15 +136,24 @@ void ChangeHub::OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeLis
   }
 }
 
-void ChangeHub::Publish(const std::vector<Change>& changes, WakeList& wake) noexcept {
+void ChangeHub::WakeUp(Feeds::value_type& feed, WakeList& wake) noexcept {
   try {
-    for (const Change& change : changes) PublishOne(change, wake);
+    FeedPtr& woken = wake[feed.first];  // first, for what is locked must be kept
+    if (!woken) woken = feed.second.lock();
+  } catch (const std::bad_alloc&) {
+    // The next sign of life does it.
+  }
+}
+
+void ChangeHub::Publish(const Change& change, WakeList& wake) noexcept {
+  try {
+    PublishOne(change, wake);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: change streams fall behind: %s\n", e.what());
     for (auto& [user, feeds] : m_feedsOfUser) {
       for (auto& feed : feeds) {
         feed.first->FallBehind();
-        OrEnd([&] { return (wake[feed.first] = feed.second.lock()) != nullptr; });
+        WakeUp(feed, wake);
       }
     }
   }
@@ -140,12 +173,12 @@ void ChangeHub::PublishOne(const Change& change, WakeList& wake) {
   }
 }
 
-void ChangeHub::CloseSession(int64_t sessionId, WakeList& wake) {
+void ChangeHub::CloseSession(int64_t sessionId, WakeList& wake) noexcept {
   for (auto& [user, feeds] : m_feedsOfUser) {
-    for (auto& [pointer, weak] : feeds) {
-      if (pointer->Listener().sessionId != sessionId) continue;
-      pointer->Close();
-      wake[pointer] = weak.lock();
+    for (auto& feed : feeds) {
+      if (feed.first->Listener().sessionId != sessionId) continue;
+      feed.first->Close();
+      WakeUp(feed, wake);
     }
   }
 }

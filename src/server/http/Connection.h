@@ -56,6 +56,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Refuse(HttpReply reply);
   void Send(HttpReply reply, bool keepAlive);
   void SendNow(HttpReply reply, bool keepAlive);
+  // Waits for a reply that another thread gives. The timer holds the connection meanwhile.
+  void AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAlive);
+  void PollReply(bool keepAlive);
+  // Any thread.
+  void WakeForReply();
   void SendPart(uint64_t bytes);
   void SendChunk();
   void OnSent();
@@ -88,6 +93,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   bool m_isFirst = true;     // no request has come yet
   HttpRequest m_request;
 
+  std::shared_ptr<PendingReply> m_pending;  // until it is there
   HttpReply m_reply;
   std::string m_head, m_chunk;
   bool m_keepAlive = false;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Users and their sessions. Both live in the store and nowhere else, so that another process may add a user or change
-// a password while the server runs. Not thread-safe: its owner locks.
+// a password while the server runs. The uses of sessions alone are written later than they happen: who reads must not
+// wait for who writes. Not thread-safe: its owner locks, and opens the transaction around what changes the store.
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -49,16 +52,29 @@ class Accounts {
 
   // The token of a new session.
   std::string OpenSession(int32_t userId, const std::string& client);
-  // Who has that token; nothing where there is no such session or it has expired. It is a use of the session, which
-  // goes unrecorded where the store cannot be written.
+  // Who has that token; nothing where there is no such session or it has expired. It is a use of the session.
   std::optional<Caller> Authenticate(const std::string& token);
   // Uses a session without its token; false when it has ended.
   bool Touch(int64_t sessionId);
   void CloseSession(int64_t sessionId);
 
+  // --- the uses that are not written yet
+
+  using Uses = std::map<int64_t, int64_t>;  // when, by session; kEnded where it has expired
+  static constexpr int64_t kEnded = 0;
+  const Uses& Unwritten() const { return m_uses; }
+  void Write(const Uses& uses);
+  // These stand in the store now.
+  void Forget(const Uses& written);
+  void ForgetSession(int64_t sessionId) { m_uses.erase(sessionId); }
+
  private:
+  // Who has used a session since then, as far as the store does not say so.
+  std::set<int32_t> UsersOfUnwritten(int64_t since);
+
   Database& m_database;
   const Clock m_clock;
+  Uses m_uses;
 };
 
 }  // namespace server

@@ -15,19 +15,54 @@ Ptr Find(const std::map<int32_t, Ptr>& table, int32_t id) {
 }
 
 template <class Ptr, class Index>
-std::vector<Ptr> SeenBy(const std::map<int32_t, Ptr>& table, const Index& index, int32_t userId) {
-  std::vector<int32_t> ids;
-  for (int32_t owner : {kNobody, userId}) {
-    const auto it = index.find(owner);
-    if (it == index.end()) continue;
-    const auto middle = static_cast<std::ptrdiff_t>(ids.size());
-    ids.insert(ids.end(), it->second.begin(), it->second.end());
-    std::inplace_merge(ids.begin(), ids.begin() + middle, ids.end());
-  }
+std::vector<Ptr> SeenBy(const Index& index, int32_t userId) {
+  static const typename Index::mapped_type s_none;
+  const auto of = [&index](int32_t user) -> const typename Index::mapped_type& {
+    const auto it = index.find(user);
+    return it == index.end() ? s_none : it->second;
+  };
+  const auto& everybodys = of(kNobody);
+  const auto& own = of(userId);
   std::vector<Ptr> seen;
-  seen.reserve(ids.size());
-  for (int32_t id : ids) seen.push_back(Find(table, id));
+  seen.reserve(everybodys.size() + own.size());
+  for (auto a = everybodys.begin(), b = own.begin(); a != everybodys.end() || b != own.end();) {
+    const bool isFirst = b == own.end() || (a != everybodys.end() && a->first < b->first);
+    seen.push_back(isFirst ? (a++)->second : (b++)->second);
+  }
   return seen;
+}
+
+Kind KindOf(const View&) {
+  return Kind::kView;
+}
+Kind KindOf(const Group&) {
+  return Kind::kGroup;
+}
+std::pair<int32_t, int32_t> FolderOf(const View& view) {
+  return {view.groupId, view.userId};
+}
+std::pair<int32_t, int32_t> FolderOf(const Group& group) {
+  return {group.parentId, group.userId};
+}
+
+template <class Object>
+bool IsSamePlace(const Object& a, const Object& b) {
+  return FolderOf(a) == FolderOf(b) && a.sequence == b.sequence;
+}
+
+const std::vector<int32_t>& SharersOf(const View& view) {
+  return view.sharedWith;
+}
+std::vector<int32_t> SharersOf(const Group&) {
+  return {};
+}
+
+// Whether the index has it under that user.
+bool IsUnder(int32_t user, const View& view) {
+  return view.userId == user || std::binary_search(view.sharedWith.begin(), view.sharedWith.end(), user);
+}
+bool IsUnder(int32_t user, const Group& group) {
+  return group.userId == user;
 }
 
 }  // namespace
@@ -41,11 +76,11 @@ GroupPtr Catalog::FindGroup(int32_t id) const {
 }
 
 std::vector<ViewPtr> Catalog::ViewsSeenBy(int32_t userId) const {
-  return SeenBy(m_views, m_viewsOfUser, userId);
+  return SeenBy<ViewPtr>(m_viewsOfUser, userId);
 }
 
 std::vector<GroupPtr> Catalog::GroupsSeenBy(int32_t userId) const {
-  return SeenBy(m_groups, m_groupsOfUser, userId);
+  return SeenBy<GroupPtr>(m_groupsOfUser, userId);
 }
 
 std::vector<int32_t> Catalog::Content(Kind kind, int32_t folderId, int32_t owner) const {
@@ -63,48 +98,54 @@ int32_t Catalog::NextSequence(Kind kind, int32_t folderId, int32_t owner) const 
   return last == std::numeric_limits<int32_t>::max() ? last : std::max(last + 1, 1);
 }
 
-void Catalog::Place(Kind kind, const Folder& folder, int32_t sequence, int32_t id) {
-  m_places[{kind, folder}].emplace(sequence, id);
-}
-
 void Catalog::Unplace(Kind kind, const Folder& folder, int32_t sequence, int32_t id) {
   const auto it = m_places.find({kind, folder});
   it->second.erase({sequence, id});
   if (it->second.empty()) m_places.erase(it);
 }
 
+// First what needs memory, then what takes the old away.
+template <class Ptr>
+void Catalog::PutInto(std::map<int32_t, Ptr>& table, Index<Ptr>& index, Ptr object) {
+  const int32_t id = object->id;
+  const Ptr old = Find(table, id);
+  m_places[{KindOf(*object), FolderOf(*object)}].emplace(object->sequence, id);
+  index[object->userId].insert_or_assign(id, object);
+  for (int32_t user : SharersOf(*object)) index[user].insert_or_assign(id, object);
+  table.insert_or_assign(id, object);
+  if (!old) return;
+  if (!IsSamePlace(*old, *object)) Unplace(KindOf(*old), FolderOf(*old), old->sequence, id);
+  if (!IsUnder(old->userId, *object)) index[old->userId].erase(id);
+  for (int32_t user : SharersOf(*old)) {
+    if (!IsUnder(user, *object)) index[user].erase(id);
+  }
+}
+
+template <class Ptr>
+void Catalog::RemoveFrom(std::map<int32_t, Ptr>& table, Index<Ptr>& index, int32_t id) {
+  const auto it = table.find(id);
+  if (it == table.end()) return;
+  const auto& object = *it->second;
+  Unplace(KindOf(object), FolderOf(object), object.sequence, id);
+  index[object.userId].erase(id);
+  for (int32_t user : SharersOf(object)) index[user].erase(id);
+  table.erase(it);
+}
+
 void Catalog::Put(ViewPtr view) {
-  RemoveView(view->id);
-  Place(Kind::kView, {view->groupId, view->userId}, view->sequence, view->id);
-  m_viewsOfUser[view->userId].insert(view->id);
-  for (int32_t user : view->sharedWith) m_viewsOfUser[user].insert(view->id);
-  m_views[view->id] = std::move(view);
+  PutInto(m_views, m_viewsOfUser, std::move(view));
 }
 
 void Catalog::Put(GroupPtr group) {
-  RemoveGroup(group->id);
-  Place(Kind::kGroup, {group->parentId, group->userId}, group->sequence, group->id);
-  m_groupsOfUser[group->userId].insert(group->id);
-  m_groups[group->id] = std::move(group);
+  PutInto(m_groups, m_groupsOfUser, std::move(group));
 }
 
 void Catalog::RemoveView(int32_t id) {
-  const auto it = m_views.find(id);
-  if (it == m_views.end()) return;
-  const View& view = *it->second;
-  Unplace(Kind::kView, {view.groupId, view.userId}, view.sequence, id);
-  m_viewsOfUser[view.userId].erase(id);
-  for (int32_t user : view.sharedWith) m_viewsOfUser[user].erase(id);
-  m_views.erase(it);
+  RemoveFrom(m_views, m_viewsOfUser, id);
 }
 
 void Catalog::RemoveGroup(int32_t id) {
-  const auto it = m_groups.find(id);
-  if (it == m_groups.end()) return;
-  const Group& group = *it->second;
-  Unplace(Kind::kGroup, {group.parentId, group.userId}, group.sequence, id);
-  m_groupsOfUser[group.userId].erase(id);
-  m_groups.erase(it);
+  RemoveFrom(m_groups, m_groupsOfUser, id);
 }
 
 }  // namespace server

@@ -29,6 +29,8 @@ class Catalog {
   // The place after the last one in that folder; the first place is 1.
   int32_t NextSequence(Kind kind, int32_t folderId, int32_t owner) const;
 
+  // Where memory does not suffice, std::bad_alloc is thrown and the same call may be made again; until then the object
+  // may be missing from what it was to come into.
   void Put(ViewPtr view);
   void Put(GroupPtr group);
   void RemoveView(int32_t id);
@@ -37,15 +39,20 @@ class Catalog {
  private:
   using Folder = std::pair<int32_t, int32_t>;            // folder, owner
   using Places = std::set<std::pair<int32_t, int32_t>>;  // sequence, id
-  using Index = std::unordered_map<int32_t, std::set<int32_t>>;
+  // What a user sees and not everybody; what everybody sees under kNobody.
+  template <class Ptr>
+  using Index = std::unordered_map<int32_t, std::map<int32_t, Ptr>>;
 
-  void Place(Kind kind, const Folder& folder, int32_t sequence, int32_t id);
   void Unplace(Kind kind, const Folder& folder, int32_t sequence, int32_t id);
+  template <class Ptr>
+  void PutInto(std::map<int32_t, Ptr>& table, Index<Ptr>& index, Ptr object);
+  template <class Ptr>
+  void RemoveFrom(std::map<int32_t, Ptr>& table, Index<Ptr>& index, int32_t id);
 
   std::map<int32_t, ViewPtr> m_views;
   std::map<int32_t, GroupPtr> m_groups;
-  Index m_viewsOfUser;  // owned, public under kNobody, and shared with
-  Index m_groupsOfUser;
+  Index<ViewPtr> m_viewsOfUser;
+  Index<GroupPtr> m_groupsOfUser;
   std::map<std::pair<Kind, Folder>, Places> m_places;
 };
 

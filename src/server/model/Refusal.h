@@ -12,6 +12,7 @@ struct Refusal {
   int code;
   int httpStatus;
   const char* detail;  // for the reader of a trace, not for the user; a string that lives for ever, one line
+  int retryAfter = 0;  // seconds after which the same request may be made again; 0: nobody knows
 };
 
 inline Refusal NoSuchView() {
@@ -38,6 +39,9 @@ inline Refusal UnknownPath() {
 inline Refusal ChangesGone() {
   return {kViewModule, 6, 410, "changes after that number are not kept; load again"};
 }
+inline Refusal OtherHistory() {
+  return {kViewModule, 6, 410, "that number is of another history of the store; load again"};
+}
 inline Refusal TooLarge() {
   return {kViewModule, 7, 413, "too large"};
 }
@@ -49,6 +53,9 @@ inline Refusal InternalError() {
 }
 inline Refusal NoMemory() {
   return {kViewModule, 8, 503, "out of memory"};
+}
+inline Refusal StoreBusy() {
+  return {kViewModule, 8, 503, "another process is writing to the store", 1};
 }
 inline Refusal BadLogin() {
   return {kSessionModule, 1, 401, "bad user or password"};

@@ -45,4 +45,10 @@ Audience AudienceOf(const View& view) {
   return audience;
 }
 
+Sight SightOf(const View& view, int32_t userId) {
+  if (view.userId == kNobody || view.userId == userId) return Sight::kFull;
+  const bool isShared = std::binary_search(view.sharedWith.begin(), view.sharedWith.end(), userId);
+  return isShared ? Sight::kShared : Sight::kNone;
+}
+
 }  // namespace server

@@ -23,5 +23,7 @@ struct Audience {
 
 Audience AudienceOf(const Group& group);
 Audience AudienceOf(const View& view);
+// The same as AudienceOf(view).Of(userId).
+Sight SightOf(const View& view, int32_t userId);
 
 }  // namespace server

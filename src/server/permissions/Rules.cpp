@@ -10,7 +10,7 @@ namespace server {
 
 ViewPtr VisibleView(const Catalog& catalog, int32_t userId, int32_t viewId) {
   ViewPtr view = catalog.FindView(viewId);
-  if (!view || AudienceOf(*view).Of(userId) == Sight::kNone) throw NoSuchView();
+  if (!view || SightOf(*view, userId) == Sight::kNone) throw NoSuchView();
   return view;
 }
 

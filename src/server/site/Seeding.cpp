@@ -10,14 +10,6 @@
 
 namespace server {
 
-Seeding::Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources,
-                 const Catalog& catalog)
-    : m_seed(seed), m_database(database), m_accounts(accounts), m_resources(resources), m_catalog(catalog) {
-  for (const SeedUser& user : seed.users) {
-    if (!accounts.UserExists(user.id)) m_newPasswords[user.id] = HashPassword(user.password);
-  }
-}
-
 bool Seeding::IsSeeded(const std::string& kind, int32_t id, const std::string& digest) {
   Query query(m_database, "SELECT digest FROM seeded WHERE kind = ? AND id = ?", kind, id);
   return query.Next() && query.String(0) == digest;
@@ -99,7 +91,7 @@ int32_t Seeding::PlaceIn(Kind kind, const Folder& folder, std::optional<int32_t>
 
 void Seeding::Check(const std::vector<Step>& steps) {
   Catalog after = m_catalog;
-  ApplyTo(after, steps);
+  for (const Step& step : steps) ApplyTo(after, step);
   CheckContainment(after);
   for (const Step& step : steps) step.newView ? CheckUsers(*step.newView) : CheckOwnerExists(step.newGroup->userId);
 }

@@ -6,18 +6,26 @@
 
 namespace server {
 
-void ApplyTo(Catalog& catalog, const std::vector<Step>& steps) {
-  for (const Step& step : steps) {
-    if (step.newView) {
-      catalog.Put(step.newView);
-    } else if (step.oldView) {
-      catalog.RemoveView(step.oldView->id);
-    } else if (step.newGroup) {
-      catalog.Put(step.newGroup);
-    } else {
-      catalog.RemoveGroup(step.oldGroup->id);
-    }
-  }
+namespace {
+
+void Replace(Catalog& catalog, const ViewPtr& old, ViewPtr view) {
+  view ? catalog.Put(std::move(view)) : catalog.RemoveView(old->id);
+}
+
+void Replace(Catalog& catalog, const GroupPtr& old, GroupPtr group) {
+  group ? catalog.Put(std::move(group)) : catalog.RemoveGroup(old->id);
+}
+
+}  // namespace
+
+void ApplyTo(Catalog& catalog, const Step& step) {
+  step.kind == Kind::kView ? Replace(catalog, step.oldView, step.newView)
+                           : Replace(catalog, step.oldGroup, step.newGroup);
+}
+
+void Revert(Catalog& catalog, const Step& step) {
+  step.kind == Kind::kView ? Replace(catalog, step.newView, step.oldView)
+                           : Replace(catalog, step.newGroup, step.oldGroup);
 }
 
 Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts& accounts) {
@@ -26,6 +34,7 @@ Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts
   change.kind = step.kind;
   change.sessionId = step.own ? caller.sessionId : 0;
   change.contentChanged = step.contentChanged;
+  change.isDocumentNew = step.isDocumentNew;
   if (step.oldView) {
     change.id = step.oldView->id;
     change.before = AudienceOf(*step.oldView);

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <stdexcept>
 #include <thread>
@@ -16,9 +17,11 @@ namespace server {
 
 namespace {
 
-constexpr int kSchemaVersion = 2;
+constexpr int kSchemaVersion = 3;
 
-constexpr int kWaitMs = 5000;  // for a lock
+constexpr int kWaitMs = 5000;        // for a lock
+constexpr int kReaderWaitMs = 1000;  // for the moments in which SQLite lets nobody read
+constexpr int kCheckpointPages = 4000;
 
 // Numbers of users, groups, views, sessions and changes are never given twice: a client may still hold an old one.
 const char kSchema[] = R"sql(
@@ -39,8 +42,10 @@ CREATE INDEX views_of_document ON views (document_id);
 CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
 CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
                       session_id INTEGER NOT NULL, content_changed INTEGER NOT NULL, before TEXT NOT NULL,
-                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL);
+                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL,
+                      bytes INTEGER NOT NULL DEFAULT 0);
 CREATE INDEX changes_of_document ON changes (document_id);
+CREATE TABLE epochs (number INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL, first_change INTEGER NOT NULL);
 CREATE TABLE default_views (user_id INTEGER PRIMARY KEY, type INTEGER NOT NULL, view_id INTEGER NOT NULL);
 CREATE TABLE areas (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
 CREATE TABLE elements (id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, site_id INTEGER NOT NULL);
@@ -48,12 +53,25 @@ CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NU
                      PRIMARY KEY (kind, id)) WITHOUT ROWID;
 )sql";
 
+// What lives in memory only has a name all the same, so that several connections may share it.
+std::string NameOf(const std::string& file) {
+  static std::atomic<int> s_count{0};
+  if (file != ":memory:") return file;
+  return "file:/viewserver-" + std::to_string(++s_count) + "?vfs=memdb";
+}
+
+bool IsInMemory(const std::string& name) {
+  return name.rfind("file:/viewserver-", 0) == 0;
+}
+
 SQLite::Database Open(const std::string& file) {
   // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
-  const int made = file == ":memory:" ? -1 : open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  const bool inMemory = IsInMemory(file);
+  const int made = inMemory ? -1 : open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (made >= 0) close(made);
   try {
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kWaitMs);
+    const int uri = inMemory ? SQLite::OPEN_URI : 0;
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | uri, kWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot open " + file + ": " + e.what());
   }
@@ -72,19 +90,41 @@ int MakeSchema(SQLite::Database& database) {
 
 }  // namespace
 
-Database::Database(const std::string& file, Use use) : m_database(Open(file)) {
+Database::Database(const std::string& file, Use use) : m_file(NameOf(file)), m_database(Open(m_file)) {
   int version = 0;
   try {
     m_database.exec("PRAGMA journal_mode=WAL");
-    m_database.exec("PRAGMA synchronous=NORMAL");
+    m_database.exec("PRAGMA synchronous=FULL");
     version = m_database.execAndGet("PRAGMA user_version").getInt();
     if (version == 0) version = MakeSchema(m_database);
-    if (version == 1 && use == Use::kSite) version = UpgradeStore(m_database, file);
+    if (version < kSchemaVersion && use == Use::kSite) version = UpgradeStore(m_database, file);
     m_database.setBusyTimeout(kWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
   }
   if (version > kSchemaVersion) throw std::runtime_error(file + " was written by a newer server");
+}
+
+Database::Database(const Database& store, Reading) : m_file(store.m_file), m_database(Open(m_file)) {
+  m_database.exec("PRAGMA query_only=1");
+  m_database.setBusyTimeout(kReaderWaitMs);
+}
+
+void Database::BecomeEditors() {
+  // Readers of what lives in memory hold up who writes there, for a moment.
+  m_database.setBusyTimeout(IsInMemory(m_file) ? kReaderWaitMs : 0);
+  sqlite3_wal_hook(m_database.getHandle(), &Database::CountPages, this);
+}
+
+int Database::CountPages(void* self, sqlite3*, const char*, int pages) {
+  static_cast<Database*>(self)->m_walPages = pages;
+  return SQLITE_OK;
+}
+
+void Database::Checkpoint() noexcept {
+  if (m_walPages < kCheckpointPages) return;
+  m_walPages = 0;
+  sqlite3_wal_checkpoint_v2(m_database.getHandle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
 SQLite::Statement& Database::Prepared(const char* sql) {
@@ -108,6 +148,36 @@ Transaction::~Transaction() {
 void Transaction::Commit() {
   Execute(m_database, "COMMIT");
   m_isCommitted = true;
+}
+
+Savepoint::Savepoint(Database& database)
+    : m_database(database),
+      m_rollback(database.Prepared("ROLLBACK TO edit")),
+      m_release(database.Prepared("RELEASE edit")) {
+  Execute(database, "SAVEPOINT edit");
+}
+
+Savepoint::~Savepoint() {
+  if (!m_isOver) Undo();
+}
+
+void Savepoint::Keep() {
+  Execute(m_database, "RELEASE edit");
+  m_isOver = true;
+}
+
+bool Savepoint::Undo() noexcept {
+  m_isOver = true;
+  const auto run = [](SQLite::Statement& statement) {
+    const int result = statement.tryExecuteStep();
+    statement.tryReset();
+    return result == SQLITE_DONE;
+  };
+  return sqlite3_get_autocommit(m_database.Handle().getHandle()) == 0 && run(m_rollback) && run(m_release);
+}
+
+bool IsBusy(const SQLite::Exception& exception) {
+  return (exception.getErrorCode() & 0xFF) == SQLITE_BUSY;
 }
 
 }  // namespace server
