@@ -77,6 +77,7 @@ class HttpClient::Lane {
   bool HandOut();
 
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  static void KeepValue(std::string_view line, std::string_view name, std::string& value);
   static size_t OnHeader(char* data, size_t size, size_t count, void* self);
   static int OnSending(void* self, char*, char*, int, int);
 
@@ -255,8 +256,16 @@ size_t HttpClient::Lane::OnBody(char* data, size_t size, size_t count, void* sel
   return length;
 }
 
+// Where the header's name, in lower case and with its colon, is that one.
+void HttpClient::Lane::KeepValue(std::string_view line, std::string_view name, std::string& value) {
+  if (line.size() < name.size() || !curl_strnequal(line.data(), name.data(), name.size())) return;
+  line.remove_prefix(name.size());
+  line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+  line.remove_suffix(line.size() - std::min(line.find_last_not_of(" \t\r\n") + 1, line.size()));
+  value = line;
+}
+
 size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* self) {
-  static constexpr std::string_view kSequence = "resource-sequence:";
   Lane& lane = *static_cast<Lane*>(self);
   size_t length = size * count;
   std::string_view line(data, length);
@@ -266,16 +275,14 @@ size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* s
     curl_easy_getinfo(lane.m_easy, CURLINFO_RESPONSE_CODE, &status);
     lane.m_reply.status = static_cast<int>(status);
     lane.m_reply.resourceSequence.clear();
+    lane.m_reply.resourceHistory.clear();
     lane.m_headComplete = false;
     return length;
   }
   if (line == "\r\n" || line == "\n") lane.m_headComplete = true;
-  if (line.size() < kSequence.size() || !curl_strnequal(line.data(), kSequence.data(), kSequence.size())) return length;
-  line.remove_prefix(kSequence.size());
-  line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-  line.remove_suffix(line.size() - std::min(line.find_last_not_of(" \t\r\n") + 1, line.size()));
   try {
-    lane.m_reply.resourceSequence = line;
+    KeepValue(line, "resource-sequence:", lane.m_reply.resourceSequence);
+    KeepValue(line, "resource-history:", lane.m_reply.resourceHistory);
   } catch (...) {
     return 0;
   }
