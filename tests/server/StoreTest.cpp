@@ -8,6 +8,7 @@
 #include "server/login/Accounts.h"
 #include "server/login/LoginGuard.h"
 #include "server/login/Secrets.h"
+#include "server/store/Database.h"
 
 namespace server::test {
 namespace {
@@ -71,6 +72,12 @@ TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
     EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})", file), "") << file;
     other.join();
   }
+}
+
+TEST_F(StoreTest, WhatIsCommittedOutlastsAPowerCut) {
+  Database store(Options().dataFile);
+  EXPECT_EQ(store.Handle().execAndGet("PRAGMA synchronous").getInt(), 2) << "FULL";
+  EXPECT_EQ(store.Handle().execAndGet("PRAGMA journal_mode").getString(), "wal");
 }
 
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {

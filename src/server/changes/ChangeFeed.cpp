@@ -43,7 +43,7 @@ bool ChangeFeed::TakeNext(std::vector<Text>& events) {
     TakeQueued(events);
     if (!events.empty()) return true;
     // Only once the queue is empty: what stands in it would be read a second time.
-    if (m_overflowed) m_subscribed = m_overflowed = false;
+    if (m_readsItself) m_subscribed = false;
   }
   if (!m_subscribed && !CatchUp(events)) return false;
   TakeNote(events);
@@ -90,24 +90,27 @@ void ChangeFeed::TakeNote(std::vector<Text>& events) {
 
 bool ChangeFeed::IsQuiet() {
   const base::MutexLock lock(m_mutex);
-  return m_queue.empty() && !m_overflowed;
+  return m_queue.empty() && !m_readsItself;
 }
 
-bool ChangeFeed::Offer(int64_t number, const Text& event) {
+void ChangeFeed::Offer(int64_t number, const Text& event) {
   const base::MutexLock lock(m_mutex);
-  if (m_overflowed) return false;
-  if (m_queue.size() >= kMaxQueued || (m_queuedBytes > 0 && m_queuedBytes + event->size() > kMaxQueuedBytes)) {
-    m_overflowed = true;
-    return false;
-  }
+  const bool fits =
+      m_queue.size() < kMaxQueued && (m_queuedBytes == 0 || m_queuedBytes + event->size() <= kMaxQueuedBytes);
+  m_readsItself = m_readsItself || !fits;
+  if (m_readsItself) return;
   m_queue.emplace_back(number, event);
   m_queuedBytes += event->size();
-  return true;
 }
 
 void ChangeFeed::FallBehind() noexcept {
   const base::MutexLock lock(m_mutex);
-  m_overflowed = true;
+  m_readsItself = true;
+}
+
+void ChangeFeed::Subscribed() {
+  const base::MutexLock lock(m_mutex);
+  m_readsItself = false;
 }
 
 void ChangeFeed::Close() {
@@ -117,6 +120,7 @@ void ChangeFeed::Close() {
 
 void ChangeHub::Add(const FeedPtr& feed) {
   m_feedsOfUser[feed->Listener().userId][feed.get()] = feed;
+  feed->Subscribed();
 }
 
 void ChangeHub::Remove(ChangeFeed* feed) {
@@ -126,13 +130,13 @@ void ChangeHub::Remove(ChangeFeed* feed) {
   if (it->second.empty()) m_feedsOfUser.erase(it);
 }
 
+// Those that read by themselves are woken, too: they may have missed that they were to.
 void ChangeHub::OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake) {
-  for (auto it = feeds.begin(); it != feeds.end();) {
-    FeedPtr& feed = wake[it->first];
-    if (!feed) feed = it->second.lock();
+  for (auto& [pointer, weak] : feeds) {
+    FeedPtr& feed = wake[pointer];
+    if (!feed) feed = weak.lock();
     const Text text = feed ? texts.For(feed->Listener()) : nullptr;
-    const bool keeps = text == nullptr || feed->Offer(number, text);
-    it = keeps ? std::next(it) : feeds.erase(it);
+    if (text) feed->Offer(number, text);
   }
 }
 

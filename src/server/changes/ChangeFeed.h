@@ -54,10 +54,12 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
   bool KeepAlive() override;
   void OnReady(std::function<void()> wake) override { m_wake = std::move(wake); }
 
-  // Queues an event; false when the queue is full: the feed must then be unsubscribed, and reads by itself.
-  bool Offer(int64_t number, const Text& event);
+  // Queues an event, unless the feed reads by itself: from the moment its queue is full until it is subscribed anew.
+  void Offer(int64_t number, const Text& event);
   // Lets the feed read by itself, as a full queue does.
   void FallBehind() noexcept;
+  // From now on it has read all that it is not offered.
+  void Subscribed();
   void Close();
   void Wake() { m_wake(); }
 
@@ -81,7 +83,7 @@ class ChangeFeed : public EventSource, public std::enable_shared_from_this<Chang
   base::Mutex m_mutex;  // leaf
   std::deque<std::pair<int64_t, Text>> m_queue GUARDED_BY(m_mutex);
   size_t m_queuedBytes GUARDED_BY(m_mutex) = 0;
-  bool m_overflowed GUARDED_BY(m_mutex) = false;
+  bool m_readsItself GUARDED_BY(m_mutex) = true;
   bool m_closed GUARDED_BY(m_mutex) = false;
 };
 
@@ -90,7 +92,8 @@ class ChangeHub {
  public:
   void Add(const FeedPtr& feed);
   void Remove(ChangeFeed* feed);
-  // Where memory does not suffice, all feeds are left to read by themselves: now, or with their next sign of life.
+  // Where memory does not suffice, all feeds are left to read by themselves: now, with the next change or with their
+  // next sign of life.
   void Publish(const Change& change, WakeList& wake) noexcept;
   // Where memory does not suffice, a stream ends with its next sign of life.
   void CloseSession(int64_t sessionId, WakeList& wake) noexcept;

@@ -78,6 +78,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void StartHeartbeat();
   // A stream that could miss an event must end: its client comes back for the rest.
   void PumpEvents();
+  template <class Action>
+  void OrEnd(const Action& action);
   void SendEvents();
   void EndEvents();
 

@@ -167,9 +167,18 @@ void Connection::Wake() {
   }
 }
 
+template <class Action>
+void Connection::OrEnd(const Action& action) {
+  try {
+    action();
+  } catch (const std::exception&) {
+    EndEvents();
+  }
+}
+
 void Connection::WatchForEnd() {
   m_stream.async_read_some(asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t) {
-    error ? self->EndEvents() : self->WatchForEnd();
+    error ? self->EndEvents() : self->OrEnd([&] { self->WatchForEnd(); });
   });
 }
 
@@ -179,17 +188,13 @@ void Connection::StartHeartbeat() {
     if (error || self->m_ended) return;
     if (!self->m_reply.events->KeepAlive()) return self->EndEvents();
     self->m_commentDue = !self->m_reply.events->IsSilent();
-    self->StartHeartbeat();
+    self->OrEnd([&] { self->StartHeartbeat(); });
     self->PumpEvents();
   });
 }
 
 void Connection::PumpEvents() {
-  try {
-    SendEvents();
-  } catch (const std::exception&) {
-    EndEvents();
-  }
+  OrEnd([this] { SendEvents(); });
 }
 
 void Connection::SendEvents() {
