@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kSchemaVersion = 3;
 
-constexpr int kWaitMs = 5000;        // for a lock
+constexpr int kLockWaitMs = 5000;    // for a lock
 constexpr int kReaderWaitMs = 1000;  // for the moments in which SQLite lets nobody read
 constexpr int kCheckpointPages = 4000;
 
@@ -71,7 +71,7 @@ SQLite::Database Open(const std::string& file) {
   if (made >= 0) close(made);
   try {
     const int uri = inMemory ? SQLite::OPEN_URI : 0;
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | uri, kWaitMs);
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | uri, kLockWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot open " + file + ": " + e.what());
   }
@@ -98,7 +98,7 @@ Database::Database(const std::string& file, Use use) : m_file(NameOf(file)), m_d
     version = m_database.execAndGet("PRAGMA user_version").getInt();
     if (version == 0) version = MakeSchema(m_database);
     if (version < kSchemaVersion && use == Use::kSite) version = UpgradeStore(m_database, file);
-    m_database.setBusyTimeout(kWaitMs);
+    m_database.setBusyTimeout(kLockWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot use " + file + " as a store: " + e.what());
   }
