@@ -12,11 +12,12 @@ namespace server {
 struct ViewServerOptions {
   std::string dataFile;  // SQLite database, made when absent; ":memory:" keeps nothing
   std::string listenHost = "127.0.0.1";
-  uint16_t listenPort = 0;              // 0 lets the kernel pick
-  std::string seedFile;                 // applied by ID at start; empty: none
-  std::string tlsCertFile, tlsKeyFile;  // both empty: plain HTTP
-  uint64_t keepChanges = 100000;        // how many changes are kept for clients that reconnect
-  std::string faultsFile;               // a fault plan; empty: none
+  uint16_t listenPort = 0;                         // 0 lets the kernel pick
+  std::string seedFile;                            // applied by ID at start; empty: none
+  std::string tlsCertFile, tlsKeyFile;             // both empty: plain HTTP
+  uint64_t keepChanges = 100000;                   // how many changes are kept for clients that reconnect
+  uint64_t keepChangeBytes = uint64_t{256} << 20;  // and how many bytes of them
+  std::string faultsFile;                          // a fault plan; empty: none
 };
 
 // A session made without a password, for the process that owns the server.
@@ -49,7 +50,8 @@ class ViewServer {
   // (name empty, over 256 code points or with control characters; password empty).
   bool AddUser(const std::string& name, const std::string& password, std::string& error);
   bool SetPassword(const std::string& name, const std::string& password, std::string& error);
-  // A token for that user without a password; nothing when there is no such user.
+  // A token for that user without a password; nothing when there is no such user. Throws std::runtime_error where the
+  // store cannot be written.
   std::optional<LocalSession> OpenLocalSession(const std::string& userName);
 
  private:

@@ -87,7 +87,7 @@ class Operator {
     });
     restore->add_option("FILE", m_file, "the copy")->required();
     CLI::App* seed = Add(app, "seed", "apply a seed as a starting server does; none may run", [this] {
-      server::ApplySeed(m_options.dataFile, m_file, m_options.keepChanges);
+      server::ApplySeed(m_options.dataFile, m_file, {m_options.keepChanges, m_options.keepChangeBytes});
       return 0;
     });
     seed->add_option("FILE", m_file, "the seed")->required();
@@ -162,6 +162,9 @@ int main(int argc, char** argv) {
   app.add_option("--tls-cert", options.tlsCertFile, "certificate chain, PEM")->type_name("FILE");
   app.add_option("--tls-key", options.tlsKeyFile, "its key, PEM")->type_name("FILE");
   app.add_option("--keep-changes", options.keepChanges, "changes kept for clients that come back")
+      ->type_name("N")
+      ->capture_default_str();
+  app.add_option("--keep-change-bytes", options.keepChangeBytes, "and of these no more than so many bytes")
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--faults", options.faultsFile, "a fault plan")->type_name("FILE");

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who hears what on the change streams, in which order, and how a listener that was away catches up.
+#include <SQLiteCpp/SQLiteCpp.h>
+
 #include <regex>
 #include <set>
 #include <stdexcept>
@@ -189,6 +191,71 @@ TEST_F(ChangesTest, OnlyTheKeptChangesCanBeAskedFor) {
   EXPECT_EQ(ann.Listen(4).Next().Brief(), "ViewGroups +5") << "another session's edit by now";
 }
 
+TEST_F(ChangesTest, NoMoreBytesOfChangesAreKeptThanWanted) {
+  const std::string ballast = R"(,"Ballast":")" + std::string(100000, 'x') + "\"";
+  const auto restart = [this] { RestartWith([](auto& options) { options.keepChangeBytes = 450000; }); };
+  restart();
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn, ballast));
+  for (int i = 0; i < 20; ++i) ann.Put(view, ViewBody("V", -1, kAnn, ballast));
+  for (int i = 0; i < 2; ++i) {  // the same once they are counted in the store
+    const int64_t last = ann.Sequence();
+    EXPECT_EQ(ann.Listen(last - 4).NextBriefs(4), i == 0 ? "OwnViews *1; OwnViews *1; OwnViews *1; OwnViews *1"
+                                                         : "Views *1; Views *1; Views *1; OwnViews *1");
+    EXPECT_EQ(ann.Listen(last - 6).Status(), 410);
+    SQLite::Database store(Options().dataFile);
+    EXPECT_LE(store.execAndGet("SELECT count(*) FROM documents").getInt(), 5);
+    restart();
+    ann.Put(view, ViewBody("V", -1, kAnn, ballast));
+  }
+  ann.Put(view, ViewBody("V", -1, kAnn, ballast + R"(,"More":")" + std::string(500000, 'x') + "\""));
+  EXPECT_EQ(ann.Listen(ann.Sequence() - 1).Next().Brief(), "OwnViews *1") << "the last one is kept, whatever its size";
+}
+
+TEST_F(ChangesTest, AListenerWhoMaySeeNothingMovesOnAllTheSame) {
+  RestartWith([](auto& options) { options.keepChanges = 1000; });
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
+  for (int i = 0; i < 700; ++i) ann.Put(view, ViewBody("V", -1, kAnn));  // more than are read at once
+  EventStream returned = bob.Listen(0);
+  EXPECT_EQ(returned.NextNote(), 701);
+  ann.AddGroup("G", -1, kPublic);
+  EXPECT_EQ(returned.Next().number, 702);
+  EXPECT_EQ(bob.Listen(700).Next().number, 702) << "no note where an event says it";
+}
+
+TEST_F(ChangesTest, NumbersOfAnotherHistoryOfTheStoreAreRefused) {
+  const std::string file = Options().dataFile;
+  ann.AddGroup("G", -1, kPublic);
+  ann.AddGroup("H", -1, kPublic);
+  const auto history = [this] { return ann.Get("V0/Views").headers.at("resource-history"); };
+  const auto status = [this](int64_t after, const std::string& of) { return ann.Listen(after, "&History=" + of); };
+  const std::string first = history();
+  EXPECT_EQ(ann.Get("V0/ViewGroups").headers.at("resource-history"), first);
+  EXPECT_EQ(status(2, first).History(), first);
+  EXPECT_EQ(status(3, first).Status(), 410) << "never given";
+  EXPECT_EQ(status(2, "else").Status(), 410);
+  EXPECT_EQ(status(2, "else").History(), first) << "which says that it is not for want of kept changes";
+
+  m_server.reset();
+  std::filesystem::copy_file(file, file + ".copy");
+  Restart(Options());
+  const std::string second = history();
+  EXPECT_NE(second, first);
+  EXPECT_EQ(status(2, first).History(), second) << "a restart costs nobody anything";
+  ann.AddGroup("I", -1, kPublic);
+  EXPECT_EQ(status(3, first).Status(), 410) << "a number that the history did not have when it ended";
+  EXPECT_EQ(status(2, first).NextBriefs(1), "OwnViewGroups +3");
+
+  m_server.reset();
+  for (const char* end : {"-wal", "-shm"}) std::filesystem::remove(file + end);
+  std::filesystem::rename(file + ".copy", file);
+  Restart(Options());
+  ann.AddGroup("not I", -1, kPublic);
+  ann.AddGroup("K", -1, kPublic);
+  EXPECT_EQ(status(3, second).Status(), 410) << "of what happened after the copy";
+  EXPECT_EQ(status(1, first).NextBriefs(3), "ViewGroups +2; OwnViewGroups +3; OwnViewGroups +4");
+  EXPECT_EQ(ann.Listen(3).Status(), 200) << "who says no history is served as ever";
+}
+
 TEST_F(ChangesTest, LoggingOutEndsTheStreamsOfThatSessionAndNoOther) {
   const Client leaving = LogIn("ann");
   EventStream gone = leaving.Listen();
@@ -281,10 +348,54 @@ TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
 }
 
 struct BrokenStore : ChangeSource {
-  Reach ReadChanges(const FeedPtr&, int64_t, std::vector<Change>&) override { throw std::runtime_error("disk full"); }
+  Reach ReadChanges(const FeedPtr&, int64_t, ChangePiece&) override { throw std::runtime_error("disk full"); }
+  int64_t LastChange() override { throw std::runtime_error("disk full"); }
   void Unsubscribe(ChangeFeed*) override {}
   bool TouchSession(int64_t) override { throw std::runtime_error("disk full"); }
 };
+
+// Says that there is more `pieces` times, and never has anything to see.
+struct DullStore : ChangeSource {
+  Reach ReadChanges(const FeedPtr& feed, int64_t after, ChangePiece& piece) override {
+    piece.upTo = after + 1;
+    ++reads;
+    if (--pieces > 0) return Reach::kMore;
+    feed->Subscribed();
+    return Reach::kLive;
+  }
+  int64_t LastChange() override { return last; }
+  void Unsubscribe(ChangeFeed*) override {}
+  bool TouchSession(int64_t) override { return true; }
+  int pieces = 3, reads = 0;
+  int64_t last = 3;
+};
+
+TEST(ChangeFeed, ReadsAPieceAtATimeAndTellsNowAndThenHowFarItHasCome) {
+  DullStore store;
+  const auto feed = std::make_shared<ChangeFeed>(store, Caller{}, 0);
+  const auto taken = [&] {
+    std::vector<Text> events;
+    EXPECT_TRUE(feed->Take(events));
+    return events.empty() ? std::string() : *events.back();
+  };
+  for (int piece = 1; piece <= 3; ++piece) {
+    EXPECT_EQ(taken(), piece < 3 ? "" : "id: 3\n\n");
+    EXPECT_EQ(feed->HasMore(), piece < 3) << "others may run first";
+    EXPECT_EQ(store.reads, piece);
+  }
+  EXPECT_EQ(taken(), "");
+  store.last = 9;
+  EXPECT_EQ(taken(), "") << "not with each change";
+  feed->KeepAlive();
+  feed->Offer(9, std::make_shared<std::string>("event"));
+  EXPECT_EQ(taken(), "event");
+  EXPECT_EQ(taken(), "") << "the event has told it";
+  store.last = 12;
+  feed->KeepAlive();
+  EXPECT_EQ(taken(), "id: 12\n\n");
+  feed->KeepAlive();
+  EXPECT_EQ(taken(), "") << "once";
+}
 
 TEST(ChangeFeed, EndsWhereTheStoreFails) {
   BrokenStore store;

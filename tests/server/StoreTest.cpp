@@ -8,6 +8,7 @@
 #include "server/login/Accounts.h"
 #include "server/login/LoginGuard.h"
 #include "server/login/Secrets.h"
+#include "server/store/Database.h"
 
 namespace server::test {
 namespace {
@@ -71,6 +72,12 @@ TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
     EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})", file), "") << file;
     other.join();
   }
+}
+
+TEST_F(StoreTest, WhatIsCommittedOutlastsAPowerCut) {
+  Database store(Options().dataFile);
+  EXPECT_EQ(store.Handle().execAndGet("PRAGMA synchronous").getInt(), 2) << "FULL";
+  EXPECT_EQ(store.Handle().execAndGet("PRAGMA journal_mode").getString(), "wal");
 }
 
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
@@ -219,11 +226,21 @@ TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
   EXPECT_TRUE(accounts.Authenticate(token)) << "a store that cannot be written is still read";
   database.Handle().exec("PRAGMA query_only=0");
   EXPECT_TRUE(accounts.Authenticate(token));
+  EXPECT_TRUE(accounts.Users()[0].online) << "of what is not written yet, too";
+  const Accounts::Uses uses = accounts.Unwritten();
+  accounts.Write(uses);
+  accounts.Forget(uses);
+  EXPECT_TRUE(accounts.Unwritten().empty());
+  now += kSessionSeconds - 60;
+  EXPECT_TRUE(accounts.Authenticate(token)) << "from the last use that was written";
   EXPECT_FALSE(accounts.Authenticate(token + "x"));
   now += kSessionSeconds + 1;
   EXPECT_FALSE(accounts.Authenticate(token));
   now -= kSessionSeconds;
   EXPECT_FALSE(accounts.Authenticate(token)) << "over is over";
+  accounts.Write(accounts.Unwritten());
+  Accounts others(database, [&now] { return now; });
+  EXPECT_FALSE(others.Authenticate(token)) << "and in the store, too";
 }
 
 TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {

@@ -67,14 +67,19 @@ struct Event {
 
 class EventStream {
  public:
-  EventStream(uint16_t port, const std::string& token, int64_t after);
+  // `more` of the query: "&History=..."
+  EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more = "");
   int Status() const { return m_status; }
-  Event Next();                       // skips comments
+  const std::string& History() const { return m_history; }
+  Event Next();                       // skips comments, and notes: an `id` alone
+  int64_t NextNote();                 // the number of the next note; -1 where an event or the end comes first
   std::string NextBriefs(int count);  // their briefs joined by "; "
 
  private:
+  bool IsNote(size_t end) const;  // what stands first and ends there
+
   std::unique_ptr<Wire> m_wire;
-  std::string m_received;
+  std::string m_received, m_history;
   int m_status = 0;
 };
 
@@ -113,7 +118,7 @@ class Client {
   // The values of some keys of a listed "View" or "ViewGroup", with blanks between them and "-" for what is not there.
   std::string Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const;
   int64_t Sequence() const;
-  EventStream Listen(int64_t after) const { return {m_port, m_token, after}; }
+  EventStream Listen(int64_t after, const std::string& more = "") const { return {m_port, m_token, after, more}; }
   EventStream Listen() const { return Listen(Sequence()); }
 
  private:

@@ -81,6 +81,7 @@ class HttpClient::Lane {
   bool HandOut();
 
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  static void KeepValue(std::string_view line, std::string_view name, std::string& value);
   static size_t OnHeader(char* data, size_t size, size_t count, void* self);
   static int OnSending(void* self, char*, char*, int, int);
 
@@ -259,8 +260,12 @@ size_t HttpClient::Lane::OnBody(char* data, size_t size, size_t count, void* sel
   return length;
 }
 
+// Where the header's name, in lower case and with its colon, is that one.
+void HttpClient::Lane::KeepValue(std::string_view line, std::string_view name, std::string& value) {
+  if (EqualsIgnoringCase(line.substr(0, name.size()), name)) value = Trimmed(line.substr(name.size()));
+}
+
 size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* self) {
-  static constexpr std::string_view kSequence = "resource-sequence:";
   Lane& lane = *static_cast<Lane*>(self);
   size_t length = size * count;
   std::string_view line(data, length);
@@ -270,13 +275,14 @@ size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* s
     curl_easy_getinfo(lane.m_easy, CURLINFO_RESPONSE_CODE, &status);
     lane.m_reply.status = static_cast<int>(status);
     lane.m_reply.resourceSequence.clear();
+    lane.m_reply.resourceHistory.clear();
     lane.m_headComplete = false;
     return length;
   }
   if (line == "\r\n" || line == "\n") lane.m_headComplete = true;
-  if (!EqualsIgnoringCase(line.substr(0, kSequence.size()), kSequence)) return length;
   try {
-    lane.m_reply.resourceSequence = Trimmed(line.substr(kSequence.size()));
+    KeepValue(line, "resource-sequence:", lane.m_reply.resourceSequence);
+    KeepValue(line, "resource-history:", lane.m_reply.resourceHistory);
   } catch (...) {
     return 0;
   }

@@ -35,6 +35,7 @@ struct HttpReply {
   int status = 0;    // 0: no reply
   std::string body;
   std::string resourceSequence;  // header of that name; empty when absent
+  std::string resourceHistory;   // likewise
   bool isOfOtherType = false;    // its Content-Type is there and no JSON type
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/api/Api.h"
 
+#include <SQLiteCpp/Exception.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -88,8 +90,11 @@ bool IsLogin(const HttpRequest& request) {
   return request.method == "POST" && request.path == std::string(kRoot) + "V0/Sessions";
 }
 
-HttpReply ReplyWith(ElementList list) {
+constexpr char kHistory[] = "Resource-History";
+
+HttpReply ReplyWith(ElementList list, const std::string& history) {
   HttpReply reply;
+  reply.headers.emplace_back(kHistory, history);
   reply.headers.emplace_back("Resource-Sequence", std::to_string(list.changeNumber));
   reply.source = std::make_shared<ListReply>(std::move(list));
   return reply;
@@ -103,7 +108,18 @@ HttpReply RefusedReply(const Refusal& refusal) {
   HttpReply reply = Reply(Envelope(refusal));
   reply.status = refusal.httpStatus;
   reply.headers.emplace_back("Error-Detail", refusal.detail);
+  if (refusal.retryAfter > 0) reply.headers.emplace_back("Retry-After", std::to_string(refusal.retryAfter));
   return reply;
+}
+
+// For where nothing may be thrown: without memory the connection ends.
+void RefuseInto(HttpReply& reply, const Refusal& refusal) noexcept {
+  try {
+    reply = RefusedReply(refusal);
+  } catch (const std::bad_alloc&) {
+    reply = HttpReply();
+    reply.cut = 0;
+  }
 }
 
 enum class Match { kNo, kYes, kBadId };  // kBadId: all fits but the id, which is no number
@@ -173,9 +189,51 @@ HttpReply Changed(int64_t number) {
   return Reply(Envelope('{' + wire::Members({{kChangeNumber, std::to_string(number)}}) + '}'));
 }
 
+HttpReply FailuresReply(const std::vector<ShareFailure>& failures) {
+  std::string list;
+  for (const ShareFailure& failure : failures) {
+    wire::AppendObject(list, {{"UserID", failure.userId},
+                              {"UserName", failure.userName},
+                              {"ErrorModule", failure.reason.module},
+                              {"ErrorCode", failure.reason.code}});
+  }
+  return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
+}
+
 HttpReply AddedReply(const char* kind, const Added& added) {
   return Reply(Envelope(std::string("{\"") + kind + "\":{" + wire::Members({{"ID", added.id}}) + "}," +
                         wire::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
+}
+
+HttpReply AddedView(const Added& added) {
+  return AddedReply("View", added);
+}
+
+HttpReply AddedGroup(const Added& added) {
+  return AddedReply("ViewGroup", added);
+}
+
+// `make` gives the reply while it makes the edit, for nothing may fail once that is safe; the reply goes out then.
+HttpReply Edit(Site& site, std::function<HttpReply(Editor&)> make) {
+  HttpReply answer;
+  answer.pending = std::make_shared<PendingReply>();
+  const auto reply = std::make_shared<HttpReply>();
+  site.Submit([make = std::move(make), reply](Editor& editor) { *reply = make(editor); },
+              [pending = answer.pending, reply](const Refusal* refusal) {
+                if (refusal) RefuseInto(*reply, *refusal);
+                pending->Give(std::move(*reply));
+              });
+  return answer;
+}
+
+// One of the editor's operations, and how its outcome is written.
+template <class Outcome, class... Parameters, class... Arguments>
+HttpReply Edit(const Exchange& exchange, HttpReply (*write)(Outcome),
+               std::remove_cvref_t<Outcome> (Editor::*operation)(const Caller&, Parameters...),
+               Arguments... arguments) {
+  return Edit(exchange.site,
+              [write, operation, caller = exchange.caller, ... arguments = std::move(arguments)](
+                  Editor& editor) mutable { return write((editor.*operation)(caller, std::move(arguments)...)); });
 }
 
 HttpReply Login(const Exchange& exchange) {
@@ -189,31 +247,30 @@ HttpReply Login(const Exchange& exchange) {
     return reply;
   }
   exchange.guard.Succeeded(login.userName);
-  const std::string token = exchange.site.OpenSession(user->id, login.clientName.substr(0, 256));
-  return ReplyWith("Session", {{"Token", token}, {"UserID", user->id}, {"UserName", user->name}});
+  return Edit(exchange.site, [user = *user, client = login.clientName.substr(0, 256)](Editor& editor) {
+    const std::string token = editor.OpenSession(user.id, client);
+    return ReplyWith("Session", {{"Token", token}, {"UserID", user.id}, {"UserName", user.name}});
+  });
 }
 
 HttpReply Logout(const Exchange& exchange) {
-  exchange.site.CloseSession(exchange.caller);
-  return Reply(Envelope("{}"));
+  return Edit(exchange.site, [caller = exchange.caller](Editor& editor) {
+    editor.CloseSession(caller);
+    return Reply(Envelope("{}"));
+  });
 }
 
 HttpReply Changes(const Exchange& exchange) {
+  const int64_t after = ReadChangeNumber(Parameter(exchange.request.query, "After"));
+  const std::optional<std::string> history = Parameter(exchange.request.query, "History");
   HttpReply reply;
-  reply.events = exchange.site.OpenFeed(exchange.caller, ReadChangeNumber(Parameter(exchange.request.query, "After")));
-  return reply;
-}
-
-HttpReply ShareView(const Exchange& exchange) {
-  const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
-  std::string list;
-  for (const ShareFailure& failure : exchange.site.ShareView(exchange.caller, exchange.id, users)) {
-    wire::AppendObject(list, {{"UserID", failure.userId},
-                              {"UserName", failure.userName},
-                              {"ErrorModule", failure.reason.module},
-                              {"ErrorCode", failure.reason.code}});
+  if (history && !exchange.site.IsOfHistory(*history, after)) {
+    reply = RefusedReply(Refusal::OtherHistory());
+  } else {
+    reply.events = exchange.site.OpenFeed(exchange.caller, after);
   }
-  return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
+  reply.headers.emplace_back(kHistory, exchange.site.History());
+  return reply;
 }
 
 HttpReply GetDefaultView(const Exchange& exchange) {
@@ -222,8 +279,11 @@ HttpReply GetDefaultView(const Exchange& exchange) {
 }
 
 HttpReply SetDefaultView(const Exchange& exchange) {
-  exchange.site.SetDefaultView(exchange.caller, ReadDefaultViewBody(exchange.request.body));
-  return Reply(Envelope("{}"));
+  return Edit(exchange.site,
+              [caller = exchange.caller, view = ReadDefaultViewBody(exchange.request.body)](Editor& editor) {
+                editor.SetDefaultView(caller, view);
+                return Reply(Envelope("{}"));
+              });
 }
 
 HttpReply ListUsers(const Exchange& exchange) {
@@ -249,29 +309,28 @@ HttpReply ListElements(const Exchange& exchange) {
 constexpr Route kRoutes[] = {
     {"POST", "V0/Sessions", Login, false},
     {"DELETE", "V0/Sessions/Current", Logout},
-    {"GET", "V0/ViewGroups", [](const Exchange& e) { return ReplyWith(e.site.Groups(e.caller)); }},
+    {"GET", "V0/ViewGroups", [](const Exchange& e) { return ReplyWith(e.site.Groups(e.caller), e.site.History()); }},
     {"POST", "V0/ViewGroups",
-     [](const Exchange& e) {
-       return AddedReply("ViewGroup", e.site.AddGroup(e.caller, ReadGroupBody(e.request.body)));
-     }},
+     [](const Exchange& e) { return Edit(e, AddedGroup, &Editor::AddGroup, ReadGroupBody(e.request.body)); }},
     {"PUT", "V0/ViewGroups/Move",
      [](const Exchange& e) {
-       return Changed(e.site.MoveGroups(e.caller, ReadMoveBody(ObjectKind::kGroup, e.request.body)));
+       return Edit(e, Changed, &Editor::MoveGroups, ReadMoveBody(ObjectKind::kGroup, e.request.body));
      }},
     {"PUT", "V0/ViewGroups/#",
-     [](const Exchange& e) { return Changed(e.site.ReplaceGroup(e.caller, e.id, ReadGroupBody(e.request.body))); }},
-    {"DELETE", "V0/ViewGroups/#", [](const Exchange& e) { return Changed(e.site.DeleteGroup(e.caller, e.id)); }},
-    {"GET", "V0/Views", [](const Exchange& e) { return ReplyWith(e.site.Views(e.caller)); }},
+     [](const Exchange& e) { return Edit(e, Changed, &Editor::ReplaceGroup, e.id, ReadGroupBody(e.request.body)); }},
+    {"DELETE", "V0/ViewGroups/#", [](const Exchange& e) { return Edit(e, Changed, &Editor::DeleteGroup, e.id); }},
+    {"GET", "V0/Views", [](const Exchange& e) { return ReplyWith(e.site.Views(e.caller), e.site.History()); }},
     {"POST", "V0/Views",
-     [](const Exchange& e) { return AddedReply("View", e.site.AddView(e.caller, ReadViewBody(e.request.body))); }},
+     [](const Exchange& e) { return Edit(e, AddedView, &Editor::AddView, ReadViewBody(e.request.body)); }},
     {"PUT", "V0/Views/Move",
      [](const Exchange& e) {
-       return Changed(e.site.MoveViews(e.caller, ReadMoveBody(ObjectKind::kView, e.request.body)));
+       return Edit(e, Changed, &Editor::MoveViews, ReadMoveBody(ObjectKind::kView, e.request.body));
      }},
     {"PUT", "V0/Views/#",
-     [](const Exchange& e) { return Changed(e.site.ReplaceView(e.caller, e.id, ReadViewBody(e.request.body))); }},
-    {"DELETE", "V0/Views/#", [](const Exchange& e) { return Changed(e.site.DeleteView(e.caller, e.id)); }},
-    {"POST", "V1/View/#/Share", ShareView},
+     [](const Exchange& e) { return Edit(e, Changed, &Editor::ReplaceView, e.id, ReadViewBody(e.request.body)); }},
+    {"DELETE", "V0/Views/#", [](const Exchange& e) { return Edit(e, Changed, &Editor::DeleteView, e.id); }},
+    {"POST", "V1/View/#/Share",
+     [](const Exchange& e) { return Edit(e, FailuresReply, &Editor::ShareView, e.id, ReadShareBody(e.request.body)); }},
     {"GET", "V1/View/Default/Config", GetDefaultView},
     {"PUT", "V1/View/Default/Config", SetDefaultView},
     {"GET", "V0/Changes", Changes},
@@ -306,6 +365,10 @@ HttpReply Api::Handle(const HttpRequest& request) {
     return Refused(refusal);
   } catch (const std::bad_alloc&) {
     return Refused(Refusal::NoMemory());
+  } catch (const SQLite::Exception& e) {
+    if (IsBusy(e)) return Refused(Refusal::StoreBusy());
+    std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
+    return Refused(Refusal::InternalError());
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
     return Refused(Refusal::InternalError());

@@ -2,6 +2,7 @@
 // The paths of the server: which request is which operation of the site, and how its outcome is written.
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "server/http/HttpHandler.h"

@@ -1,27 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/changes/EventTexts.h"
 
-#include <optional>
-
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
 
 namespace server {
 
 namespace {
-
-// What an object's change is to one user, by its number in an event.
-enum class Method { kAdded = 0, kChanged = 1, kDeleted = 2 };
-
-// Added is what comes into the user's sight, deleted what goes out of it; nothing: the user hears nothing of the
-// change.
-std::optional<Method> MethodFor(const Change& change, Sight before, Sight after) {
-  if (before == Sight::kNone && after == Sight::kNone) return std::nullopt;
-  if (after == Sight::kNone) return Method::kDeleted;
-  if (before == Sight::kNone) return Method::kAdded;
-  if (before == after && !change.contentChanged) return std::nullopt;
-  return Method::kChanged;
-}
 
 // A list reply of one element with "Method", on one line.
 std::string DataOf(const Change& change, Sight sight, Method method) {
@@ -38,9 +23,9 @@ std::string DataOf(const Change& change, Sight sight, Method method) {
 }  // namespace
 
 Text EventTexts::For(const Caller& listener) {
-  const Sight sight = m_change.after.Of(listener.userId);
-  const std::optional<Method> method = MethodFor(m_change, m_change.before.Of(listener.userId), sight);
+  const std::optional<Method> method = MethodFor(m_change, listener.userId);
   if (!method) return nullptr;
+  const Sight sight = m_change.after.Of(listener.userId);
   const bool own = m_change.sessionId != 0 && m_change.sessionId == listener.sessionId;
   Text& text = m_texts[static_cast<int>(*method)][sight == Sight::kShared ? 1 : 0][own ? 1 : 0];
   if (!text) {

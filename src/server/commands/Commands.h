@@ -4,9 +4,10 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <iosfwd>
 #include <string>
+
+#include "server/changes/ChangeLog.h"
 
 namespace server {
 
@@ -28,6 +29,6 @@ void BackUp(const std::string& data, const std::string& file);
 std::string Restore(const std::string& data, const std::string& file);
 
 // Applies a seed as a starting server does; none may run.
-void ApplySeed(const std::string& data, const std::string& file, uint64_t keepChanges);
+void ApplySeed(const std::string& data, const std::string& file, const LogLimits& limits);
 
 }  // namespace server

@@ -106,10 +106,10 @@ std::string Restore(const std::string& data, const std::string& file) {
   return replaced;
 }
 
-void ApplySeed(const std::string& data, const std::string& file, uint64_t keepChanges) {
+void ApplySeed(const std::string& data, const std::string& file, const LogLimits& limits) {
   const SeedData seed = ReadSeed(file);
   const FileLock lock(data);
-  Site site(data, keepChanges, SecondsNow);
+  Site site(data, limits, SecondsNow);
   site.FollowAccounts();
   site.Apply(seed);
 }

@@ -20,45 +20,52 @@ void NeedUsable(const std::string& name, const std::string& password) {
   if (!why.empty()) throw std::runtime_error(why);
 }
 
-void Need(bool done, const char* why) {
-  if (!done) throw std::runtime_error(why);
+// Changes users in one transaction, so that no other process does meanwhile; `edit` answers false for `why`.
+template <class Edit>
+void Change(const std::string& data, Database::Use use, const char* why, const Edit& edit) {
+  Database database(data, use);
+  Accounts accounts(database, SecondsNow);
+  Transaction transaction(database);
+  try {
+    if (!edit(accounts)) throw std::runtime_error(why);
+  } catch (const Refusal& refusal) {
+    throw std::runtime_error(refusal.detail);
+  }
+  transaction.Commit();
 }
 
-struct Store {
-  explicit Store(const std::string& data, Database::Use use = Database::Use::kKnownAccounts)
-      : database(data, use), accounts(database, SecondsNow) {}
-  Database database;
-  Accounts accounts;
-};
+constexpr Database::Use kKnown = Database::Use::kKnownAccounts;
+const char kNameTaken[] = "there is a user of that name";
+const char kNoSuchUser[] = "no such user";
 
 }  // namespace
 
 void AddUser(const std::string& data, const std::string& name, const std::string& password) {
   NeedUsable(name, password);
   const std::string hash = HashPassword(password);
-  Need(Store(data, Database::Use::kAccounts).accounts.AddUser(0, name, hash, 0), "there is a user of that name");
+  Change(data, Database::Use::kAccounts, kNameTaken,
+         [&](Accounts& accounts) { return accounts.AddUser(0, name, hash, 0); });
 }
 
 void SetPassword(const std::string& data, const std::string& name, const std::string& password) {
   NeedStore(data);  // before anybody waits for the hash
   NeedUsable(name, password);
   const std::string hash = HashPassword(password);
-  Need(Store(data).accounts.SetPassword(name, hash), "no such user");
+  Change(data, kKnown, kNoSuchUser, [&](Accounts& accounts) { return accounts.SetPassword(name, hash); });
 }
 
-void RenameUser(const std::string& data, const std::string& name, const std::string& newName) try {
+void RenameUser(const std::string& data, const std::string& name, const std::string& newName) {
   NeedUsable(newName, "not asked for");
-  Need(Store(data).accounts.RenameUser(name, newName), "there is a user of that name");
-} catch (const Refusal& refusal) {
-  throw std::runtime_error(refusal.detail);
+  Change(data, kKnown, kNameTaken, [&](Accounts& accounts) { return accounts.RenameUser(name, newName); });
 }
 
 void DeleteUser(const std::string& data, const std::string& name) {
-  Need(Store(data).accounts.DeleteUser(name), "no such user");
+  Change(data, kKnown, kNoSuchUser, [&](Accounts& accounts) { return accounts.DeleteUser(name); });
 }
 
 void ListUsers(const std::string& data, std::ostream& out) {
-  for (const User& user : Store(data).accounts.Users()) out << user.id << '\t' << user.name << '\n';
+  Database database(data, kKnown);
+  for (const User& user : Accounts(database, SecondsNow).Users()) out << user.id << '\t' << user.name << '\n';
 }
 
 }  // namespace server

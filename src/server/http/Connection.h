@@ -54,6 +54,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Refuse(HttpReply reply);
   void Send(HttpReply reply, bool keepAlive);
   void SendNow(HttpReply reply, bool keepAlive);
+  // Waits for a reply that another thread gives. The timer holds the connection meanwhile.
+  void AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAlive);
+  void PollReply(bool keepAlive);
+  // Any thread.
+  void WakeForReply();
   void SendPart(uint64_t bytes);
   void SendChunk();
   void OnSent();
@@ -71,6 +76,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void StartHeartbeat();
   // A stream that could miss an event must end: its client comes back for the rest.
   void PumpEvents();
+  template <class Action>
+  void OrEnd(const Action& action);
   void SendEvents();
   void EndEvents();
 
@@ -86,6 +93,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   bool m_isFirst = true;     // no request has come yet
   HttpRequest m_request;
 
+  std::shared_ptr<PendingReply> m_pending;  // until it is there
   HttpReply m_reply;
   std::string m_head, m_chunk;
   bool m_keepAlive = false;

@@ -16,7 +16,8 @@ namespace {
 
 constexpr uint64_t kDrainBytes = uint64_t{256} << 20;
 constexpr std::chrono::seconds kDrainTime{5};
-constexpr size_t kGather = 32;  // buffers in one write
+constexpr std::chrono::milliseconds kPollReply{20};  // for replies of which memory did not suffice to tell
+constexpr size_t kGather = 32;                       // buffers in one write
 
 const char* Reason(int status) {
   return http::obsolete_reason(static_cast<http::status>(status)).data();
@@ -43,6 +44,7 @@ void Connection::Refuse(HttpReply reply) {
 }
 
 void Connection::Send(HttpReply reply, bool keepAlive) {
+  if (reply.pending) return AwaitReply(std::move(reply.pending), keepAlive);
   if (reply.delay.count() > 0) {
     m_timer.expires_after(std::exchange(reply.delay, std::chrono::milliseconds(0)));
     auto later = std::make_shared<HttpReply>(std::move(reply));
@@ -67,6 +69,35 @@ void Connection::SendNow(HttpReply reply, bool keepAlive) {
     if (self->m_reply.events) return self->StartEvents();
     self->m_reply.source ? self->SendChunk() : self->OnSent();
   });
+}
+
+void Connection::AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAlive) {
+  m_pending = std::move(pending);
+  m_pending->OnReady([weak = weak_from_this(), gate = m_connections.wakeGate] {
+    gate->Pass([&weak] {
+      if (const auto self = weak.lock()) self->WakeForReply();
+    });
+  });
+  PollReply(keepAlive);
+}
+
+void Connection::PollReply(bool keepAlive) {
+  if (std::optional<HttpReply> reply = m_pending->Take()) {
+    m_pending.reset();
+    return Send(std::move(*reply), keepAlive);
+  }
+  m_timer.expires_after(kPollReply);
+  m_timer.async_wait([self = shared_from_this(), keepAlive](error_code) { self->PollReply(keepAlive); });
+}
+
+void Connection::WakeForReply() {
+  try {
+    asio::post(m_stream.get_executor(), [self = shared_from_this()] {
+      if (self->m_pending) self->m_timer.cancel();
+    });
+  } catch (const std::exception&) {
+    // Want of memory: the timer will see the reply.
+  }
 }
 
 void Connection::SendPart(uint64_t bytes) {
@@ -136,9 +167,18 @@ void Connection::Wake() {
   }
 }
 
+template <class Action>
+void Connection::OrEnd(const Action& action) {
+  try {
+    action();
+  } catch (const std::exception&) {
+    EndEvents();
+  }
+}
+
 void Connection::WatchForEnd() {
   m_stream.async_read_some(asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t) {
-    error ? self->EndEvents() : self->WatchForEnd();
+    error ? self->EndEvents() : self->OrEnd([&] { self->WatchForEnd(); });
   });
 }
 
@@ -148,17 +188,13 @@ void Connection::StartHeartbeat() {
     if (error || self->m_ended) return;
     if (!self->m_reply.events->KeepAlive()) return self->EndEvents();
     self->m_commentDue = !self->m_reply.events->IsSilent();
-    self->StartHeartbeat();
+    self->OrEnd([&] { self->StartHeartbeat(); });
     self->PumpEvents();
   });
 }
 
 void Connection::PumpEvents() {
-  try {
-    SendEvents();
-  } catch (const std::exception&) {
-    EndEvents();
-  }
+  OrEnd([this] { SendEvents(); });
 }
 
 void Connection::SendEvents() {
@@ -168,7 +204,7 @@ void Connection::SendEvents() {
     m_sent = 0;
     if (!m_reply.events->Take(m_events)) return EndEvents();
     if (std::exchange(m_commentDue, false)) m_events.push_back(kComment);
-    if (m_events.empty()) return;
+    if (m_events.empty()) return m_reply.events->HasMore() ? Wake() : void();
   }
   std::vector<asio::const_buffer> buffers;
   const size_t end = std::min(m_events.size(), m_sent + kGather);

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Mutex.h"
 #include "server/model/Model.h"
 #include "server/model/Refusal.h"
 
@@ -40,6 +41,8 @@ class EventSource {
   virtual ~EventSource() = default;
   // Appends the events to send now, maybe none. False: the stream ends.
   virtual bool Take(std::vector<Text>& events) = 0;
+  // Whether the last Take left something, so that others might run first.
+  virtual bool HasMore() const { return false; }
   // Called whenever a sign of life is sent. False: the stream ends.
   virtual bool KeepAlive() = 0;
   // True: not even signs of life are sent.
@@ -49,6 +52,8 @@ class EventSource {
   virtual void OnReady(std::function<void()> wake) = 0;
 };
 
+class PendingReply;
+
 struct HttpReply {
   int status = 200;
   std::vector<std::pair<std::string, std::string>> headers;
@@ -57,6 +62,27 @@ struct HttpReply {
   std::shared_ptr<EventSource> events;  // a stream of events, kept open
   std::chrono::milliseconds delay{0};   // to wait before answering
   std::optional<uint64_t> cut;          // so many bytes are sent, the head's included, and the connection is closed
+  std::shared_ptr<PendingReply> pending = nullptr;  // the reply itself, once it is there; all else is unused
+};
+
+// A reply that another thread will give. Any thread.
+class PendingReply {
+ public:
+  // The reply once it is there, and never again.
+  std::optional<HttpReply> Take();
+  HttpReply Wait();
+  // `wake` is called when the reply is there, at once where it is there already, as an EventSource's is.
+  void OnReady(std::function<void()> wake);
+  // What is to be done to the reply before it is taken.
+  void Change(std::function<void(HttpReply&)> change);
+  void Give(HttpReply reply) noexcept;
+
+ private:
+  base::Mutex m_mutex;  // leaf
+  base::Condition m_given;
+  std::optional<HttpReply> m_reply GUARDED_BY(m_mutex);
+  std::function<void()> m_wake GUARDED_BY(m_mutex);
+  std::function<void(HttpReply&)> m_change GUARDED_BY(m_mutex);
 };
 
 constexpr uint64_t kUsualBody = 64 << 10;

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/login/Accounts.h"
 
-#include <SQLiteCpp/Exception.h>
-
+#include <algorithm>
 #include <chrono>
-#include <stdexcept>
 
 #include "server/documents/Requests.h"
 #include "server/login/Secrets.h"
@@ -38,10 +36,22 @@ std::vector<User> Accounts::Users() {
               "SELECT id, name, password, ptz, EXISTS (SELECT 1 FROM sessions WHERE user_id = users.id AND "
               "last_used >= ?) FROM users WHERE id BETWEEN 1 AND 2147483647 ORDER BY id",
               m_clock() - kOnlineSeconds);
+  const std::set<int32_t> lately = UsersOfUnwritten(m_clock() - kOnlineSeconds);
   std::vector<User> users;
   while (query.Next()) {
+    const int32_t id = query.Int(0);
     if (!IsName(query.String(1))) continue;  // a damaged store
-    users.push_back({query.Int(0), query.String(1), query.String(2), query.Int(3), query.Int(4) != 0});
+    users.push_back({id, query.String(1), query.String(2), query.Int(3), query.Int(4) != 0 || lately.count(id) != 0});
+  }
+  return users;
+}
+
+std::set<int32_t> Accounts::UsersOfUnwritten(int64_t since) {
+  std::set<int32_t> users;
+  for (const auto& [session, time] : m_uses) {
+    if (time < since) continue;
+    Query query(m_database, "SELECT user_id FROM sessions WHERE id = ?", session);
+    if (query.Next()) users.insert(query.Int(0));
   }
   return users;
 }
@@ -64,17 +74,9 @@ bool Accounts::UserExists(int32_t id) {
 }
 
 bool Accounts::AddUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz) {
-  if (id != 0) return !FindUser(name) && InsertUser(id, name, passwordHash, ptz);
-  Transaction transaction(m_database);  // so that no other process takes the same id
   if (FindUser(name)) return false;
-  const int32_t next = NextId(m_database, "users");
-  if (next == 0) throw std::runtime_error(Refusal::NoIdsLeft().detail);
-  InsertUser(next, name, passwordHash, ptz);
-  transaction.Commit();
-  return true;
-}
-
-bool Accounts::InsertUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz) {
+  if (id == 0) id = NextId(m_database, "users");
+  if (id == 0) throw Refusal::NoIdsLeft();
   return Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (?,?,?,?)", id, name, passwordHash,
                  ptz) != 0;
 }
@@ -84,32 +86,26 @@ void Accounts::UpdateUser(int32_t id, const std::string& name, int32_t ptz) {
 }
 
 bool Accounts::SetPassword(const std::string& name, const std::string& passwordHash) {
-  Transaction transaction(m_database);
   if (Execute(m_database, "UPDATE users SET password = ? WHERE name = ?", passwordHash, name) == 0) return false;
   Execute(m_database, "DELETE FROM sessions WHERE user_id = (SELECT id FROM users WHERE name = ?)", name);
-  transaction.Commit();
   return true;
 }
 
 bool Accounts::RenameUser(const std::string& name, const std::string& newName) {
-  Transaction transaction(m_database);
   const std::optional<User> user = FindUser(name);
   if (!user) throw Refusal::NoSuchUser();
   if (name != newName && FindUser(newName)) return false;
   UpdateUser(user->id, newName, user->ptz);
-  transaction.Commit();
   return true;
 }
 
 bool Accounts::DeleteUser(const std::string& name) {
-  Transaction transaction(m_database);
   const std::optional<User> user = FindUser(name);
   if (!user) return false;
   Execute(m_database, "DELETE FROM sessions WHERE user_id = ?", user->id);
   Execute(m_database, "DELETE FROM default_views WHERE user_id = ?", user->id);
   Execute(m_database, "DELETE FROM users WHERE id = ?", user->id);
   Execute(m_database, "INSERT OR REPLACE INTO seeded (kind, id, digest) VALUES ('deleted user', ?, '')", user->id);
-  transaction.Commit();
   return true;
 }
 
@@ -127,11 +123,9 @@ void Accounts::ForgetDeletedUser(int32_t id) {
 std::string Accounts::OpenSession(int32_t userId, const std::string& client) {
   std::string token = MakeToken();
   const int64_t now = m_clock();
-  Transaction transaction(m_database);
   Execute(m_database, "DELETE FROM sessions WHERE last_used < ?", now - kSessionSeconds);
   Execute(m_database, "INSERT INTO sessions (token_hash, user_id, client, last_used) VALUES (?,?,?,?)", Digest(token),
           userId, client, now);
-  transaction.Commit();
   return token;
 }
 
@@ -155,18 +149,38 @@ bool Accounts::Touch(int64_t sessionId) {
     if (!query.Next()) return false;
     lastUsed = query.Int64(0);
   }
-  const bool alive = lastUsed >= now - kSessionSeconds;
-  if (alive && lastUsed >= now - kUseGranularity) return true;
-  try {
-    if (alive) {
-      Execute(m_database, "UPDATE sessions SET last_used = ? WHERE id = ?", now, sessionId);
-    } else {
-      CloseSession(sessionId);
-    }
-  } catch (const SQLite::Exception&) {
-    // A store that cannot be written, a full disk say, may still be read: the request itself shows.
+  const auto unwritten = m_uses.find(sessionId);
+  if (unwritten != m_uses.end()) {
+    if (unwritten->second == kEnded) return false;
+    lastUsed = std::max(lastUsed, unwritten->second);
   }
+  const bool alive = lastUsed >= now - kSessionSeconds;
+  if (!alive || lastUsed < now - kUseGranularity) m_uses[sessionId] = alive ? now : kEnded;
   return alive;
+}
+
+void Accounts::Write(const Uses& uses) {
+  for (const auto& [session, time] : uses) {
+    if (time == kEnded) {
+      CloseSession(session);
+    } else {
+      Execute(m_database, "UPDATE sessions SET last_used = max(last_used, ?) WHERE id = ?", time, session);
+    }
+  }
+}
+
+void Accounts::Forget(const Uses& written) {
+  for (const auto& [session, time] : written) {
+    const auto use = m_uses.find(session);
+    if (use != m_uses.end() && use->second == time) m_uses.erase(use);
+  }
+}
+
+std::vector<int64_t> Accounts::SessionsOf(const std::string& name) {
+  Query query(m_database, "SELECT id FROM sessions WHERE user_id = (SELECT id FROM users WHERE name = ?)", name);
+  std::vector<int64_t> sessions;
+  while (query.Next()) sessions.push_back(query.Int64(0));
+  return sessions;
 }
 
 void Accounts::CloseSession(int64_t sessionId) {

@@ -20,7 +20,7 @@ int32_t Above(const Catalog& catalog, int32_t groupId) {
 
 ViewPtr VisibleView(const Catalog& catalog, int32_t userId, int32_t viewId) {
   ViewPtr view = catalog.views.Find(viewId);
-  if (!view || AudienceOf(*view).Of(userId) == Sight::kNone) throw Refusal::NoSuchView();
+  if (!view || SightOf(*view, userId) == Sight::kNone) throw Refusal::NoSuchView();
   return view;
 }
 
@@ -33,7 +33,7 @@ ViewPtr EditableView(const Catalog& catalog, int32_t userId, int32_t viewId) {
 
 GroupPtr EditableGroup(const Catalog& catalog, int32_t userId, int32_t groupId) {
   GroupPtr group = catalog.groups.Find(groupId);
-  if (!group || AudienceOf(*group).Of(userId) == Sight::kNone) throw Refusal::NoSuchGroup();
+  if (!group || SightOf(*group, userId) == Sight::kNone) throw Refusal::NoSuchGroup();
   return group;
 }
 

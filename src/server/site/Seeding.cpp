@@ -11,14 +11,6 @@
 
 namespace server {
 
-Seeding::Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources,
-                 const Catalog& catalog)
-    : m_seed(seed), m_database(database), m_accounts(accounts), m_resources(resources), m_catalog(catalog) {
-  for (const SeedUser& user : seed.users) {
-    if (!accounts.UserExists(user.id)) m_newPasswords[user.id] = HashPassword(user.password);
-  }
-}
-
 bool Seeding::IsSeeded(const std::string& kind, int32_t id) {
   Query query(m_database, "SELECT 1 FROM seeded WHERE kind = ? AND id = ?", kind, id);
   return query.Next();
@@ -131,7 +123,7 @@ int32_t Seeding::PlaceIn(ObjectKind kind, const Folder& folder, std::optional<in
 
 void Seeding::Check(const std::vector<Step>& steps) {
   Catalog after = m_catalog;
-  ApplyTo(after, steps);
+  for (const Step& step : steps) ApplyTo(after, step);
   CheckContainment(after);
   for (const Step& step : steps) step.newView ? CheckUsers(*step.newView) : CheckOwnerExists(step.newGroup->userId);
 }

@@ -20,9 +20,18 @@ namespace server {
 
 class Seeding {
  public:
-  // Hashes the passwords of new users. REQUIRES: no transaction is open; hashing takes long, and nobody else could open
-  // the store meanwhile.
-  Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources, const Catalog& catalog);
+  using Passwords = std::map<int32_t, std::string>;  // hashes, by user
+
+  // `newPasswords` are those of the users that are new. Hashing takes long, so that it is done before a transaction is
+  // open: nobody else could write to the store meanwhile.
+  Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources, const Catalog& catalog,
+          const Passwords& newPasswords)
+      : m_seed(seed),
+        m_database(database),
+        m_accounts(accounts),
+        m_resources(resources),
+        m_catalog(catalog),
+        m_newPasswords(newPasswords) {}
 
   // Writes users, areas and elements; answers the steps of the groups and views that are new in the seed or changed in
   // it. REQUIRES: a transaction is open.
@@ -50,7 +59,7 @@ class Seeding {
   Accounts& m_accounts;
   Resources& m_resources;
   const Catalog& m_catalog;
-  std::map<int32_t, std::string> m_newPasswords;                  // hashes, by user
+  const Passwords& m_newPasswords;
   std::map<std::pair<ObjectKind, Folder>, int32_t> m_nextPlaces;  // for what has no place of its own
 };
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <limits>
 #include <stdexcept>
@@ -19,9 +20,11 @@ namespace server {
 
 namespace {
 
-constexpr int kSchemaVersion = 2;
+constexpr int kSchemaVersion = 3;
 
-constexpr int kWaitMs = 5000;  // for a lock
+constexpr int kLockWaitMs = 5000;    // for a lock
+constexpr int kReaderWaitMs = 1000;  // for the moments in which SQLite lets nobody read
+constexpr int kCheckpointPages = 4000;
 
 // Numbers of users, groups, views, sessions and changes are never given twice: a client may still hold an old one.
 const char kSchema[] = R"sql(
@@ -42,8 +45,10 @@ CREATE INDEX views_of_document ON views (document_id);
 CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
 CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
                       session_id INTEGER NOT NULL, content_changed INTEGER NOT NULL, before TEXT NOT NULL,
-                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL);
+                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL,
+                      bytes INTEGER NOT NULL DEFAULT 0);
 CREATE INDEX changes_of_document ON changes (document_id);
+CREATE TABLE epochs (number INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL, first_change INTEGER NOT NULL);
 CREATE TABLE default_views (user_id INTEGER PRIMARY KEY, type INTEGER NOT NULL, view_id INTEGER NOT NULL);
 CREATE TABLE areas (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
 CREATE TABLE elements (id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, site_id INTEGER NOT NULL);
@@ -55,16 +60,29 @@ bool MayMake(Database::Use use) {
   return use == Database::Use::kSite || use == Database::Use::kAccounts;
 }
 
+// What lives in memory only has a name all the same, so that several connections may share it.
+std::string NameOf(const std::string& file) {
+  static std::atomic<int> s_count{0};
+  if (file != ":memory:") return file;
+  return "file:/viewserver-" + std::to_string(++s_count) + "?vfs=memdb";
+}
+
+bool IsInMemory(const std::string& name) {
+  return name.rfind("file:/viewserver-", 0) == 0;
+}
+
 SQLite::Database Open(const std::string& file, Database::Use use) {
-  if (!MayMake(use)) NeedStore(file);
-  // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
+  const bool inMemory = IsInMemory(file);
   const bool isMade = MayMake(use);
-  const int made = isMade && file != ":memory:" ? open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600) : -1;
+  if (!isMade && !inMemory) NeedStore(file);
+  // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
+  const int made = isMade && !inMemory ? open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600) : -1;
   if (made >= 0) close(made);
   try {
     // To read as well: else a log that is empty would stay beside the file. What may not be written is read all the
     // same.
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | (isMade ? SQLite::OPEN_CREATE : 0), kWaitMs);
+    const int flags = (isMade ? SQLite::OPEN_CREATE : 0) | (inMemory ? SQLite::OPEN_URI : 0);
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | flags, kLockWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot open " + file + ": " + e.what());
   }
@@ -73,12 +91,12 @@ SQLite::Database Open(const std::string& file, Database::Use use) {
 // SQLite does not wait for others where it changes the mode of the journal: two that make a store at once meet there.
 template <class Action>
 void WaitWhileBusy(const Action& action) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kWaitMs);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLockWaitMs);
   while (true) {
     try {
       return action();
     } catch (const SQLite::Exception& e) {
-      if (e.getErrorCode() != SQLITE_BUSY || std::chrono::steady_clock::now() > deadline) throw;
+      if (!IsBusy(e) || std::chrono::steady_clock::now() > deadline) throw;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
@@ -103,7 +121,7 @@ int MakeSchema(SQLite::Database& database) {
 
 }  // namespace
 
-Database::Database(const std::string& file, Use use) : m_database(Open(file, use)) {
+Database::Database(const std::string& file, Use use) : m_file(NameOf(file)), m_database(Open(m_file, use)) {
   int version = 0;
   try {
     KeepAsItIs(m_database, true);
@@ -113,8 +131,8 @@ Database::Database(const std::string& file, Use use) : m_database(Open(file, use
     KeepAsItIs(m_database, false);
     if (use == Use::kReading) m_database.exec("PRAGMA query_only=1");
     if (use != Use::kReading) version = Prepare(version);
-    if (version == 1 && use == Use::kSite) version = UpgradeStore(m_database, file);
-    m_database.setBusyTimeout(kWaitMs);
+    if (version < kSchemaVersion && use == Use::kSite) version = UpgradeStore(m_database, file);
+    m_database.setBusyTimeout(kLockWaitMs);
   } catch (const SQLite::Exception& e) {
     std::string why = e.what();
     std::replace(why.begin(), why.end(), '\n', ' ');  // it may quote a damaged schema
@@ -125,13 +143,35 @@ Database::Database(const std::string& file, Use use) : m_database(Open(file, use
 
 int Database::Prepare(int version) {
   WaitWhileBusy([this] { m_database.exec("PRAGMA journal_mode=WAL"); });
-  m_database.exec("PRAGMA synchronous=NORMAL");
+  m_database.exec("PRAGMA synchronous=FULL");
   if (version == 0) WaitWhileBusy([&] { version = MakeSchema(m_database); });
   return version;
 }
 
 bool Database::IsCurrent() const {
   return m_version == kSchemaVersion;
+}
+
+Database::Database(const Database& store, Reading) : m_file(store.m_file), m_database(Open(m_file, Use::kReading)) {
+  m_database.exec("PRAGMA query_only=1");
+  m_database.setBusyTimeout(kReaderWaitMs);
+}
+
+void Database::BecomeEditors() {
+  // Readers of what lives in memory hold up who writes there, for a moment.
+  m_database.setBusyTimeout(IsInMemory(m_file) ? kReaderWaitMs : 0);
+  sqlite3_wal_hook(m_database.getHandle(), &Database::CountPages, this);
+}
+
+int Database::CountPages(void* self, sqlite3*, const char*, int pages) {
+  static_cast<Database*>(self)->m_walPages = pages;
+  return SQLITE_OK;
+}
+
+void Database::Checkpoint() noexcept {
+  if (m_walPages < kCheckpointPages) return;
+  m_walPages = 0;
+  sqlite3_wal_checkpoint_v2(m_database.getHandle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
 SQLite::Statement& Database::Prepared(const char* sql) {
@@ -166,6 +206,36 @@ Transaction::~Transaction() {
 void Transaction::Commit() {
   Execute(m_database, "COMMIT");
   m_isCommitted = true;
+}
+
+Savepoint::Savepoint(Database& database)
+    : m_database(database),
+      m_rollback(database.Prepared("ROLLBACK TO edit")),
+      m_release(database.Prepared("RELEASE edit")) {
+  Execute(database, "SAVEPOINT edit");
+}
+
+Savepoint::~Savepoint() {
+  if (!m_isOver) Undo();
+}
+
+void Savepoint::Keep() {
+  Execute(m_database, "RELEASE edit");
+  m_isOver = true;
+}
+
+bool Savepoint::Undo() noexcept {
+  m_isOver = true;
+  const auto run = [](SQLite::Statement& statement) {
+    const int result = statement.tryExecuteStep();
+    statement.tryReset();
+    return result == SQLITE_DONE;
+  };
+  return sqlite3_get_autocommit(m_database.Handle().getHandle()) == 0 && run(m_rollback) && run(m_release);
+}
+
+bool IsBusy(const SQLite::Exception& exception) {
+  return (exception.getErrorCode() & 0xFF) == SQLITE_BUSY;
 }
 
 }  // namespace server

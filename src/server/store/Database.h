@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The SQLite file: its schema, its settings, and statements that are prepared once. Not thread-safe: its owner locks.
-// Operations throw SQLite::Exception.
+// The SQLite file: its schema, its settings, and statements that are prepared once. What is committed outlasts a power
+// cut. Not thread-safe: its owner locks. Operations throw SQLite::Exception.
 #pragma once
 
 #include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
 
@@ -25,15 +26,30 @@ class Database {
   // line when it is not a usable store, or none of this server; nothing has been changed then.
   explicit Database(const std::string& file, Use use = Use::kSite);
 
+  // A second connection to a store, for reading only: it waits for nobody who writes.
+  struct Reading {};
+  Database(const Database& store, Reading);
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
   SQLite::Database& Handle() { return m_database; }
   SQLite::Statement& Prepared(const char* sql);
   bool IsCurrent() const;  // not of an earlier version, which kSite alone upgrades
 
+  // From now on a transaction that finds another process writing fails at once, with SQLITE_BUSY, and what commits
+  // leave in the WAL is moved by Checkpoint alone: a commit that has succeeded has nothing left that could fail.
+  void BecomeEditors();
+  // Moves what commits have left in the WAL, once there is enough of it. What fails is done the next time.
+  void Checkpoint() noexcept;
+
  private:
   int Prepare(int version);
+  static int CountPages(void* self, sqlite3* handle, const char* name, int pages);
 
+  const std::string m_file;
   SQLite::Database m_database;
   int m_version = 0;
+  int m_walPages = 0;
   std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
 };
 
@@ -88,6 +104,28 @@ class Transaction {
   SQLite::Statement& m_rollback;
   bool m_isCommitted = false;
 };
+
+// A part of a transaction, undone at its end unless it was kept. REQUIRES: a transaction is open; one at a time.
+class Savepoint {
+ public:
+  explicit Savepoint(Database& database);
+  ~Savepoint();
+  Savepoint(const Savepoint&) = delete;
+  Savepoint& operator=(const Savepoint&) = delete;
+
+  void Keep();
+  // False where even that fails: the whole transaction must be given up then.
+  bool Undo() noexcept;
+
+ private:
+  Database& m_database;
+  SQLite::Statement& m_rollback;
+  SQLite::Statement& m_release;
+  bool m_isOver = false;
+};
+
+// Whether that exception is of a lock that another process holds.
+bool IsBusy(const SQLite::Exception& exception);
 
 template <class... Args>
 int Execute(Database& database, const char* sql, const Args&... args) {

@@ -24,7 +24,7 @@ namespace {
 constexpr int kUpgradeWaitMs = 60000;  // for another process that upgrades the same store
 
 // An object whose changes are all dropped gets the number of the last dropped change.
-const char kUpgrade[] = R"sql(
+const char kToVersion2[] = R"sql(
 ALTER TABLE groups ADD COLUMN change_number INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE views ADD COLUMN change_number INTEGER NOT NULL DEFAULT 0;
 UPDATE groups SET change_number = (
@@ -42,11 +42,26 @@ UPDATE changes SET shared_head = shared_head || ',"ChangeNumber":"' || number ||
 PRAGMA user_version=2;
 )sql";
 
+// A document's bytes count for the first change that has it.
+const char kToVersion3[] = R"sql(
+ALTER TABLE changes ADD COLUMN bytes INTEGER NOT NULL DEFAULT 0;
+CREATE TABLE epochs (number INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL, first_change INTEGER NOT NULL);
+UPDATE changes SET bytes = length(before) + length(after) + length(head) + length(shared_head);
+UPDATE changes SET bytes = bytes + first.length
+  FROM (SELECT min(c.number) AS number, length(d.text) AS length FROM changes c JOIN documents d ON d.id = c.document_id
+        GROUP BY d.id) AS first
+  WHERE first.number = changes.number;
+PRAGMA user_version=3;
+)sql";
+
 // A copy of a store that nobody writes meanwhile; gone with this object unless it is kept. It is made under another
 // name, so that what stands under its own is whole even where the process gets killed.
 class StoreCopy {
  public:
-  explicit StoreCopy(const std::string& file) : m_name(FreeName(file + ".v1")), m_part(file + ".v1-part") {
+  // `version` is the store's.
+  StoreCopy(const std::string& file, int version)
+      : m_name(FreeName(file + ".v" + std::to_string(version))),
+        m_part(file + ".v" + std::to_string(version) + "-part") {
     RemovePart();
     try {
       // Not by the connection that holds the transaction: SQLite copies nothing that is being written.
@@ -98,15 +113,18 @@ int UpgradeStore(SQLite::Database& database, const std::string& file) {
   database.setBusyTimeout(kUpgradeWaitMs);
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
   const int version = database.execAndGet("PRAGMA user_version").getInt();
-  if (version != 1) return version;
-  StoreCopy copy(file);
-  database.exec(kUpgrade);
-  DropClientsNumbers(database);
+  if (version != 1 && version != 2) return version;
+  StoreCopy copy(file, version);
+  if (version == 1) {
+    database.exec(kToVersion2);
+    DropClientsNumbers(database);
+  }
+  database.exec(kToVersion3);
   transaction.commit();
   copy.Keep();
-  std::fprintf(stderr, "viewserver: %s is now a store of version 2; as it was it stands in %s\n", file.c_str(),
+  std::fprintf(stderr, "viewserver: %s is now a store of version 3; as it was it stands in %s\n", file.c_str(),
                copy.Name().c_str());
-  return 2;
+  return 3;
 }
 
 }  // namespace server

@@ -30,6 +30,7 @@ struct RequestContext {
   // Out.
   int status = 0;                // HTTP status, 0 without a reply
   std::string resourceSequence;  // header "Resource-Sequence", empty when absent
+  std::string resourceHistory;   // header "Resource-History", likewise
 };
 
 }  // namespace BizShared::details
