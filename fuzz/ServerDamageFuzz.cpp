@@ -10,12 +10,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 
 #include "FuzzInput.h"
-#include "server/api/ListReply.h"
+#include "server/api/Api.h"
 #include "server/commands/Commands.h"
 #include "server/login/Secrets.h"
 #include "server/site/Site.h"
@@ -42,26 +43,38 @@ class Folder {
   std::filesystem::path m_path;
 };
 
-std::string MakeSoundStore(const Folder& folder) {
-  const std::string file = folder.File("sound");
-  {
-    Site site(file, 100, SecondsNow);
-    site.AddUser("ann", "");
-    site.AddUser("bob", "");
-    const Caller ann{1, 1};
-    const std::string document = R"(,"PlanPages":[{"SpliteType":4,"PlanViewItem":[{"Xtop":"0.25"}]}])";
-    int32_t parent = kTopFolder;
-    for (int i = 0; i < 4; ++i) {
-      parent = site.AddGroup(ann, {"group", parent, 1, false}).id;
-      site.AddView(ann, {"view", parent, 1, 0, 10, document});
-      site.AddView(ann, {"public", kTopFolder, kNobody, 0, 10, document});
-    }
-    site.ShareView(ann, 1, {2});
-    site.DeleteView(ann, 3);
+const LogLimits kLimits{100, 1 << 20};
+
+struct SoundStore {
+  std::vector<std::string> tokens;  // by user, from 1 on
+  std::string content;
+};
+
+void Fill(Editor& editor, SoundStore& store) {
+  for (const char* name : {"ann", "bob"}) {
+    editor.AddUser(name, "");
+    store.tokens.push_back(editor.OpenSession(static_cast<int32_t>(store.tokens.size()) + 1, "fuzz"));
   }
+  const Caller ann{1, 1};
+  const std::string document = R"(,"PlanPages":[{"SpliteType":4,"PlanViewItem":[{"Xtop":"0.25"}]}])";
+  int32_t parent = kTopFolder;
+  for (int i = 0; i < 4; ++i) {
+    parent = editor.AddGroup(ann, {"group", parent, 1, false}).id;
+    editor.AddView(ann, {"view", parent, 1, 0, 10, document});
+    editor.AddView(ann, {"public", kTopFolder, kNobody, 0, 10, document});
+  }
+  editor.ShareView(ann, 1, {2});
+  editor.DeleteView(ann, 3);
+}
+
+SoundStore MakeSoundStore(const Folder& folder) {
+  SoundStore store;
+  const std::string file = folder.File("sound");
+  Site(file, kLimits, SecondsNow).Make([&](Editor& editor) { Fill(editor, store); });
   std::stringstream content;
   content << std::ifstream(file, std::ios::binary).rdbuf();
-  return content.str();
+  store.content = content.str();
+  return store;
 }
 
 struct Column {
@@ -95,6 +108,10 @@ const Column kColumns[] = {{"groups", "id"},
                            {"changes", "head"},
                            {"changes", "shared_head"},
                            {"changes", "document_id"},
+                           {"changes", "bytes"},
+                           {"epochs", "number"},
+                           {"epochs", "id"},
+                           {"epochs", "first_change"},
                            {"sqlite_sequence", "seq"}};
 
 void DamageRow(const std::string& file, fuzz::Input& input) {
@@ -132,11 +149,16 @@ void RequireJson(const std::string& text) {
   fuzz::Require(!document.HasParseError() && document.IsObject(), "a list or an event is no JSON", text);
 }
 
-void LookAtList(ElementList list) {
-  ListReply reply(std::move(list));
+void LookAtList(Api& api, const std::string& token, const char* path) {
+  HttpRequest request;
+  request.method = "GET";
+  request.path = std::string(kRoot) + path;
+  request.token = token;
+  const HttpReply reply = api.Handle(request);
+  if (!reply.source) return RequireJson(reply.body);
   std::string body, chunk;
-  while (reply.Next(chunk)) body += chunk;
-  fuzz::Require(body.size() == reply.Length(), "a list has another length than promised");
+  while (reply.source->Next(chunk)) body += chunk;
+  fuzz::Require(body.size() == reply.source->Length(), "a list has another length than promised");
   RequireJson(body);
 }
 
@@ -153,7 +175,7 @@ void Try(const Action& action) {
 void LookAtEvents(Site& site, const Caller& caller) {
   const auto feed = site.OpenFeed(caller, 0);
   std::vector<Text> events;
-  while (feed->Take(events) && !events.empty()) {
+  while (feed->Take(events) && (feed->HasMore() || !events.empty())) {
     for (const Text& event : events) {
       const size_t data = event->find("data: ");
       if (data != std::string::npos) RequireJson(event->substr(data + 6, event->size() - data - 8));
@@ -162,37 +184,50 @@ void LookAtEvents(Site& site, const Caller& caller) {
   }
 }
 
-void LookAt(Site& site) {
-  for (const Caller caller : {Caller{1, 1}, Caller{2, 2}}) {
-    LookAtList(site.Views(caller));
-    LookAtList(site.Groups(caller));
+void LookAt(Site& site, const std::vector<std::string>& tokens) {
+  Api api(site);
+  for (size_t i = 0; i < tokens.size(); ++i) {
+    for (const char* path : {"V0/ViewGroups", "V0/Views", "V0/Users", "V0/Elements", "V0/Areas"}) {
+      LookAtList(api, tokens[i], path);
+    }
+    const Caller caller{static_cast<int32_t>(i) + 1, static_cast<int64_t>(i) + 1};
     Try([&] { LookAtEvents(site, caller); });
   }
-  Try([&] { RequireJson(site.ElementsData({})); });
-  Try([&] { RequireJson(site.AreasData()); });
 }
 
-void Edit(Site& site) {
+void MakeEdits(Site& site) {
   const Caller ann{1, 1};
-  Try([&] { site.MoveGroups(ann, {4, {1}}); });
-  Try([&] { site.MoveGroups(ann, {kTopFolder, {3, 2}}); });
-  Try([&] { site.AddView(ann, {"new", 2, 1, 0, 10, ""}); });
-  Try([&] { site.DeleteGroup(ann, 1); });
-  Try([&] { site.FollowAccounts(); });
+  const std::function<void(Editor&)> edits[] = {
+      [&](Editor& editor) {
+        editor.MoveGroups(ann, {4, {1}});
+      },
+      [&](Editor& editor) {
+        editor.MoveGroups(ann, {kTopFolder, {3, 2}});
+      },
+      [&](Editor& editor) {
+        editor.AddView(ann, {"new", 2, 1, 0, 10, ""});
+      },
+      [&](Editor& editor) { editor.DeleteGroup(ann, 1); },
+  };
+  for (const auto& edit : edits) Try([&] { site.Make(edit); });
+  try {
+    site.FollowAccounts();
+  } catch (const std::runtime_error&) {
+  }
 }
 
-void Run(const std::string& file) {
+void Run(const std::string& file, const std::vector<std::string>& tokens) {
   std::unique_ptr<Site> site;
   try {
     std::ostringstream found;
     CheckStore(file, found);
-    site = std::make_unique<Site>(file, 100, SecondsNow);
+    site = std::make_unique<Site>(file, kLimits, SecondsNow);
   } catch (const std::runtime_error&) {
     return;
   }
-  LookAt(*site);
-  Edit(*site);
-  LookAt(*site);
+  LookAt(*site, tokens);
+  MakeEdits(*site);
+  LookAt(*site, tokens);
 }
 
 }  // namespace
@@ -201,15 +236,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const bool ready = (InitSecrets(), true);
   (void)ready;
   static const Folder folder;
-  static const std::string sound = MakeSoundStore(folder);
+  static const SoundStore sound = MakeSoundStore(folder);
   const std::string file = folder.File("damaged");
   for (const char* end : {"-wal", "-shm"}) std::filesystem::remove(file + end);
-  std::ofstream(file, std::ios::binary) << sound;
+  std::ofstream(file, std::ios::binary) << sound.content;
 
   fuzz::Input input(data, size);
   for (int damages = 0; !input.AtEnd() && damages < 10; ++damages) {
-    input.Byte() % 4 == 0 ? DamageBytes(file, sound.size(), input) : DamageRow(file, input);
+    input.Byte() % 4 == 0 ? DamageBytes(file, sound.content.size(), input) : DamageRow(file, input);
   }
-  Run(file);
+  Run(file, sound.tokens);
   return 0;
 }

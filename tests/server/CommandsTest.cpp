@@ -150,7 +150,9 @@ TEST_F(CommandsTest, SeveralMayMakeAStoreAtOnce) {
       }
       const std::string failure = FailureOf([&] {
         Database database(file, Database::Use::kAccounts);
+        Transaction transaction(database);
         Accounts(database, SecondsNow).AddUser(0, "user " + std::to_string(i), "-", 0);
+        transaction.Commit();
       });
       if (!failure.empty()) std::fprintf(stderr, "%s\n", failure.c_str());
       _exit(failure.empty() ? 0 : 1);
@@ -279,10 +281,10 @@ TEST_F(CommandsTest, AFailedRestoreLeavesTheStore) {
 
 TEST_F(CommandsTest, ASeedIsAppliedWithoutServing) {
   const std::string seed = WriteFile("seed.json", R"({"Views":[{"ID":7,"Name":"V"}]})");
-  EXPECT_EQ(FailureOf([&] { ApplySeed(File(), seed, 100); }), "another server uses " + File());
+  EXPECT_EQ(FailureOf([&] { ApplySeed(File(), seed, {}); }), "another server uses " + File());
   m_server.reset();
-  ApplySeed(File(), seed, 100);
-  EXPECT_NE(FailureOf([&] { ApplySeed(Path("none.db"), WriteFile("bad.json", "{"), 100); }), "");
+  ApplySeed(File(), seed, {});
+  EXPECT_NE(FailureOf([&] { ApplySeed(Path("none.db"), WriteFile("bad.json", "{"), {}); }), "");
   EXPECT_FALSE(std::filesystem::exists(Path("none.db")));
   Serve(File());
   EXPECT_EQ(ann.ViewIds(), "7");
@@ -293,11 +295,11 @@ TEST_F(CommandsTest, ASeedTakesNeitherTheLastIdNorAnothersName) {
     const std::string seed = "{\"" + list + R"(":[{"ID":2147483647,"Name":"last","Password":"x"}]})";
     const std::string file = WriteFile("seed.json", seed);
     EXPECT_NE(FailureOf([&] {
-                Serve(File()), m_server.reset(), ApplySeed(File(), file, 100);
+                Serve(File()), m_server.reset(), ApplySeed(File(), file, {});
               }).find(list + "[0]: an ID of 2147483647 would leave none for others"),
               std::string::npos);
   }
-  ApplySeed(File(), WriteFile("seed.json", R"({"Views":[{"ID":2147483646,"Name":"V"}]})"), 100);
+  ApplySeed(File(), WriteFile("seed.json", R"({"Views":[{"ID":2147483646,"Name":"V"}]})"), {});
   Serve(File());
   EXPECT_EQ(ann.Post("V0/Views", ViewBody("W", -1, kAnn)).Outcome(), "0/0 200");
   EXPECT_EQ(ann.Post("V0/Views", ViewBody("X", -1, kAnn)).Outcome(), "100/8 500") << "none is left";
@@ -309,11 +311,11 @@ TEST_F(CommandsTest, ASeedTakesNeitherTheLastIdNorAnothersName) {
   AddUser(Path("own.db"), "admin", "a");
   const std::string seed = WriteFile("seed.json", R"({"Users":[{"ID":1,"Name":"maria","Password":"m"}]})");
   const std::string before = Users(Path("own.db"));
-  EXPECT_EQ(FailureOf([&] { ApplySeed(Path("own.db"), seed, 100); }),
+  EXPECT_EQ(FailureOf([&] { ApplySeed(Path("own.db"), seed, {}); }),
             "seed: user 1 is admin here, and not maria: it came by no seed");
   EXPECT_EQ(Users(Path("own.db")), before);
-  ApplySeed(Path("own.db"), WriteFile("same.json", R"({"Users":[{"ID":1,"Name":"admin","Password":"m"}]})"), 100);
-  ApplySeed(Path("own.db"), seed, 100);
+  ApplySeed(Path("own.db"), WriteFile("same.json", R"({"Users":[{"ID":1,"Name":"admin","Password":"m"}]})"), {});
+  ApplySeed(Path("own.db"), seed, {});
   EXPECT_EQ(Users(Path("own.db")), "1\tmaria\n") << "a seed's own user may get another name";
 }
 

@@ -173,6 +173,39 @@ TEST_F(DamageTest, ADamagedChangeIsHeardOfByNobodyAndTheOthersAreHeard) {
   EXPECT_EQ(ann.Listen(0).NextBriefs(3), "ViewGroups +3; Views +2; ViewGroups +4");
 }
 
+// Where the numbers of one history have ended must be known, or a client would go on after another's.
+TEST_F(DamageTest, DamagedHistoriesAreForgottenAndNoDamageOfTheLogKeepsEditsAway) {
+  const std::string first = Stored("id FROM epochs");
+  const struct {
+    std::string sql;
+    int status;  // of who goes on in the first history
+    bool isFound = true;
+  } cases[] = {
+      {"DELETE FROM sqlite_sequence", 200},
+      {"UPDATE sqlite_sequence SET seq = 9223372036854775807 WHERE name = 'epochs'", 200, false},
+      {"UPDATE changes SET bytes = 9223372036854775807", 200},
+      {"UPDATE changes SET bytes = 'x'", 200},
+      {"UPDATE epochs SET number = 9223372036854775807", 410},
+      {"UPDATE epochs SET first_change = -9223372036854775807 - 1", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES ('later', 1000)", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES (x'FF', 3)", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES ('later', 'x')", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES ('later', 3), ('earlier', 2)", 410},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sql);
+    Damage(c.sql);
+    std::ostringstream checked;
+    EXPECT_EQ(CheckStore(File(), checked) != 0, c.isFound) << checked.str();
+    Start();
+    EXPECT_EQ(ann.Listen(1, "&History=" + first).Status(), c.status);
+    const std::string current = ann.Get("V0/Views").headers.at("resource-history");
+    EventStream stream = ann.Listen(8, "&History=" + current);
+    EXPECT_EQ(ann.AddView("new", -1, kAnn), 4);
+    EXPECT_EQ(stream.NextBriefs(1), "OwnViews +4");
+  }
+}
+
 TEST_F(DamageTest, ManyFindingsAreSaidInABoundedNumberOfLines) {
   Damage(
       "WITH RECURSIVE n(i) AS (SELECT 100 UNION ALL SELECT i + 1 FROM n WHERE i < 129) INSERT INTO groups "

@@ -19,6 +19,7 @@ namespace server {
 namespace {
 
 constexpr int64_t kMaxNumber = std::numeric_limits<int64_t>::max();
+constexpr int64_t kMaxBytes = int64_t{1} << 40;  // of a change; more is damage
 
 class Check {
  public:
@@ -29,6 +30,7 @@ class Check {
     Part("groups and views", [this] { LoadSite(m_database, m_catalog, m_findings); });
     Part("users, areas and elements", [this] { CheckNames(m_database, m_findings); });
     Part("changes", [this] { CheckChanges(); });
+    Part("histories", [this] { CheckEpochs(); });
     Part("shares and documents", [this] { CheckReferences(); });
     Part("ids", [this] { CheckIds(); });
     return std::to_string(m_catalog.groups.All().size()) + " groups, " + std::to_string(m_catalog.views.All().size()) +
@@ -58,7 +60,7 @@ class Check {
   void CheckChanges() {
     Query rows(m_database,
                "SELECT c.number, c.kind, c.object_id, c.session_id, c.content_changed, c.before, c.after, c.head, "
-               "c.shared_head, c.document_id, d.id IS NOT NULL, d.text FROM changes c "
+               "c.shared_head, c.document_id, d.id IS NOT NULL, d.text, c.bytes FROM changes c "
                "LEFT JOIN documents d ON d.id = c.document_id ORDER BY c.number");
     int64_t last = 0;
     ForEachSoundRow(rows, "change", m_findings, [&](const SoundRow& row) {
@@ -75,6 +77,7 @@ class Check {
     row.Id(2);
     row.Int64(3, "session", 0, kMaxNumber);
     row.Int64(4, "content_changed", 0, 1);
+    row.Int64(12, "bytes", 0, kMaxBytes);
     row.Text(5, "list of users before");
     const std::string after = row.Text(6, "list of users after");
     const std::string head = row.Text(7, "head");
@@ -84,6 +87,17 @@ class Check {
     if (row.Int64(9, "document's number", 0, kMaxNumber) == 0) return;
     if (row.Int64(10, "document", 0, 1) == 0) throw Damage{"its document is not there"};
     if (const char* why = WhyNoDocument(row.Text(11, "document"))) throw Damage{std::string("in its document: ") + why};
+  }
+
+  // Each start of a server began one.
+  void CheckEpochs() {
+    Query rows(m_database, "SELECT number, id, first_change FROM epochs ORDER BY number");
+    int64_t last = 1;
+    ForEachSoundRow(rows, "history", m_findings, [&](const SoundRow& row) {
+      row.Int64(0, "number", 1, kMaxChangeNumber);
+      row.Text(1, "id");
+      last = row.Int64(2, "first_change", last, kMaxChangeNumber);
+    });
   }
 
   void CheckReferences() {
