@@ -233,6 +233,16 @@ TEST_F(UpgradeTest, TheCopyTakesTheFirstFreeName) {
   EXPECT_EQ(std::filesystem::file_size(File() + ".v1"), 4u);
 }
 
+TEST_F(UpgradeTest, DamageKeepsNoOldStoreFromBeingUpgradedAndServed) {
+  MakeOldStore(
+      "UPDATE views SET name = '' WHERE id = 2; UPDATE views SET group_id = 77 WHERE id = 10; UPDATE changes SET head "
+      "= "
+      "x'FF', after = 7 WHERE number = 42");
+  Restart(Options());
+  EXPECT_EQ(ann.ViewIds() + " " + ann.Show("View", 10, {"ViewGroupID"}), "10,11 -1");
+  EXPECT_EQ(ann.Listen(41).NextBriefs(2), "Views +2; Views -13");
+}
+
 TEST_F(UpgradeTest, AStoreOfVersion2IsUpgradedToo) {
   MakeOldStore();
   Open();
