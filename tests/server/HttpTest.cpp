@@ -52,9 +52,13 @@ class Echo : public HttpHandler {
     return reply;
   }
   uint64_t BodyLimit(const HttpRequest& request) override { return request.token == "trusted" ? 1 << 20 : 0; }
-  bool IsSlow(const HttpRequest& request) override { return request.path == "/slow"; }
+  Lane LaneOf(const HttpRequest& request) override {
+    return request.path == "/slow" ? Lane::kLargeBody : request.path == "/login" ? Lane::kLogin : Lane::kQuick;
+  }
   HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
   HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
+  HttpReply AnswerUnknownCoding() override { return {501, {}, "unknown coding", nullptr, nullptr, {}, {}}; }
+  HttpReply AnswerBusy() override { return {503, {}, "busy", nullptr, nullptr, {}, {}}; }
   HttpReply AnswerTooMany() override { return {429, {}, "too many", nullptr, nullptr, {}, {}}; }
   HttpReply AnswerNoMemory() override { return {503, {}, "no memory", nullptr, nullptr, {}, {}}; }
   int32_t UserOf(const HttpRequest& request) override {
@@ -94,30 +98,37 @@ TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
   const std::string big(70000, 'b');
   const std::string tooBig(1100000, 'b');
   const std::pair<std::string, std::string> cases[] = {
-      {"GET /a?b=c HTTP/1.1\r\n" + close + "Authorization: bearer T\r\n\r\n", "200 GET|/a|b=c|T|"},
-      {"GET /a HTTP/1.1\r\n" + close + "Authorization: Basic T\r\n\r\n", "200 GET|/a|||"},
+      {"GET /a?b=c HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: bearer T\r\n\r\n", "200 GET|/a|b=c|T|"},
+      {"GET /a HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: Basic T\r\n\r\n", "200 GET|/a|||"},
       {"GET /a HTTP/1.0\r\n\r\n", "200 GET|/a|||"},
-      {"GET /a HTTP/1.1\r\n" + close + "Content-Length: 2\r\n\r\nhi", "200 GET|/a|||hi"},
-      {"PUT /a HTTP/1.1\r\n" + close + "Transfer-Encoding: chunked\r\n\r\n2\r\nhi\r\n3\r\n yo\r\n0\r\n\r\n",
+      {"GET /a HTTP/1.1\r\nHost: t\r\n" + close + "Content-Length: 2\r\n\r\nhi", "200 GET|/a|||hi"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\n" + close + "Transfer-Encoding: chunked\r\n\r\n2\r\nhi\r\n3\r\n yo\r\n0\r\n\r\n",
        "200 PUT|/a|||hi yo"},
-      {"PUT /a HTTP/1.1\r\n" + close + "Authorization: Bearer trusted\r\nContent-Length: 70000\r\n\r\n" + big,
+      {"PUT /a HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: Bearer trusted\r\nContent-Length: 70000\r\n\r\n" +
+           big,
        "200 PUT|/a||trusted|70000"},
-      {"PUT /a HTTP/1.1\r\nAuthorization: Bearer trusted\r\nContent-Length: 1100000\r\n\r\n" + tooBig, "413 too large"},
-      {"PUT /a HTTP/1.1\r\nAuthorization: Bearer trusted\r\nContent-Length: 99999999999999\r\n\r\n", "413 too large"},
-      {"PUT /a HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n", "413 too large"},
-      {"PUT /a HTTP/1.1\r\nContent-Length: 70000\r\n\r\n" + big, "200 PUT|/a|||"},  // the handler says what is wrong
-      {"GET /a HTTP/1.1\r\nX: " + big + "\r\n\r\n", "413 too large"},
-      {"GET /" + big + " HTTP/1.1\r\n\r\n", "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\nContent-Length: 1100000\r\n\r\n" + tooBig,
+       "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\nContent-Length: 99999999999999\r\n\r\n",
+       "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n",
+       "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 70000\r\n\r\n" + big,
+       "200 PUT|/a|||"},  // the handler says what is wrong
+      {"GET /a HTTP/1.1\r\nHost: t\r\nX: " + big + "\r\n\r\n", "413 too large"},
+      {"GET /" + big + " HTTP/1.1\r\nHost: t\r\n\r\n", "413 too large"},
       {"hello\r\n\r\n", "400 malformed"},
-      {"GET /a HTTP/1.1\r\nContent-Length: x\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nHost: t\r\nContent-Length: x\r\n\r\n", "400 malformed"},
       {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
   };
   for (const auto& [sent, expected] : cases) EXPECT_EQ(Exchange(sent), expected) << sent.substr(0, 80);
 }
 
 TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
-  Wire wire(server->Port(), "GET /1 HTTP/1.1\r\n\r\nGET /slow HTTP/1.1\r\n\r\nGET /late HTTP/1.1\r\n\r\n");
-  wire.Send("PUT /4 HTTP/1.1\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+  Wire wire(
+      server->Port(),
+      "GET /1 HTTP/1.1\r\nHost: t\r\n\r\nGET /slow HTTP/1.1\r\nHost: t\r\n\r\nGET /late HTTP/1.1\r\nHost: t\r\n\r\n");
+  wire.Send("PUT /4 HTTP/1.1\r\nHost: t\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
   std::string received;
   while (received.find("100 Continue\r\n\r\n") == std::string::npos && wire.Receive(received)) {
   }
@@ -131,14 +142,14 @@ TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
 }
 
 TEST_F(HttpTest, ClientsThatStallAreDropped) {
-  const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nContent-Length: 5\r\n\r\nhi"};
+  const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 5\r\n\r\nhi"};
   for (const std::string& stall : stalls) {
     EXPECT_EQ(Wire(server->Port(), stall).ReceiveAll(), "") << stall;
   }
-  Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\n\r\n");
-  Wire rests(server->Port(), "GET /before HTTP/1.1\r\n\r\n");
+  Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\nHost: t\r\n\r\n");
+  Wire rests(server->Port(), "GET /before HTTP/1.1\r\nHost: t\r\n\r\n");
   std::this_thread::sleep_for(std::chrono::seconds(3));
-  rests.Send("GET /after HTTP/1.1\r\nConnection: close\r\n\r\n");
+  rests.Send("GET /after HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
   EXPECT_NE(rests.ReceiveAll().find("|/after|"), std::string::npos) << "between requests there is more time";
   size_t read = 0;
   for (std::string received; read < (100 << 20) && slowReader.Receive(received); received.clear()) {
@@ -148,7 +159,8 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
 }
 
 TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
-  for (const char* head : {"GET /a HTTP/1.1\r\nX: ", "PUT /a HTTP/1.1\r\nContent-Length: 60000\r\n\r\n"}) {
+  for (const char* head :
+       {"GET /a HTTP/1.1\r\nHost: t\r\nX: ", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 60000\r\n\r\n"}) {
     Wire wire(server->Port(), head);
     const auto began = std::chrono::steady_clock::now();
     bool isOpen = true;
@@ -169,7 +181,7 @@ TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
   std::deque<Wire> wires;
   for (int i = 0; i < 7; ++i) wires.emplace_back(server->Port());
   const auto ask = [&wires](size_t wire, const std::string& user) {
-    wires[wire].Send("GET /a HTTP/1.1\r\nAuthorization: Bearer user" + user + "\r\n\r\n");
+    wires[wire].Send("GET /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer user" + user + "\r\n\r\n");
     std::string received;
     wires[wire].Receive(received);
     return ParseAnswer(received).status;
@@ -185,7 +197,7 @@ TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
 }
 
 TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
-  const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\n\r\n").ReceiveAll();
+  const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n").ReceiveAll();
   EXPECT_NE(received.find("Content-Type: text/event-stream\r\n"), std::string::npos);
   EXPECT_NE(received.find("\r\n\r\ndata: first\n\n: still here\n\n: still here\n\n"), std::string::npos) << received;
 }
@@ -193,24 +205,26 @@ TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
 TEST_F(HttpTest, ConnectionsBeyondTheLimitAreTurnedAwayUntilOthersEnd) {
   std::deque<Wire> wires;
   for (int i = 0; i < 20; ++i) {
+    const std::string user = "Authorization: Bearer user" + std::to_string(i / 3);
     std::string received;
-    ASSERT_TRUE(wires.emplace_back(server->Port(), "GET /a HTTP/1.1\r\n\r\n").Receive(received));
+    ASSERT_TRUE(
+        wires.emplace_back(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\n" + user + "\r\n\r\n").Receive(received));
   }
   EXPECT_EQ(Wire(server->Port()).ReceiveAll(), "");
   wires.clear();
   const auto end = std::chrono::steady_clock::now() + kPatience;
   std::string answer;
   while (answer.rfind("200", 0) != 0 && std::chrono::steady_clock::now() < end) {
-    answer = Exchange("GET /a HTTP/1.1\r\nConnection: close\r\n\r\n");
+    answer = Exchange("GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
   }
   EXPECT_EQ(answer, "200 GET|/a|||");
 }
 
 TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
-  Wire events(server->Port(), "GET /events HTTP/1.1\r\n\r\n");
+  Wire events(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n");
   std::deque<Wire> slow;
-  for (int i = 0; i < 15; ++i) slow.emplace_back(server->Port(), "GET /slow HTTP/1.1\r\n\r\n");
-  Wire late(server->Port(), "GET /late HTTP/1.1\r\n\r\n");
+  for (int i = 0; i < 15; ++i) slow.emplace_back(server->Port(), "GET /slow HTTP/1.1\r\nHost: t\r\n\r\n");
+  Wire late(server->Port(), "GET /late HTTP/1.1\r\nHost: t\r\n\r\n");
   std::string received;
   events.Receive(received);
   const uint16_t port = server->Port();

@@ -58,6 +58,7 @@ HttpReply Refused(const Refusal& refusal) {
   HttpReply reply = Reply(Envelope(refusal));
   reply.status = refusal.httpStatus;
   reply.headers.emplace_back("Error-Detail", refusal.detail);
+  if (refusal.retryAfter > 0) reply.headers.emplace_back("Retry-After", std::to_string(refusal.retryAfter));
   return reply;
 }
 
@@ -180,12 +181,17 @@ uint64_t Api::BodyLimit(const HttpRequest& request) {
   }
 }
 
-bool Api::IsSlow(const HttpRequest& request) {
-  return request.body.size() > kSlowBody || IsLogin(request);
+Lane Api::LaneOf(const HttpRequest& request) {
+  if (IsLogin(request)) return Lane::kLogin;
+  return request.body.size() > kSlowBody ? Lane::kLargeBody : Lane::kQuick;
 }
 
 HttpReply Api::AnswerMalformed() {
   return Refused(Malformed("not an HTTP request"));
+}
+
+HttpReply Api::AnswerUnknownCoding() {
+  return Refused(UnknownCoding());
 }
 
 HttpReply Api::AnswerTooLarge() {
@@ -196,6 +202,10 @@ HttpReply Api::AnswerTooMany() {
   return Refused(TooManyConnections());
 }
 
+HttpReply Api::AnswerBusy() {
+  return Refused(Busy());
+}
+
 HttpReply Api::AnswerNoMemory() {
   return Refused(NoMemory());
 }
@@ -203,9 +213,11 @@ HttpReply Api::AnswerNoMemory() {
 HttpReply Api::Login(const Exchange& exchange) {
   const LoginInput login = ReadLoginBody(exchange.request.body);
   const std::optional<User> user = m_site.FindUser(login.userName);
-  const std::string& peer = exchange.request.peer;
-  if (!m_guard.Admits(login.userName, peer) ||
-      !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
+  const std::string& peer = exchange.request.network;
+  const bool isAdmitted = m_guard.Admits(login.userName, peer);
+  const int wait = static_cast<int>(m_guard.WaitAt(peer).count());
+  if (isAdmitted && wait > 0) throw TooManyFailures(wait);
+  if (!isAdmitted || !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
     HttpReply reply = Refused(BadLogin());
     reply.delay = m_guard.Failed(login.userName, peer);
     return reply;

@@ -19,11 +19,13 @@ class Api : public HttpHandler {
 
   HttpReply Handle(const HttpRequest& request) override;
   uint64_t BodyLimit(const HttpRequest& request) override;
-  bool IsSlow(const HttpRequest& request) override;
+  Lane LaneOf(const HttpRequest& request) override;
   int32_t UserOf(const HttpRequest& request) override;
   HttpReply AnswerMalformed() override;
+  HttpReply AnswerUnknownCoding() override;
   HttpReply AnswerTooLarge() override;
   HttpReply AnswerTooMany() override;
+  HttpReply AnswerBusy() override;
   HttpReply AnswerNoMemory() override;
 
  private:

@@ -13,6 +13,9 @@ constexpr int kFailuresWithoutDelay = 3;
 constexpr std::chrono::minutes kForgetAfter{15};
 constexpr size_t kMaxNames = 10000;
 constexpr size_t kMaxDue = 3;
+constexpr std::chrono::seconds kForEachAtAddress{1};
+constexpr std::chrono::seconds kAheadAtAddress{100};
+constexpr size_t kMaxAddresses = 10000;
 
 }  // namespace
 
@@ -28,6 +31,7 @@ bool LoginGuard::Admits(const std::string& userName, const std::string& peer, Ti
 std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const std::string& peer, Time now) {
   const std::string key = Digest(userName);
   const base::MutexLock lock(m_mutex);
+  CountAt(peer, now);
   if (m_failures.size() >= kMaxNames && m_failures.count(key) == 0) {
     m_failures.erase(std::min_element(m_failures.begin(), m_failures.end(), [](const auto& left, const auto& right) {
       return left.second.last < right.second.last;
@@ -53,6 +57,25 @@ void LoginGuard::Succeeded(const std::string& userName) {
   const std::string key = Digest(userName);
   const base::MutexLock lock(m_mutex);
   m_failures.erase(key);
+}
+
+std::chrono::seconds LoginGuard::WaitAt(const std::string& peer, Time now) {
+  const base::MutexLock lock(m_mutex);
+  const auto paid = m_paidUntil.find(peer);
+  if (paid == m_paidUntil.end() || paid->second <= now + kAheadAtAddress) return std::chrono::seconds(0);
+  return std::chrono::ceil<std::chrono::seconds>(paid->second - now - kAheadAtAddress);
+}
+
+void LoginGuard::CountAt(const std::string& peer, Time now) {
+  if (m_paidUntil.size() >= kMaxAddresses && m_paidUntil.count(peer) == 0) {
+    std::erase_if(m_paidUntil, [now](const auto& entry) { return entry.second <= now; });
+    if (m_paidUntil.size() >= kMaxAddresses) {
+      m_paidUntil.erase(std::min_element(m_paidUntil.begin(), m_paidUntil.end(),
+                                         [](const auto& one, const auto& other) { return one.second < other.second; }));
+    }
+  }
+  Time& paidUntil = m_paidUntil[peer];
+  paidUntil = std::max(paidUntil, now) + kForEachAtAddress;
 }
 
 }  // namespace server

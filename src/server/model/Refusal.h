@@ -12,6 +12,7 @@ struct Refusal {
   int code;
   int httpStatus;
   const char* detail;  // for the reader of a trace, not for the user; a string that lives for ever, one line
+  int retryAfter = 0;  // seconds until it may be tried again; 0: nothing is said of it
 };
 
 inline Refusal NoSuchView() {
@@ -50,11 +51,20 @@ inline Refusal InternalError() {
 inline Refusal NoMemory() {
   return {kViewModule, 8, 503, "out of memory"};
 }
+inline Refusal Busy() {
+  return {kViewModule, 9, 503, "too much to do at the moment", 2};
+}
+inline Refusal UnknownCoding() {
+  return {kViewModule, 6, 501, "a transfer coding that the server does not know"};
+}
 inline Refusal BadLogin() {
   return {kSessionModule, 1, 401, "bad user or password"};
 }
 inline Refusal NoSession() {
   return {kSessionModule, 2, 401, "no or expired token"};
+}
+inline Refusal TooManyFailures(int seconds) {
+  return {kSessionModule, 3, 429, "too many failed log-ins from this address", seconds};
 }
 
 }  // namespace server
