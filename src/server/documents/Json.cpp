@@ -12,9 +12,6 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "json/ParseText.h"
-#include "server/model/Refusal.h"
-
 namespace server::json {
 
 namespace {
@@ -24,6 +21,8 @@ bool IsHalfEscape(const std::string& text, size_t at, std::string_view digits) {
   return at + 3 < text.size() && text[at + 1] == 'u' && (text[at + 2] == 'd' || text[at + 2] == 'D') &&
          digits.find(text[at + 3]) != std::string_view::npos;
 }
+
+}  // namespace
 
 // The parser would take a NUL for the end of the text and the second half of a surrogate pair without the first for a
 // code point, and the tree it builds must not be deep: one look before it.
@@ -47,8 +46,6 @@ void CheckShape(const std::string& text) {
     }
   }
 }
-
-}  // namespace
 
 rapidjson::Document Parse(const std::string& text) {
   CheckShape(text);

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/documents/Requests.h"
 
-#include <algorithm>
-#include <charconv>
-#include <iterator>
-#include <string_view>
+#include <initializer_list>
+#include <utility>
 
+#include "server/documents/ElementReader.h"
 #include "server/documents/Json.h"
-#include "server/documents/Replies.h"
 #include "server/model/Refusal.h"
 #include "server/permissions/Rules.h"
 
@@ -16,88 +14,47 @@ namespace server {
 namespace {
 
 using rapidjson::Value;
-using Allocator = rapidjson::Document::AllocatorType;
 
-// Members of a view that the server keeps by itself or does not take from clients; all others are the document.
-constexpr std::string_view kServersOwn[] = {
-    "ID",         "GUID",          "Name",      "ViewGroupID", "UserID", "SharedUserID", "SharedUserName",
-    "SharedWith", "SequenceIndex", "AutoCycle", "CycleTime",   "Method", kChangeNumber};
-constexpr std::string_view kTextsOfWindow[] = {"SequenceIndex", "Xtop", "Ytop", "Xbottom", "Ybottom"};
-
-template <size_t n>
-bool IsOneOf(const Value& name, const std::string_view (&names)[n]) {
-  return std::find(std::begin(names), std::end(names), std::string_view(name.GetString(), name.GetStringLength())) !=
-         std::end(names);
+// The first member of that name, which must be an object.
+Element ReadMember(const std::string& body, const char* member, std::initializer_list<const char*> fields,
+                   bool isView = false) {
+  ElementReader reader(member, fields, isView);
+  reader.Expect(body.size());
+  json::Parse(body, reader);
+  Element element = reader.Take();
+  if (!element.isThere) throw Malformed("an object that the request needs is missing");
+  return element;
 }
 
-// The shortest decimal text of a number, whatever the locale.
-std::string NumberText(const Value& number) {
-  char text[40];
-  char* const end = text + sizeof text;
-  if (number.IsInt64()) return {text, std::to_chars(text, end, number.GetInt64()).ptr};
-  if (number.IsUint64()) return {text, std::to_chars(text, end, number.GetUint64()).ptr};
-  return {text, std::to_chars(text, end, number.GetDouble()).ptr};
-}
+constexpr std::initializer_list<const char*> kViewFields = {"Name", "ViewGroupID", "UserID", "AutoCycle", "CycleTime"};
 
-void TurnIntoText(Value& value, Allocator& allocator) {
-  if (value.IsString()) return;
-  std::string text;
-  if (value.IsNumber()) {
-    text = NumberText(value);
-  } else if (!value.IsNull()) {
-    throw Malformed("a window's order or digital zoom is neither a text nor a number");
-  }
-  value.SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
-}
-
-// Calls `use` for each object of the array at `key`; an absent array has none.
-template <class Use>
-void ForEachObject(Value& object, const char* key, const Use& use) {
-  const auto it = object.FindMember(key);
-  if (it == object.MemberEnd() || it->value.IsNull()) return;
-  if (!it->value.IsArray()) throw Malformed("the pages or windows are not a list");
-  for (Value& entry : it->value.GetArray()) {
-    if (!entry.IsObject()) throw Malformed("a page or window is not an object");
-    use(entry);
-  }
-}
-
-void NormaliseWindows(Value& view, Allocator& allocator) {
-  ForEachObject(view, "PlanPages", [&allocator](Value& page) {
-    ForEachObject(page, "PlanViewItem", [&allocator](Value& window) {
-      for (auto& member : window.GetObject()) {
-        if (IsOneOf(member.name, kTextsOfWindow)) TurnIntoText(member.value, allocator);
-      }
-    });
-  });
-}
-
-std::string DocumentOf(const Value& view) {
-  std::string document;
-  for (const auto& member : view.GetObject()) {
-    if (IsOneOf(member.name, kServersOwn)) continue;
-    document.append(",").append(json::Serialise(member.name)).append(":").append(json::Serialise(member.value));
-  }
-  return document;
+ViewInput ViewOf(Element element) {
+  ViewInput view;
+  view.name = json::String(element.fields, "Name");
+  CheckName(view.name);
+  view.groupId = json::Int(element.fields, "ViewGroupID", kTopFolder);
+  view.userId = json::Int(element.fields, "UserID", kNobody);
+  view.autoCycle = json::Int(element.fields, "AutoCycle", -1);
+  view.cycleTime = json::Int(element.fields, "CycleTime", -1);
+  if (element.fault) throw Malformed(element.fault);
+  view.document = std::move(element.document);
+  return view;
 }
 
 }  // namespace
 
-ViewInput ReadView(Value& element, Allocator& allocator) {
-  ViewInput view;
-  view.name = json::String(element, "Name");
-  CheckName(view.name);
-  view.groupId = json::Int(element, "ViewGroupID", kTopFolder);
-  view.userId = json::Int(element, "UserID", kNobody);
-  view.autoCycle = json::Int(element, "AutoCycle", -1);
-  view.cycleTime = json::Int(element, "CycleTime", -1);
-  NormaliseWindows(element, allocator);
-  view.document = DocumentOf(element);
-  return view;
+ViewInput ReadView(const Value& element) {
+  ElementReader reader("", kViewFields, true);
+  element.Accept(reader);
+  return ViewOf(reader.Take());
 }
 
 std::string WithoutServersOwn(const std::string& document) try {
-  return document.empty() ? document : DocumentOf(json::Parse('{' + document.substr(1) + '}'));
+  if (document.empty()) return document;
+  ElementReader reader("", {}, true);
+  json::Parse('{' + document.substr(1) + '}', reader);
+  const Element element = reader.Take();
+  return element.fault ? document : element.document;
 } catch (const Refusal&) {
   return document;
 }
@@ -113,19 +70,16 @@ GroupInput ReadGroup(const Value& element) {
 }
 
 ViewInput ReadViewBody(const std::string& body) {
-  rapidjson::Document document = json::Parse(body);
-  json::ObjectMember(document, "View");  // there, and an object
-  return ReadView(document.FindMember("View")->value, document.GetAllocator());
+  return ViewOf(ReadMember(body, "View", kViewFields, true));
 }
 
 GroupInput ReadGroupBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  return ReadGroup(json::ObjectMember(document, "ViewGroup"));
+  return ReadGroup(ReadMember(body, "ViewGroup", {"Name", "ParentViewGroupID", "UserID", "IsSharedView"}).fields);
 }
 
 MoveInput ReadMoveBody(Kind kind, const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  const Value& request = json::ObjectMember(document, "ViewMoveRequest");
+  const Element element = ReadMember(body, "ViewMoveRequest", {"Type", "ViewGroupID", "UserID", "IDs"});
+  const Value& request = element.fields;
   const int32_t type = kind == Kind::kView ? 1 : 2;
   if (json::Int(request, "Type", type) != type) throw Malformed("the type of a move does not fit its path");
   json::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
@@ -133,21 +87,21 @@ MoveInput ReadMoveBody(Kind kind, const std::string& body) {
 }
 
 std::vector<int32_t> ReadShareBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  std::vector<int32_t> users = json::IdList(json::String(json::ObjectMember(document, "ViewShare"), "ShareUsers"));
+  std::vector<int32_t> users =
+      json::IdList(json::String(ReadMember(body, "ViewShare", {"ShareUsers"}).fields, "ShareUsers"));
   if (users.size() > kMaxShareUsers) throw TooLarge();
   return users;
 }
 
 DefaultView ReadDefaultViewBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  const Value& request = json::ObjectMember(document, "ViewRequest");
+  const Element element = ReadMember(body, "ViewRequest", {"Type", "ID"});
+  const Value& request = element.fields;
   return {json::Int(request, "Type"), json::Int(request, "ID")};
 }
 
 LoginInput ReadLoginBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  const Value& session = json::ObjectMember(document, "Session");
+  const Element element = ReadMember(body, "Session", {"UserName", "Password", "ClientName"});
+  const Value& session = element.fields;
   return {json::String(session, "UserName"), json::String(session, "Password"),
           json::String(session, "ClientName", "")};
 }

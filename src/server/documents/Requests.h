@@ -45,8 +45,8 @@ struct DefaultView {
 };
 
 // One element. Windows' "SequenceIndex" and digital-zoom corners become texts in the document, which keeps everything
-// else that the client wrote and the server does not own. `element` is changed.
-ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType& allocator);
+// else that the client wrote and the server does not own.
+ViewInput ReadView(const rapidjson::Value& element);
 GroupInput ReadGroup(const rapidjson::Value& element);
 // A stored document without the members that have become the server's own since; unchanged where it cannot be read.
 std::string WithoutServersOwn(const std::string& document);

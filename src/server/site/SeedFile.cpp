@@ -14,7 +14,6 @@ namespace server {
 namespace {
 
 using rapidjson::Value;
-using Allocator = rapidjson::Document::AllocatorType;
 
 int32_t EntryId(const Value& entry) {
   const int32_t id = json::Int(entry, "ID");
@@ -51,14 +50,14 @@ std::vector<int32_t> ReadSharedWith(const Value& entry) {
   return {users.begin(), users.end()};
 }
 
-SeedView ReadSeedView(Value& entry, Allocator& allocator) {
+SeedView ReadSeedView(const Value& entry) {
   SeedView view;
   view.digest = Digest(json::Serialise(entry));
   view.id = EntryId(entry);
   view.guid = json::String(entry, "GUID", "");
   view.sequence = Sequence(entry);
   view.sharedWith = ReadSharedWith(entry);
-  view.input = ReadView(entry, allocator);
+  view.input = ReadView(entry);
   return view;
 }
 
@@ -97,8 +96,7 @@ SeedData ReadSeed(const std::string& file) {
   ReadEntries(file, seed, "ViewGroups", [&data](Value& entry) {
     data.groups.push_back({EntryId(entry), ReadGroup(entry), Sequence(entry), Digest(json::Serialise(entry))});
   });
-  ReadEntries(file, seed, "Views",
-              [&data, &seed](Value& entry) { data.views.push_back(ReadSeedView(entry, seed.GetAllocator())); });
+  ReadEntries(file, seed, "Views", [&data](const Value& entry) { data.views.push_back(ReadSeedView(entry)); });
   return data;
 }
 
