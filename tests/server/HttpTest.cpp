@@ -1,72 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
-#include <atomic>
 #include <deque>
+#include <fstream>
+#include <regex>
 #include <stdexcept>
 #include <thread>
 
+#include "EchoHandler.h"
 #include "TestClient.h"
 #include "server/http/HttpServer.h"
 
 namespace server::test {
 namespace {
-
-class Endless : public BodySource {
- public:
-  uint64_t Length() const override { return uint64_t{1} << 40; }
-  bool Next(std::string& chunk) override {
-    chunk.assign(1 << 16, 'x');
-    return true;
-  }
-};
-
-class OneEvent : public EventSource {
- public:
-  bool Take(std::vector<Text>& events) override {
-    if (!m_given) events.push_back(std::make_shared<std::string>("data: first\n\n"));
-    m_given = true;
-    return true;
-  }
-  bool KeepAlive() override { return ++m_heartbeats < 3; }
-  void OnReady(std::function<void()>) override {}
-
- private:
-  bool m_given = false;
-  int m_heartbeats = 0;
-};
-
-// Answers with what it was asked; some paths do something else.
-class Echo : public HttpHandler {
- public:
-  HttpReply Handle(const HttpRequest& request) override {
-    HttpReply reply;
-    reply.body = request.method + "|" + request.path + "|" + request.query + "|" + request.token + "|" +
-                 (request.body.size() > 100 ? std::to_string(request.body.size()) : request.body);
-    if (request.path == "/endless") reply.source = std::make_shared<Endless>();
-    if (request.path == "/events") reply.events = std::make_shared<OneEvent>();
-    if (request.path == "/slow") {
-      std::this_thread::sleep_for(std::chrono::milliseconds(200));
-      ++slowAnswers;
-    }
-    if (request.path == "/late") reply.delay = std::chrono::milliseconds(200);
-    return reply;
-  }
-  uint64_t BodyLimit(const HttpRequest& request) override { return request.token == "trusted" ? 1 << 20 : 0; }
-  Lane LaneOf(const HttpRequest& request) override {
-    return request.path == "/slow" ? Lane::kLargeBody : request.path == "/login" ? Lane::kLogin : Lane::kQuick;
-  }
-  HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerUnknownCoding() override { return {501, {}, "unknown coding", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerBusy() override { return {503, {}, "busy", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerTooMany() override { return {429, {}, "too many", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerNoMemory() override { return {503, {}, "no memory", nullptr, nullptr, {}, {}}; }
-  int32_t UserOf(const HttpRequest& request) override {
-    return request.token.rfind("user", 0) == 0 ? std::stoi(request.token.substr(4)) : kNobody;
-  }
-
-  std::atomic<int> slowAnswers{0};
-};
 
 class HttpTest : public ::testing::Test {
  protected:
@@ -117,6 +62,23 @@ TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
        "200 PUT|/a|||"},  // the handler says what is wrong
       {"GET /a HTTP/1.1\r\nHost: t\r\nX: " + big + "\r\n\r\n", "413 too large"},
       {"GET /" + big + " HTTP/1.1\r\nHost: t\r\n\r\n", "413 too large"},
+      {"GET http://t:1/a?b=c HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 GET|/a|b=c||"},
+      {"GET HTTPS://t?b HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 GET|/|b||"},
+      {"GET /a?u=http://t/b HTTP/1.1\r\nHost: [::1]:80\r\n" + close + "\r\n", "200 GET|/a|u=http://t/b||"},
+      {"HEAD /a HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 "},
+      {"HEAD /events HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 "},
+      {"PUT /a HTTP/1.0\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\nhi", "200 PUT|/a|||hi"},
+      {"GET /a HTTP/1.1\r\nHost:\r\n" + close + "\r\n", "200 GET|/a|||"},
+      {"GET /a HTTP/1.1\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nHost: t\r\nHost: t\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.0\r\nHost: t\r\nHost: t\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nHost: a b\r\n\r\n", "400 malformed"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", "501 unknown coding"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
+       "501 unknown coding"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip\r\n\r\nhi", "400 malformed"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: chunked, chunked\r\n\r\n0\r\n\r\n", "400 malformed"},
+      {"PUT /a HTTP/1.0\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "400 malformed"},
       {"hello\r\n\r\n", "400 malformed"},
       {"GET /a HTTP/1.1\r\nHost: t\r\nContent-Length: x\r\n\r\n", "400 malformed"},
       {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
@@ -141,6 +103,17 @@ TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
   }
 }
 
+TEST_F(HttpTest, AConnectionOfHttp10IsKeptWhereTheClientAsksForItAndToldSo) {
+  Wire wire(server->Port(), "HEAD /1 HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
+  std::string received;
+  wire.Receive(received);
+  EXPECT_NE(received.find("Content-Length: 9\r\nConnection: keep-alive\r\n\r\n"), std::string::npos) << received;
+  wire.Send("GET /2 HTTP/1.0\r\n\r\n");
+  received = wire.ReceiveAll();
+  EXPECT_EQ(received.rfind("HTTP/1.1 200", 0), 0u) << "no body of HEAD before it: " << received;
+  EXPECT_NE(received.find("Connection: close\r\n\r\nGET|/2|||"), std::string::npos) << received;
+}
+
 TEST_F(HttpTest, ClientsThatStallAreDropped) {
   const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 5\r\n\r\nhi"};
   for (const std::string& stall : stalls) {
@@ -159,13 +132,16 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
 }
 
 TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
-  for (const char* head :
-       {"GET /a HTTP/1.1\r\nHost: t\r\nX: ", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 60000\r\n\r\n"}) {
+  const std::string put = "PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\n";
+  const std::pair<std::string, std::string> drips[] = {{"GET /a HTTP/1.1\r\nHost: t\r\nX: ", "x"},
+                                                       {put + "Content-Length: 60000\r\n\r\n", "x"},
+                                                       {put + "Transfer-Encoding: chunked\r\n\r\n", "1\r\nx\r\n"}};
+  for (const auto& [head, piece] : drips) {
     Wire wire(server->Port(), head);
     const auto began = std::chrono::steady_clock::now();
     bool isOpen = true;
     for (int i = 0; isOpen && i < 40; ++i) {
-      wire.Send("x");
+      wire.Send(piece);
       std::string received;
       try {
         isOpen = wire.Receive(received, std::chrono::milliseconds(100));
@@ -199,6 +175,8 @@ TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
 TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
   const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n").ReceiveAll();
   EXPECT_NE(received.find("Content-Type: text/event-stream\r\n"), std::string::npos);
+  EXPECT_NE(received.find("X-Accel-Buffering: no\r\n"), std::string::npos)
+      << "a proxy is to pass each event on at once";
   EXPECT_NE(received.find("\r\n\r\ndata: first\n\n: still here\n\n: still here\n\n"), std::string::npos) << received;
 }
 
@@ -234,6 +212,36 @@ TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
   late.ReceiveAll();
   EXPECT_LT(echo.slowAnswers, 15) << "what has not begun is left";
   EXPECT_THROW(Wire again(port), std::runtime_error);
+}
+
+TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
+  const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
+  HttpSettings settings;
+  settings.host = "127.0.0.1";
+  settings.accessLog = file.string();
+  settings.heartbeat = std::chrono::milliseconds(50);
+  server = std::make_unique<HttpServer>(settings, echo);
+  const std::string close = " HTTP/1.1\r\nHost: t\r\nConnection: close\r\n";
+  const std::string requests[] = {
+      "GET http://u:secret@t/a?b=secret&secret&c=" + close +
+          "Authorization: Bearer user7\r\nUser-Agent: \"x\xff\ty\r\n" + "Referer: http://u:secret@t/p?q=secret\r\n\r\n",
+      "HEAD /a" + close + "Authorization: Bearer secret\r\n\r\n", "GET /events" + close + "\r\n", "hello\r\n\r\n"};
+  for (const std::string& request : requests) Wire(server->Port(), request, "127.0.0.5").ReceiveAll();
+  server.reset();
+  std::ifstream log(file);
+  const std::string expected[] = {R"(7 \[T\] "GET /a\?b=\*&\*&c=\* HTTP/1.1" 200 32 "http://t/p" "\\x22x\\xff\\x09y")",
+                                  R"(- \[T\] "HEAD /a HTTP/1.1" 200 - "-" "-")",
+                                  R"(- \[T\] "GET /events HTTP/1.1" 200 41 "-" "-")", R"(- \[T\] "-" 400 9 "-" "-")"};
+  std::string line;
+  for (std::string pattern : expected) {
+    std::getline(log, line);
+    pattern.replace(pattern.find('T'), 1, R"(\d\d/[A-Z][a-z][a-z]/\d{4}:\d\d:\d\d:\d\d \+0000)");
+    EXPECT_TRUE(std::regex_match(line, std::regex(R"(127\.0\.0\.5 - )" + pattern))) << line;
+  }
+  EXPECT_FALSE(std::getline(log, line)) << line;
+  std::filesystem::remove(file);
+  settings.accessLog = "/nowhere/at/all";
+  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
 }
 
 TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {
