@@ -187,8 +187,13 @@ void Connection::Release() {
   m_token.clear();
 }
 
+// A proxy's connection carries now the one's requests, now the other's.
+bool Connection::IsOfItsUser() const {
+  return m_user != kNobody && m_request.token == m_token;
+}
+
 std::string Connection::Holder() const {
-  if (m_user != kNobody) return "user " + std::to_string(m_user);
+  if (IsOfItsUser()) return "user " + std::to_string(m_user);
   return m_request.network.empty() ? NetworkOf(m_peer) : m_request.network;
 }
 

@@ -53,6 +53,8 @@ class Connection : public Stranger, public std::enable_shared_from_this<Connecti
   bool Claim();
   bool BecomeStranger();
   void Release();
+  // The request is by who is counted as holding the connection.
+  bool IsOfItsUser() const;
   // Whose share of the bodies' memory it takes, whose turn it is in a lane.
   std::string Holder() const;
   // The largest body allowed; it sends the refusal and answers nothing where the body is larger or there is no memory.

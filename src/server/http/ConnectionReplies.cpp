@@ -121,7 +121,7 @@ void Connection::StartEntry() {
     m_entry->peer = m_peer.to_string();
     m_entry->time = std::chrono::system_clock::now();
   }
-  m_entry->user = m_user == kNobody ? "-" : std::to_string(m_user);
+  m_entry->user = IsOfItsUser() ? std::to_string(m_user) : "-";
   m_entry->status = m_reply.status;
   m_unsentHead = m_head.size();
 }
