@@ -14,7 +14,7 @@ namespace server {
 struct HttpLimits {
   size_t maxConnections = 8192;  // each takes a file descriptor; strangers may have three quarters of them
   size_t maxConnectionsPerUser = 256;
-  size_t maxStrangersPerAddress = 512;
+  size_t maxStrangersPerAddress = 1024;
   // Heads and bodies that are being received or worked on. Nobody may hold more of it than they leave free.
   uint64_t maxBodyBytes = uint64_t{144} << 20;
   size_t maxWaitingLogins = 1024, maxWaitingLoginsPerAddress = 64;
