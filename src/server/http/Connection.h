@@ -22,7 +22,7 @@
 namespace server {
 
 // Lives as long as one of its operations is under way.
-class Connection : public Stranger, public std::enable_shared_from_this<Connection> {
+class Connection final : public Stranger, public std::enable_shared_from_this<Connection> {
  public:
   Connection(Connections& connections, boost::asio::ip::tcp::socket&& socket, boost::asio::ssl::context* tls);
   ~Connection();
