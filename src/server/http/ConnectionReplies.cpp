@@ -40,6 +40,7 @@ std::string ReplyHead(const HttpReply& reply, bool keepAlive, bool isHttp10) {
 }  // namespace
 
 void Connection::Refuse(HttpReply reply) {
+  m_parser.reset();  // what has come of a body is not held while the rest is drained
   m_drain = true;
   Send(std::move(reply), false);
 }
