@@ -37,7 +37,7 @@ ElementReader::ElementReader(std::string_view member, std::initializer_list<cons
   m_element.fields.SetObject();
 }
 
-Element ElementReader::Take() {
+ElementContent ElementReader::Take() {
   std::string& document = m_element.document;
   // What was put by for it and not used. Of a long text it has not been touched, and copying would take as much again.
   if (document.capacity() < (size_t{1} << 20) || document.size() < document.capacity() / 2) document.shrink_to_fit();

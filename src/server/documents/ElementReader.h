@@ -12,7 +12,7 @@
 
 namespace server {
 
-struct Element {
+struct ElementContent {
   bool isThere = false;        // an object it is
   rapidjson::Document fields;  // the first of each member that was asked for; of a list or object only its kind
   // Of a view: the members that are the client's own, each as `,"name":value`, in their order. Windows' order and
@@ -32,7 +32,7 @@ class ElementReader {
   void Expect(size_t bytes) { m_element.document.reserve(m_hasDocument ? bytes : 0); }
 
   // REQUIRES: the events are over.
-  Element Take();
+  ElementContent Take();
 
   bool Null();
   bool Bool(bool value);
@@ -80,7 +80,7 @@ class ElementReader {
   const bool m_hasDocument;
   const int m_membersDepth;  // how many lists and objects are open around a member of the element
 
-  Element m_element;
+  ElementContent m_element;
   Sink m_sink{m_element.document};
   rapidjson::Writer<Sink> m_writer{m_sink};
   int m_depth = 0;

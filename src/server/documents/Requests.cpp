@@ -16,19 +16,19 @@ namespace {
 using rapidjson::Value;
 
 // The first member of that name, which must be an object.
-Element ReadMember(const std::string& body, const char* member, std::initializer_list<const char*> fields,
-                   bool isView = false) {
+ElementContent ReadMember(const std::string& body, const char* member, std::initializer_list<const char*> fields,
+                          bool isView = false) {
   ElementReader reader(member, fields, isView);
   reader.Expect(body.size());
   json::Parse(body, reader);
-  Element element = reader.Take();
+  ElementContent element = reader.Take();
   if (!element.isThere) throw Malformed("an object that the request needs is missing");
   return element;
 }
 
 constexpr std::initializer_list<const char*> kViewFields = {"Name", "ViewGroupID", "UserID", "AutoCycle", "CycleTime"};
 
-ViewInput ViewOf(Element element) {
+ViewInput ViewOf(ElementContent element) {
   ViewInput view;
   view.name = json::String(element.fields, "Name");
   CheckName(view.name);
@@ -53,7 +53,7 @@ std::string WithoutServersOwn(const std::string& document) try {
   if (document.empty()) return document;
   ElementReader reader("", {}, true);
   json::Parse('{' + document.substr(1) + '}', reader);
-  const Element element = reader.Take();
+  const ElementContent element = reader.Take();
   return element.fault ? document : element.document;
 } catch (const Refusal&) {
   return document;
@@ -78,7 +78,7 @@ GroupInput ReadGroupBody(const std::string& body) {
 }
 
 MoveInput ReadMoveBody(Kind kind, const std::string& body) {
-  const Element element = ReadMember(body, "ViewMoveRequest", {"Type", "ViewGroupID", "UserID", "IDs"});
+  const ElementContent element = ReadMember(body, "ViewMoveRequest", {"Type", "ViewGroupID", "UserID", "IDs"});
   const Value& request = element.fields;
   const int32_t type = kind == Kind::kView ? 1 : 2;
   if (json::Int(request, "Type", type) != type) throw Malformed("the type of a move does not fit its path");
@@ -94,13 +94,13 @@ std::vector<int32_t> ReadShareBody(const std::string& body) {
 }
 
 DefaultView ReadDefaultViewBody(const std::string& body) {
-  const Element element = ReadMember(body, "ViewRequest", {"Type", "ID"});
+  const ElementContent element = ReadMember(body, "ViewRequest", {"Type", "ID"});
   const Value& request = element.fields;
   return {json::Int(request, "Type"), json::Int(request, "ID")};
 }
 
 LoginInput ReadLoginBody(const std::string& body) {
-  const Element element = ReadMember(body, "Session", {"UserName", "Password", "ClientName"});
+  const ElementContent element = ReadMember(body, "Session", {"UserName", "Password", "ClientName"});
   const Value& session = element.fields;
   return {json::String(session, "UserName"), json::String(session, "Password"),
           json::String(session, "ClientName", "")};
