@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 find_package(Threads REQUIRED)
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Svg)
 find_package(RapidJSON REQUIRED)
 find_package(Boost 1.81 REQUIRED COMPONENTS thread system)
 find_package(CURL REQUIRED)

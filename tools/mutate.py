@@ -40,7 +40,7 @@ TREE, BUILD, TEMPORARY = WORK / "tree", WORK / "build", WORK / "tmp"
 
 # Each area's folders in src/, and in tests/ those of the tests that are asked first.
 AREAS = {
-    "plugin": (["QorviViewPlugin", "json"], ["protocol", "plugin"]),
+    "plugin": (["QorviViewPlugin", "json", "base"], ["protocol", "plugin"]),
     "platform": (["platform"], ["platform"]),
     "server": (["server"], ["server"]),
     "host": (["host"], ["host", "endtoend"]),

@@ -1,50 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Terminal.h"
 
-#include <QString>
-#include <QVector>
-#include <cstdint>
 #include <cstdio>
 #include <string>
+
+#include "drawing/SafeText.h"
 
 #ifdef _WIN32
 #include <io.h>
 #else
+#include <sys/ioctl.h>
 #include <unistd.h>
 #endif
 
 namespace host {
-namespace {
-
-bool TurnsDirection(uint32_t c) {
-  return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-}
-
-bool MayBeShown(uint32_t c) {
-  switch (QChar::category(c)) {
-    case QChar::Other_Control:
-    case QChar::Other_Surrogate:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-      return false;
-    default:
-      return !TurnsDirection(c);
-  }
-}
-
-}  // namespace
 
 std::string Printable(std::string_view text) {
-  QString shown;
-  const QString decoded = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
-  for (const uint32_t c : decoded.toUcs4()) {
-    if (MayBeShown(c)) {
-      shown += QString::fromUcs4(&c, 1);
-    } else {
-      shown += QStringLiteral("\\u%1").arg(c, 4, 16, QLatin1Char('0'));
-    }
-  }
-  return shown.toStdString();
+  return drawing::SafeText(QString::fromUtf8(text.data(), static_cast<int>(text.size()))).toStdString();
 }
 
 std::string Counted(size_t count, const std::string& what) {
@@ -57,6 +29,14 @@ bool IsTerminalErr() {
 #else
   return isatty(STDERR_FILENO) != 0;
 #endif
+}
+
+int ColumnsOut() {
+#ifndef _WIN32
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+#endif
+  return 100;
 }
 
 void Say(std::string_view line) {

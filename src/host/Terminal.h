@@ -8,8 +8,7 @@
 
 namespace host {
 
-// The text as it may be shown on a terminal: control characters, line and paragraph separators and marks that turn the
-// reading direction are written \u001b; what is not UTF-8 becomes U+FFFD.
+// The text as it may be shown on a terminal: drawing::SafeText of it; what is not UTF-8 becomes U+FFFD.
 std::string Printable(std::string_view text);
 
 // "1 view", "2 views".
@@ -17,6 +16,9 @@ std::string Counted(size_t count, const std::string& what);
 
 // Whether a person watches stderr.
 bool IsTerminalErr();
+
+// How many columns the terminal on stdout has; 100 where there is none.
+int ColumnsOut();
 
 // One line to stderr.
 void Say(std::string_view line);

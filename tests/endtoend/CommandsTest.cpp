@@ -228,6 +228,10 @@ TEST_F(CommandsTest, TheDemoEndsWell) {
   std::smatch added;
   ASSERT_TRUE(std::regex_search(demo.out, added, std::regex("of the forecourt, view ([0-9]+)\\.\n"))) << demo.out;
   EXPECT_TRUE(Has(demo.out, "    kenji hears: group 1 has gained view " + added[1].str() + "\n")) << demo.out;
+  std::smatch drawn;
+  ASSERT_TRUE(std::regex_search(demo.out, drawn, std::regex("is drawn in (.+\\.svg)\n"))) << demo.out;
+  EXPECT_TRUE(Has(ReadFile(drawn[1]), "<title>Platform 1 edge, magnified</title>")) << drawn[1];
+  std::remove(drawn[1].str().c_str());
 }
 
 TEST_F(CommandsTest, TheDemosOtherUserIsAtWorkInAProcessOfItsOwn) {

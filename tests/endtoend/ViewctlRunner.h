@@ -72,13 +72,13 @@ class Site {
 // A viewctl that runs while the test goes on. `password` goes into VIEWCTL_PASSWORD; empty leaves it unset.
 class Running {
  public:
-  Running(const QStringList& arguments, const std::string& password) {
+  Running(const QStringList& arguments, const std::string& password, const QString& program = VIEWCTL_FILE) {
     NeedApplication();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove("VIEWCTL_PASSWORD");
     if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
     m_process.setProcessEnvironment(environment);
-    m_process.start(VIEWCTL_FILE, arguments);
+    m_process.start(program, arguments);
   }
   ~Running() { Kill(); }
 
@@ -137,9 +137,10 @@ struct Outcome {
   std::string err;
 };
 
-// Runs viewctl to its end.
-inline Outcome Run(const QStringList& arguments, const std::string& password = {}, const std::string& input = {}) {
-  Running process(arguments, password);
+// Runs a program to its end, viewctl unless said.
+inline Outcome Run(const QStringList& arguments, const std::string& password = {}, const std::string& input = {},
+                   const QString& program = VIEWCTL_FILE) {
+  Running process(arguments, password, program);
   process.Write(input);
   const int status = process.Finish();
   return {status, process.Output(), process.Errors()};

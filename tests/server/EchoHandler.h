@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -63,12 +64,12 @@ class Echo : public HttpHandler {
            : request.path == "/login"                          ? Lane::kLogin
                                                                : Lane::kQuick;
   }
-  HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerUnknownCoding() override { return {501, {}, "unknown coding", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerBusy() override { return {503, {}, "busy", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerTooMany() override { return {429, {}, "too many", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerNoMemory() override { return {503, {}, "no memory", nullptr, nullptr, {}, {}}; }
+  HttpReply Refused(const Refusal& refusal) override {
+    static const std::map<int, std::string> texts{
+        {400, "malformed"}, {413, "too large"}, {429, "too many"}, {501, "unknown coding"}, {503, "no memory"}};
+    const bool isBusy = refusal.retryAfter > 0;
+    return {refusal.httpStatus, {}, isBusy ? "busy" : texts.at(refusal.httpStatus), nullptr, nullptr, {}, {}};
+  }
   int32_t UserOf(const HttpRequest& request) override {
     return request.token.rfind("user", 0) == 0 ? std::stoi(request.token.substr(4)) : kNobody;
   }

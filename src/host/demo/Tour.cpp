@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/demo/Tour.h"
 
+#include <QDir>
+#include <QTemporaryFile>
 #include <cstdio>
 
+#include "host/Drawer.h"
 #include "host/StopSignal.h"
 #include "host/TreeText.h"
 #include "host/ViewText.h"
@@ -22,8 +25,6 @@ constexpr const char* kTopLevelInNotices = "4294967295";
 
 constexpr int kViewType = ResourceData::ResourceTypeView;
 constexpr int kGroupType = ResourceData::ResourceTypeViewGroup;
-
-enum State : int { kRenamed = 2, kChildAdded = 3, kChildRemoved = 4, kChanged = 7 };
 
 constexpr std::chrono::milliseconds kNoticeLimit{5000};
 
@@ -66,7 +67,7 @@ std::string InWords(const Notice& notice) {
   }
 }
 
-Notice Event(const std::string& id, State state, const std::string& childId = {}) {
+Notice Event(const std::string& id, NoticeState state, const std::string& childId = {}) {
   Notice notice(id, state);
   notice.child_id = childId;
   return notice;
@@ -91,7 +92,8 @@ void Tour::Run() {
   OpenAtStart();
   DeleteView();
   FolderAndContent();
-  Tell("\nThat was the tour; the server and its folder go away with it.");
+  DrawOne();
+  Tell("\nThat was the tour; the server and its folder go away with it, the picture stays.");
 }
 
 void Tour::LookAround() {
@@ -218,6 +220,18 @@ void Tour::FolderAndContent() {
   Tell("kenji deletes the folder; the server deletes what is in it first.");
   Hears(m_maria, Event(folder, kChildRemoved, view));
   Hears(m_maria, Event(kStation, kChildRemoved, folder));
+}
+
+void Tour::DrawOne() {
+  Chapter("A picture to take along");
+  std::string plan;
+  Require(m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", kMagnified).Text(), plan), "the view is still there");
+  const std::string picture = Drawer().Draw(ValidUtf8(plan), 1, {});
+  QTemporaryFile file(QDir::temp().filePath("viewctl-demo-XXXXXX.svg"));
+  file.setAutoRemove(false);
+  const auto size = static_cast<qint64>(picture.size());
+  Require(file.open() && file.write(picture.data(), size) == size && file.flush(), "the picture can be written");
+  Tell("\"Platform 1 edge, magnified\" is drawn in " + file.fileName().toStdString());
 }
 
 rapidjson::Document Tour::Do(Side& side, const std::string& function, const std::string& request) {

@@ -7,14 +7,17 @@
 #include <rapidjson/document.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <variant>
 #include <vector>
 
 #include "json/ParseText.h"
 #include "server/model/Refusal.h"
 
-namespace server::json {
+namespace server::wire {
 
 constexpr int kMaxJsonDepth = 100;
 
@@ -26,8 +29,9 @@ template <class Handler>
 void Parse(const std::string& text, Handler& handler) {
   CheckShape(text);
   if (!::json::ParseEvents<rapidjson::kParseValidateEncodingFlag>(text, handler)) {
-    throw Malformed("the body is not JSON");
+    throw Refusal::Malformed("the body is not JSON");
   }
+  if (text[text.find_first_not_of(" \t\r\n")] != '{') throw Refusal::Malformed("the body is not a JSON object");
 }
 // Throws std::runtime_error with one plain line that calls the file `what`.
 rapidjson::Document ReadFile(const std::string& what, const std::string& file);
@@ -46,9 +50,13 @@ std::string String(const rapidjson::Value& object, const char* key, std::optiona
 std::vector<int32_t> IdList(const std::string& text);
 std::optional<int32_t> Id(const std::string& text);
 
-void AppendQuoted(std::string& out, const std::string& text);
-void AppendMember(std::string& out, const char* key, const std::string& text);  // `"key":"text"`
-void AppendMember(std::string& out, const char* key, int32_t number);           // `"key":number`
+struct Member {
+  const char* key;
+  std::variant<int32_t, std::string_view> value;
+};
+std::string Members(std::initializer_list<Member> members);  // `"key":number,"key":"text"`
+// Adds an object to the elements of an array.
+void AppendObject(std::string& elements, std::initializer_list<Member> members);
 std::string Serialise(const rapidjson::Value& value);
 
-}  // namespace server::json
+}  // namespace server::wire

@@ -20,9 +20,9 @@ ElementContent ReadMember(const std::string& body, const char* member, std::init
                           bool isView = false) {
   ElementReader reader(member, fields, isView);
   reader.Expect(body.size());
-  json::Parse(body, reader);
+  wire::Parse(body, reader);
   ElementContent element = reader.Take();
-  if (!element.isThere) throw Malformed("an object that the request needs is missing");
+  if (!element.isThere) throw Refusal::Malformed("an object that the request needs is missing");
   return element;
 }
 
@@ -30,13 +30,13 @@ constexpr std::initializer_list<const char*> kViewFields = {"Name", "ViewGroupID
 
 ViewInput ViewOf(ElementContent element) {
   ViewInput view;
-  view.name = json::String(element.fields, "Name");
+  view.name = wire::String(element.fields, "Name");
   CheckName(view.name);
-  view.groupId = json::Int(element.fields, "ViewGroupID", kTopFolder);
-  view.userId = json::Int(element.fields, "UserID", kNobody);
-  view.autoCycle = json::Int(element.fields, "AutoCycle", -1);
-  view.cycleTime = json::Int(element.fields, "CycleTime", -1);
-  if (element.fault) throw Malformed(element.fault);
+  view.folderId = wire::Int(element.fields, "ViewGroupID", kTopFolder);
+  view.userId = wire::Int(element.fields, "UserID", kNobody);
+  view.autoCycle = wire::Int(element.fields, "AutoCycle", -1);
+  view.cycleTime = wire::Int(element.fields, "CycleTime", -1);
+  if (element.fault) throw Refusal::Malformed(element.fault);
   view.document = std::move(element.document);
   return view;
 }
@@ -52,7 +52,7 @@ ViewInput ReadView(const Value& element) {
 std::string WithoutServersOwn(const std::string& document) try {
   if (document.empty()) return document;
   ElementReader reader("", {}, true);
-  json::Parse('{' + document.substr(1) + '}', reader);
+  wire::Parse('{' + document.substr(1) + '}', reader);
   const ElementContent element = reader.Take();
   return element.fault ? document : element.document;
 } catch (const Refusal&) {
@@ -61,11 +61,11 @@ std::string WithoutServersOwn(const std::string& document) try {
 
 GroupInput ReadGroup(const Value& element) {
   GroupInput group;
-  group.name = json::String(element, "Name");
+  group.name = wire::String(element, "Name");
   CheckName(group.name);
-  group.parentId = json::Int(element, "ParentViewGroupID", kTopFolder);
-  group.userId = json::Int(element, "UserID", kNobody);
-  group.sharedFolder = json::Int(element, "IsSharedView", -1) == 1;
+  group.folderId = wire::Int(element, "ParentViewGroupID", kTopFolder);
+  group.userId = wire::Int(element, "UserID", kNobody);
+  group.sharedFolder = wire::Int(element, "IsSharedView", -1) == 1;
   return group;
 }
 
@@ -77,33 +77,33 @@ GroupInput ReadGroupBody(const std::string& body) {
   return ReadGroup(ReadMember(body, "ViewGroup", {"Name", "ParentViewGroupID", "UserID", "IsSharedView"}).fields);
 }
 
-MoveInput ReadMoveBody(Kind kind, const std::string& body) {
+MoveInput ReadMoveBody(ObjectKind kind, const std::string& body) {
   const ElementContent element = ReadMember(body, "ViewMoveRequest", {"Type", "ViewGroupID", "UserID", "IDs"});
   const Value& request = element.fields;
-  const int32_t type = kind == Kind::kView ? 1 : 2;
-  if (json::Int(request, "Type", type) != type) throw Malformed("the type of a move does not fit its path");
-  json::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
-  return {json::Int(request, "ViewGroupID"), json::IdList(json::String(request, "IDs"))};
+  const int32_t type = kind == ObjectKind::kView ? 1 : 2;
+  if (wire::Int(request, "Type", type) != type) throw Refusal::Malformed("the type of a move does not fit its path");
+  wire::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
+  return {wire::Int(request, "ViewGroupID"), wire::IdList(wire::String(request, "IDs"))};
 }
 
 std::vector<int32_t> ReadShareBody(const std::string& body) {
   std::vector<int32_t> users =
-      json::IdList(json::String(ReadMember(body, "ViewShare", {"ShareUsers"}).fields, "ShareUsers"));
-  if (users.size() > kMaxShareUsers) throw TooLarge();
+      wire::IdList(wire::String(ReadMember(body, "ViewShare", {"ShareUsers"}).fields, "ShareUsers"));
+  if (users.size() > kMaxShareUsers) throw Refusal::TooLarge();
   return users;
 }
 
 DefaultView ReadDefaultViewBody(const std::string& body) {
   const ElementContent element = ReadMember(body, "ViewRequest", {"Type", "ID"});
   const Value& request = element.fields;
-  return {json::Int(request, "Type"), json::Int(request, "ID")};
+  return {wire::Int(request, "Type"), wire::Int(request, "ID")};
 }
 
 LoginInput ReadLoginBody(const std::string& body) {
   const ElementContent element = ReadMember(body, "Session", {"UserName", "Password", "ClientName"});
   const Value& session = element.fields;
-  return {json::String(session, "UserName"), json::String(session, "Password"),
-          json::String(session, "ClientName", "")};
+  return {wire::String(session, "UserName"), wire::String(session, "Password"),
+          wire::String(session, "ClientName", "")};
 }
 
 }  // namespace server

@@ -25,12 +25,7 @@ class FaultHandler : public HttpHandler {
   uint64_t BodyLimit(const HttpRequest& request) override { return m_inner.BodyLimit(request); }
   Lane LaneOf(const HttpRequest& request) override { return m_inner.LaneOf(request); }
   int32_t UserOf(const HttpRequest& request) override { return m_inner.UserOf(request); }
-  HttpReply AnswerMalformed() override { return m_inner.AnswerMalformed(); }
-  HttpReply AnswerUnknownCoding() override { return m_inner.AnswerUnknownCoding(); }
-  HttpReply AnswerTooLarge() override { return m_inner.AnswerTooLarge(); }
-  HttpReply AnswerTooMany() override { return m_inner.AnswerTooMany(); }
-  HttpReply AnswerBusy() override { return m_inner.AnswerBusy(); }
-  HttpReply AnswerNoMemory() override { return m_inner.AnswerNoMemory(); }
+  HttpReply Refused(const Refusal& refusal) override { return m_inner.Refused(refusal); }
 
  private:
   class Events;

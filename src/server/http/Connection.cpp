@@ -118,7 +118,7 @@ void Connection::ReadHead() {
 void Connection::ReadMoreOfHead() {
   const size_t space = std::max(kPiece, m_buffer.size());
   if (m_buffer.size() > 0 && !m_share.Cover(Holder(), m_buffer.size() + space)) {
-    return Refuse(m_connections.handler.AnswerBusy());
+    return Refuse(Refusal::Busy());
   }
   m_stream.async_read_some(m_buffer.prepare(space), [self = shared_from_this()](error_code error, size_t bytes) {
     if (error) return;
@@ -131,10 +131,8 @@ void Connection::OnHead() {
   m_isFirst = false;
   m_share.Release();
   TakeHead();
-  const HeadFault fault = FaultOf(m_parser->get());
-  if (fault == HeadFault::kMalformed) return Refuse(m_connections.handler.AnswerMalformed());
-  if (fault == HeadFault::kUnknownCoding) return Refuse(m_connections.handler.AnswerUnknownCoding());
-  if (!Claim()) return Refuse(m_connections.handler.AnswerTooMany());
+  if (const auto fault = FaultOf(m_parser->get())) return Refuse(*fault);
+  if (!Claim()) return Refuse(Refusal::TooManyConnections());
   if (m_parser->is_done()) return OnRequest();
   const auto limit = LimitBody();
   if (!limit) return;
@@ -206,12 +204,12 @@ std::optional<uint64_t> Connection::LimitBody() {
       const uint64_t allowed = handler.BodyLimit(m_request);
       if (length && allowed == 0) return Refuse(handler.Handle(m_request)), std::nullopt;
       limit = std::max(limit, allowed);
-      if (length && *length > limit) return Refuse(handler.AnswerTooLarge()), std::nullopt;
+      if (length && *length > limit) return Refuse(Refusal::TooLarge()), std::nullopt;
     }
-    if (!m_share.Cover(Holder(), length.value_or(0))) return Refuse(handler.AnswerBusy()), std::nullopt;
+    if (!m_share.Cover(Holder(), length.value_or(0))) return Refuse(Refusal::Busy()), std::nullopt;
     m_parser->get().body().reserve(length.value_or(0));
   } catch (const std::exception&) {
-    return Refuse(handler.AnswerNoMemory()), std::nullopt;
+    return Refuse(Refusal::NoMemory()), std::nullopt;
   }
   return limit;
 }
@@ -229,7 +227,7 @@ void Connection::StartBody() {
 }
 
 void Connection::ReadBody() {
-  if (!CoverBody()) return Refuse(m_connections.handler.AnswerBusy());
+  if (!CoverBody()) return Refuse(Refusal::Busy());
   // So much time for so much that has come, or a client could keep its connection by sending a byte now and then.
   m_stream.Tcp().expires_at(m_bodyBegan + m_connections.settings.readTimeout + TimeFor(m_parser->get().body().size()));
   http::async_read_some(m_stream, m_buffer, *m_parser, [self = shared_from_this()](error_code error, size_t) {
@@ -246,12 +244,12 @@ bool Connection::CoverBody() {
 
 void Connection::OnReadError(error_code error) {
   if (error == http::error::body_limit || error == http::error::header_limit) {
-    return Refuse(m_connections.handler.AnswerTooLarge());
+    return Refuse(Refusal::TooLarge());
   }
-  if (error == http::error::bad_alloc) return Refuse(m_connections.handler.AnswerNoMemory());
+  if (error == http::error::bad_alloc) return Refuse(Refusal::NoMemory());
   const bool isHttp = error.category() == make_error_code(http::error::end_of_stream).category();
   if (isHttp && error != http::error::end_of_stream && error != http::error::partial_message) {
-    Refuse(m_connections.handler.AnswerMalformed());
+    Refuse(NotHttp());
   }
 }
 
@@ -272,7 +270,7 @@ void Connection::OnRequest() {
       isTaken = AnswerInLane(m_connections.largeBodies, Holder(), keepAlive);
       break;
   }
-  if (!isTaken) Send(m_connections.handler.AnswerBusy(), keepAlive);
+  if (!isTaken) Send(m_connections.handler.Refused(Refusal::Busy()), keepAlive);
 }
 
 bool Connection::AnswerInLane(WorkLane& lane, const std::string& holder, bool keepAlive) {

@@ -26,8 +26,6 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
  public:
   Connection(Connections& connections, boost::asio::ip::tcp::socket&& socket, boost::asio::ssl::context* tls);
   ~Connection();
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
 
   // Ends at once where there is no room for it.
   void Start();
@@ -73,6 +71,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
 
   // Answers a request whose rest is not wanted, and ends the connection.
   void Refuse(HttpReply reply);
+  void Refuse(const Refusal& refusal);
   void Send(HttpReply reply, bool keepAlive);
   void SendNow(HttpReply reply, bool keepAlive);
   void SendPart(uint64_t bytes);

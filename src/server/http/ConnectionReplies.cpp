@@ -39,6 +39,10 @@ std::string ReplyHead(const HttpReply& reply, bool keepAlive, bool isHttp10) {
 
 }  // namespace
 
+void Connection::Refuse(const Refusal& refusal) {
+  Refuse(m_connections.handler.Refused(refusal));
+}
+
 void Connection::Refuse(HttpReply reply) {
   m_parser.reset();  // what has come of a body is not held while the rest is drained
   m_drain = true;

@@ -31,9 +31,9 @@ bool HasGoodHost(const RequestMessage& message) {
   return count == 1 && IsHost(std::string_view(hosts.first->value().data(), hosts.first->value().size()));
 }
 
-HeadFault FaultOfCodings(const RequestMessage& message) {
-  if (message.count(http::field::transfer_encoding) == 0) return HeadFault::kNone;
-  if (message.version() < kHttp11) return HeadFault::kMalformed;  // it does not know them
+std::optional<Refusal> FaultOfCodings(const RequestMessage& message) {
+  if (message.count(http::field::transfer_encoding) == 0) return std::nullopt;
+  if (message.version() < kHttp11) return NotHttp();  // it does not know them
   size_t codings = 0, chunked = 0;
   bool isChunkedLast = false;
   const std::string list = Joined(message, "Transfer-Encoding");
@@ -42,8 +42,9 @@ HeadFault FaultOfCodings(const RequestMessage& message) {
     chunked += isChunkedLast;
     ++codings;
   }
-  if (!isChunkedLast || chunked != 1) return HeadFault::kMalformed;
-  return codings == 1 ? HeadFault::kNone : HeadFault::kUnknownCoding;
+  if (!isChunkedLast || chunked != 1) return NotHttp();
+  if (codings > 1) return Refusal::UnknownCoding();
+  return std::nullopt;
 }
 
 std::string BearerToken(const RequestMessage& message) {
@@ -74,8 +75,8 @@ std::string Joined(const RequestMessage& message, beast::string_view name) {
   return list;
 }
 
-HeadFault FaultOf(const RequestMessage& message) {
-  return HasGoodHost(message) ? FaultOfCodings(message) : HeadFault::kMalformed;
+std::optional<Refusal> FaultOf(const RequestMessage& message) {
+  return HasGoodHost(message) ? FaultOfCodings(message) : NotHttp();
 }
 
 void ReadHead(const RequestMessage& message, HttpRequest& request) {

@@ -4,6 +4,7 @@
 
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/string_body.hpp>
+#include <optional>
 #include <string>
 
 #include "server/http/HttpHandler.h"
@@ -12,10 +13,11 @@ namespace server {
 
 using RequestMessage = boost::beast::http::request<boost::beast::http::string_body>;
 
-enum class HeadFault { kNone, kMalformed, kUnknownCoding };
-
+inline Refusal NotHttp() {
+  return Refusal::Malformed("not an HTTP request");
+}
 // What Beast lets pass and we must not: how the body is framed, which host is asked.
-HeadFault FaultOf(const RequestMessage& message);
+std::optional<Refusal> FaultOf(const RequestMessage& message);
 // Method, path, query and token. HEAD becomes GET.
 void ReadHead(const RequestMessage& message, HttpRequest& request);
 bool WantsContinue(const RequestMessage& message);

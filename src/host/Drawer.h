@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QProcess>
+#include <string>
+
+namespace host {
+
+struct DrawingOptions {
+  bool isPng = false;  // else SVG
+  bool isDark = false;
+};
+
+// Draws pages by viewdraw, which stands beside the program and runs as long as the drawer lives. So no program that
+// draws links what viewdraw links.
+class Drawer {
+ public:
+  // Throws Failure kUsage where there is no viewdraw.
+  Drawer();
+  ~Drawer();
+
+  // One page, from 1, of a view; `plan` is the answer of GetPlanDetail, in valid UTF-8. Throws Failure kRefused when it
+  // cannot be drawn, or viewdraw does not answer within a minute.
+  std::string Draw(const std::string& plan, int page, const DrawingOptions& options);
+
+ private:
+  QByteArray ReadLine();
+  void WaitForBytes(qint64 count);
+
+  QProcess m_process;
+};
+
+}  // namespace host

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl draw over the sample site, and the drawings in the documentation.
+#include <QDir>
+#include <QFileInfo>
+#include <regex>
+
+#include "ViewctlRunner.h"
+
+namespace test {
+namespace {
+
+class DrawTest : public SiteTest {
+ protected:
+  static Outcome Draw(const QStringList& arguments, const std::string& user = "admin") {
+    return RunAs(TheSite(), user, QStringList{"draw"} + arguments);
+  }
+
+  // Draws into a file of that ending and answers its content.
+  std::string Picture(const QStringList& arguments, const std::string& user = "admin", const char* ending = "svg") {
+    const QString file = m_folder.filePath(QString("picture.") + ending);
+    const Outcome outcome = Draw(arguments + QStringList{"-o", file}, user);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.err + outcome.out, "");
+    return ReadFile(file.toStdString());
+  }
+
+  QTemporaryDir m_folder;
+};
+
+bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST_F(DrawTest, TheExtrasOfTheSampleSiteCanBeReadInItsDrawings) {
+  const struct {
+    QStringList view;
+    std::string user;
+    std::vector<const char*> texts;
+  } cases[] = {
+      {{"101"}, "admin", {"Forecourt, taxi rank", "centre 52.10250, 11.64000", "scale 16", "site 1 · stream 1"}},
+      {{"102", "--page", "2"}, "admin", {"Page 2 of 2, turned every 20 s · layout 6 · 6 windows"}},
+      {{"105"}, "admin", {"door 2201", "elevator 2301", "element 2604 of type 2004", "no window"}},
+      {{"107"}, "admin", {"cycle “Platform 1, end to end”", "12 cameras, 10 s each:", "camera 2040"}},
+      {{"110"}, "admin", {"zoom window 1 at 0.6,0.15 to 0.85,0.4", "shows zoom window 1 of window 0"}},
+      {{"112"}, "admin", {"preset 3 “Stairs”", "cruise 1", "track 2"}},
+      {{"115"}, "admin", {"centre mark 0.4,0.45 to 0.6,0.55", "empty window"}},
+      {{"117"}, "admin", {"fisheye: mount 0, expansion 2, window 0", "part 3 at 0.875,0.4 ×2.5"}},
+      {{"118"}, "admin", {"digital zoom 0.1,0.2 to 0.6,0.7"}},
+      {{"120"}, "admin", {"related: door 2208 “Drivers' room”"}},
+      {{"128"}, "admin", {"8 areas, 20 s each:", "きっぷうりば"}},
+      {{"130"}, "admin", {"No pages"}},
+      {{"137"}, "maria", {"夜間巡回", "shared by kenji)"}},
+  };
+  // A line in several scripts is several texts.
+  for (const auto& c : cases) {
+    const std::string svg = Picture(c.view, c.user);
+    for (const char* text : c.texts) {
+      EXPECT_TRUE(Has(svg, std::string(">") + text + "</text>")) << c.view.join(' ').toStdString() << ": " << text;
+    }
+  }
+}
+
+TEST_F(DrawTest, TheDrawingsInTheDocumentationAreCurrent) {
+  const QDir folder(DOCS_DIR "/drawings");
+  const QStringList names = folder.entryList({"*.svg"});
+  ASSERT_FALSE(names.isEmpty());
+  for (const QString& name : names) {
+    const std::string text = name.toStdString();
+    std::smatch parts;
+    ASSERT_TRUE(std::regex_match(text, parts, std::regex("view-([0-9]+)-page-([0-9]+)-(light|dark)\\.svg"))) << text;
+    QStringList arguments = {QString::fromStdString(parts[1]), "--page", QString::fromStdString(parts[2])};
+    if (parts[3] == "dark") arguments += "--dark";
+    EXPECT_TRUE(Picture(arguments) == ReadFile(folder.filePath(name).toStdString()))
+        << text << " is not what is drawn now: ./dev drawings";
+  }
+}
+
+TEST_F(DrawTest, WithoutAFileThePageIsText) {
+  const Outcome outcome = Draw({"110"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_TRUE(Has(outcome.out, "Page 1 · layout 3 “1+2” · 3 windows\n┌──")) << outcome.out;
+  EXPECT_TRUE(Has(outcome.out, "│ 1 Platform 1, edge 1")) << outcome.out;
+  EXPECT_TRUE(Picture({"110"}, "admin", "png").starts_with("\x89PNG")) << "and into a file of another kind, a picture";
+}
+
+TEST_F(DrawTest, WhatCannotBeDrawnIsSaidAndReplacesNothing) {
+  const QString old = m_folder.filePath("old.svg");
+  WriteFile(old.toStdString(), "old");
+  const struct {
+    QStringList arguments;
+    int status;
+    const char* said;
+  } cases[] = {
+      {{"110", "--page", "2", "-o", old}, 1, "View 110 has 1 page and no page 2"},
+      {{"110", "--page", "0"}, 1, "no page 0"},
+      {{"9999", "-o", old}, 1, "View 9999: "},
+      {{"132", "-o", old}, 1, "View 132: "},  // somebody else's
+      {{"eleven"}, 2, "eleven"},
+      {{"110", "-o", m_folder.filePath("page.jpg")}, 2, "ends in .svg or .png"},
+      {{"110", "-o", m_folder.filePath("no/folder.svg")}, 2, "cannot be written"},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Draw(c.arguments);
+    EXPECT_EQ(outcome.status, c.status) << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, c.said)) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+  }
+  EXPECT_EQ(ReadFile(old.toStdString()), "old");
+  EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::Files), QStringList{"old.svg"});
+}
+
+// What draws stands apart: viewctl alone does all the rest, and says what it lacks.
+TEST_F(DrawTest, WithoutViewdrawEverythingElseWorks) {
+  const QString viewctl = m_folder.filePath("viewctl");
+  ASSERT_TRUE(QFile::copy(QString(VIEWCTL_FILE), viewctl));
+  const auto run = [&](const QStringList& command) {
+    const QString plugin = QFileInfo(QString(VIEWCTL_FILE)).dir().filePath("../lib/libQorviViewPlugin.so");
+    return test::Run(TheSite().As("admin") + QStringList{"--plugin", plugin} + command, "sample-admin", {}, viewctl);
+  };
+  const Outcome drawn = run({"draw", "110", "-o", m_folder.filePath("page.svg")});
+  EXPECT_EQ(drawn.status, 2);
+  EXPECT_EQ(drawn.err, "viewctl: Pictures are drawn by viewdraw, which was not found beside viewctl\n");
+  EXPECT_EQ(run({"draw", "110"}).status, 0);
+}
+
+}  // namespace
+}  // namespace test
