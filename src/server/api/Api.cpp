@@ -184,14 +184,14 @@ HttpReply Login(const Exchange& exchange) {
   const std::optional<User> user = exchange.site.FindUser(login.userName);
   const std::string& peer = exchange.request.network;
   const bool isAdmitted = exchange.guard.Admits(login.userName, peer);
-  const int wait = static_cast<int>(exchange.guard.WaitAt(peer).count());
+  const int wait = static_cast<int>(exchange.guard.WaitAt(login.userName, peer).count());
   if (isAdmitted && wait > 0) throw Refusal::TooManyFailures(wait);
   if (!isAdmitted || !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
     HttpReply reply = RefusedReply(Refusal::BadLogin());
     reply.delay = exchange.guard.Failed(login.userName, peer);
     return reply;
   }
-  exchange.guard.Succeeded(login.userName);
+  exchange.guard.Succeeded(login.userName, peer);
   const std::string token = exchange.site.OpenSession(user->id, login.clientName.substr(0, 256));
   return ReplyWith("Session", {{"Token", token}, {"UserID", user->id}, {"UserName", user->name}});
 }

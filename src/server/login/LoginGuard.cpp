@@ -17,6 +17,12 @@ constexpr std::chrono::seconds kForEachAtAddress{1};
 constexpr std::chrono::seconds kAheadAtAddress{100};
 constexpr size_t kMaxAddresses = 10000;
 
+template <class Times>
+void EraseEarliest(Times& times) {
+  times.erase(std::min_element(times.begin(), times.end(),
+                               [](const auto& one, const auto& other) { return one.second < other.second; }));
+}
+
 }  // namespace
 
 bool LoginGuard::Admits(const std::string& userName, const std::string& peer, Time now) {
@@ -53,14 +59,18 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const 
   return delay;
 }
 
-void LoginGuard::Succeeded(const std::string& userName) {
-  const std::string key = Digest(userName);
+void LoginGuard::Succeeded(const std::string& userName, const std::string& peer, Time now) {
+  const Guesser who(Digest(userName), peer);
   const base::MutexLock lock(m_mutex);
-  m_failures.erase(key);
+  m_failures.erase(who.first);
+  if (m_gotIn.size() >= kMaxNames && m_gotIn.count(who) == 0) EraseEarliest(m_gotIn);
+  m_gotIn[who] = now;
 }
 
-std::chrono::seconds LoginGuard::WaitAt(const std::string& peer, Time now) {
+std::chrono::seconds LoginGuard::WaitAt(const std::string& userName, const std::string& peer, Time now) {
+  const Guesser who(Digest(userName), peer);
   const base::MutexLock lock(m_mutex);
+  if (m_gotIn.count(who) > 0) return std::chrono::seconds(0);
   const auto paid = m_paidUntil.find(peer);
   if (paid == m_paidUntil.end() || paid->second <= now + kAheadAtAddress) return std::chrono::seconds(0);
   return std::chrono::ceil<std::chrono::seconds>(paid->second - now - kAheadAtAddress);
@@ -69,10 +79,7 @@ std::chrono::seconds LoginGuard::WaitAt(const std::string& peer, Time now) {
 void LoginGuard::CountAt(const std::string& peer, Time now) {
   if (m_paidUntil.size() >= kMaxAddresses && m_paidUntil.count(peer) == 0) {
     std::erase_if(m_paidUntil, [now](const auto& entry) { return entry.second <= now; });
-    if (m_paidUntil.size() >= kMaxAddresses) {
-      m_paidUntil.erase(std::min_element(m_paidUntil.begin(), m_paidUntil.end(),
-                                         [](const auto& one, const auto& other) { return one.second < other.second; }));
-    }
+    if (m_paidUntil.size() >= kMaxAddresses) EraseEarliest(m_paidUntil);
   }
   Time& paidUntil = m_paidUntil[peer];
   paidUntil = std::max(paidUntil, now) + kForEachAtAddress;
