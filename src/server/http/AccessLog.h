@@ -35,8 +35,6 @@ class AccessLog {
   // "-" is stderr. Throws std::runtime_error with one plain line where the file cannot be written.
   explicit AccessLog(const std::string& file);
   ~AccessLog();  // writes what is left, as far as it is taken
-  AccessLog(const AccessLog&) = delete;
-  AccessLog& operator=(const AccessLog&) = delete;
 
   void Add(const AccessEntry& entry) noexcept;
 

@@ -20,8 +20,6 @@ class WorkLane {
 
   WorkLane(int threads, size_t maxWaiting, size_t maxWaitingPerHolder);
   ~WorkLane();
-  WorkLane(const WorkLane&) = delete;
-  WorkLane& operator=(const WorkLane&) = delete;
 
   // False: too many wait, of that holder or in all.
   bool Add(const std::string& holder, Work work);
