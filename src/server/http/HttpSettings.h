@@ -17,8 +17,10 @@ struct HttpLimits {
   size_t maxStrangersPerAddress = 1024;
   // Heads and bodies that are being received or worked on. Nobody may hold more of it than they leave free.
   uint64_t maxBodyBytes = uint64_t{144} << 20;
-  size_t maxWaitingLogins = 1024, maxWaitingLoginsPerAddress = 64;
-  size_t maxWaitingBodies = 64, maxWaitingBodiesPerUser = 16;  // those above the lane's size
+  // Of an address there may be as many as a site starts at once behind one proxy.
+  size_t maxWaitingLogins = 4096, maxWaitingLoginsPerAddress = 256;
+  // Those above the lane's size. A user may be several programs, each of which sends some at once.
+  size_t maxWaitingBodies = 128, maxWaitingBodiesPerUser = 32;
 };
 
 struct HttpSettings : HttpLimits {
