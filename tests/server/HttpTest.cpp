@@ -16,13 +16,15 @@ namespace {
 class HttpTest : public ::testing::Test {
  protected:
   HttpTest() {
-    HttpSettings settings;
     settings.host = "127.0.0.1";
-    settings.readTimeout = settings.writeTimeout = std::chrono::seconds(1);
-    settings.idleTimeout = std::chrono::seconds(20);
     settings.heartbeat = std::chrono::milliseconds(50);
     settings.maxConnections = 20;
     settings.maxConnectionsPerUser = 3;
+    server = std::make_unique<HttpServer>(settings, echo);
+  }
+  // For what is slow by purpose. Elsewhere a busy machine may take its time.
+  void DropSlowOnes() {
+    settings.readTimeout = settings.writeTimeout = std::chrono::seconds(1);
     server = std::make_unique<HttpServer>(settings, echo);
   }
 
@@ -34,6 +36,7 @@ class HttpTest : public ::testing::Test {
     return std::to_string(answer.status) + " " + answer.body + (isTold ? "" : " without a word of the end");
   }
 
+  HttpSettings settings;
   Echo echo;
   std::unique_ptr<HttpServer> server;
 };
@@ -115,6 +118,7 @@ TEST_F(HttpTest, AConnectionOfHttp10IsKeptWhereTheClientAsksForItAndToldSo) {
 }
 
 TEST_F(HttpTest, ClientsThatStallAreDropped) {
+  DropSlowOnes();
   const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 5\r\n\r\nhi"};
   for (const std::string& stall : stalls) {
     EXPECT_EQ(Wire(server->Port(), stall).ReceiveAll(), "") << stall;
@@ -132,15 +136,16 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
 }
 
 TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
+  DropSlowOnes();
   const std::string put = "PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\n";
   const std::pair<std::string, std::string> drips[] = {{"GET /a HTTP/1.1\r\nHost: t\r\nX: ", "x"},
                                                        {put + "Content-Length: 60000\r\n\r\n", "x"},
                                                        {put + "Transfer-Encoding: chunked\r\n\r\n", "1\r\nx\r\n"}};
   for (const auto& [head, piece] : drips) {
     Wire wire(server->Port(), head);
-    const auto began = std::chrono::steady_clock::now();
+    const auto end = std::chrono::steady_clock::now() + kPatience;  // far more than it may take
     bool isOpen = true;
-    for (int i = 0; isOpen && i < 40; ++i) {
+    while (isOpen && std::chrono::steady_clock::now() < end) {
       wire.Send(piece);
       std::string received;
       try {
@@ -149,7 +154,6 @@ TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
       }
     }
     EXPECT_FALSE(isOpen) << head;
-    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(3)) << head;
   }
 }
 
@@ -216,10 +220,7 @@ TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
 
 TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
   const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
-  HttpSettings settings;
-  settings.host = "127.0.0.1";
   settings.accessLog = file.string();
-  settings.heartbeat = std::chrono::milliseconds(50);
   server = std::make_unique<HttpServer>(settings, echo);
   const std::string close = " HTTP/1.1\r\nHost: t\r\nConnection: close\r\n";
   const std::string requests[] = {
@@ -245,8 +246,6 @@ TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
 }
 
 TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {
-  HttpSettings settings;
-  settings.host = "127.0.0.1";
   settings.port = server->Port();
   EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
   settings.port = 0;
