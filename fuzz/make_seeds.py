@@ -142,7 +142,7 @@ def server_http():
     yield request(f"POST {root}V0/Views", view) + request(f"GET {root}V0/ViewGroups")
     yield request(f"PUT {root}V0/Views/1", view, "Expect: 100-continue\r\n")
     yield request(f"GET {root}V0/Changes?After=0")
-    yield (f"POST {root}V0/Views HTTP/1.1\r\nAuthorization: Bearer TOKEN\r\nTransfer-Encoding: chunked\r\n\r\n"
+    yield (f"POST {root}V0/Views HTTP/1.1\r\nHost: x\r\nAuthorization: Bearer TOKEN\r\nTransfer-Encoding: chunked\r\n\r\n"
            f"{len(view):x}\r\n{view}\r\n0\r\n\r\n").encode()
     yield b"GET / HTTP/1.0\r\n\r\n"
     yield b"POST / HTTP/1.1\r\nContent-Length: 99999999999999\r\n\r\n"

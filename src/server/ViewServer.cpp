@@ -106,6 +106,9 @@ void ViewServer::Start() {
   const base::MutexLock lock(m_impl->m_mutex);
   if (m_impl->m_http) return;
   HttpSettings settings;
+  static_cast<HttpLimits&>(settings) = m_impl->m_options.limits;
+  settings.trustedProxies = m_impl->m_options.trustedProxies;
+  settings.accessLog = m_impl->m_options.accessLog;
   settings.host = m_impl->m_options.listenHost;
   settings.port = m_impl->m_options.listenPort;
   settings.certFile = m_impl->m_options.tlsCertFile;

@@ -6,6 +6,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "server/http/HttpSettings.h"
 
 namespace server {
 
@@ -18,6 +21,9 @@ struct ViewServerOptions {
   uint64_t keepChanges = 100000;                   // how many changes are kept for clients that reconnect
   uint64_t keepChangeBytes = uint64_t{256} << 20;  // and how many bytes of them
   std::string faultsFile;                          // a fault plan; empty: none
+  HttpLimits limits;
+  std::vector<std::string> trustedProxies;  // addresses whose X-Forwarded-For says who asks
+  std::string accessLog;                    // a file, "-" for stderr; empty: none
 };
 
 // A session made without a password, for the process that owns the server.

@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <cstdlib>
@@ -33,20 +34,44 @@ bool ParseListen(const std::string& text, server::ViewServerOptions& options) {
   return true;
 }
 
-// Each client holds a connection or two for as long as it runs.
-void AllowManyConnections() {
+// Each client holds a connection or two for as long as it runs, and each connection a descriptor. Where there are fewer
+// of those, the connections must be fewer: those that are idle make room by that number.
+void AllowManyConnections(server::HttpLimits& limits) {
+  constexpr rlim_t kOthers = 100;  // the store, the log, connections that are ending
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
   limit.rlim_cur = limit.rlim_max;
   setrlimit(RLIMIT_NOFILE, &limit);
+  if (limit.rlim_cur >= limits.maxConnections + kOthers) return;
+  limits.maxConnections = static_cast<size_t>(std::max(limit.rlim_cur, kOthers + kOthers) - kOthers);
+  std::cerr << "viewserver: " << limit.rlim_cur << " file descriptors suffice for " << limits.maxConnections
+            << " connections only" << std::endl;
 }
 
-int Serve(const server::ViewServerOptions& options) {
+void AddLimits(CLI::App& app, server::HttpLimits& limits) {
+  const auto add = [&app](const char* name, size_t& limit, const char* what) {
+    app.add_option(name, limit, what)->type_name("N")->check(CLI::Range(1, 1000000))->capture_default_str();
+  };
+  add("--max-connections", limits.maxConnections, "connections, each of which takes a file descriptor");
+  add("--max-connections-per-user", limits.maxConnectionsPerUser, "connections of one user");
+  add("--max-strangers-per-address", limits.maxStrangersPerAddress, "connections without a session from one address");
+  add("--max-waiting-logins", limits.maxWaitingLogins, "log-ins that wait for their turn");
+  add("--max-waiting-logins-per-address", limits.maxWaitingLoginsPerAddress, "the same from one address");
+  add("--max-waiting-bodies", limits.maxWaitingBodies, "requests above 256 KiB that wait for their turn");
+  add("--max-waiting-bodies-per-user", limits.maxWaitingBodiesPerUser, "the same of one user");
+  app.add_option_function<uint64_t>(
+         "--max-body-memory", [&limits](uint64_t mebibytes) { limits.maxBodyBytes = mebibytes << 20; },
+         "memory for requests being received or worked on [" + std::to_string(limits.maxBodyBytes >> 20) + "]")
+      ->type_name("MIB")
+      ->check(CLI::Range(1, 1000000));
+}
+
+int Serve(server::ViewServerOptions options) {
   boost::asio::io_context io;
   boost::asio::signal_set signals(io, SIGTERM, SIGINT);
   signals.async_wait([](const boost::system::error_code&, int) {});
 
-  AllowManyConnections();
+  AllowManyConnections(options.limits);
   server::ViewServer viewServer(options);
   // Shown before anything else can fail: the store has the user already.
   if (const auto password = viewServer.TakeFirstPassword()) {
@@ -168,6 +193,12 @@ int main(int argc, char** argv) {
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--faults", options.faultsFile, "a fault plan")->type_name("FILE");
+  app.add_option("--trusted-proxy", options.trustedProxies, "a proxy whose X-Forwarded-For says who asks; repeatable")
+      ->type_name("ADDR")
+      ->allow_extra_args(false);
+  app.add_option("--access-log", options.accessLog, "writes down each request there; \"-\" is standard error")
+      ->type_name("FILE");
+  AddLimits(app, options.limits);
   app.set_version_flag("--version", "viewserver " VIEWSERVER_VERSION);
   const Operator commands(app, options);
 

@@ -63,7 +63,8 @@ TEST_F(DoorTest, GuessingGetsSlowAndGuessingInParallelDoesNotHelp) {
     std::vector<std::unique_ptr<Wire>> wires;
     for (int i = 0; i < 16; ++i) {
       const std::string body = R"({"Session":{"UserName":"ann","Password":"guess)" + std::to_string(i) + R"("}})";
-      const std::string head = "POST " + kRoot + "V0/Sessions HTTP/1.1\r\nConnection: close\r\nContent-Length: ";
+      const std::string head =
+          "POST " + kRoot + "V0/Sessions HTTP/1.1\r\nHost: t\r\nConnection: close\r\nContent-Length: ";
       wires.push_back(std::make_unique<Wire>(m_server->Port(), head + std::to_string(body.size()) + "\r\n\r\n" + body));
     }
     ParseAnswer(wires[0]->ReceiveAll());

@@ -262,8 +262,24 @@ TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {
   EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(8000)) << "the oldest make room";
   EXPECT_EQ(guard.Failed("ann", here, now + std::chrono::hours(1)), milliseconds(0)) << "forgotten after a while";
   for (int i = 0; i < 5; ++i) guard.Failed("ann", here, now);
-  guard.Succeeded("ann");
+  guard.Succeeded("ann", here, now);
   EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(0));
+}
+
+TEST(LoginGuard, AnAddressWhereManyFailedWaitsButForThoseWhoGotInThere) {
+  using std::chrono::seconds;
+  LoginGuard guard;
+  LoginGuard::Time now{};
+  guard.Succeeded("ann", "here", now);
+  for (int i = 0; i < 100; ++i) guard.Failed("stranger " + std::to_string(i), "here", now);
+  EXPECT_EQ(guard.WaitAt("bob", "here", now), seconds(0));
+  guard.Failed("one more", "here", now);
+  EXPECT_EQ(guard.WaitAt("bob", "here", now), seconds(1));
+  EXPECT_EQ(guard.WaitAt("bob", "elsewhere", now), seconds(0));
+  EXPECT_EQ(guard.WaitAt("ann", "here", now), seconds(0));
+  EXPECT_EQ(guard.WaitAt("bob", "here", now + seconds(1)), seconds(0)) << "a second for each is past";
+  for (int i = 0; i < 10000; ++i) guard.Succeeded("later " + std::to_string(i), "elsewhere", now + seconds(1));
+  EXPECT_EQ(guard.WaitAt("ann", "here", now), seconds(1)) << "the earliest make room";
 }
 
 }  // namespace

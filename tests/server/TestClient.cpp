@@ -2,6 +2,7 @@
 #include "TestClient.h"
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <rapidjson/pointer.h>
@@ -43,14 +44,20 @@ std::string HeadOf(const std::string& method, const std::string& path, const std
 
 }  // namespace
 
-Wire::Wire(uint16_t port, const std::string& first) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+Wire::Wire(uint16_t port, const std::string& first, const char* from)
+    : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const int on = 1;
   setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+  sockaddr_in own{};
+  own.sin_family = AF_INET;
+  if (from) inet_pton(AF_INET, from, &own.sin_addr);
+  setsockopt(m_socket, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &on, sizeof on);
+  if (bind(m_socket, reinterpret_cast<sockaddr*>(&own), sizeof own) != 0 ||
+      connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
     close(m_socket);
     throw std::runtime_error("cannot connect to the server");
   }

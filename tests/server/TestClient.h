@@ -27,7 +27,8 @@ inline const std::string kRoot = "/NXAPI/Vantorel/Platform/";
 // A socket with bounded waits.
 class Wire {
  public:
-  explicit Wire(uint16_t port, const std::string& first = "");  // sends that
+  // Sends `first`. `from`: its own address, one of 127.0.0.0/8.
+  explicit Wire(uint16_t port, const std::string& first = "", const char* from = nullptr);
   ~Wire();
   void Send(const std::string& bytes);
   // Adds what comes next to `received`; false at the end of the connection.

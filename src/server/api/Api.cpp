@@ -239,14 +239,16 @@ HttpReply Edit(const Exchange& exchange, HttpReply (*write)(Outcome),
 HttpReply Login(const Exchange& exchange) {
   const LoginInput login = ReadLoginBody(exchange.request.body);
   const std::optional<User> user = exchange.site.FindUser(login.userName);
-  const std::string& peer = exchange.request.peer;
-  if (!exchange.guard.Admits(login.userName, peer) ||
-      !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
+  const std::string& peer = exchange.request.network;
+  const bool isAdmitted = exchange.guard.Admits(login.userName, peer);
+  const int wait = static_cast<int>(exchange.guard.WaitAt(login.userName, peer).count());
+  if (isAdmitted && wait > 0) throw Refusal::TooManyFailures(wait);
+  if (!isAdmitted || !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
     HttpReply reply = RefusedReply(Refusal::BadLogin());
     reply.delay = exchange.guard.Failed(login.userName, peer);
     return reply;
   }
-  exchange.guard.Succeeded(login.userName);
+  exchange.guard.Succeeded(login.userName, peer);
   return Edit(exchange.site, [user = *user, client = login.clientName.substr(0, 256)](Editor& editor) {
     const std::string token = editor.OpenSession(user.id, client);
     return ReplyWith("Session", {{"Token", token}, {"UserID", user.id}, {"UserName", user.name}});
@@ -404,8 +406,9 @@ uint64_t Api::BodyLimit(const HttpRequest& request) {
   }
 }
 
-bool Api::IsSlow(const HttpRequest& request) {
-  return request.body.size() > kSlowBody || IsLogin(request);
+Lane Api::LaneOf(const HttpRequest& request) {
+  if (IsLogin(request)) return Lane::kLogin;
+  return request.body.size() > kSlowBody ? Lane::kLargeBody : Lane::kQuick;
 }
 
 }  // namespace server

@@ -20,7 +20,7 @@ class Api : public HttpHandler {
 
   HttpReply Handle(const HttpRequest& request) override;
   uint64_t BodyLimit(const HttpRequest& request) override;
-  bool IsSlow(const HttpRequest& request) override;
+  Lane LaneOf(const HttpRequest& request) override;
   int32_t UserOf(const HttpRequest& request) override;
   HttpReply Refused(const Refusal& refusal) override;
 

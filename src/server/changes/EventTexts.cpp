@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/changes/EventTexts.h"
 
+#include <utility>
+
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
 
@@ -9,15 +11,18 @@ namespace server {
 namespace {
 
 // A list reply of one element with "Method", on one line.
-std::string DataOf(const Change& change, Sight sight, Method method) {
-  std::string text = EventPrefix(change.kind);
+// Appended, not returned: a large one is to be held once.
+void AppendData(std::string& text, const Change& change, Sight sight, Method method) {
+  if (method != Method::kDeleted && change.document) text.reserve(text.size() + change.document->size() + 1024);
+  text += EventPrefix(change.kind);
   if (method == Method::kDeleted) {
     text += '{' + wire::Members({{"ID", change.id}, {kChangeNumber, std::to_string(change.number)}});
   } else {
     text += sight == Sight::kShared ? change.sharedHead : change.head;
     if (change.document) text += *change.document;
   }
-  return text + ',' + wire::Members({{"Method", static_cast<int32_t>(method)}}) + '}' + ListSuffix();
+  text.append(",").append(wire::Members({{"Method", static_cast<int32_t>(method)}}));
+  text.append(1, '}').append(ListSuffix());
 }
 
 }  // namespace
@@ -31,7 +36,8 @@ Text EventTexts::For(const Caller& listener) {
   if (!text) {
     std::string event = "id: " + std::to_string(m_change.number) + "\nevent: " + (own ? "Own" : "");
     event += m_change.kind == ObjectKind::kView ? "Views\ndata: " : "ViewGroups\ndata: ";
-    text = std::make_shared<std::string>(event + DataOf(m_change, sight, *method) + "\n\n");
+    AppendData(event, m_change, sight, *method);
+    text = std::make_shared<std::string>(std::move(event += "\n\n"));
   }
   return text;
 }

@@ -45,8 +45,8 @@ struct DefaultView {
 };
 
 // One element. Windows' "SequenceIndex" and digital-zoom corners become texts in the document, which keeps everything
-// else that the client wrote and the server does not own. `element` is changed.
-ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType& allocator);
+// else that the client wrote and the server does not own.
+ViewInput ReadView(const rapidjson::Value& element);
 GroupInput ReadGroup(const rapidjson::Value& element);
 // Whether a stored text can be the name of a user, a group or a view.
 bool IsName(const std::string& text);

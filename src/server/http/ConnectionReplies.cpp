@@ -23,22 +23,29 @@ const char* Reason(int status) {
   return http::obsolete_reason(static_cast<http::status>(status)).data();
 }
 
-std::string ReplyHead(const HttpReply& reply, bool keepAlive) {
+// HTTP/1.0 closes unless it is told that the connection is kept, HTTP/1.1 keeps it unless it is told of the end.
+std::string ReplyHead(const HttpReply& reply, bool keepAlive, bool isHttp10) {
   std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " " + Reason(reply.status) + "\r\n";
   if (reply.events) {
-    head += "Content-Type: text/event-stream\r\nCache-Control: no-store\r\n";
+    head += "Content-Type: text/event-stream\r\nCache-Control: no-store\r\nX-Accel-Buffering: no\r\n";
   } else {
     const uint64_t length = reply.source ? reply.source->Length() : reply.body.size();
     head += "Content-Type: application/json; charset=utf-8\r\nContent-Length: " + std::to_string(length) + "\r\n";
   }
   for (const auto& [name, value] : reply.headers) head.append(name).append(": ").append(value).append("\r\n");
   if (!keepAlive) head += "Connection: close\r\n";
+  if (keepAlive && isHttp10) head += "Connection: keep-alive\r\n";
   return head + "\r\n";
 }
 
 }  // namespace
 
+void Connection::Refuse(const Refusal& refusal) {
+  Refuse(m_connections.handler.Refused(refusal));
+}
+
 void Connection::Refuse(HttpReply reply) {
+  m_parser.reset();  // what has come of a body is not held while the rest is drained
   m_drain = true;
   Send(std::move(reply), false);
 }
@@ -59,12 +66,21 @@ void Connection::Send(HttpReply reply, bool keepAlive) {
 void Connection::SendNow(HttpReply reply, bool keepAlive) {
   m_keepAlive = keepAlive && !reply.events;
   m_reply = std::move(reply);
+  m_request.body = {};
+  m_share.Release();
   if (m_reply.events || m_reply.source) m_reply.body.clear();
-  m_head = ReplyHead(m_reply, m_keepAlive);
+  m_head = ReplyHead(m_reply, m_keepAlive, m_isHttp10);
+  if (m_isHead) {
+    m_reply.events = nullptr;
+    m_reply.source = nullptr;
+    m_reply.body.clear();
+  }
+  StartEntry();
   if (m_reply.cut) return SendPart(*m_reply.cut);
   ExpireWrite(m_head.size() + m_reply.body.size());
   const std::array<asio::const_buffer, 2> buffers{asio::buffer(m_head), asio::buffer(m_reply.body)};
-  asio::async_write(m_stream, buffers, [self = shared_from_this()](error_code error, size_t) {
+  asio::async_write(m_stream, buffers, [self = shared_from_this()](error_code error, size_t bytes) {
+    self->Count(bytes);
     if (error) return;
     if (self->m_reply.events) return self->StartEvents();
     self->m_reply.source ? self->SendChunk() : self->OnSent();
@@ -72,6 +88,7 @@ void Connection::SendNow(HttpReply reply, bool keepAlive) {
 }
 
 void Connection::AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAlive) {
+  m_request.body = {};  // its share stays until the reply, for the edit holds what it needs of it
   m_pending = std::move(pending);
   m_pending->OnReady([weak = weak_from_this(), gate = m_connections.wakeGate] {
     gate->Pass([&weak] {
@@ -103,19 +120,23 @@ void Connection::WakeForReply() {
 void Connection::SendPart(uint64_t bytes) {
   m_chunk = (m_head + m_reply.body).substr(0, bytes);
   ExpireWrite(m_chunk.size());
-  asio::async_write(m_stream, asio::buffer(m_chunk),
-                    [self = shared_from_this()](error_code, size_t) { self->m_stream.Tcp().close(); });
+  asio::async_write(m_stream, asio::buffer(m_chunk), [self = shared_from_this()](error_code, size_t sent) {
+    self->Count(sent);
+    self->m_stream.Tcp().close();
+  });
 }
 
 void Connection::SendChunk() {
   if (!m_reply.source->Next(m_chunk)) return OnSent();
   ExpireWrite(m_chunk.size());
-  asio::async_write(m_stream, asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t) {
+  asio::async_write(m_stream, asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t bytes) {
+    self->Count(bytes);
     if (!error) self->SendChunk();
   });
 }
 
 void Connection::OnSent() {
+  Log();
   m_reply = {};
   m_chunk = {};
   if (m_keepAlive) return AwaitRequest();
@@ -128,6 +149,30 @@ void Connection::OnSent() {
     m_stream.Tcp().socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
     if (m_drain) Drain();
   }
+}
+
+void Connection::StartEntry() {
+  if (!m_connections.accessLog) return;
+  if (!m_entry) {  // what came was no request
+    m_entry.emplace();
+    m_entry->peer = m_peer.to_string();
+    m_entry->time = std::chrono::system_clock::now();
+  }
+  m_entry->user = IsOfItsUser() ? std::to_string(m_user) : "-";
+  m_entry->status = m_reply.status;
+  m_unsentHead = m_head.size();
+}
+
+void Connection::Count(size_t bytes) {
+  if (!m_entry) return;
+  const uint64_t ofHead = std::min<uint64_t>(bytes, m_unsentHead);
+  m_unsentHead -= ofHead;
+  m_entry->bytes += bytes - ofHead;
+}
+
+void Connection::Log() noexcept {
+  if (m_entry && m_entry->status != 0) m_connections.accessLog->Add(*m_entry);
+  m_entry.reset();
 }
 
 void Connection::Drain() {
@@ -215,8 +260,9 @@ void Connection::SendEvents() {
   }
   m_writing = true;
   ExpireWrite(bytes);
-  asio::async_write(m_stream, buffers, [self = shared_from_this(), end](error_code error, size_t) {
+  asio::async_write(m_stream, buffers, [self = shared_from_this(), end](error_code error, size_t sent) {
     self->m_writing = false;
+    self->Count(sent);
     if (error) return self->EndEvents();
     self->m_sent = end;
     if (end == self->m_events.size()) self->m_events.clear();

@@ -19,10 +19,11 @@ namespace server {
 
 struct HttpRequest {
   std::string method;
-  std::string path;   // as it came, without the query
-  std::string query;  // as it came, without the "?"
-  std::string token;  // of `Authorization: Bearer`, else empty
-  std::string peer;   // the address it came from
+  std::string path;     // as it came, without the query
+  std::string query;    // as it came, without the "?"
+  std::string token;    // of `Authorization: Bearer`, else empty
+  std::string peer;     // the address it came from, as a trusted proxy tells it
+  std::string network;  // what limits count by: that address, or its first 64 bits where it is an IPv6 one
   std::string body;
 };
 
@@ -87,6 +88,9 @@ class PendingReply {
 
 constexpr uint64_t kUsualBody = 64 << 10;
 
+// Who answers a request: the thread of its connection, or one of those that are there for what takes long.
+enum class Lane { kQuick, kLogin, kLargeBody };
+
 // Called from several threads at once. Must not throw, but for std::bad_alloc, which costs the connection.
 class HttpHandler {
  public:
@@ -95,8 +99,8 @@ class HttpHandler {
   // The largest body allowed. Asked before a body is read that is larger than kUsualBody or does not say its length;
   // `request` has none yet. 0: a larger body is refused, and Handle says why. May throw where it cannot tell.
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
-  // True when Handle may take so long that other connections should not wait for it.
-  virtual bool IsSlow(const HttpRequest& request) = 0;
+  // Not kQuick when Handle may take so long that other connections should not wait for it.
+  virtual Lane LaneOf(const HttpRequest& request) = 0;
   // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
   virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
   // The answer to a request that is not read to its end.

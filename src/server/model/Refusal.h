@@ -31,8 +31,13 @@ struct Refusal {
   static Refusal NoIdsLeft() { return {kViewModule, 8, 500, "all ids up to 2147483647 have been given"}; }
   static Refusal NoMemory() { return {kViewModule, 8, 503, "out of memory"}; }
   static Refusal StoreBusy() { return {kViewModule, 8, 503, "another process is writing to the store", 1}; }
+  static Refusal Busy() { return {kViewModule, 9, 503, "too much to do at the moment", 2}; }
+  static Refusal UnknownCoding() { return {kViewModule, 6, 501, "a transfer coding that the server does not know"}; }
   static Refusal BadLogin() { return {kSessionModule, 1, 401, "bad user or password"}; }
   static Refusal NoSession() { return {kSessionModule, 2, 401, "no or expired token"}; }
+  static Refusal TooManyFailures(int seconds) {
+    return {kSessionModule, 3, 429, "too many failed log-ins from this address", seconds};
+  }
 };
 
 }  // namespace server

@@ -15,7 +15,6 @@ namespace server {
 namespace {
 
 using rapidjson::Value;
-using Allocator = rapidjson::Document::AllocatorType;
 
 int32_t EntryId(const Value& entry) {
   const int32_t id = wire::Int(entry, "ID");
@@ -26,7 +25,8 @@ int32_t EntryId(const Value& entry) {
 // The server gives ids behind the greatest one.
 int32_t OwnId(const Value& entry) {
   const int32_t id = EntryId(entry);
-  if (id == std::numeric_limits<int32_t>::max()) throw Refusal::Malformed("an ID of 2147483647 would leave none for others");
+  if (id == std::numeric_limits<int32_t>::max())
+    throw Refusal::Malformed("an ID of 2147483647 would leave none for others");
   return id;
 }
 
@@ -59,14 +59,14 @@ std::vector<int32_t> ReadSharedWith(const Value& entry) {
   return {users.begin(), users.end()};
 }
 
-SeedView ReadSeedView(Value& entry, Allocator& allocator) {
+SeedView ReadSeedView(const Value& entry) {
   SeedView view;
   view.digest = Digest(wire::Serialise(entry));
   view.id = OwnId(entry);
   view.guid = wire::String(entry, "GUID", "");
   view.sequence = Sequence(entry);
   view.sharedWith = ReadSharedWith(entry);
-  view.input = ReadView(entry, allocator);
+  view.input = ReadView(entry);
   return view;
 }
 
@@ -105,8 +105,7 @@ SeedData ReadSeed(const std::string& file) {
   ReadEntries(file, seed, "ViewGroups", [&data](Value& entry) {
     data.groups.push_back({OwnId(entry), ReadGroup(entry), Sequence(entry), Digest(wire::Serialise(entry))});
   });
-  ReadEntries(file, seed, "Views",
-              [&data, &seed](Value& entry) { data.views.push_back(ReadSeedView(entry, seed.GetAllocator())); });
+  ReadEntries(file, seed, "Views", [&data](const Value& entry) { data.views.push_back(ReadSeedView(entry)); });
   return data;
 }
 
