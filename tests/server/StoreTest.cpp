@@ -80,6 +80,40 @@ TEST_F(StoreTest, WhatIsCommittedOutlastsAPowerCut) {
   EXPECT_EQ(store.Handle().execAndGet("PRAGMA journal_mode").getString(), "wal");
 }
 
+TEST_F(StoreTest, NumbersOfAnotherHistoryOfTheStoreAreRefused) {
+  const std::string file = Options().dataFile;
+  ann.AddGroup("G", -1, kPublic);
+  ann.AddGroup("H", -1, kPublic);
+  const auto history = [this] { return ann.Get("V0/Views").headers.at("resource-history"); };
+  const auto status = [this](int64_t after, const std::string& of) { return ann.Listen(after, "&History=" + of); };
+  const std::string first = history();
+  EXPECT_EQ(ann.Get("V0/ViewGroups").headers.at("resource-history"), first);
+  EXPECT_EQ(status(2, first).History(), first);
+  EXPECT_EQ(status(3, first).Status(), 410) << "never given";
+  EXPECT_EQ(status(2, "else").Status(), 410);
+  EXPECT_EQ(status(2, "else").History(), first) << "which says that it is not for want of kept changes";
+
+  m_server.reset();
+  std::filesystem::copy_file(file, file + ".copy");
+  Restart(Options());
+  const std::string second = history();
+  EXPECT_NE(second, first);
+  EXPECT_EQ(status(2, first).History(), second) << "a restart costs nobody anything";
+  ann.AddGroup("I", -1, kPublic);
+  EXPECT_EQ(status(3, first).Status(), 410) << "a number that the history did not have when it ended";
+  EXPECT_EQ(status(2, first).NextBriefs(1), "OwnViewGroups +3");
+
+  m_server.reset();
+  for (const char* end : {"-wal", "-shm"}) std::filesystem::remove(file + end);
+  std::filesystem::rename(file + ".copy", file);
+  Restart(Options());
+  ann.AddGroup("not I", -1, kPublic);
+  ann.AddGroup("K", -1, kPublic);
+  EXPECT_EQ(status(3, second).Status(), 410) << "of what happened after the copy";
+  EXPECT_EQ(status(1, first).NextBriefs(3), "ViewGroups +2; OwnViewGroups +3; OwnViewGroups +4");
+  EXPECT_EQ(ann.Listen(3).Status(), 200) << "who says no history is served as ever";
+}
+
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
   RestartWith([](auto& options) { options.keepChanges = 2; });
   const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));

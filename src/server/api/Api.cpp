@@ -11,6 +11,7 @@
 #include <optional>
 #include <string_view>
 
+#include "server/api/EditReply.h"
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
 #include "server/login/Secrets.h"
@@ -80,12 +81,6 @@ class ListReply : public BodySource {
   bool m_suffixSent = false;
 };
 
-HttpReply Reply(std::string body) {
-  HttpReply reply;
-  reply.body = std::move(body);
-  return reply;
-}
-
 bool IsLogin(const HttpRequest& request) {
   return request.method == "POST" && request.path == std::string(kRoot) + "V0/Sessions";
 }
@@ -102,24 +97,6 @@ HttpReply ReplyWith(ElementList list, const std::string& history) {
 
 HttpReply ReplyWith(const char* name, std::initializer_list<wire::Member> members) {
   return Reply(Envelope(std::string("{\"") + name + "\":{" + wire::Members(members) + "}}"));
-}
-
-HttpReply RefusedReply(const Refusal& refusal) {
-  HttpReply reply = Reply(Envelope(refusal));
-  reply.status = refusal.httpStatus;
-  reply.headers.emplace_back("Error-Detail", refusal.detail);
-  if (refusal.retryAfter > 0) reply.headers.emplace_back("Retry-After", std::to_string(refusal.retryAfter));
-  return reply;
-}
-
-// For where nothing may be thrown: without memory the connection ends.
-void RefuseInto(HttpReply& reply, const Refusal& refusal) noexcept {
-  try {
-    reply = RefusedReply(refusal);
-  } catch (const std::bad_alloc&) {
-    reply = HttpReply();
-    reply.cut = 0;
-  }
 }
 
 enum class Match { kNo, kYes, kBadId };  // kBadId: all fits but the id, which is no number
@@ -213,27 +190,14 @@ HttpReply AddedGroup(const Added& added) {
   return AddedReply("ViewGroup", added);
 }
 
-// `make` gives the reply while it makes the edit, for nothing may fail once that is safe; the reply goes out then.
-HttpReply Edit(Site& site, std::function<HttpReply(Editor&)> make) {
-  HttpReply answer;
-  answer.pending = std::make_shared<PendingReply>();
-  const auto reply = std::make_shared<HttpReply>();
-  site.Submit([make = std::move(make), reply](Editor& editor) { *reply = make(editor); },
-              [pending = answer.pending, reply](const Refusal* refusal) {
-                if (refusal) RefuseInto(*reply, *refusal);
-                pending->Give(std::move(*reply));
-              });
-  return answer;
-}
-
 // One of the editor's operations, and how its outcome is written.
 template <class Outcome, class... Parameters, class... Arguments>
 HttpReply Edit(const Exchange& exchange, HttpReply (*write)(Outcome),
                std::remove_cvref_t<Outcome> (Editor::*operation)(const Caller&, Parameters...),
                Arguments... arguments) {
-  return Edit(exchange.site,
-              [write, operation, caller = exchange.caller, ... arguments = std::move(arguments)](
-                  Editor& editor) mutable { return write((editor.*operation)(caller, std::move(arguments)...)); });
+  return EditReply(exchange.site,
+                   [write, operation, caller = exchange.caller, ... arguments = std::move(arguments)](
+                       Editor& editor) mutable { return write((editor.*operation)(caller, std::move(arguments)...)); });
 }
 
 HttpReply Login(const Exchange& exchange) {
@@ -249,14 +213,14 @@ HttpReply Login(const Exchange& exchange) {
     return reply;
   }
   exchange.guard.Succeeded(login.userName, peer);
-  return Edit(exchange.site, [user = *user, client = login.clientName.substr(0, 256)](Editor& editor) {
+  return EditReply(exchange.site, [user = *user, client = login.clientName.substr(0, 256)](Editor& editor) {
     const std::string token = editor.OpenSession(user.id, client);
     return ReplyWith("Session", {{"Token", token}, {"UserID", user.id}, {"UserName", user.name}});
   });
 }
 
 HttpReply Logout(const Exchange& exchange) {
-  return Edit(exchange.site, [caller = exchange.caller](Editor& editor) {
+  return EditReply(exchange.site, [caller = exchange.caller](Editor& editor) {
     editor.CloseSession(caller);
     return Reply(Envelope("{}"));
   });
@@ -281,11 +245,11 @@ HttpReply GetDefaultView(const Exchange& exchange) {
 }
 
 HttpReply SetDefaultView(const Exchange& exchange) {
-  return Edit(exchange.site,
-              [caller = exchange.caller, view = ReadDefaultViewBody(exchange.request.body)](Editor& editor) {
-                editor.SetDefaultView(caller, view);
-                return Reply(Envelope("{}"));
-              });
+  return EditReply(exchange.site,
+                   [caller = exchange.caller, view = ReadDefaultViewBody(exchange.request.body)](Editor& editor) {
+                     editor.SetDefaultView(caller, view);
+                     return Reply(Envelope("{}"));
+                   });
 }
 
 HttpReply ListUsers(const Exchange& exchange) {
