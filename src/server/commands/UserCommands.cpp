@@ -22,7 +22,7 @@ void NeedUsable(const std::string& name, const std::string& password) {
 
 // Changes users in one transaction, so that no other process does meanwhile; `edit` answers false for `why`.
 template <class Edit>
-void Change(const std::string& data, Database::Use use, const char* why, const Edit& edit) {
+void ChangeUsers(const std::string& data, Database::Use use, const char* why, const Edit& edit) {
   Database database(data, use);
   Accounts accounts(database, SecondsNow);
   Transaction transaction(database);
@@ -43,24 +43,24 @@ const char kNoSuchUser[] = "no such user";
 void AddUser(const std::string& data, const std::string& name, const std::string& password) {
   NeedUsable(name, password);
   const std::string hash = HashPassword(password);
-  Change(data, Database::Use::kAccounts, kNameTaken,
-         [&](Accounts& accounts) { return accounts.AddUser(0, name, hash, 0); });
+  ChangeUsers(data, Database::Use::kAccounts, kNameTaken,
+              [&](Accounts& accounts) { return accounts.AddUser(0, name, hash, 0); });
 }
 
 void SetPassword(const std::string& data, const std::string& name, const std::string& password) {
   NeedStore(data);  // before anybody waits for the hash
   NeedUsable(name, password);
   const std::string hash = HashPassword(password);
-  Change(data, kKnown, kNoSuchUser, [&](Accounts& accounts) { return accounts.SetPassword(name, hash); });
+  ChangeUsers(data, kKnown, kNoSuchUser, [&](Accounts& accounts) { return accounts.SetPassword(name, hash); });
 }
 
 void RenameUser(const std::string& data, const std::string& name, const std::string& newName) {
   NeedUsable(newName, "not asked for");
-  Change(data, kKnown, kNameTaken, [&](Accounts& accounts) { return accounts.RenameUser(name, newName); });
+  ChangeUsers(data, kKnown, kNameTaken, [&](Accounts& accounts) { return accounts.RenameUser(name, newName); });
 }
 
 void DeleteUser(const std::string& data, const std::string& name) {
-  Change(data, kKnown, kNoSuchUser, [&](Accounts& accounts) { return accounts.DeleteUser(name); });
+  ChangeUsers(data, kKnown, kNoSuchUser, [&](Accounts& accounts) { return accounts.DeleteUser(name); });
 }
 
 void ListUsers(const std::string& data, std::ostream& out) {
