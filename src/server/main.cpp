@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -174,6 +175,7 @@ class Operator {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // who reads what is logged may end before the server does
   server::ViewServerOptions options;
   std::string listen = "127.0.0.1:8090";
 

@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <deque>
 #include <fstream>
 #include <regex>
@@ -243,6 +247,21 @@ TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
   std::filesystem::remove(file);
   settings.accessLog = "/nowhere/at/all";
   EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+}
+
+TEST_F(HttpTest, WhoReadsTheAccessLogMayEnd) {
+  const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
+  settings.accessLog = file.string();
+  server = std::make_unique<HttpServer>(settings, echo);
+  close(reader);
+  for (int i = 0; i < 3; ++i) {
+    Wire wire(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(ParseAnswer(wire.ReceiveAll()).status, 200);
+  }
+  server.reset();  // the log is written by now
+  std::filesystem::remove(file);
 }
 
 TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {
