@@ -142,6 +142,7 @@ size_t CheckStore(const std::string& data, std::ostream& out) {
   Database database(data, Database::Use::kReading);
   if (!database.IsCurrent()) throw std::runtime_error(data + " is of an earlier version: start a server with it first");
   Findings findings(std::numeric_limits<size_t>::max());
+  database.Handle().exec("BEGIN");  // one moment of the store: a server may be writing
   const std::string content = Check(database, findings).Run();
   for (const std::string& line : findings.Lines()) out << line << '\n';
   out << content << ", " << findings.Count() << " things wrong\n";
