@@ -43,6 +43,7 @@ void AllowManyConnections(server::HttpLimits& limits) {
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
   limit.rlim_cur = limit.rlim_max;
   setrlimit(RLIMIT_NOFILE, &limit);
+  getrlimit(RLIMIT_NOFILE, &limit);
   if (limit.rlim_cur >= limits.maxConnections + kOthers) return;
   limits.maxConnections = static_cast<size_t>(std::max(limit.rlim_cur, kOthers + kOthers) - kOthers);
   std::cerr << "viewserver: " << limit.rlim_cur << " file descriptors suffice for " << limits.maxConnections
