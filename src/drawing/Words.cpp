@@ -39,6 +39,7 @@ void AddWhatAndWhere(const Window& window, std::vector<Fact>& facts) {
   // Every window has a stream, but only a camera has a use for it.
   if (window.kind == Kind::kCamera) where += "stream " + QString::number(window.stream);
   if (!where.isEmpty()) facts.push_back({Mark::kNone, where.join(" · ")});
+  if (window.kind == Kind::kWebPage && window.text.isEmpty()) facts.push_back({Mark::kNone, "no address"});
 }
 
 void AddMoves(const Window& window, std::vector<Fact>& facts) {

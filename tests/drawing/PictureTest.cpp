@@ -9,6 +9,7 @@
 #include <QFontInfo>
 #include <QGuiApplication>
 #include <QImage>
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 #include <cmath>
 #include <memory>
@@ -125,6 +126,24 @@ TEST_F(PictureTest, BoxesAreDrawnToScale) {
     EXPECT_NEAR(boxes[0].width() / picture.width(), row.box.width(), 0.002) << row.what;
     EXPECT_NEAR(boxes[0].height() / picture.height(), row.box.height(), 0.002) << row.what;
   }
+}
+
+// In a page of nine; in one of a hundred there is no room, and the last line says so.
+TEST_F(PictureTest, LongNamesAndLinesCanBeReadOverSeveralLines) {
+  const QString name = "A name too long for the bar of a window that is one of nine on its page";
+  const QString text = "https://boards.example.invalid/" + QString(60, 'x');
+  QJsonObject plan = Plan(9, "",
+                          R"({"Sequence":0,"ResourceType":25001,"ResourceName":")" + name.toStdString() +
+                              R"(","ExtendResource":")" + text.toStdString() + "\"}");
+  const QString read =
+      Read(MakePicture(drawing::ReadPage(plan, 1), Theme::Light(), Format::kSvg), Qt::black).texts.join("");
+  EXPECT_TRUE(QString(read).remove(' ').contains(QString(name).remove(' '))) << read.toStdString();
+  EXPECT_TRUE(read.contains("“" + text + "”")) << read.toStdString();
+
+  const Page crowded =
+      OnePage(100, "", Camera(0, R"("RelateResourceID":1,"RelateResourceName":")" + std::string(300, 'x') + "\""));
+  const QStringList texts = Read(MakePicture(crowded, Theme::Light(), Format::kSvg), Qt::black).texts;
+  EXPECT_EQ(texts.filter(QRegularExpression("^and [0-9]+ more")).size(), 1) << texts.join("\n").toStdString();
 }
 
 // Whether anything but ground lies on the outermost pixels, or text beside the sheet.
