@@ -53,6 +53,13 @@ struct Themes {
     std::copy(std::begin(zooms), std::end(zooms), theme.m_zoomWindows);
     return theme;
   }
+
+  static Theme Numbered() {
+    Theme theme;
+    int number = 0;
+    for (QColor* colour : theme.Places()) *colour = QColor(0, 0, number++);
+    return theme;
+  }
 };
 
 const Theme& Theme::Light() {
@@ -63,6 +70,26 @@ const Theme& Theme::Light() {
 const Theme& Theme::Dark() {
   static const Theme theme = Themes::Dark();
   return theme;
+}
+
+const Theme& Theme::Numbered() {
+  static const Theme theme = Themes::Numbered();
+  return theme;
+}
+
+std::vector<QColor> Theme::All() const {
+  Theme copy = *this;
+  std::vector<QColor> all;
+  for (const QColor* colour : copy.Places()) all.push_back(*colour);
+  return all;
+}
+
+std::vector<QColor*> Theme::Places() {
+  std::vector<QColor*> places = {&canvas,      &cell,       &bar,     &edge,  &scene, &sceneEdge, &text,  &dimText,
+                                 &digitalZoom, &centreMark, &fishEye, &cycle, &map,   &related,   &preset};
+  for (QColor& colour : m_kinds) places.push_back(&colour);
+  for (QColor& colour : m_zoomWindows) places.push_back(&colour);
+  return places;
 }
 
 QColor Theme::Of(Kind kind) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QColor>
+#include <vector>
 
 #include "drawing/Words.h"
 
@@ -14,6 +15,10 @@ struct Theme {
 
   static const Theme& Light();
   static const Theme& Dark();
+  // Its colours are their own numbers: each stands for the one at its place in All() of another theme.
+  static const Theme& Numbered();
+  static int NumberOf(const QColor& colour) { return colour.blue(); }
+  std::vector<QColor> All() const;
 
   QColor Of(Kind kind) const;
   QColor Of(const Fact& fact) const;
@@ -21,6 +26,8 @@ struct Theme {
   QColor OfZoomWindow(int number) const;
 
  private:
+  std::vector<QColor*> Places();
+
   QColor m_kinds[10];
   QColor m_zoomWindows[6];
 

@@ -146,6 +146,30 @@ TEST_F(PictureTest, LongNamesAndLinesCanBeReadOverSeveralLines) {
   EXPECT_EQ(texts.filter(QRegularExpression("^and [0-9]+ more")).size(), 1) << texts.join("\n").toStdString();
 }
 
+// What a short drawing shows is what the whole one shows.
+TEST_F(PictureTest, AShortDrawingHasTheSameTextsAndBoxes) {
+  const Drawn whole = Read(MakePicture(Everything(), Theme::Light(), Format::kSvg), Theme::Light().scene);
+  const QByteArray shortened = drawing::MakeShortSvg(Everything());
+  EXPECT_LT(shortened.size() * 2, MakePicture(Everything(), Theme::Light(), Format::kSvg).size());
+  EXPECT_EQ(Read(shortened, Qt::black).texts, whole.texts);
+  const int scene = Theme::NumberOf(Theme::Numbered().scene);
+  QXmlStreamReader reader(shortened);
+  std::vector<QRectF> boxes;
+  QStringList classes;
+  while (!reader.atEnd()) {
+    if (reader.readNext() != QXmlStreamReader::StartElement) continue;
+    const auto number = [&](const char* key) { return reader.attributes().value(QLatin1String(key)).toDouble(); };
+    if (reader.name() == QLatin1String("g")) classes = reader.attributes().value("class").toString().split(' ');
+    if (reader.name() != QLatin1String("rect") || !classes.contains("f" + QString::number(scene))) continue;
+    boxes.emplace_back(number("x"), number("y"), number("width"), number("height"));
+  }
+  ASSERT_EQ(boxes.size(), whole.boxes.size());
+  for (size_t i = 0; i < boxes.size(); ++i) {
+    EXPECT_NEAR(boxes[i].left(), whole.boxes[i].left(), 0.051);
+    EXPECT_NEAR(boxes[i].height(), whole.boxes[i].height(), 0.051);
+  }
+}
+
 // Whether anything but ground lies on the outermost pixels, or text beside the sheet.
 TEST_F(PictureTest, NothingLeavesTheSheet) {
   for (const Page& page : {Everything(), OnePage(64, "", Camera(63)), OnePage(40, "1x40", Camera(0))}) {
