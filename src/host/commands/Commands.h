@@ -21,6 +21,7 @@ struct Chosen {
 void AddTreeCommand(CLI::App& app, Chosen& chosen);
 void AddShowCommand(CLI::App& app, Chosen& chosen);
 void AddDrawCommand(CLI::App& app, Chosen& chosen);
+void AddReportCommand(CLI::App& app, Chosen& chosen);
 void AddCallCommand(CLI::App& app, Chosen& chosen);
 void AddScriptCommand(CLI::App& app, Chosen& chosen);
 void AddWatchCommand(CLI::App& app, Chosen& chosen);
