@@ -131,7 +131,8 @@ QString InWords(const Page& page) {
   QString text = HeadOf(page);
   for (const Window& window : page.windows) {
     text += "\n" + QString::number(window.number) + ". " + window.name;
-    for (const Fact& fact : FactsOf(window)) text += "; " + fact.text;
+    // What a cycle goes through follows a colon.
+    for (const Fact& fact : FactsOf(window)) text += (text.endsWith(':') ? " " : "; ") + fact.text;
   }
   return text;
 }

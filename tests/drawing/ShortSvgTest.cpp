@@ -74,7 +74,7 @@ TEST(ShortSvgTest, OneSignIsWrittenTheSameWhereverItStands) {
     const auto at = [&](double dx, double dy) { return QString::number(x + dx) + "," + QString::number(3 * x + dy); };
     const QString svg =
         Made("fill=\"none\" stroke=\"#000001\"", "<path d=\"M" + at(0, 0) + " L" + at(1.23, 4.56) + " C" + at(2, 2) +
-                                                      " " + at(3, 3.1) + " " + at(4, 5) + "\"/>");
+                                                     " " + at(3, 3.1) + " " + at(4, 5) + "\"/>");
     paths.insert(QRegularExpression(" d=\"[^\"]*\"").match(svg).captured());
   }
   EXPECT_EQ(paths.size(), 1u) << paths.begin()->toStdString() << "\n" << paths.rbegin()->toStdString();

@@ -66,7 +66,7 @@ void WriteFolder(const Report& report, ReportFolder& folder) {
     const DrawingSize size = SizeOf(view.pages[page].drawing);
     return "<img src=\"" + files[view.id] + "#p" + std::to_string(page + 1) + "\" loading=\"lazy\" width=\"" +
            std::to_string(size.width) + "\" height=\"" + std::to_string(size.height) + "\" alt=\"" +
-           HtmlLines(view.pages[page].head) + "\" aria-labelledby=\"" + WordsId(view, page) + "\"/>";
+           HtmlLine(view.pages[page].head) + "\" aria-labelledby=\"" + WordsId(view, page) + "\"/>";
   };
   folder.Finish(WriteReport(report, Look(), drawings));
 }

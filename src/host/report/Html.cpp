@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/report/Html.h"
 
+#include <QRegularExpression>
+#include <QStringList>
+
 #include "drawing/SafeText.h"
 
 namespace host {
@@ -16,13 +19,25 @@ std::string Html(std::string_view text) {
   return drawing::SafeText(Read(text)).toHtmlEscaped().toStdString();
 }
 
-std::string HtmlLines(std::string_view text) {
+std::string HtmlLine(std::string_view text) {
   return Read(text).toHtmlEscaped().toStdString();
+}
+
+std::string HtmlWords(std::string_view text) {
+  static const QRegularExpression number("^[0-9-]+\\. ");
+  QStringList lines = Read(text).split('\n');
+  for (QString& line : lines) {
+    const QString begin = number.match(line).captured();
+    QStringList parts = line.mid(begin.size()).split("; ");
+    for (QString& part : parts) part = "<bdi>" + part.toHtmlEscaped() + "</bdi>";
+    line = begin + parts.join("; ");
+  }
+  return lines.join('\n').toStdString();
 }
 
 std::string HtmlName(std::string_view name) {
   const bool isBlank = Read(name).trimmed().isEmpty();
-  return isBlank ? "<i>(no name)</i>" : Tagged("bdi", Html(name));
+  return isBlank ? "<span class=\"none\">(no name)</span>" : Tagged("bdi", Html(name));
 }
 
 std::string Tagged(const std::string& tag, const std::string& content) {

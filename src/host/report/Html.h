@@ -10,8 +10,10 @@ namespace host {
 // What is not ours, names above all: safe to show (drawing::SafeText), and text wherever it stands, in attributes as
 // well.
 std::string Html(std::string_view text);
-// The same of several lines that were made safe before.
-std::string HtmlLines(std::string_view text);
+// The same of what drawing has made safe before.
+std::string HtmlLine(std::string_view text);
+// A page in words (drawing::InWords). Each part keeps its reading direction to itself.
+std::string HtmlWords(std::string_view text);
 
 // A name, which does not disturb the reading direction of what stands around it; "(no name)" where there is none.
 std::string HtmlName(std::string_view name);

@@ -46,7 +46,7 @@ ReportFolder::ReportFolder(const std::string& path)
 
 ReportFolder::~ReportFolder() {
   for (const QString& name : m_added) QFile::remove(PathOf(name));
-  if (m_isNew && !m_kept.count(kIndex)) m_dir.rmdir(".");
+  if (m_isNew && !m_kept.count(kIndex)) QDir().rmdir(m_dir.path());
 }
 
 std::string ReportFolder::Keep(const std::string& viewId, const std::string& drawings) {

@@ -39,7 +39,7 @@ std::string StackDrawings(const ReportView& view, const std::string& rules) {
                      Attribute("height", whole.height) + " viewBox=\"0 0 " + std::to_string(whole.width) + " " +
                      std::to_string(whole.height) + "\">\n";
   text += Tagged("title", Html(view.name)) + "\n<desc>";
-  for (const ReportPage& page : view.pages) text += HtmlLines(page.words) + "\n";
+  for (const ReportPage& page : view.pages) text += HtmlLine(page.words) + "\n";
   return text + "</desc>\n" + Tagged("style", rules) + "\n" + parts + "</svg>\n";
 }
 

@@ -36,8 +36,9 @@ class ViewsWriter {
   std::string View(const ReportView& view) const {
     std::string text = "<article class=\"view\" id=\"v" + Html(view.id) + "\"><details open=\"\"><summary>";
     text += Tagged("h4", HtmlName(view.name)) + " <span class=\"about\">view " + Html(view.id) + " · ";
-    text += view.pages.empty() ? "no pages" : Counted(view.pages.size(), "page");
-    text += " · " + Counted(view.windows, "window") + "</span>";
+    text +=
+        view.pages.empty() ? "no pages" : Counted(view.pages.size(), "page") + " · " + Counted(view.windows, "window");
+    text += "</span>";
     if (view.isDefault) text += " <span class=\"mark\">opens first</span>";
     if (!view.sharedBy.empty()) text += " <span class=\"mark\">shared by " + HtmlName(view.sharedBy) + "</span>";
     text += "</summary>\n" + Facts(view);
@@ -72,10 +73,10 @@ class ViewsWriter {
 
   std::string Page(const ReportView& view, size_t index) const {
     const ReportPage& page = view.pages[index];
-    std::string text = "<figure><div class=\"sheet\"><figcaption>" + HtmlLines(page.head) + "</figcaption>";
+    std::string text = "<figure><div class=\"sheet\"><figcaption>" + HtmlLine(page.head) + "</figcaption>";
     text += m_drawings.show(view, index) + "</div>";
     text += "<details class=\"words\"><summary>Page " + std::to_string(index + 1) + " in words</summary>";
-    return text + "<p id=\"" + WordsId(view, index) + "\">" + HtmlLines(page.words) + "</p></details></figure>\n";
+    return text + "<p id=\"" + WordsId(view, index) + "\">" + HtmlWords(page.words) + "</p></details></figure>\n";
   }
 
   const Report& m_report;
