@@ -63,7 +63,7 @@ HttpReply Ask(World& world, const std::string& method, const std::string& target
   request.body = body;
   world.api.BodyLimit(request);
   // A log-in hashes a password, which is slow by purpose.
-  if (world.api.IsSlow(request)) return world.api.AnswerMalformed();
+  if (world.api.IsSlow(request)) return world.api.Refused(Refusal::Malformed("slow"));
   return world.api.Handle(request);
 }
 

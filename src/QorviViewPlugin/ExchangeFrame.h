@@ -69,13 +69,17 @@ Result Guarded(Result onFailure, Body body) noexcept {
 template <class Response>
 void MarkFailed(Response&) {}
 
-// Runs the body of an exchange, which sets the response text and answers the result. When the body throws, the result
-// is false and the response a fresh record, with an error text where the record has one; where there is no memory for
-// that, an empty object.
-template <class Response, class Body>
-bool GuardedExchange(std::string& responseText, Body body) noexcept {
+// Runs the middle of an exchange and answers what it answers. When something throws, the result is false and the
+// response a fresh record, with an error text where the record has one; where there is no memory for that, an empty
+// object.
+template <class Request, class Response, class Middle>
+bool GuardedExchange(const std::string& requestText, std::string& responseText, Middle middle) noexcept {
   try {
-    return body();
+    const Request request = ReadRequest<Request>(requestText);
+    Response response;
+    const bool result = middle(request, response);
+    responseText = WriteResponse(response);
+    return result;
   } catch (...) {
     try {
       Response failed;
@@ -93,24 +97,15 @@ bool GuardedExchange(std::string& responseText, Body body) noexcept {
 template <class Request, class Response>
 bool RunExchange(const std::string& requestText, std::string& responseText,
                  bool (*answer)(const Request&, Response&)) noexcept {
-  return GuardedExchange<Response>(responseText, [&] {
-    const Request request = ReadRequest<Request>(requestText);
-    Response response;
-    const bool result = answer(request, response);
-    responseText = WriteResponse(response);
-    return result;
-  });
+  return GuardedExchange<Request, Response>(requestText, responseText, answer);
 }
 
 // For all others: the result is true exactly when the middle has left the response's error text empty.
 template <class Request, HasErrorText Response>
 bool RunExchange(const std::string& requestText, std::string& responseText,
                  void (*answer)(const Request&, Response&)) noexcept {
-  return GuardedExchange<Response>(responseText, [&] {
-    const Request request = ReadRequest<Request>(requestText);
-    Response response;
+  return GuardedExchange<Request, Response>(requestText, responseText, [answer](const auto& request, auto& response) {
     answer(request, response);
-    responseText = WriteResponse(response);
     return ErrorTextOf(response).empty();
   });
 }

@@ -33,15 +33,20 @@ bool Quietly(Step step) noexcept {
 std::atomic<bool> s_bViewGroupInitFinish{false};
 std::atomic<bool> s_bViewInitFinish{false};
 
-// What tells changes of views from changes of groups. `apply` puts one change document into the cache. `fetch` gets the
-// platform's whole list. `catchUp` applies what is newer in that list than in the cache. `apply` and `catchUp` answer
-// false when want of memory left something out.
-struct ChangeKind {
+// What tells views from groups. `apply` puts one change document into the cache. `fetch` gets the platform's whole
+// list. `catchUp` applies what is newer in that list than in the cache. `apply` and `catchUp` answer false when want of
+// memory left something out. The next three serve the first load.
+struct CachedKind {
   bool (*apply)(const std::string& data);
   bool (*catchUp)(const std::string& data);
   void (*fetch)(std::string& data);
-  const std::atomic<bool>& isLoaded;
+  void (*setCallback)();
+  void (*logData)(const std::string& data);
+  void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);
+  std::atomic<bool>& isLoaded;         // the load has been made and its response written
   std::atomic<bool> hasMissed{false};  // want of memory has kept a change from the cache
+  // Of a load whose response is still to be written; guarded by s_loadLock.
+  std::optional<std::string> errorText = std::nullopt;
 };
 
 template <class Info>
@@ -89,15 +94,28 @@ bool CatchUpWithViewGroups(const std::string& data) {
   return ApplyEach(Manager().MissedViewGroupChanges(data), &CViewGroupManager::ApplyViewGroupChange);
 }
 
-ChangeKind s_viewChanges{ApplyViewDocument, CatchUpWithViews,
-                         [](std::string& data) { ViewDownload().GetViewsData(data); }, s_bViewInitFinish};
-ChangeKind s_viewGroupChanges{ApplyViewGroupDocument, CatchUpWithViewGroups,
-                              [](std::string& data) { ViewDownload().GetViewGroupsData(data); },
-                              s_bViewGroupInitFinish};
+CachedKind s_views{
+    ApplyViewDocument,
+    CatchUpWithViews,
+    [](std::string& data) { ViewDownload().GetViewsData(data); },
+    [] { ViewDownload().SetViewsUpdateCallback(ViewDataResourceUpdate); },
+    [](const std::string& data) { QORVI_LOG_INFO("IsInitViewFinish", "init view_messgae data: %s", data.c_str()); },
+    &CViewGroupManager::LoadViews,
+    s_bViewInitFinish};
+
+CachedKind s_viewGroups{ApplyViewGroupDocument,
+                        CatchUpWithViewGroups,
+                        [](std::string& data) { ViewDownload().GetViewGroupsData(data); },
+                        [] { ViewDownload().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
+                        [](const std::string& data) {
+                          QORVI_LOG_INFO("IsInitViewGroupFinish", "init view_group_message data: %s", data.c_str());
+                        },
+                        &CViewGroupManager::LoadViewGroups,
+                        s_bViewGroupInitFinish};
 
 // Applies the changes that were missed. They are in the platform's list, which holds every change that was called back.
 // Before the load nothing is missed, since the load reads that list itself.
-void CatchUp(ChangeKind& kind) noexcept {
+void CatchUp(CachedKind& kind) noexcept {
   if (!kind.isLoaded || !kind.hasMissed.exchange(false)) return;
   const bool isDone = Guarded(false, [&kind] {
     std::string data;
@@ -107,16 +125,9 @@ void CatchUp(ChangeKind& kind) noexcept {
   if (!isDone) kind.hasMissed = true;
 }
 
-void Take(ChangeKind& kind, const std::string& data) noexcept {
+void Take(CachedKind& kind, const std::string& data) noexcept {
   if (!Guarded(false, [&] { return kind.apply(data); })) kind.hasMissed = true;
   CatchUp(kind);
-}
-
-void TakeViews(const std::string& data) noexcept {
-  Take(s_viewChanges, data);
-}
-void TakeViewGroups(const std::string& data) noexcept {
-  Take(s_viewGroupChanges, data);
 }
 
 ChangeGate s_changeGate;
@@ -124,7 +135,7 @@ ChangeGate s_changeGate;
 // observer is called.
 Mutex s_loadLock;
 
-void Arrive(ChangeKind& kind, TakeChange take, const std::string& data) noexcept {
+void Arrive(CachedKind& kind, TakeChange take, const std::string& data) noexcept {
   if (!Quietly([&] { s_changeGate.Arrive(take, data); })) kind.hasMissed = true;
 }
 
@@ -142,25 +153,15 @@ struct LoadInProgress {
   LoadInProgress() { s_changeGate.BeginLoad(); }
   ~LoadInProgress() {
     s_changeGate.EndLoad();
-    CatchUp(s_viewGroupChanges);
-    CatchUp(s_viewChanges);
+    CatchUp(s_viewGroups);
+    CatchUp(s_views);
   }
   LoadInProgress(const LoadInProgress&) = delete;
   LoadInProgress& operator=(const LoadInProgress&) = delete;
 };
 
-// What tells the two first loads apart.
-struct FirstLoad {
-  const ChangeKind& changes;
-  std::atomic<bool>& done;                // the load has been made and its response written
-  std::optional<std::string>& errorText;  // of a load whose response is still to be written; guarded by s_loadLock
-  void (*setCallback)();
-  void (*logData)(const std::string& data);
-  void (CViewGroupManager::*load)(const std::string& data, std::string& cascadingErrorInfo);
-};
-
-bool Load(const FirstLoad& kind, const std::string& request, std::string& response) {
-  if (kind.done) return true;
+bool Load(CachedKind& kind, const std::string& request, std::string& response) {
+  if (kind.isLoaded) return true;
   static CallbackWithdrawal withdrawal;
   // Before the callback is set, which waits for a running one: no change is applied beside the load from here on.
   LoadInProgress loading;
@@ -168,12 +169,12 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   if (!ViewDownload().IsViewDownloadSuccess()) return false;
 
   MutexLock lock(s_loadLock);
-  if (kind.done) return true;
+  if (kind.isLoaded) return true;
   ReadRequest<protocol::ClienInitViewDataRequest>(request);
   // Where memory does not suffice for the response, the next poll gives it without loading again.
   if (!kind.errorText) {
     std::string data;
-    kind.changes.fetch(data);
+    kind.fetch(data);
     kind.logData(data);
     std::string errorText;
     (Manager().*kind.load)(data, errorText);
@@ -184,50 +185,31 @@ bool Load(const FirstLoad& kind, const std::string& request, std::string& respon
   answer.init_finish = true;
   response = WriteResponse(answer);
   kind.errorText.reset();
-  kind.done = true;
+  kind.isLoaded = true;
   return true;
 }
 
-std::optional<std::string> s_viewGroupErrorText;
-std::optional<std::string> s_viewErrorText;
-
-const FirstLoad kViewGroupLoad = {s_viewGroupChanges,
-                                  s_bViewGroupInitFinish,
-                                  s_viewGroupErrorText,
-                                  [] { ViewDownload().SetViewGroupsUpdateCallback(ViewGroupDataResourceUpdate); },
-                                  [](const std::string& data) {
-                                    QORVI_LOG_INFO("IsInitViewGroupFinish", "init view_group_message data: %s",
-                                                   data.c_str());
-                                  },
-                                  &CViewGroupManager::LoadViewGroups};
-
-const FirstLoad kViewLoad = {
-    s_viewChanges,
-    s_bViewInitFinish,
-    s_viewErrorText,
-    [] { ViewDownload().SetViewsUpdateCallback(ViewDataResourceUpdate); },
-    [](const std::string& data) { QORVI_LOG_INFO("IsInitViewFinish", "init view_messgae data: %s", data.c_str()); },
-    &CViewGroupManager::LoadViews};
-
 // A load that fails, for want of memory for one, has not been made: the next poll tries again.
-bool LoadQuietly(const FirstLoad& kind, const std::string& request, std::string& response) noexcept {
+bool LoadQuietly(CachedKind& kind, const std::string& request, std::string& response) noexcept {
   return Guarded(false, [&] { return Load(kind, request, response); });
 }
 
 }  // namespace
 
 void ViewDataResourceUpdate(const std::string& data) {
-  Arrive(s_viewChanges, TakeViews, data);
+  Arrive(
+      s_views, [](const std::string& change) noexcept { Take(s_views, change); }, data);
 }
 void ViewGroupDataResourceUpdate(const std::string& data) {
-  Arrive(s_viewGroupChanges, TakeViewGroups, data);
+  Arrive(
+      s_viewGroups, [](const std::string& change) noexcept { Take(s_viewGroups, change); }, data);
 }
 
 void EnsureLoaded() {
   WaitForViewDownload();
   std::string ignoredResponse;
-  LoadQuietly(kViewGroupLoad, {}, ignoredResponse);
-  LoadQuietly(kViewLoad, {}, ignoredResponse);
+  LoadQuietly(s_viewGroups, {}, ignoredResponse);
+  LoadQuietly(s_views, {}, ignoredResponse);
 }
 
 bool IsViewGroupLoadDone() {
@@ -240,21 +222,21 @@ bool IsViewLoadDone() {
 }  // namespace QorviViewPlugin
 
 bool IsInitViewGroupFinish(const std::string& request, std::string& response) {
-  return QorviViewPlugin::LoadQuietly(QorviViewPlugin::kViewGroupLoad, request, response);
+  return QorviViewPlugin::LoadQuietly(QorviViewPlugin::s_viewGroups, request, response);
 }
 
 bool IsInitViewFinish(const std::string& request, std::string& response) {
-  return QorviViewPlugin::LoadQuietly(QorviViewPlugin::kViewLoad, request, response);
+  return QorviViewPlugin::LoadQuietly(QorviViewPlugin::s_views, request, response);
 }
 
 void ClearViewData() {
   using namespace QorviViewPlugin;
   Quietly([] {
     MutexLock lock(s_loadLock);
-    s_bViewGroupInitFinish = false;
-    s_bViewInitFinish = false;
-    s_viewGroupErrorText.reset();
-    s_viewErrorText.reset();
+    for (CachedKind* kind : {&s_viewGroups, &s_views}) {
+      kind->isLoaded = false;
+      kind->errorText.reset();
+    }
     Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().UninitManager();
     Manager().ClearViewData();
   });

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a host names places and owners, and what the model makes of it. Any thread.
+// Which of a host's ids mean the top of the tree, and who owns what has a given type. Any thread. The conversion of ids
+// to and from texts is in base/TextConversion.h.
 #pragma once
 
 #include "QorviViewPlugin/base/TextConversion.h"

@@ -15,17 +15,14 @@
 namespace QorviViewPlugin {
 namespace {
 
-using Vant::Base::Error::ErrorCode;
 using Views = std::vector<std::shared_ptr<CView>>;
 
 protocol::PlanBasicInfo ToPlanBasicInfo(const ViewInfo& view) {
-  protocol::PlanBasicInfo entry;
-  entry.name = view.strName;
-  entry.ID = IntToString(AsSigned(view.idView));
-  entry.ParentID = IntToString(AsSigned(view.idViewGroup));
-  entry.Type = view.enumViewType;
-  entry.is_share_view = view.bShared;
-  return entry;
+  return {.name = view.strName,
+          .ID = IntToString(AsSigned(view.idView)),
+          .ParentID = IntToString(AsSigned(view.idViewGroup)),
+          .Type = view.enumViewType,
+          .is_share_view = view.bShared};
 }
 
 // The plans in the order of the platform's name comparison. Names are made into its strings once each, not once per
@@ -68,18 +65,10 @@ void AnswerGetPlansInGroup(const protocol::GetPlansInGroupRequest& request,
 }
 
 bool AnswerGetPlanConfig(const protocol::GetPlanConfigRequest&, protocol::GetPlanConfigResponse& response) {
+  // Beside those that are on by the record's own defaults.
   response.LoadAll = true;
   response.CreateRootPlan = true;
-  response.EnableSearch = true;
-  response.EnableDrag = true;
-  response.SupportDelPlanWithChildren = true;
-  response.ViewOrPlan = 0;
-  response.SupportTimedPlay = false;
-  response.OnlyCamera = false;
-  response.MoveBetweenPublicAndPrivate = false;
-  response.SupportSmoothStream = true;
   response.IsSupportSaveSingleCycle = true;
-  response.SupportThumbnail = true;
   response.SupportPlanGroupCycle = true;
   return true;
 }
@@ -100,7 +89,6 @@ ViewInfo ToViewInfo(const Request& request) {
 
 void AnswerAddPlan(const protocol::AddPlanRequest& request, protocol::AddPlanResponse& response) {
   ViewInfo info = ToViewInfo(request);
-  info.nMethod = ChangeAdded;
   // Of the host's ids for the top of the tree only -2 is read as none here.
   const unsigned int groupId = StringToUInt(request.GroupID);
   info.idViewGroup = groupId == kHostTopLevel ? kNoId : groupId;

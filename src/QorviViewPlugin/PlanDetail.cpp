@@ -14,8 +14,6 @@
 namespace QorviViewPlugin {
 namespace {
 
-using Vant::Base::Error::ErrorCode;
-
 const ResourceStore::CElementManager& Elements() {
   return Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance();
 }

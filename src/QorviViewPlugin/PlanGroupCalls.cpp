@@ -8,8 +8,6 @@
 namespace QorviViewPlugin {
 namespace {
 
-using Vant::Base::Error::ErrorCode;
-
 void AnswerTopFolders(protocol::GetPlanGroupsResponse& response) {
   static constexpr struct {
     const char* nameKey;
@@ -20,12 +18,8 @@ void AnswerTopFolders(protocol::GetPlanGroupsResponse& response) {
       {"Qorvi-Quellan.cb64d4b556f94f928e4082f241a47a7c.name", ViewTypeShared},
   };
   for (const auto& folder : kFolders) {
-    protocol::PlanGroup group;
-    group.Name = Translated(folder.nameKey);
-    group.ParentID = "-1";
-    group.ID = "-1";
-    group.Type = folder.type;
-    response.PlanGroups.push_back(std::move(group));
+    response.PlanGroups.push_back(
+        {.Name = Translated(folder.nameKey), .ParentID = "-1", .ID = "-1", .Type = folder.type});
   }
   response.Total = static_cast<int>(response.PlanGroups.size());
 }
@@ -42,13 +36,11 @@ void AnswerGetPlanGroups(const protocol::GetPlanGroupsRequest& request, protocol
   for (const auto& group : groups) {
     const auto info = group->Info();
     if (info->enumViewType != request.GroupType) continue;
-    protocol::PlanGroup entry;
-    entry.Name = info->strName;
-    entry.ParentID = IntToString(AsSigned(info->idParent));
-    entry.ID = IntToString(AsSigned(info->idViewGroup));
-    entry.Type = info->enumViewType;
-    entry.is_share_viwgroup = info->bShared;
-    response.PlanGroups.push_back(std::move(entry));
+    response.PlanGroups.push_back({.Name = info->strName,
+                                   .ParentID = IntToString(AsSigned(info->idParent)),
+                                   .ID = IntToString(AsSigned(info->idViewGroup)),
+                                   .Type = info->enumViewType,
+                                   .is_share_viwgroup = info->bShared});
   }
 }
 
@@ -59,7 +51,6 @@ void AnswerAddPlanGroup(const protocol::AddPlanGroupRequest& request, protocol::
   info.enumViewType = request.Type;
   info.bShared = request.is_share_viewgroup;
   info.idUser = OwnerForType(request.Type);
-  info.nMethod = ChangeAdded;
 
   unsigned int newId = kNoId;
   ErrorCode error;

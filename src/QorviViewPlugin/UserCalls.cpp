@@ -32,12 +32,10 @@ void AnswerGetAllUserInfo(const protocol::UserRequestInfo&, protocol::UserRespon
     return;
   }
   for (const auto& user : users) {
-    protocol::UserDetailInfo entry;
-    entry.user_id = LowBits(static_cast<unsigned long long>(user->GetVal_m_userID()));
-    entry.user_name = user->GetVal_m_strUsername();
-    entry.user_online = user->GetVal_b_cs_online();
-    entry.user_ptz_ability = user->GetVal_ptz_control_perm();
-    response.user_detail_list.push_back(std::move(entry));
+    response.user_detail_list.push_back({.user_id = LowBits(static_cast<unsigned long long>(user->GetVal_m_userID())),
+                                         .user_name = user->GetVal_m_strUsername(),
+                                         .user_online = user->GetVal_b_cs_online(),
+                                         .user_ptz_ability = user->GetVal_ptz_control_perm()});
   }
   QORVI_LOG_INFO("GetAllUserInfo", "GetAllUserInfo Success User Number: %d", static_cast<int>(users.size()));
 }

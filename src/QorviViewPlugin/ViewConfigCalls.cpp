@@ -8,8 +8,6 @@
 namespace QorviViewPlugin {
 namespace {
 
-using Vant::Base::Error::ErrorCode;
-
 // No default view, as the host and as the server write it. Only these exact texts are translated.
 constexpr char kHostNoView[] = "-3";
 constexpr char kServerNoView[] = "-1";
@@ -19,9 +17,7 @@ void AnswerGetClientViewConfig(const protocol::GetClientDefaultViewConfigRequest
   protocol::ViewConfig& config = response.ViewData.ViewDefaultConfig;
   int viewId = -1;
   ErrorCode error;
-  if (!Manager().GetDefaultViewConfig(viewId, config.view_type, error)) {
-    response.error_info = TextOf(error);
-  }
+  if (!Manager().GetDefaultViewConfig(viewId, config.view_type, error)) response.error_info = TextOf(error);
   config.view_id = IntToString(viewId);
   if (config.view_id == kServerNoView) config.view_id = kHostNoView;
 }
@@ -30,9 +26,7 @@ void AnswerSetClientViewConfig(const protocol::ClienDefaultViewConfigRequest& re
                                protocol::ClienDefaultViewConfigReponse& response) {
   const int viewId = StringToInt(request.view_id == kHostNoView ? kServerNoView : request.view_id);
   ErrorCode error;
-  if (!Manager().SetDefaultViewConfig(viewId, request.view_type, error)) {
-    response.error_info = TextOf(error);
-  }
+  if (!Manager().SetDefaultViewConfig(viewId, request.view_type, error)) response.error_info = TextOf(error);
 }
 
 }  // namespace

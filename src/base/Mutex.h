@@ -12,10 +12,6 @@ namespace base {
 
 class CAPABILITY("mutex") Mutex {
  public:
-  Mutex() = default;
-  Mutex(const Mutex&) = delete;
-  Mutex& operator=(const Mutex&) = delete;
-
   // For who must not wait; everybody else takes a MutexLock.
   bool TryLock() TRY_ACQUIRE(true) { return m_mutex.try_lock(); }
   void Unlock() RELEASE() { m_mutex.unlock(); }
@@ -30,8 +26,6 @@ class SCOPED_CAPABILITY MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : m_lock(mutex.m_mutex) {}
   ~MutexLock() RELEASE() {}
-  MutexLock(const MutexLock&) = delete;
-  MutexLock& operator=(const MutexLock&) = delete;
 
   void Unlock() RELEASE() { m_lock.unlock(); }
   void Lock() ACQUIRE() { m_lock.lock(); }

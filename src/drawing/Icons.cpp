@@ -126,27 +126,27 @@ Sheet Question() {
   return sheet;
 }
 
-Sheet Of(Kind kind) {
+Sheet Of(WindowKind kind) {
   switch (kind) {
-    case Kind::kEmpty:
+    case WindowKind::kEmpty:
       return {};
-    case Kind::kCamera:
+    case WindowKind::kCamera:
       return Camera();
-    case Kind::kDoor:
+    case WindowKind::kDoor:
       return Door();
-    case Kind::kElevator:
+    case WindowKind::kElevator:
       return Elevator();
-    case Kind::kRadar:
+    case WindowKind::kRadar:
       return Radar();
-    case Kind::kMap:
+    case WindowKind::kMap:
       return MapSheet();
-    case Kind::kWebPage:
+    case WindowKind::kWebPage:
       return Globe();
-    case Kind::kElement:
+    case WindowKind::kElement:
       return Element();
-    case Kind::kText:
+    case WindowKind::kText:
       return TextPanel();
-    case Kind::kOther:
+    case WindowKind::kOther:
       break;
   }
   return Question();
@@ -259,7 +259,7 @@ void Draw(QPainter& painter, const Sheet& sheet, const QRectF& place, const QCol
 
 }  // namespace
 
-void DrawIcon(QPainter& painter, Kind kind, const QRectF& place, const QColor& colour) {
+void DrawIcon(QPainter& painter, WindowKind kind, const QRectF& place, const QColor& colour) {
   Draw(painter, Of(kind), place, colour);
 }
 

@@ -8,20 +8,21 @@ namespace {
 
 struct KindWord {
   int type;
-  Kind kind;
+  WindowKind kind;
   const char* word;
 };
 
-constexpr KindWord kKinds[] = {
-    {0, Kind::kEmpty, "empty"},          {1001, Kind::kCamera, "camera"},   {1002, Kind::kDoor, "door"},
-    {1005, Kind::kElevator, "elevator"}, {1006, Kind::kRadar, "radar"},     {7001, Kind::kMap, "map"},
-    {25001, Kind::kWebPage, "web page"}, {1027, Kind::kElement, "element"}, {2004, Kind::kElement, "element"},
-    {1012, Kind::kText, "text"},         {5001, Kind::kText, "text"}};
-constexpr KindWord kRelatedKinds[] = {{0, Kind::kCamera, "camera"},
-                                      {1, Kind::kMap, "map"},
-                                      {4, Kind::kDoor, "door"},
-                                      {5, Kind::kElement, "element"},
-                                      {8, Kind::kElement, "element"}};
+constexpr KindWord kKinds[] = {{0, WindowKind::kEmpty, "empty"},          {1001, WindowKind::kCamera, "camera"},
+                               {1002, WindowKind::kDoor, "door"},         {1005, WindowKind::kElevator, "elevator"},
+                               {1006, WindowKind::kRadar, "radar"},       {7001, WindowKind::kMap, "map"},
+                               {25001, WindowKind::kWebPage, "web page"}, {1027, WindowKind::kElement, "element"},
+                               {2004, WindowKind::kElement, "element"},   {1012, WindowKind::kText, "text"},
+                               {5001, WindowKind::kText, "text"}};
+constexpr KindWord kRelatedKinds[] = {{0, WindowKind::kCamera, "camera"},
+                                      {1, WindowKind::kMap, "map"},
+                                      {4, WindowKind::kDoor, "door"},
+                                      {5, WindowKind::kElement, "element"},
+                                      {8, WindowKind::kElement, "element"}};
 
 template <size_t N>
 const KindWord* Find(const KindWord (&words)[N], int type) {
@@ -31,12 +32,12 @@ const KindWord* Find(const KindWord (&words)[N], int type) {
 
 }  // namespace
 
-Kind KindOf(int resourceType) {
+WindowKind KindOf(int resourceType) {
   const KindWord* found = Find(kKinds, resourceType);
-  return found ? found->kind : Kind::kOther;
+  return found ? found->kind : WindowKind::kOther;
 }
 
-Kind KindOfRelated(int relatedType) {
+WindowKind KindOfRelated(int relatedType) {
   const KindWord* found = Find(kRelatedKinds, relatedType);
   return found ? found->kind : KindOf(relatedType);
 }

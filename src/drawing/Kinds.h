@@ -6,14 +6,14 @@
 
 namespace drawing {
 
-enum class Kind { kEmpty, kCamera, kDoor, kElevator, kRadar, kMap, kWebPage, kElement, kText, kOther };
+enum class WindowKind { kEmpty, kCamera, kDoor, kElevator, kRadar, kMap, kWebPage, kElement, kText, kOther };
 
-Kind KindOf(int resourceType);
+WindowKind KindOf(int resourceType);
 // "camera", "door", ...; "resource" where the type has no name.
 QString WordOf(int resourceType);
 
 // The same of the numbers that relations count kinds by.
-Kind KindOfRelated(int relatedType);
+WindowKind KindOfRelated(int relatedType);
 QString WordOfRelated(int relatedType);
 
 }  // namespace drawing

@@ -55,7 +55,7 @@ void ReadZoom(const QJsonObject& item, Window& window) {
 
   const QJsonObject list = Object(item, "ZoomWindowList");
   window.zoomMode = Number(list, "ZoomMode");
-  for (const QJsonValue& entry : List(list, "ZoomWindow")) {
+  for (const auto& entry : List(list, "ZoomWindow")) {
     const QJsonObject zoom = entry.toObject();
     window.zoomWindows.push_back({Number(zoom, "No"), BoxInThousandths(zoom).value_or(QRectF())});
   }
@@ -72,7 +72,7 @@ void ReadFishEye(const QJsonObject& item, Window& window) {
   fishEye.mount = Number(read, "mount_type");
   fishEye.expansion = Number(read, "expand_mode");
   fishEye.window = Number(read, "window_no");
-  for (const QJsonValue& entry : List(read, "FisheyeWndParam")) {
+  for (const auto& entry : List(read, "FisheyeWndParam")) {
     const QJsonObject part = entry.toObject();
     fishEye.parts.push_back(
         {Number(part, "WndNo"), {Decimal(part, "PosX"), Decimal(part, "PosY")}, Decimal(part, "Zoom")});
@@ -87,7 +87,7 @@ void ReadCycle(const QJsonObject& item, Window& window) {
   cycle.type = Number(read, "cycle_type");
   cycle.seconds = Number(read, "cycle_time");
   cycle.name = Text(read, "CycleName");
-  for (const QJsonValue& entry : resources) {
+  for (const auto& entry : resources) {
     const QJsonObject resource = entry.toObject();
     cycle.resources.push_back({Text(resource, "ResourceID"), Text(resource, "ResourceName").trimmed()});
   }
@@ -123,7 +123,7 @@ Window ReadWindow(const QJsonObject& item) {
   ReadZoom(item, window);
   ReadFishEye(item, window);
   ReadCycle(item, window);
-  if (window.kind == Kind::kMap) ReadMap(item, window);
+  if (window.kind == WindowKind::kMap) ReadMap(item, window);
   ReadRelated(item, window);
   return window;
 }
@@ -162,7 +162,7 @@ Page ReadPage(const QJsonObject& plan, int number) {
   const QJsonObject read = List(plan, "PlanPages").at(number - 1).toObject();
   page.division = Number(read, "windowDivision");
   page.customDivision = Text(read, "customWindowDivision");
-  for (const QJsonValue& item : List(read, "PlanItems")) page.windows.push_back(ReadWindow(item.toObject()));
+  for (const auto& item : List(read, "PlanItems")) page.windows.push_back(ReadWindow(item.toObject()));
   const Window* source = nullptr;
   for (Window& window : page.windows) {
     if (window.shows) window.shows->isOnPage = FindShown(page, window, source) != nullptr;

@@ -42,7 +42,7 @@ struct CentreMark {
 };
 
 struct Related {
-  Kind kind = Kind::kOther;
+  WindowKind kind = WindowKind::kOther;
   QString word;
   int id = 0;
   QString name;
@@ -69,7 +69,7 @@ struct Map {
 // What one window shows. Boxes are fractions of the picture, (0, 0) its upper left corner; texts are safe to show.
 struct Window {
   int number = 0;
-  Kind kind = Kind::kEmpty;
+  WindowKind kind = WindowKind::kEmpty;
   int type = 0;  // the number that the kind was read from
   QString id, site, name, text;
   int stream = 0;

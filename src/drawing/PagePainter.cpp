@@ -147,7 +147,7 @@ class PagePainter {
 
   void DrawCell(const Cell& cell) {
     const QRectF place = PlaceOf(cell.place);
-    if (!cell.window || cell.window->kind == Kind::kEmpty) return DrawEmpty(m_painter, m_theme, cell, place);
+    if (!cell.window || cell.window->kind == WindowKind::kEmpty) return DrawEmpty(m_painter, m_theme, cell, place);
     WindowPainter painter(m_painter, m_theme, place, *cell.window);
     painter.Draw();
     m_pictures[cell.window] = painter.Picture();

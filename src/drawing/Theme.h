@@ -12,6 +12,8 @@ namespace drawing {
 struct Theme {
   QColor canvas, cell, bar, edge, scene, sceneEdge, text, dimText;
   QColor digitalZoom, centreMark, fishEye, cycle, map, related, preset;
+  QColor kinds[10];       // by WindowKind
+  QColor zoomWindows[6];  // of zoom windows by their number; they come again after six
 
   static const Theme& Light();
   static const Theme& Dark();
@@ -20,18 +22,13 @@ struct Theme {
   static int NumberOf(const QColor& colour) { return colour.blue(); }
   std::vector<QColor> All() const;
 
-  QColor Of(Kind kind) const;
+  QColor Of(WindowKind kind) const;
   QColor Of(const Fact& fact) const;
-  // Of a zoom window, its frame and the link to it; colours come again after six.
+  // Of a zoom window, its frame and the link to it.
   QColor OfZoomWindow(int number) const;
 
  private:
   std::vector<QColor*> Places();
-
-  QColor m_kinds[10];
-  QColor m_zoomWindows[6];
-
-  friend struct Themes;
 };
 
 }  // namespace drawing

@@ -31,15 +31,15 @@ bool IsId(const QString& id) {
 void AddWhatAndWhere(const Window& window, std::vector<Fact>& facts) {
   QString what = WordOf(window.type) + (IsId(window.id) ? " " + window.id : "");
   const bool standsForSeveralTypes =
-      window.kind == Kind::kElement || window.kind == Kind::kText || window.kind == Kind::kOther;
+      window.kind == WindowKind::kElement || window.kind == WindowKind::kText || window.kind == WindowKind::kOther;
   if (standsForSeveralTypes) what += " of type " + QString::number(window.type);
   facts.push_back({Mark::kNone, what});
   QStringList where;
   if (IsId(window.site)) where += "site " + window.site;
   // Every window has a stream, but only a camera has a use for it.
-  if (window.kind == Kind::kCamera) where += "stream " + QString::number(window.stream);
+  if (window.kind == WindowKind::kCamera) where += "stream " + QString::number(window.stream);
   if (!where.isEmpty()) facts.push_back({Mark::kNone, where.join(" · ")});
-  if (window.kind == Kind::kWebPage && window.text.isEmpty()) facts.push_back({Mark::kNone, "no address"});
+  if (window.kind == WindowKind::kWebPage && window.text.isEmpty()) facts.push_back({Mark::kNone, "no address"});
 }
 
 void AddMoves(const Window& window, std::vector<Fact>& facts) {
@@ -112,7 +112,7 @@ void AddMap(const Map& map, std::vector<Fact>& facts) {
 }  // namespace
 
 std::vector<Fact> FactsOf(const Window& window) {
-  if (window.kind == Kind::kEmpty) return {{Mark::kNone, WordOf(window.type)}};
+  if (window.kind == WindowKind::kEmpty) return {{Mark::kNone, WordOf(window.type)}};
   std::vector<Fact> facts;
   AddWhatAndWhere(window, facts);
   AddMoves(window, facts);

@@ -33,8 +33,6 @@ class Client {
     m_plugin.Ask("UnInitEnvir");
     if (m_translation) QCoreApplication::removeTranslator(&*m_translation);
   }
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
 
   // Waits for the first load, 10 s at most. Throws Failure kNoConnection when it does not come.
   void Load() {

@@ -31,8 +31,6 @@ class Connection {
   Connection(std::unique_ptr<server::ViewServer> server, const std::string& user);
   // Logs out and ends the embedded server.
   ~Connection();
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
 
   // Ends the download: no change is called back any more once it returns. Harmless when repeated.
   void StopDownload();

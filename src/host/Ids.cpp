@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Ids.h"
 
-#include <charconv>
 #include <cstdint>
 
 #include "host/Failure.h"
+#include "json/Numbers.h"
 
 namespace host {
 
 bool IsId(const std::string& text) {
-  uint32_t id = 0;
-  const char* end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, id);
-  return error == std::errc() && rest == end && std::to_string(id) == text;
+  const auto id = json::WholeNumber<uint32_t>(text);
+  return id && std::to_string(*id) == text;
 }
 
 std::string RequireId(const std::string& text, const std::string& what) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Ids among the arguments of a command.
 #pragma once
 
 #include <string>

@@ -6,22 +6,6 @@
 namespace host {
 namespace {
 
-const rapidjson::Value* Find(const rapidjson::Value& object, const char* key) {
-  if (!object.IsObject()) return nullptr;
-  const auto member = object.FindMember(key);
-  return member == object.MemberEnd() ? nullptr : &member->value;
-}
-
-const rapidjson::Value& EmptyList() {
-  static const rapidjson::Value list(rapidjson::kArrayType);
-  return list;
-}
-
-const rapidjson::Value& EmptyObject() {
-  static const rapidjson::Value object(rapidjson::kObjectType);
-  return object;
-}
-
 // The length of the UTF-8 character that the text begins with, 0 where it begins with none.
 size_t CharacterLength(std::string_view text) {
   const auto byte = [&](size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u; };
@@ -44,12 +28,7 @@ size_t CharacterLength(std::string_view text) {
 }  // namespace
 
 bool IsUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const size_t length = CharacterLength(text);
-    if (length == 0) return false;
-    text.remove_prefix(length);
-  }
-  return true;
+  return ValidUtf8(text) == text;
 }
 
 std::string ValidUtf8(std::string_view text) {
@@ -82,6 +61,12 @@ bool ParseJson(std::string_view text, rapidjson::Document& document) {
   return parsed;
 }
 
+const rapidjson::Value* Find(const rapidjson::Value& object, const char* key) {
+  if (!object.IsObject()) return nullptr;
+  const auto member = object.FindMember(key);
+  return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
 std::string TextOf(const rapidjson::Value& object, const char* key) {
   const rapidjson::Value* value = Find(object, key);
   return value && value->IsString() ? std::string(value->GetString(), value->GetStringLength()) : std::string();
@@ -98,13 +83,15 @@ bool FlagOf(const rapidjson::Value& object, const char* key) {
 }
 
 const rapidjson::Value& ListOf(const rapidjson::Value& object, const char* key) {
+  static const rapidjson::Value empty(rapidjson::kArrayType);
   const rapidjson::Value* value = Find(object, key);
-  return value && value->IsArray() ? *value : EmptyList();
+  return value && value->IsArray() ? *value : empty;
 }
 
 const rapidjson::Value& ObjectOf(const rapidjson::Value& object, const char* key) {
+  static const rapidjson::Value empty(rapidjson::kObjectType);
   const rapidjson::Value* value = Find(object, key);
-  return value && value->IsObject() ? *value : EmptyObject();
+  return value && value->IsObject() ? *value : empty;
 }
 
 ObjectText& ObjectText::Add(const char* key, std::string_view text) {

@@ -29,6 +29,9 @@ bool ParseAnswer(std::string_view text, rapidjson::Document& document);
 // the defaults.
 bool IsReadAsRequest(std::string text);
 
+// Null when `object` is no object or has no such member.
+const rapidjson::Value* Find(const rapidjson::Value& object, const char* key);
+
 // The value of a member, or what stands for it when `object` is no object, has no such member, or the member is of
 // another kind.
 std::string TextOf(const rapidjson::Value& object, const char* key);

@@ -28,20 +28,20 @@ std::string LogLine(int level, const char* module, const std::string& text) {
   return line;
 }
 
-LogFile::LogFile(const std::string& file, bool toStderr) : m_toStderr(toStderr), m_toFile(!file.empty()) {
-  if (!m_toFile) return;
+LogFile::LogFile(const std::string& file, bool toStderr) : m_toStderr(toStderr) {
+  if (file.empty()) return;
   m_file.open(file, std::ios::binary | std::ios::app);
   if (!m_file) throw Failure(kUsage, "The log file " + file + " cannot be written");
 }
 
 bool LogFile::Wants(int) const {
-  return m_toStderr || m_toFile;
+  return m_toStderr || m_file.is_open();
 }
 
 void LogFile::Write(int level, const char* module, const std::string& text) {
   const std::string line = LogLine(level, module, text);
   if (m_toStderr) Say(Printable(line));
-  if (!m_toFile) return;
+  if (!m_file.is_open()) return;
   std::lock_guard<std::mutex> lock(m_mutex);
   m_file << line << '\n' << std::flush;
 }

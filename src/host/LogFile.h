@@ -24,8 +24,7 @@ class LogFile : public Vant::Base::ILogSink {
 
  private:
   const bool m_toStderr;
-  const bool m_toFile;
-  std::mutex m_mutex;  // guards m_file
+  std::mutex m_mutex;  // held while a line is written
   std::ofstream m_file;
 };
 

@@ -17,6 +17,9 @@ namespace host {
 
 using Notice = ResourceData::IResourceObserver::Param;
 
+// What a notice says happened.
+enum NoticeState : int { kRenamed = 2, kChildAdded = 3, kChildRemoved = 4, kChanged = 7 };
+
 // {"notice":{"id":"5","enum_state":3,...}}
 std::string NoticeLine(const Notice& notice);
 

@@ -17,7 +17,7 @@ constexpr int kMostLines = 9;
 std::vector<QString> LinesOf(const drawing::Cell& cell) {
   if (!cell.window) return {QString::number(cell.number), "no window"};
   const QString number = QString::number(cell.number);
-  if (cell.window->kind == drawing::Kind::kEmpty) return {number, "empty window"};
+  if (cell.window->kind == drawing::WindowKind::kEmpty) return {number, "empty window"};
   std::vector<QString> lines = {number + " " + cell.window->name};
   for (const drawing::Fact& fact : FactsOf(*cell.window)) {
     lines.push_back((fact.isDetail ? "  " : "") + fact.text);

@@ -28,8 +28,6 @@ class Plugin {
   explicit Plugin(const std::string& file);
   // Unloads. REQUIRES: no call is running, and the platform's download is stopped.
   ~Plugin();
-  Plugin(const Plugin&) = delete;
-  Plugin& operator=(const Plugin&) = delete;
 
   // Null when there is no function of that name.
   const Function* Find(std::string_view name) const;

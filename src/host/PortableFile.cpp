@@ -50,10 +50,10 @@ Place ReadPlace(const Value& object, const std::string& where) {
   const auto found = std::find(kKindNames.begin(), kKindNames.end(), kind);
   if (found == kKindNames.end()) throw Failure(kUsage, where + ": \"Kind\" is not public, private or shared");
   Place place;
-  place.kind = static_cast<Kind>(found - kKindNames.begin());
-  const auto path = object.FindMember("Path");
-  if (path == object.MemberEnd() || !path->value.IsArray()) throw Failure(kUsage, where + ": \"Path\" is no list");
-  for (const Value& name : path->value.GetArray()) {
+  place.kind = static_cast<FolderKind>(found - kKindNames.begin());
+  const Value* path = Find(object, "Path");
+  if (!path || !path->IsArray()) throw Failure(kUsage, where + ": \"Path\" is no list");
+  for (const Value& name : path->GetArray()) {
     if (!name.IsString()) throw Failure(kUsage, where + ": \"Path\" holds something that is no name");
     place.path.emplace_back(name.GetString(), name.GetStringLength());
   }
@@ -61,11 +61,9 @@ Place ReadPlace(const Value& object, const std::string& where) {
 }
 
 int ReadNumber(const Value& object, const char* key, const std::string& where) {
-  const auto member = object.FindMember(key);
-  if (member == object.MemberEnd() || !member->value.IsInt()) {
-    throw Failure(kUsage, where + ": \"" + key + "\" is no whole number of 32 bits");
-  }
-  return member->value.GetInt();
+  const Value* number = Find(object, key);
+  if (!number || !number->IsInt()) throw Failure(kUsage, where + ": \"" + key + "\" is no whole number of 32 bits");
+  return number->GetInt();
 }
 
 PortableView ReadView(const Value& object, const std::string& where) {
@@ -74,24 +72,22 @@ PortableView ReadView(const Value& object, const std::string& where) {
   if (view.folder.kind == kShared && view.folder.path.empty()) {
     throw Failure(kUsage, where + ": a view cannot lie directly in the shared folder");
   }
-  const auto name = object.FindMember("Name");
-  if (name == object.MemberEnd() || !name->value.IsString()) throw Failure(kUsage, where + ": \"Name\" is no text");
+  const Value* name = Find(object, "Name");
+  if (!name || !name->IsString()) throw Failure(kUsage, where + ": \"Name\" is no text");
   view.name = TextOf(object, "Name");
   view.autoCycle = ReadNumber(object, "AutoCycle", where);
   view.roundTime = ReadNumber(object, "RoundTime", where);
-  const auto pages = object.FindMember("PlanPages");
-  if (pages == object.MemberEnd()) throw Failure(kUsage, where + ": \"PlanPages\" is missing");
-  view.pages = KeepPages(pages->value, where);
+  const Value* pages = Find(object, "PlanPages");
+  if (!pages) throw Failure(kUsage, where + ": \"PlanPages\" is missing");
+  view.pages = KeepPages(*pages, where);
   return view;
 }
 
 // The lists of the file, each of which must be there.
 const Value& RequireList(const Value& file, const char* key) {
-  const auto member = file.FindMember(key);
-  if (member == file.MemberEnd() || !member->value.IsArray()) {
-    throw Failure(kUsage, std::string("The file has no list \"") + key + "\"");
-  }
-  return member->value;
+  const Value* list = Find(file, key);
+  if (!list || !list->IsArray()) throw Failure(kUsage, std::string("The file has no list \"") + key + "\"");
+  return *list;
 }
 
 }  // namespace

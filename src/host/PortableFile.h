@@ -22,7 +22,7 @@ namespace host {
 
 // A place in the tree: a top-level folder, and names from there down.
 struct Place {
-  Kind kind = kPublic;
+  FolderKind kind = kPublic;
   std::vector<std::string> path;
 
   auto operator<=>(const Place&) const = default;  // NOLINT(modernize-use-nullptr)

@@ -3,6 +3,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <span>
+
 #include "host/Failure.h"
 #include "host/JsonText.h"
 #include "host/PortableFile.h"
@@ -17,11 +19,13 @@ constexpr int kCamera = 1001;
 constexpr int kMap = 7001;
 
 struct Field {
-  enum Kind { kNumber, kText, kFlag } kind;
+  enum Type { kNumber, kText, kFlag } type;
   const char* key;
   int number = 0;         // what an absent number reads as
   const char* text = "";  // what an absent text reads as
 };
+
+using Fields = std::span<const Field>;
 
 constexpr Field kWindowFields[] = {
     {Field::kNumber, "Sequence"},
@@ -80,6 +84,11 @@ class PageKeeper {
  public:
   explicit PageKeeper(Writer& writer) : m_writer(writer) {}
 
+  void KeepPages(const Value& pages, const std::string& where) {
+    KeepEntries(pages, where, [this](const Value& page, const std::string& at) { KeepPage(page, at); });
+  }
+
+ private:
   void KeepPage(const Value& page, const std::string& where) {
     Open(page, where, "page");
     KeepFields(page, kPageFields, where);
@@ -87,16 +96,11 @@ class PageKeeper {
     m_writer.EndObject();
   }
 
- private:
   void KeepWindow(const Value& window, const std::string& where) {
     Open(window, where, "window");
     KeepFields(window, kWindowFields, where);
     const int type = NumberOf(window, "ResourceType");
-    if (type == kCamera) {
-      KeepFields(window, kCameraFields, where);
-    } else {
-      KeepFields(window, kOtherFields, where);
-    }
+    KeepFields(window, type == kCamera ? kCameraFields : kOtherFields, where);
     // A server keeps each of these only for the windows that have a use for it.
     const Value& fishEye = Group(window, "FishEye", where);
     if (FlagOf(fishEye, "is_fisheye_open")) {
@@ -117,14 +121,14 @@ class PageKeeper {
   }
 
   static const Value& Group(const Value& window, const char* key, const std::string& where) {
-    const auto member = window.FindMember(key);
-    if (member != window.MemberEnd() && !member->value.IsObject()) Refuse(where, key, "object");
+    const Value* group = Find(window, key);
+    if (group && !group->IsObject()) Refuse(where, key, "object");
     return ObjectOf(window, key);
   }
 
   static void RequireList(const Value& object, const char* key, const std::string& where) {
-    const auto member = object.FindMember(key);
-    if (member != object.MemberEnd() && !member->value.IsArray()) Refuse(where, key, "list");
+    const Value* list = Find(object, key);
+    if (list && !list->IsArray()) Refuse(where, key, "list");
   }
 
   static bool HasEntries(const Value& group, const char* key, const std::string& where) {
@@ -132,17 +136,15 @@ class PageKeeper {
     return !ListOf(group, key).Empty();
   }
 
-  template <size_t N>
-  void KeepGroup(const char* key, const Value& group, const Field (&fields)[N], const std::string& where) {
+  void KeepGroup(const char* key, const Value& group, Fields fields, const std::string& where) {
     m_writer.Key(key);
     m_writer.StartObject();
     KeepFields(group, fields, where + "." + key);
     m_writer.EndObject();
   }
 
-  template <size_t N, size_t M>
-  void KeepGroup(const char* key, const Value& group, const Field (&fields)[N], const char* listKey,
-                 const Field (&partFields)[M], const std::string& where) {
+  void KeepGroup(const char* key, const Value& group, Fields fields, const char* listKey, Fields partFields,
+                 const std::string& where) {
     m_writer.Key(key);
     m_writer.StartObject();
     KeepFields(group, fields, where + "." + key);
@@ -158,21 +160,22 @@ class PageKeeper {
   void KeepList(const Value& object, const char* key, const std::string& where, const KeepOne& keepOne) {
     RequireList(object, key, where);
     m_writer.Key(key);
+    KeepEntries(ListOf(object, key), where + "." + key, keepOne);
+  }
+
+  template <class KeepOne>
+  void KeepEntries(const Value& list, const std::string& where, const KeepOne& keepOne) {
     m_writer.StartArray();
     size_t number = 0;
-    for (const Value& entry : ListOf(object, key).GetArray()) {
-      keepOne(entry, where + "." + key + "[" + std::to_string(++number) + "]");
-    }
+    for (const Value& entry : list.GetArray()) keepOne(entry, where + "[" + std::to_string(++number) + "]");
     m_writer.EndArray();
   }
 
-  template <size_t N>
-  void KeepFields(const Value& object, const Field (&fields)[N], const std::string& where) {
+  void KeepFields(const Value& object, Fields fields, const std::string& where) {
     for (const Field& field : fields) {
-      const auto member = object.FindMember(field.key);
-      const Value* value = member == object.MemberEnd() ? nullptr : &member->value;
+      const Value* value = Find(object, field.key);
       m_writer.Key(field.key);
-      switch (field.kind) {
+      switch (field.type) {
         case Field::kNumber:
           if (value && !value->IsInt()) Refuse(where, field.key, "whole number of 32 bits");
           m_writer.Int(value ? value->GetInt() : field.number);
@@ -203,13 +206,7 @@ std::string KeepPages(const Value& pages, const std::string& where) {
   if (!pages.IsArray()) Refuse(where, "PlanPages", "list");
   rapidjson::StringBuffer buffer;
   Writer writer(buffer);
-  PageKeeper keeper(writer);
-  writer.StartArray();
-  size_t number = 0;
-  for (const Value& page : pages.GetArray()) {
-    keeper.KeepPage(page, where + ".PlanPages[" + std::to_string(++number) + "]");
-  }
-  writer.EndArray();
+  PageKeeper(writer).KeepPages(pages, where + ".PlanPages");
   return std::string(buffer.GetString(), buffer.GetSize());
 }
 

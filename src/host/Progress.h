@@ -11,7 +11,6 @@ class Progress {
   Progress(std::string what, size_t total);
   ~Progress();
   Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
 
   void Step();
   // One line on stdout, above the progress.

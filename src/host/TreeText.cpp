@@ -69,14 +69,9 @@ void WriteTail(const TreeFolder& folder, Writer& writer) {
   writer.Key("Views");
   writer.StartArray();
   for (const TreeView& view : folder.views) {
-    writer.StartObject();
-    writer.Key("ID");
-    WriteText(writer, view.id);
-    writer.Key("Name");
-    WriteText(writer, view.name);
-    writer.Key("Shared");
-    writer.Bool(view.sharedWithUser);
-    writer.EndObject();
+    const std::string entry =
+        ObjectText().Add("ID", view.id).Add("Name", view.name).Add("Shared", view.sharedWithUser).Text();
+    writer.RawValue(entry.data(), entry.size(), rapidjson::kObjectType);
   }
   writer.EndArray();
   writer.EndObject();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/ViewText.h"
 
-#include <algorithm>
 #include <charconv>
 
+#include "drawing/Kinds.h"
 #include "host/JsonText.h"
 #include "host/Terminal.h"
 
@@ -12,26 +12,26 @@ namespace {
 
 using rapidjson::Value;
 
-constexpr int kCamera = 1001;
-constexpr int kMap = 7001;
+using drawing::WindowKind;
 
-struct TypeName {
-  int type;
-  const char* name;
-};
-
-constexpr TypeName kResourceTypes[] = {{kCamera, "camera"}, {1002, "door"}, {1005, "elevator"},
-                                       {1006, "radar"},     {kMap, "map"},  {25001, "web page"}};
-constexpr TypeName kRelatedTypes[] = {{0, "camera"}, {1, "map"}, {4, "door"}, {5, "element"}, {8, "element"}};
-
-template <size_t N>
-std::string NameOfType(const TypeName (&names)[N], int type) {
-  const auto* found = std::find_if(names, names + N, [&](const TypeName& name) { return name.type == type; });
-  return found == names + N ? "resource of type " + std::to_string(type) : found->name;
+// A word that stands for several types says less than the type.
+std::string NameOfType(int type) {
+  const WindowKind kind = drawing::KindOf(type);
+  const bool isOneOfSeveral = kind == WindowKind::kElement || kind == WindowKind::kText || kind == WindowKind::kOther;
+  return isOneOfSeveral ? "resource of type " + std::to_string(type) : drawing::WordOf(type).toStdString();
 }
 
 std::string Quoted(const std::string& name) {
   return "\"" + Printable(name) + "\"";
+}
+
+// A space and the quoted name; nothing for no name.
+std::string Named(const std::string& name) {
+  return name.empty() ? "" : " " + Quoted(name);
+}
+
+std::string DecimalOf(const Value& object, const char* key) {
+  return std::to_string(NumberOf(object, key));
 }
 
 // Decimal text without the zeros at its end; "-" for a text that is no number.
@@ -54,9 +54,7 @@ double AsNumber(const std::string& decimal) {
 }
 
 std::string Thousandths(const Value& box) {
-  const auto corner = [&](const char* x, const char* y) {
-    return std::to_string(NumberOf(box, x)) + "," + std::to_string(NumberOf(box, y));
-  };
+  const auto corner = [&](const char* x, const char* y) { return DecimalOf(box, x) + "," + DecimalOf(box, y); };
   return corner("TopX", "TopY") + " to " + corner("BottomX", "BottomY") + " thousandths";
 }
 
@@ -64,8 +62,7 @@ using Lines = std::vector<std::string>;
 
 void DescribePicture(const Value& window, Lines& extras) {
   if (const int preset = NumberOf(window, "PresetId"); preset > 0) {
-    const std::string name = TextOf(window, "PresetName");
-    extras.push_back("preset " + std::to_string(preset) + (name.empty() ? "" : " " + Quoted(name)));
+    extras.push_back("preset " + std::to_string(preset) + Named(TextOf(window, "PresetName")));
   }
   if (const int cruise = NumberOf(window, "CruiseIndex"); cruise > 0)
     extras.push_back("cruise " + std::to_string(cruise));
@@ -81,12 +78,11 @@ void DescribePicture(const Value& window, Lines& extras) {
 
 void DescribeFishEye(const Value& fishEye, Lines& extras) {
   if (!FlagOf(fishEye, "is_fisheye_open")) return;
-  extras.push_back("fisheye: mount " + std::to_string(NumberOf(fishEye, "mount_type")) + ", expansion " +
-                   std::to_string(NumberOf(fishEye, "expand_mode")) + ", window " +
-                   std::to_string(NumberOf(fishEye, "window_no")));
+  extras.push_back("fisheye: mount " + DecimalOf(fishEye, "mount_type") + ", expansion " +
+                   DecimalOf(fishEye, "expand_mode") + ", window " + DecimalOf(fishEye, "window_no"));
   for (const Value& part : ListOf(fishEye, "FisheyeWndParam").GetArray()) {
-    extras.push_back("  part " + std::to_string(NumberOf(part, "WndNo")) + " at " + Shortened(TextOf(part, "PosX")) +
-                     "," + Shortened(TextOf(part, "PosY")) + ", zoom " + Shortened(TextOf(part, "Zoom")));
+    extras.push_back("  part " + DecimalOf(part, "WndNo") + " at " + Shortened(TextOf(part, "PosX")) + "," +
+                     Shortened(TextOf(part, "PosY")) + ", zoom " + Shortened(TextOf(part, "Zoom")));
   }
 }
 
@@ -95,20 +91,17 @@ void DescribeCycle(const Value& cycle, Lines& extras) {
   if (resources.Empty()) return;
   const int type = NumberOf(cycle, "cycle_type");
   const std::string kind = type == 0 ? "camera" : type == 1 ? "area" : "resource";
-  const std::string name = TextOf(cycle, "CycleName");
-  extras.push_back("cycles" + (name.empty() ? "" : " " + Quoted(name)) + " through " + Counted(resources.Size(), kind) +
-                   ", " + std::to_string(NumberOf(cycle, "cycle_time")) + " s each");
+  extras.push_back("cycles" + Named(TextOf(cycle, "CycleName")) + " through " + Counted(resources.Size(), kind) + ", " +
+                   DecimalOf(cycle, "cycle_time") + " s each");
   for (const Value& resource : resources.GetArray()) {
-    const std::string known = TextOf(resource, "ResourceName");
     extras.push_back("  " + kind + " " + Printable(TextOf(resource, "ResourceID")) +
-                     (known.empty() ? "" : " " + Quoted(known)));
+                     Named(TextOf(resource, "ResourceName")));
   }
 }
 
 void DescribeMap(const Value& map, Lines& extras) {
   extras.push_back("map centre " + Printable(TextOf(map, "PosX")) + "," + Printable(TextOf(map, "PosY")) + ", scale " +
-                   std::to_string(NumberOf(map, "ScaleSize")) + ", load mode " +
-                   std::to_string(NumberOf(map, "LoadMode")));
+                   DecimalOf(map, "ScaleSize") + ", load mode " + DecimalOf(map, "LoadMode"));
   if (const std::string more = TextOf(map, "ExtendInfo"); !more.empty()) extras.push_back("map info " + Quoted(more));
 }
 
@@ -118,7 +111,7 @@ void DescribeMarks(const Value& window, Lines& extras) {
     extras.push_back("centre mark " + Thousandths(mark));
   }
   for (const Value& zoom : ListOf(ObjectOf(window, "ZoomWindowList"), "ZoomWindow").GetArray()) {
-    extras.push_back("zoom window " + std::to_string(NumberOf(zoom, "No")) + " " + Thousandths(zoom));
+    extras.push_back("zoom window " + DecimalOf(zoom, "No") + " " + Thousandths(zoom));
   }
   const Value& related = ObjectOf(window, "RelatedZoomWindow");
   if (const int number = NumberOf(related, "ZoomWindowNo", -1); number >= 0) {
@@ -132,12 +125,13 @@ Lines DescribeExtras(const Value& window) {
   DescribePicture(window, extras);
   DescribeFishEye(ObjectOf(window, "FishEye"), extras);
   DescribeCycle(ObjectOf(window, "CycleInfo"), extras);
-  if (NumberOf(window, "ResourceType") == kMap) DescribeMap(ObjectOf(window, "Emap"), extras);
+  if (drawing::KindOf(NumberOf(window, "ResourceType")) == WindowKind::kMap)
+    DescribeMap(ObjectOf(window, "Emap"), extras);
   DescribeMarks(window, extras);
   if (const int id = NumberOf(window, "RelateResourceID", -1); id != -1) {
-    const std::string name = TextOf(window, "RelateResourceName");
-    extras.push_back("related " + NameOfType(kRelatedTypes, NumberOf(window, "RelateResourceType", -1)) + " " +
-                     std::to_string(id) + (name.empty() ? "" : " " + Quoted(name)));
+    const int type = NumberOf(window, "RelateResourceType", -1);
+    extras.push_back("related " + drawing::WordOfRelated(type).toStdString() + " " + std::to_string(id) +
+                     Named(TextOf(window, "RelateResourceName")));
   }
   return extras;
 }
@@ -150,9 +144,8 @@ std::string DescribeHead(const Value& detail, const std::vector<std::string>& fo
   if (FlagOf(detail, "is_share_view")) {
     text += "  shared by  " + Printable(TextOf(detail, "share_user_name")) + "\n";
   }
-  const int seconds = NumberOf(detail, "RoundTime");
   text += "  pages      " + std::to_string(ListOf(detail, "PlanPages").Size());
-  text += NumberOf(detail, "AutoCycle") > 0 ? ", turned every " + std::to_string(seconds) + " s\n" : "\n";
+  text += NumberOf(detail, "AutoCycle") > 0 ? ", turned every " + DecimalOf(detail, "RoundTime") + " s\n" : "\n";
   if (const std::string guid = TextOf(detail, "AppCode"); !guid.empty())
     text += "  GUID       " + Printable(guid) + "\n";
   return text;
@@ -163,11 +156,10 @@ std::string DescribeHead(const Value& detail, const std::vector<std::string>& fo
 std::string DescribeResource(const Value& window) {
   const int type = NumberOf(window, "ResourceType");
   if (type == 0) return "empty";
-  std::string text = NameOfType(kResourceTypes, type);
-  if (const std::string name = TextOf(window, "ResourceName"); !name.empty()) text += " " + Quoted(name);
+  std::string text = NameOfType(type) + Named(TextOf(window, "ResourceName"));
   if (const std::string id = TextOf(window, "ResourceID"); id != "-1" && id != "0") text += ", id " + Printable(id);
   // Every window has a stream, but only a camera has a use for it.
-  if (const int stream = NumberOf(window, "StreamType"); type == kCamera && stream > 0) {
+  if (const int stream = NumberOf(window, "StreamType"); drawing::KindOf(type) == WindowKind::kCamera && stream > 0) {
     text += ", stream " + std::to_string(stream);
   }
   return text;
@@ -178,11 +170,10 @@ std::string DescribeView(const Value& detail, const std::vector<std::string>& fo
   int page = 0;
   for (const Value& entry : ListOf(detail, "PlanPages").GetArray()) {
     const Value& windows = ListOf(entry, "PlanItems");
-    text += "\nPage " + std::to_string(++page) + ": layout " + std::to_string(NumberOf(entry, "windowDivision"));
-    if (const std::string custom = TextOf(entry, "customWindowDivision"); !custom.empty()) text += " " + Quoted(custom);
-    text += ", " + Counted(windows.Size(), "window") + "\n";
+    text += "\nPage " + std::to_string(++page) + ": layout " + DecimalOf(entry, "windowDivision");
+    text += Named(TextOf(entry, "customWindowDivision")) + ", " + Counted(windows.Size(), "window") + "\n";
     for (const Value& window : windows.GetArray()) {
-      text += "  " + std::to_string(NumberOf(window, "Sequence")) + ". " + DescribeResource(window) + "\n";
+      text += "  " + DecimalOf(window, "Sequence") + ". " + DescribeResource(window) + "\n";
       for (const std::string& extra : DescribeExtras(window)) text += "       " + extra + "\n";
     }
   }

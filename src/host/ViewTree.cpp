@@ -37,11 +37,11 @@ class TreeReader {
       TreeFolder& folder = m_tree.folders.emplace_back();
       folder.id = "-1";
       folder.name = TextOf(root, "Name");
-      folder.kind = static_cast<Kind>(index);
+      folder.kind = static_cast<FolderKind>(index);
       folder.parent = index;
     }
     const size_t tops = m_tree.folders.size();
-    for (size_t top = 0; top < tops; ++top) ListGroups(top, {static_cast<Kind>(top)});
+    for (size_t top = 0; top < tops; ++top) ListGroups(top, {static_cast<FolderKind>(top)});
     for (size_t top = 0; top < tops; ++top) ListViews(top);
     ListBelow(tops);
     return std::move(m_tree);
@@ -64,12 +64,12 @@ class TreeReader {
 
   // A listing names only groups of the asked type but counts them all, so the types after the first are asked for
   // only while some are missing.
-  void ListGroups(size_t parent, const std::vector<Kind>& types) {
+  void ListGroups(size_t parent, const std::vector<FolderKind>& types) {
     std::vector<TreeFolder> found;
     int total = 1;
     int seen = 0;
-    std::set<Kind> asked;
-    for (const Kind type : types) {
+    std::set<FolderKind> asked;
+    for (const FolderKind type : types) {
       if (seen >= total || !asked.insert(type).second) continue;
       rapidjson::Document answer;
       const bool isUtf8 =

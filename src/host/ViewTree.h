@@ -11,7 +11,7 @@
 namespace host {
 
 // The numbers of the three top-level folders, which are also the types of what lies in them.
-enum Kind : int { kPublic = 0, kPrivate = 1, kShared = 2 };
+enum FolderKind : int { kPublic = 0, kPrivate = 1, kShared = 2 };
 inline constexpr std::array<const char*, 3> kKindNames = {"public", "private", "shared"};
 
 struct TreeView {
@@ -23,8 +23,8 @@ struct TreeView {
 struct TreeFolder {
   std::string id;  // "-1" for a top-level folder
   std::string name;
-  Kind kind = kPublic;  // that of the top-level folder it lies in
-  size_t parent = 0;    // index of the folder it lies in; its own for a top-level folder
+  FolderKind kind = kPublic;  // that of the top-level folder it lies in
+  size_t parent = 0;          // index of the folder it lies in; its own for a top-level folder
   std::vector<size_t> folders;
   std::vector<TreeView> views;    // sorted by name
   bool hasReplacedBytes = false;  // its name had bytes that are no UTF-8, which read as U+FFFD

@@ -22,7 +22,7 @@ void AddGlobalOptions(CLI::App& app, host::GlobalOptions& options) {
   app.set_version_flag("--version", "viewctl " VIEWCTL_VERSION);
 }
 
-void AddCommands(CLI::App& app, host::Chosen& chosen) {
+void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddDemoCommand(app, chosen);
   host::AddTreeCommand(app, chosen);
   host::AddShowCommand(app, chosen);
@@ -42,10 +42,10 @@ int Fail(int status, const std::string& sentence) {
   return status;
 }
 
-int Run(const host::GlobalOptions& options, const host::Chosen& chosen) {
+int Run(const host::GlobalOptions& options, const host::Run& chosen) {
   try {
     Vant::Base::SetLogSink(std::make_shared<host::LogFile>(options.logFile, options.verbose));
-    const int status = chosen.run(options);
+    const int status = chosen(options);
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) return Fail(host::kRefused, "stdout cannot be written");
     return status;
   } catch (const host::Failure& failure) {
@@ -63,7 +63,7 @@ int main(int argc, char** argv) {
   QCoreApplication::setApplicationVersion(VIEWCTL_VERSION);
 
   host::GlobalOptions options;
-  host::Chosen chosen;
+  host::Run chosen;
   CLI::App app("Lists, draws, copies and repairs saved views through QorviViewPlugin", "viewctl");
   app.require_subcommand(0, 1);  // without one the parser would not name a command it does not know
   app.fallthrough();
@@ -75,6 +75,6 @@ int main(int argc, char** argv) {
     if (error.get_exit_code() == 0) return app.exit(error);  // help and version
     return Fail(host::kUsage, std::string(error.what()) + " (viewctl --help lists what there is)");
   }
-  if (!chosen.run) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
+  if (!chosen) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
   return Run(options, chosen);
 }

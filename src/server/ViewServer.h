@@ -33,8 +33,6 @@ class ViewServer {
   // the options are not usable.
   explicit ViewServer(const ViewServerOptions& options);
   ~ViewServer();  // stops
-  ViewServer(const ViewServer&) = delete;
-  ViewServer& operator=(const ViewServer&) = delete;
 
   // Listens and serves. Throws std::runtime_error when the address cannot be used.
   void Start();

@@ -2,6 +2,7 @@
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
 #include <atomic>
 #include <deque>
+#include <map>
 #include <stdexcept>
 #include <thread>
 
@@ -53,10 +54,11 @@ class Echo : public HttpHandler {
   }
   uint64_t BodyLimit(const HttpRequest& request) override { return request.token == "trusted" ? 1 << 20 : 0; }
   bool IsSlow(const HttpRequest& request) override { return request.path == "/slow"; }
-  HttpReply AnswerMalformed() override { return {400, {}, "malformed", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerTooLarge() override { return {413, {}, "too large", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerTooMany() override { return {429, {}, "too many", nullptr, nullptr, {}, {}}; }
-  HttpReply AnswerNoMemory() override { return {503, {}, "no memory", nullptr, nullptr, {}, {}}; }
+  HttpReply Refused(const Refusal& refusal) override {
+    static const std::map<int, std::string> texts{
+        {400, "malformed"}, {413, "too large"}, {429, "too many"}, {503, "no memory"}};
+    return {refusal.httpStatus, {}, texts.at(refusal.httpStatus), nullptr, nullptr, {}, {}};
+  }
   int32_t UserOf(const HttpRequest& request) override {
     return request.token.rfind("user", 0) == 0 ? std::stoi(request.token.substr(4)) : kNobody;
   }

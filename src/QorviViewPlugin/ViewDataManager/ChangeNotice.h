@@ -26,4 +26,9 @@ inline void Notify(const Notice& notice, ResourceData::ResourceType type) {
   Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance().UpdateResourceInfo(notice, type);
 }
 
+// Tells those who observe a group of a view that has come to it or left it.
+inline void NotifyOfMember(unsigned int groupId, NoticeState state, unsigned int viewId) {
+  Notify(ChildNotice(groupId, state, ResourceData::ResourceTypeView, viewId), ResourceData::ResourceTypeViewGroup);
+}
+
 }  // namespace QorviViewPlugin

@@ -4,6 +4,26 @@
 #include "ResourceStore/Element.h"
 
 namespace QorviViewPlugin {
+namespace {
+
+// Elements of other types than these four count as known.
+bool IsElementKnown(int type, unsigned int elementId) {
+  auto& elements = Vant::Base::CSingleton<ResourceStore::CWorkStationManager>::Instance();
+  switch (type) {
+    case ResourceTypeCamera:
+      return elements.FindCameraElementByID(elementId) != nullptr;
+    case ResourceTypeDoor:
+      return elements.FindDoorElementByID(elementId) != nullptr;
+    case ResourceTypeRadar:
+      return elements.FindRadarElementByID(elementId) != nullptr;
+    case ResourceTypeElevator:
+      return elements.FindElevatorElementByID(elementId) != nullptr;
+    default:
+      return true;
+  }
+}
+
+}  // namespace
 
 CView::CView(const CView& other) : CNonThreadSafe(other), m_info(other.m_info), mapResourceFlag(other.Flags()) {}
 
@@ -19,10 +39,6 @@ CView& CView::operator=(const CView& other) {
 bool CView::SetInfo(ViewInfo info) {
   SetInfo(std::make_shared<const ViewInfo>(std::move(info)));
   return true;
-}
-
-void CView::SetInfo(std::shared_ptr<const ViewInfo> info) {
-  m_info.Set(std::move(info));
 }
 
 std::map<int, bool> CView::Flags() const {
@@ -43,29 +59,17 @@ bool CView::CheckResourceExist(int type) const {
     if (entry == mapResourceFlag.end()) return false;
     flag = entry->second;
   }
-  const std::shared_ptr<const ViewInfo> info = Info();
-  for (const ViewPage& page : info->vcPages) {
-    for (const CameraGridStruct& window : page.vcWindows) {
-      if (window.enum_resource_type_ == type && !IsElementKnown(type, window.id_element_)) return false;
-    }
-  }
-  return flag;
+  const bool showsUnknown = ShowsUnknownElement(*Info(), type);
+  return flag && !showsUnknown;
 }
 
-bool IsElementKnown(int type, unsigned int elementId) {
-  auto& elements = Vant::Base::CSingleton<ResourceStore::CWorkStationManager>::Instance();
-  switch (type) {
-    case ResourceTypeCamera:
-      return elements.FindCameraElementByID(elementId) != nullptr;
-    case ResourceTypeDoor:
-      return elements.FindDoorElementByID(elementId) != nullptr;
-    case ResourceTypeRadar:
-      return elements.FindRadarElementByID(elementId) != nullptr;
-    case ResourceTypeElevator:
-      return elements.FindElevatorElementByID(elementId) != nullptr;
-    default:
-      return true;
+bool ShowsUnknownElement(const ViewInfo& view, int type) {
+  for (const ViewPage& page : view.vcPages) {
+    for (const CameraGridStruct& window : page.vcWindows) {
+      if (window.enum_resource_type_ == type && !IsElementKnown(type, window.id_element_)) return true;
+    }
   }
+  return false;
 }
 
 void MemberViews::Append(std::shared_ptr<CView> view) {

@@ -64,7 +64,7 @@ class CView : public Vant::Base::CNonThreadSafe {
   // Replaces the record; always true.
   bool SetInfo(ViewInfo info);
   // The same, with a record made before; cannot fail.
-  void SetInfo(std::shared_ptr<const ViewInfo> info);
+  void SetInfo(std::shared_ptr<const ViewInfo> info) { m_info.Set(std::move(info)); }
 
   // Marks whether elements of that resource type are watched. Marks, and the pending checks that depend on them, exist
   // for programs outside this repository only.
@@ -81,9 +81,9 @@ class CView : public Vant::Base::CNonThreadSafe {
   std::map<int, bool> mapResourceFlag GUARDED_BY(m_flagLock);
 };
 
-// Whether the platform knows the element of a window of one of the four checked types (camera, door, radar, elevator).
-// Windows of other types count as known.
-bool IsElementKnown(int type, unsigned int elementId);
+// Whether a window of that type, one of the four checked ones (camera, door, radar, elevator), shows an element that
+// the platform does not know.
+bool ShowsUnknownElement(const ViewInfo& view, int type);
 
 // The members of a group, in the order in which they joined it; the same view, or several of one id, may be there more
 // than once. A member is known by the id that its view had when it joined. Adding, finding or removing one costs the

@@ -117,8 +117,7 @@ void CViewGroupManager::ApplyViewChange(const ViewInfo& change) {
   if (change.nMethod == ChangeModified) {
     Notify(Notice(UIntToString(id), NoticeChanged), ResourceData::ResourceTypeView);
   } else {
-    const NoticeState state = change.nMethod == ChangeAdded ? NoticeChildAdded : NoticeChildRemoved;
-    Notify(ChildNotice(groupId, state, ResourceData::ResourceTypeView, id), ResourceData::ResourceTypeViewGroup);
+    NotifyOfMember(groupId, change.nMethod == ChangeAdded ? NoticeChildAdded : NoticeChildRemoved, id);
   }
 }
 
@@ -138,17 +137,14 @@ bool CViewGroupManager::InsertViewToCache(const ViewInfo& info, bool bSilent) {
       InsertView(view);
     }
   }
-  if (!bSilent) {
-    Notify(ChildNotice(info.idViewGroup, NoticeChildAdded, ResourceData::ResourceTypeView, info.idView),
-           ResourceData::ResourceTypeViewGroup);
-  }
+  if (!bSilent) NotifyOfMember(info.idViewGroup, NoticeChildAdded, info.idView);
   return true;
 }
 
 bool CViewGroupManager::AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId) {
   WriteLock lock(m_groupLock);
-  const auto entry = mapViewGroups.find(groupId);
-  return entry != mapViewGroups.end() && entry->second->AddMemberView(std::move(view));
+  const auto group = FindViewGroup(groupId);
+  return group && group->AddMemberView(std::move(view));
 }
 
 bool CViewGroupManager::RemoveViewFromCache(unsigned int id, bool bSilent, ChangeNumber number) {
@@ -157,10 +153,7 @@ bool CViewGroupManager::RemoveViewFromCache(unsigned int id, bool bSilent, Chang
     MutexLock order(m_viewOrderLock);
     if (!IsViewNews(id, number) || !RemoveView(id, number, groupId)) return true;
   }
-  if (!bSilent) {
-    Notify(ChildNotice(groupId, NoticeChildRemoved, ResourceData::ResourceTypeView, id),
-           ResourceData::ResourceTypeViewGroup);
-  }
+  if (!bSilent) NotifyOfMember(groupId, NoticeChildRemoved, id);
   return true;
 }
 

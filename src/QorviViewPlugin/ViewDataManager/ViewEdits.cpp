@@ -9,13 +9,19 @@
 #include "VeltControl/VeltControl.h"
 
 namespace QorviViewPlugin {
+namespace {
+
+// Hands the reason out; always false.
+bool Fail(const ErrorCode& reason, ErrorCode& err) {
+  err = reason;
+  return false;
+}
+
+}  // namespace
 
 bool CViewGroupManager::AddView(const ViewInfo& info, unsigned int& newId, ErrorCode& err) {
   CmsAddView session;
-  if (!session.AddCmsView(info)) {
-    err = session.m_error;
-    return false;
-  }
+  if (!session.AddCmsView(info)) return Fail(session.m_error, err);
   newId = session.m_idNew;
   ViewInfo added = info;
   added.idView = newId;
@@ -26,29 +32,18 @@ bool CViewGroupManager::AddView(const ViewInfo& info, unsigned int& newId, Error
 
 bool CViewGroupManager::AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, ErrorCode& err) {
   CmsAddViewGroup session;
-  if (!session.AddCmsViewGroup(info)) {
-    err = session.m_error;
-    return false;
-  }
+  if (!session.AddCmsViewGroup(info)) return Fail(session.m_error, err);
   newId = session.m_idNew;
   ViewGroupInfo added = info;
   added.idViewGroup = newId;
   added.nChangeNumber = session.m_changeNumber;
-  if (added.nChangeNumber != 0) {
-    AddNumberedViewGroup(added);
-  } else {
-    WriteLock lock(m_groupLock);
-    mapViewGroups.emplace(newId, std::make_shared<CViewGroup>(std::move(added)));
-  }
+  CacheViewGroup(added);
   return true;
 }
 
 bool CViewGroupManager::ModifyView(const ViewInfo& info, ErrorCode& err) {
   CmsModifyView session;
-  if (!session.ModifyCmsView(info)) {
-    err = session.m_error;
-    return false;
-  }
+  if (!session.ModifyCmsView(info)) return Fail(session.m_error, err);
   ViewInfo changed = info;
   changed.nChangeNumber = session.m_changeNumber;
   MutexLock order(m_viewOrderLock);
@@ -74,10 +69,7 @@ bool CViewGroupManager::ModifyView(const ViewInfo& info, ErrorCode& err) {
 
 bool CViewGroupManager::ModifyViewGroup(const ViewGroupInfo& info, ErrorCode& err) {
   CmsModifyViewGroup session;
-  if (!session.ModifyCmsViewGroup(info)) {
-    err = session.m_error;
-    return false;
-  }
+  if (!session.ModifyCmsViewGroup(info)) return Fail(session.m_error, err);
   const unsigned int id = info.idViewGroup;
   WriteLock lock(m_groupLock);
   if (session.m_changeNumber != 0 && !m_groupOrder.IsRenameNews(id, session.m_changeNumber)) return true;
@@ -94,23 +86,14 @@ bool CViewGroupManager::ModifyViewGroup(const ViewGroupInfo& info, ErrorCode& er
 
 bool CViewGroupManager::DeleteView(unsigned int id, ErrorCode& err) {
   CmsDeleteView session;
-  if (!session.DeleteCmsView(id)) {
-    err = session.m_error;
-    return false;
-  }
+  if (!session.DeleteCmsView(id)) return Fail(session.m_error, err);
   return RemoveViewFromCache(id, true, session.m_changeNumber);
 }
 
 bool CViewGroupManager::DeleteViewGroup(unsigned int id, ErrorCode& err) {
-  if (!GetViewGroupByID(id)) {
-    err = ErrorCode(2, 20, 3, "");
-    return false;
-  }
+  if (!GetViewGroupByID(id)) return Fail(ErrorCode(2, 20, 3, ""), err);
   CmsDeleteViewGroup session;
-  if (!session.DeleteCmsViewGroup(id)) {
-    err = session.m_error;
-    return false;
-  }
+  if (!session.DeleteCmsViewGroup(id)) return Fail(session.m_error, err);
   return RemoveViewGroupFromCache(id, true, session.m_changeNumber);
 }
 

@@ -31,8 +31,14 @@ ViewGroupInfo CViewGroupManager::PutViewGroup(const ViewGroupInfo& info) {
   return newest;
 }
 
-std::optional<ViewGroupInfo> CViewGroupManager::AddNumberedViewGroup(const ViewGroupInfo& info) {
+std::optional<ViewGroupInfo> CViewGroupManager::CacheViewGroup(const ViewGroupInfo& info) {
   const unsigned int id = info.idViewGroup;
+  if (info.nChangeNumber == 0) {
+    std::optional<ViewGroupInfo> cached = info;
+    WriteLock lock(m_groupLock);
+    mapViewGroups.emplace(id, std::make_shared<CViewGroup>(info));
+    return cached;
+  }
   MutexLock order(m_viewOrderLock);
   bool isCached = false;
   {
@@ -79,14 +85,8 @@ void CViewGroupManager::ForgetViewGroupNumbers() {
 }
 
 bool CViewGroupManager::InsertViewGroupToCache(const ViewGroupInfo& info) {
-  std::optional<ViewGroupInfo> inserted = info;
-  if (info.nChangeNumber != 0) {
-    inserted = AddNumberedViewGroup(info);
-    if (!inserted) return true;
-  } else {
-    WriteLock lock(m_groupLock);
-    mapViewGroups.emplace(info.idViewGroup, std::make_shared<CViewGroup>(info));
-  }
+  const auto inserted = CacheViewGroup(info);
+  if (!inserted) return true;
   Notice notice =
       ChildNotice(inserted->idParent, NoticeChildAdded, ResourceData::ResourceTypeViewGroup, inserted->idViewGroup);
   notice.other_change_info = IntToString(inserted->enumViewType);

@@ -61,8 +61,7 @@ std::shared_ptr<CView> CViewGroupManager::GetViewByID(unsigned int id) const {
 
 std::shared_ptr<CViewGroup> CViewGroupManager::GetViewGroupByID(unsigned int id) const {
   ReadLock lock(m_groupLock);
-  const auto entry = mapViewGroups.find(id);
-  return entry == mapViewGroups.end() ? nullptr : entry->second;
+  return FindViewGroup(id);
 }
 
 bool CViewGroupManager::GetViewGroups(std::vector<std::shared_ptr<CViewGroup>>& out, unsigned int parentId) const {
@@ -96,14 +95,12 @@ int CViewGroupManager::RelateTypeToServer(const RelateResourceType& type) const 
 
 void CViewGroupManager::SetPendingChecks(PendingChecks& checks) {
   MutexLock lock(m_checkLock);
-  mapPendingChecks = std::move(checks);
-  checks.clear();
+  mapPendingChecks = std::exchange(checks, {});
 }
 
 void CViewGroupManager::TakePendingChecks(PendingChecks& out) {
   MutexLock lock(m_checkLock);
-  out = std::move(mapPendingChecks);
-  mapPendingChecks.clear();
+  out = std::exchange(mapPendingChecks, {});
 }
 
 }  // namespace QorviViewPlugin

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The library's cache of the server's views and view groups. The platform's download of them has the same name
-// (ResourceStore::CViewGroupManager).
+// The library's cache of the server's views and view groups, and all that is done with it: look-ups in
+// ViewGroupManager.cpp, own edits in ViewEdits.cpp, reading what was downloaded in ViewIngestion.cpp, what a change
+// does and who hears of it in ViewChanges.cpp and ViewGroupChanges.cpp. The platform's download of both has the same
+// name (ResourceStore::CViewGroupManager).
 #pragma once
 
 #include <atomic>
@@ -24,6 +26,8 @@ namespace QorviViewPlugin {
 
 class COrlUserObserver;
 
+using Vant::Base::Error::ErrorCode;
+
 using ViewTable = std::map<unsigned int, std::shared_ptr<CView>>;
 using ViewGroupTable = std::map<unsigned int, std::shared_ptr<CViewGroup>>;
 using PendingChecks = std::map<int, std::vector<unsigned int>>;
@@ -41,20 +45,20 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // it was.
 
   // `newId` is written on success only.
-  bool AddView(const ViewInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
-  bool AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, Vant::Base::Error::ErrorCode& err);
-  bool ModifyView(const ViewInfo& info, Vant::Base::Error::ErrorCode& err);
+  bool AddView(const ViewInfo& info, unsigned int& newId, ErrorCode& err);
+  bool AddViewGroup(const ViewGroupInfo& info, unsigned int& newId, ErrorCode& err);
+  bool ModifyView(const ViewInfo& info, ErrorCode& err);
   // Of the cached group only the name follows.
-  bool ModifyViewGroup(const ViewGroupInfo& info, Vant::Base::Error::ErrorCode& err);
-  bool DeleteView(unsigned int id, Vant::Base::Error::ErrorCode& err);
+  bool ModifyViewGroup(const ViewGroupInfo& info, ErrorCode& err);
+  bool DeleteView(unsigned int id, ErrorCode& err);
   // A group that is not cached fails with 2/20/3 without asking the server. Member views and child groups stay cached.
-  bool DeleteViewGroup(unsigned int id, Vant::Base::Error::ErrorCode& err);
+  bool DeleteViewGroup(unsigned int id, ErrorCode& err);
   // A reply without a body counts as success and leaves the outputs as they are; a refusal overwrites them.
-  bool GetDefaultViewConfig(int& viewId, int& viewType, Vant::Base::Error::ErrorCode& err);
-  bool SetDefaultViewConfig(const int& viewId, int viewType, Vant::Base::Error::ErrorCode& err);
+  bool GetDefaultViewConfig(int& viewId, int& viewType, ErrorCode& err);
+  bool SetDefaultViewConfig(const int& viewId, int viewType, ErrorCode& err);
   // Downloads the user list and waits for its end without limit, running the host's event loop meanwhile. `users` and
   // `err` are those of the download that ended, also on failure.
-  bool GetAllUsers(Vant::Base::Error::ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
+  bool GetAllUsers(ErrorCode& err, std::vector<std::shared_ptr<ResourceStore::CUserInfo>>& users);
 
   // --- Cache changes (ViewChanges.cpp, ViewGroupChanges.cpp). Those that are not silent notify the observers. A record
   // with a change number that is not newer than what is known of its object changes nothing and tells nothing
@@ -80,7 +84,7 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // Always false; callers do not use the result.
   bool UpdateViewGroupInCache(const ViewGroupInfo& info);
   bool AttachViewToGroup(std::shared_ptr<CView> view, unsigned int groupId);
-  void ClearViewData();
+  void ClearViewData() EXCLUDES(m_viewOrderLock);
 
   // --- Look-ups
 
@@ -145,22 +149,23 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
 
   using MembersByGroup = std::map<unsigned int, MemberViews>;
 
-  // What a change document or a list holds, ready to be cached.
+  // What a change document or a list holds, the views ready to be cached.
   struct ViewsOfList {
     std::vector<std::shared_ptr<CView>> views;
+    ChangeNumber completeUpTo = 0;
+  };
+  struct GroupList {
+    std::vector<ViewGroupInfo> groups;
     ChangeNumber completeUpTo = 0;
   };
 
   void ClearCache() EXCLUDES(m_viewOrderLock);
   PendingChecks PendingChecksOf(std::span<const ViewInfo> views) const;
-  bool ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
-                 std::list<ViewInfo>* changes);
-  static MembersByGroup MembersOf(const std::vector<std::shared_ptr<CView>>& views);
-  bool ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo, std::list<ViewGroupInfo>& groups,
-                      ChangeNumber& completeUpTo);
+  static std::optional<GroupList> ReadGroupList(const std::string& data, std::string& cascadingErrorInfo);
+  std::optional<ViewsOfList> ReadViews(const std::string& data, std::string& cascadingErrorInfo);
   // Merge a list, by number, with what is cached and known already.
   void TakeLoadedViews(const ViewsOfList& list) REQUIRES(m_viewOrderLock);
-  void TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) REQUIRES(m_groupLock);
+  void TakeLoadedViewGroups(const GroupList& list) REQUIRES(m_groupLock);
 
   // The steps of which changes consist. Each is made whole or, where memory runs out, not at all.
   void InsertView(const std::shared_ptr<CView>& view) REQUIRES(m_viewOrderLock);
@@ -179,7 +184,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // record has a number.
   ViewGroupInfo PutViewGroup(const ViewGroupInfo& info) REQUIRES(m_groupLock);
   // The same where it is news, and nothing otherwise; a group that is new takes in the views that have come before it.
-  std::optional<ViewGroupInfo> AddNumberedViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
+  // Of a record without a number the cached group keeps its own.
+  std::optional<ViewGroupInfo> CacheViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
   // Views join the cached groups whether or not they are cached themselves: one that a change document names becomes a
   // member beside the cached view of the same id. Cannot fail.

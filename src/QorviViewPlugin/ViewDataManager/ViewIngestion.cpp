@@ -11,33 +11,21 @@
 #include "QorviViewPlugin/base/LogLine.h"
 
 namespace QorviViewPlugin {
-namespace {
-
-// Whether a window of that type shows an element that the platform does not know.
-bool ShowsUnknownElement(const ViewInfo& view, int type) {
-  for (const ViewPage& page : view.vcPages) {
-    for (const CameraGridStruct& window : page.vcWindows) {
-      if (window.enum_resource_type_ == type && !IsElementKnown(type, window.id_element_)) return true;
-    }
-  }
-  return false;
-}
-
-}  // namespace
 
 bool CViewGroupManager::AnalysisViewGroupInitData(const std::string& data, std::string& cascadingErrorInfo,
                                                   ViewGroupTable& groups, std::list<ViewGroupInfo>& changes) {
-  std::list<ViewGroupInfo> read;
-  ChangeNumber completeUpTo = 0;
-  if (!ReadViewGroups(data, cascadingErrorInfo, read, completeUpTo)) return false;
-  for (const ViewGroupInfo& group : read) groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
-  changes.splice(changes.end(), read);
+  const auto list = ReadGroupList(data, cascadingErrorInfo);
+  if (!list) return false;
+  for (const ViewGroupInfo& group : list->groups)
+    groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
+  changes.insert(changes.end(), list->groups.begin(), list->groups.end());
   return true;
 }
 
-bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cascadingErrorInfo,
-                                       std::list<ViewGroupInfo>& groups, ChangeNumber& completeUpTo) {
-  if (data.empty()) return true;
+std::optional<CViewGroupManager::GroupList> CViewGroupManager::ReadGroupList(const std::string& data,
+                                                                             std::string& cascadingErrorInfo) {
+  GroupList list;
+  if (data.empty()) return list;
   NetLink::CRapidJsonProto document;
   document.set_str(data);
   ErrorCode error;
@@ -46,34 +34,30 @@ bool CViewGroupManager::ReadViewGroups(const std::string& data, std::string& cas
   if (!isUsable) {
     QORVI_LOG_ERROR("QorviViewPlugin::CViewGroupManager::AnalysisViewGroupInitData",
                     "AnalysisViewGroupInitData_Error:%d", error.GetSubError());
-    return false;
+    return std::nullopt;
   }
-  completeUpTo = ReadDataNumber(document);
-  PathCursor at(document, "/ResponseStatus/Data/ViewGroupList/");
-  const int count = at.Count("ViewGroup");
-  for (int n = 1; n <= count; ++n) {
-    const auto level = at.Enter("ViewGroup", n);
-    groups.push_back(ReadViewGroup(at, DocumentOrigin::Download));
-  }
-  return true;
+  list.completeUpTo = ReadDataNumber(document);
+  ReadViewGroups(document, DocumentOrigin::Download, list.groups);
+  return list;
 }
 
 bool CViewGroupManager::AnalysisViewInitData(const std::string& data, std::string& cascadingErrorInfo, ViewTable& views,
                                              std::list<ViewInfo>& changes) {
-  ViewsOfList read;
-  if (!ReadViews(data, cascadingErrorInfo, read, &changes)) return false;
-  std::vector<std::shared_ptr<CView>> unnumbered;
-  for (const auto& view : read.views) {
-    if (view->Info()->nChangeNumber == 0) unnumbered.push_back(view);
+  const auto list = ReadViews(data, cascadingErrorInfo);
+  if (!list) return false;
+  MembersByGroup members;
+  for (const auto& view : list->views) {
+    const auto info = view->Info();
+    changes.push_back(*info);
+    if (info->nChangeNumber == 0) members[info->idViewGroup].Append(view);
+    views.emplace(info->idView, view);
   }
-  MembersByGroup members = MembersOf(unnumbered);
-  for (const auto& view : read.views) views.emplace(view->GetID(), view);
   JoinGroups(std::move(members));
   return true;
 }
 
-bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadingErrorInfo, ViewsOfList& list,
-                                  std::list<ViewInfo>* changes) {
+std::optional<CViewGroupManager::ViewsOfList> CViewGroupManager::ReadViews(const std::string& data,
+                                                                           std::string& cascadingErrorInfo) {
   ErrorCode error;
   ViewList read;
   const bool isUsable = ReadViewList(data, error, read);
@@ -81,23 +65,15 @@ bool CViewGroupManager::ReadViews(const std::string& data, std::string& cascadin
   if (!isUsable) {
     QORVI_LOG_ERROR("QorviViewPlugin::CViewGroupManager::AnalysisViewInitData", "AnalysisViewInitData_Error:%d",
                     error.GetSubError());
-    return false;
+    return std::nullopt;
   }
+  ViewsOfList list;
   list.completeUpTo = read.completeUpTo;
   PendingChecks pending = PendingChecksOf(read.views);
   list.views.reserve(read.views.size());
-  for (ViewInfo& info : read.views) {
-    if (changes) changes->push_back(info);
-    list.views.push_back(std::make_shared<CView>(std::move(info)));
-  }
+  for (ViewInfo& info : read.views) list.views.push_back(std::make_shared<CView>(std::move(info)));
   if (!pending.empty()) SetPendingChecks(pending);
-  return true;
-}
-
-CViewGroupManager::MembersByGroup CViewGroupManager::MembersOf(const std::vector<std::shared_ptr<CView>>& views) {
-  MembersByGroup members;
-  for (const auto& view : views) members[view->GetViewGroupID()].Append(view);
-  return members;
+  return list;
 }
 
 void CViewGroupManager::JoinGroups(MembersByGroup members) {
@@ -128,28 +104,27 @@ void CViewGroupManager::AnalysisExtendInfo(const std::string& extendInfo, Camera
 }
 
 void CViewGroupManager::LoadViewGroups(const std::string& data, std::string& cascadingErrorInfo) {
-  std::list<ViewGroupInfo> read;
-  ChangeNumber completeUpTo = 0;
-  if (!ReadViewGroups(data, cascadingErrorInfo, read, completeUpTo)) return;
+  const auto list = ReadGroupList(data, cascadingErrorInfo);
+  if (!list) return;
   ViewGroupTable groups;
-  for (const ViewGroupInfo& group : read) groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
+  for (const ViewGroupInfo& group : list->groups)
+    groups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
   WriteLock lock(m_groupLock);
-  if (completeUpTo == 0 || (mapViewGroups.empty() && m_groupOrder.IsBlank())) {
+  if (list->completeUpTo == 0 || (mapViewGroups.empty() && m_groupOrder.IsBlank())) {
     mapViewGroups.merge(groups);
   } else {
-    TakeLoadedViewGroups(read, completeUpTo);
+    TakeLoadedViewGroups(*list);
   }
-  m_groupOrder.StartFrom(completeUpTo);
+  m_groupOrder.StartFrom(list->completeUpTo);
 }
 
-void CViewGroupManager::TakeLoadedViewGroups(const std::list<ViewGroupInfo>& groups, ChangeNumber completeUpTo) {
+void CViewGroupManager::TakeLoadedViewGroups(const GroupList& list) {
   std::set<unsigned int> listed;
-  for (const ViewGroupInfo& group : groups) listed.insert(group.idViewGroup);
-  for (auto entry = mapViewGroups.begin(); entry != mapViewGroups.end();) {
-    const bool goes = !listed.contains(entry->first) && m_groupOrder.NumberOf(entry->first) <= completeUpTo;
-    entry = goes ? mapViewGroups.erase(entry) : std::next(entry);
-  }
-  for (const ViewGroupInfo& group : groups) {
+  for (const ViewGroupInfo& group : list.groups) listed.insert(group.idViewGroup);
+  std::erase_if(mapViewGroups, [&](const auto& entry) REQUIRES(m_groupLock) {
+    return !listed.contains(entry.first) && m_groupOrder.NumberOf(entry.first) <= list.completeUpTo;
+  });
+  for (const ViewGroupInfo& group : list.groups) {
     if (group.nChangeNumber == 0) {
       mapViewGroups.emplace(group.idViewGroup, std::make_shared<CViewGroup>(group));
     } else if (m_groupOrder.IsNews(group.idViewGroup, group.nChangeNumber)) {
@@ -159,14 +134,17 @@ void CViewGroupManager::TakeLoadedViewGroups(const std::list<ViewGroupInfo>& gro
 }
 
 void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadingErrorInfo) {
-  ViewsOfList list;
-  if (!ReadViews(data, cascadingErrorInfo, list, nullptr)) return;
-  MembersByGroup members = MembersOf(list.views);
+  const auto list = ReadViews(data, cascadingErrorInfo);
+  if (!list) return;
+  MembersByGroup members;
   CachedViews table;
-  table.reserve(list.views.size());
-  for (const auto& view : list.views) table.emplace(view->GetID(), view);
+  table.reserve(list->views.size());
+  for (const auto& view : list->views) {
+    members[view->GetViewGroupID()].Append(view);
+    table.emplace(view->GetID(), view);
+  }
   MutexLock order(m_viewOrderLock);
-  bool mergesFreely = list.completeUpTo == 0;
+  bool mergesFreely = list->completeUpTo == 0;
   {
     WriteLock lock(m_viewLock);
     mergesFreely = mergesFreely || (mapViews.empty() && m_viewOrder.IsBlank());
@@ -179,30 +157,27 @@ void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadin
   if (mergesFreely) {
     JoinGroups(std::move(members));
   } else {
-    TakeLoadedViews(list);
+    TakeLoadedViews(*list);
   }
-  m_viewOrder.StartFrom(list.completeUpTo);
+  m_viewOrder.StartFrom(list->completeUpTo);
 }
 
 std::list<ViewInfo> CViewGroupManager::MissedViewChanges(const std::string& data) {
   std::list<ViewInfo> changes;
   std::string ignoredError;
-  ViewsOfList list;
-  if (!ReadViews(data, ignoredError, list, nullptr) || list.completeUpTo == 0) return changes;
+  const auto list = ReadViews(data, ignoredError);
+  if (!list || list->completeUpTo == 0) return changes;
   std::unordered_set<unsigned int> listed;
-  for (const auto& view : list.views) listed.insert(view->GetID());
+  for (const auto& view : list->views) listed.insert(view->GetID());
   MutexLock order(m_viewOrderLock);
   {
     ReadLock lock(m_viewLock);
     for (const auto& [id, view] : mapViews) {
-      if (listed.contains(id) || !m_viewOrder.IsNews(id, list.completeUpTo)) continue;
-      ViewInfo& gone = changes.emplace_back();
-      gone.idView = id;
-      gone.nMethod = ChangeDeleted;
-      gone.nChangeNumber = list.completeUpTo;
+      if (listed.contains(id) || !m_viewOrder.IsNews(id, list->completeUpTo)) continue;
+      changes.push_back({.idView = id, .nMethod = ChangeDeleted, .nChangeNumber = list->completeUpTo});
     }
   }
-  for (const auto& view : list.views) {
+  for (const auto& view : list->views) {
     const auto info = view->Info();
     if (!m_viewOrder.IsNews(info->idView, info->nChangeNumber)) continue;
     changes.push_back(*info);
@@ -214,23 +189,19 @@ std::list<ViewInfo> CViewGroupManager::MissedViewChanges(const std::string& data
 std::list<ViewGroupInfo> CViewGroupManager::MissedViewGroupChanges(const std::string& data) {
   std::list<ViewGroupInfo> changes;
   std::string ignoredError;
-  std::list<ViewGroupInfo> read;
-  ChangeNumber completeUpTo = 0;
-  if (!ReadViewGroups(data, ignoredError, read, completeUpTo) || completeUpTo == 0) return changes;
+  const auto list = ReadGroupList(data, ignoredError);
+  if (!list || list->completeUpTo == 0) return changes;
   std::set<unsigned int> listed;
-  for (const ViewGroupInfo& group : read) listed.insert(group.idViewGroup);
+  for (const ViewGroupInfo& group : list->groups) listed.insert(group.idViewGroup);
   ReadLock lock(m_groupLock);
-  for (const ViewGroupInfo& group : read) {
+  for (const ViewGroupInfo& group : list->groups) {
     if (!m_groupOrder.IsNews(group.idViewGroup, group.nChangeNumber)) continue;
     changes.push_back(group);
     changes.back().nMethod = FindViewGroup(group.idViewGroup) ? ChangeModified : ChangeAdded;
   }
   for (const auto& [id, group] : mapViewGroups) {
-    if (listed.contains(id) || !m_groupOrder.IsNews(id, completeUpTo)) continue;
-    ViewGroupInfo& gone = changes.emplace_back();
-    gone.idViewGroup = id;
-    gone.nMethod = ChangeDeleted;
-    gone.nChangeNumber = completeUpTo;
+    if (listed.contains(id) || !m_groupOrder.IsNews(id, list->completeUpTo)) continue;
+    changes.push_back({.idViewGroup = id, .nMethod = ChangeDeleted, .nChangeNumber = list->completeUpTo});
   }
   return changes;
 }

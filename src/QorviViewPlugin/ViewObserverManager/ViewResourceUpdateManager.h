@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The registry of observers that want to hear of changes to views and view groups.
+// The registry of observers that want to hear of changes to views and view groups. What they are told is decided in
+// ViewDataManager/.
 #pragma once
 
 #include <map>

@@ -15,23 +15,11 @@
 namespace QorviViewPlugin {
 
 class CAPABILITY("mutex") Mutex {
- public:
-  Mutex() = default;
-  Mutex(const Mutex&) = delete;
-  Mutex& operator=(const Mutex&) = delete;
-
- private:
   friend class MutexLock;
   boost::mutex m_mutex;
 };
 
 class CAPABILITY("shared_mutex") SharedMutex {
- public:
-  SharedMutex() = default;
-  SharedMutex(const SharedMutex&) = delete;
-  SharedMutex& operator=(const SharedMutex&) = delete;
-
- private:
   friend class ReadLock;
   friend class WriteLock;
   boost::shared_mutex m_mutex;

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <iostream>
 #include <iterator>
-#include <memory>
 
 #include "host/Client.h"
 #include "host/JsonText.h"
@@ -46,10 +45,8 @@ int RunCall(const GlobalOptions& options, const CallOptions& call) {
 
 }  // namespace
 
-void AddCallCommand(CLI::App& app, Chosen& chosen) {
-  const auto call = std::make_shared<CallOptions>();
-  CLI::App* command = AddCommand(app, chosen, "call", "one exchange; its response on stdout",
-                                 [call](const GlobalOptions& options) { return RunCall(options, *call); });
+void AddCallCommand(CLI::App& app, Run& chosen) {
+  const auto [command, call] = AddCommand(app, chosen, "call", "one exchange; its response on stdout", RunCall);
   command->add_option("FUNCTION", call->function, "its name")->required();
   command->add_option("JSON", call->request, "the request; \"-\" reads it from stdin");
 }

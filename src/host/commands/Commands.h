@@ -5,7 +5,9 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "host/Options.h"
 
@@ -13,25 +15,36 @@ namespace host {
 
 using Run = std::function<int(const GlobalOptions&)>;
 
-// The command a line has chosen.
-struct Chosen {
-  Run run;
-};
+void AddTreeCommand(CLI::App& app, Run& chosen);
+void AddShowCommand(CLI::App& app, Run& chosen);
+void AddDrawCommand(CLI::App& app, Run& chosen);
+void AddReportCommand(CLI::App& app, Run& chosen);
+void AddCallCommand(CLI::App& app, Run& chosen);
+void AddScriptCommand(CLI::App& app, Run& chosen);
+void AddWatchCommand(CLI::App& app, Run& chosen);
+void AddUsersCommand(CLI::App& app, Run& chosen);
+void AddExportCommand(CLI::App& app, Run& chosen);
+void AddImportCommand(CLI::App& app, Run& chosen);
+void AddServeCommand(CLI::App& app, Run& chosen);
+void AddDemoCommand(CLI::App& app, Run& chosen);
 
-void AddTreeCommand(CLI::App& app, Chosen& chosen);
-void AddShowCommand(CLI::App& app, Chosen& chosen);
-void AddDrawCommand(CLI::App& app, Chosen& chosen);
-void AddReportCommand(CLI::App& app, Chosen& chosen);
-void AddCallCommand(CLI::App& app, Chosen& chosen);
-void AddScriptCommand(CLI::App& app, Chosen& chosen);
-void AddWatchCommand(CLI::App& app, Chosen& chosen);
-void AddUsersCommand(CLI::App& app, Chosen& chosen);
-void AddExportCommand(CLI::App& app, Chosen& chosen);
-void AddImportCommand(CLI::App& app, Chosen& chosen);
-void AddServeCommand(CLI::App& app, Chosen& chosen);
-void AddDemoCommand(CLI::App& app, Chosen& chosen);
+// Adds a subcommand; `chosen` becomes its `run` where the line names it.
+inline CLI::App* AddCommand(CLI::App& app, Run& chosen, const std::string& name, const std::string& help, Run run) {
+  CLI::App* command = app.add_subcommand(name, help);
+  command->fallthrough();
+  command->callback([&chosen, run = std::move(run)] { chosen = run; });
+  return command;
+}
 
-// Adds a subcommand that becomes the chosen one; `run` is called with the global options.
-CLI::App* AddCommand(CLI::App& app, Chosen& chosen, const std::string& name, const std::string& help, Run run);
+// The same for a command with options of its own, which `run` gets as the line leaves them. Answers where to add them.
+template <class Options>
+std::pair<CLI::App*, std::shared_ptr<Options>> AddCommand(CLI::App& app, Run& chosen, const std::string& name,
+                                                          const std::string& help,
+                                                          int (*run)(const GlobalOptions&, const Options&)) {
+  auto own = std::make_shared<Options>();
+  CLI::App* command =
+      AddCommand(app, chosen, name, help, [run, own](const GlobalOptions& options) { return run(options, *own); });
+  return {command, std::move(own)};
+}
 
 }  // namespace host

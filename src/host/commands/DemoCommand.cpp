@@ -64,7 +64,7 @@ int RunDemo(const GlobalOptions& options) {
 
 }  // namespace
 
-void AddDemoCommand(CLI::App& app, Chosen& chosen) {
+void AddDemoCommand(CLI::App& app, Run& chosen) {
   AddCommand(app, chosen, "demo", "a tour over a sample site, with a server and two users of its own", RunDemo);
 }
 

@@ -4,7 +4,6 @@
 #include <QString>
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <optional>
 
 #include "host/Client.h"
@@ -76,10 +75,8 @@ int RunDraw(const GlobalOptions& options, const DrawOptions& draw) {
 
 }  // namespace
 
-void AddDrawCommand(CLI::App& app, Chosen& chosen) {
-  const auto draw = std::make_shared<DrawOptions>();
-  CLI::App* command = AddCommand(app, chosen, "draw", "a page of a view as a picture, or as text",
-                                 [draw](const GlobalOptions& options) { return RunDraw(options, *draw); });
+void AddDrawCommand(CLI::App& app, Run& chosen) {
+  const auto [command, draw] = AddCommand(app, chosen, "draw", "a page of a view as a picture, or as text", RunDraw);
   command->add_option("ID", draw->id, "the view")->required();
   command->add_option("-o", draw->output, "the picture's file, .svg or .png; without it the page is printed as text")
       ->type_name("FILE");

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl export: views and folders as a file for another server.
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <set>
 
@@ -57,22 +56,19 @@ class Export {
   Export(const Plugin& plugin, const ViewTree& tree) : m_plugin(plugin), m_tree(tree) {}
 
   PortableFile Everything() {
-    std::vector<size_t> all(m_tree.folders.size());
-    for (size_t i = 0; i < all.size(); ++i) all[i] = i;
+    std::set<size_t> all;
+    for (size_t i = 0; i < m_tree.folders.size(); ++i) all.insert(i);
     return Collect(all, {});
   }
 
   PortableFile Of(const Selection& selection) {
-    std::vector<size_t> folders;
-    std::set<size_t> taken;
+    std::set<size_t> whole;
     // Folders stand behind the one they lie in, so one pass finds all that lie in a chosen one.
     for (size_t i = 0; i < m_tree.folders.size(); ++i) {
       const TreeFolder& folder = m_tree.folders[i];
-      if (selection.groups.count(folder.id) == 0 && taken.count(folder.parent) == 0) continue;
-      taken.insert(i);
-      folders.push_back(i);
+      if (selection.groups.contains(folder.id) || whole.contains(folder.parent)) whole.insert(i);
     }
-    return Collect(folders, selection.views);
+    return Collect(whole, selection.views);
   }
 
   size_t LeftOut() const { return m_leftOut; }
@@ -80,9 +76,8 @@ class Export {
   const std::string& WithReplacedBytes() const { return m_withReplacedBytes; }
 
  private:
-  PortableFile Collect(const std::vector<size_t>& folders, const std::set<std::string>& views) {
+  PortableFile Collect(const std::set<size_t>& whole, const std::set<std::string>& views) {
     PortableFile file;
-    const std::set<size_t> whole(folders.begin(), folders.end());
     std::vector<std::pair<const TreeView*, Place>> wanted;
     for (size_t i = 0; i < m_tree.folders.size(); ++i) {
       const Place place{m_tree.folders[i].kind, m_tree.PathOf(i)};
@@ -169,10 +164,9 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
 
 }  // namespace
 
-void AddExportCommand(CLI::App& app, Chosen& chosen) {
-  const auto wanted = std::make_shared<ExportOptions>();
-  CLI::App* command = AddCommand(app, chosen, "export", "views and folders as a file for any server",
-                                 [wanted](const GlobalOptions& options) { return RunExport(options, *wanted); });
+void AddExportCommand(CLI::App& app, Run& chosen) {
+  const auto [command, wanted] =
+      AddCommand(app, chosen, "export", "views and folders as a file for any server", RunExport);
   command->add_option("ID", wanted->ids, "views and groups, view:ID and group:ID where a number means both; else all");
   command->add_option("-o", wanted->output, "the file; \"-\" is stdout")->type_name("FILE")->required();
 }

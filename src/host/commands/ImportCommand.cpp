@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <memory>
 
 #include "host/Client.h"
 #include "host/Ids.h"
@@ -187,10 +186,9 @@ int RunImport(const GlobalOptions& options, const ImportOptions& wanted) {
 
 }  // namespace
 
-void AddImportCommand(CLI::App& app, Chosen& chosen) {
-  const auto wanted = std::make_shared<ImportOptions>();
-  CLI::App* command = AddCommand(app, chosen, "import", "what such a file holds and is not there yet",
-                                 [wanted](const GlobalOptions& options) { return RunImport(options, *wanted); });
+void AddImportCommand(CLI::App& app, Run& chosen) {
+  const auto [command, wanted] =
+      AddCommand(app, chosen, "import", "what such a file holds and is not there yet", RunImport);
   command->add_option("FILE", wanted->file, "written by export")->required();
   command->add_option("--into", wanted->into, "puts everything below this group")->type_name("GROUP");
   command->add_flag("--dry-run", wanted->dryRun, "only say what would be made");

@@ -4,7 +4,6 @@
 #include <QUrl>
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <optional>
 
 #include "host/Client.h"
@@ -100,10 +99,9 @@ int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {
 
 }  // namespace
 
-void AddReportCommand(CLI::App& app, Chosen& chosen) {
-  const auto wanted = std::make_shared<ReportOptions>();
-  CLI::App* command = AddCommand(app, chosen, "report", "all views and where resources are shown, as a page to read",
-                                 [wanted](const GlobalOptions& options) { return RunReport(options, *wanted); });
+void AddReportCommand(CLI::App& app, Run& chosen) {
+  const auto [command, wanted] =
+      AddCommand(app, chosen, "report", "all views and where resources are shown, as a page to read", RunReport);
   command->add_option("-o", wanted->output, "one HTML file with everything in it; \"-\" is stdout")->type_name("FILE");
   command
       ->add_option("--into-folder", wanted->folder, "index.html and a file of drawings for each view, for large sites")

@@ -2,7 +2,6 @@
 // viewctl script: JSON lines in, JSON lines out.
 #include <fstream>
 #include <iostream>
-#include <memory>
 
 #include "host/Client.h"
 #include "host/JsonText.h"
@@ -84,7 +83,12 @@ class Script {
   bool m_hadWrongLine = false;
 };
 
-int RunScript(const GlobalOptions& options, const std::string& file) {
+struct ScriptOptions {
+  std::string file = "-";
+};
+
+int RunScript(const GlobalOptions& options, const ScriptOptions& script) {
+  const std::string& file = script.file;
   std::ifstream stream;
   if (file != "-") {
     stream.open(file, std::ios::binary);
@@ -97,11 +101,10 @@ int RunScript(const GlobalOptions& options, const std::string& file) {
 
 }  // namespace
 
-void AddScriptCommand(CLI::App& app, Chosen& chosen) {
-  const auto file = std::make_shared<std::string>("-");
-  CLI::App* command = AddCommand(app, chosen, "script", "JSON lines, each answered with one line on stdout",
-                                 [file](const GlobalOptions& options) { return RunScript(options, *file); });
-  command->add_option("FILE", *file, "the lines; \"-\" or nothing reads them from stdin");
+void AddScriptCommand(CLI::App& app, Run& chosen) {
+  const auto [command, script] =
+      AddCommand(app, chosen, "script", "JSON lines, each answered with one line on stdout", RunScript);
+  command->add_option("FILE", script->file, "the lines; \"-\" or nothing reads them from stdin");
 }
 
 }  // namespace host

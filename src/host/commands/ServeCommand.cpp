@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl serve: the embedded server alone.
 #include <cstdio>
-#include <memory>
 #include <thread>
 
 #include "host/Connection.h"
@@ -47,10 +46,8 @@ int RunServe(const GlobalOptions& options, const ServeOptions& serve) {
 
 }  // namespace
 
-void AddServeCommand(CLI::App& app, Chosen& chosen) {
-  const auto serve = std::make_shared<ServeOptions>();
-  CLI::App* command = AddCommand(app, chosen, "serve", "the embedded server alone, until Ctrl-C",
-                                 [serve](const GlobalOptions& options) { return RunServe(options, *serve); });
+void AddServeCommand(CLI::App& app, Run& chosen) {
+  const auto [command, serve] = AddCommand(app, chosen, "serve", "the embedded server alone, until Ctrl-C", RunServe);
   command->add_option("--listen", serve->listen, "where to listen; port 0 picks one")
       ->type_name("HOST:PORT")
       ->capture_default_str();

@@ -2,7 +2,6 @@
 // viewctl show: one view in full.
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 #include "host/Client.h"
 #include "host/Ids.h"
@@ -54,10 +53,8 @@ int RunShow(const GlobalOptions& options, const ShowOptions& show) {
 
 }  // namespace
 
-void AddShowCommand(CLI::App& app, Chosen& chosen) {
-  const auto show = std::make_shared<ShowOptions>();
-  CLI::App* command = AddCommand(app, chosen, "show", "one view in full",
-                                 [show](const GlobalOptions& options) { return RunShow(options, *show); });
+void AddShowCommand(CLI::App& app, Run& chosen) {
+  const auto [command, show] = AddCommand(app, chosen, "show", "one view in full", RunShow);
   command->add_option("ID", show->id, "the view")->required();
   command->add_flag("--json", show->json, "as the plugin answers it, in UTF-8");
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl tree: the folders and the views in them.
 #include <cstdio>
-#include <memory>
 
 #include "host/Client.h"
 #include "host/TreeText.h"
@@ -11,22 +10,24 @@
 namespace host {
 namespace {
 
-int RunTree(const GlobalOptions& options, bool json) {
+struct TreeOptions {
+  bool json = false;
+};
+
+int RunTree(const GlobalOptions& options, const TreeOptions& wanted) {
   Client client(options, Texts::kTranslated);
   client.Load();
   const ViewTree tree = ReadViewTree(client.Functions());
-  const std::string text = json ? TreeJson(tree) + "\n" : DescribeTree(tree);
+  const std::string text = wanted.json ? TreeJson(tree) + "\n" : DescribeTree(tree);
   std::fwrite(text.data(), 1, text.size(), stdout);
   return kDone;
 }
 
 }  // namespace
 
-void AddTreeCommand(CLI::App& app, Chosen& chosen) {
-  const auto json = std::make_shared<bool>(false);
-  CLI::App* command = AddCommand(app, chosen, "tree", "the folders and the views in them",
-                                 [json](const GlobalOptions& options) { return RunTree(options, *json); });
-  command->add_flag("--json", *json, "as JSON");
+void AddTreeCommand(CLI::App& app, Run& chosen) {
+  const auto [command, tree] = AddCommand(app, chosen, "tree", "the folders and the views in them", RunTree);
+  command->add_flag("--json", tree->json, "as JSON");
 }
 
 }  // namespace host

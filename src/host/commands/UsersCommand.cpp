@@ -25,7 +25,7 @@ int RunUsers(const GlobalOptions& options) {
 
 }  // namespace
 
-void AddUsersCommand(CLI::App& app, Chosen& chosen) {
+void AddUsersCommand(CLI::App& app, Run& chosen) {
   AddCommand(app, chosen, "users", "the users that views can be shared with", RunUsers);
 }
 

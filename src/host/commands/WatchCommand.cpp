@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl watch: change notices as they come.
-#include <memory>
 #include <set>
 
 #include "host/Client.h"
@@ -54,8 +53,6 @@ class Watch {
   std::set<std::pair<int, std::string>> m_watched;
 };
 
-constexpr int kChildAdded = 3;
-
 int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
   if (!watched.all && watched.views.empty() && watched.groups.empty()) {
     throw Failure(kUsage, "Say what to watch: --view ID, --group ID or --all");
@@ -87,10 +84,9 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
 
 }  // namespace
 
-void AddWatchCommand(CLI::App& app, Chosen& chosen) {
-  const auto watched = std::make_shared<WatchOptions>();
-  CLI::App* command = AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C",
-                                 [watched](const GlobalOptions& options) { return RunWatch(options, *watched); });
+void AddWatchCommand(CLI::App& app, Run& chosen) {
+  const auto [command, watched] =
+      AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C", RunWatch);
   command->add_option("--view", watched->views, "a view to watch")->type_name("ID")->expected(1)->take_all();
   command->add_option("--group", watched->groups, "a group to watch")->type_name("ID")->expected(1)->take_all();
   command->add_flag("--all", watched->all, "the top level and everything there is or comes to be");

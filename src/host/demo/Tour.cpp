@@ -26,8 +26,6 @@ constexpr const char* kTopLevelInNotices = "4294967295";
 constexpr int kViewType = ResourceData::ResourceTypeView;
 constexpr int kGroupType = ResourceData::ResourceTypeViewGroup;
 
-enum State : int { kRenamed = 2, kChildAdded = 3, kChildRemoved = 4, kChanged = 7 };
-
 constexpr std::chrono::milliseconds kNoticeLimit{5000};
 
 // Two cameras side by side.
@@ -69,7 +67,7 @@ std::string InWords(const Notice& notice) {
   }
 }
 
-Notice Event(const std::string& id, State state, const std::string& childId = {}) {
+Notice Event(const std::string& id, NoticeState state, const std::string& childId = {}) {
   Notice notice(id, state);
   notice.child_id = childId;
   return notice;

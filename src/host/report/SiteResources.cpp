@@ -79,10 +79,10 @@ void ResourceIndex::Add(const drawing::Page& page, size_t view) {
 
 void ResourceIndex::AddWindow(const drawing::Window& window, const Use& use) {
   const QString word = drawing::WordOf(window.type);
-  if (window.kind == drawing::Kind::kEmpty) return;
-  const bool isPage = window.kind == drawing::Kind::kWebPage && !window.text.isEmpty();
+  if (window.kind == drawing::WindowKind::kEmpty) return;
+  const bool isPage = window.kind == drawing::WindowKind::kWebPage && !window.text.isEmpty();
   // A map is called by its kind, whatever its name is.
-  const QString name = window.kind == drawing::Kind::kMap ? QString() : window.name;
+  const QString name = window.kind == drawing::WindowKind::kMap ? QString() : window.name;
   AddUse(word, isPage ? window.text : window.id, isPage ? QString() : name, use);
   if (window.related) {
     AddUse(window.related->word, QString::number(window.related->id), window.related->name,

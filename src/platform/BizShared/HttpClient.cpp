@@ -36,12 +36,16 @@ bool EqualsIgnoringCase(std::string_view left, std::string_view right) {
   return left.size() == right.size() && curl_strnequal(left.data(), right.data(), left.size());
 }
 
+// Without the white space around it.
+std::string_view Trimmed(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  return text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
+}
+
 // Whether a Content-Type, parameters and all, names JSON: application/json, or a type that is made of it.
 bool IsJsonType(std::string_view type) {
   static constexpr std::string_view kSuffix = "+json";
-  type = type.substr(0, type.find(';'));
-  type.remove_prefix(std::min(type.find_first_not_of(" \t"), type.size()));
-  type = type.substr(0, type.find_last_not_of(" \t") + 1);
+  type = Trimmed(type.substr(0, type.find(';')));
   return EqualsIgnoringCase(type, "application/json") || EqualsIgnoringCase(type, "text/json") ||
          (type.size() > kSuffix.size() && EqualsIgnoringCase(type.substr(type.size() - kSuffix.size()), kSuffix));
 }
@@ -270,12 +274,9 @@ size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* s
     return length;
   }
   if (line == "\r\n" || line == "\n") lane.m_headComplete = true;
-  if (line.size() < kSequence.size() || !curl_strnequal(line.data(), kSequence.data(), kSequence.size())) return length;
-  line.remove_prefix(kSequence.size());
-  line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-  line.remove_suffix(line.size() - std::min(line.find_last_not_of(" \t\r\n") + 1, line.size()));
+  if (!EqualsIgnoringCase(line.substr(0, kSequence.size()), kSequence)) return length;
   try {
-    lane.m_reply.resourceSequence = line;
+    lane.m_reply.resourceSequence = Trimmed(line.substr(kSequence.size()));
   } catch (...) {
     return 0;
   }
@@ -300,11 +301,8 @@ HttpClient::HttpClient() {
 }
 
 HttpClient::~HttpClient() {
-  if (details::IsForkedChild()) {
-    details::LeaveToParent(m_idle);  // closing would say good-bye on the parent's connections
-  } else {
-    CloseIdle();
-  }
+  // Closing would say good-bye on the parent's connections.
+  if (details::IsForkedChild()) details::LeaveToParent(m_idle);
 }
 
 HttpReply HttpClient::Perform(const HttpRequest& request) {

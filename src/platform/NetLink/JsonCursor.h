@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "NetLink/JsonPath.h"
 #include "json/MemberFinder.h"
 
 namespace NetLink {

@@ -23,8 +23,6 @@ class NETLINK_API CRapidJsonProto {
  public:
   CRapidJsonProto();
   ~CRapidJsonProto();
-  CRapidJsonProto(const CRapidJsonProto&) = delete;
-  CRapidJsonProto& operator=(const CRapidJsonProto&) = delete;
 
   // Parses `text`, replacing the document; false when it is not JSON as a whole (anything behind the value, a NUL too,
   // is an error, and so is a number that a double cannot hold), after which the document is new.

@@ -3,6 +3,7 @@
 
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -38,7 +39,11 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
  public:
   ListHandler(const std::string& text, const TextStream& stream, const ListNames& names, bool withElements,
               ListDocument& document)
-      : m_text(text), m_stream(stream), m_names(names), m_withElements(withElements), m_document(document) {}
+      : m_text(text),
+        m_stream(stream),
+        m_path{"", "ResponseStatus", "Data", names.list, names.element},
+        m_withElements(withElements),
+        m_document(document) {}
 
   bool Null() { return Scalar(std::nullopt); }
   bool Bool(bool) { return Scalar(std::nullopt); }
@@ -60,7 +65,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
 
   bool StartObject() {
     if (m_elementDepth == 0 && IsListElement()) BeginElement();
-    if (m_elementDepth == 0) Descend(IsOnPath());
+    if (m_elementDepth == 0 && m_matched < kPathLength - 1 && IsOnPath()) ++m_matched;
     ++m_depth;
     return true;
   }
@@ -74,14 +79,12 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   }
   bool EndObject(rapidjson::SizeType) {
     --m_depth;
-    if (m_elementDepth != 0) {
-      if (m_depth + 1 == m_elementDepth) {
-        EndElement();
-      } else {
-        EndMember(1);
-      }
-    } else if (m_matched > m_depth) {
-      m_matched = m_depth;
+    if (m_elementDepth == 0) {
+      m_matched = std::min(m_matched, m_depth);
+    } else if (m_depth + 1 == m_elementDepth) {
+      EndElement();
+    } else {
+      EndMember(1);
     }
     return true;
   }
@@ -94,30 +97,10 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
 
  private:
   static constexpr std::string_view kChangeNumber = "ChangeNumber";
-  // Names on the way: the root itself, "ResponseStatus", "Data", the list, the elements.
   static constexpr size_t kPathLength = 5;
 
   // Whether the value that now begins continues the path.
-  bool IsOnPath() const {
-    if (m_matched != m_depth) return false;
-    switch (m_depth) {
-      case 0:
-        return true;
-      case 1:
-        return m_key == "ResponseStatus";
-      case 2:
-        return m_key == "Data";
-      case 3:
-        return m_key == m_names.list;
-      case 4:
-        return m_key == m_names.element;
-      default:
-        return false;
-    }
-  }
-  void Descend(bool onPath) {
-    if (onPath && m_matched < kPathLength - 1) ++m_matched;
-  }
+  bool IsOnPath() const { return m_matched == m_depth && (m_depth == 0 || m_key == m_path[m_depth]); }
   bool IsListElement() {
     if (m_arrayDepth != 0) return m_depth == m_arrayDepth;
     if (m_listSeen || m_depth != kPathLength - 1 || !IsOnPath()) return false;
@@ -190,7 +173,7 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
 
   const std::string& m_text;
   const TextStream& m_stream;
-  const ListNames& m_names;
+  const std::string_view m_path[kPathLength];  // the root, which has no name, and the names on the way
   const bool m_withElements;
   ListDocument& m_document;
 

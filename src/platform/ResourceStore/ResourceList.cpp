@@ -69,20 +69,10 @@ std::shared_ptr<const std::string> ResourceList::Text() {
 }
 
 void ResourceList::Set(std::string reply, uint64_t number) {
-  auto text = std::make_shared<const std::string>(std::move(reply));
-  Clear();
-  m_number = number;
-  m_text = std::move(text);
-}
-
-void ResourceList::Clear() {
-  m_text.reset();
-  m_split = false;
-  m_saysNumber = false;
-  m_number = 0;
-  m_elements.clear();
-  m_index.clear();
-  m_removed = 0;
+  ResourceList fresh(m_names);
+  fresh.m_text = std::make_shared<const std::string>(std::move(reply));
+  fresh.m_number = number;
+  *this = std::move(fresh);
 }
 
 bool ResourceList::Apply(const std::string& change, uint64_t number, ListElement& element) {

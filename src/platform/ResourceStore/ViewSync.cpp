@@ -11,6 +11,7 @@
 #include "BizShared/details/RequestContext.h"
 #include "BizShared/details/ServerRequest.h"
 #include "VantBase/Log.h"
+#include "base/Mutex.h"
 
 namespace ResourceStore {
 
@@ -29,6 +30,9 @@ constexpr const char* kModule = "Platform";
 constexpr int kGone = 410;
 constexpr int kTransportError = 1, kNoMemory = 27;  // as the transport says it
 
+base::Mutex s_timingsMutex;
+details::StreamTimings s_timings GUARDED_BY(s_timingsMutex);
+
 // Nothing may be thrown out of the thread: want of memory ends the step.
 template <class Step>
 void WithoutThrowing(Step step) noexcept {
@@ -39,6 +43,16 @@ void WithoutThrowing(Step step) noexcept {
 }
 
 }  // namespace
+
+void details::SetStreamTimings(const StreamTimings& timings) {
+  base::MutexLock lock(s_timingsMutex);
+  s_timings = timings;
+}
+
+details::StreamTimings details::GetStreamTimings() {
+  base::MutexLock lock(s_timingsMutex);
+  return s_timings;
+}
 
 milliseconds ViewSync::Backoff::Next() {
   return std::exchange(m_next, std::min(m_next * 2, m_longest));

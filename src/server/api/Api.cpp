@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/api/Api.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -8,30 +9,74 @@
 #include <optional>
 #include <string_view>
 
-#include "server/api/ListReply.h"
-#include "server/api/Query.h"
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
 #include "server/login/Secrets.h"
+#include "server/model/Refusal.h"
 
 namespace server {
 
-struct Api::Exchange {
+namespace {
+
+// One request on its way: who asks, and the id in its path.
+struct Exchange {
+  Site& site;
+  LoginGuard& guard;
   const HttpRequest& request;
   Caller caller;
   int32_t id = 0;
 };
 
-struct Api::Route {
+struct Route {
   std::string_view method;
   std::string_view path;  // below kRoot; "#" stands for an id
-  HttpReply (Api::*act)(const Exchange&);
+  HttpReply (*act)(const Exchange&);
   bool needsSession = true;
 };
 
-namespace {
-
 constexpr size_t kSlowBody = size_t{256} << 10;
+constexpr size_t kChunk = size_t{256} << 10;
+
+// A list reply, put together from its elements' stored texts while it is sent.
+class ListReply : public BodySource {
+ public:
+  explicit ListReply(ElementList list) : m_list(std::move(list)) {
+    m_length = m_prefix.size() + m_suffix.size();
+    for (const auto& [head, document] : m_list.elements) {
+      m_length += head->size() + (document ? document->size() : 0) + 1;
+    }
+    if (!m_list.elements.empty()) m_length += m_list.elements.size() - 1;  // commas
+  }
+
+  uint64_t Length() const override { return m_length; }
+
+  bool Next(std::string& chunk) override {
+    const size_t count = m_list.elements.size();
+    chunk.clear();
+    if (m_suffixSent) return false;
+    if (m_next == 0) chunk = m_prefix;
+    for (; m_next < count && chunk.size() < kChunk; ++m_next) {
+      const auto& [head, document] = m_list.elements[m_next];
+      if (m_next > 0) chunk += ',';
+      chunk += *head;
+      if (document) chunk += *document;
+      chunk += '}';
+    }
+    if (m_next == count && chunk.size() < kChunk) {
+      chunk += m_suffix;
+      m_suffixSent = true;
+    }
+    return true;
+  }
+
+ private:
+  const ElementList m_list;
+  const std::string m_prefix = ListPrefix(m_list.kind, m_list.changeNumber);
+  const std::string m_suffix = ListSuffix();
+  uint64_t m_length = 0;
+  size_t m_next = 0;  // the element to send next
+  bool m_suffixSent = false;
+};
 
 HttpReply Reply(std::string body) {
   HttpReply reply;
@@ -43,10 +88,6 @@ bool IsLogin(const HttpRequest& request) {
   return request.method == "POST" && request.path == std::string(kRoot) + "V0/Sessions";
 }
 
-HttpReply Done() {
-  return Reply(Envelope("{}"));
-}
-
 HttpReply ReplyWith(ElementList list) {
   HttpReply reply;
   reply.headers.emplace_back("Resource-Sequence", std::to_string(list.changeNumber));
@@ -54,7 +95,11 @@ HttpReply ReplyWith(ElementList list) {
   return reply;
 }
 
-HttpReply Refused(const Refusal& refusal) {
+HttpReply ReplyWith(const char* name, std::initializer_list<wire::Member> members) {
+  return Reply(Envelope(std::string("{\"") + name + "\":{" + wire::Members(members) + "}}"));
+}
+
+HttpReply RefusedReply(const Refusal& refusal) {
   HttpReply reply = Reply(Envelope(refusal));
   reply.status = refusal.httpStatus;
   reply.headers.emplace_back("Error-Detail", refusal.detail);
@@ -69,61 +114,190 @@ Match MatchPath(std::string_view pattern, std::string_view path, int32_t& id) {
   const std::string_view before = pattern.substr(0, hole);
   const std::string_view after = pattern.substr(hole + 1);
   if (path.size() <= before.size() + after.size()) return Match::kNo;
-  if (path.substr(0, hole) != before || path.substr(path.size() - after.size()) != after) return Match::kNo;
+  if (!path.starts_with(before) || !path.ends_with(after)) return Match::kNo;
   const std::string text(path.substr(hole, path.size() - before.size() - after.size()));
   if (text.find('/') != std::string::npos) return Match::kNo;
   if (text.find_first_not_of("0123456789", text[0] == '-' ? 1 : 0) != std::string::npos || text == "-") {
     return Match::kBadId;
   }
-  id = json::Id(text).value_or(-1);  // a number that no id can have: no such thing
+  id = wire::Id(text).value_or(-1);  // a number that no id can have: no such thing
   return Match::kYes;
+}
+
+int HexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string Decoded(std::string_view text) {
+  std::string decoded;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '%') {
+      decoded += text[i];
+      continue;
+    }
+    const int high = i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
+    const int low = i + 2 < text.size() ? HexDigit(text[i + 2]) : -1;
+    if (high < 0 || low < 0) throw Refusal::Malformed("the query is not well encoded");
+    decoded += static_cast<char>(high * 16 + low);
+    i += 2;
+  }
+  return decoded;
+}
+
+// The value of the first parameter of that name in `name=value` pairs joined by "&", percent-encoded.
+std::optional<std::string> Parameter(std::string_view query, std::string_view name) {
+  while (!query.empty()) {
+    const std::string_view pair = query.substr(0, query.find('&'));
+    query.remove_prefix(std::min(pair.size() + 1, query.size()));
+    const size_t equals = pair.find('=');
+    if (pair.substr(0, equals) != name) continue;
+    return equals == std::string_view::npos ? std::string() : Decoded(pair.substr(equals + 1));
+  }
+  return std::nullopt;
 }
 
 int64_t ReadChangeNumber(const std::optional<std::string>& text) {
   if (!text || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
-    throw Malformed("After is not the number of a change");
+    throw Refusal::Malformed("After is not the number of a change");
   }
   int64_t number = 0;
-  if (std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc()) throw ChangesGone();
+  if (std::from_chars(text->data(), text->data() + text->size(), number).ec != std::errc())
+    throw Refusal::ChangesGone();
   return number;
 }
 
 HttpReply Changed(int64_t number) {
-  std::string data = "{";
-  AppendChangeNumber(data, number);
-  return Reply(Envelope(data + '}'));
+  return Reply(Envelope('{' + wire::Members({{kChangeNumber, std::to_string(number)}}) + '}'));
 }
 
 HttpReply AddedReply(const char* kind, const Added& added) {
-  std::string data = std::string("{\"") + kind + "\":{";
-  json::AppendMember(data, "ID", added.id);
-  AppendChangeNumber(data += "},", added.changeNumber);
-  return Reply(Envelope(data + '}'));
+  return Reply(Envelope(std::string("{\"") + kind + "\":{" + wire::Members({{"ID", added.id}}) + "}," +
+                        wire::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
+}
+
+HttpReply Login(const Exchange& exchange) {
+  const LoginInput login = ReadLoginBody(exchange.request.body);
+  const std::optional<User> user = exchange.site.FindUser(login.userName);
+  const std::string& peer = exchange.request.peer;
+  if (!exchange.guard.Admits(login.userName, peer) ||
+      !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
+    HttpReply reply = RefusedReply(Refusal::BadLogin());
+    reply.delay = exchange.guard.Failed(login.userName, peer);
+    return reply;
+  }
+  exchange.guard.Succeeded(login.userName);
+  const std::string token = exchange.site.OpenSession(user->id, login.clientName.substr(0, 256));
+  return ReplyWith("Session", {{"Token", token}, {"UserID", user->id}, {"UserName", user->name}});
+}
+
+HttpReply Logout(const Exchange& exchange) {
+  exchange.site.CloseSession(exchange.caller);
+  return Reply(Envelope("{}"));
+}
+
+HttpReply Changes(const Exchange& exchange) {
+  HttpReply reply;
+  reply.events = exchange.site.OpenFeed(exchange.caller, ReadChangeNumber(Parameter(exchange.request.query, "After")));
+  return reply;
+}
+
+HttpReply ShareView(const Exchange& exchange) {
+  const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
+  std::string list;
+  for (const ShareFailure& failure : exchange.site.ShareView(exchange.caller, exchange.id, users)) {
+    wire::AppendObject(list, {{"UserID", failure.userId},
+                              {"UserName", failure.userName},
+                              {"ErrorModule", failure.reason.module},
+                              {"ErrorCode", failure.reason.code}});
+  }
+  return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
+}
+
+HttpReply GetDefaultView(const Exchange& exchange) {
+  const DefaultView view = exchange.site.GetDefaultView(exchange.caller);
+  return ReplyWith("Config", {{"Type", view.type}, {"ID", view.id}});
+}
+
+HttpReply SetDefaultView(const Exchange& exchange) {
+  exchange.site.SetDefaultView(exchange.caller, ReadDefaultViewBody(exchange.request.body));
+  return Reply(Envelope("{}"));
+}
+
+HttpReply ListUsers(const Exchange& exchange) {
+  std::string list;
+  for (const User& user : exchange.site.Users()) {
+    wire::AppendObject(
+        list,
+        {{"ID", user.id}, {"Name", user.name}, {"Online", user.online ? 1 : 0}, {"PTZControlPermission", user.ptz}});
+  }
+  return Reply(Envelope(R"({"UserList":{"User":[)" + list + "]}}"));
+}
+
+HttpReply ListElements(const Exchange& exchange) {
+  ElementFilter filter;
+  if (const auto type = Parameter(exchange.request.query, "Type")) {
+    filter.type = wire::Id(*type);
+    if (!filter.type) throw Refusal::Malformed("Type is not a number");
+  }
+  if (const auto ids = Parameter(exchange.request.query, "IDs")) filter.ids = wire::IdList(*ids);
+  return Reply(Envelope(exchange.site.ElementsData(filter)));
+}
+
+constexpr Route kRoutes[] = {
+    {"POST", "V0/Sessions", Login, false},
+    {"DELETE", "V0/Sessions/Current", Logout},
+    {"GET", "V0/ViewGroups", [](const Exchange& e) { return ReplyWith(e.site.Groups(e.caller)); }},
+    {"POST", "V0/ViewGroups",
+     [](const Exchange& e) {
+       return AddedReply("ViewGroup", e.site.AddGroup(e.caller, ReadGroupBody(e.request.body)));
+     }},
+    {"PUT", "V0/ViewGroups/Move",
+     [](const Exchange& e) {
+       return Changed(e.site.MoveGroups(e.caller, ReadMoveBody(ObjectKind::kGroup, e.request.body)));
+     }},
+    {"PUT", "V0/ViewGroups/#",
+     [](const Exchange& e) { return Changed(e.site.ReplaceGroup(e.caller, e.id, ReadGroupBody(e.request.body))); }},
+    {"DELETE", "V0/ViewGroups/#", [](const Exchange& e) { return Changed(e.site.DeleteGroup(e.caller, e.id)); }},
+    {"GET", "V0/Views", [](const Exchange& e) { return ReplyWith(e.site.Views(e.caller)); }},
+    {"POST", "V0/Views",
+     [](const Exchange& e) { return AddedReply("View", e.site.AddView(e.caller, ReadViewBody(e.request.body))); }},
+    {"PUT", "V0/Views/Move",
+     [](const Exchange& e) {
+       return Changed(e.site.MoveViews(e.caller, ReadMoveBody(ObjectKind::kView, e.request.body)));
+     }},
+    {"PUT", "V0/Views/#",
+     [](const Exchange& e) { return Changed(e.site.ReplaceView(e.caller, e.id, ReadViewBody(e.request.body))); }},
+    {"DELETE", "V0/Views/#", [](const Exchange& e) { return Changed(e.site.DeleteView(e.caller, e.id)); }},
+    {"POST", "V1/View/#/Share", ShareView},
+    {"GET", "V1/View/Default/Config", GetDefaultView},
+    {"PUT", "V1/View/Default/Config", SetDefaultView},
+    {"GET", "V0/Changes", Changes},
+    {"GET", "V0/Users", ListUsers},
+    {"GET", "V0/Elements", ListElements},
+    {"GET", "V0/Areas", [](const Exchange& e) { return Reply(Envelope(e.site.AreasData())); }},
+};
+
+const Route& FindRoute(const HttpRequest& request, int32_t& id) {
+  std::string_view path = request.path;
+  if (!path.starts_with(kRoot)) throw Refusal::UnknownPath();
+  path.remove_prefix(kRoot.size());
+  bool otherMethod = false;
+  bool badId = false;
+  for (const Route& route : kRoutes) {
+    const Match match = MatchPath(route.path, path, id);
+    if (match == Match::kYes && route.method == request.method) return route;
+    otherMethod = otherMethod || match == Match::kYes;
+    badId = badId || match == Match::kBadId;
+  }
+  if (otherMethod) throw Refusal::Malformed("this path does not have that method");
+  if (badId) throw Refusal::Malformed("the id in the path is not a number");
+  throw Refusal::UnknownPath();
 }
 
 }  // namespace
-
-const Api::Route Api::kRoutes[] = {
-    {"POST", "V0/Sessions", &Api::Login, false},
-    {"DELETE", "V0/Sessions/Current", &Api::Logout},
-    {"GET", "V0/ViewGroups", &Api::ListGroups},
-    {"POST", "V0/ViewGroups", &Api::AddGroup},
-    {"PUT", "V0/ViewGroups/Move", &Api::MoveGroups},
-    {"PUT", "V0/ViewGroups/#", &Api::ReplaceGroup},
-    {"DELETE", "V0/ViewGroups/#", &Api::DeleteGroup},
-    {"GET", "V0/Views", &Api::ListViews},
-    {"POST", "V0/Views", &Api::AddView},
-    {"PUT", "V0/Views/Move", &Api::MoveViews},
-    {"PUT", "V0/Views/#", &Api::ReplaceView},
-    {"DELETE", "V0/Views/#", &Api::DeleteView},
-    {"POST", "V1/View/#/Share", &Api::ShareView},
-    {"GET", "V1/View/Default/Config", &Api::GetDefaultView},
-    {"PUT", "V1/View/Default/Config", &Api::SetDefaultView},
-    {"GET", "V0/Changes", &Api::Changes},
-    {"GET", "V0/Users", &Api::ListUsers},
-    {"GET", "V0/Elements", &Api::ListElements},
-    {"GET", "V0/Areas", &Api::ListAreas},
-};
 
 HttpReply Api::Handle(const HttpRequest& request) {
   try {
@@ -131,35 +305,22 @@ HttpReply Api::Handle(const HttpRequest& request) {
   } catch (const Refusal& refusal) {
     return Refused(refusal);
   } catch (const std::bad_alloc&) {
-    return Refused(NoMemory());
+    return Refused(Refusal::NoMemory());
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
-    return Refused(InternalError());
+    return Refused(Refusal::InternalError());
   }
 }
 
 HttpReply Api::Answer(const HttpRequest& request) {
-  Exchange exchange{request, {}, 0};
-  const Route& route = FindRoute(request, exchange);
+  Exchange exchange{m_site, m_guard, request, {}};
+  const Route& route = FindRoute(request, exchange.id);
   if (route.needsSession) exchange.caller = m_site.Authenticate(request.token);
-  return (this->*route.act)(exchange);
+  return route.act(exchange);
 }
 
-const Api::Route& Api::FindRoute(const HttpRequest& request, Exchange& exchange) const {
-  std::string_view path = request.path;
-  if (path.substr(0, kRoot.size()) != kRoot) throw UnknownPath();
-  path.remove_prefix(kRoot.size());
-  bool otherMethod = false;
-  bool badId = false;
-  for (const Route& route : kRoutes) {
-    const Match match = MatchPath(route.path, path, exchange.id);
-    if (match == Match::kYes && route.method == request.method) return route;
-    otherMethod = otherMethod || match == Match::kYes;
-    badId = badId || match == Match::kBadId;
-  }
-  if (otherMethod) throw Malformed("this path does not have that method");
-  if (badId) throw Malformed("the id in the path is not a number");
-  throw UnknownPath();
+HttpReply Api::Refused(const Refusal& refusal) {
+  return RefusedReply(refusal);
 }
 
 int32_t Api::UserOf(const HttpRequest& request) {
@@ -182,143 +343,6 @@ uint64_t Api::BodyLimit(const HttpRequest& request) {
 
 bool Api::IsSlow(const HttpRequest& request) {
   return request.body.size() > kSlowBody || IsLogin(request);
-}
-
-HttpReply Api::AnswerMalformed() {
-  return Refused(Malformed("not an HTTP request"));
-}
-
-HttpReply Api::AnswerTooLarge() {
-  return Refused(TooLarge());
-}
-
-HttpReply Api::AnswerTooMany() {
-  return Refused(TooManyConnections());
-}
-
-HttpReply Api::AnswerNoMemory() {
-  return Refused(NoMemory());
-}
-
-HttpReply Api::Login(const Exchange& exchange) {
-  const LoginInput login = ReadLoginBody(exchange.request.body);
-  const std::optional<User> user = m_site.FindUser(login.userName);
-  const std::string& peer = exchange.request.peer;
-  if (!m_guard.Admits(login.userName, peer) ||
-      !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
-    HttpReply reply = Refused(BadLogin());
-    reply.delay = m_guard.Failed(login.userName, peer);
-    return reply;
-  }
-  m_guard.Succeeded(login.userName);
-  std::string data = "{\"Session\":{";
-  json::AppendMember(data, "Token", m_site.OpenSession(user->id, login.clientName.substr(0, 256)));
-  json::AppendMember(data += ',', "UserID", user->id);
-  json::AppendMember(data += ',', "UserName", user->name);
-  return Reply(Envelope(data + "}}"));
-}
-
-HttpReply Api::Logout(const Exchange& exchange) {
-  m_site.CloseSession(exchange.caller);
-  return Done();
-}
-
-HttpReply Api::ListViews(const Exchange& exchange) {
-  return ReplyWith(m_site.Views(exchange.caller));
-}
-
-HttpReply Api::ListGroups(const Exchange& exchange) {
-  return ReplyWith(m_site.Groups(exchange.caller));
-}
-
-HttpReply Api::Changes(const Exchange& exchange) {
-  HttpReply reply;
-  reply.events = m_site.OpenFeed(exchange.caller, ReadChangeNumber(Parameter(exchange.request.query, "After")));
-  return reply;
-}
-
-HttpReply Api::AddView(const Exchange& exchange) {
-  return AddedReply("View", m_site.AddView(exchange.caller, ReadViewBody(exchange.request.body)));
-}
-
-HttpReply Api::ReplaceView(const Exchange& exchange) {
-  return Changed(m_site.ReplaceView(exchange.caller, exchange.id, ReadViewBody(exchange.request.body)));
-}
-
-HttpReply Api::DeleteView(const Exchange& exchange) {
-  return Changed(m_site.DeleteView(exchange.caller, exchange.id));
-}
-
-HttpReply Api::MoveViews(const Exchange& exchange) {
-  return Changed(m_site.MoveViews(exchange.caller, ReadMoveBody(Kind::kView, exchange.request.body)));
-}
-
-HttpReply Api::ShareView(const Exchange& exchange) {
-  const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
-  std::string list;
-  for (const ShareFailure& failure : m_site.ShareView(exchange.caller, exchange.id, users)) {
-    json::AppendMember(list += list.empty() ? "{" : ",{", "UserID", failure.userId);
-    json::AppendMember(list += ',', "UserName", failure.userName);
-    json::AppendMember(list += ',', "ErrorModule", failure.reason.module);
-    json::AppendMember(list += ',', "ErrorCode", failure.reason.code);
-    list += '}';
-  }
-  return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
-}
-
-HttpReply Api::AddGroup(const Exchange& exchange) {
-  return AddedReply("ViewGroup", m_site.AddGroup(exchange.caller, ReadGroupBody(exchange.request.body)));
-}
-
-HttpReply Api::ReplaceGroup(const Exchange& exchange) {
-  return Changed(m_site.ReplaceGroup(exchange.caller, exchange.id, ReadGroupBody(exchange.request.body)));
-}
-
-HttpReply Api::DeleteGroup(const Exchange& exchange) {
-  return Changed(m_site.DeleteGroup(exchange.caller, exchange.id));
-}
-
-HttpReply Api::MoveGroups(const Exchange& exchange) {
-  return Changed(m_site.MoveGroups(exchange.caller, ReadMoveBody(Kind::kGroup, exchange.request.body)));
-}
-
-HttpReply Api::GetDefaultView(const Exchange& exchange) {
-  const DefaultView view = m_site.GetDefaultView(exchange.caller);
-  std::string data = "{\"Config\":{";
-  json::AppendMember(data, "Type", view.type);
-  json::AppendMember(data += ',', "ID", view.id);
-  return Reply(Envelope(data + "}}"));
-}
-
-HttpReply Api::SetDefaultView(const Exchange& exchange) {
-  m_site.SetDefaultView(exchange.caller, ReadDefaultViewBody(exchange.request.body));
-  return Done();
-}
-
-HttpReply Api::ListUsers(const Exchange&) {
-  std::string list;
-  for (const User& user : m_site.Users()) {
-    json::AppendMember(list += list.empty() ? "{" : ",{", "ID", user.id);
-    json::AppendMember(list += ',', "Name", user.name);
-    json::AppendMember(list += ',', "Online", user.online ? 1 : 0);
-    json::AppendMember(list += ',', "PTZControlPermission", user.ptz);
-    list += '}';
-  }
-  return Reply(Envelope(R"({"UserList":{"User":[)" + list + "]}}"));
-}
-
-HttpReply Api::ListElements(const Exchange& exchange) {
-  ElementFilter filter;
-  if (const auto type = Parameter(exchange.request.query, "Type")) {
-    filter.type = json::Id(*type);
-    if (!filter.type) throw Malformed("Type is not a number");
-  }
-  if (const auto ids = Parameter(exchange.request.query, "IDs")) filter.ids = json::IdList(*ids);
-  return Reply(Envelope(m_site.ElementsData(filter)));
-}
-
-HttpReply Api::ListAreas(const Exchange&) {
-  return Reply(Envelope(m_site.AreasData()));
 }
 
 }  // namespace server

@@ -21,37 +21,10 @@ class Api : public HttpHandler {
   uint64_t BodyLimit(const HttpRequest& request) override;
   bool IsSlow(const HttpRequest& request) override;
   int32_t UserOf(const HttpRequest& request) override;
-  HttpReply AnswerMalformed() override;
-  HttpReply AnswerTooLarge() override;
-  HttpReply AnswerTooMany() override;
-  HttpReply AnswerNoMemory() override;
+  HttpReply Refused(const Refusal& refusal) override;
 
  private:
-  struct Exchange;  // one request on its way: who asks, and the id in its path
-  struct Route;
-  static const Route kRoutes[];
-  const Route& FindRoute(const HttpRequest& request, Exchange& exchange) const;
   HttpReply Answer(const HttpRequest& request);
-
-  HttpReply Login(const Exchange& exchange);
-  HttpReply Logout(const Exchange& exchange);
-  HttpReply ListViews(const Exchange& exchange);
-  HttpReply ListGroups(const Exchange& exchange);
-  HttpReply Changes(const Exchange& exchange);
-  HttpReply AddView(const Exchange& exchange);
-  HttpReply ReplaceView(const Exchange& exchange);
-  HttpReply DeleteView(const Exchange& exchange);
-  HttpReply MoveViews(const Exchange& exchange);
-  HttpReply ShareView(const Exchange& exchange);
-  HttpReply AddGroup(const Exchange& exchange);
-  HttpReply ReplaceGroup(const Exchange& exchange);
-  HttpReply DeleteGroup(const Exchange& exchange);
-  HttpReply MoveGroups(const Exchange& exchange);
-  HttpReply GetDefaultView(const Exchange& exchange);
-  HttpReply SetDefaultView(const Exchange& exchange);
-  HttpReply ListUsers(const Exchange& exchange);
-  HttpReply ListElements(const Exchange& exchange);
-  HttpReply ListAreas(const Exchange& exchange);
 
   Site& m_site;
   LoginGuard m_guard;

@@ -11,10 +11,9 @@ ChangeLog::ChangeLog(Database& database, uint64_t keep)
       m_keep(static_cast<int64_t>(std::min<uint64_t>(keep, std::numeric_limits<int32_t>::max()))) {
   Query last(m_database, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
   if (last.Next()) m_last = last.Int64(0);
-  Query oldest(m_database, "SELECT min(number) FROM changes");
+  Query oldest(m_database, "SELECT coalesce(min(number), ?) FROM changes WHERE number > 0", m_last + 1);
   oldest.Next();
-  m_oldest = std::max<int64_t>(oldest.Int64(0), 0);
-  if (m_oldest == 0) m_oldest = m_last + 1;
+  m_oldest = oldest.Int64(0);
 }
 
 void ChangeLog::Append(const std::vector<Change>& changes) {
@@ -53,7 +52,7 @@ std::vector<Change> ChangeLog::Read(int64_t number, size_t limit, size_t maxByte
   for (size_t bytes = 0; changes.size() < limit && bytes < maxBytes && query.Next();) {
     Change& change = changes.emplace_back();
     change.number = query.Int64(0);
-    change.kind = static_cast<Kind>(query.Int(1));
+    change.kind = static_cast<ObjectKind>(query.Int(1));
     change.id = query.Int(2);
     change.sessionId = query.Int64(3);
     change.contentChanged = query.Int(4) != 0;

@@ -9,13 +9,12 @@
 #include <limits>
 #include <sstream>
 #include <stdexcept>
-#include <string_view>
 #include <unordered_set>
 
 #include "json/ParseText.h"
 #include "server/model/Refusal.h"
 
-namespace server::json {
+namespace server::wire {
 
 namespace {
 
@@ -32,20 +31,27 @@ void CheckShape(const std::string& text) {
   bool inString = false;
   for (size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
-    if (c == '\0') throw Malformed("the body is not JSON");
+    if (c == '\0') throw Refusal::Malformed("the body is not JSON");
     if (inString) {
       if (c == '"') inString = false;
       if (c != '\\') continue;
-      if (IsHalfEscape(text, i, "cdefCDEF")) throw Malformed("the body is not UTF-8");
+      if (IsHalfEscape(text, i, "cdefCDEF")) throw Refusal::Malformed("the body is not UTF-8");
       i += IsHalfEscape(text, i, "89abAB") ? 11 : 1;  // the parser wants a second half behind a first one
     } else if (c == '"') {
       inString = true;
     } else if (c == '{' || c == '[') {
-      if (++depth > kMaxJsonDepth) throw Malformed("the body is nested too deep");
+      if (++depth > kMaxJsonDepth) throw Refusal::Malformed("the body is nested too deep");
     } else if (c == '}' || c == ']') {
       --depth;
     }
   }
+}
+
+void AppendQuoted(std::string& out, std::string_view text) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  out.append(buffer.GetString(), buffer.GetSize());
 }
 
 }  // namespace
@@ -53,8 +59,9 @@ void CheckShape(const std::string& text) {
 rapidjson::Document Parse(const std::string& text) {
   CheckShape(text);
   rapidjson::Document document;
-  if (!::json::Parse<rapidjson::kParseValidateEncodingFlag>(text, document)) throw Malformed("the body is not JSON");
-  if (!document.IsObject()) throw Malformed("the body is not a JSON object");
+  if (!::json::Parse<rapidjson::kParseValidateEncodingFlag>(text, document))
+    throw Refusal::Malformed("the body is not JSON");
+  if (!document.IsObject()) throw Refusal::Malformed("the body is not a JSON object");
   return document;
 }
 
@@ -77,7 +84,7 @@ const rapidjson::Value* Find(const rapidjson::Value& object, const char* key) {
 
 const rapidjson::Value& ObjectMember(const rapidjson::Value& object, const char* key) {
   const rapidjson::Value* member = Find(object, key);
-  if (member == nullptr || !member->IsObject()) throw Malformed("an object that the request needs is missing");
+  if (member == nullptr || !member->IsObject()) throw Refusal::Malformed("an object that the request needs is missing");
   return *member;
 }
 
@@ -86,21 +93,21 @@ const rapidjson::Value& ObjectMember(const rapidjson::Value& object, const char*
 int32_t Int(const rapidjson::Value& object, const char* key, std::optional<int32_t> absent) {
   const rapidjson::Value* member = Find(object, key);
   if (member == nullptr) {
-    if (!absent) throw Malformed("a number that the request needs is missing");
+    if (!absent) throw Refusal::Malformed("a number that the request needs is missing");
     return *absent;
   }
   if (member->IsInt()) return member->GetInt();
   if (member->IsUint()) return static_cast<int32_t>(member->GetUint());
-  throw Malformed("a value is not a number of 32 bits");
+  throw Refusal::Malformed("a value is not a number of 32 bits");
 }
 
 std::string String(const rapidjson::Value& object, const char* key, std::optional<std::string> absent) {
   const rapidjson::Value* member = Find(object, key);
   if (member == nullptr) {
-    if (!absent) throw Malformed("a text that the request needs is missing");
+    if (!absent) throw Refusal::Malformed("a text that the request needs is missing");
     return *absent;
   }
-  if (!member->IsString()) throw Malformed("a value is not a text");
+  if (!member->IsString()) throw Refusal::Malformed("a value is not a text");
   return {member->GetString(), member->GetStringLength()};
 }
 
@@ -119,27 +126,28 @@ std::vector<int32_t> IdList(const std::string& text) {
   for (size_t begin = 0; begin <= text.size();) {
     const size_t comma = std::min(text.find(',', begin), text.size());
     const std::optional<int32_t> id = Id(text.substr(begin, comma - begin));
-    if (!id) throw Malformed("a list of ids is ids joined by commas");
+    if (!id) throw Refusal::Malformed("a list of ids is ids joined by commas");
     if (seen.insert(*id).second) ids.push_back(*id);
     begin = comma + 1;
   }
   return ids;
 }
 
-void AppendQuoted(std::string& out, const std::string& text) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  out.append(buffer.GetString(), buffer.GetSize());
+std::string Members(std::initializer_list<Member> members) {
+  std::string text;
+  for (const auto& [key, value] : members) {
+    text.append(text.empty() ? "\"" : ",\"").append(key).append("\":");
+    if (const auto* number = std::get_if<int32_t>(&value)) {
+      text += std::to_string(*number);
+    } else {
+      AppendQuoted(text, std::get<std::string_view>(value));
+    }
+  }
+  return text;
 }
 
-void AppendMember(std::string& out, const char* key, const std::string& text) {
-  out.append("\"").append(key).append("\":");
-  AppendQuoted(out, text);
-}
-
-void AppendMember(std::string& out, const char* key, int32_t number) {
-  out.append("\"").append(key).append("\":").append(std::to_string(number));
+void AppendObject(std::string& elements, std::initializer_list<Member> members) {
+  elements.append(elements.empty() ? "{" : ",{").append(Members(members)).append("}");
 }
 
 std::string Serialise(const rapidjson::Value& value) {
@@ -149,4 +157,4 @@ std::string Serialise(const rapidjson::Value& value) {
   return {buffer.GetString(), buffer.GetSize()};
 }
 
-}  // namespace server::json
+}  // namespace server::wire

@@ -7,11 +7,14 @@
 #include <rapidjson/document.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <variant>
 #include <vector>
 
-namespace server::json {
+namespace server::wire {
 
 constexpr int kMaxJsonDepth = 100;
 
@@ -33,9 +36,13 @@ std::string String(const rapidjson::Value& object, const char* key, std::optiona
 std::vector<int32_t> IdList(const std::string& text);
 std::optional<int32_t> Id(const std::string& text);
 
-void AppendQuoted(std::string& out, const std::string& text);
-void AppendMember(std::string& out, const char* key, const std::string& text);  // `"key":"text"`
-void AppendMember(std::string& out, const char* key, int32_t number);           // `"key":number`
+struct Member {
+  const char* key;
+  std::variant<int32_t, std::string_view> value;
+};
+std::string Members(std::initializer_list<Member> members);  // `"key":number,"key":"text"`
+// Adds an object to the elements of an array.
+void AppendObject(std::string& elements, std::initializer_list<Member> members);
 std::string Serialise(const rapidjson::Value& value);
 
-}  // namespace server::json
+}  // namespace server::wire

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the server answers: elements, lists, events, and the envelope around all of them.
+// The pieces of which answers are made: elements, lists, events, and the envelope around all of them.
 #pragma once
 
 #include <string>
@@ -11,7 +11,6 @@ namespace server {
 
 // The member that holds a change number, as decimal text.
 constexpr char kChangeNumber[] = "ChangeNumber";
-void AppendChangeNumber(std::string& out, int64_t number);
 
 // An element up to what follows: the document of a view, the closing brace of a group.
 std::string GroupHead(const Group& group);
@@ -23,8 +22,8 @@ std::string Envelope(const std::string& data);
 std::string Envelope(const Refusal& refusal);
 // What stands before and after the elements of a list reply, which says up to which change it is complete, and before
 // and after the one element of an event.
-std::string ListPrefix(Kind kind, int64_t changeNumber);
-std::string EventPrefix(Kind kind);
+std::string ListPrefix(ObjectKind kind, int64_t changeNumber);
+std::string EventPrefix(ObjectKind kind);
 std::string ListSuffix();
 
 }  // namespace server

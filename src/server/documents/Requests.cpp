@@ -45,7 +45,7 @@ void TurnIntoText(Value& value, Allocator& allocator) {
   if (value.IsNumber()) {
     text = NumberText(value);
   } else if (!value.IsNull()) {
-    throw Malformed("a window's order or digital zoom is neither a text nor a number");
+    throw Refusal::Malformed("a window's order or digital zoom is neither a text nor a number");
   }
   value.SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
 }
@@ -55,9 +55,9 @@ template <class Use>
 void ForEachObject(Value& object, const char* key, const Use& use) {
   const auto it = object.FindMember(key);
   if (it == object.MemberEnd() || it->value.IsNull()) return;
-  if (!it->value.IsArray()) throw Malformed("the pages or windows are not a list");
+  if (!it->value.IsArray()) throw Refusal::Malformed("the pages or windows are not a list");
   for (Value& entry : it->value.GetArray()) {
-    if (!entry.IsObject()) throw Malformed("a page or window is not an object");
+    if (!entry.IsObject()) throw Refusal::Malformed("a page or window is not an object");
     use(entry);
   }
 }
@@ -76,7 +76,7 @@ std::string DocumentOf(const Value& view) {
   std::string document;
   for (const auto& member : view.GetObject()) {
     if (IsOneOf(member.name, kServersOwn)) continue;
-    document.append(",").append(json::Serialise(member.name)).append(":").append(json::Serialise(member.value));
+    document.append(",").append(wire::Serialise(member.name)).append(":").append(wire::Serialise(member.value));
   }
   return document;
 }
@@ -85,71 +85,71 @@ std::string DocumentOf(const Value& view) {
 
 ViewInput ReadView(Value& element, Allocator& allocator) {
   ViewInput view;
-  view.name = json::String(element, "Name");
+  view.name = wire::String(element, "Name");
   CheckName(view.name);
-  view.groupId = json::Int(element, "ViewGroupID", kTopFolder);
-  view.userId = json::Int(element, "UserID", kNobody);
-  view.autoCycle = json::Int(element, "AutoCycle", -1);
-  view.cycleTime = json::Int(element, "CycleTime", -1);
+  view.folderId = wire::Int(element, "ViewGroupID", kTopFolder);
+  view.userId = wire::Int(element, "UserID", kNobody);
+  view.autoCycle = wire::Int(element, "AutoCycle", -1);
+  view.cycleTime = wire::Int(element, "CycleTime", -1);
   NormaliseWindows(element, allocator);
   view.document = DocumentOf(element);
   return view;
 }
 
 std::string WithoutServersOwn(const std::string& document) try {
-  return document.empty() ? document : DocumentOf(json::Parse('{' + document.substr(1) + '}'));
+  return document.empty() ? document : DocumentOf(wire::Parse('{' + document.substr(1) + '}'));
 } catch (const Refusal&) {
   return document;
 }
 
 GroupInput ReadGroup(const Value& element) {
   GroupInput group;
-  group.name = json::String(element, "Name");
+  group.name = wire::String(element, "Name");
   CheckName(group.name);
-  group.parentId = json::Int(element, "ParentViewGroupID", kTopFolder);
-  group.userId = json::Int(element, "UserID", kNobody);
-  group.sharedFolder = json::Int(element, "IsSharedView", -1) == 1;
+  group.folderId = wire::Int(element, "ParentViewGroupID", kTopFolder);
+  group.userId = wire::Int(element, "UserID", kNobody);
+  group.sharedFolder = wire::Int(element, "IsSharedView", -1) == 1;
   return group;
 }
 
 ViewInput ReadViewBody(const std::string& body) {
-  rapidjson::Document document = json::Parse(body);
-  json::ObjectMember(document, "View");  // there, and an object
+  rapidjson::Document document = wire::Parse(body);
+  wire::ObjectMember(document, "View");  // there, and an object
   return ReadView(document.FindMember("View")->value, document.GetAllocator());
 }
 
 GroupInput ReadGroupBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  return ReadGroup(json::ObjectMember(document, "ViewGroup"));
+  const rapidjson::Document document = wire::Parse(body);
+  return ReadGroup(wire::ObjectMember(document, "ViewGroup"));
 }
 
-MoveInput ReadMoveBody(Kind kind, const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  const Value& request = json::ObjectMember(document, "ViewMoveRequest");
-  const int32_t type = kind == Kind::kView ? 1 : 2;
-  if (json::Int(request, "Type", type) != type) throw Malformed("the type of a move does not fit its path");
-  json::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
-  return {json::Int(request, "ViewGroupID"), json::IdList(json::String(request, "IDs"))};
+MoveInput ReadMoveBody(ObjectKind kind, const std::string& body) {
+  const rapidjson::Document document = wire::Parse(body);
+  const Value& request = wire::ObjectMember(document, "ViewMoveRequest");
+  const int32_t type = kind == ObjectKind::kView ? 1 : 2;
+  if (wire::Int(request, "Type", type) != type) throw Refusal::Malformed("the type of a move does not fit its path");
+  wire::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
+  return {wire::Int(request, "ViewGroupID"), wire::IdList(wire::String(request, "IDs"))};
 }
 
 std::vector<int32_t> ReadShareBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  std::vector<int32_t> users = json::IdList(json::String(json::ObjectMember(document, "ViewShare"), "ShareUsers"));
-  if (users.size() > kMaxShareUsers) throw TooLarge();
+  const rapidjson::Document document = wire::Parse(body);
+  std::vector<int32_t> users = wire::IdList(wire::String(wire::ObjectMember(document, "ViewShare"), "ShareUsers"));
+  if (users.size() > kMaxShareUsers) throw Refusal::TooLarge();
   return users;
 }
 
 DefaultView ReadDefaultViewBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  const Value& request = json::ObjectMember(document, "ViewRequest");
-  return {json::Int(request, "Type"), json::Int(request, "ID")};
+  const rapidjson::Document document = wire::Parse(body);
+  const Value& request = wire::ObjectMember(document, "ViewRequest");
+  return {wire::Int(request, "Type"), wire::Int(request, "ID")};
 }
 
 LoginInput ReadLoginBody(const std::string& body) {
-  const rapidjson::Document document = json::Parse(body);
-  const Value& session = json::ObjectMember(document, "Session");
-  return {json::String(session, "UserName"), json::String(session, "Password"),
-          json::String(session, "ClientName", "")};
+  const rapidjson::Document document = wire::Parse(body);
+  const Value& session = wire::ObjectMember(document, "Session");
+  return {wire::String(session, "UserName"), wire::String(session, "Password"),
+          wire::String(session, "ClientName", "")};
 }
 
 }  // namespace server

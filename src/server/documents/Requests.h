@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What clients send, read and checked for its form. Readers throw a Refusal.
+// What clients send, and a seed's views and groups: read and checked for their form. Readers throw a Refusal.
 #pragma once
 
 #include <rapidjson/document.h>
@@ -13,7 +13,7 @@ namespace server {
 
 struct ViewInput {
   std::string name;
-  int32_t groupId = kTopFolder;
+  int32_t folderId = kTopFolder;
   int32_t userId = kNobody;
   int32_t autoCycle = -1;
   int32_t cycleTime = -1;
@@ -22,7 +22,7 @@ struct ViewInput {
 
 struct GroupInput {
   std::string name;
-  int32_t parentId = kTopFolder;
+  int32_t folderId = kTopFolder;
   int32_t userId = kNobody;
   bool sharedFolder = false;
 };
@@ -53,7 +53,7 @@ std::string WithoutServersOwn(const std::string& document);
 
 ViewInput ReadViewBody(const std::string& body);
 GroupInput ReadGroupBody(const std::string& body);
-MoveInput ReadMoveBody(Kind kind, const std::string& body);
+MoveInput ReadMoveBody(ObjectKind kind, const std::string& body);
 std::vector<int32_t> ReadShareBody(const std::string& body);
 DefaultView ReadDefaultViewBody(const std::string& body);
 LoginInput ReadLoginBody(const std::string& body);

@@ -21,7 +21,7 @@ using rapidjson::Value;
 constexpr uint32_t kHeadBytes = 80;  // any head of an answer is longer
 
 std::string_view BelowRoot(std::string_view path) {
-  return path.substr(0, kRoot.size()) == kRoot ? path.substr(kRoot.size()) : path;
+  return path.starts_with(kRoot) ? path.substr(kRoot.size()) : path;
 }
 
 void Tell(const FaultRule& rule, const std::string& where) {
@@ -73,7 +73,7 @@ void GiveWrongKind(std::string& body, uint32_t random) {
   if (values.empty()) return;
   const auto count = static_cast<uint32_t>(values.size());
   GiveOtherKind(*values[random % count], random / count);
-  body = json::Serialise(document);
+  body = wire::Serialise(document);
 }
 
 void RemoveErrorCode(std::string& body) {
@@ -82,7 +82,7 @@ void RemoveErrorCode(std::string& body) {
   const auto envelope = document.FindMember("ResponseStatus");
   if (envelope == document.MemberEnd() || !envelope->value.IsObject()) return;
   envelope->value.RemoveMember("ErrorCode");
-  body = json::Serialise(document);
+  body = wire::Serialise(document);
 }
 
 void Spoil(HttpReply& reply, const FaultPlan::Hit& hit) {

@@ -25,10 +25,7 @@ class FaultHandler : public HttpHandler {
   uint64_t BodyLimit(const HttpRequest& request) override { return m_inner.BodyLimit(request); }
   bool IsSlow(const HttpRequest& request) override { return m_inner.IsSlow(request); }
   int32_t UserOf(const HttpRequest& request) override { return m_inner.UserOf(request); }
-  HttpReply AnswerMalformed() override { return m_inner.AnswerMalformed(); }
-  HttpReply AnswerTooLarge() override { return m_inner.AnswerTooLarge(); }
-  HttpReply AnswerTooMany() override { return m_inner.AnswerTooMany(); }
-  HttpReply AnswerNoMemory() override { return m_inner.AnswerNoMemory(); }
+  HttpReply Refused(const Refusal& refusal) override { return m_inner.Refused(refusal); }
 
  private:
   class Events;

@@ -81,7 +81,7 @@ void Connection::OnHead(error_code error) {
   if (error) return OnReadError(error);
   m_isFirst = false;
   TakeHead();
-  if (!Claim()) return Refuse(m_connections.handler.AnswerTooMany());
+  if (!Claim()) return Refuse(m_connections.handler.Refused(Refusal::TooManyConnections()));
   if (m_parser->is_done()) return OnRequest();
 
   const auto length = m_parser->content_length();
@@ -91,11 +91,11 @@ void Connection::OnHead(error_code error) {
       const uint64_t allowed = m_connections.handler.BodyLimit(m_request);
       if (length && allowed == 0) return Refuse(m_connections.handler.Handle(m_request));
       limit = std::max(limit, allowed);
-      if (length && *length > limit) return Refuse(m_connections.handler.AnswerTooLarge());
+      if (length && *length > limit) return Refuse(m_connections.handler.Refused(Refusal::TooLarge()));
     }
     m_parser->get().body().reserve(length.value_or(0));
   } catch (const std::exception&) {
-    return Refuse(m_connections.handler.AnswerNoMemory());
+    return Refuse(m_connections.handler.Refused(Refusal::NoMemory()));
   }
   m_parser->body_limit(limit);
   // For all of it, or a client could keep its connection by sending a byte now and then.
@@ -153,12 +153,12 @@ void Connection::ReadBody() {
 
 void Connection::OnReadError(error_code error) {
   if (error == http::error::body_limit || error == http::error::header_limit) {
-    return Refuse(m_connections.handler.AnswerTooLarge());
+    return Refuse(m_connections.handler.Refused(Refusal::TooLarge()));
   }
-  if (error == http::error::bad_alloc) return Refuse(m_connections.handler.AnswerNoMemory());
+  if (error == http::error::bad_alloc) return Refuse(m_connections.handler.Refused(Refusal::NoMemory()));
   const bool isHttp = error.category() == make_error_code(http::error::end_of_stream).category();
   if (isHttp && error != http::error::end_of_stream && error != http::error::partial_message) {
-    Refuse(m_connections.handler.AnswerMalformed());
+    Refuse(m_connections.handler.Refused(Refusal::Malformed("not an HTTP request")));
   }
 }
 

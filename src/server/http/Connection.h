@@ -25,8 +25,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
  public:
   Connection(Connections& connections, boost::asio::ip::tcp::socket&& socket, boost::asio::ssl::context* tls);
   ~Connection();
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
 
   void Start();
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "server/model/Model.h"
+#include "server/model/Refusal.h"
 
 namespace server {
 
@@ -72,11 +73,8 @@ class HttpHandler {
   virtual bool IsSlow(const HttpRequest& request) = 0;
   // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
   virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
-  // The answers to requests that are not read to their end.
-  virtual HttpReply AnswerMalformed() = 0;  // not HTTP
-  virtual HttpReply AnswerTooLarge() = 0;   // in head or body
-  virtual HttpReply AnswerTooMany() = 0;    // the user holds as many connections as a user may
-  virtual HttpReply AnswerNoMemory() = 0;   // for the body
+  // The answer to a request that is not read to its end.
+  virtual HttpReply Refused(const Refusal& refusal) = 0;
 };
 
 }  // namespace server

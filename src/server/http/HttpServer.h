@@ -17,8 +17,6 @@ class HttpServer {
   // Throws std::runtime_error with one plain line when address, certificate or key cannot be used.
   HttpServer(const HttpSettings& settings, HttpHandler& handler);
   ~HttpServer();
-  HttpServer(const HttpServer&) = delete;
-  HttpServer& operator=(const HttpServer&) = delete;
 
   uint16_t Port() const;
 

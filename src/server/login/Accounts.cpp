@@ -26,12 +26,10 @@ int64_t SecondsNow() {
 std::string WhyUnusable(const std::string& name, const std::string& password) {
   if (password.empty()) return "a password is not empty";
   try {
-    std::string object = "{\"Name\":";
-    json::AppendQuoted(object, name);
-    json::Parse(object + "}");  // refuses what is not UTF-8
+    wire::Parse('{' + wire::Members({{"Name", name}}) + '}');  // refuses what is not UTF-8
     CheckName(name);
   } catch (const Refusal&) {
-    return BadName().detail;
+    return Refusal::BadName().detail;
   }
   return {};
 }

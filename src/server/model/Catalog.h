@@ -13,40 +13,35 @@
 
 namespace server {
 
-class Catalog {
+template <class Record>
+class Table {
  public:
-  ViewPtr FindView(int32_t id) const;    // null when there is none
-  GroupPtr FindGroup(int32_t id) const;  // null when there is none
-  const std::map<int32_t, GroupPtr>& Groups() const { return m_groups; }
-  const std::map<int32_t, ViewPtr>& Views() const { return m_views; }
+  using Ptr = std::shared_ptr<const Record>;
 
+  Ptr Find(int32_t id) const;  // null when there is none
+  const std::map<int32_t, Ptr>& All() const { return m_records; }
   // What a user may see, by ascending id. Must agree with AudienceOf (permissions/).
-  std::vector<ViewPtr> ViewsSeenBy(int32_t userId) const;
-  std::vector<GroupPtr> GroupsSeenBy(int32_t userId) const;
-
+  std::vector<Ptr> SeenBy(int32_t userId) const;
   // Ids of what lies directly in one owner's folder, in its order.
-  std::vector<int32_t> Content(Kind kind, int32_t folderId, int32_t owner) const;
+  std::vector<int32_t> Content(int32_t folderId, int32_t owner) const;
   // The place after the last one in that folder; the first place is 1.
-  int32_t NextSequence(Kind kind, int32_t folderId, int32_t owner) const;
+  int32_t NextSequence(int32_t folderId, int32_t owner) const;
 
-  void Put(ViewPtr view);
-  void Put(GroupPtr group);
-  void RemoveView(int32_t id);
-  void RemoveGroup(int32_t id);
+  void Put(Ptr record);
+  void Remove(int32_t id);
 
  private:
   using Folder = std::pair<int32_t, int32_t>;            // folder, owner
   using Places = std::set<std::pair<int32_t, int32_t>>;  // sequence, id
-  using Index = std::unordered_map<int32_t, std::set<int32_t>>;
 
-  void Place(Kind kind, const Folder& folder, int32_t sequence, int32_t id);
-  void Unplace(Kind kind, const Folder& folder, int32_t sequence, int32_t id);
+  std::map<int32_t, Ptr> m_records;
+  std::unordered_map<int32_t, std::set<int32_t>> m_ofUser;  // owned, public under kNobody, and shared with
+  std::map<Folder, Places> m_places;
+};
 
-  std::map<int32_t, ViewPtr> m_views;
-  std::map<int32_t, GroupPtr> m_groups;
-  Index m_viewsOfUser;  // owned, public under kNobody, and shared with
-  Index m_groupsOfUser;
-  std::map<std::pair<Kind, Folder>, Places> m_places;
+struct Catalog {
+  Table<Group> groups;
+  Table<View> views;
 };
 
 }  // namespace server

@@ -15,33 +15,30 @@ using Text = std::shared_ptr<const std::string>;
 constexpr int32_t kNobody = -1;     // owner of what is public
 constexpr int32_t kTopFolder = -1;  // the folder of what lies in no group
 
-enum class Kind { kGroup = 1, kView = 2 };
+enum class ObjectKind { kGroup = 1, kView = 2 };
 
-struct Group {
+// What groups and views have in common.
+struct Item {
   int32_t id = 0;  // 0: not given yet
   std::string name;
-  int32_t parentId = kTopFolder;
+  int32_t folderId = kTopFolder;
   int32_t userId = kNobody;
-  bool sharedFolder = false;  // counts for a private one only
   int32_t sequence = 0;
-  int64_t changeNumber = 0;  // of its last change
-  Text head;                 // the element without its closing brace
+  int64_t changeNumber = 0;         // of its last change
+  std::vector<int32_t> sharedWith;  // ascending; views only
+  Text head;                        // the element as the owner sees it, up to the document or the closing brace
 };
 
-struct View {
-  int32_t id = 0;  // 0: not given yet
+struct Group : Item {
+  bool sharedFolder = false;  // counts for a private one only
+};
+
+struct View : Item {
   std::string guid;
-  std::string name;
-  int32_t groupId = kTopFolder;
-  int32_t userId = kNobody;
-  int32_t sequence = 0;
   int32_t autoCycle = -1;
   int32_t cycleTime = -1;
-  int64_t changeNumber = 0;         // of its last change
-  std::vector<int32_t> sharedWith;  // ascending
-  int64_t documentId = 0;           // row of `document`; 0: not stored yet
-  Text document;                    // `,"PlanPages":[...]` and what else the client wrote, ready to follow a head
-  Text head;                        // the element up to the document, as the owner sees it
+  int64_t documentId = 0;  // row of `document`; 0: not stored yet
+  Text document;           // `,"PlanPages":[...]` and what else the client wrote, ready to follow a head
 };
 
 using GroupPtr = std::shared_ptr<const Group>;

@@ -12,49 +12,21 @@ struct Refusal {
   int code;
   int httpStatus;
   const char* detail;  // for the reader of a trace, not for the user; a string that lives for ever, one line
-};
 
-inline Refusal NoSuchView() {
-  return {kViewModule, 1, 404, "no such view"};
-}
-inline Refusal NoSuchGroup() {
-  return {kViewModule, 2, 404, "no such view group"};
-}
-inline Refusal BadName() {
-  return {kViewModule, 3, 400, "a name has 1 to 256 characters and no control characters"};
-}
-inline Refusal NotPermitted(const char* detail) {
-  return {kViewModule, 4, 403, detail};
-}
-inline Refusal NoSuchUser() {
-  return {kViewModule, 5, 404, "no such user"};
-}
-inline Refusal Malformed(const char* detail) {
-  return {kViewModule, 6, 400, detail};
-}
-inline Refusal UnknownPath() {
-  return {kViewModule, 6, 404, "unknown path"};
-}
-inline Refusal ChangesGone() {
-  return {kViewModule, 6, 410, "changes after that number are not kept; load again"};
-}
-inline Refusal TooLarge() {
-  return {kViewModule, 7, 413, "too large"};
-}
-inline Refusal TooManyConnections() {
-  return {kViewModule, 4, 429, "this user holds too many connections"};
-}
-inline Refusal InternalError() {
-  return {kViewModule, 8, 500, "internal error"};
-}
-inline Refusal NoMemory() {
-  return {kViewModule, 8, 503, "out of memory"};
-}
-inline Refusal BadLogin() {
-  return {kSessionModule, 1, 401, "bad user or password"};
-}
-inline Refusal NoSession() {
-  return {kSessionModule, 2, 401, "no or expired token"};
-}
+  static Refusal NoSuchView() { return {kViewModule, 1, 404, "no such view"}; }
+  static Refusal NoSuchGroup() { return {kViewModule, 2, 404, "no such view group"}; }
+  static Refusal BadName() { return {kViewModule, 3, 400, "a name has 1 to 256 characters and no control characters"}; }
+  static Refusal NotPermitted(const char* detail) { return {kViewModule, 4, 403, detail}; }
+  static Refusal NoSuchUser() { return {kViewModule, 5, 404, "no such user"}; }
+  static Refusal Malformed(const char* detail) { return {kViewModule, 6, 400, detail}; }
+  static Refusal UnknownPath() { return {kViewModule, 6, 404, "unknown path"}; }
+  static Refusal ChangesGone() { return {kViewModule, 6, 410, "changes after that number are not kept; load again"}; }
+  static Refusal TooLarge() { return {kViewModule, 7, 413, "too large"}; }
+  static Refusal TooManyConnections() { return {kViewModule, 4, 429, "this user holds too many connections"}; }
+  static Refusal InternalError() { return {kViewModule, 8, 500, "internal error"}; }
+  static Refusal NoMemory() { return {kViewModule, 8, 503, "out of memory"}; }
+  static Refusal BadLogin() { return {kSessionModule, 1, 401, "bad user or password"}; }
+  static Refusal NoSession() { return {kSessionModule, 2, 401, "no or expired token"}; }
+};
 
 }  // namespace server

@@ -33,15 +33,10 @@ Audience Audience::FromText(const std::string& text) {
   return audience;
 }
 
-Audience AudienceOf(const Group& group) {
-  if (group.userId == kNobody) return {true, {}};
-  return {false, {group.userId}};
-}
-
-Audience AudienceOf(const View& view) {
-  if (view.userId == kNobody) return {true, {}};
-  Audience audience{false, {view.userId}};
-  audience.users.insert(audience.users.end(), view.sharedWith.begin(), view.sharedWith.end());
+Audience AudienceOf(const Item& item) {
+  if (item.userId == kNobody) return {true, {}};
+  Audience audience{false, {item.userId}};
+  audience.users.insert(audience.users.end(), item.sharedWith.begin(), item.sharedWith.end());
   return audience;
 }
 

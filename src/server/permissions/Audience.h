@@ -21,7 +21,6 @@ struct Audience {
   static Audience FromText(const std::string& text);
 };
 
-Audience AudienceOf(const Group& group);
-Audience AudienceOf(const View& view);
+Audience AudienceOf(const Item& item);
 
 }  // namespace server

@@ -7,22 +7,12 @@
 
 namespace server {
 
-namespace {
-
-void AppendElement(std::string& list, Query& row) {
-  json::AppendMember(list += list.empty() ? "{" : ",{", "ID", row.Int(0));
-  json::AppendMember(list += ',', "Type", row.Int(1));
-  json::AppendMember(list += ',', "Name", row.String(2));
-  json::AppendMember(list += ',', "SiteID", row.Int(3));
-  list += '}';
-}
-
-}  // namespace
-
 std::string Resources::ElementsData(const ElementFilter& filter) {
   std::string list;
   const auto take = [&list, &filter](Query& row) {
-    if (!filter.type || row.Int(1) == *filter.type) AppendElement(list, row);
+    if (filter.type && row.Int(1) != *filter.type) return;
+    wire::AppendObject(list,
+                       {{"ID", row.Int(0)}, {"Type", row.Int(1)}, {"Name", row.String(2)}, {"SiteID", row.Int(3)}});
   };
   if (filter.ids) {
     std::vector<int32_t> ids = *filter.ids;
@@ -41,11 +31,7 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
 std::string Resources::AreasData() {
   std::string list;
   Query rows(m_database, "SELECT id, name FROM areas ORDER BY id");
-  while (rows.Next()) {
-    json::AppendMember(list += list.empty() ? "{" : ",{", "ID", rows.Int(0));
-    json::AppendMember(list += ',', "Name", rows.String(1));
-    list += '}';
-  }
+  while (rows.Next()) wire::AppendObject(list, {{"ID", rows.Int(0)}, {"Name", rows.String(1)}});
   return R"({"AreaList":{"Area":[)" + list + "]}}";
 }
 

@@ -17,35 +17,35 @@ using rapidjson::Value;
 using Allocator = rapidjson::Document::AllocatorType;
 
 int32_t EntryId(const Value& entry) {
-  const int32_t id = json::Int(entry, "ID");
-  if (id < 1) throw Malformed("an ID is a number from 1");
+  const int32_t id = wire::Int(entry, "ID");
+  if (id < 1) throw Refusal::Malformed("an ID is a number from 1");
   return id;
 }
 
 std::optional<int32_t> Sequence(const Value& entry) {
-  if (json::Find(entry, "SequenceIndex") == nullptr) return std::nullopt;
-  return json::Int(entry, "SequenceIndex");
+  if (wire::Find(entry, "SequenceIndex") == nullptr) return std::nullopt;
+  return wire::Int(entry, "SequenceIndex");
 }
 
 SeedUser ReadUser(const Value& entry) {
   SeedUser user;
   user.id = EntryId(entry);
-  user.name = json::String(entry, "Name");
+  user.name = wire::String(entry, "Name");
   CheckName(user.name);
-  user.password = json::String(entry, "Password");
-  if (user.password.empty()) throw Malformed("a password is not empty");
-  user.ptz = json::Int(entry, "PTZControlPermission", 0);
+  user.password = wire::String(entry, "Password");
+  if (user.password.empty()) throw Refusal::Malformed("a password is not empty");
+  user.ptz = wire::Int(entry, "PTZControlPermission", 0);
   user.digest = Digest(user.name + '\n' + std::to_string(user.ptz));  // nothing of the password, not even its hash
   return user;
 }
 
 std::vector<int32_t> ReadSharedWith(const Value& entry) {
   std::set<int32_t> users;
-  const Value* list = json::Find(entry, "SharedWith");
+  const Value* list = wire::Find(entry, "SharedWith");
   if (list == nullptr) return {};
-  if (!list->IsArray()) throw Malformed("SharedWith is not a list");
+  if (!list->IsArray()) throw Refusal::Malformed("SharedWith is not a list");
   for (const Value& user : list->GetArray()) {
-    if (!user.IsInt()) throw Malformed("SharedWith is not a list of user ids");
+    if (!user.IsInt()) throw Refusal::Malformed("SharedWith is not a list of user ids");
     users.insert(user.GetInt());
   }
   return {users.begin(), users.end()};
@@ -53,9 +53,9 @@ std::vector<int32_t> ReadSharedWith(const Value& entry) {
 
 SeedView ReadSeedView(Value& entry, Allocator& allocator) {
   SeedView view;
-  view.digest = Digest(json::Serialise(entry));
+  view.digest = Digest(wire::Serialise(entry));
   view.id = EntryId(entry);
-  view.guid = json::String(entry, "GUID", "");
+  view.guid = wire::String(entry, "GUID", "");
   view.sequence = Sequence(entry);
   view.sharedWith = ReadSharedWith(entry);
   view.input = ReadView(entry, allocator);
@@ -71,8 +71,8 @@ void ReadEntries(const std::string& file, rapidjson::Document& seed, const char*
   std::set<int32_t> ids;
   for (Value& entry : list->value.GetArray()) {
     try {
-      if (!entry.IsObject()) throw Malformed("not an object");
-      if (!ids.insert(EntryId(entry)).second) throw Malformed("this ID stands there twice");
+      if (!entry.IsObject()) throw Refusal::Malformed("not an object");
+      if (!ids.insert(EntryId(entry)).second) throw Refusal::Malformed("this ID stands there twice");
       read(entry);
     } catch (const Refusal& refusal) {
       const auto at = &entry - list->value.Begin();
@@ -84,18 +84,18 @@ void ReadEntries(const std::string& file, rapidjson::Document& seed, const char*
 }  // namespace
 
 SeedData ReadSeed(const std::string& file) {
-  rapidjson::Document seed = json::ReadFile("seed " + file, file);
+  rapidjson::Document seed = wire::ReadFile("seed " + file, file);
   SeedData data;
   ReadEntries(file, seed, "Users", [&data](Value& entry) { data.users.push_back(ReadUser(entry)); });
   ReadEntries(file, seed, "Areas", [&data](Value& entry) {
-    data.areas.push_back({EntryId(entry), json::String(entry, "Name")});
+    data.areas.push_back({EntryId(entry), wire::String(entry, "Name")});
   });
   ReadEntries(file, seed, "Elements", [&data](Value& entry) {
     data.elements.push_back(
-        {EntryId(entry), json::Int(entry, "Type"), json::String(entry, "Name"), json::Int(entry, "SiteID", -1)});
+        {EntryId(entry), wire::Int(entry, "Type"), wire::String(entry, "Name"), wire::Int(entry, "SiteID", -1)});
   });
   ReadEntries(file, seed, "ViewGroups", [&data](Value& entry) {
-    data.groups.push_back({EntryId(entry), ReadGroup(entry), Sequence(entry), Digest(json::Serialise(entry))});
+    data.groups.push_back({EntryId(entry), ReadGroup(entry), Sequence(entry), Digest(wire::Serialise(entry))});
   });
   ReadEntries(file, seed, "Views",
               [&data, &seed](Value& entry) { data.views.push_back(ReadSeedView(entry, seed.GetAllocator())); });

@@ -70,28 +70,32 @@ Step Seeding::StepOf(const SeedGroup& entry) {
   auto group = std::make_shared<Group>();
   group->id = entry.id;
   group->name = input.name;
-  group->parentId = input.parentId;
+  group->folderId = input.folderId;
   group->userId = input.userId;
   group->sharedFolder = input.sharedFolder;
-  group->sequence = PlaceIn(Kind::kGroup, {input.parentId, input.userId}, entry.sequence);
-  return {m_catalog.FindGroup(entry.id), std::move(group)};
+  group->sequence = PlaceIn(ObjectKind::kGroup, {input.folderId, input.userId}, entry.sequence);
+  return {m_catalog.groups.Find(entry.id), std::move(group)};
 }
 
 Step Seeding::StepOf(const SeedView& entry) {
-  ViewPtr old = m_catalog.FindView(entry.id);
+  ViewPtr old = m_catalog.views.Find(entry.id);
   auto view = std::make_shared<View>();
   view->id = entry.id;
   view->guid = !entry.guid.empty() ? entry.guid : old ? old->guid : MakeGuid();
   view->userId = entry.input.userId;
-  view->sequence = PlaceIn(Kind::kView, {entry.input.groupId, entry.input.userId}, entry.sequence);
+  view->sequence = PlaceIn(ObjectKind::kView, {entry.input.folderId, entry.input.userId}, entry.sequence);
   view->sharedWith = entry.sharedWith;
   Assign(*view, entry.input);
   return {std::move(old), std::move(view)};
 }
 
-int32_t Seeding::PlaceIn(Kind kind, const Folder& folder, std::optional<int32_t> given) {
+int32_t Seeding::PlaceIn(ObjectKind kind, const Folder& folder, std::optional<int32_t> given) {
   const auto [next, isNew] = m_nextPlaces.try_emplace({kind, folder});
-  if (isNew) next->second = m_catalog.NextSequence(kind, folder.first, folder.second);
+  if (isNew) {
+    const auto& [folderId, owner] = folder;
+    next->second = kind == ObjectKind::kView ? m_catalog.views.NextSequence(folderId, owner)
+                                             : m_catalog.groups.NextSequence(folderId, owner);
+  }
   const int32_t place = given.value_or(next->second);
   if (place < std::numeric_limits<int32_t>::max()) next->second = std::max(next->second, place + 1);
   return place;

@@ -37,7 +37,7 @@ class Seeding {
   std::vector<Step> Steps();
   Step StepOf(const SeedGroup& entry);
   Step StepOf(const SeedView& entry);
-  int32_t PlaceIn(Kind kind, const Folder& folder, std::optional<int32_t> given);
+  int32_t PlaceIn(ObjectKind kind, const Folder& folder, std::optional<int32_t> given);
   void Check(const std::vector<Step>& steps);
   void CheckUsers(const View& view);
   void CheckOwnerExists(int32_t owner);
@@ -47,8 +47,8 @@ class Seeding {
   Accounts& m_accounts;
   Resources& m_resources;
   const Catalog& m_catalog;
-  std::map<int32_t, std::string> m_newPasswords;            // hashes, by user
-  std::map<std::pair<Kind, Folder>, int32_t> m_nextPlaces;  // for what has no place of its own
+  std::map<int32_t, std::string> m_newPasswords;                  // hashes, by user
+  std::map<std::pair<ObjectKind, Folder>, int32_t> m_nextPlaces;  // for what has no place of its own
 };
 
 }  // namespace server

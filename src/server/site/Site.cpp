@@ -3,8 +3,11 @@
 
 #include <SQLiteCpp/Exception.h>
 
+#include <chrono>
 #include <map>
+#include <new>
 #include <stdexcept>
+#include <thread>
 
 #include "server/documents/Replies.h"
 #include "server/permissions/Audience.h"
@@ -47,6 +50,53 @@ void Site::Apply(const SeedData& seed) try {
   throw std::runtime_error(std::string("seed: ") + e.what());
 }
 
+int64_t Site::Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps) {
+  Transaction transaction(m_database);
+  return Commit(locked, transaction, caller, steps);
+}
+
+int64_t Site::Commit(Locked& locked, Transaction& transaction, const Caller& caller, std::vector<Step>& steps) {
+  const std::vector<Change> changes = Write(caller, steps);
+  transaction.Commit();
+
+  ApplyCommitted(steps);
+  m_log.Committed(changes);
+  m_hub.Publish(changes, locked.wake);
+  return m_log.Last();
+}
+
+std::vector<Change> Site::Write(const Caller& caller, std::vector<Step>& steps) {
+  std::vector<Change> changes;
+  int64_t number = m_log.Last();
+  for (Step& step : steps) {
+    ++number;
+    if (step.newView) {
+      step.newView->changeNumber = number;
+      m_tables.Save(*step.newView);
+    } else if (step.oldView) {
+      m_tables.DeleteView(*step.oldView);
+    } else if (step.newGroup) {
+      step.newGroup->changeNumber = number;
+      m_tables.Save(*step.newGroup);
+    } else {
+      m_tables.DeleteGroup(step.oldGroup->id);
+    }
+    changes.push_back(ChangeOf(step, number, caller, m_accounts));
+  }
+  m_log.Append(changes);
+  return changes;
+}
+
+void Site::ApplyCommitted(const std::vector<Step>& steps) noexcept {
+  while (true) {
+    try {
+      return ApplyTo(m_catalog, steps);
+    } catch (const std::bad_alloc&) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  }
+}
+
 bool Site::HasUsers() {
   const base::MutexLock lock(m_mutex);
   return m_accounts.HasUsers();
@@ -80,7 +130,7 @@ std::string Site::OpenSession(int32_t userId, const std::string& client) {
 Caller Site::Authenticate(const std::string& token) {
   const base::MutexLock lock(m_mutex);
   const std::optional<Caller> caller = m_accounts.Authenticate(token);
-  if (!caller) throw NoSession();
+  if (!caller) throw Refusal::NoSession();
   return *caller;
 }
 
@@ -97,9 +147,9 @@ bool Site::TouchSession(int64_t sessionId) {
 
 ElementList Site::Views(const Caller& caller) {
   const base::MutexLock lock(m_mutex);
-  ElementList list{Kind::kView, m_log.Last(), {}};
+  ElementList list{ObjectKind::kView, m_log.Last(), {}};
   std::map<int32_t, std::string> ownerNames;
-  for (const ViewPtr& view : m_catalog.ViewsSeenBy(caller.userId)) {
+  for (const ViewPtr& view : m_catalog.views.SeenBy(caller.userId)) {
     Text head = view->head;
     if (AudienceOf(*view).Of(caller.userId) == Sight::kShared) {
       const auto [owner, isNew] = ownerNames.try_emplace(view->userId);
@@ -113,8 +163,8 @@ ElementList Site::Views(const Caller& caller) {
 
 ElementList Site::Groups(const Caller& caller) {
   const base::MutexLock lock(m_mutex);
-  ElementList list{Kind::kGroup, m_log.Last(), {}};
-  for (const GroupPtr& group : m_catalog.GroupsSeenBy(caller.userId)) list.elements.push_back({group->head, nullptr});
+  ElementList list{ObjectKind::kGroup, m_log.Last(), {}};
+  for (const GroupPtr& group : m_catalog.groups.SeenBy(caller.userId)) list.elements.push_back({group->head, nullptr});
   return list;
 }
 
@@ -140,7 +190,7 @@ void Site::SetDefaultView(const Caller& caller, const DefaultView& view) {
 
 FeedPtr Site::OpenFeed(const Caller& caller, int64_t after) {
   const base::MutexLock lock(m_mutex);
-  if (!m_log.Reaches(after)) throw ChangesGone();
+  if (!m_log.Reaches(after)) throw Refusal::ChangesGone();
   return std::make_shared<ChangeFeed>(*this, caller, after);
 }
 

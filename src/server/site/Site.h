@@ -28,7 +28,7 @@ struct ElementList {
     Text head;
     Text document;  // null for a group
   };
-  Kind kind = Kind::kView;
+  ObjectKind kind = ObjectKind::kView;
   int64_t changeNumber = 0;  // of the last change contained
   std::vector<Element> elements;
 };
@@ -90,8 +90,6 @@ class Site : public ChangeSource {
   struct SCOPED_CAPABILITY Locked {
     explicit Locked(base::Mutex& mutex) ACQUIRE(mutex) : lock(mutex) {}
     ~Locked() RELEASE();
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
 
     WakeList wake;
     base::MutexLock lock;

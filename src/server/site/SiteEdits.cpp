@@ -16,8 +16,8 @@ Added Site::AddView(const Caller& caller, ViewInput input) {
 
   Locked locked(m_mutex);
   CheckOwner(caller.userId, view->userId);
-  CheckFolder(m_catalog, caller.userId, view->groupId, view->userId);
-  view->sequence = m_catalog.NextSequence(Kind::kView, view->groupId, view->userId);
+  CheckFolder(m_catalog, caller.userId, view->folderId, view->userId);
+  view->sequence = m_catalog.views.NextSequence(view->folderId, view->userId);
   std::vector<Step> steps{Step(nullptr, view)};
   const int64_t number = Commit(locked, caller, steps);
   return {view->id, number};
@@ -26,7 +26,7 @@ Added Site::AddView(const Caller& caller, ViewInput input) {
 int64_t Site::ReplaceView(const Caller& caller, int32_t id, ViewInput input) {
   Locked locked(m_mutex);
   const ViewPtr old = EditableView(m_catalog, caller.userId, id);
-  CheckFolder(m_catalog, caller.userId, input.groupId, old->userId);
+  CheckFolder(m_catalog, caller.userId, input.folderId, old->userId);
   auto view = std::make_shared<View>(*old);
   Assign(*view, std::move(input));
   std::vector<Step> steps{Step(old, std::move(view))};
@@ -47,7 +47,7 @@ int64_t Site::MoveViews(const Caller& caller, const MoveInput& move) {
     const ViewPtr old = EditableView(m_catalog, caller.userId, id);
     CheckFolder(m_catalog, caller.userId, move.folderId, old->userId);
     auto view = std::make_shared<View>(*old);
-    view->groupId = move.folderId;
+    view->folderId = move.folderId;
     view->sequence = static_cast<int32_t>(steps.size()) + 1;
     steps.emplace_back(old, std::move(view));
   }
@@ -57,15 +57,15 @@ int64_t Site::MoveViews(const Caller& caller, const MoveInput& move) {
 std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, const std::vector<int32_t>& users) {
   Locked locked(m_mutex);
   const ViewPtr old = VisibleView(m_catalog, caller.userId, id);
-  if (old->userId != caller.userId) throw NotPermitted("only the owner of a private view may share it");
+  if (old->userId != caller.userId) throw Refusal::NotPermitted("only the owner of a private view may share it");
   std::vector<ShareFailure> failures;
   auto view = std::make_shared<View>(*old);
   for (int32_t user : users) {
     const std::string name = m_accounts.UserName(user);  // empty: there is no such user
     if (user == caller.userId) {
-      failures.push_back({user, name, NotPermitted("nobody shares a view with themselves")});
+      failures.push_back({user, name, Refusal::NotPermitted("nobody shares a view with themselves")});
     } else if (name.empty()) {
-      failures.push_back({user, name, NoSuchUser()});
+      failures.push_back({user, name, Refusal::NoSuchUser()});
     } else {
       const auto place = std::lower_bound(view->sharedWith.begin(), view->sharedWith.end(), user);
       if (place == view->sharedWith.end() || *place != user) view->sharedWith.insert(place, user);
@@ -82,14 +82,14 @@ std::vector<ShareFailure> Site::ShareView(const Caller& caller, int32_t id, cons
 Added Site::AddGroup(const Caller& caller, const GroupInput& input) {
   auto group = std::make_shared<Group>();
   group->name = input.name;
-  group->parentId = input.parentId;
+  group->folderId = input.folderId;
   group->userId = input.userId;
   group->sharedFolder = input.sharedFolder;
 
   Locked locked(m_mutex);
   CheckOwner(caller.userId, group->userId);
-  CheckFolder(m_catalog, caller.userId, group->parentId, group->userId);
-  group->sequence = m_catalog.NextSequence(Kind::kGroup, group->parentId, group->userId);
+  CheckFolder(m_catalog, caller.userId, group->folderId, group->userId);
+  group->sequence = m_catalog.groups.NextSequence(group->folderId, group->userId);
   std::vector<Step> steps{Step(nullptr, group)};
   const int64_t number = Commit(locked, caller, steps);
   return {group->id, number};
@@ -109,8 +109,8 @@ int64_t Site::DeleteGroup(const Caller& caller, int32_t id) {
   Locked locked(m_mutex);
   const Deletion plan = PlanDeletion(m_catalog, *EditableGroup(m_catalog, caller.userId, id));
   std::vector<Step> steps;
-  for (int32_t view : plan.views) steps.emplace_back(m_catalog.FindView(view), nullptr);
-  for (int32_t group : plan.groups) steps.emplace_back(m_catalog.FindGroup(group), nullptr);
+  for (int32_t view : plan.views) steps.emplace_back(m_catalog.views.Find(view), nullptr);
+  for (int32_t group : plan.groups) steps.emplace_back(m_catalog.groups.Find(group), nullptr);
   for (Step& step : steps) step.own = step.oldGroup && step.oldGroup->id == id;
   return Commit(locked, caller, steps);
 }
@@ -123,9 +123,9 @@ int64_t Site::MoveGroups(const Caller& caller, const MoveInput& move) {
   for (int32_t id : move.ids) {
     const GroupPtr old = EditableGroup(m_catalog, caller.userId, id);
     CheckFolder(m_catalog, caller.userId, move.folderId, old->userId);
-    if (wayToTop.count(id) != 0) throw NotPermitted("a group cannot lie in itself");
+    if (wayToTop.count(id) != 0) throw Refusal::NotPermitted("a group cannot lie in itself");
     auto group = std::make_shared<Group>(*old);
-    group->parentId = move.folderId;
+    group->folderId = move.folderId;
     group->sequence = static_cast<int32_t>(steps.size()) + 1;
     steps.emplace_back(old, std::move(group));
   }

@@ -9,13 +9,13 @@ namespace server {
 void ApplyTo(Catalog& catalog, const std::vector<Step>& steps) {
   for (const Step& step : steps) {
     if (step.newView) {
-      catalog.Put(step.newView);
+      catalog.views.Put(step.newView);
     } else if (step.oldView) {
-      catalog.RemoveView(step.oldView->id);
+      catalog.views.Remove(step.oldView->id);
     } else if (step.newGroup) {
-      catalog.Put(step.newGroup);
+      catalog.groups.Put(step.newGroup);
     } else {
-      catalog.RemoveGroup(step.oldGroup->id);
+      catalog.groups.Remove(step.oldGroup->id);
     }
   }
 }
@@ -26,34 +26,27 @@ Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts
   change.kind = step.kind;
   change.sessionId = step.own ? caller.sessionId : 0;
   change.contentChanged = step.contentChanged;
-  if (step.oldView) {
-    change.id = step.oldView->id;
-    change.before = AudienceOf(*step.oldView);
+  if (const Item* before = step.Before()) {
+    change.id = before->id;
+    change.before = AudienceOf(*before);
+  }
+  if (const Item* after = step.After()) {
+    change.id = after->id;
+    change.after = AudienceOf(*after);
+    change.head = *after->head;
   }
   if (step.newView) {
     const View& view = *step.newView;
-    change.id = view.id;
-    change.after = AudienceOf(view);
-    change.head = *view.head;
     if (!view.sharedWith.empty()) change.sharedHead = SharedViewHead(view, accounts.UserName(view.userId));
     change.documentId = view.documentId;
     change.document = view.document;
-  }
-  if (step.oldGroup) {
-    change.id = step.oldGroup->id;
-    change.before = AudienceOf(*step.oldGroup);
-  }
-  if (step.newGroup) {
-    change.id = step.newGroup->id;
-    change.after = AudienceOf(*step.newGroup);
-    change.head = *step.newGroup->head;
   }
   return change;
 }
 
 void Assign(View& view, ViewInput input) {
   view.name = std::move(input.name);
-  view.groupId = input.groupId;
+  view.folderId = input.folderId;
   view.autoCycle = input.autoCycle;
   view.cycleTime = input.cycleTime;
   view.document = std::make_shared<std::string>(std::move(input.document));

@@ -16,11 +16,14 @@ namespace server {
 // From what the object was to what it becomes; nothing before: new, nothing after: deleted.
 struct Step {
   Step(ViewPtr before, std::shared_ptr<View> after)
-      : kind(Kind::kView), oldView(std::move(before)), newView(std::move(after)) {}
+      : kind(ObjectKind::kView), oldView(std::move(before)), newView(std::move(after)) {}
   Step(GroupPtr before, std::shared_ptr<Group> after)
-      : kind(Kind::kGroup), oldGroup(std::move(before)), newGroup(std::move(after)) {}
+      : kind(ObjectKind::kGroup), oldGroup(std::move(before)), newGroup(std::move(after)) {}
 
-  Kind kind;
+  const Item* Before() const { return oldView ? static_cast<const Item*>(oldView.get()) : oldGroup.get(); }
+  const Item* After() const { return newView ? static_cast<const Item*>(newView.get()) : newGroup.get(); }
+
+  ObjectKind kind;
   bool own = true;             // the caller edited this very object
   bool contentChanged = true;  // not only who may see it
   ViewPtr oldView;

@@ -7,13 +7,21 @@
 
 namespace server {
 
+namespace {
+
+// The columns that groups and views have in common come first.
+Item ReadItem(Query& row) {
+  return {row.Int(0), row.String(1), row.Int(2), row.Int(3), row.Int(4), row.Int64(5), {}, {}};
+}
+
+}  // namespace
+
 void ViewTables::Load(Catalog& catalog) {
-  Query groups(m_database, "SELECT id, name, parent_id, user_id, shared_folder, sequence, change_number FROM groups");
+  Query groups(m_database, "SELECT id, name, parent_id, user_id, sequence, change_number, shared_folder FROM groups");
   while (groups.Next()) {
-    Group group{groups.Int(0),      groups.String(1), groups.Int(2),   groups.Int(3),
-                groups.Int(4) != 0, groups.Int(5),    groups.Int64(6), {}};
+    Group group{ReadItem(groups), groups.Int(6) != 0};
     group.head = std::make_shared<std::string>(GroupHead(group));
-    catalog.Put(std::make_shared<Group>(std::move(group)));
+    catalog.groups.Put(std::make_shared<Group>(std::move(group)));
   }
 
   std::map<int32_t, std::vector<int32_t>> sharedWith;
@@ -21,25 +29,16 @@ void ViewTables::Load(Catalog& catalog) {
   while (shares.Next()) sharedWith[shares.Int(0)].push_back(shares.Int(1));
 
   Query views(m_database,
-              "SELECT v.id, v.guid, v.name, v.group_id, v.user_id, v.sequence, v.auto_cycle, v.cycle_time, "
-              "v.document_id, d.text, v.change_number FROM views v JOIN documents d ON d.id = v.document_id");
+              "SELECT v.id, v.name, v.group_id, v.user_id, v.sequence, v.change_number, v.guid, v.auto_cycle, "
+              "v.cycle_time, v.document_id, d.text FROM views v JOIN documents d ON d.id = v.document_id");
   while (views.Next()) {
-    View view;
-    view.id = views.Int(0);
-    view.guid = views.String(1);
-    view.name = views.String(2);
-    view.groupId = views.Int(3);
-    view.userId = views.Int(4);
-    view.sequence = views.Int(5);
-    view.autoCycle = views.Int(6);
-    view.cycleTime = views.Int(7);
-    view.documentId = views.Int64(8);
-    view.document = std::make_shared<std::string>(views.String(9));
-    view.changeNumber = views.Int64(10);
-    const auto shared = sharedWith.find(view.id);
-    if (shared != sharedWith.end()) view.sharedWith = std::move(shared->second);
+    View view{ReadItem(views), views.String(6), views.Int(7),
+              views.Int(8),    views.Int64(9),  std::make_shared<std::string>(views.String(10))};
+    if (const auto users = sharedWith.find(view.id); users != sharedWith.end()) {
+      view.sharedWith = std::move(users->second);
+    }
     view.head = std::make_shared<std::string>(ViewHead(view));
-    catalog.Put(std::make_shared<View>(std::move(view)));
+    catalog.views.Put(std::make_shared<View>(std::move(view)));
   }
 }
 
@@ -47,7 +46,7 @@ void ViewTables::Save(Group& group) {
   Execute(m_database,
           "INSERT OR REPLACE INTO groups (id, name, parent_id, user_id, shared_folder, sequence, change_number) "
           "VALUES (nullif(?, 0),?,?,?,?,?,?)",
-          group.id, group.name, group.parentId, group.userId, group.sharedFolder ? 1 : 0, group.sequence,
+          group.id, group.name, group.folderId, group.userId, group.sharedFolder ? 1 : 0, group.sequence,
           group.changeNumber);
   group.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
   group.head = std::make_shared<std::string>(GroupHead(group));
@@ -64,7 +63,7 @@ void ViewTables::Save(View& view) {
   Execute(m_database,
           "INSERT OR REPLACE INTO views (id, guid, name, group_id, user_id, sequence, auto_cycle, cycle_time, "
           "document_id, change_number) VALUES (nullif(?, 0),?,?,?,?,?,?,?,?,?)",
-          view.id, view.guid, view.name, view.groupId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
+          view.id, view.guid, view.name, view.folderId, view.userId, view.sequence, view.autoCycle, view.cycleTime,
           view.documentId, view.changeNumber);
   view.id = static_cast<int32_t>(m_database.Handle().getLastInsertRowid());
   Execute(m_database, "DELETE FROM shares WHERE view_id = ?", view.id);

@@ -23,7 +23,7 @@ namespace server {
 
 namespace {
 
-constexpr int kWaitMs = 60000;  // for another process that upgrades the same store
+constexpr int kUpgradeWaitMs = 60000;  // for another process that upgrades the same store
 
 // An object whose changes are all dropped gets the number of the last dropped change.
 const char kUpgrade[] = R"sql(
@@ -126,7 +126,7 @@ void DropClientsNumbers(SQLite::Database& database) {
 }  // namespace
 
 int UpgradeStore(SQLite::Database& database, const std::string& file) {
-  database.setBusyTimeout(kWaitMs);
+  database.setBusyTimeout(kUpgradeWaitMs);
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
   const int version = database.execAndGet("PRAGMA user_version").getInt();
   if (version != 1) return version;

@@ -5,8 +5,6 @@
 
 namespace QorviViewPlugin {
 
-const std::string PathCursor::kNoText;
-
 PathCursor::Level PathCursor::Enter(std::string_view key, int n) {
   const size_t outerLength = m_length;
   char digits[16];

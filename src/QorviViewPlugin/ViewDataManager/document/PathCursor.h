@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "NetLink/RapidJsonProto.h"
 
@@ -15,14 +17,11 @@ class PathCursor {
  public:
   explicit PathCursor(const NetLink::CRapidJsonProto& document, std::string_view root = "/")
       : m_document(document), m_path(root), m_length(root.size()) {}
-  PathCursor(const PathCursor&) = delete;
-  PathCursor& operator=(const PathCursor&) = delete;
 
   // Leaves the level that it entered when it goes out of scope. Levels are left in the reverse order.
   class Level {
    public:
     Level(const Level&) = delete;
-    Level& operator=(const Level&) = delete;
     ~Level() { m_cursor.m_length = m_outerLength; }
 
    private:
@@ -38,7 +37,7 @@ class PathCursor {
 
   // Reads, with the document's rules for values of another kind.
   int Number(std::string_view key, int absent = -1) { return m_document.get_int_v(Full(key), absent); }
-  std::string Text(std::string_view key) { return m_document.get_v(Full(key), kNoText); }
+  std::string Text(std::string_view key) { return m_document.get_v(Full(key), {}); }
   // For templates that take either cursor: ValueCursor answers this without a copy.
   std::string TextInPlace(std::string_view key) { return Text(key); }
   int Count(std::string_view key) { return m_document.get_cnt(Full(key)); }
@@ -47,12 +46,22 @@ class PathCursor {
   // The whole path of a key; valid until the next call.
   std::string_view Full(std::string_view key);
 
-  static const std::string kNoText;
-
   const NetLink::CRapidJsonProto& m_document;
   // The place is the path's first m_length characters; what stands behind them is the key that was read last.
   std::string m_path;
   size_t m_length;
 };
+
+// Appends what `read` makes of the elements of the list `key`. It is called with each new entry, the cursor, of either
+// kind, standing at its element.
+template <class Cursor, class Entry, class Read>
+void ReadEach(Cursor& at, std::string_view key, std::vector<Entry>& entries, const Read& read) {
+  const int count = std::max(at.Count(key), 0);
+  entries.reserve(entries.size() + static_cast<size_t>(count));
+  for (int n = 1; n <= count; ++n) {
+    const auto level = at.Enter(key, n);
+    read(entries.emplace_back());
+  }
+}
 
 }  // namespace QorviViewPlugin

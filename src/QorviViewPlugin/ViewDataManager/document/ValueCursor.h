@@ -17,14 +17,11 @@ namespace QorviViewPlugin {
 class ValueCursor {
  public:
   explicit ValueCursor(const rapidjson::Value& value) { m_levels.emplace_back(&value); }
-  ValueCursor(const ValueCursor&) = delete;
-  ValueCursor& operator=(const ValueCursor&) = delete;
 
   // Leaves the level that it entered when it goes out of scope. Levels are left in the reverse order.
   class Level {
    public:
     Level(const Level&) = delete;
-    Level& operator=(const Level&) = delete;
     ~Level() { m_cursor.m_levels.pop_back(); }
 
    private:

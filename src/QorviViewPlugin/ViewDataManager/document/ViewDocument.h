@@ -33,6 +33,8 @@ enum class DocumentOrigin { ListReply, Download };
 ViewInfo ReadView(PathCursor& element, DocumentOrigin origin);
 ViewInfo ReadView(ValueCursor& element, DocumentOrigin origin);
 ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin);
+// Appends the groups of a reply or of downloaded data, in its order.
+void ReadViewGroups(const NetLink::CRapidJsonProto& reply, DocumentOrigin origin, std::vector<ViewGroupInfo>& groups);
 
 // The number of a change as documents hold it, a decimal text; 0 for anything else.
 ChangeNumber ReadChangeNumber(std::string_view text);

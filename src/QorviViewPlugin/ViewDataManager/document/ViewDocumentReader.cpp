@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <QString>
-#include <charconv>
 #include <limits>
 
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "QorviViewPlugin/base/TextConversion.h"
 #include "VantBase/Base64.h"
 #include "VeltControl/VeltControl.h"
+#include "json/Numbers.h"
 
 namespace QorviViewPlugin {
 namespace {
@@ -18,6 +18,13 @@ template <class Cursor>
 float DecimalText(Cursor& at, std::string_view key) {
   return StringToFloat(at.TextInPlace(key));
 }
+
+// The kinds of related resource, by the server's numbers.
+constexpr std::pair<ResourceType, RelateResourceType> kRelateTypes[] = {{ResourceTypeCamera, RelateTypeCamera},
+                                                                        {ResourceTypeEmap, RelateTypeEmap},
+                                                                        {ResourceTypeDoor, RelateTypeDoor},
+                                                                        {ResourceType2004, RelateType2004},
+                                                                        {ResourceType1027, RelateType1027}};
 
 // The view type of an object that is not shared.
 int TypeOfOwner(unsigned int idUser) {
@@ -49,16 +56,12 @@ void ReadFishEye(Cursor& at, std::string_view listKey, CameraGridStruct& window)
   fisheye.mount_type = at.Number("MountType");
   fisheye.expand_mode = at.Number("ExpandMode");
   fisheye.window_index = at.Number("FishParentNo");
-  const int count = at.Count(listKey);
-  fisheye.vc_wnd_param.reserve(fisheye.vc_wnd_param.size() + static_cast<size_t>(count));
-  for (int n = 1; n <= count; ++n) {
-    const auto entry = at.Enter(listKey, n);
-    FisheyeExpandWndParam& param = fisheye.vc_wnd_param.emplace_back();
+  ReadEach(at, listKey, fisheye.vc_wnd_param, [&at](FisheyeExpandWndParam& param) {
     param.wnd_no = at.Number("No");
     param.pos_x = DecimalText(at, "PosX");
     param.pos_y = DecimalText(at, "PosY");
     param.zoom = DecimalText(at, "Zoom");
-  }
+  });
 }
 
 template <class Cursor>
@@ -67,13 +70,10 @@ void ReadCycle(Cursor& at, SingleWndCycle& cycle) {
   cycle.type = static_cast<SingleWndCycleType>(at.Number("Type"));
   cycle.cycle_time = at.Number("CycleTime");
   cycle.cycle_name = at.Text("CycleName");
-  const int count = at.Count("ID");
-  cycle.vc_id.reserve(static_cast<size_t>(count));
-  for (int n = 1; n <= count; ++n) {
-    const auto entry = at.Enter("ID", n);
-    const unsigned int siteId = AsUnsigned(at.Number("SiteID"));
-    cycle.vc_id.emplace_back(siteId, AsUnsigned(at.Number("ResourceID")));
-  }
+  ReadEach(at, "ID", cycle.vc_id, [&at](IdPair& resource) {
+    resource.first = AsUnsigned(at.Number("SiteID"));
+    resource.second = AsUnsigned(at.Number("ResourceID"));
+  });
 }
 
 template <class Cursor>
@@ -96,16 +96,12 @@ void ReadCenterMark(Cursor& at, CalibrationInfo& mark) {
 template <class Cursor>
 void ReadZoomWindows(Cursor& at, CameraGridStruct& window) {
   const auto group = at.Enter("ZoomWindowList");
-  const int count = at.Count("ZoomWindow");
-  if (count < 1) return;
+  if (at.Count("ZoomWindow") < 1) return;
   window.zoom_mode = static_cast<ZoomMode>(at.Number("ZoomMode"));
-  window.local_wins.reserve(static_cast<size_t>(count));
-  for (int n = 1; n <= count; ++n) {
-    const auto entry = at.Enter("ZoomWindow", n);
-    LocalWindowInfo& zoomWindow = window.local_wins.emplace_back();
+  ReadEach(at, "ZoomWindow", window.local_wins, [&at](LocalWindowInfo& zoomWindow) {
     zoomWindow.ZoomWindowNo = at.Number("No");
     ReadMilliCorners(at, zoomWindow.win_coordinate);
-  }
+  });
 }
 
 template <class Cursor>
@@ -154,14 +150,10 @@ void ReadPage(Cursor& at, DocumentOrigin origin, unsigned int idView, ViewPage& 
   page.nSpliteType = at.Number("SpliteType");
   const std::string customSplit = at.Text("CustomSplite");
   if (!customSplit.empty()) page.strCustomSplite = Vant::Base::Encrypt::Base64Decode(customSplit);
-  const int count = at.Count("PlanViewItem");
-  page.vcWindows.reserve(static_cast<size_t>(count));
-  for (int w = 1; w <= count; ++w) {
-    const auto level = at.Enter("PlanViewItem", w);
-    CameraGridStruct& window = page.vcWindows.emplace_back();
+  ReadEach(at, "PlanViewItem", page.vcWindows, [&](CameraGridStruct& window) {
     window.idView = idView;
     ReadWindow(at, origin, window);
-  }
+  });
 }
 
 // An e-map coordinate as the model keeps it: the text of the number at `path`, "nan" when there is none.
@@ -188,12 +180,7 @@ ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
   view.nCycleTime = element.Number("CycleTime");
   view.nAutoCycle = element.Number("AutoCycle");
   view.nChangeNumber = ReadChangeNumber(element.TextInPlace("ChangeNumber"));
-  const int count = element.Count("PlanPages");
-  view.vcPages.reserve(static_cast<size_t>(count));
-  for (int p = 1; p <= count; ++p) {
-    const auto level = element.Enter("PlanPages", p);
-    ReadPage(element, origin, view.idView, view.vcPages.emplace_back());
-  }
+  ReadEach(element, "PlanPages", view.vcPages, [&](ViewPage& page) { ReadPage(element, origin, view.idView, page); });
   view.nMethod = element.Number("Method", ChangeAdded);
   return view;
 }
@@ -224,11 +211,13 @@ ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin) {
   return group;
 }
 
+void ReadViewGroups(const NetLink::CRapidJsonProto& reply, DocumentOrigin origin, std::vector<ViewGroupInfo>& groups) {
+  PathCursor at(reply, "/ResponseStatus/Data/ViewGroupList/");
+  ReadEach(at, "ViewGroup", groups, [&](ViewGroupInfo& group) { group = ReadViewGroup(at, origin); });
+}
+
 ChangeNumber ReadChangeNumber(std::string_view text) {
-  ChangeNumber number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stopped, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stopped == end ? number : 0;
+  return json::WholeNumber<ChangeNumber>(text).value_or(0);
 }
 
 void ReadExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {
@@ -252,37 +241,17 @@ void ReadExtendInfo(const std::string& extendInfo, CameraGridStruct& window) {
 }
 
 RelateResourceType RelateTypeFromServer(int serverType) {
-  switch (serverType) {
-    case ResourceTypeCamera:
-      return RelateTypeCamera;
-    case ResourceTypeEmap:
-      return RelateTypeEmap;
-    case ResourceTypeDoor:
-      return RelateTypeDoor;
-    case ResourceType2004:
-      return RelateType2004;
-    case ResourceType1027:
-      return RelateType1027;
-    default:
-      return static_cast<RelateResourceType>(serverType);
+  for (const auto& [server, model] : kRelateTypes) {
+    if (server == serverType) return model;
   }
+  return static_cast<RelateResourceType>(serverType);
 }
 
 int RelateTypeToServerNumber(RelateResourceType type) {
-  switch (type) {
-    case RelateTypeCamera:
-      return ResourceTypeCamera;
-    case RelateTypeEmap:
-      return ResourceTypeEmap;
-    case RelateTypeDoor:
-      return ResourceTypeDoor;
-    case RelateType2004:
-      return ResourceType2004;
-    case RelateType1027:
-      return ResourceType1027;
-    default:
-      return type;
+  for (const auto& [server, model] : kRelateTypes) {
+    if (model == type) return server;
   }
+  return type;
 }
 
 }  // namespace QorviViewPlugin

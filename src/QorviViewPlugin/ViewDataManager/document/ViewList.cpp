@@ -205,14 +205,9 @@ bool ReadViewListByPaths(const std::string& text, ErrorCode& error, ViewList& li
   document.set_str(text);
   if (!ReadResponseStatus(document, CascadingText::Kept, error)) return false;
   PathCursor at(document, "/ResponseStatus/Data/ViewList/");
-  const int count = at.Count("View");
   list.completeUpTo = ReadDataNumber(document);
   list.views.clear();
-  list.views.reserve(static_cast<size_t>(count));
-  for (int n = 1; n <= count; ++n) {
-    const auto level = at.Enter("View", n);
-    list.views.push_back(ReadView(at, DocumentOrigin::Download));
-  }
+  ReadEach(at, "View", list.views, [&at](ViewInfo& view) { view = ReadView(at, DocumentOrigin::Download); });
   return true;
 }
 

@@ -16,10 +16,6 @@ std::string WriteShareRequest(const std::string& userIds) {
   return document.get_str(0);
 }
 
-CmsShareView::RefusedUser ReadRefusedUser(PathCursor& at) {
-  return {at.Number("UserID"), at.Text("UserName"), at.Number("ErrorModule"), at.Number("ErrorCode")};
-}
-
 }  // namespace
 
 bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& userIds) {
@@ -40,11 +36,9 @@ bool CmsShareView::ShareCmsView(const std::string& viewId, const std::string& us
     return false;
   }
   PathCursor at(reply, "/ResponseStatus/Data/ErrorList/");
-  const int count = at.Count("Error");
-  for (int n = 1; n <= count; ++n) {
-    const auto level = at.Enter("Error", n);
-    m_refusedUsers.push_back(ReadRefusedUser(at));
-  }
+  ReadEach(at, "Error", m_refusedUsers, [&at](RefusedUser& user) {
+    user = {at.Number("UserID"), at.Text("UserName"), at.Number("ErrorModule"), at.Number("ErrorCode")};
+  });
   return true;
 }
 

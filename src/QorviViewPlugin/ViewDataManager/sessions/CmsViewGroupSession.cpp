@@ -23,12 +23,7 @@ std::string WriteViewGroupsRequest(uint32_t clientResourceVersion) {
 }
 
 void ParseViewGroupList(const NetLink::CRapidJsonProto& reply, std::vector<ViewGroupInfo>& groups) {
-  PathCursor at(reply, "/ResponseStatus/Data/ViewGroupList/");
-  const int count = at.Count("ViewGroup");
-  for (int i = 1; i <= count; ++i) {
-    const auto level = at.Enter("ViewGroup", i);
-    groups.push_back(ReadViewGroup(at, DocumentOrigin::ListReply));
-  }
+  ReadViewGroups(reply, DocumentOrigin::ListReply, groups);
 }
 
 }  // namespace
@@ -42,8 +37,7 @@ bool CmsViewGroupList::GetCmsViewGroupList(uint32_t clientResourceVersion) {
 }
 
 bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsAddViewGroup::AddCmsViewGroup",
-                                          "[CmsAddViewGroup::AddCmsViewGroup] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsAddViewGroup::AddCmsViewGroup");
   const SessionRequest request{"POST", kViewGroupsUrl, WriteViewGroupDocument(group)};
   QORVI_LOG_INFO(kTexts.function, "add plan group data: %s", request.body.c_str());
   return RunDataSession(request, kTexts, CascadingText::Ignored, m_error,
@@ -54,29 +48,25 @@ bool CmsAddViewGroup::AddCmsViewGroup(const ViewGroupInfo& group) {
 }
 
 bool CmsModifyViewGroup::ModifyCmsViewGroup(const ViewGroupInfo& group) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsModifyViewGroup::ModifyCmsViewGroup",
-                                          "[CmsModifyViewGroup::ModifyCmsViewGroup] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsModifyViewGroup::ModifyCmsViewGroup");
   const SessionRequest request{"PUT", ViewGroupUrl(group.idViewGroup), WriteViewGroupDocument(group)};
   QORVI_LOG_INFO(kTexts.function, "update plan group data: %s", request.body.c_str());
   return RunStatusSession(request, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsDeleteViewGroup::DeleteCmsViewGroup(uint32_t id) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsDeleteViewGroup::DeleteCmsViewGroup",
-                                          "[CmsDeleteViewGroup::DeleteCmsViewGroup] ", " "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsDeleteViewGroup::DeleteCmsViewGroup", " ");
   return RunStatusSession({"DELETE", ViewGroupUrl(id), ""}, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsOrderViewGroup::OrderCmsViewGroup(const ViewMoveRequest& move) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsOrderViewGroup::OrderCmsViewGroup",
-                                          "[CmsOrderViewGroup::OrderCmsViewGroup] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsOrderViewGroup::OrderCmsViewGroup");
   return RunStatusSession({"PUT", std::string(kViewGroupsUrl) + "/Move", WriteViewGroupMoveRequest(move)}, kTexts,
                           m_error);
 }
 
 bool CmsViewConfig::GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode& error) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewConfig::GetDefualtViewConfig",
-                                          "[CmsViewConfig::GetDefualtViewConfig] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsViewConfig::GetDefualtViewConfig");
   return RunConfigSession({"GET", kDefaultConfigUrl, ""}, kTexts, error, [&](const NetLink::CRapidJsonProto& reply) {
     type = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/Config/Type", -1));
     id = AsUnsigned(reply.get_int_v("/ResponseStatus/Data/Config/ID", -1));
@@ -84,8 +74,7 @@ bool CmsViewConfig::GetDefualtViewConfig(uint32_t& id, uint32_t& type, ErrorCode
 }
 
 bool CmsViewConfig::SetDefualtViewConfig(const uint32_t& id, uint32_t type, ErrorCode& error) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewConfig::SetDefualtViewConfig",
-                                          "[CmsViewConfig::SetDefualtViewConfig] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsViewConfig::SetDefualtViewConfig");
   NetLink::CRapidJsonProto document;
   document.set_v("/ViewRequest/Type", AsSigned(type));
   document.set_v("/ViewRequest/ID", AsSigned(id));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The sessions that list, add, modify, delete and order view groups on the server, and those of the client's default
-// view. Each object serves one call on one thread; m_error holds why a call answered false, m_changeNumber which change
-// the server made of it, 0 where it does not say. Listing and ordering exist for programs outside this repository only.
+// The sessions that list, add, modify, delete and order (the server says "move") view groups on the server, and those
+// of the client's default view. Each object serves one call on one thread; m_error holds why a call answered false,
+// m_changeNumber which change the server made of it, 0 where it does not say. Listing and ordering exist for programs
+// outside this repository only.
 #pragma once
 
 #include <cstdint>
@@ -23,30 +24,22 @@ class CmsViewGroupList {
   ErrorCode m_error;
 };
 
-class CmsAddViewGroup {
+class CmsAddViewGroup : public EditOutcome {
  public:
   // On success m_idNew is the new group's id, or all ones when the reply names none.
   bool AddCmsViewGroup(const ViewGroupInfo& group);
 
-  ErrorCode m_error;
   uint32_t m_idNew = kNoId;
-  ChangeNumber m_changeNumber = 0;
 };
 
-class CmsModifyViewGroup {
+class CmsModifyViewGroup : public EditOutcome {
  public:
   bool ModifyCmsViewGroup(const ViewGroupInfo& group);
-
-  ErrorCode m_error;
-  ChangeNumber m_changeNumber = 0;
 };
 
-class CmsDeleteViewGroup {
+class CmsDeleteViewGroup : public EditOutcome {
  public:
   bool DeleteCmsViewGroup(uint32_t id);
-
-  ErrorCode m_error;
-  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsOrderViewGroup {

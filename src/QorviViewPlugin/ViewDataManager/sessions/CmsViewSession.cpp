@@ -27,11 +27,7 @@ std::string WriteViewsRequest(uint32_t clientResourceVersion) {
 void ParseViewList(const NetLink::CRapidJsonProto& reply, std::vector<ViewInfo>& views) {
   const size_t first = views.size();
   PathCursor at(reply, "/ResponseStatus/Data/ViewList/");
-  const int count = at.Count("View");
-  for (int i = 1; i <= count; ++i) {
-    const auto level = at.Enter("View", i);
-    views.push_back(ReadView(at, DocumentOrigin::ListReply));
-  }
+  ReadEach(at, "View", views, [&at](ViewInfo& view) { view = ReadView(at, DocumentOrigin::ListReply); });
   if (const ListedViewsCheck check = s_listedViewsCheck) check(std::span(views).subspan(first));
 }
 
@@ -42,8 +38,7 @@ void SetListedViewsCheck(ListedViewsCheck check) {
 }
 
 bool CmsViewList::GetCmsViewList(uint32_t clientResourceVersion) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsViewList::GetCmsViewList",
-                                          "[CmsViewList::GetCmsViewList] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsViewList::GetCmsViewList");
   SessionRequest request{"GET", kViewsUrl, WriteViewsRequest(clientResourceVersion)};
   request.isListing = true;
   return RunDataSession(request, kTexts, CascadingText::Kept, m_error,
@@ -51,7 +46,7 @@ bool CmsViewList::GetCmsViewList(uint32_t clientResourceVersion) {
 }
 
 bool CmsAddView::AddCmsView(const ViewInfo& view) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsAddView::AddCmsView", "[CmsAddView::AddCmsView] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsAddView::AddCmsView");
   SessionRequest request{"POST", kViewsUrl, WriteViewDocument(view)};
   request.marksSubSystemEarly = true;
   return RunDataSession(request, kTexts, CascadingText::Ignored, m_error,
@@ -62,20 +57,17 @@ bool CmsAddView::AddCmsView(const ViewInfo& view) {
 }
 
 bool CmsModifyView::ModifyCmsView(const ViewInfo& view) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsModifyView::ModifyCmsView",
-                                          "[CmsModifyView::ModifyCmsView] ", ""};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsModifyView::ModifyCmsView", "");
   return RunStatusSession({"PUT", ViewUrl(view.idView), WriteViewDocument(view)}, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsDeleteView::DeleteCmsView(uint32_t id) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsDeleteView::DeleteCmsView",
-                                          "[CmsDeleteView::DeleteCmsView] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsDeleteView::DeleteCmsView");
   return RunStatusSession({"DELETE", ViewUrl(id), ""}, kTexts, m_error, &m_changeNumber);
 }
 
 bool CmsOrderView::OrderCmsView(const ViewMoveRequest& move) {
-  static constexpr SessionTexts kTexts = {"QorviViewPlugin::CmsOrderView::OrderCmsView",
-                                          "[CmsOrderView::OrderCmsView] "};
+  static constexpr SessionTexts kTexts = QORVI_SESSION_TEXTS("CmsOrderView::OrderCmsView");
   return RunStatusSession({"PUT", std::string(kViewsUrl) + "/Move", WriteViewMoveRequest(move)}, kTexts, m_error);
 }
 

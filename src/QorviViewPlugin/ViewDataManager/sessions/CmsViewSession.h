@@ -26,6 +26,12 @@ struct ViewMoveRequest {
 using ListedViewsCheck = void (*)(std::span<const ViewInfo> listed);
 void SetListedViewsCheck(ListedViewsCheck check);
 
+// Of a session that edits.
+struct EditOutcome {
+  ErrorCode m_error;
+  ChangeNumber m_changeNumber = 0;
+};
+
 class CmsViewList {
  public:
   // Appends the server's views to m_vcViews in reply order, and has the cache check them.
@@ -35,30 +41,22 @@ class CmsViewList {
   ErrorCode m_error;
 };
 
-class CmsAddView {
+class CmsAddView : public EditOutcome {
  public:
   // On success m_idNew is the new view's id, or all ones when the reply names none.
   bool AddCmsView(const ViewInfo& view);
 
-  ErrorCode m_error;
   uint32_t m_idNew = kNoId;
-  ChangeNumber m_changeNumber = 0;
 };
 
-class CmsModifyView {
+class CmsModifyView : public EditOutcome {
  public:
   bool ModifyCmsView(const ViewInfo& view);
-
-  ErrorCode m_error;
-  ChangeNumber m_changeNumber = 0;
 };
 
-class CmsDeleteView {
+class CmsDeleteView : public EditOutcome {
  public:
   bool DeleteCmsView(uint32_t id);
-
-  ErrorCode m_error;
-  ChangeNumber m_changeNumber = 0;
 };
 
 class CmsOrderView {

@@ -19,6 +19,10 @@ struct SessionTexts {
   const char* transportPrefix = prefix;  // in the line about a transport failure
 };
 
+// The texts of most sessions, by the literal "class::function"; a transport prefix may follow.
+#define QORVI_SESSION_TEXTS(name, ...) \
+  { "QorviViewPlugin::" name, "[" name "] " __VA_OPT__(, ) __VA_ARGS__ }
+
 struct SessionRequest {
   const char* method;
   std::string url;

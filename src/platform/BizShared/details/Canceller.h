@@ -21,14 +21,9 @@ class IWakeable {
 };
 
 // Ends requests and pauses from another thread, at once and for good: what runs with it when Cancel is called, and
-// whatever is started with it later, ends as cancelled. Any thread.
+// whatever is started with it later, ends as cancelled. Nothing may run with it when it is destroyed. Any thread.
 class BIZSHARED_API CCanceller {
  public:
-  CCanceller() = default;
-  ~CCanceller() = default;  // REQUIRES: nothing runs with it any more
-  CCanceller(const CCanceller&) = delete;
-  CCanceller& operator=(const CCanceller&) = delete;
-
   void Cancel();
   bool IsCancelled() const;
   // Has what runs with it call its `idle` soon.

@@ -27,7 +27,6 @@ class RESOURCESTORE_API ResourceList {
   std::shared_ptr<const std::string> Text();
   // `number`: of the last change that the reply holds.
   void Set(std::string reply, uint64_t number = 0);
-  void Clear();
   // Of the last change that the list holds.
   uint64_t Number() const { return m_number; }
 
