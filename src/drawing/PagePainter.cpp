@@ -120,6 +120,7 @@ class PagePainter {
     m_painter.setBrush(m_theme.canvas);
     m_painter.drawRect(QRectF(QPointF(0, 0), m_size));
     DrawHead();
+    if (m_page.count == 0) return DrawNoPages();
     for (const Cell& cell : m_grid.cells) DrawCell(cell);
     for (const Window& window : m_page.windows) DrawLink(window);
   }
@@ -135,6 +136,11 @@ class PagePainter {
     m_painter.setPen(m_theme.text);
     const QString from = m_page.sharedBy.isEmpty() ? "" : " (shared by " + m_page.sharedBy + ")";
     DrawLine(m_painter, Lettering(22, true), head.adjusted(0, 0, -taken - 20, 0), m_page.view + from);
+  }
+
+  void DrawNoPages() {
+    m_painter.setPen(m_theme.dimText);
+    DrawCentred(m_painter, Lettering(17), QRectF(QPointF(0, 0), m_size), "no pages");
   }
 
   QRectF PlaceOf(const QRect& cells) const {

@@ -257,6 +257,7 @@ TEST_F(PictureTest, TextStandsOutFromItsGround) {
       EXPECT_GE(Contrast(theme->text, ground), 4.5);
       EXPECT_GE(Contrast(theme->dimText, ground), 4.5);
     }
+    EXPECT_GE(Contrast(theme->text, theme->scene), 4.5) << "a map's scale";
     EXPECT_GE(Contrast(theme->cycle, theme->scene), 4.5) << "the cycle's number and time stand on the picture";
   }
 }

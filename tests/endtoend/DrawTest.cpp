@@ -48,7 +48,7 @@ TEST_F(DrawTest, TheExtrasOfTheSampleSiteCanBeReadInItsDrawings) {
       {{"118"}, "admin", {"digital zoom 0.1,0.2 to 0.6,0.7"}},
       {{"120"}, "admin", {"related: door 2208 “Drivers' room”"}},
       {{"128"}, "admin", {"8 areas, 20 s each:", "きっぷうりば"}},
-      {{"130"}, "admin", {"No pages"}},
+      {{"130"}, "admin", {"No pages", "no pages"}},
       {{"137"}, "maria", {"夜間巡回", "shared by kenji)"}},
   };
   // A line in several scripts is several texts.
