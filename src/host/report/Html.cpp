@@ -3,6 +3,8 @@
 
 #include <QRegularExpression>
 #include <QStringList>
+#include <QVector>
+#include <algorithm>
 
 #include "drawing/SafeText.h"
 
@@ -11,6 +13,18 @@ namespace {
 
 QString Read(std::string_view text) {
   return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+}
+
+bool TurnsLeft(uint letter) {
+  const QChar::Direction direction = QChar::direction(letter);
+  return direction == QChar::DirR || direction == QChar::DirAL || direction == QChar::DirAN;
+}
+
+// What has nothing to turn needs no element of its own, and large sites say a lot in words.
+QString Isolated(const QString& part) {
+  const auto letters = part.toUcs4();
+  const bool turns = std::any_of(letters.begin(), letters.end(), TurnsLeft);
+  return turns ? "<bdi>" + part.toHtmlEscaped() + "</bdi>" : part.toHtmlEscaped();
 }
 
 }  // namespace
@@ -29,7 +43,7 @@ std::string HtmlWords(std::string_view text) {
   for (QString& line : lines) {
     const QString begin = number.match(line).captured();
     QStringList parts = line.mid(begin.size()).split("; ");
-    for (QString& part : parts) part = "<bdi>" + part.toHtmlEscaped() + "</bdi>";
+    for (QString& part : parts) part = Isolated(part);
     line = begin + parts.join("; ");
   }
   return lines.join('\n').toStdString();

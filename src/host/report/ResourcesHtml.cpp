@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // WriteResources (ReportHtml.h): where each is shown, which are shown nowhere, which are gone.
 #include <algorithm>
+#include <cctype>
 
 #include "host/report/Html.h"
 #include "host/report/ReportHtml.h"
