@@ -16,6 +16,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import statistics
 import subprocess
 import sys
@@ -45,6 +46,13 @@ SEARCH = """{
   document.body.offsetHeight;
   document.getElementById('found').textContent;
 }"""
+# Once those that a reader sees are there.
+ODD_IMAGES = """Promise.all([...document.querySelectorAll('.sheet img')].map(async image => {
+  if (image.getBoundingClientRect().top > innerHeight || !image.checkVisibility()) return '';
+  try { await image.decode(); } catch (error) { return image.src + ': ' + error; }
+  const isRight = image.naturalWidth == image.getAttribute('width') && image.naturalHeight == image.getAttribute('height');
+  return isRight ? '' : image.src;
+})).then(odd => odd.filter(Boolean))"""
 # What is open, and how many drawings there are.
 STATE = "[document.querySelectorAll('details[open]').length, document.querySelectorAll('.sheet svg, .sheet img').length]"
 
@@ -133,10 +141,14 @@ def take_pictures(check, browser, page, what):
     shots = (("desktop", WIDE, False, ""), ("desktop-open", (1280, 2400), False, UNFOLD),
              ("desktop-open-dark", (1280, 2400), True, UNFOLD), ("desktop-dark", WIDE, True, ""),
              ("phone", NARROW, False, ""), ("phone-open", (390, 1600), False, SOME),
-             ("phone-open-dark", (390, 1600), True, SOME))
+             ("phone-open-dark", (390, 1600), True, SOME),
+             ("resources", (1280, 1600), False, "document.getElementById('shown').scrollIntoView()"),
+             ("pages", (1280, 3000), False, "location.hash = 'v125'"))
     for shot, size, dark, script in shots:
         with Tab(browser, page.as_uri(), size, dark) as tab:
             tab.run(f"{{ {script} }}")
+            odd = tab.run(ODD_IMAGES)
+            check.expect(not odd, f"{what}, {shot}: images of another size than is said: {odd}")
             tab.picture(check.out / f"{what}-{shot}.png")
 
 
@@ -207,6 +219,8 @@ def main(arguments):
     binaries, axe, out = (pathlib.Path(argument).absolute() for argument in arguments)
     out.mkdir(parents=True, exist_ok=True)
     check = Check(out)
+    for old in ("site", "large"):
+        shutil.rmtree(out / old, ignore_errors=True)
     with server(binaries, SAMPLE) as url:
         report(binaries, url, "-o", out / "site.html", "--into-folder", out / "site")
     with Browser() as browser:

@@ -3,19 +3,18 @@
 #include <QFile>
 #include <QUrl>
 #include <cstdio>
-#include <map>
 #include <optional>
 
 #include "host/Client.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/report/DrawingFile.h"
 #include "host/report/Html.h"
 #include "host/report/ReadReport.h"
 #include "host/report/ReportFolder.h"
 #include "host/report/ReportHtml.h"
 #include "host/report/SharedPaths.h"
-#include "host/report/StackedDrawings.h"
 
 namespace host {
 namespace {
@@ -55,17 +54,15 @@ std::string OnePage(const Report& report) {
 }
 
 void WriteFolder(const Report& report, ReportFolder& folder) {
-  std::map<std::string, std::string> files;
-  for (const ReportView& view : report.views) {
-    if (!view.pages.empty()) files[view.id] = folder.Keep(view.id, StackDrawings(view, report.drawingRules));
-  }
   ReportDrawings drawings;
   drawings.areImages = true;
   drawings.show = [&](const ReportView& view, size_t page) {
-    const DrawingSize size = SizeOf(view.pages[page].drawing);
-    return "<img src=\"" + files[view.id] + "#p" + std::to_string(page + 1) + "\" loading=\"lazy\" width=\"" +
-           std::to_string(size.width) + "\" height=\"" + std::to_string(size.height) + "\" alt=\"" +
-           HtmlLine(view.pages[page].head) + "\" aria-labelledby=\"" + WordsId(view, page) + "\"/>";
+    const ReportPage& shown = view.pages[page];
+    const std::string file = folder.Keep(view.id, page + 1, DrawingFile(view, shown, report.drawingRules));
+    const DrawingSize size = SizeOf(shown.drawing);
+    return "<img src=\"" + file + "\" loading=\"lazy\" width=\"" + std::to_string(size.width) + "\" height=\"" +
+           std::to_string(size.height) + "\" alt=\"" + HtmlLine(shown.head) + "\" aria-labelledby=\"" +
+           WordsId(view, page) + "\"/>";
   };
   folder.Finish(WriteReport(report, Look(), drawings));
 }
@@ -104,7 +101,7 @@ void AddReportCommand(CLI::App& app, Run& chosen) {
       AddCommand(app, chosen, "report", "all views and where resources are shown, as a page to read", RunReport);
   command->add_option("-o", wanted->output, "one HTML file with everything in it; \"-\" is stdout")->type_name("FILE");
   command
-      ->add_option("--into-folder", wanted->folder, "index.html and a file of drawings for each view, for large sites")
+      ->add_option("--into-folder", wanted->folder, "index.html and a drawing beside it for each page, for large sites")
       ->type_name("DIR");
 }
 

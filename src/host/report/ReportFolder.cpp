@@ -23,7 +23,7 @@ bool IsIndex(const QString& path) {
 }
 
 bool IsOurs(const QFileInfo& entry) {
-  static const QRegularExpression drawings("^view-[0-9]+-[0-9a-f]{12}\\.svg$");
+  static const QRegularExpression drawings("^view-[0-9]+-page-[0-9]+-[0-9a-f]{12}\\.svg$");
   if (!entry.isFile() || entry.isSymLink()) return false;
   return entry.fileName() == kIndex ? IsIndex(entry.filePath()) : drawings.match(entry.fileName()).hasMatch();
 }
@@ -49,13 +49,13 @@ ReportFolder::~ReportFolder() {
   if (m_isNew && !m_kept.count(kIndex)) QDir().rmdir(m_dir.path());
 }
 
-std::string ReportFolder::Keep(const std::string& viewId, const std::string& drawings) {
-  const QByteArray hash = QCryptographicHash::hash(QByteArray::fromStdString(drawings), QCryptographicHash::Sha256);
-  const QString name =
-      QString::fromStdString("view-" + RequireId(viewId, "view") + "-") + hash.toHex().left(12) + ".svg";
+std::string ReportFolder::Keep(const std::string& viewId, size_t page, const std::string& drawing) {
+  const QByteArray hash = QCryptographicHash::hash(QByteArray::fromStdString(drawing), QCryptographicHash::Sha256);
+  const std::string begin = "view-" + RequireId(viewId, "view") + "-page-" + std::to_string(page) + "-";
+  const QString name = QString::fromStdString(begin) + hash.toHex().left(12) + ".svg";
   m_kept.insert(name);
   if (m_old.contains(name)) return name.toStdString();
-  SavedFile(PathOf(name).toStdString()).Write(drawings);
+  SavedFile(PathOf(name).toStdString()).Write(drawing);
   m_added += name;
   return name.toStdString();
 }

@@ -8,7 +8,7 @@
 
 namespace host {
 
-// A folder that a report is written into: index.html and files of drawings, which have names by their content. So a
+// A folder that a report is written into: index.html and drawings, which have names by their content. So a
 // report that stood there before stays whole until the new index takes its place, and what only it had goes then.
 class ReportFolder {
  public:
@@ -19,8 +19,9 @@ class ReportFolder {
   ReportFolder(const ReportFolder&) = delete;
   ReportFolder& operator=(const ReportFolder&) = delete;
 
-  // Keeps the drawings of a view and answers the name of their file. Throws Failure kUsage when it cannot be written.
-  std::string Keep(const std::string& viewId, const std::string& drawings);
+  // Keeps the drawing of a view's page, from 1, and answers the name of its file. Throws Failure kUsage when it cannot
+  // be written.
+  std::string Keep(const std::string& viewId, size_t page, const std::string& drawing);
   // Puts the index into its place. Throws the same.
   void Finish(const std::string& index);
 

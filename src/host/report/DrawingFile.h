@@ -7,8 +7,8 @@
 
 namespace host {
 
-// All pages of a view as one SVG file, one below the other. Its fragment p2 shows the second page alone.
-std::string StackDrawings(const ReportView& view, const std::string& rules);
+// A page's drawing as an SVG file: complete in itself, with the view's name and the page in words.
+std::string DrawingFile(const ReportView& view, const ReportPage& page, const std::string& rules);
 
 struct DrawingSize {
   int width = 0;
