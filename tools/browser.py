@@ -109,7 +109,7 @@ class Tab:
         self.ask("Page.navigate", url=address)
         browser.wait_for(self.session, "Page.loadEventFired")
         if scripts:
-            self.run("new Promise(done => requestAnimationFrame(() => setTimeout(done)))")
+            self.settle()
             self.opened = self.times(before)
 
     def __enter__(self):
@@ -126,6 +126,10 @@ class Tab:
         if "exceptionDetails" in answer:
             raise RuntimeError(json.dumps(answer["exceptionDetails"])[:1000])
         return answer["result"].get("value")
+
+    def settle(self):
+        """What was asked for before has been drawn."""
+        self.run("new Promise(done => requestAnimationFrame(() => setTimeout(done)))")
 
     def measures(self):
         return {entry["name"]: entry["value"] for entry in self.ask("Performance.getMetrics")["metrics"]}
@@ -164,4 +168,4 @@ class Tab:
         file.write_bytes(base64.b64decode(self.ask("Page.captureScreenshot")["data"]))
 
     def paper(self, file):
-        file.write_bytes(base64.b64decode(self.ask("Page.printToPDF")["data"]))
+        file.write_bytes(base64.b64decode(self.ask("Page.printToPDF", paperWidth=8.27, paperHeight=11.69)["data"]))

@@ -132,6 +132,7 @@ def check_keyboard(check, browser, page, what):
         check.expect(tab.run("location.hash") == "#views", f"{what}: the link past the folders does not lead there")
         tab.run("document.querySelectorAll('.view > details > summary')[1].focus()")
         tab.press(" ")
+        tab.settle()
         state = tab.run("(view => [view.firstElementChild.open, view.querySelectorAll('.sheet svg, .sheet img').length])"
                         "(document.activeElement.closest('.view'))")
         check.expect(state == [True, 1], f"{what}: a view does not open by a key: {state}")
