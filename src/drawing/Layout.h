@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// How one window is divided into its name, its picture and its words.
 #pragma once
 
 #include <QRectF>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The page as a file.
 #pragma once
 
 #include <QByteArray>

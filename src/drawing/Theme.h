@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The colours, light and dark.
 #pragma once
 
 #include <QColor>

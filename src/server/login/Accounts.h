@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Users and their sessions. Both live in the store and nowhere else, so that another process may add a user or change
-// a password while the server runs. Not thread-safe: its owner locks.
+// a password while the server runs. Passwords are not compared here: see Login in api/Api.cpp. Not thread-safe: its
+// owner locks.
 #pragma once
 
 #include <functional>
