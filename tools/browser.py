@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A headless Chromium that pages are opened, used and measured in. It is spoken to through pipes, so it needs no port."""
+"""A headless Chromium that pages are opened, used and measured in. It is spoken to through pipes and needs no port."""
 
 import base64
 import json
@@ -161,7 +161,8 @@ class Tab:
         """Errors of scripts, and what the page's own policy or the browser complains of."""
         thrown = self.browser.take(self.session, "Runtime.exceptionThrown")
         logged = [event["entry"] for event in self.browser.take(self.session, "Log.entryAdded")]
-        return ([event["exceptionDetails"]["text"] + str(event["exceptionDetails"].get("exception")) for event in thrown]
+        details = [event["exceptionDetails"] for event in thrown]
+        return ([detail["text"] + str(detail.get("exception")) for detail in details]
                 + [entry["text"] for entry in logged if entry["level"] in ("error", "warning")])
 
     def picture(self, file):

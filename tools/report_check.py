@@ -30,7 +30,8 @@ OPENS_WITHIN, ANSWERS_WITHIN = 2000, 300
 RUNS = 5
 SAMPLE = pathlib.Path(__file__).parent.parent / "data" / "site.json"
 
-UNFOLD = "document.getElementById('unfold').click(); for (const part of document.querySelectorAll('details')) part.open = true;"
+UNFOLD = """document.getElementById('unfold').click();
+for (const part of document.querySelectorAll('details')) part.open = true;"""
 # A few views, opened, near the top of the screen.
 SOME = """const field = document.getElementById('search');
 field.value = 'Platform 1 edge';
@@ -38,7 +39,8 @@ field.dispatchEvent(new Event('input'));
 document.getElementById('unfold').click();
 document.querySelector('nav > details').open = false;"""
 AXE = """axe.run(document, {resultTypes: ['violations']}).then(result => result.violations.map(
-  found => ({rule: found.id, impact: found.impact, help: found.help, at: found.nodes.slice(0, 3).map(n => n.html.slice(0, 200))})))"""
+  found => ({rule: found.id, impact: found.impact, help: found.help,
+             at: found.nodes.slice(0, 3).map(node => node.html.slice(0, 200))})))"""
 SEARCH = """{
   const field = document.getElementById('search');
   field.value = TEXT;
@@ -50,11 +52,10 @@ SEARCH = """{
 ODD_IMAGES = """Promise.all([...document.querySelectorAll('.sheet img')].map(async image => {
   if (image.getBoundingClientRect().top > innerHeight || !image.checkVisibility()) return '';
   try { await image.decode(); } catch (error) { return image.src + ': ' + error; }
-  const isRight = image.naturalWidth == image.getAttribute('width') && image.naturalHeight == image.getAttribute('height');
-  return isRight ? '' : image.src;
+  const said = ['width', 'height'].map(side => image.getAttribute(side)).join();
+  return said === [image.naturalWidth, image.naturalHeight].join() ? '' : image.src;
 })).then(odd => odd.filter(Boolean))"""
-# What is open, and how many drawings there are.
-STATE = "[document.querySelectorAll('details[open]').length, document.querySelectorAll('.sheet svg, .sheet img').length]"
+OPEN_PARTS = "document.querySelectorAll('details[open]').length"
 
 
 class Check:
@@ -106,7 +107,8 @@ def large_site(count):
 
 def check_access(check, browser, page, axe, what):
     source = axe.read_text(encoding="utf-8")
-    for size, dark, is_open in ((WIDE, False, False), (WIDE, False, True), (NARROW, True, True), (NARROW, False, False)):
+    states = (WIDE, False, False), (WIDE, False, True), (NARROW, True, True), (NARROW, False, False)
+    for size, dark, is_open in states:
         state = f"{what}, {size[0]} wide, {'dark' if dark else 'light'}, {'unfolded' if is_open else 'folded'}"
         with Tab(browser, page.as_uri(), size, dark) as tab:
             if is_open:
@@ -133,8 +135,8 @@ def check_keyboard(check, browser, page, what):
         tab.run("document.querySelectorAll('.view > details > summary')[1].focus()")
         tab.press(" ")
         tab.settle()
-        state = tab.run("(view => [view.firstElementChild.open, view.querySelectorAll('.sheet svg, .sheet img').length])"
-                        "(document.activeElement.closest('.view'))")
+        state = tab.run("""(view => [view.firstElementChild.open,
+            view.querySelectorAll('.sheet svg, .sheet img').length])(document.activeElement.closest('.view'))""")
         check.expect(state == [True, 1], f"{what}: a view does not open by a key: {state}")
 
 
@@ -157,13 +159,14 @@ def check_paper(check, browser, page, what):
     """Everything is on paper, drawings too, though the page was folded; afterwards it is as it was."""
     pdf = check.out / f"{what}.pdf"
     with Tab(browser, page.as_uri(), dark=True) as tab:
-        before = tab.run(STATE)
+        before = tab.run(OPEN_PARTS)
         tab.paper(pdf)
-        after = tab.run(STATE)
-    check.expect(before[0] == after[0], f"{what}: {before[0]} parts are open before printing, {after[0]} afterwards")
+        after = tab.run(OPEN_PARTS)
+    check.expect(before == after, f"{what}: {before} parts are open before printing, {after} afterwards")
     text = subprocess.run(["pdftotext", pdf, "-"], capture_output=True, text=True, check=True).stdout
     words = re.sub(r"\s+", " ", text)
-    for part in ("zoom window 1 at 0.6,0.15 to 0.85,0.4", "12 cameras, 10 s each:", "Shown, but gone", "Page 1 in words"):
+    for part in ("zoom window 1 at 0.6,0.15 to 0.85,0.4", "12 cameras, 10 s each:", "Shown, but gone",
+                 "Page 1 in words"):
         check.expect(part in words, f"{what} on paper lacks “{part}”")
     for old in check.out.glob(f"{what}-paper-*.png"):
         old.unlink()
@@ -175,7 +178,8 @@ def check_without_scripts(check, browser, page, what):
     with Tab(browser, page.as_uri(), (1280, 2400), scripts=False) as tab:
         tab.picture(check.out / f"{what}-without-scripts.png")
         parts = {}
-        for part in ("details:not(.words):not([open])", "figure", ".sheet > svg, .sheet > noscript > svg, .sheet > img"):
+        for part in ("details:not(.words):not([open])", "figure",
+                     ".sheet > svg, .sheet > noscript > svg, .sheet > img"):
             root = tab.ask("DOM.getDocument", depth=0)["root"]["nodeId"]
             parts[part] = len(tab.ask("DOM.querySelectorAll", nodeId=root, selector=part)["nodeIds"])
     folded, figures, drawings = parts.values()
@@ -193,10 +197,10 @@ def check_speed(check, browser, page):
             for fault in tab.faults():
                 check.fault(f"{page.name} of 1,000 views: {fault}")
     median = {part: statistics.median(run[part] for run in runs) for part in runs[0]}
-    check.figure(f"1,000 views, {page.parent.name}/{page.name}, medians of {RUNS}: {median['work']:.0f} ms of processor time"
-                 f" (styles {median['styles']:.0f}, layout {median['layout']:.0f}, script {median['script']:.0f}); by the"
-                 f" clock: painted at {median['painted']:.0f}, read at {median['interactive']:.0f}, loaded at"
-                 f" {median['loaded']:.0f} ms")
+    figures = {part: f"{value:.0f}" for part, value in median.items()}
+    check.figure("1,000 views, {page}, medians of {runs}: {work} ms of processor time (styles {styles}, layout {layout}, "
+                 "script {script}); by the clock: painted at {painted}, read at {interactive}, loaded at {loaded} ms"
+                 .format(page=f"{page.parent.name}/{page.name}", runs=RUNS, **figures))
     least = min(run["work"] for run in runs)
     check.expect(least <= OPENS_WITHIN, f"{page.name} of 1,000 views takes {least:.0f} ms of processor time to open")
     for text, (work, found) in searches.items():

@@ -96,7 +96,8 @@ TEST(ShortSvgTest, ANumberStandsForTheColourOfEachTheme) {
     std::vector<std::pair<QColor, QColor>> pairs = {
         {numbers.canvas, theme.canvas}, {numbers.preset, theme.preset}, {numbers.dimText, theme.dimText}};
     for (int kind = 0; kind < 10; ++kind) {
-      pairs.emplace_back(numbers.Of(static_cast<drawing::WindowKind>(kind)), theme.Of(static_cast<drawing::WindowKind>(kind)));
+      pairs.emplace_back(numbers.Of(static_cast<drawing::WindowKind>(kind)),
+                         theme.Of(static_cast<drawing::WindowKind>(kind)));
     }
     for (int zoom = 0; zoom < 6; ++zoom) pairs.emplace_back(numbers.OfZoomWindow(zoom), theme.OfZoomWindow(zoom));
     for (const auto& [number, colour] : pairs) {
