@@ -27,6 +27,7 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddTreeCommand(app, chosen);
   host::AddShowCommand(app, chosen);
   host::AddDrawCommand(app, chosen);
+  host::AddReportCommand(app, chosen);
   host::AddCallCommand(app, chosen);
   host::AddScriptCommand(app, chosen);
   host::AddWatchCommand(app, chosen);
