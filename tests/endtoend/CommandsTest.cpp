@@ -81,6 +81,7 @@ TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
       {{"call", "Nonsense", "--server", "http://127.0.0.1:1"}, "x", 2},
       {maria + QStringList{"script", file}, "sample-maria", 2},
       {maria + QStringList{"watch"}, "sample-maria", 2},
+      {maria + QStringList{"tree", "--timeout", "0"}, "sample-maria", 2},
       {maria + QStringList{"import", file}, "sample-maria", 2},
       {maria + QStringList{"export", "-o", file + "/out"}, "sample-maria", 2},
       {maria + QStringList{"show", "9999"}, "sample-maria", 1},
@@ -105,17 +106,19 @@ TEST_F(CommandsTest, TheVersionIsToldWithoutAServer) {
   EXPECT_EQ(version.out.rfind("viewctl ", 0), 0u) << version.out;
 }
 
-TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpAfterTenSeconds) {
+TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpWithAReasonInTheTimeAsked) {
   const testing_support::ScriptedServer server([](const auto& request, auto& connection) {
     if (!request.target.ends_with("/V0/Sessions")) return connection.ReplyError(500, 100, 8);
     connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
   });
-  const QStringList login = {"--server", QString::fromStdString(server.Url())};
+  const QStringList login = {"--server", QString::fromStdString(server.Url()), "--timeout", "4"};
   Running script(login + QStringList{"script"}, "any");
   script.Write("{\"load\":true}\n");
   const Outcome tree = test::Run(login + QStringList{"tree"}, "any");
   EXPECT_EQ(tree.status, 3);
-  EXPECT_EQ(tree.err, "viewctl: The server's views were not loaded within 10 seconds\n");
+  EXPECT_EQ(tree.err,
+            "viewctl: Waiting for the server: Internal error of the server: from below "
+            "(given up after 4 seconds)\n");
   EXPECT_EQ(script.NextLine(), R"({"load":true,"result":false})");
   EXPECT_EQ(script.Finish(), 0);
   const auto requests = server.Requests();
