@@ -25,7 +25,8 @@ import time
 
 from browser import NARROW, WIDE, Browser, Tab
 
-# Milliseconds of processor time, the page's own thread's, so that other work of the machine does not matter.
+# Milliseconds of processor time, the page's own thread's and the least of several runs, so that other work of the
+# machine does not matter.
 OPENS_WITHIN, ANSWERS_WITHIN = 2000, 300
 RUNS = 5
 SAMPLE = pathlib.Path(__file__).parent.parent / "data" / "site.json"
@@ -188,12 +189,12 @@ def check_without_scripts(check, browser, page, what):
 
 
 def check_speed(check, browser, page):
-    runs = []
+    runs, searches = [], {text: [] for text in ("camera 2001", "forecourt uberfuhrung", "x", "nothing-has-this", "")}
     for _ in range(RUNS):
         with Tab(browser, page.as_uri()) as tab:
             runs.append(tab.opened)
-            searches = {text: tab.work_of(SEARCH.replace("TEXT", json.dumps(text)))
-                        for text in ("camera 2001", "forecourt uberfuhrung", "x", "nothing-has-this", "")}
+            for text, answers in searches.items():
+                answers.append(tab.work_of(SEARCH.replace("TEXT", json.dumps(text))))
             for fault in tab.faults():
                 check.fault(f"{page.name} of 1,000 views: {fault}")
     median = {part: statistics.median(run[part] for run in runs) for part in runs[0]}
@@ -203,9 +204,10 @@ def check_speed(check, browser, page):
                  .format(page=f"{page.parent.name}/{page.name}", runs=RUNS, **figures))
     least = min(run["work"] for run in runs)
     check.expect(least <= OPENS_WITHIN, f"{page.name} of 1,000 views takes {least:.0f} ms of processor time to open")
-    for text, (work, found) in searches.items():
-        check.figure(f"  search “{text}”: {work:.0f} ms of processor time: {found or 'everything again'}")
-        check.expect(work <= ANSWERS_WITHIN, f"{page.name}: a search for “{text}” takes {work:.0f} ms")
+    for text, answers in searches.items():
+        works, found = [work for work, _ in answers], answers[0][1] or "everything again"
+        check.figure(f"  search “{text}”: {statistics.median(works):.0f} ms of processor time: {found}")
+        check.expect(min(works) <= ANSWERS_WITHIN, f"{page.name}: a search for “{text}” takes {min(works):.0f} ms")
 
 
 def check_large(check, browser, binaries):
