@@ -183,8 +183,8 @@ TEST_F(DamageTest, DamagedHistoriesAreForgottenAndNoDamageOfTheLogKeepsEditsAway
   } cases[] = {
       {"DELETE FROM sqlite_sequence", 200},
       {"UPDATE sqlite_sequence SET seq = 9223372036854775807 WHERE name = 'epochs'", 200, false},
-      {"UPDATE changes SET bytes = 9223372036854775807", 200},
-      {"UPDATE changes SET bytes = 'x'", 200},
+      {"UPDATE changes SET bytes = 9223372036854775807", 410},  // more than is kept
+      {"UPDATE changes SET bytes = 'x'", 410},
       {"UPDATE epochs SET number = 9223372036854775800 + number", 410},
       {"UPDATE epochs SET first_change = -9223372036854775807 - 1", 410},
       {"INSERT INTO epochs (id, first_change) VALUES ('later', 1000)", 410},
