@@ -38,16 +38,16 @@ QStringList Wrapped(const QString& text, double letters, double width) {
   return lines;
 }
 
-std::vector<Line> LinesOf(const std::vector<Fact>& facts, double letters, double width) {
+std::vector<WordLine> LinesOf(const std::vector<Fact>& facts, double letters, double width) {
   const QFont font = Lettering(letters);
-  std::vector<Line> lines;
+  std::vector<WordLine> lines;
   for (const Fact& fact : facts) {
     const double room = width - IndentOf(fact, letters) - 2;
     if (room <= 0 || fact.text.size() > kLongestWrapped || WidthOf(font, fact.text) <= room) {
       lines.push_back({fact});
       continue;
     }
-    Line line{fact};
+    WordLine line{fact};
     for (const QString& text : Wrapped(fact.text, letters, room)) {
       line.fact.text = text;
       lines.push_back(line);
@@ -57,16 +57,16 @@ std::vector<Line> LinesOf(const std::vector<Fact>& facts, double letters, double
   return lines;
 }
 
-double WidestOf(const std::vector<Line>& lines, double letters) {
+double WidestOf(const std::vector<WordLine>& lines, double letters) {
   const QFont font = Lettering(letters);
   double widest = 0;
-  for (const Line& line : lines) {
+  for (const WordLine& line : lines) {
     widest = std::max(widest, IndentOf(line.fact, letters) + WidthOf(font, line.fact.text) + 2);
   }
   return widest;
 }
 
-void LeaveOut(std::vector<Line>& lines, size_t room) {
+void LeaveOut(std::vector<WordLine>& lines, size_t room) {
   if (lines.size() <= room) return;
   const size_t left = lines.size() - room + 1;
   lines.resize(room - 1);

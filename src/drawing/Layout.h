@@ -9,7 +9,7 @@
 namespace drawing {
 
 // A line of words; `isContinued` where its fact began on a line before it.
-struct Line {
+struct WordLine {
   Fact fact;
   bool isContinued = false;
 };
@@ -21,7 +21,7 @@ struct Layout {
   QRectF picture;
   double letters = 10;
   QRectF facts;  // for the lines, which are equally high
-  std::vector<Line> lines;
+  std::vector<WordLine> lines;
 
   double LineHeight() const;
 };

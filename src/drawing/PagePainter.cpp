@@ -50,13 +50,13 @@ class WindowPainter {
 
   void DrawFacts() {
     QRectF place(m_layout.facts.topLeft(), QSizeF(m_layout.facts.width(), m_layout.LineHeight()));
-    for (const Line& line : m_layout.lines) {
+    for (const WordLine& line : m_layout.lines) {
       DrawWords(line, place);
       place.translate(0, place.height());
     }
   }
 
-  void DrawWords(const Line& line, QRectF place) {
+  void DrawWords(const WordLine& line, QRectF place) {
     const Fact& fact = line.fact;
     const double sign = m_layout.letters * 1.2;
     const QRectF signPlace(place.left(), place.center().y() - sign / 2, sign, sign);
