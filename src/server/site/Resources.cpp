@@ -13,7 +13,7 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
     if (filter.type && row.Int(1) != *filter.type) return;
     if (wire::IsUtf8(row.String(2))) {
       wire::AppendObject(list,
-                       {{"ID", row.Int(0)}, {"Type", row.Int(1)}, {"Name", row.String(2)}, {"SiteID", row.Int(3)}});
+                         {{"ID", row.Int(0)}, {"Type", row.Int(1)}, {"Name", row.String(2)}, {"SiteID", row.Int(3)}});
     }
   };
   if (filter.ids) {
