@@ -23,7 +23,7 @@ class ViewServer::Impl {
   explicit Impl(const ViewServerOptions& options)
       : m_options(Checked(options)),
         m_lock(options.dataFile),
-        m_site(options.dataFile, {options.keepChanges, options.keepChangeBytes}, SecondsNow),
+        m_site(options.dataFile, {options.keepChanges, options.keepChangeBytes}, SecondsNow, options.editPatience),
         m_api(m_site) {
     Tell(m_site.FoundAtStart());
     m_site.FollowAccounts();  // before a seed may give the number of a deleted user again

@@ -6,6 +6,7 @@
 #include <functional>
 #include <list>
 #include <optional>
+#include <utility>
 
 #include "base/Mutex.h"
 #include "server/model/Refusal.h"
@@ -24,13 +25,14 @@ struct Edit {
 };
 using Edits = std::list<Edit>;  // edits go from list to list without a need for memory
 
-// For what the server answers; the rest of two seconds is for the way.
-constexpr std::chrono::milliseconds kEditPatience{1000};
-
 class EditQueue {
  public:
-  void Submit(std::function<void(Editor&)> make, std::function<void(const Refusal*)> answer,
-              std::chrono::milliseconds patience = kEditPatience);
+  // `patience`: how long what is submitted may wait for the store.
+  explicit EditQueue(std::chrono::milliseconds patience) : m_patience(patience) {}
+
+  void Submit(std::function<void(Editor&)> make, std::function<void(const Refusal*)> answer) {
+    Submit(std::move(make), std::move(answer), m_patience);
+  }
   // Waits until it is answered. Throws the Refusal.
   void SubmitAndWait(const std::function<void(Editor&)>& make);
 
@@ -47,6 +49,10 @@ class EditQueue {
   void End();
 
  private:
+  void Submit(std::function<void(Editor&)> make, std::function<void(const Refusal*)> answer,
+              std::chrono::milliseconds patience);
+
+  const std::chrono::milliseconds m_patience;
   base::Mutex m_mutex;  // leaf
   base::Condition m_changed;
   Edits m_edits GUARDED_BY(m_mutex);

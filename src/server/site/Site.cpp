@@ -40,7 +40,8 @@ void OrSayWhy(std::string& why, const Action& action) {
 
 }  // namespace
 
-Site::Site(const std::string& dataFile, const LogLimits& limits, const Accounts::Clock& clock)
+Site::Site(const std::string& dataFile, const LogLimits& limits, const Accounts::Clock& clock,
+           std::chrono::milliseconds editPatience)
     : m_store(dataFile),
       m_reading(m_store, Database::Reading()),
       m_accounts(m_reading, clock),
@@ -48,7 +49,8 @@ Site::Site(const std::string& dataFile, const LogLimits& limits, const Accounts:
       m_catalog(LoadCatalog(m_store, m_findings)),
       m_log(ChangeLog(m_store, limits).Range()),
       m_editor(m_store, limits, clock, m_catalog),
-      m_epochs(m_store, m_log.last) {
+      m_epochs(m_store, m_log.last),
+      m_queue(editPatience) {
   m_store.BecomeEditors();
   m_editing = std::thread([this] { RunEdits(); });
 }

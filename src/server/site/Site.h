@@ -7,6 +7,7 @@
 // an SQLite::Exception; nothing has been changed then.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -42,7 +43,9 @@ struct ElementList {
 
 class Site : public ChangeSource {
  public:
-  Site(const std::string& dataFile, const LogLimits& limits, const Accounts::Clock& clock);
+  // `editPatience`: how long a submitted edit may wait for another process that holds the store.
+  Site(const std::string& dataFile, const LogLimits& limits, const Accounts::Clock& clock,
+       std::chrono::milliseconds editPatience = std::chrono::seconds(1));
   ~Site() override;
   Site(const Site&) = delete;
   Site& operator=(const Site&) = delete;
