@@ -39,11 +39,8 @@ class Program {
     m_output = ends[0];
   }
   ~Program() {
-    kill(m_pid, SIGTERM);
-    for (int i = 0; i < 1000 && !m_isOver; ++i) {
-      m_isOver = waitpid(m_pid, &m_status, WNOHANG) == m_pid;
-      if (!m_isOver) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    if (!m_isOver) kill(m_pid, SIGTERM);
+    for (int i = 0; i < 1000 && !HasEnded(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
     if (!m_isOver) kill(m_pid, SIGKILL), waitpid(m_pid, &m_status, 0);
     close(m_output);
   }
@@ -51,6 +48,10 @@ class Program {
   Program& operator=(const Program&) = delete;
 
   pid_t Pid() const { return m_pid; }
+  bool HasEnded() {
+    m_isOver = m_isOver || waitpid(m_pid, &m_status, WNOHANG) == m_pid;
+    return m_isOver;
+  }
   // The next line that it writes, or what there is of it after twenty seconds.
   std::string Line() {
     std::string line;
