@@ -3,12 +3,12 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <ctime>
 #include <exception>
