@@ -263,8 +263,11 @@ TEST_F(CommandsTest, AFailedRestoreLeavesTheStore) {
   std::string damaged = Bytes(Path("copy.db"));
   damaged.replace(damaged.size() / 2, 8192, std::string(8192, '\x01'));
   WriteFile("damaged.db", damaged);
+  BackUp(File(), Path("newer.db"));
+  SQLite::Database(Path("newer.db"), SQLite::OPEN_READWRITE).exec("PRAGMA user_version=1000");
+  EXPECT_EQ(FailureOf([&] { Restore(File(), Path("newer.db")); }), Path("newer.db") + " was written by a newer server");
   const std::string before = Bytes(File());
-  for (const std::string& file : {Path("damaged.db"), Path("none.db"), File()}) {
+  for (const std::string& file : {Path("damaged.db"), Path("newer.db"), Path("none.db"), File()}) {
     const std::string why = FailureOf([&] { Restore(File(), file); });
     EXPECT_EQ(why.find('\n'), std::string::npos);
     EXPECT_NE(why, "") << file;

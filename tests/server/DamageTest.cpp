@@ -34,7 +34,7 @@ class DamageTest : public ServerTest {
   void Damage(const std::string& sql) {
     m_server.reset();
     std::filesystem::copy_file(File() + ".sound", File(), std::filesystem::copy_options::overwrite_existing);
-    SQLite::Database(File(), SQLite::OPEN_READWRITE).exec(sql);
+    SQLite::Database(File(), SQLite::OPEN_READWRITE, kStoreWaitMs).exec(sql);
   }
 
   // What the start with the damaged store says.
@@ -161,7 +161,8 @@ TEST_F(DamageTest, WhatIsDamagedIsNeitherOverwrittenNorItsIdGivenAgain) {
   EXPECT_EQ(ann.AddView("new", -1, kAnn), 10);
   EXPECT_EQ(ann.AddGroup("new", -1, kAnn), 5);
   EXPECT_EQ(Stored("name FROM views WHERE id = 3") + Stored("name FROM groups WHERE id = 4"), "");
-  SQLite::Database(File(), SQLite::OPEN_READWRITE).exec("UPDATE views SET name = 'whole again' WHERE id = 3");
+  SQLite::Database(File(), SQLite::OPEN_READWRITE, kStoreWaitMs)
+      .exec("UPDATE views SET name = 'whole again' WHERE id = 3");
   RestartWith([this](auto& options) { options.seedFile = (m_folder / "seed.json").string(); });
   EXPECT_EQ(ann.Show("View", 3, {"Name"}), "mine") << "once repaired it is a seeded view like others";
 }

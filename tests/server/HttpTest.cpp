@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 #include <deque>
 #include <fstream>
 #include <regex>
@@ -8,6 +14,7 @@
 
 #include "EchoHandler.h"
 #include "TestClient.h"
+#include "server/http/AccessLog.h"
 #include "server/http/HttpServer.h"
 
 namespace server::test {
@@ -243,6 +250,37 @@ TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
   std::filesystem::remove(file);
   settings.accessLog = "/nowhere/at/all";
   EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+}
+
+TEST(AccessLog, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
+  constexpr long kRequests = 25000;  // more than the pipe and two batches hold
+  const auto file = std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int pipe = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  auto log = std::make_unique<AccessLog>(file.string());
+  std::filesystem::remove(file);
+  AccessEntry entry{"127.0.0.5", "-", {}, "GET /a HTTP/1.1", 200, 0, "", ""};
+  for (long i = 0; i < kRequests; ++i) log->Add(entry);
+
+  std::string text;
+  pollfd readable{pipe, POLLIN, 0};
+  long written = 0, lost = 0, said = 0;
+  while (written + lost < kRequests && poll(&readable, 1, 20000) > 0) {
+    char piece[4096];
+    const ssize_t count = read(pipe, piece, sizeof piece);
+    if (count > 0) text.append(piece, static_cast<size_t>(count));
+    for (size_t end; (end = text.find('\n')) != std::string::npos; text.erase(0, end + 1)) {
+      if (std::sscanf(text.c_str(), "viewserver: %ld requests are not in the access log", &said) == 1) {
+        lost += said;
+      } else {
+        ++written;
+      }
+    }
+  }
+  EXPECT_EQ(written + lost, kRequests);
+  EXPECT_GT(lost, 0);
+  log.reset();
+  close(pipe);
 }
 
 TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {

@@ -48,6 +48,11 @@ class LimitsTest : public ::testing::Test {
   Wire& Open(std::deque<Wire>& wires, const std::string& sent, const char* from = nullptr) const {
     return wires.emplace_back(server->Port(), sent, from);
   }
+  // With one thread a connection lies idle, after its answer, before a later request is looked at.
+  void AnswerOneAfterTheOther() {
+    settings.threads = 1;
+    server = std::make_unique<HttpServer>(settings, echo);
+  }
   // The status of the next answer, 0 at the end of the connection.
   static int Status(Wire& wire) {
     std::string received;
@@ -99,6 +104,7 @@ TEST_F(LimitsTest, LogInsWaitForTheirTurnByAddressAndLargeBodiesForNoneOfThem) {
 }
 
 TEST_F(LimitsTest, WhoComesAnewTakesThePlaceOfTheStrangerThatWasIdleForTheLongestTime) {
+  AnswerOneAfterTheOther();
   std::deque<Wire> ofOne, users, others;
   EXPECT_EQ(Status(Open(users, Head("GET /a", As(1)), kOne)), 200);
   for (int i = 0; i < 4; ++i) EXPECT_EQ(Status(Open(ofOne, Head("GET /a"), kOne)), 200);
@@ -122,6 +128,7 @@ TEST_F(LimitsTest, WhoComesAnewTakesThePlaceOfTheStrangerThatWasIdleForTheLonges
 }
 
 TEST_F(LimitsTest, AConnectionThatLosesItsUserCountsAsAStranger) {
+  AnswerOneAfterTheOther();
   std::deque<Wire> wires;
   const auto use = [](Wire& wire) {
     wire.Send(Head("GET /a", As(1)));

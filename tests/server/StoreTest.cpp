@@ -52,7 +52,7 @@ TEST_F(StoreTest, ARestartKeepsEverything) {
 
 TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
   const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
-  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE);
+  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE, kStoreWaitMs);
   store.exec("CREATE TRIGGER full BEFORE INSERT ON changes BEGIN SELECT RAISE(ABORT, 'disk full'); END");
   EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "100/8 500");
   store.exec("DROP TRIGGER full");
@@ -63,7 +63,7 @@ TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
 
 TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
   for (const std::string& file : {Options().dataFile, (m_folder / "new.db").string()}) {
-    SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kStoreWaitMs);
     store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER); DROP TABLE others");
     std::thread other([&store] {
       std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -135,7 +135,8 @@ TEST_F(StoreTest, SeedingTwiceChangesNothingAndLeavesWhatUsersMadeOfIt) {
   const std::string seed = R"({"ViewGroups":[{"ID":7,"Name":"inner","ParentViewGroupID":5,"UserID":1},
       {"ID":5,"Name":"outer","ParentViewGroupID":-1,"UserID":1,"SequenceIndex":4}],
       "Views":[{"ID":3,"Name":"V","ViewGroupID":7,"UserID":1,"SharedWith":[2],"GUID":"g",
-                "ChangeNumber":"99","PlanPages":[{"PlanViewItem":[{"SequenceIndex":1}]}]},{"ID":8,"Name":"W","UserID":-1}]})";
+                "ChangeNumber":"99","PlanPages":[{"PlanViewItem":[{"SequenceIndex":1}]}]},
+               {"ID":8,"Name":"W","UserID":-1}]})";
   const std::string once = Seed(seed);
   EXPECT_EQ(Seed(seed), once);
   EXPECT_EQ(bob.ViewIds(), "3,8");

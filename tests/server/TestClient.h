@@ -22,6 +22,8 @@
 namespace server::test {
 
 constexpr std::chrono::seconds kPatience{20};
+// For a test's own connection to a store that is served: the server writes, too, when sessions were used.
+constexpr int kStoreWaitMs = 10000;
 inline const std::string kRoot = "/NXAPI/Vantorel/Platform/";
 
 // A socket with bounded waits.
