@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -42,6 +43,7 @@ void AllowManyConnections(server::HttpLimits& limits) {
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
   limit.rlim_cur = limit.rlim_max;
   setrlimit(RLIMIT_NOFILE, &limit);
+  getrlimit(RLIMIT_NOFILE, &limit);
   if (limit.rlim_cur >= limits.maxConnections + kOthers) return;
   limits.maxConnections = static_cast<size_t>(std::max(limit.rlim_cur, kOthers + kOthers) - kOthers);
   std::cerr << "viewserver: " << limit.rlim_cur << " file descriptors suffice for " << limits.maxConnections
@@ -174,6 +176,7 @@ class Operator {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // who reads what is logged may end before the server does
   server::ViewServerOptions options;
   std::string listen = "127.0.0.1:8090";
 

@@ -211,6 +211,17 @@ TEST_F(ChangesTest, NoMoreBytesOfChangesAreKeptThanWanted) {
   EXPECT_EQ(ann.Listen(ann.Sequence() - 1).Next().Brief(), "OwnViews *1") << "the last one is kept, whatever its size";
 }
 
+TEST_F(ChangesTest, DocumentsCountForAsLongAsAnyChangeHasThem) {
+  const std::string ballast = R"(,"Ballast":")" + std::string(100000, 'x') + "\"";
+  RestartWith([](auto& options) { options.keepChangeBytes = 450000; });
+  std::vector<int32_t> views;
+  for (int i = 0; i < 10; ++i) views.push_back(ann.AddView("V" + std::to_string(i), -1, kAnn, ballast));
+  for (const int32_t view : views) ann.Post("V1/View/" + std::to_string(view) + "/Share", ShareBody("2"));
+  for (const int32_t view : views) ann.Put("V0/Views/" + std::to_string(view), ViewBody("V", -1, kAnn));
+  SQLite::Database store(Options().dataFile);
+  EXPECT_LE(store.execAndGet("SELECT sum(length(text)) FROM documents").getInt(), 460000);
+}
+
 TEST_F(ChangesTest, AListenerWhoMaySeeNothingMovesOnAllTheSame) {
   RestartWith([](auto& options) { options.keepChanges = 1000; });
   const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));

@@ -176,7 +176,7 @@ TEST_F(DamageTest, ADamagedChangeIsHeardOfByNobodyAndTheOthersAreHeard) {
 
 // Where the numbers of one history have ended must be known, or a client would go on after another's.
 TEST_F(DamageTest, DamagedHistoriesAreForgottenAndNoDamageOfTheLogKeepsEditsAway) {
-  const std::string first = Stored("id FROM epochs");
+  const std::string first = Stored("id FROM epochs ORDER BY number DESC");
   const struct {
     std::string sql;
     int status;  // of who goes on in the first history
@@ -184,9 +184,9 @@ TEST_F(DamageTest, DamagedHistoriesAreForgottenAndNoDamageOfTheLogKeepsEditsAway
   } cases[] = {
       {"DELETE FROM sqlite_sequence", 200},
       {"UPDATE sqlite_sequence SET seq = 9223372036854775807 WHERE name = 'epochs'", 200, false},
-      {"UPDATE changes SET bytes = 9223372036854775807", 200},
-      {"UPDATE changes SET bytes = 'x'", 200},
-      {"UPDATE epochs SET number = 9223372036854775807", 410},
+      {"UPDATE changes SET bytes = 9223372036854775807", 410},  // more than is kept
+      {"UPDATE changes SET bytes = 'x'", 410},
+      {"UPDATE epochs SET number = 9223372036854775800 + number", 410},
       {"UPDATE epochs SET first_change = -9223372036854775807 - 1", 410},
       {"INSERT INTO epochs (id, first_change) VALUES ('later', 1000)", 410},
       {"INSERT INTO epochs (id, first_change) VALUES (x'FF', 3)", 410},

@@ -252,6 +252,21 @@ TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
   EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
 }
 
+TEST_F(HttpTest, WhoReadsTheAccessLogMayEnd) {
+  const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
+  settings.accessLog = file.string();
+  server = std::make_unique<HttpServer>(settings, echo);
+  close(reader);
+  for (int i = 0; i < 3; ++i) {
+    Wire wire(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(ParseAnswer(wire.ReceiveAll()).status, 200);
+  }
+  server.reset();  // the log is written by now
+  std::filesystem::remove(file);
+}
+
 TEST(AccessLog, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
   constexpr long kRequests = 25000;  // more than the pipe and two batches hold
   const auto file = std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));

@@ -104,7 +104,7 @@ TEST_F(SiegeTest, AUserWhoIsLoggedInGoesOnAndTheMemoryStaysBounded) {
   EXPECT_LT(reading, milliseconds(100) * kSlack);
   EXPECT_LT(editing, milliseconds(300) * kSlack);
   EXPECT_LT(editingLarge, milliseconds(300) * kSlack);
-  EXPECT_LT(logIn, std::chrono::seconds(20));
+  EXPECT_LT(logIn, std::chrono::seconds(2) * kSlack);
   if (!kIsMemoryMeasured) GTEST_SKIP() << "all but the memory was looked at: this is a build with sanitizers";
   EXPECT_LT(peak, 300);
 }

@@ -264,11 +264,13 @@ TEST_F(UpgradeTest, AStoreOfVersion2IsUpgradedToo) {
                               "length(shared_head)) FROM changes")
                   .getString(),
               "1,0,1,1,1,1");
-    EXPECT_EQ(database
-                  .execAndGet("SELECT bytes - length(before) - length(after) - length(head) - length(shared_head) "
-                              "- (SELECT length(text) FROM documents WHERE id = 2) FROM changes WHERE number = 42")
-                  .getInt(),
-              0);
+    EXPECT_EQ(
+        database
+            .execAndGet(
+                "SELECT bytes - length(before) - length(after) - length(head) - length(shared_head) "
+                "- (SELECT length(CAST(text AS BLOB)) FROM documents WHERE id = 2) FROM changes WHERE number = 42")
+            .getInt(),
+        0);
   }
   Restart(Options());
   EXPECT_EQ(ann.Listen(45).Next().number, 46);

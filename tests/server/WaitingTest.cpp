@@ -38,6 +38,27 @@ struct Request {
   std::string path, body;
 };
 
+TEST_F(WaitingTest, AStoreThatKeepsNothingHoldsNobodyUpEither) {
+  m_server.reset();
+  ViewServerOptions options;
+  options.dataFile = ":memory:";
+  m_server = std::make_unique<ViewServer>(options);
+  std::string error;
+  ASSERT_TRUE(m_server->AddUser("ann", "a", error)) << error;
+  m_server->Start();
+  ann = LogIn("ann");
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([this, i] {
+      for (int k = 0; k < 50; ++k) {
+        const Answer answer = i < 2 ? ann.Get("V0/Users") : ann.Post("V0/ViewGroups", GroupBody("G", -1, kPublic));
+        EXPECT_EQ(answer.Outcome(), "0/0 200");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
 TEST_F(WaitingTest, WhileAnotherProcessWritesReadsAreAnsweredAndEditsAreToldToComeAgain) {
   const int32_t view = ann.AddView("V", -1, kAnn);
   const std::string path = "V0/Views/" + std::to_string(view);

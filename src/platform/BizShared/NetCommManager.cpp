@@ -181,6 +181,7 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   }
 
   context.status = reply.status;
+  context.systemError = reply.systemError;
   context.resourceSequence = reply.resourceSequence;
   context.resourceHistory = reply.resourceHistory;
   if (reply.curlCode != 0) return Fail(recv, kTransportError, reply.curlCode);

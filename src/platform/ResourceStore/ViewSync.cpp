@@ -28,6 +28,7 @@ using Vant::Base::Error::ErrorCode;
 constexpr int kWarning = 4;
 constexpr const char* kModule = "Platform";
 constexpr int kStreams = 200, kGone = 410;
+constexpr int kHttpError = 4;
 constexpr int kTransportError = 1, kNoMemory = 27;  // as the transport says it
 
 base::Mutex s_timingsMutex;
@@ -58,7 +59,8 @@ milliseconds ViewSync::Backoff::Next() {
   return std::exchange(m_next, std::min(m_next * 2, m_longest));
 }
 
-ViewSync::ViewSync(details::ChangeRelay& relay) : m_relay(relay), m_thread([this] { Run(); }) {}
+ViewSync::ViewSync(details::ChangeRelay& relay, details::StatusBoard& status)
+    : m_relay(relay), m_status(status), m_thread([this] { Run(); }) {}
 
 ViewSync::~ViewSync() {
   End();
@@ -83,6 +85,7 @@ bool ViewSync::IsThisThread() const {
 void ViewSync::Run() {
   m_threadId = std::this_thread::get_id();
   m_relay.SetSleeper(&m_canceller);
+  m_status.Tell();
   const bool isLoaded = DownloadFor([this](details::DownloadedList groups, details::DownloadedList views) {
     m_relay.Downloaded(std::move(groups), std::move(views));
   });
@@ -92,11 +95,15 @@ void ViewSync::Run() {
 
 template <class Take>
 bool ViewSync::DownloadFor(Take take) {
-  return Repeat("The lists", [&](ErrorCode&) {
+  return Repeat("The lists", [&](ErrorCode& error) {
     Lists lists;
-    if (!Download(lists)) return false;
+    if (!Download(lists)) {
+      error = ErrorCode(-1, -1, 1, {});
+      return false;
+    }
     take(std::move(lists.groups), std::move(lists.views));
     m_history = std::move(lists.history);
+    m_status.Become(DownloadState::Ready);
     return true;
   });
 }
@@ -127,6 +134,7 @@ bool ViewSync::Repeat(const char* name, Attempt attempt) {
     WithoutThrowing([&] { succeeded = attempt(error); });
     if (m_canceller.IsCancelled()) return false;
     if (succeeded) return true;
+    WithoutThrowing([&] { m_status.Fail(error, std::exchange(m_systemError, 0)); });
     milliseconds pause = backoff.Next();
     Vant::Base::details::IOrlFormatLog(kWarning, kModule, "%s could not be downloaded (%d-%d), again in %d ms", name,
                                        error.GetMainError(), error.GetSubError(), static_cast<int>(pause.count()));
@@ -143,7 +151,11 @@ bool ViewSync::Fetch(const char* name, Take take) {
     RequestContext context;
     context.canceller = &m_canceller;
     std::string text;
-    return Ask(send, context, text, error) && take(std::move(text), context, error);
+    const bool isAnswered = Ask(send, context, text, error);
+    m_systemError = context.systemError;
+    if (!isAnswered || !take(std::move(text), context, error)) return false;
+    m_status.Become(DownloadState::Downloading);
+    return true;
   });
 }
 
@@ -207,10 +219,13 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   context.canceller = &m_canceller;
   context.silence = m_timings.silence;
   context.idle = [this] { WithoutThrowing([&] { m_relay.TellDue(); }); };
+  bool isEndedHere = false;
   context.receive = [&](std::string_view piece) {
+    m_status.Become(DownloadState::Ready);
     parser.Feed(piece, events);
     for (const ChangeEvent& event : events) {
-      if (m_canceller.IsCancelled() || !TakeEvent(event, context.token, end)) return false;
+      isEndedHere = m_canceller.IsCancelled() || !TakeEvent(event, context.token, end);
+      if (isEndedHere) return false;
       backoff.Reset();
     }
     events.clear();
@@ -221,6 +236,8 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
   if (m_canceller.IsCancelled()) return end;
   NoteReply(context, end);
   ErrorCode error = recv.GetVal_Error_code();
+  m_systemError = context.systemError;
+  if (!isEndedHere) NoteStreamEnd(answered, context.status, error);
   Vant::Base::details::IOrlFormatLog(kWarning, kModule, "The change stream ended after change %llu (HTTP %d, %d-%d)",
                                      static_cast<unsigned long long>(m_relay.Position()), context.status,
                                      answered ? 0 : error.GetMainError(), answered ? 0 : error.GetSubError());
@@ -239,6 +256,12 @@ void ViewSync::NoteReply(const RequestContext& context, StreamEnd& end) {
   } else if (context.status == kStreams && !context.resourceHistory.empty()) {
     m_history = context.resourceHistory;
   }
+}
+
+// A stream that the server closes in order is asked for again, and that alone is no failure.
+void ViewSync::NoteStreamEnd(bool wasAnswered, int httpStatus, const ErrorCode& error) {
+  if (wasAnswered && (httpStatus == kStreams || httpStatus == kGone)) return;
+  m_status.Fail(wasAnswered ? ErrorCode(kHttpError, httpStatus, 0, {}) : error, std::exchange(m_systemError, 0));
 }
 
 // False ends the connection; `end` then says what follows.

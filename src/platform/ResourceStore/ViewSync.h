@@ -12,6 +12,7 @@
 #include "ResourceStore/ElementStore.h"
 #include "ResourceStore/details/ChangeRelay.h"
 #include "ResourceStore/details/ChangeStreamParser.h"
+#include "ResourceStore/details/StatusBoard.h"
 #include "ResourceStore/details/StreamTimings.h"
 
 namespace BizShared::details {
@@ -24,8 +25,8 @@ namespace ResourceStore {
 // belongs to that thread, but for the canceller and the thread itself.
 class ViewSync {
  public:
-  // The thread fills `relay`, which must outlive it, and calls back through it.
-  explicit ViewSync(details::ChangeRelay& relay);
+  // The thread fills `relay` and calls back through it, and says in `status` how far it is. Both must outlive it.
+  ViewSync(details::ChangeRelay& relay, details::StatusBoard& status);
   ~ViewSync();  // ends
   // Cancels what the thread does and waits for it; at most for a callback that runs.
   void End();
@@ -72,9 +73,12 @@ class ViewSync {
   std::string StreamName() const;
   // Of a stream that has ended.
   void NoteReply(const BizShared::details::RequestContext& context, StreamEnd& end);
+  void NoteStreamEnd(bool wasAnswered, int httpStatus, const Vant::Base::Error::ErrorCode& error);
   bool TakeEvent(const details::ChangeEvent& event, const std::string& token, StreamEnd& end);
 
   details::ChangeRelay& m_relay;
+  details::StatusBoard& m_status;
+  int m_systemError = 0;  // of the last request
   const std::shared_ptr<ElementStore> m_elements = ElementStore::Shared();
   const details::StreamTimings m_timings = details::GetStreamTimings();
   BizShared::details::CCanceller m_canceller;

@@ -21,7 +21,6 @@ struct Change {
   std::string sharedHead;  // as others see a shared view
   int64_t documentId = 0;
   Text document;                     // null where there is none
-  bool isDocumentNew = false;        // no earlier change has it
   bool isDocumentUnchecked = false;  // it was read from the store, which may be damaged
 };
 

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include "server/documents/Requests.h"
 
@@ -20,6 +22,9 @@ constexpr size_t kPieceBytes = size_t{1} << 20;
 const char kKeptSql[] =
     "SELECT coalesce(min(number), ?), total(min(max(bytes, 0), 1099511627776)) FROM changes WHERE number > 0";
 const char kFreedSql[] = "SELECT total(min(max(bytes, 0), 1099511627776)) FROM changes WHERE number <= ?";
+const char kHeirsSql[] =
+    "SELECT min(c.number), length(CAST(d.text AS BLOB)) FROM changes c JOIN documents d ON d.id = c.document_id "
+    "WHERE c.number > ?1 AND d.id IN (SELECT document_id FROM changes WHERE number <= ?1) GROUP BY d.id";
 const char kBytesSql[] = "SELECT number, min(max(bytes, 0), 1099511627776) FROM changes ORDER BY number LIMIT ?";
 
 int64_t Bounded(uint64_t value) {
@@ -60,7 +65,7 @@ ChangeLog::ChangeLog(Database& database, const LogLimits& limits)
 
 void ChangeLog::Append(const Change& change) {
   const std::string before = change.before.ToText(), after = change.after.ToText();
-  const size_t document = change.isDocumentNew && change.document ? change.document->size() : 0;
+  const size_t document = change.document && !HasChangeWith(change.documentId) ? change.document->size() : 0;
   const auto bytes =
       static_cast<int64_t>(before.size() + after.size() + change.head.size() + change.sharedHead.size() + document);
   Execute(m_database,
@@ -73,10 +78,33 @@ void ChangeLog::Append(const Change& change) {
   ++m_appended;
 }
 
+bool ChangeLog::HasChangeWith(int64_t documentId) {
+  Query change(m_database, "SELECT 1 FROM changes WHERE document_id = ? LIMIT 1", documentId);
+  return documentId != 0 && change.Next();
+}
+
+// A document counts for the first change that has it. Where that one goes, it counts for the next.
+void ChangeLog::CountLater(int64_t upTo) {
+  std::vector<std::pair<int64_t, int64_t>> heirs;
+  {
+    Query rows(m_database, kHeirsSql, upTo);
+    while (rows.Next()) heirs.emplace_back(rows.Int64(0), rows.Int64(1));
+  }
+  for (const auto& [number, bytes] : heirs) {
+    Execute(m_database, "UPDATE changes SET bytes = max(bytes, 0) + ? WHERE number = ?", bytes, number);
+    m_range.bytes += bytes;
+  }
+}
+
 void ChangeLog::Trim() {
-  const int64_t upTo = std::min(FirstToKeep() - 1, m_range.oldest - 1 + kTrimAtOnce + m_appended);
+  const int64_t most = m_range.oldest - 1 + kTrimAtOnce + m_appended;
+  // More than once where documents outlast the change that they counted for.
+  for (int64_t upTo = 0; (upTo = std::min(FirstToKeep() - 1, most)) >= m_range.oldest;) Trim(upTo);
   m_appended = 0;
-  if (upTo < m_range.oldest) return;
+}
+
+void ChangeLog::Trim(int64_t upTo) {
+  CountLater(upTo);
   Query freed(m_database, kFreedSql, upTo);
   freed.Next();
   m_range.bytes -= freed.Int64(0);

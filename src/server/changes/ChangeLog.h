@@ -17,7 +17,7 @@ namespace server {
 struct LogRange {
   int64_t oldest = 1;  // last + 1 where none is
   int64_t last = 0;    // 0 before the first change
-  int64_t bytes = 0;   // that they hold
+  int64_t bytes = 0;   // that they hold, each document once
 
   // Whether everything after change `number` is still here (and `number` was ever given).
   bool Reaches(int64_t number) const { return number >= oldest - 1 && number <= last; }
@@ -43,6 +43,9 @@ class ChangeLog {
   void Trim();
 
  private:
+  bool HasChangeWith(int64_t documentId);
+  void Trim(int64_t upTo);
+  void CountLater(int64_t upTo);
   int64_t FirstToKeep();
 
   Database& m_database;

@@ -73,14 +73,17 @@ void Settle(const std::string& file) {
   }
 }
 
-// First the log: beside another file it would be taken for that one's.
+// Gives what is to be replaced another name. Its own it keeps where the disk can do that, lest there is a moment
+// without a store. Its log goes: beside another file it would be taken for that one's.
 std::string PutAside(const std::string& file) {
   if (!fs::exists(file)) return {};
   Settle(file);
   std::string aside = FreeName(file + ".replaced");
+  std::error_code cannotLink;
+  fs::create_hard_link(file, aside, cannotLink);
   if (fs::exists(file + "-wal")) fs::rename(file + "-wal", aside + "-wal");
   fs::remove(file + "-shm");
-  fs::rename(file, aside);
+  if (cannotLink) fs::rename(file, aside);
   return aside;
 }
 

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -114,6 +115,11 @@ void AccessLog::Add(const AccessEntry& entry) noexcept {
 }
 
 void AccessLog::Run() {
+  // Who reads the log may end: that must not end the process.
+  sigset_t brokenPipe;
+  sigemptyset(&brokenPipe);
+  sigaddset(&brokenPipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
   base::MutexLock lock(m_mutex);
   while (true) {
     m_changed.Wait(lock, [this]() REQUIRES(m_mutex) { return m_isEnding || !m_lines.empty(); });

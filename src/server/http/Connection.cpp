@@ -89,6 +89,7 @@ void Connection::Dismiss() {
 void Connection::AwaitRequest() {
   m_connections.strangers.SetBusy(*this, false);
   m_request = {};
+  m_isHead = m_isHttp10 = false;  // for what is no request, either
   m_parser.emplace();
   m_parser->header_limit(kMaxHead);
   m_parser->body_limit(boost::none);  // set once the head tells who asks

@@ -97,6 +97,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   // Any thread.
   void Wake();
   // A listener has nothing to say; a read tells when it has gone.
+  class Held;
   void WatchForEnd();
   void StartHeartbeat();
   // A stream that could miss an event must end: its client comes back for the rest.
@@ -104,7 +105,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   template <class Action>
   void OrEnd(const Action& action);
   void SendEvents();
-  void EndEvents();
+  void EndEvents() noexcept;
 
   Connections& m_connections;
   Stream m_stream;

@@ -4,6 +4,8 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/http/status.hpp>
+#include <memory>
+#include <utility>
 
 #include "server/http/Connection.h"
 
@@ -195,8 +197,10 @@ void Connection::StartEvents() {
     });
   });
   m_chunk.resize(512);
-  WatchForEnd();
-  StartHeartbeat();
+  OrEnd([this] {
+    WatchForEnd();
+    StartHeartbeat();
+  });
   PumpEvents();
 }
 
@@ -212,6 +216,22 @@ void Connection::Wake() {
   }
 }
 
+// What an operation of a stream holds of it. Where memory runs out between its start and its end, it is dropped without
+// a word: the others would keep a stream that says nothing any more.
+class Connection::Held {
+ public:
+  explicit Held(std::shared_ptr<Connection> self) : m_self(std::move(self)) {}
+  Held(Held&& other) noexcept = default;
+  Held& operator=(Held&&) = delete;
+  ~Held() {
+    if (m_self) m_self->EndEvents();
+  }
+  std::shared_ptr<Connection> Take() { return std::move(m_self); }
+
+ private:
+  std::shared_ptr<Connection> m_self;
+};
+
 template <class Action>
 void Connection::OrEnd(const Action& action) {
   try {
@@ -222,14 +242,16 @@ void Connection::OrEnd(const Action& action) {
 }
 
 void Connection::WatchForEnd() {
-  m_stream.async_read_some(asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t) {
+  m_stream.async_read_some(asio::buffer(m_chunk), [held = Held(shared_from_this())](error_code error, size_t) mutable {
+    const auto self = held.Take();
     error ? self->EndEvents() : self->OrEnd([&] { self->WatchForEnd(); });
   });
 }
 
 void Connection::StartHeartbeat() {
   m_timer.expires_after(m_connections.settings.heartbeat);
-  m_timer.async_wait([self = shared_from_this()](error_code error) {
+  m_timer.async_wait([held = Held(shared_from_this())](error_code error) mutable {
+    const auto self = held.Take();
     if (error || self->m_ended) return;
     if (!self->m_reply.events->KeepAlive()) return self->EndEvents();
     self->m_commentDue = !self->m_reply.events->IsSilent();
@@ -260,7 +282,8 @@ void Connection::SendEvents() {
   }
   m_writing = true;
   ExpireWrite(bytes);
-  asio::async_write(m_stream, buffers, [self = shared_from_this(), end](error_code error, size_t sent) {
+  asio::async_write(m_stream, buffers, [held = Held(shared_from_this()), end](error_code error, size_t sent) mutable {
+    const auto self = held.Take();
     self->m_writing = false;
     self->Count(sent);
     if (error) return self->EndEvents();
@@ -270,7 +293,7 @@ void Connection::SendEvents() {
   });
 }
 
-void Connection::EndEvents() {
+void Connection::EndEvents() noexcept {
   if (std::exchange(m_ended, true)) return;
   m_timer.cancel();
   m_stream.Tcp().close();

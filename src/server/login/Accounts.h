@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Users and their sessions. Both live in the store and nowhere else, so that another process may add a user or change
 // a password while the server runs. The uses of sessions alone are written later than they happen: who reads must not
-// wait for who writes. Not thread-safe: its owner locks, and opens the transaction around what changes the store.
+// wait for who writes. Passwords are not compared here: see Login in api/Api.cpp. Not thread-safe: its owner locks, and
+// opens the transaction around what changes the store.
 #pragma once
 
 #include <functional>

@@ -79,7 +79,6 @@ int64_t Editor::Write(const Caller& caller, std::vector<Step> steps) {
 
 void Editor::Write(const Caller& caller, Step& step) {
   const int64_t number = m_log.Range().last + 1;
-  step.isDocumentNew = step.newView && step.newView->documentId == 0;
   Save(step, number);
   Change change = ChangeOf(step, number, caller, m_accounts);
   m_log.Append(change);

@@ -31,7 +31,6 @@ Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts
   change.kind = step.kind;
   change.sessionId = step.own ? caller.sessionId : 0;
   change.contentChanged = step.contentChanged;
-  change.isDocumentNew = step.isDocumentNew;
   if (const Item* before = step.Before()) {
     change.id = before->id;
     change.before = AudienceOf(*before);

@@ -29,7 +29,6 @@ struct Step {
   ObjectKind kind;
   bool own = true;             // the caller edited this very object
   bool contentChanged = true;  // not only who may see it
-  bool isDocumentNew = false;  // the view's, in the store
   ViewPtr oldView;
   std::shared_ptr<View> newView;
   GroupPtr oldGroup;

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <limits>
 #include <stdexcept>
@@ -60,29 +59,21 @@ bool MayMake(Database::Use use) {
   return use == Database::Use::kSite || use == Database::Use::kAccounts;
 }
 
-// What lives in memory only has a name all the same, so that several connections may share it.
-std::string NameOf(const std::string& file) {
-  static std::atomic<int> s_count{0};
-  if (file != ":memory:") return file;
-  return "file:/viewserver-" + std::to_string(++s_count) + "?vfs=memdb";
-}
-
-bool IsInMemory(const std::string& name) {
-  return name.rfind("file:/viewserver-", 0) == 0;
+// SQLite's own stores in memory let nobody read while somebody writes.
+std::shared_ptr<const TemporaryFolder> FolderFor(const std::string& file) {
+  return file == ":memory:" ? std::make_shared<const TemporaryFolder>() : nullptr;
 }
 
 SQLite::Database Open(const std::string& file, Database::Use use) {
-  const bool inMemory = IsInMemory(file);
   const bool isMade = MayMake(use);
-  if (!isMade && !inMemory) NeedStore(file);
+  if (!isMade) NeedStore(file);
   // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
-  const int made = isMade && !inMemory ? open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600) : -1;
+  const int made = isMade ? open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600) : -1;
   if (made >= 0) close(made);
   try {
     // To read as well: else a log that is empty would stay beside the file. What may not be written is read all the
     // same.
-    const int flags = (isMade ? SQLite::OPEN_CREATE : 0) | (inMemory ? SQLite::OPEN_URI : 0);
-    return SQLite::Database(file, SQLite::OPEN_READWRITE | flags, kLockWaitMs);
+    return SQLite::Database(file, SQLite::OPEN_READWRITE | (isMade ? SQLite::OPEN_CREATE : 0), kLockWaitMs);
   } catch (const SQLite::Exception& e) {
     throw std::runtime_error("cannot open " + file + ": " + e.what());
   }
@@ -121,7 +112,8 @@ int MakeSchema(SQLite::Database& database) {
 
 }  // namespace
 
-Database::Database(const std::string& file, Use use) : m_file(NameOf(file)), m_database(Open(m_file, use)) {
+Database::Database(const std::string& file, Use use)
+    : m_folder(FolderFor(file)), m_file(m_folder ? m_folder->File("store.db") : file), m_database(Open(m_file, use)) {
   int version = 0;
   try {
     KeepAsItIs(m_database, true);
@@ -143,7 +135,7 @@ Database::Database(const std::string& file, Use use) : m_file(NameOf(file)), m_d
 
 int Database::Prepare(int version) {
   WaitWhileBusy([this] { m_database.exec("PRAGMA journal_mode=WAL"); });
-  m_database.exec("PRAGMA synchronous=FULL");
+  m_database.exec(m_folder ? "PRAGMA synchronous=OFF" : "PRAGMA synchronous=FULL");
   if (version == 0) WaitWhileBusy([&] { version = MakeSchema(m_database); });
   return version;
 }
@@ -152,14 +144,14 @@ bool Database::IsCurrent() const {
   return m_version == kSchemaVersion;
 }
 
-Database::Database(const Database& store, Reading) : m_file(store.m_file), m_database(Open(m_file, Use::kReading)) {
+Database::Database(const Database& store, Reading)
+    : m_folder(store.m_folder), m_file(store.m_file), m_database(Open(m_file, Use::kReading)) {
   m_database.exec("PRAGMA query_only=1");
   m_database.setBusyTimeout(kReaderWaitMs);
 }
 
 void Database::BecomeEditors() {
-  // Readers of what lives in memory hold up who writes there, for a moment.
-  m_database.setBusyTimeout(IsInMemory(m_file) ? kReaderWaitMs : 0);
+  m_database.setBusyTimeout(0);
   sqlite3_wal_hook(m_database.getHandle(), &Database::CountPages, this);
 }
 

@@ -13,6 +13,8 @@
 #include <string>
 #include <unordered_map>
 
+#include "server/store/TemporaryFolder.h"
+
 namespace server {
 
 class Database {
@@ -22,8 +24,9 @@ class Database {
   // is. kReading: nothing is written, and there must be a store.
   enum class Use { kSite, kAccounts, kKnownAccounts, kReading };
 
-  // Opens or makes the file; for kSite upgrades what an earlier server wrote. Throws std::runtime_error with one plain
-  // line when it is not a usable store, or none of this server; nothing has been changed then.
+  // Opens or makes the file (":memory:" is one of its own that goes with the last connection); for kSite upgrades what
+  // an earlier server wrote. Throws std::runtime_error with one plain line when it is not a usable store, or none of
+  // this server; nothing has been changed then.
   explicit Database(const std::string& file, Use use = Use::kSite);
 
   // A second connection to a store, for reading only: it waits for nobody who writes.
@@ -46,6 +49,7 @@ class Database {
   int Prepare(int version);
   static int CountPages(void* self, sqlite3* handle, const char* name, int pages);
 
+  const std::shared_ptr<const TemporaryFolder> m_folder;  // of a store that keeps nothing; else null
   const std::string m_file;
   SQLite::Database m_database;
   int m_version = 0;

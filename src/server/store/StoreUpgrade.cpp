@@ -48,7 +48,7 @@ ALTER TABLE changes ADD COLUMN bytes INTEGER NOT NULL DEFAULT 0;
 CREATE TABLE epochs (number INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL, first_change INTEGER NOT NULL);
 UPDATE changes SET bytes = coalesce(length(before) + length(after) + length(head) + length(shared_head), 0);
 UPDATE changes SET bytes = bytes + first.length
-  FROM (SELECT min(c.number) AS number, coalesce(length(d.text), 0) AS length
+  FROM (SELECT min(c.number) AS number, coalesce(length(CAST(d.text AS BLOB)), 0) AS length
         FROM changes c JOIN documents d ON d.id = c.document_id GROUP BY d.id) AS first
   WHERE first.number = changes.number;
 PRAGMA user_version=3;

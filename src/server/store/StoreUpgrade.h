@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Stores that an earlier server has written.
+// Stores that an earlier server has written. The constructor of Database decides when this is asked for.
 #pragma once
 
 #include <SQLiteCpp/Database.h>
