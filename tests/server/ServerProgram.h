@@ -52,11 +52,11 @@ class Program {
     m_isOver = m_isOver || waitpid(m_pid, &m_status, WNOHANG) == m_pid;
     return m_isOver;
   }
-  // The next line that it writes, or what there is of it after twenty seconds.
+  // The next line that it writes, or what there is of it after a minute.
   std::string Line() {
     std::string line;
     pollfd readable{m_output, POLLIN, 0};
-    for (char c = 0; c != '\n' && poll(&readable, 1, 20000) > 0 && read(m_output, &c, 1) == 1;) line += c;
+    for (char c = 0; c != '\n' && poll(&readable, 1, 60000) > 0 && read(m_output, &c, 1) == 1;) line += c;
     return line;
   }
   // All that it writes until it ends.
@@ -96,11 +96,9 @@ class TestFolder {
 class ServerProgram {
  public:
   explicit ServerProgram(const std::string& seed, const std::vector<std::string>& options = {})
-      : m_program(Command(seed, options)) {
-    const std::string line = m_program.Line();
-    if (line.rfind("Listening", 0) != 0) throw std::runtime_error("viewserver does not start: " + line);
-    m_port = static_cast<uint16_t>(std::stoi(line.substr(line.rfind(':') + 1)));
-  }
+      : m_program(Command(seed, options)), m_port(AwaitPort()) {}
+  // The whole command line.
+  explicit ServerProgram(const std::vector<std::string>& command) : m_program(command), m_port(AwaitPort()) {}
   uint16_t Port() const { return m_port; }
   // The most memory that it has had.
   long PeakMebibytes() const {
@@ -113,6 +111,11 @@ class ServerProgram {
   void ForgetPeak() const { std::ofstream("/proc/" + std::to_string(m_program.Pid()) + "/clear_refs") << 5; }
 
  private:
+  uint16_t AwaitPort() {
+    const std::string line = m_program.Line();
+    if (line.rfind("Listening", 0) != 0) throw std::runtime_error("viewserver does not start: " + line);
+    return static_cast<uint16_t>(std::stoi(line.substr(line.rfind(':') + 1)));
+  }
   std::vector<std::string> Command(const std::string& seed, const std::vector<std::string>& options) const {
     std::vector<std::string> command{
         VIEWSERVER_FILE, "--data",     m_folder.Path() + "/site.db", "--seed", m_folder.Write("seed.json", seed),
@@ -123,7 +126,7 @@ class ServerProgram {
 
   TestFolder m_folder;
   Program m_program;
-  uint16_t m_port = 0;
+  const uint16_t m_port;
 };
 
 }  // namespace server::test

@@ -2,6 +2,7 @@
 #include "server/store/Database.h"
 
 #include <SQLiteCpp/Exception.h>
+#include <SQLiteCpp/Transaction.h>
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <unistd.h>
