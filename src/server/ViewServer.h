@@ -22,8 +22,8 @@ struct ViewServerOptions {
   uint64_t keepChanges = 100000;                   // how many changes are kept for clients that reconnect
   uint64_t keepChangeBytes = uint64_t{256} << 20;  // and how many bytes of them
   std::string faultsFile;                          // a fault plan; empty: none
-  // An edit waits so long for another process that holds the store, and is answered 503 then. The rest of two seconds is
-  // for the way.
+  // An edit waits so long for another process that holds the store, and is answered 503 then. The rest of two seconds
+  // is for the way.
   std::chrono::milliseconds editPatience{1000};
   HttpLimits limits;
   std::vector<std::string> trustedProxies;  // addresses whose X-Forwarded-For says who asks

@@ -146,8 +146,7 @@ class HostileReportTest : public ::testing::Test {
                                            "</noscript></style></title><script>alert(2)</script>",
                                            "<!-- & &lt;i&gt; ]]> ' {{x}}",
                                            "رصيف العبّارات 1",
-                                           "evil\xE2\x80\xAE"
-                                           "name",
+                                           "evil\u202Ename",
                                            "🚲 きっぷ"};
 
   HostileReportTest() {

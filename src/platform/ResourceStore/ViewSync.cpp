@@ -232,7 +232,7 @@ ViewSync::StreamEnd ViewSync::FollowOnce(Backoff& backoff) {
     return true;
   };
   NetLink::CClientRecvInfo recv;
-  bool answered = CNetCommManager::Instance().Send(recv, GetRequest(StreamName().c_str()), context);
+  bool answered = CNetCommManager::Instance().Send(recv, GetRequest(StreamName()), context);
   if (m_canceller.IsCancelled()) return end;
   NoteReply(context, end);
   ErrorCode error = recv.GetVal_Error_code();

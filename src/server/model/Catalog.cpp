@@ -2,9 +2,8 @@
 #include "server/model/Catalog.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
 #include <limits>
-#include <ranges>
 
 namespace server {
 
@@ -25,8 +24,11 @@ auto Table<Record>::SeenBy(int32_t userId) const -> std::vector<Ptr> {
   const auto& own = of(userId);
   std::vector<Ptr> seen;
   seen.reserve(everybodys.size() + own.size());
-  const auto records = [](const std::map<int32_t, Ptr>& map) { return std::views::values(map); };
-  std::ranges::merge(records(everybodys), records(own), std::back_inserter(seen), {}, &Record::id, &Record::id);
+  for (const auto& [id, record] : everybodys) seen.push_back(record);
+  for (const auto& [id, record] : own) seen.push_back(record);
+  const auto middle = seen.begin() + static_cast<std::ptrdiff_t>(everybodys.size());
+  std::inplace_merge(seen.begin(), middle, seen.end(),
+                     [](const Ptr& one, const Ptr& other) { return one->id < other->id; });
   return seen;
 }
 
