@@ -131,7 +131,7 @@ TEST_F(ForeignPeersTest, AProxyThatDelaysAndCutsSpoilsNothingButItsOwnRequests) 
 }
 
 bool IsInstalled(const std::string& program) {
-  return Program({"sh", "-c", "PATH=$PATH:/usr/sbin command -v " + program}).Line() != "";
+  return !Program({"sh", "-c", "PATH=$PATH:/usr/sbin command -v " + program}).Line().empty();
 }
 
 TEST_F(ForeignPeersTest, CurlIsServedInEachOfItsWays) {
