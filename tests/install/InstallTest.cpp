@@ -11,6 +11,8 @@
 namespace test {
 namespace {
 
+constexpr const char* kCompiler = "-DCMAKE_CXX_COMPILER=" CXX_COMPILER;
+
 // Where everything stands. It is made once, and what goes wrong meanwhile fails each test.
 struct Places {
   Places() {
@@ -22,7 +24,7 @@ struct Places {
     for (const QStringList& step :
          {QStringList{"--install", BUILD_FOLDER, "--prefix", prefix},
           QStringList{"-S", prefix + "/share/qorvi/examples", "-B", Path("build"), "-G", "Ninja",
-                      "-DCMAKE_PREFIX_PATH=" + prefix, "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_COMPILER=" CXX_COMPILER,
+                      "-DCMAKE_PREFIX_PATH=" + prefix, "-DCMAKE_BUILD_TYPE=Debug", kCompiler,
                       "-DCMAKE_CXX_FLAGS=" + CompilerFlags()},
           QStringList{"--build", Path("build")}, QStringList{"--install", Path("build"), "--prefix", Path("bundle")}}) {
       if (const auto done = Succeeds(CMAKE_PROGRAM, step); !done) return done;
@@ -170,8 +172,8 @@ TEST_F(InstallTest, AnotherProjectTakesTheSourceIn) {
             "if(NOT TARGET QorviViewPlugin::QorviViewPlugin OR TARGET viewctl)\n  message(FATAL_ERROR "
             "\"targets\")\nendif()\n");
   const QString build = folder.filePath("build");
-  EXPECT_TRUE(Succeeds(CMAKE_PROGRAM, {"-S", folder.path(), "-B", build, "-G", "Ninja",
-                                       "-DCMAKE_CXX_COMPILER=" CXX_COMPILER, "-DCMAKE_CXX_FLAGS=-O0"}));
+  EXPECT_TRUE(
+      Succeeds(CMAKE_PROGRAM, {"-S", folder.path(), "-B", build, "-G", "Ninja", kCompiler, "-DCMAKE_CXX_FLAGS=-O0"}));
   EXPECT_TRUE(Succeeds(CMAKE_PROGRAM, {"--build", build, "--target", "other"}));
   QString output;
   EXPECT_EQ(RunTool(folder.filePath("build/other"), {}, output), 0) << output.toStdString();
