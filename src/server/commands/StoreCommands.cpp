@@ -1,10 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
@@ -19,43 +13,6 @@ namespace server {
 namespace fs = std::filesystem;
 
 namespace {
-
-// A copy under another name until it is whole, so that what stands under its own is. Gone with this object unless Take
-// was called.
-class Part {
- public:
-  Part(const std::string& from, const std::string& to) : m_part(to + "-part") {
-    Remove();  // what a process left that was killed
-    try {
-      CopyStore(from, m_part);
-    } catch (const std::exception& e) {
-      Remove();
-      throw std::runtime_error("cannot copy " + from + " to " + m_part + ": " + e.what());
-    }
-  }
-  ~Part() { Remove(); }
-  Part(const Part&) = delete;
-  Part& operator=(const Part&) = delete;
-
-  // An administrator restores for the server's user.
-  void GiveToOwnerOf(const std::string& file) const {
-    struct stat owned {};
-    if (geteuid() != 0 || stat(file.c_str(), &owned) != 0) return;
-    if (chown(m_part.c_str(), owned.st_uid, owned.st_gid) != 0) throw std::runtime_error(std::strerror(errno));
-  }
-  void Become(const std::string& file) const {
-    fs::rename(m_part, file);
-    SyncFolderOf(file);
-  }
-
- private:
-  void Remove() const {
-    std::remove(m_part.c_str());
-    std::remove((m_part + "-journal").c_str());
-  }
-
-  const std::string m_part;
-};
 
 void NeedSound(const std::string& file) {
   Database database(file, Database::Use::kReading);
@@ -92,7 +49,7 @@ std::string PutAside(const std::string& file) {
 void BackUp(const std::string& data, const std::string& file) {
   if (fs::symlink_status(file).type() != fs::file_type::not_found) throw std::runtime_error(file + " is there already");
   { const Database known(data, Database::Use::kReading); }
-  Part(data, file).Become(file);
+  StoreCopy(data, file).Become(file);
 }
 
 std::string Restore(const std::string& data, const std::string& file) {
@@ -102,10 +59,10 @@ std::string Restore(const std::string& data, const std::string& file) {
   }
   NeedSound(file);
   const FileLock lock(store);
-  const Part part(file, store + ".restore");
-  part.GiveToOwnerOf(store);
+  const StoreCopy copy(file, store + ".restore");
+  copy.GiveToOwnerOf(store);
   std::string replaced = PutAside(store);
-  part.Become(store);
+  copy.Become(store);
   return replaced;
 }
 

@@ -73,18 +73,19 @@ void Editor::BackTo(const Mark& mark) noexcept {
 }
 
 int64_t Editor::Write(const Caller& caller, std::vector<Step> steps) {
-  for (Step& step : steps) Write(caller, step);
+  for (Step& step : steps) Write(caller, std::move(step));
   return m_log.Range().last;
 }
 
-void Editor::Write(const Caller& caller, Step& step) {
+int64_t Editor::Write(const Caller& caller, Step step) {
   const int64_t number = m_log.Range().last + 1;
   Save(step, number);
   Change change = ChangeOf(step, number, caller, m_accounts);
   m_log.Append(change);
   m_changes.push_back(std::move(change));
-  m_steps.push_back(step);
-  WithMemory([&] { ApplyTo(m_catalog, step); });  // for what has been applied in part cannot be reverted
+  m_steps.push_back(std::move(step));
+  WithMemory([&] { ApplyTo(m_catalog, m_steps.back()); });  // for what has been applied in part cannot be reverted
+  return number;
 }
 
 void Editor::Save(Step& step, int64_t number) {

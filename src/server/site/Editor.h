@@ -93,8 +93,8 @@ class Editor {
 
   // Edits and seeds end here. Each object occurs at most once. New objects get their ids. The number of the last
   // change.
+  int64_t Write(const Caller& caller, Step step);
   int64_t Write(const Caller& caller, std::vector<Step> steps);
-  void Write(const Caller& caller, Step& step);
   void Save(Step& step, int64_t number);
   std::vector<Step> StepsOfDeleting(int32_t userId) const;
 

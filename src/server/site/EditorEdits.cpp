@@ -16,8 +16,7 @@ Added Editor::AddView(const Caller& caller, ViewInput input) {
   CheckOwner(caller.userId, view->userId);
   CheckFolder(m_catalog, caller.userId, view->folderId, view->userId);
   view->sequence = m_catalog.views.NextSequence(view->folderId, view->userId);
-  std::vector<Step> steps{Step(nullptr, view)};
-  const int64_t number = Write(caller, std::move(steps));
+  const int64_t number = Write(caller, Step(nullptr, view));
   return {view->id, number};
 }
 
@@ -26,13 +25,11 @@ int64_t Editor::ReplaceView(const Caller& caller, int32_t id, ViewInput input) {
   CheckFolder(m_catalog, caller.userId, input.folderId, old->userId);
   auto view = std::make_shared<View>(*old);
   Assign(*view, std::move(input));
-  std::vector<Step> steps{Step(old, std::move(view))};
-  return Write(caller, std::move(steps));
+  return Write(caller, Step(old, std::move(view)));
 }
 
 int64_t Editor::DeleteView(const Caller& caller, int32_t id) {
-  std::vector<Step> steps{Step(EditableView(m_catalog, caller.userId, id), nullptr)};
-  return Write(caller, std::move(steps));
+  return Write(caller, Step(EditableView(m_catalog, caller.userId, id), nullptr));
 }
 
 int64_t Editor::MoveViews(const Caller& caller, const MoveInput& move) {
@@ -66,9 +63,9 @@ std::vector<ShareFailure> Editor::ShareView(const Caller& caller, int32_t id, co
     }
   }
   if (view->sharedWith != old->sharedWith) {
-    std::vector<Step> steps{Step(old, std::move(view))};
-    steps.front().contentChanged = false;
-    Write(caller, std::move(steps));
+    Step step(old, std::move(view));
+    step.contentChanged = false;
+    Write(caller, std::move(step));
   }
   return failures;
 }
@@ -82,8 +79,7 @@ Added Editor::AddGroup(const Caller& caller, const GroupInput& input) {
   CheckOwner(caller.userId, group->userId);
   CheckFolder(m_catalog, caller.userId, group->folderId, group->userId);
   group->sequence = m_catalog.groups.NextSequence(group->folderId, group->userId);
-  std::vector<Step> steps{Step(nullptr, group)};
-  const int64_t number = Write(caller, std::move(steps));
+  const int64_t number = Write(caller, Step(nullptr, group));
   return {group->id, number};
 }
 
@@ -92,8 +88,7 @@ int64_t Editor::ReplaceGroup(const Caller& caller, int32_t id, const GroupInput&
   auto group = std::make_shared<Group>(*old);
   group->name = input.name;
   group->sharedFolder = input.sharedFolder;
-  std::vector<Step> steps{Step(old, std::move(group))};
-  return Write(caller, std::move(steps));
+  return Write(caller, Step(old, std::move(group)));
 }
 
 int64_t Editor::DeleteGroup(const Caller& caller, int32_t id) {

@@ -6,11 +6,26 @@
 
 namespace server {
 
-// Copies the store as it is at one moment, whoever uses it meanwhile, to a new file that its owner alone may read. It
-// is on the disk then. Throws std::runtime_error with one plain line; a file that was begun stays.
-void CopyStore(const std::string& from, const std::string& to);
+// A copy of a store, under another name until it is whole, so that what stands under its own is. Gone with this object
+// unless it has become something.
+class StoreCopy {
+ public:
+  // Copies the store as it is at one moment, whoever uses it meanwhile, to `to` + "-part", a file that its owner alone
+  // may read. Throws std::runtime_error with one plain line; nothing is left then.
+  StoreCopy(const std::string& from, const std::string& to);
+  ~StoreCopy();
+  StoreCopy(const StoreCopy&) = delete;
+  StoreCopy& operator=(const StoreCopy&) = delete;
 
-// Puts on the disk which files there are beside that one.
-void SyncFolderOf(const std::string& file);
+  // For an administrator who copies for the server's user. Throws std::runtime_error.
+  void GiveToOwnerOf(const std::string& file) const;
+  // Takes that name, in the place of what may have it, and is on the disk under it. Throws std::runtime_error.
+  void Become(const std::string& file) const;
+
+ private:
+  void Remove() const;
+
+  const std::string m_part;
+};
 
 }  // namespace server

@@ -6,9 +6,7 @@
 #include <SQLiteCpp/Transaction.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -54,43 +52,31 @@ UPDATE changes SET bytes = bytes + first.length
 PRAGMA user_version=3;
 )sql";
 
-// A copy of a store that nobody writes meanwhile; gone with this object unless it is kept. It is made under another
-// name, so that what stands under its own is whole even where the process gets killed.
-class StoreCopy {
+// The store as it was; gone with this object unless it is kept.
+class Former {
  public:
-  // `version` is the store's.
-  StoreCopy(const std::string& file, int version)
-      : m_name(FreeName(file + ".v" + std::to_string(version))),
-        m_part(file + ".v" + std::to_string(version) + "-part") {
-    RemovePart();
+  // `wanted`: its name, or what its name begins with where that is taken.
+  Former(const std::string& file, const std::string& wanted) : m_name(FreeName(wanted)) {
+    // Not by the connection that holds the transaction: SQLite copies nothing that is being written. On the disk, so
+    // that no power cut leaves the new store without the old one.
     try {
-      // Not by the connection that holds the transaction: SQLite copies nothing that is being written.
-      CopyStore(file, m_part);
-      if (std::rename(m_part.c_str(), m_name.c_str()) != 0) throw std::runtime_error(std::strerror(errno));
+      StoreCopy(file, wanted).Become(m_name);
     } catch (const std::exception& e) {
-      RemovePart();
-      throw std::runtime_error("cannot upgrade " + file + ": cannot copy it to " + m_name + ": " + e.what());
+      throw std::runtime_error("cannot upgrade " + file + ": " + e.what());
     }
-    SyncFolderOf(m_name);  // so that no power cut leaves the new store without the old one
   }
-  ~StoreCopy() {
-    if (!m_kept) unlink(m_name.c_str());
+  ~Former() {
+    if (!m_isKept) unlink(m_name.c_str());
   }
-  StoreCopy(const StoreCopy&) = delete;
-  StoreCopy& operator=(const StoreCopy&) = delete;
+  Former(const Former&) = delete;
+  Former& operator=(const Former&) = delete;
 
   const std::string& Name() const { return m_name; }
-  void Keep() { m_kept = true; }
+  void Keep() { m_isKept = true; }
 
  private:
-  // What failed, or what a process left that was killed.
-  void RemovePart() const {
-    unlink(m_part.c_str());
-    unlink((m_part + "-journal").c_str());
-  }
-
-  const std::string m_name, m_part;
-  bool m_kept = false;
+  const std::string m_name;
+  bool m_isKept = false;
 };
 
 // Clients could write a member of their own under the name that is the server's now.
@@ -114,16 +100,16 @@ int UpgradeStore(SQLite::Database& database, const std::string& file) {
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
   const int version = database.execAndGet("PRAGMA user_version").getInt();
   if (version != 1 && version != 2) return version;
-  StoreCopy copy(file, version);
+  Former former(file, file + ".v" + std::to_string(version));
   if (version == 1) {
     database.exec(kToVersion2);
     DropClientsNumbers(database);
   }
   database.exec(kToVersion3);
   transaction.commit();
-  copy.Keep();
+  former.Keep();
   std::fprintf(stderr, "viewserver: %s is now a store of version 3; as it was it stands in %s\n", file.c_str(),
-               copy.Name().c_str());
+               former.Name().c_str());
   return 3;
 }
 
