@@ -22,8 +22,11 @@ using Failure = std::runtime_error;
 // Beside the program, or else wherever the system looks for libraries.
 QorviViewPlugin::Functions Load(QLibrary& library) {
   library.setFileName(QCoreApplication::applicationDirPath() + "/QorviViewPlugin");
-  if (!library.load()) library.setFileName("QorviViewPlugin");
-  if (!library.load()) throw Failure(library.errorString().toStdString());
+  if (!library.load()) {
+    const QString reason = library.errorString();
+    library.setFileName("QorviViewPlugin");
+    if (!library.load()) throw Failure((reason + "; " + library.errorString()).toStdString());
+  }
   QorviViewPlugin::Functions views;
   const char* missing = views.Load([&](const char* name) { return library.resolve(name); });
   if (missing) throw Failure(library.fileName().toStdString() + " has no function " + missing);
