@@ -10,6 +10,8 @@
 
 #include "TestClient.h"
 #include "server/changes/ChangeFeed.h"
+#include "server/login/Accounts.h"
+#include "server/site/Site.h"
 #include "server/store/Database.h"
 
 namespace server::test {
@@ -245,6 +247,21 @@ TEST_F(ChangesTest, LoggingOutEndsTheStreamsOfThatSessionAndNoOther) {
   EXPECT_EQ(leaving.Get("V0/Views").Error(), "101/2");
   ann.AddGroup("H", -1, kPublic);
   EXPECT_EQ(stays.Next().Brief(), "OwnViewGroups +2");
+}
+
+TEST_F(ChangesTest, AStreamThatIsStillCatchingUpEndsWithItsSessionToo) {
+  ann.AddGroup("G", -1, kPublic);
+  m_server.reset();
+  Site site(Options().dataFile, {100, 1 << 20}, SecondsNow);
+  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE, kStoreWaitMs);
+  const Caller listener{kAnn, store.execAndGet("SELECT max(id) FROM sessions WHERE user_id = 1").getInt64()};
+  const FeedPtr stays = site.OpenFeed(listener, 0), gone = site.OpenFeed(listener, 0);
+  std::vector<Text> heard, missed;
+  EXPECT_TRUE(stays->Take(heard));
+  EXPECT_EQ(heard.size(), 1u);
+  store.exec("DELETE FROM sessions");
+  EXPECT_FALSE(gone->Take(missed));
+  EXPECT_TRUE(missed.empty());
 }
 
 // Long before the next sign of life, by which a stream finds out for itself.

@@ -74,6 +74,17 @@ TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
   }
 }
 
+TEST_F(StoreTest, AConnectionNoticesWhateverOthersCommitAndThatOnce) {
+  Database editing(Options().dataFile), reading(editing, Database::Reading());
+  SQLite::Database other(Options().dataFile, SQLite::OPEN_READWRITE, kStoreWaitMs);
+  for (SQLite::Database* writer : {&editing.Handle(), &other, &editing.Handle()}) {
+    reading.HasChanged();
+    EXPECT_FALSE(reading.HasChanged());
+    writer->exec("DELETE FROM sessions WHERE id = (SELECT max(id) FROM sessions)");
+    EXPECT_TRUE(reading.HasChanged());
+  }
+}
+
 TEST_F(StoreTest, WhatIsCommittedOutlastsAPowerCut) {
   Database store(Options().dataFile);
   EXPECT_EQ(store.Handle().execAndGet("PRAGMA synchronous").getInt(), 2) << "FULL";
@@ -315,6 +326,18 @@ TEST(LoginGuard, AnAddressWhereManyFailedWaitsButForThoseWhoGotInThere) {
   EXPECT_EQ(guard.WaitAt("bob", "here", now + seconds(1)), seconds(0)) << "a second for each is past";
   for (int i = 0; i < 10000; ++i) guard.Succeeded("later " + std::to_string(i), "elsewhere", now + seconds(1));
   EXPECT_EQ(guard.WaitAt("ann", "here", now), seconds(1)) << "the earliest make room";
+}
+
+// As behind a proxy that nobody has named.
+TEST(LoginGuard, EightWhoKeepFailingAtAnAddressLeaveItOpenAndNineCloseItWithinHalfAnHour) {
+  for (const auto& [clients, isOpen] : {std::pair<int, bool>{8, true}, {9, false}}) {
+    LoginGuard guard;
+    LoginGuard::Time now{};
+    for (const auto end = now + std::chrono::minutes(30); now < end; now += std::chrono::seconds(8)) {
+      for (int i = 0; i < clients; ++i) guard.Failed("ann", "proxy", now);
+    }
+    EXPECT_EQ(guard.WaitAt("bob", "proxy", now) == std::chrono::seconds(0), isOpen) << clients;
+  }
 }
 
 }  // namespace

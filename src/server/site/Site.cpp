@@ -155,7 +155,7 @@ FeedPtr Site::OpenFeed(const Caller& caller, int64_t after) {
 
 ChangeSource::Reach Site::ReadChanges(const FeedPtr& feed, int64_t after, ChangePiece& piece) {
   const base::MutexLock lock(m_mutex);
-  if (!m_log.Reaches(after)) return Reach::kLost;
+  if (!m_log.Reaches(after) || !m_accounts.HasSession(feed->Listener().sessionId)) return Reach::kLost;
   const auto atHand = [this](int32_t viewId, int64_t documentId) REQUIRES(m_mutex) {
     const ViewPtr view = m_catalog.views.Find(viewId);
     return view && view->documentId == documentId ? view->document : nullptr;

@@ -21,6 +21,7 @@ void Site::CloseEndedSessions() {
   WakeList wake;
   {
     const base::MutexLock lock(m_mutex);
+    if (!m_reading.HasChanged()) return;
     m_hub.Close([this](const Caller& listener) REQUIRES(m_mutex) { return !m_accounts.HasSession(listener.sessionId); },
                 wake);
   }

@@ -12,6 +12,7 @@
 #include <limits>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "server/store/StoreIdentity.h"
 #include "server/store/StoreUpgrade.h"
@@ -139,6 +140,12 @@ int Database::Prepare(int version) {
   m_database.exec(m_folder ? "PRAGMA synchronous=OFF" : "PRAGMA synchronous=FULL");
   if (version == 0) WaitWhileBusy([&] { version = MakeSchema(m_database); });
   return version;
+}
+
+bool Database::HasChanged() {
+  Query version(*this, "PRAGMA data_version");
+  version.Next();
+  return std::exchange(m_dataVersion, version.Int(0)) != m_dataVersion;
 }
 
 bool Database::IsCurrent() const {

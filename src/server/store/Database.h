@@ -36,6 +36,8 @@ class Database {
 
   SQLite::Database& Handle() { return m_database; }
   SQLite::Statement& Prepared(const char* sql);
+  // Whether another connection, of this process or another, has committed since this was asked last.
+  bool HasChanged();
   bool IsCurrent() const;  // not of an earlier version, which kSite alone upgrades
 
   // From now on a transaction that finds another process writing fails at once, with SQLITE_BUSY, and what commits
@@ -53,6 +55,7 @@ class Database {
   SQLite::Database m_database;
   int m_version = 0;
   int m_walPages = 0;
+  int m_dataVersion = 0;
   std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
 };
 
