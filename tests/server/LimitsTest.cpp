@@ -14,6 +14,7 @@
 #include "EchoHandler.h"
 #include "TestClient.h"
 #include "server/http/Addresses.h"
+#include "server/http/BodyBudget.h"
 #include "server/http/HttpServer.h"
 
 namespace server::test {
@@ -164,6 +165,15 @@ TEST_F(LimitsTest, BodiesShareTheMemoryAndNobodyHoldsMoreThanTheyLeave) {
     status = Status(Open(wires, announce(As(4), bytes(1024))));
   }
   EXPECT_EQ(status, 100) << "what has ended holds nothing";
+}
+
+TEST(BodyBudget, TakesNineOfEightMebibytesFromAUserAndStillOneOfAnother) {
+  BodyBudget budget(HttpSettings().maxBodyBytes);
+  for (int i = 1; i <= 10; ++i) EXPECT_EQ(budget.Take("user 1", 8 << 20), i <= 9) << i;
+  EXPECT_TRUE(budget.Take("user 2", 8 << 20));
+  budget.Give("user 1", 8 << 20);
+  budget.Give("user 2", 8 << 20);
+  EXPECT_TRUE(budget.Take("user 1", 8 << 20)) << "what has ended makes room";
 }
 
 TEST_F(LimitsTest, ATrustedProxyTellsWhoAsksAndNobodyElseDoes) {

@@ -212,8 +212,11 @@ std::string EventStream::NextBriefs(int count) {
 }
 
 Answer Client::Request(const std::string& method, const std::string& path, const std::string& body) const {
-  const std::string head = HeadOf(method, path, m_token) + "Content-Length: " + std::to_string(body.size());
-  return ParseAnswer(Wire(m_port, head + "\r\n\r\n" + body).ReceiveAll());
+  return ParseAnswer(Wire(m_port, Written(method, path, body)).ReceiveAll());
+}
+
+std::string Client::Written(const std::string& method, const std::string& path, const std::string& body) const {
+  return HeadOf(method, path, m_token) + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
 int32_t Client::Add(const std::string& kind, const std::string& body) const {

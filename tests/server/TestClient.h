@@ -101,6 +101,8 @@ class Client {
   Client(uint16_t port, std::string token) : m_port(port), m_token(std::move(token)) {}
 
   Answer Request(const std::string& method, const std::string& path, const std::string& body = "") const;
+  // The same request, for who sends it otherwise.
+  std::string Written(const std::string& method, const std::string& path, const std::string& body = "") const;
   Answer Get(const std::string& path) const { return Request("GET", path); }
   Answer Post(const std::string& path, const std::string& body) const { return Request("POST", path, body); }
   Answer Put(const std::string& path, const std::string& body) const { return Request("PUT", path, body); }

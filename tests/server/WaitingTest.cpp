@@ -3,13 +3,21 @@
 // process that holds the store.
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <deque>
 #include <future>
+#include <numeric>
 #include <set>
 #include <thread>
 
 #include "TestClient.h"
+#include "server/documents/Requests.h"
 #include "server/login/Accounts.h"
+#include "server/site/Site.h"
 
 namespace server::test {
 namespace {
@@ -23,6 +31,22 @@ milliseconds TimeOf(const std::function<void()>& action) {
   return std::chrono::duration_cast<milliseconds>(Clock::now() - began);
 }
 
+// How many times slower than promised things may be, for a busy machine; 1 shows the promise.
+const int kSlack = std::getenv("WAITING_SLACK") ? std::atoi(std::getenv("WAITING_SLACK")) : 30;
+
+#ifdef CODE_IS_SANITIZED
+constexpr int kSlowness = 20;
+#else
+constexpr int kSlowness = 1;
+#endif
+
+// What this thread has had of a processor, whatever else the machine does.
+milliseconds ProcessorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return milliseconds(time.tv_sec * 1000 + time.tv_nsec / 1000000);
+}
+
 class WaitingTest : public ServerTest {
  protected:
   // Another process's connection to the store.
@@ -30,6 +54,18 @@ class WaitingTest : public ServerTest {
   // On a busy machine edits must be in time that are to wait and be made.
   void LetEditsWaitLong() {
     RestartWith([](auto& options) { options.editPatience = std::chrono::seconds(30); });
+  }
+  // REQUIRES: no server runs. Their ids.
+  std::vector<int32_t> AddUsers(int count) const {
+    SQLite::Database store = Other();
+    SQLite::Transaction transaction(store);
+    for (int i = 1; i <= count; ++i) {
+      store.exec("INSERT INTO users (name, password) VALUES ('u" + std::to_string(i) + "', '-')");
+    }
+    transaction.commit();
+    std::vector<int32_t> ids(static_cast<size_t>(count));
+    std::iota(ids.begin(), ids.end(), 4);
+    return ids;
   }
 };
 
@@ -69,10 +105,12 @@ TEST_F(WaitingTest, WhileAnotherProcessWritesReadsAreAnsweredAndEditsAreToldToCo
 
   const Request reads[] = {{"GET", "V0/Views", ""},    {"GET", "V0/ViewGroups", ""},          {"GET", "V0/Users", ""},
                            {"GET", "V0/Elements", ""}, {"GET", "V1/View/Default/Config", ""}, {"GET", "V0/Areas", ""}};
+  milliseconds reading{};
   for (const Client* client : {&ann, &bob}) {
     for (const Request& read : reads) {
       const auto time = TimeOf([&] { EXPECT_EQ(client->Get(read.path).Outcome(), "0/0 200") << read.path; });
-      EXPECT_LT(time, milliseconds(4000)) << read.path;
+      EXPECT_LT(time, milliseconds(100) * kSlack) << read.path;
+      reading = std::max(reading, time);
     }
   }
   EXPECT_EQ(ann.Listen(0).NextBriefs(1), "OwnViews +1");
@@ -90,7 +128,7 @@ TEST_F(WaitingTest, WhileAnotherProcessWritesReadsAreAnsweredAndEditsAreToldToCo
     }
     for (const auto& answer : answers) answer.wait();
   });
-  EXPECT_LT(time, milliseconds(15000));
+  EXPECT_LT(time, std::min(milliseconds(15000), milliseconds(2000) * kSlack));
   answers.push_back(std::async(std::launch::deferred, [&] { return leaving.LogIn("ann", "a"); }));
   for (auto& future : answers) {
     const Answer answer = future.get();
@@ -98,7 +136,11 @@ TEST_F(WaitingTest, WhileAnotherProcessWritesReadsAreAnsweredAndEditsAreToldToCo
     EXPECT_EQ(answer.headers.count("retry-after"), 1u);
   }
   other.exec("COMMIT");
-  EXPECT_EQ(ann.Show("View", view, {"Name"}) + " " + ann.GroupIds(), "V ");
+  const auto after = TimeOf([&] { EXPECT_EQ(ann.Post("V0/ViewGroups", GroupBody("G", -1, kAnn)).status, 200); });
+  EXPECT_LT(after, milliseconds(300) * kSlack);
+  std::printf("reads %ld ms at most, edits refused after %ld ms, one made %ld ms after the lock was gone\n",
+              static_cast<long>(reading.count()), static_cast<long>(time.count()), static_cast<long>(after.count()));
+  EXPECT_EQ(ann.Show("View", view, {"Name"}) + " " + ann.GroupIds(), "V 1");
 }
 
 TEST_F(WaitingTest, AnEditThatIsUnderwayWhenTheOtherProcessHasDoneIsMadeAndUsesAreWrittenWithIt) {
@@ -114,7 +156,7 @@ TEST_F(WaitingTest, AnEditThatIsUnderwayWhenTheOtherProcessHasDoneIsMadeAndUsesA
   });
   std::this_thread::sleep_for(milliseconds(100));
   other.exec("COMMIT");
-  EXPECT_LT(TimeOf([&] { EXPECT_EQ(edit.get(), "0/0 200"); }), milliseconds(10000));
+  EXPECT_LT(TimeOf([&] { EXPECT_EQ(edit.get(), "0/0 200"); }), milliseconds(300) * kSlack);
   EXPECT_EQ(ann.Show("View", view, {"Name"}), "X");
   const std::string newest = "(SELECT max(last_used) AS used FROM sessions WHERE user_id < 3 GROUP BY user_id)";
   EXPECT_GE(other.execAndGet("SELECT min(used) FROM " + newest).getInt64(), began)
@@ -157,6 +199,70 @@ TEST_F(WaitingTest, EditsThatWaitTogetherAreMadeAndRefusedEachByItself) {
   EXPECT_EQ(ann.Get("V0/Views").body, listed) << "the store has what was shown";
 }
 
+TEST_F(WaitingTest, EditsThatAServerHasTakenAreAnsweredBeforeItEnds) {
+  LetEditsWaitLong();
+  SQLite::Database other = Other();
+  other.exec("BEGIN IMMEDIATE");
+  std::deque<Wire> edits;
+  for (int i = 0; i < 6; ++i) {
+    edits.emplace_back(m_server->Port(), ann.Written("POST", "V0/Views", ViewBody("V", -1, kAnn)));
+  }
+  // Each of the server's threads has looked at what came before these.
+  for (int i = 0; i < 4; ++i) bob.Get("V0/Views");
+  Wire until(m_server->Port()), kept(m_server->Port());
+  const auto ask = [](Wire& wire) {
+    wire.Send("GET " + kRoot + "V0/Users HTTP/1.1\r\nHost: t\r\n\r\n");
+    std::string received;
+    wire.Receive(received);
+    return received;
+  };
+  for (Wire* wire : {&until, &kept}) EXPECT_EQ(ask(*wire).find("HTTP/1.1 401"), 0u);
+  std::thread ending([this] { m_server->Stop(); });
+  const auto end = Clock::now() + kPatience;
+  while (ask(until).find("Connection: close") == std::string::npos && Clock::now() < end) std::this_thread::yield();
+  const std::string refused = ask(kept);
+  EXPECT_EQ(refused.find("HTTP/1.1 503"), 0u) << "nothing more is taken: " << refused;
+  EXPECT_NE(refused.find("Retry-After: "), std::string::npos);
+  kept.ReceiveAll();  // to the end of the connection
+  other.exec("COMMIT");
+  for (Wire& edit : edits) {
+    const Answer answer = ParseAnswer(edit.ReceiveAll());
+    EXPECT_EQ(answer.Outcome(), "0/0 200");
+  }
+  ending.join();
+  EXPECT_EQ(other.execAndGet("SELECT count(*) FROM views").getInt(), 6);
+}
+
+// Making an edit holds no reader at all, and what follows, the publishing among it, takes less than that.
+TEST_F(WaitingTest, SharingWithTenThousandHoldsNobodyLongerThan50Milliseconds) {
+  m_server.reset();
+  const std::vector<int32_t> users = AddUsers(10000);
+  Site site(Options().dataFile, {1000, 64 << 20}, SecondsNow);
+  milliseconds least(1000000);
+  for (int round = 0; round < 3; ++round) {
+    Added view{};
+    site.Make([&](Editor& editor) { view = editor.AddView({kAnn, 0}, ReadViewBody(ViewBody("V", -1, kAnn))); });
+    milliseconds made{};
+    std::future<size_t> read;  // out here, so that what waits too long ends with the edit
+    std::promise<milliseconds> answered;
+    site.Submit(
+        [&](Editor& editor) {
+          EXPECT_TRUE(editor.ShareView({kAnn, 0}, view.id, users).empty());
+          read = std::async(std::launch::async, [&site] { return site.Views({kBob, 0}).elements.size(); });
+          EXPECT_EQ(read.wait_for(kPatience), std::future_status::ready) << "a reader waits for the edit";
+          made = ProcessorTime();
+        },
+        [&](const Refusal* refusal) {
+          EXPECT_EQ(refusal, nullptr);
+          answered.set_value(ProcessorTime() - made);
+        });
+    least = std::min(least, answered.get_future().get());
+    EXPECT_EQ(site.Views({users.back(), 0}).elements.size(), static_cast<size_t>(round) + 1);
+  }
+  RecordProperty("milliseconds", static_cast<int>(least.count()));
+  EXPECT_LT(least, milliseconds(50) * kSlowness);
+}
+
 TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
   constexpr int kViews = 8000, kUsers = 10000;
   std::string seed, ids, users;
@@ -165,13 +271,7 @@ TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
     ids += (i == 1 ? "" : ",") + std::to_string(i);
   }
   m_server.reset();
-  SQLite::Database store = Other();
-  SQLite::Transaction transaction(store);
-  for (int i = 1; i < kUsers; ++i) {
-    store.exec("INSERT INTO users (name, password) VALUES ('u" + std::to_string(i) + "', '-')");
-    users += (i == 1 ? "" : ",") + std::to_string(i + 3);
-  }
-  transaction.commit();
+  for (int32_t user : AddUsers(kUsers)) users += (users.empty() ? "" : ",") + std::to_string(user);
   RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", R"({"Views":[)" + seed + "]}"); });
   const std::string group = std::to_string(ann.AddGroup("G", -1, kAnn));
   for (const Request& edit :

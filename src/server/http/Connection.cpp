@@ -263,7 +263,7 @@ void Connection::OnRequest() {
   bool isTaken = true;
   switch (m_connections.handler.LaneOf(m_request)) {
     case Lane::kQuick:
-      return Send(m_connections.handler.Handle(m_request), keepAlive);
+      return Send(Answer(), keepAlive);
     case Lane::kLogin:  // by address: a token says nothing of who logs in
       isTaken = AnswerInLane(m_connections.logins, m_request.network, keepAlive);
       break;
@@ -274,10 +274,16 @@ void Connection::OnRequest() {
   if (!isTaken) Send(m_connections.handler.Refused(Refusal::Busy()), keepAlive);
 }
 
+HttpReply Connection::Answer() {
+  HttpHandler& handler = m_connections.handler;
+  m_owed.emplace(m_connections.answers);
+  return m_owed->IsWelcome() ? handler.Handle(m_request) : handler.Refused(Refusal::Busy());
+}
+
 bool Connection::AnswerInLane(WorkLane& lane, const std::string& holder, bool keepAlive) {
   return lane.Add(holder, [self = shared_from_this(), keepAlive] {
     try {
-      auto reply = std::make_shared<HttpReply>(self->m_connections.handler.Handle(self->m_request));
+      auto reply = std::make_shared<HttpReply>(self->Answer());
       asio::post(self->m_stream.get_executor(), [self, reply, keepAlive] { self->Send(std::move(*reply), keepAlive); });
     } catch (const std::exception&) {
       // Want of memory: the connection ends with its last holder.

@@ -64,6 +64,8 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   bool CoverBody();
   void OnReadError(error_code error);
   void OnRequest();
+  // Once the server ends nothing more is begun.
+  HttpReply Answer();
   // False: too many wait there.
   bool AnswerInLane(WorkLane& lane, const std::string& holder, bool keepAlive);
 
@@ -73,6 +75,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   void Refuse(HttpReply reply);
   void Refuse(const Refusal& refusal);
   void Send(HttpReply reply, bool keepAlive);
+  void SendInTime(HttpReply reply, bool keepAlive);
   void SendNow(HttpReply reply, bool keepAlive);
   // Waits for a reply that another thread gives. The timer holds the connection meanwhile.
   void AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAlive);
@@ -123,6 +126,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   bool m_isHead = false;  // the request wants no body
   bool m_isHttp10 = false;
 
+  std::optional<Answers::Owed> m_owed;      // while a request is worked on, and until an edit's reply is sent
   std::shared_ptr<PendingReply> m_pending;  // until it is there
   HttpReply m_reply;
   std::string m_head, m_chunk;

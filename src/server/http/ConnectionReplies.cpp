@@ -54,6 +54,11 @@ void Connection::Refuse(HttpReply reply) {
 
 void Connection::Send(HttpReply reply, bool keepAlive) {
   if (reply.pending) return AwaitReply(std::move(reply.pending), keepAlive);
+  m_owed.reset();  // nothing was changed, so that it may be asked again
+  SendInTime(std::move(reply), keepAlive);
+}
+
+void Connection::SendInTime(HttpReply reply, bool keepAlive) {
   if (reply.delay.count() > 0) {
     m_timer.expires_after(std::exchange(reply.delay, std::chrono::milliseconds(0)));
     auto later = std::make_shared<HttpReply>(std::move(reply));
@@ -66,7 +71,7 @@ void Connection::Send(HttpReply reply, bool keepAlive) {
 }
 
 void Connection::SendNow(HttpReply reply, bool keepAlive) {
-  m_keepAlive = keepAlive && !reply.events;
+  m_keepAlive = keepAlive && !reply.events && !m_connections.answers.IsEnding();
   m_reply = std::move(reply);
   m_request.body = {};
   m_share.Release();
@@ -103,7 +108,7 @@ void Connection::AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAliv
 void Connection::PollReply(bool keepAlive) {
   if (std::optional<HttpReply> reply = m_pending->Take()) {
     m_pending.reset();
-    return Send(std::move(*reply), keepAlive);
+    return SendInTime(std::move(*reply), keepAlive);
   }
   m_timer.expires_after(kPollReply);
   m_timer.async_wait([self = shared_from_this(), keepAlive](error_code) { self->PollReply(keepAlive); });
@@ -139,6 +144,7 @@ void Connection::SendChunk() {
 
 void Connection::OnSent() {
   Log();
+  m_owed.reset();
   m_reply = {};
   m_chunk = {};
   if (m_keepAlive) return AwaitRequest();

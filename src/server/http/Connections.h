@@ -13,6 +13,7 @@
 #include "base/Mutex.h"
 #include "server/http/AccessLog.h"
 #include "server/http/Addresses.h"
+#include "server/http/Answers.h"
 #include "server/http/BodyBudget.h"
 #include "server/http/HttpHandler.h"
 #include "server/http/HttpSettings.h"
@@ -72,6 +73,7 @@ struct Connections {
   Holders holders;
   Strangers strangers;
   BodyBudget bodies;
+  Answers answers;
   const std::shared_ptr<WakeGate> wakeGate = std::make_shared<WakeGate>();
   // One for each thread. Connections die with them, so that what connections use is declared before.
   std::vector<std::unique_ptr<boost::asio::io_context>> ios;

@@ -2,8 +2,10 @@
 #include "server/http/HttpServer.h"
 
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <cstdio>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -41,6 +43,8 @@ class HttpServer::Impl {
   }
 
   ~Impl() {
+    StopListening();
+    m_connections.answers.End(m_connections.settings.lastAnswers);
     m_connections.wakeGate->Close();
     for (const auto& io : m_connections.ios) io->stop();
     for (std::thread& thread : m_threads) thread.join();
@@ -99,7 +103,19 @@ class HttpServer::Impl {
     }
   }
 
+  void StopListening() {
+    try {
+      asio::post(m_acceptor.get_executor(), [this] {
+        error_code ignored;
+        m_acceptor.close(ignored);
+      });
+    } catch (const std::bad_alloc&) {
+      // It ends with its thread.
+    }
+  }
+
   void Accept() {
+    if (!m_acceptor.is_open()) return;
     asio::io_context& io = *m_connections.ios[m_accepted++ % m_connections.ios.size()];
     m_acceptor.async_accept(io, [this, counted = Counted(m_accepting)](error_code error, tcp::socket socket) {
       if (!error) {

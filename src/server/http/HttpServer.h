@@ -10,8 +10,9 @@
 
 namespace server {
 
-// Serves from its construction to its destruction, on threads of its own. The handler must outlive it. Where memory
-// runs out, requests and connections may fail, but the server goes on.
+// Serves from its construction to its destruction, on threads of its own. Its end waits for the answers to edits that
+// it has taken. The handler must outlive it. Where memory runs out, requests and connections may fail, but the server
+// goes on.
 class HttpServer {
  public:
   // Throws std::runtime_error with one plain line when address, certificate or key cannot be used.

@@ -38,6 +38,7 @@ struct HttpSettings : HttpLimits {
   std::chrono::seconds idleTimeout{120};       // between requests
   std::chrono::seconds writeTimeout{30};       // for a piece of a reply, plus a second for each 100 KiB of it
   std::chrono::milliseconds heartbeat{15000};  // of an event stream
+  std::chrono::seconds lastAnswers{10};        // to edits that were taken before the server ends
 };
 
 }  // namespace server
