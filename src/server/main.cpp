@@ -74,6 +74,8 @@ int Serve(server::ViewServerOptions options) {
   signals.async_wait([](const boost::system::error_code&, int) {});
 
   AllowManyConnections(options.limits);
+  // Hashing the passwords of a new seed takes its time, and the first line of stdout is the address.
+  if (!options.seedFile.empty()) std::cerr << "viewserver: applying the seed " << options.seedFile << std::endl;
   server::ViewServer viewServer(options);
   // Shown before anything else can fail: the store has the user already.
   if (const auto password = viewServer.TakeFirstPassword()) {

@@ -349,6 +349,8 @@ TEST_F(CommandsTest, TheProgramsStatusTells) {
   SQLite::Database(File(), SQLite::OPEN_READWRITE).exec("UPDATE views SET name = ''");
   EXPECT_EQ(run(data + "check"), 1);
   EXPECT_EQ(run(data + "user"), 2);
+  EXPECT_EQ(run(data + "--seed none.json"), 1);
+  EXPECT_EQ(Bytes(Path("out")).find("viewserver: applying the seed none.json\nviewserver: "), 0u);
 }
 
 }  // namespace
