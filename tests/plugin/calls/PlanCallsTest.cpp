@@ -2,6 +2,7 @@
 #include <future>
 
 #include "CallFixture.h"
+#include "QorviViewPlugin/FirstLoad.h"
 
 namespace call_test {
 namespace {
@@ -98,6 +99,26 @@ TEST_F(PlanCallsTest, ChangingSendsThePlanAndMovesItInTheCache) {
   EXPECT_EQ(Members(5) + ViewName(3), "after");
   Call(UpdatePlan, R"({"ID":"3","Type":0})");
   EXPECT_EQ(At(Sent(), "/View/UserID"), "-1");
+}
+
+TEST_F(PlanCallsTest, WhatTheUserHasEditedHasNoGuidUntilTheServerTellsItAnew) {
+  const auto guid = [](const std::string& id) {
+    return At(Call(GetPlanDetail, R"({"ID":")" + id + "\"}"), "/AppCode");
+  };
+  const auto tell = [](const std::string& number, const std::string& more) {
+    QorviViewPlugin::ViewDataResourceUpdate(
+        ViewsDocument(R"({"ID":3,"GUID":"guid","Name":"n","ChangeNumber":")" + number + '"' + more));
+  };
+  tell("1", R"(,"Method":0})");
+  EXPECT_EQ(guid("3"), "guid");
+  server.Answer(Accepted(R"({"View":{"ID":42},"ChangeNumber":"2"})"));
+  EXPECT_EQ(Call(AddPlan, R"({"Name":"n"})"), R"(true {"ErrorInfo":"","ID":"42"})");
+  EXPECT_EQ(Call(UpdatePlan, R"({"ID":"3","Name":"n"})"), R"(true {"ErrorInfo":""})");
+  EXPECT_EQ(guid("42") + guid("3"), "");
+  tell("2", R"(,"Method":1})");
+  EXPECT_EQ(guid("3"), "") << "that is the edit itself";
+  tell("3", R"(,"Method":1})");
+  EXPECT_EQ(guid("3"), "guid");
 }
 
 class PlanGroupCallsTest : public CallTest {
