@@ -64,7 +64,11 @@ int Use(unsigned int view) {
 
 int main(int argc, char** argv) {
   QCoreApplication application(argc, argv);
-  if (argc != 4) return 2;
+  const unsigned int view = argc == 4 ? QString(argv[3]).toUInt() : 0;
+  if (view == 0) {
+    std::cerr << "usage: linked SERVER USER VIEW, where VIEW is the ID of one: 101 in the sample site" << std::endl;
+    return 2;
+  }
   Vant::Base::Error::ErrorCode error;
   BizShared::CNetCommManager::Instance().SetServer(argv[1]);
   const std::string password = qgetenv("VIEWS_PASSWORD").toStdString();
@@ -73,7 +77,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   ResourceStore::CViewGroupManager::Instance().Start();
-  const int status = Use(static_cast<unsigned int>(std::stoul(argv[3])));
+  const int status = Use(view);
   ResourceStore::CViewGroupManager::Instance().Stop();
   BizShared::CUserCommonManager::Instance().Logout();
   return status;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host in plain C++ loads the library by its name: plain SERVER USER, with the password in VIEWS_PASSWORD.
+// A host in plain C++ loads the library by its name, or from a file: plain SERVER USER [FILE], with the password in
+// VIEWS_PASSWORD.
 #include <QCoreApplication>
 #include <QLibrary>
 #include <QScopeGuard>
@@ -19,9 +20,9 @@
 using ResourceStore::CViewGroupManager;
 using Failure = std::runtime_error;
 
-// Beside the program, or else wherever the system looks for libraries.
-QorviViewPlugin::Functions Load(QLibrary& library) {
-  library.setFileName(QCoreApplication::applicationDirPath() + "/QorviViewPlugin");
+// The file that is named, or the one beside the program; or else wherever the system looks for libraries.
+QorviViewPlugin::Functions Load(QLibrary& library, const QString& file) {
+  library.setFileName(file.isEmpty() ? QCoreApplication::applicationDirPath() + "/QorviViewPlugin" : file);
   if (!library.load()) {
     const QString reason = library.errorString();
     library.setFileName("QorviViewPlugin");
@@ -67,10 +68,10 @@ struct Observer : ResourceData::IResourceObserver {
 
 int main(int argc, char** argv) try {
   QCoreApplication application(argc, argv);
-  if (argc != 3) throw Failure("usage: plain SERVER USER");
+  if (argc != 3 && argc != 4) throw Failure("usage: plain SERVER USER [FILE]");
   Observer observer;  // outlives the library
   QLibrary library;
-  const QorviViewPlugin::Functions views = Load(library);
+  const QorviViewPlugin::Functions views = Load(library, application.arguments().value(3));
   LogIn(argv[1], argv[2], qgetenv("VIEWS_PASSWORD").toStdString());
   const auto end = qScopeGuard([&] {
     CViewGroupManager::Instance().Stop();  // nothing is called back from here on,

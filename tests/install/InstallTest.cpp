@@ -52,10 +52,10 @@ class InstallTest : public testing::Test {
   static QString Installed(const QString& name) { return s_places->Installed(name); }
 
   // Has a host hear of a group that an installed viewctl adds.
-  static void RunAHost(const QString& program, const std::string& server) {
+  static void RunAHost(const QString& program, const std::string& server, const QStringList& more = {}) {
     qputenv("VIEWS_PASSWORD", "sample-maria");
     const QString url = QString::fromStdString(server);
-    Running host({url, "maria"}, {}, program);
+    Running host(QStringList{url, "maria"} + more, {}, program);
     std::string line, all;
     while ((line = host.NextLine(60000)) != "Waiting for a change" && !line.empty()) all += line + "\n";
     ASSERT_EQ(line, "Waiting for a change") << all << host.Errors();
@@ -106,6 +106,18 @@ TEST_F(InstallTest, HostsFindTheLibraryBesideThemselvesAndWhereTheSystemLooks) {
   EXPECT_EQ(linked.status, 0);
 }
 
+// Which knows the platform by the place where it was installed first, and the library not at all.
+TEST_F(InstallTest, InItsBuildFolderAHostIsToldWhereTheLibraryIs) {
+  const InstalledServer server(At());
+  const QString prefix = At().Path("first präfix");
+  ASSERT_TRUE(QFile::link(Installed(""), prefix));
+  const Outcome untold = test::Run({"http://127.0.0.1:1", "maria"}, {}, {}, At().Path("build/plain"));
+  EXPECT_NE(untold.err.find("Cannot load library"), std::string::npos) << untold.err;
+  EXPECT_EQ(untold.status, 1);
+  RunAHost(At().Path("build/plain"), server.Url(), {prefix + "/" LIBRARY_FOLDER "/libQorviViewPlugin.so"});
+  EXPECT_TRUE(QFile::remove(prefix));
+}
+
 TEST_F(InstallTest, AHostSaysWhatIsWrongAndEnds) {
   const QString plain = At().Path("bundle/plain");
   const Outcome noServer = test::Run({"http://127.0.0.1:1", "maria"}, {}, {}, plain);
@@ -114,6 +126,12 @@ TEST_F(InstallTest, AHostSaysWhatIsWrongAndEnds) {
   const Outcome noLibrary = test::Run({"http://127.0.0.1:1", "maria"}, {}, {}, At().Path("build/plain"));
   EXPECT_NE(noLibrary.status, 0);
   EXPECT_NE(noLibrary.err, "") << "the build folder knows the first place only, which is gone";
+  for (const QStringList& arguments :
+       {QStringList{"http://127.0.0.1:1", "maria"}, {"http://127.0.0.1:1", "maria", "x"}}) {
+    const Outcome lacks = test::Run(arguments, {}, {}, At().Path("bundle/linked"));
+    EXPECT_EQ(lacks.err, "usage: linked SERVER USER VIEW, where VIEW is the ID of one: 101 in the sample site\n");
+    EXPECT_EQ(lacks.status, 2);
+  }
 }
 
 TEST_F(InstallTest, ProgramsRunFromWhereTheyWereMovedTo) {
