@@ -32,13 +32,14 @@ double Decimal(const QJsonObject& object, const char* key) {
   return std::isfinite(number) ? number : 0;
 }
 
-double InPicture(double fraction) {
+double WithinPicture(double fraction) {
   return std::clamp(fraction, 0.0, 1.0);
 }
 
 // Nothing where the corners enclose nothing.
 std::optional<QRectF> BoxOf(double left, double top, double right, double bottom) {
-  const QRectF box(QPointF(InPicture(left), InPicture(top)), QPointF(InPicture(right), InPicture(bottom)));
+  const QRectF box(QPointF(WithinPicture(left), WithinPicture(top)),
+                   QPointF(WithinPicture(right), WithinPicture(bottom)));
   return box.width() > 0 && box.height() > 0 ? std::optional(box) : std::nullopt;
 }
 

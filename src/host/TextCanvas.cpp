@@ -7,9 +7,9 @@
 namespace host {
 namespace {
 
-enum Side : unsigned { kUp = 1, kRight = 2, kDown = 4, kLeft = 8 };
+enum Arm : unsigned { kUp = 1, kRight = 2, kDown = 4, kLeft = 8 };
 
-// By the sides that lead away.
+// By the arms that a sign has.
 constexpr const char* kBorders[] = {" ", "│", "─", "└", "│", "│", "┌", "├", "─", "┘", "─", "┴", "┐", "┤", "┬", "┼"};
 
 struct Range {

@@ -210,7 +210,7 @@ TEST_F(TlsTest, AServerThatIsNotWhoItShouldBeIsToldNoPassword) {
   }
 }
 
-[[noreturn]] void RunForgetfulHost() {
+[[noreturn]] void RunFollowingHost() {
   static class : public TlsTest {
    public:
     using TlsTest::Follow;
@@ -221,7 +221,7 @@ TEST_F(TlsTest, AServerThatIsNotWhoItShouldBeIsToldNoPassword) {
 
 TEST(ManagementServerDeathTest, AProcessMayEndWhileItFollowsOverTls) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(RunForgetfulHost(), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(RunFollowingHost(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

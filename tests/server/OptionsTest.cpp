@@ -10,8 +10,8 @@
 namespace server::test {
 namespace {
 
-std::string Request(const std::string& line, const std::string& token, const std::string& more = "",
-                    const std::string& body = "") {
+std::string RequestLines(const std::string& line, const std::string& token, const std::string& more = "",
+                         const std::string& body = "") {
   std::string head = line + " HTTP/1.1\r\nHost: t\r\n" + more;
   if (!token.empty()) head += "Authorization: Bearer " + token + "\r\n";
   if (more.empty()) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
@@ -48,8 +48,8 @@ class OptionsTest : public ServerTest {
 
   bool StrangersFrom(const std::function<std::string(int)>& address) const {
     std::deque<Wire> wires;
-    for (int i = 0; i < 6; ++i) Status(Open(wires, Request("GET /a", ""), address(i)));
-    wires[0].Send(Request("GET /a", ""));
+    for (int i = 0; i < 6; ++i) Status(Open(wires, RequestLines("GET /a", ""), address(i)));
+    wires[0].Send(RequestLines("GET /a", ""));
     return Status(wires[0]) == 0;
   }
   bool StrangersFromMany() {
@@ -60,7 +60,7 @@ class OptionsTest : public ServerTest {
   }
   bool ConnectionsOfOne() {
     std::deque<Wire> wires;
-    for (int i = 0; i < 3; ++i) Open(wires, Request("GET " + kRoot + "V0/Areas", m_tokens[0]));
+    for (int i = 0; i < 3; ++i) Open(wires, RequestLines("GET " + kRoot + "V0/Areas", m_tokens[0]));
     return IsRefused(wires, 429);
   }
   // Names and addresses are used once, for whom many log-ins fail is not looked at.
@@ -69,7 +69,7 @@ class OptionsTest : public ServerTest {
     for (int i = 0; i < 8; ++i) {
       const std::string name = std::to_string(m_wave) + "-" + std::to_string(i);
       const std::string body = R"({"Session":{"UserName":")" + name + R"(","Password":"x"}})";
-      Open(wires, Request("POST " + kRoot + "V0/Sessions", "", "", body), address(i));
+      Open(wires, RequestLines("POST " + kRoot + "V0/Sessions", "", "", body), address(i));
     }
     ++m_wave;
     return IsRefused(wires);
@@ -87,7 +87,7 @@ class OptionsTest : public ServerTest {
     const std::string body = ViewBody("V", -1, -1, numbers + "]");
     std::deque<Wire> wires;
     for (size_t i = 0; i < 3; ++i) {
-      const std::string whole = Request("POST " + kRoot + "V0/Views", m_tokens[i % users], "", body);
+      const std::string whole = RequestLines("POST " + kRoot + "V0/Views", m_tokens[i % users], "", body);
       Open(wires, whole.substr(0, whole.size() - 1));
     }
     for (Wire& wire : wires) wire.Send("}");
@@ -97,7 +97,7 @@ class OptionsTest : public ServerTest {
   bool BodiesOfOne() { return BodiesOf(1); }
   bool LargeBody() {
     const std::string announced = "Expect: 100-continue\r\nContent-Length: 1500000\r\n";
-    Wire wire(m_program->Port(), Request("POST " + kRoot + "V0/Views", m_tokens[0], announced));
+    Wire wire(m_program->Port(), RequestLines("POST " + kRoot + "V0/Views", m_tokens[0], announced));
     return Status(wire) == 503;
   }
   bool OldChange() {

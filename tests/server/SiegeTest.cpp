@@ -29,7 +29,7 @@ constexpr bool kIsMemoryMeasured = false;  // sanitizers take several times as m
 constexpr bool kIsMemoryMeasured = true;
 #endif
 
-std::string Request(const std::string& method, const std::string& path, const std::string& token, size_t length) {
+std::string RequestHead(const std::string& method, const std::string& path, const std::string& token, size_t length) {
   return method + " " + kRoot + path + " HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer " + token +
          "\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
 }
@@ -74,7 +74,7 @@ TEST_F(SiegeTest, AUserWhoIsLoggedInGoesOnAndTheMemoryStaysBounded) {
     idlers.emplace_back(program.Port(), "", from.c_str());
   }
   for (int i = 0; i < 20; ++i) {
-    uploads.emplace_back(program.Port(), Request("POST", "V0/Views", bob, 64 << 20));
+    uploads.emplace_back(program.Port(), RequestHead("POST", "V0/Views", bob, 64 << 20));
   }
   std::thread pushing([&uploads] {
     const std::string piece(1 << 20, ' ');
@@ -84,7 +84,7 @@ TEST_F(SiegeTest, AUserWhoIsLoggedInGoesOnAndTheMemoryStaysBounded) {
   });
   for (int i = 0; i < 300; ++i) {
     const std::string body = R"({"Session":{"UserName":"stranger )" + std::to_string(i) + R"(","Password":"x"}})";
-    logins.emplace_back(program.Port(), Request("POST", "V0/Sessions", "", body.size()) + body, "127.0.0.7");
+    logins.emplace_back(program.Port(), RequestHead("POST", "V0/Sessions", "", body.size()) + body, "127.0.0.7");
   }
   const auto reading = Median([&] { EXPECT_EQ(ann.Get("V0/Views").status, 200); });
   const auto editing =

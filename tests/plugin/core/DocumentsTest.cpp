@@ -54,7 +54,7 @@ Names Symbols(const std::string& kind) {
 }
 
 // What stands in `actual` only ("+ name") and in `expected` only ("- name"), a line each.
-std::string Difference(const Names& expected, const Names& actual) {
+std::string NamesMissed(const Names& expected, const Names& actual) {
   std::string text;
   for (const std::string& name : actual) text += expected.contains(name) ? "" : "+ " + name + "\n";
   for (const std::string& name : expected) text += actual.contains(name) ? "" : "- " + name + "\n";
@@ -62,7 +62,7 @@ std::string Difference(const Names& expected, const Names& actual) {
 }
 
 TEST(ExportTable, HoldsTheDocumentedNamesAndNothingElse) {
-  EXPECT_EQ(Difference(Matches(ContentOf(EXPORT_TABLE), "^([^#\n].*)$"), Symbols("--defined-only")), "");
+  EXPECT_EQ(NamesMissed(Matches(ContentOf(EXPORT_TABLE), "^([^#\n].*)$"), Symbols("--defined-only")), "");
 }
 
 TEST(FunctionsHeader, NamesTheExportedFunctionsAndSaysWhichIsMissing) {
@@ -70,7 +70,7 @@ TEST(FunctionsHeader, NamesTheExportedFunctionsAndSaysWhichIsMissing) {
 #define QORVI_FUNCTION(name) names.insert(#name);
   QORVI_EXPORTED_FUNCTIONS(QORVI_FUNCTION)
 #undef QORVI_FUNCTION
-  EXPECT_EQ(Difference(Matches(ContentOf(EXPORT_TABLE), "^([A-Z][A-Za-z]+)$"), names), "");
+  EXPECT_EQ(NamesMissed(Matches(ContentOf(EXPORT_TABLE), "^([A-Z][A-Za-z]+)$"), names), "");
   QorviViewPlugin::Functions functions;
   const auto address = reinterpret_cast<void (*)()>(&functions);
   EXPECT_EQ(functions.Load([&](const char*) { return address; }), nullptr);
@@ -86,7 +86,7 @@ TEST(ImportTable, HoldsTheDocumentedOperationsOfThePlatformAndNothingElseOfIt) {
     return Matches(name, "^((Vant|NetLink|BizShared|ResourceStore|ResourceData|ErrorText|VeltControl|comm_method)::)")
         .empty();
   });
-  EXPECT_EQ(Difference(Matches(ContentOf(PLATFORM_DOCUMENT), "^- `(.+?)`:"), imported), "");
+  EXPECT_EQ(NamesMissed(Matches(ContentOf(PLATFORM_DOCUMENT), "^- `(.+?)`:"), imported), "");
 }
 
 TEST(KnownBehaviours, AreEachHeldByATestThatExists) {
@@ -133,7 +133,7 @@ TEST(WritingAHost, ListsTheKeysThatTheLibraryHasTranslated) {
   }
   const std::string document = ContentOf(HOST_DOCUMENT);
   const size_t from = document.find("| Key | Stands for |");
-  EXPECT_EQ(Difference(Matches(document.substr(from, document.find("\n\n", from) - from), "^\\| `(\\S+)` \\|"), keys),
+  EXPECT_EQ(NamesMissed(Matches(document.substr(from, document.find("\n\n", from) - from), "^\\| `(\\S+)` \\|"), keys),
             "");
 }
 

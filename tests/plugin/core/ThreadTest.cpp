@@ -32,7 +32,7 @@ class ThreadTest : public CoreTest {
   Gate filling;
 };
 
-constexpr char kLoaded[] = R"(true {"error_info":"","init_finish":true})";
+constexpr char kLoadedAnswer[] = R"(true {"error_info":"","init_finish":true})";
 
 TEST_F(ThreadTest, ASecondThreadThatStartsAFirstLoadWaitsForTheFirst) {
   auto first = StartHeldLoad(R"({"ID":5,"Name":"five"})");
@@ -42,7 +42,7 @@ TEST_F(ThreadTest, ASecondThreadThatStartsAFirstLoadWaitsForTheFirst) {
   });
   EXPECT_EQ(second.wait_for(100ms), std::future_status::timeout);
   filling.Open();
-  EXPECT_EQ(first.get(), kLoaded);
+  EXPECT_EQ(first.get(), kLoadedAnswer);
   EXPECT_EQ(second.get(), "true oldfive");
 }
 
@@ -63,7 +63,7 @@ TEST_F(ThreadTest, ChangesThatArriveDuringAFillAreAppliedAfterItInOrder) {
   EXPECT_EQ(observer.Take(), Texts());
   EXPECT_EQ(ViewName(5) + ViewName(9), "(none)(none)");
   filling.Open();
-  EXPECT_EQ(load.get(), kLoaded);
+  EXPECT_EQ(load.get(), kLoadedAnswer);
   EXPECT_EQ(ViewName(5) + ViewName(6) + ViewName(9), "five(none)(none)");
   EXPECT_EQ(namesSeen, (Texts{"new", "newer", "newer", "(none)"}));
 }
@@ -84,7 +84,7 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
   add("3");
   EXPECT_EQ(observer.Take().size(), 1u);
   applying.Open();
-  EXPECT_EQ(load.get(), kLoaded);
+  EXPECT_EQ(load.get(), kLoadedAnswer);
   add("4");
   EXPECT_EQ(Members(1), "1'' 2'' 3'' 4'' ");
 }

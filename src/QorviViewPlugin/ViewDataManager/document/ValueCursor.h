@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <rapidjson/document.h>
-
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "json/MemberFinder.h"
+#include "QorviViewPlugin/ViewDataManager/document/FlatText.h"
 
 namespace QorviViewPlugin {
 
@@ -16,7 +15,7 @@ namespace QorviViewPlugin {
 // platform's document decides what such values mean. One thread at a time; the value must outlive the cursor.
 class ValueCursor {
  public:
-  explicit ValueCursor(const rapidjson::Value& value) { m_levels.emplace_back(&value); }
+  explicit ValueCursor(const FlatPart& value) { Push(&value); }
 
   // Leaves the level that it entered when it goes out of scope. Levels are left in the reverse order.
   class Level {
@@ -42,9 +41,22 @@ class ValueCursor {
   bool IsUnusual() const { return m_isUnusual; }
 
  private:
-  const rapidjson::Value* Find(std::string_view key) { return m_levels.back().Find(key); }
+  // An object, and where in it the search for a name begins: names are mostly asked for in their order.
+  struct Place {
+    const FlatPart* object;  // null for anything else
+    const FlatPart* next;
+    const FlatPart* found = nullptr;
+    // The element of the list that was entered last, the next one's neighbour.
+    const FlatPart* list = nullptr;
+    const FlatPart* element = nullptr;
+    std::uint32_t index = 0;
+  };
 
-  std::vector<json::MemberFinder<const rapidjson::Value>> m_levels;
+  void Push(const FlatPart* value);
+  const FlatPart* Find(std::string_view key);
+  const FlatPart* Element(const FlatPart& list, std::uint32_t index);
+
+  std::vector<Place> m_levels;
   bool m_isUnusual = false;
 };
 
