@@ -15,7 +15,7 @@ FileLock::FileLock(const std::string& dataFile) {
   if (m_descriptor < 0) throw std::runtime_error("cannot write beside " + dataFile);
   if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
     close(m_descriptor);
-    throw std::runtime_error("another server uses " + dataFile);
+    throw FileInUse("another server uses " + dataFile);
   }
 }
 
