@@ -16,7 +16,9 @@ namespace host {
 std::unique_ptr<server::ViewServer> StartEmbeddedServer(
     const server::ViewServerOptions& options, const std::function<void(const std::string& password)>& tellPassword);
 
-// The store's file in `dataDir` (empty: below the user's data directory), whose folder is made when it is not there.
+// The store's file in `dataDir` (empty: below the user's data directory), be it there or not.
+std::string StorePath(const std::string& dataDir);
+// The same, and its folder is made when it is not there.
 // Throws Failure kUsage when it cannot be made.
 std::string StoreFile(const std::string& dataDir);
 

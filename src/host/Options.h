@@ -15,6 +15,9 @@ struct GlobalOptions {
   std::string plugin;        // the library to load; empty: the one beside the program
   std::string logFile;
   bool verbose = false;
+  bool logTime = false;
+  // Set by a command that is to change nothing: where the own server has no store yet, none is made.
+  bool makesNoStore = false;
 };
 
 }  // namespace host

@@ -5,7 +5,7 @@
 #include "host/Failure.h"
 #include "host/LogFile.h"
 #include "host/Terminal.h"
-#include "host/commands/Commands.h"
+#include "host/commands/CommandLine.h"
 
 namespace {
 
@@ -18,7 +18,8 @@ void AddGlobalOptions(CLI::App& app, host::GlobalOptions& options) {
       ->type_name("FILE");
   app.add_option("--plugin", options.plugin, "the library to load; else the one beside viewctl")->type_name("FILE");
   app.add_option("--log-file", options.logFile, "where log lines are written")->type_name("FILE");
-  app.add_flag("-v", options.verbose, "log lines on stderr");
+  app.add_flag("--log-time", options.logTime, "log lines begin with the time, in UTC");
+  app.add_flag("-v", options.verbose, "log lines on stderr, cut to the width of a terminal");
   app.set_version_flag("--version", "viewctl " VIEWCTL_VERSION);
 }
 
@@ -34,6 +35,7 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddExportCommand(app, chosen);
   host::AddImportCommand(app, chosen);
   host::AddServeCommand(app, chosen);
+  host::AddHelpCommand(app, chosen);
 }
 
 int Fail(int status, const std::string& sentence) {
@@ -42,11 +44,27 @@ int Fail(int status, const std::string& sentence) {
 }
 
 int Run(const host::GlobalOptions& options, const host::Run& chosen) {
+  Vant::Base::SetLogSink(std::make_shared<host::LogFile>(options.logFile, options.verbose, options.logTime));
+  const int status = chosen(options);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) return Fail(host::kRefused, "stdout cannot be written");
+  return status;
+}
+
+int ReadAndRun(CLI::App& app, int argc, char** argv) {
+  host::GlobalOptions options;
+  host::Run chosen;
+  host::UseHelpText(app);
+  AddGlobalOptions(app, options);
+  AddCommands(app, chosen);
   try {
-    Vant::Base::SetLogSink(std::make_shared<host::LogFile>(options.logFile, options.verbose));
-    const int status = chosen(options);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) return Fail(host::kRefused, "stdout cannot be written");
-    return status;
+    app.parse(argc, argv);
+    host::RefuseEmptyValues(app, {argv + 1, argv + argc});
+    if (!chosen) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
+    host::RefuseIgnoredOptions(app, options);
+    return Run(options, chosen);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);  // help and version
+    return Fail(host::kUsage, host::Explain(app, error));
   } catch (const host::Failure& failure) {
     return Fail(failure.Status(), failure.what());
   } catch (const std::exception& error) {
@@ -61,19 +79,8 @@ int main(int argc, char** argv) {
   QCoreApplication::setApplicationName("viewctl");
   QCoreApplication::setApplicationVersion(VIEWCTL_VERSION);
 
-  host::GlobalOptions options;
-  host::Run chosen;
   CLI::App app("Lists, draws, copies and repairs saved views through QorviViewPlugin", "viewctl");
   app.require_subcommand(0, 1);  // without one the parser would not name a command it does not know
   app.fallthrough();
-  AddGlobalOptions(app, options);
-  AddCommands(app, chosen);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);  // help and version
-    return Fail(host::kUsage, std::string(error.what()) + " (viewctl --help lists what there is)");
-  }
-  if (!chosen) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
-  return Run(options, chosen);
+  return ReadAndRun(app, argc, argv);
 }

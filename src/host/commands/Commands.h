@@ -26,6 +26,7 @@ void AddExportCommand(CLI::App& app, Run& chosen);
 void AddImportCommand(CLI::App& app, Run& chosen);
 void AddServeCommand(CLI::App& app, Run& chosen);
 void AddDemoCommand(CLI::App& app, Run& chosen);
+void AddHelpCommand(CLI::App& app, Run& chosen);
 
 // Adds a subcommand; `chosen` becomes its `run` where the line names it.
 inline CLI::App* AddCommand(CLI::App& app, Run& chosen, const std::string& name, const std::string& help, Run run) {

@@ -5,6 +5,7 @@
 #include "host/Client.h"
 #include "host/Ids.h"
 #include "host/JsonText.h"
+#include "host/Names.h"
 #include "host/Notices.h"
 #include "host/StopSignal.h"
 #include "host/ViewTree.h"
@@ -53,20 +54,30 @@ class Watch {
   std::set<std::pair<int, std::string>> m_watched;
 };
 
+// The id that the text means. One that is not there is watched all the same, and said to be missing.
+std::string IdToWatch(const ViewTree& tree, const std::string& text, bool isView) {
+  if (IsId(text)) {
+    const std::vector<Thing> found = Names(tree).All((isView ? "view:" : "group:") + text);
+    if (found.empty()) Say("There is no " + std::string(isView ? "view " : "group ") + text + " that you may see");
+    return text;
+  }
+  return isView ? Names(tree).View(text).id : Names(tree).Folder(text, true).id;
+}
+
 int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
   if (!watched.all && watched.views.empty() && watched.groups.empty()) {
-    throw Failure(kUsage, "Say what to watch: --view ID, --group ID or --all");
+    throw Failure(kUsage, "Say what to watch: --view VIEW, --group GROUP or --all");
   }
-  for (const std::string& id : watched.views) RequireId(id, "view");
-  for (const std::string& id : watched.groups) RequireId(id, "group");
 
   WatchForStop();
   NoticeQueue notices;  // outlives the client, which notifies it
   Client client(options, Texts::kTranslated);
   client.Load();
   Watch watch(client.Functions(), notices);
-  for (const std::string& id : watched.views) watch.Add(ResourceData::ResourceTypeView, id);
-  for (const std::string& id : watched.groups) watch.Add(ResourceData::ResourceTypeViewGroup, id);
+  const ViewTree tree = ReadViewTree(client.Functions());
+  for (const std::string& text : watched.views) watch.Add(ResourceData::ResourceTypeView, IdToWatch(tree, text, true));
+  for (const std::string& text : watched.groups)
+    watch.Add(ResourceData::ResourceTypeViewGroup, IdToWatch(tree, text, false));
   if (watched.all) watch.AddEverything();
   Say("Watching; Ctrl-C ends it");
 
@@ -87,8 +98,8 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
 void AddWatchCommand(CLI::App& app, Run& chosen) {
   const auto [command, watched] =
       AddCommand(app, chosen, "watch", "change notices, one JSON line each, until Ctrl-C", RunWatch);
-  command->add_option("--view", watched->views, "a view to watch")->type_name("ID")->expected(1)->take_all();
-  command->add_option("--group", watched->groups, "a group to watch")->type_name("ID")->expected(1)->take_all();
+  command->add_option("--view", watched->views, "a view to watch")->type_name("VIEW")->expected(1)->take_all();
+  command->add_option("--group", watched->groups, "a group to watch")->type_name("GROUP")->expected(1)->take_all();
   command->add_flag("--all", watched->all, "the top level and everything there is or comes to be");
 }
 

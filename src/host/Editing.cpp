@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/Editing.h"
+
+#include "host/Connection.h"
+#include "host/Terminal.h"
+
+namespace host {
+
+void SayWhatIsEdited(const GlobalOptions& options) {
+  const std::string where = options.server.empty() ? "the own store " + StorePath(options.dataDir) : options.server;
+  Say(Printable("Editing " + where + " as " + options.user));
+}
+
+}  // namespace host
