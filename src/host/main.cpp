@@ -28,6 +28,9 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddTreeCommand(app, chosen);
   host::AddShowCommand(app, chosen);
   host::AddDrawCommand(app, chosen);
+  host::AddFindCommand(app, chosen);
+  host::AddReplaceCommand(app, chosen);
+  host::AddUndoCommand(app, chosen);
   host::AddCallCommand(app, chosen);
   host::AddScriptCommand(app, chosen);
   host::AddWatchCommand(app, chosen);

@@ -26,6 +26,9 @@ void AddExportCommand(CLI::App& app, Run& chosen);
 void AddImportCommand(CLI::App& app, Run& chosen);
 void AddServeCommand(CLI::App& app, Run& chosen);
 void AddDemoCommand(CLI::App& app, Run& chosen);
+void AddFindCommand(CLI::App& app, Run& chosen);
+void AddReplaceCommand(CLI::App& app, Run& chosen);
+void AddUndoCommand(CLI::App& app, Run& chosen);
 void AddHelpCommand(CLI::App& app, Run& chosen);
 
 // Adds a subcommand; `chosen` becomes its `run` where the line names it.
