@@ -21,7 +21,12 @@ std::string ViewText(const TreeView& view) {
   return Printable(view.name) + "  (view " + view.id + (view.sharedWithUser ? ", shared with you)" : ")");
 }
 
-void DescribeContent(const ViewTree& tree, size_t top, std::string& text) {
+std::string CountText(const ViewTree& tree, size_t folder) {
+  const TreeCount count = tree.CountIn(folder);
+  return "  " + Counted(count.folders, "folder") + ", " + Counted(count.views, "view");
+}
+
+void DescribeContent(const ViewTree& tree, size_t top, bool withCounts, std::string& text) {
   // Two characters for each level: a tab, then '|' if the level has more entries, else ' '.
   std::string indent;
   std::vector<Step> path = {{top}};
@@ -40,7 +45,8 @@ void DescribeContent(const ViewTree& tree, size_t top, std::string& text) {
     if (step.next < folder.folders.size()) {
       const size_t below = folder.folders[step.next++];
       const TreeFolder& group = tree.folders[below];
-      text += line + Printable(group.name) + "/  (group " + group.id + ")\n";
+      text += line + Printable(group.name) + "/  (group " + group.id + ")";
+      text += (withCounts ? CountText(tree, below) : "") + "\n";
       indent += last ? "\t " : "\t|";
       path.push_back({below});
     } else {
@@ -102,11 +108,13 @@ std::string TreeJson(const ViewTree& tree) {
   return std::string(buffer.GetString(), buffer.GetSize());
 }
 
-std::string DescribeTree(const ViewTree& tree) {
+std::string DescribeTree(const ViewTree& tree, bool withCounts) {
   std::string text;
   for (size_t top = 0; top < tree.folders.size() && tree.folders[top].parent == top; ++top) {
-    text += Printable(tree.folders[top].name) + "\n";
-    DescribeContent(tree, top, text);
+    const TreeFolder& folder = tree.folders[top];
+    text += Printable(folder.name) + (folder.id == "-1" ? "" : "/  (group " + folder.id + ")");
+    text += (withCounts ? CountText(tree, top) : "") + "\n";
+    DescribeContent(tree, top, withCounts, text);
   }
   return text;
 }

@@ -133,6 +133,19 @@ std::vector<std::string> ViewTree::PathOf(size_t folder) const {
   return path;
 }
 
+TreeCount ViewTree::CountIn(size_t folder) const {
+  TreeCount count;
+  std::vector<size_t> todo = {folder};
+  while (!todo.empty()) {
+    const TreeFolder& next = folders[todo.back()];
+    todo.pop_back();
+    count.folders += next.folders.size();
+    count.views += next.views.size();
+    todo.insert(todo.end(), next.folders.begin(), next.folders.end());
+  }
+  return count;
+}
+
 size_t ViewTree::FindFolder(const std::string& id) const {
   const auto found = std::find_if(folders.begin(), folders.end(),
                                   [&](const TreeFolder& folder) { return folder.id == id && folder.id != "-1"; });
