@@ -31,6 +31,11 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddFindCommand(app, chosen);
   host::AddReplaceCommand(app, chosen);
   host::AddUndoCommand(app, chosen);
+  host::AddMkdirCommand(app, chosen);
+  host::AddMoveCommands(app, chosen);
+  host::AddRmCommand(app, chosen);
+  host::AddShareCommand(app, chosen);
+  host::AddDefaultCommand(app, chosen);
   host::AddCallCommand(app, chosen);
   host::AddScriptCommand(app, chosen);
   host::AddWatchCommand(app, chosen);

@@ -29,6 +29,11 @@ void AddDemoCommand(CLI::App& app, Run& chosen);
 void AddFindCommand(CLI::App& app, Run& chosen);
 void AddReplaceCommand(CLI::App& app, Run& chosen);
 void AddUndoCommand(CLI::App& app, Run& chosen);
+void AddShareCommand(CLI::App& app, Run& chosen);
+void AddDefaultCommand(CLI::App& app, Run& chosen);
+void AddMkdirCommand(CLI::App& app, Run& chosen);
+void AddMoveCommands(CLI::App& app, Run& chosen);
+void AddRmCommand(CLI::App& app, Run& chosen);
 void AddHelpCommand(CLI::App& app, Run& chosen);
 
 // Adds a subcommand; `chosen` becomes its `run` where the line names it.
