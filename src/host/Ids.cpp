@@ -3,7 +3,6 @@
 
 #include <cstdint>
 
-#include "host/Failure.h"
 #include "json/Numbers.h"
 
 namespace host {
@@ -11,21 +10,6 @@ namespace host {
 bool IsId(const std::string& text) {
   const auto id = json::WholeNumber<uint32_t>(text);
   return id && std::to_string(*id) == text;
-}
-
-std::string RequireId(const std::string& text, const std::string& what) {
-  if (!IsId(text)) throw Failure(kUsage, "\"" + text + "\" is not the id of a " + what);
-  return text;
-}
-
-QualifiedId ParseQualifiedId(const std::string& text) {
-  for (const auto& [prefix, of] : {std::pair("view:", QualifiedId::Of::kView), {"group:", QualifiedId::Of::kGroup}}) {
-    const std::string name = prefix;
-    if (text.compare(0, name.size(), name) == 0) {
-      return {of, RequireId(text.substr(name.size()), name.substr(0, name.size() - 1))};
-    }
-  }
-  return {QualifiedId::Of::kEither, RequireId(text, "view or group")};
 }
 
 }  // namespace host
