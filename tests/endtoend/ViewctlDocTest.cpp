@@ -80,7 +80,7 @@ cd '%3' && export VIEWCTL_PASSWORD=${VIEWCTL_PASSWORD-sample-maria}
   QTemporaryDir m_folder;
 };
 
-TEST_F(ViewctlDocTest, EveryExampleSaysWhatStandsBelowIt) {
+TEST_F(ViewctlDocTest, EveryExampleAndMessageIsSaidAsItStands) {
   const std::vector<Example> examples = ExamplesOf(m_lines);
   EXPECT_GE(examples.size(), 20u);
   for (const Example& example : examples) {
@@ -88,9 +88,7 @@ TEST_F(ViewctlDocTest, EveryExampleSaysWhatStandsBelowIt) {
     EXPECT_TRUE(Fits(Lines(said), example.expected)) << "viewctl.md:" << example.line << ": " << example.command << "\n"
                                                      << said;
   }
-}
-
-TEST_F(ViewctlDocTest, EveryMessageIsSaidAsItStands) {
+  // The messages are those of the files that the examples have made.
   const std::vector<Example> messages = MessagesOf(m_lines);
   EXPECT_GE(messages.size(), 20u);
   for (const Example& message : messages) {
