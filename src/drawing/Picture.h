@@ -16,4 +16,7 @@ enum class Format { kSvg, kPng };
 // REQUIRES: a QGuiApplication; called on its thread.
 QByteArray MakePicture(const Page& page, const Theme& theme, Format format);
 
+// The page as ShortSvg (ShortSvg.h) makes it, in UTF-8. REQUIRES: as MakePicture.
+QByteArray MakeShortSvg(const Page& page);
+
 }  // namespace drawing

@@ -14,8 +14,9 @@ class FileInUse : public std::runtime_error {
 
 class FileLock {
  public:
-  // Locks `dataFile` + ".lock" until the end of the object's life; ":memory:" needs none. Throws FileInUse
-  // with one plain line when somebody else has it, std::runtime_error when it cannot be made.
+  // Locks the store's file + ".lock" until the end of the object's life, whatever symbolic links lead to the store;
+  // ":memory:" needs none. Throws FileInUse with one plain line when somebody else has it, std::runtime_error when it
+  // cannot be made.
   explicit FileLock(const std::string& dataFile);
   ~FileLock();
   FileLock(const FileLock&) = delete;
