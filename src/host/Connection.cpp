@@ -111,6 +111,10 @@ std::string Connection::WhatIsAwaited() {
     case ResourceStore::DownloadState::Failing:
       break;
   }
+  return ReasonOf(status);
+}
+
+std::string Connection::ReasonOf(const ResourceStore::DownloadStatus& status) {
   if (status.systemError == ECONNREFUSED) return "connection refused";
   return ErrorText::GetErrorInfoByErrorCode(status.error);
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "ResourceStore/DownloadStatus.h"
 #include "host/Options.h"
 #include "server/ViewServer.h"
 
@@ -39,6 +40,8 @@ class Connection {
 
   // What the download is waiting for at the moment, in words: "connection refused", "its views are still on their way".
   static std::string WhatIsAwaited();
+  // Why the last attempt of the download failed: "connection refused".
+  static std::string ReasonOf(const ResourceStore::DownloadStatus& status);
 
   // Null when the server is not ours.
   server::ViewServer* EmbeddedServer() { return m_server.get(); }
