@@ -11,8 +11,9 @@ struct GlobalOptions {
   std::string caFile;   // CA certificates for an https server
   std::string dataDir;  // folder of the embedded server's store; empty: below the user's data directory
   std::string user = "admin";
-  std::string passwordFile;  // first line is the password; empty: VIEWCTL_PASSWORD
-  std::string plugin;        // the library to load; empty: the one beside the program
+  std::string passwordFile;     // first line is the password; empty: VIEWCTL_PASSWORD
+  std::string passwordCommand;  // of the configuration; empty: none
+  std::string plugin;           // the library to load; empty: the one beside the program
   std::string logFile;
   int timeout = 10;  // seconds that the first load may take
   bool verbose = false;

@@ -6,15 +6,23 @@
 #include "host/LogFile.h"
 #include "host/Terminal.h"
 #include "host/commands/CommandLine.h"
+#include "host/commands/Context.h"
 
 namespace {
 
 void AddGlobalOptions(CLI::App& app, host::GlobalOptions& options) {
-  app.add_option("--server", options.server, "the server; without it viewctl runs its own")->type_name("URL");
+  app.add_option("--server", options.server,
+                 "the server, or its name in the configuration; else VIEWCTL_SERVER, else its default; without one "
+                 "viewctl runs its own")
+      ->type_name("URL");
   app.add_option("--ca-file", options.caFile, "certificates that an https server is checked with")->type_name("FILE");
   app.add_option("--data", options.dataDir, "folder of the own server's store")->type_name("DIR");
-  app.add_option("--user", options.user, "who logs in")->type_name("NAME")->capture_default_str();
-  app.add_option("--password-file", options.passwordFile, "its first line is the password; else VIEWCTL_PASSWORD")
+  app.add_option("--user", options.user, "who logs in; else VIEWCTL_USER, where there is a server")
+      ->type_name("NAME")
+      ->capture_default_str();
+  app.add_option(
+         "--password-file", options.passwordFile,
+         "its first line is the password; else VIEWCTL_PASSWORD, the configuration's password-command, or a prompt")
       ->type_name("FILE");
   app.add_option("--plugin", options.plugin, "the library to load; else the one beside viewctl")->type_name("FILE");
   app.add_option("--timeout", options.timeout, "how long the first load may take")
@@ -73,6 +81,7 @@ int ReadAndRun(CLI::App& app, int argc, char** argv) {
     app.parse(argc, argv);
     host::RefuseEmptyValues(app, {argv + 1, argv + argc});
     if (!chosen) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
+    host::CompleteOptions(app, options);
     host::RefuseIgnoredOptions(app, options);
     return Run(options, chosen);
   } catch (const CLI::ParseError& error) {

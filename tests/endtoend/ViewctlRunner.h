@@ -69,15 +69,22 @@ class Site {
   std::unique_ptr<server::ViewServer> m_server;
 };
 
-// A viewctl that runs while the test goes on. `password` goes into VIEWCTL_PASSWORD; empty leaves it unset.
+// Whoever runs the tests may have a configuration, which is none of theirs. `password` goes into VIEWCTL_PASSWORD;
+// empty leaves it unset.
+inline QProcessEnvironment EnvironmentWith(const std::string& password) {
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  for (const char* name : {"VIEWCTL_PASSWORD", "VIEWCTL_SERVER", "VIEWCTL_USER", "NO_COLOR"}) environment.remove(name);
+  environment.insert("VIEWCTL_CONFIG", "/dev/null");
+  if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
+  return environment;
+}
+
+// A viewctl that runs while the test goes on.
 class Running {
  public:
   Running(const QStringList& arguments, const std::string& password, const QString& program = VIEWCTL_FILE) {
     NeedApplication();
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove("VIEWCTL_PASSWORD");
-    if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
-    m_process.setProcessEnvironment(environment);
+    m_process.setProcessEnvironment(EnvironmentWith(password));
     m_process.start(program, arguments);
   }
   ~Running() { Kill(); }
