@@ -8,7 +8,7 @@ namespace host {
 
 void SayWhatIsEdited(const GlobalOptions& options) {
   const std::string where = options.server.empty() ? "the own store " + StorePath(options.dataDir) : options.server;
-  Say(Printable("Editing " + where + " as " + options.user));
+  Mention(Printable("Editing " + where + " as " + options.user));
 }
 
 }  // namespace host

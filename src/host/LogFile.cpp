@@ -4,8 +4,10 @@
 #include <QDateTime>
 #include <QString>
 #include <QVector>
+#include <algorithm>
 
 #include "host/Failure.h"
+#include "host/Look.h"
 #include "host/Terminal.h"
 
 namespace host {
@@ -41,7 +43,9 @@ std::string TimeText(std::chrono::system_clock::time_point time) {
 std::string CutLine(const std::string& line, size_t columns) {
   const QVector<uint> characters = QString::fromStdString(line).toUcs4();
   if (columns == 0 || static_cast<size_t>(characters.size()) <= columns) return line;
-  return QString::fromUcs4(characters.data(), static_cast<int>(columns) - 1).toStdString() + "…";
+  const std::string end = Ellipsis();
+  const int kept = std::max(static_cast<int>(columns) - (IsAscii() ? 3 : 1), 0);
+  return QString::fromUcs4(characters.data(), kept).toStdString() + end;
 }
 
 LogFile::LogFile(const std::string& file, bool toStderr, bool withTime) : m_toStderr(toStderr), m_withTime(withTime) {

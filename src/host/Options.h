@@ -18,6 +18,8 @@ struct GlobalOptions {
   int timeout = 10;  // seconds that the first load may take
   bool verbose = false;
   bool logTime = false;
+  bool ascii = false;
+  bool quiet = false;
   // Set by a command that is to change nothing: where the own server has no store yet, none is made.
   bool makesNoStore = false;
 };

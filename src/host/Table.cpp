@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "host/Look.h"
+
 namespace host {
 namespace {
 
@@ -20,11 +22,12 @@ std::string Table::Text() const {
   }
   std::string text;
   for (const auto& row : m_rows) {
+    std::string line;
     for (size_t i = 0; i < row.size(); ++i) {
-      text += row[i];
-      if (i + 1 < row.size()) text.append(widths[i] - Width(row[i]) + 2, ' ');
+      line += row[i];
+      if (i + 1 < row.size()) line.append(widths[i] - Width(row[i]) + 2, ' ');
     }
-    text += "\n";
+    text += (&row == &m_rows.front() ? StyledOut(Style::kHead, line) : line) + "\n";
   }
   return text;
 }

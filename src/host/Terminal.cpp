@@ -6,6 +6,7 @@
 #include <string>
 
 #include "drawing/SafeText.h"
+#include "host/Look.h"
 
 #ifdef _WIN32
 #include <io.h>
@@ -22,6 +23,14 @@ std::string Printable(std::string_view text) {
 
 std::string Counted(size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+bool IsTerminalOut() {
+#ifdef _WIN32
+  return _isatty(_fileno(stdout)) != 0;
+#else
+  return isatty(STDOUT_FILENO) != 0;
+#endif
 }
 
 bool IsTerminalErr() {
@@ -70,6 +79,10 @@ bool Ask(const std::string& question) {
 void Say(std::string_view line) {
   const std::string whole = std::string(line) + "\n";
   std::fwrite(whole.data(), 1, whole.size(), stderr);
+}
+
+void Mention(std::string_view line) {
+  if (!IsQuiet()) Say(line);
 }
 
 void LineWriter::Write(std::string_view line) {

@@ -15,7 +15,8 @@ std::string Printable(std::string_view text);
 // "1 view", "2 views".
 std::string Counted(size_t count, const std::string& what);
 
-// Whether a person watches stderr.
+// Whether a person watches stdout, or stderr.
+bool IsTerminalOut();
 bool IsTerminalErr();
 
 // How many columns the terminal on stdout has; 100 where there is none.
@@ -31,6 +32,8 @@ bool Ask(const std::string& question);
 
 // One line to stderr.
 void Say(std::string_view line);
+// The same where it is not missed: --quiet leaves it out.
+void Mention(std::string_view line);
 
 // Writes whole lines to stdout and flushes each. Any thread.
 class LineWriter {

@@ -109,7 +109,7 @@ class TreeReader {
     }
     for (const auto& plan : ListOf(answer, "Plans").GetArray()) {
       if (TextOf(plan, "ParentID") != folder.id || !m_views.insert(TextOf(plan, "ID")).second) continue;
-      folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view")});
+      folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view"), {}});
     }
     // Views of one name come in no fixed order.
     std::stable_sort(folder.views.begin(), folder.views.end(), [](const TreeView& left, const TreeView& right) {

@@ -18,6 +18,7 @@ struct TreeView {
   std::string id;
   std::string name;
   bool sharedWithUser = false;  // somebody else's, to be seen only
+  std::string note = {};        // what a listing says beside it
 };
 
 struct TreeFolder {

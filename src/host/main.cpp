@@ -4,6 +4,7 @@
 
 #include "host/Failure.h"
 #include "host/LogFile.h"
+#include "host/Look.h"
 #include "host/Terminal.h"
 #include "host/commands/CommandLine.h"
 #include "host/commands/Context.h"
@@ -32,6 +33,8 @@ void AddGlobalOptions(CLI::App& app, host::GlobalOptions& options) {
   app.add_option("--log-file", options.logFile, "where log lines are written")->type_name("FILE");
   app.add_flag("--log-time", options.logTime, "log lines begin with the time, in UTC");
   app.add_flag("-v", options.verbose, "log lines on stderr, cut to the width of a terminal");
+  app.add_flag("--ascii", options.ascii, "trees and pages are drawn with signs that every terminal has");
+  app.add_flag("-q,--quiet", options.quiet, "only what was asked for, and what went wrong");
   app.set_version_flag("--version", "viewctl " VIEWCTL_VERSION);
 }
 
@@ -56,15 +59,17 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddExportCommand(app, chosen);
   host::AddImportCommand(app, chosen);
   host::AddServeCommand(app, chosen);
+  host::AddServersCommand(app, chosen);
   host::AddHelpCommand(app, chosen);
 }
 
 int Fail(int status, const std::string& sentence) {
-  host::Say("viewctl: " + host::Printable(sentence));
+  host::Say(host::StyledErr(host::Style::kBad, "viewctl:") + " " + host::Printable(sentence));
   return status;
 }
 
 int Run(const host::GlobalOptions& options, const host::Run& chosen) {
+  host::SetLook({options.ascii, options.quiet});
   Vant::Base::SetLogSink(std::make_shared<host::LogFile>(options.logFile, options.verbose, options.logTime));
   const int status = chosen(options);
   if (std::fflush(stdout) != 0 || std::ferror(stdout)) return Fail(host::kRefused, "stdout cannot be written");

@@ -35,6 +35,7 @@ void AddDefaultCommand(CLI::App& app, Run& chosen);
 void AddMkdirCommand(CLI::App& app, Run& chosen);
 void AddMoveCommands(CLI::App& app, Run& chosen);
 void AddRmCommand(CLI::App& app, Run& chosen);
+void AddServersCommand(CLI::App& app, Run& chosen);
 void AddHelpCommand(CLI::App& app, Run& chosen);
 
 // Adds a subcommand; `chosen` becomes its `run` where the line names it.

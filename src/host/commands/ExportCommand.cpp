@@ -157,7 +157,7 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   } else {
     std::fwrite(text.data(), 1, text.size(), stdout);
   }
-  Say("Exported " + Counted(content.views.size(), "view"));
+  Mention("Exported " + Counted(content.views.size(), "view"));
   if (exporter.LeftOut() > 0) {
     Say("Left out " + std::to_string(exporter.LeftOut()) +
         " that others shared with you; name their ids to export copies of them");

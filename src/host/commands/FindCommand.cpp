@@ -7,6 +7,7 @@
 #include "host/Table.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/find/Search.h"
 
 namespace host {
@@ -15,22 +16,31 @@ namespace {
 struct FindOptions {
   std::string resource;
   std::string kind;
-  bool json = false;
+  FormatOptions format;
 };
 
-std::string AsTable(const ViewTree& tree, const std::vector<ViewUses>& found) {
-  Table table({"VIEW", "PAGE", "WINDOW", "ROLE", "KIND", "ID", "RESOURCE", "PATH"});
+std::string UsesAsTable(const ViewTree& tree, const std::vector<ViewUses>& found, bool isWide) {
+  std::vector<std::string> heads = {"VIEW", "PAGE", "WINDOW", "ROLE", "KIND", "ID", "RESOURCE", "PATH"};
+  if (isWide) heads.insert(heads.end() - 1, {"SITE", "SHARED"});
+  Table table(heads);
   for (const ViewUses& view : found) {
     for (const Use& use : view.uses) {
-      table.Add({view.view.id, std::to_string(use.page), std::to_string(use.window), RoleWord(use.role),
-                 KindWord(use.resource.type), use.resource.id, Printable(NameOfResource(use.resource)),
-                 Printable(PathText(tree, view.view))});
+      std::vector<std::string> row = {view.view.id,
+                                      std::to_string(use.page),
+                                      std::to_string(use.window),
+                                      RoleWord(use.role),
+                                      KindWord(use.resource.type),
+                                      use.resource.id,
+                                      Printable(NameOfResource(use.resource)),
+                                      Printable(PathText(tree, view.view))};
+      if (isWide) row.insert(row.end() - 1, {SiteOfResource(use.resource), view.isShared ? "yes" : "no"});
+      table.Add(std::move(row));
     }
   }
   return table.IsEmpty() ? "" : table.Text();
 }
 
-std::string AsJson(const ViewTree& tree, const std::vector<ViewUses>& found) {
+std::string UsesAsJson(const ViewTree& tree, const std::vector<ViewUses>& found) {
   std::string lines;
   for (const ViewUses& view : found) {
     for (const Use& use : view.uses) {
@@ -42,6 +52,8 @@ std::string AsJson(const ViewTree& tree, const std::vector<ViewUses>& found) {
                                                     .Add("Kind", KindWord(use.resource.type))
                                                     .Add("ID", use.resource.id)
                                                     .Add("Name", NameOfResource(use.resource))
+                                                    .Add("Site", SiteOfResource(use.resource))
+                                                    .Add("Shared", view.isShared)
                                                     .Add("Path", PathText(tree, view.view))
                                                     .Text();
     }
@@ -57,7 +69,9 @@ int RunFind(const GlobalOptions& options, const FindOptions& find) {
   client.Load();
   const ViewTree tree = ReadViewTree(client.Functions());
   const std::vector<ViewUses> found = FindUses(client.Functions(), tree, wanted);
-  const std::string text = find.json ? AsJson(tree, found) : AsTable(tree, found);
+  const Format format = find.format.Chosen();
+  const std::string text =
+      format == Format::kJson ? UsesAsJson(tree, found) : UsesAsTable(tree, found, format == Format::kWide);
   std::fwrite(text.data(), 1, text.size(), stdout);
   if (found.empty()) {
     Say(Printable("No view uses " + (find.kind.empty() ? "" : find.kind + " ") + find.resource +
@@ -74,7 +88,7 @@ void AddFindCommand(CLI::App& app, Run& chosen) {
   command->add_option("RESOURCE", find->resource, "its id or name; * and ? stand for parts of a name")->required();
   command->add_option("--kind", find->kind, "only of this kind: camera, door, elevator, radar, map, area, web-page")
       ->type_name("KIND");
-  command->add_flag("--json", find->json, "as JSON");
+  AddFormatOptions(*command, find->format, "the resource's site, and whether the view is somebody else's, too");
 }
 
 }  // namespace host

@@ -13,6 +13,7 @@
 #include "host/StopSignal.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/import/ImportRun.h"
 #include "host/import/ResourceMap.h"
 #include "host/import/UnknownResources.h"
@@ -29,6 +30,7 @@ struct ImportOptions {
   bool skipUnknown = false;
   bool update = false;
   bool dryRun = false;
+  bool json = false;
 };
 
 // Each view of the files once; where a file holds one name at a place more than once, so often.
@@ -115,7 +117,7 @@ class Importing {
     // Of several folders at one place the one that was named is meant.
     if (m_into) existing.folders[*m_into] = m_named.id;
     const auto steps = PlanImport(m_file, existing, m_into);
-    ImportChoices choices{m_wanted.dryRun, m_wanted.update, {}};
+    ImportChoices choices{m_wanted.dryRun, m_wanted.json, m_wanted.update, {}};
     if (m_wanted.skipUnknown) {
       for (const UnknownUse& one : unknown) choices.skip.insert(m_file.views[one.view]);
     }
@@ -169,6 +171,7 @@ void AddImportCommand(CLI::App& app, Run& chosen) {
   command->add_flag("--skip-unknown", wanted->skipUnknown, "leaves out views that show what is not on this server");
   command->add_flag("--update", wanted->update, "makes views that are there equal to the file's");
   command->add_flag("--dry-run", wanted->dryRun, "only say what would be made");
+  AddOutcomesAsJson(*command, wanted->json);
 }
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include "host/Editing.h"
 #include "host/JsonText.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/edit/Destination.h"
 #include "host/edit/Outcomes.h"
 
@@ -14,14 +15,20 @@ struct MkdirOptions {
   std::vector<std::string> paths;
   bool parents = false;
   bool dryRun = false;
+  bool json = false;
 };
+
+// A folder, of which only one that is made has an id.
+Subject FolderSubject(const std::string& path, const std::string& id = {}) {
+  return {"folder " + path, "group", id};
+}
 
 class Mkdir {
  public:
   Mkdir(const Plugin& plugin, const MkdirOptions& options)
       : m_plugin(plugin),
         m_options(options),
-        m_outcomes("Making", "made", "would make", options.paths.size(), options.dryRun) {}
+        m_outcomes("Making", "made", "would make", options.paths.size(), {options.dryRun, options.json}) {}
 
   void Make(const std::string& path) {
     // Each path anew, as the one before may have made a part of it.
@@ -29,11 +36,11 @@ class Mkdir {
     const Destination place = Follow(tree, path);
     const std::string above = PathText(tree, place.folder);
     if (place.rest.empty()) {
-      return m_options.parents ? m_outcomes.Left("folder " + above, "is there")
-                               : m_outcomes.Failed("folder " + above, "is there already");
+      return m_options.parents ? m_outcomes.Left(FolderSubject(above), "is there")
+                               : m_outcomes.Failed(FolderSubject(above), "is there already");
     }
     if (place.rest.size() > 1 && !m_options.parents) {
-      return m_outcomes.Failed("folder " + path,
+      return m_outcomes.Failed(FolderSubject(path),
                                "there is no folder " + above + "/" + place.rest[0] + "; --parents makes it too");
     }
     MakeAll(tree, place, above);
@@ -47,8 +54,8 @@ class Mkdir {
     for (const std::string& name : place.rest) {
       path += "/" + name;
       const std::string reason = m_options.dryRun ? "" : Add(name, tree.folders[place.folder].kind, parent);
-      if (!reason.empty()) return m_outcomes.Failed("folder " + path, reason);
-      m_outcomes.Done("folder " + path, m_options.dryRun ? "" : "group " + parent);
+      if (!reason.empty()) return m_outcomes.Failed(FolderSubject(path), reason);
+      m_outcomes.Done(FolderSubject(path, m_options.dryRun ? "" : parent), m_options.dryRun ? "" : "group " + parent);
     }
   }
 
@@ -83,6 +90,7 @@ void AddMkdirCommand(CLI::App& app, Run& chosen) {
   command->add_option("PATH", mkdir->paths, "from the top: Station/New; private/New for one of your own")->required();
   command->add_flag("-p,--parents", mkdir->parents, "makes the folders above too, and takes one that is there");
   command->add_flag("--dry-run", mkdir->dryRun, "only say what would be made");
+  AddOutcomesAsJson(*command, mkdir->json);
 }
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include "host/Editing.h"
 #include "host/JsonText.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/edit/Destination.h"
 #include "host/edit/EditableView.h"
 #include "host/edit/Outcomes.h"
@@ -14,6 +15,7 @@ namespace {
 struct MoveOptions {
   std::vector<std::string> paths;  // the sources, and the destination
   bool dryRun = false;
+  bool json = false;
 };
 
 constexpr const char* kFolderAdvice =
@@ -35,7 +37,8 @@ class Mover {
   int Run(Outcomes outcomes, const char* what) {
     for (const Thing& thing : m_sources) {
       if (outcomes.IsHopeless()) break;
-      const std::string text = Kind(thing) + thing.id + " to " + Target(thing);
+      const std::string kind = thing.isView ? "view" : "group";
+      const Subject text{kind + " " + thing.id + " to " + Target(thing), kind, thing.id};
       const std::string reason = thing.isView ? View(thing) : Folder(thing);
       if (reason.empty()) {
         outcomes.Done(text);
@@ -61,8 +64,6 @@ class Mover {
   const Destination m_to;
 
  private:
-  static std::string Kind(const Thing& thing) { return thing.isView ? "view " : "group "; }
-
   std::string Target(const Thing& thing) const { return PathText(m_tree, {true, "", m_to.folder, NewName(thing)}); }
 
   std::string View(const Thing& thing) {
@@ -133,7 +134,7 @@ int RunWith(const GlobalOptions& options, const MoveOptions& move, const char* d
   const ViewTree tree = ReadViewTree(client.Functions());
   Work work(client.Functions(), tree, move);
   if (!move.dryRun) SayWhatIsEdited(options);
-  return work.Run(Outcomes(doing, done, wouldDo, move.paths.size() - 1, move.dryRun), "thing");
+  return work.Run(Outcomes(doing, done, wouldDo, move.paths.size() - 1, {move.dryRun, move.json}), "thing");
 }
 
 int RunMove(const GlobalOptions& options, const MoveOptions& move) {
@@ -151,6 +152,7 @@ void AddArguments(CLI::App& command, MoveOptions& move) {
       ->required()
       ->expected(2, 100000);
   command.add_flag("--dry-run", move.dryRun, "only say what would be done");
+  AddOutcomesAsJson(command, move.json);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/edit/EditableView.h"
 #include "host/edit/Outcomes.h"
 #include "host/edit/Undo.h"
@@ -25,6 +26,7 @@ struct ReplaceOptions {
   std::vector<std::string> in;
   std::string undo;
   bool dryRun = false;
+  bool json = false;
 };
 
 struct PlannedEdit {
@@ -74,7 +76,7 @@ class Replace {
 
   int Run() {
     if (m_edits.empty()) Say("No view uses " + Text(m_from));
-    Outcomes outcomes("Replacing", "changed", "would change", m_edits.size(), m_options.dryRun);
+    Outcomes outcomes("Replacing", "changed", "would change", m_edits.size(), {m_options.dryRun, m_options.json});
     for (const PlannedEdit& edit : m_edits) {
       if (outcomes.IsHopeless()) break;
       CarryOut(edit, outcomes);
@@ -107,7 +109,7 @@ class Replace {
   }
 
   void CarryOut(const PlannedEdit& edit, Outcomes& outcomes) {
-    const std::string what = "view " + edit.view.id + " " + PathText(m_tree, edit.view);
+    const Subject what{"view " + edit.view.id + " " + PathText(m_tree, edit.view), "view", edit.view.id};
     if (edit.isShared) return outcomes.Left(what, "shared with you, and its owner's to edit");
     if (!m_options.dryRun) {
       EditableView changed = edit.before;
@@ -162,6 +164,7 @@ void AddReplaceCommand(CLI::App& app, Run& chosen) {
       ->take_all();
   command->add_option("--undo", replace->undo, "a new file, with which viewctl undo takes it back")->type_name("FILE");
   command->add_flag("--dry-run", replace->dryRun, "only say what would be changed");
+  AddOutcomesAsJson(*command, replace->json);
   command->footer("Example:\n  viewctl replace --kind camera 118 240 --dry-run");
 }
 

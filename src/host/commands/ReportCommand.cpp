@@ -90,7 +90,7 @@ int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {
     }
   }
   if (folder) WriteFolder(report, *folder);
-  Say("Reported " + Counted(report.views.size(), "view"));
+  Mention("Reported " + Counted(report.views.size(), "view"));
   return kDone;
 }
 

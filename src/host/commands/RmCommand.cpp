@@ -8,6 +8,7 @@
 #include "host/Names.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/edit/Outcomes.h"
 
 namespace host {
@@ -17,6 +18,7 @@ struct RmOptions {
   std::vector<std::string> things;
   bool yes = false;
   bool dryRun = false;
+  bool json = false;
 };
 
 std::string Describe(const ViewTree& tree, const Thing& thing) {
@@ -53,13 +55,14 @@ int RunRm(const GlobalOptions& options, const RmOptions& rm) {
   }
   if (!rm.dryRun) SayWhatIsEdited(options);
   Confirm(texts, rm);
-  Outcomes outcomes("Deleting", "deleted", "would delete", things.size(), rm.dryRun);
+  Outcomes outcomes("Deleting", "deleted", "would delete", things.size(), {rm.dryRun, rm.json});
   for (size_t i = 0; i < things.size() && !outcomes.IsHopeless(); ++i) {
     const std::string reason = rm.dryRun ? "" : Delete(client.Functions(), things[i]);
+    const Subject what{texts[i], things[i].isView ? "view" : "group", things[i].id};
     if (reason.empty()) {
-      outcomes.Done(texts[i]);
+      outcomes.Done(what);
     } else {
-      outcomes.Failed(texts[i], reason);
+      outcomes.Failed(what, reason);
     }
   }
   return outcomes.Sum("thing");
@@ -72,6 +75,7 @@ void AddRmCommand(CLI::App& app, Run& chosen) {
   command->add_option("NAME", rm->things, "views and groups by id or path")->required();
   command->add_flag("-y,--yes", rm->yes, "without asking");
   command->add_flag("--dry-run", rm->dryRun, "only say what would be deleted");
+  AddOutcomesAsJson(*command, rm->json);
   command->footer(
       "viewctl export keeps what may be wanted back:\n  viewctl export Station -o station.json && viewctl rm Station");
 }

@@ -12,6 +12,7 @@
 #include "host/Suggestion.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/edit/Destination.h"
 #include "host/edit/Outcomes.h"
 
@@ -22,6 +23,7 @@ struct ShareOptions {
   std::string view;
   std::vector<std::string> users;
   int retry = 0;
+  bool json = false;
 };
 
 struct User {
@@ -84,7 +86,9 @@ std::map<int, std::string> Share(const Plugin& plugin, const std::string& view, 
 class Sharing {
  public:
   Sharing(const Plugin& plugin, const ShareOptions& options)
-      : m_plugin(plugin), m_options(options), m_outcomes("Sharing", "shared", "", options.users.size(), false) {}
+      : m_plugin(plugin),
+        m_options(options),
+        m_outcomes("Sharing", "shared", "", options.users.size(), {false, options.json}) {}
 
   int Run(const std::string& view) {
     std::vector<User> users = KnownUsers();
@@ -94,11 +98,11 @@ class Sharing {
       for (const User& user : users) {
         const auto reason = reasons.find(user.id);
         if (reason == reasons.end()) {
-          m_outcomes.Done("with " + user.name);
+          m_outcomes.Done(With(user));
         } else if (left > 0) {
           again.push_back(user);
         } else {
-          m_outcomes.Failed("with " + user.name, reason->second);
+          m_outcomes.Failed(With(user), reason->second);
         }
       }
       users = std::move(again);
@@ -110,6 +114,8 @@ class Sharing {
  private:
   static constexpr std::chrono::milliseconds kPause{500};
 
+  static Subject With(const User& user) { return {"with " + user.name, "user", std::to_string(user.id)}; }
+
   std::vector<User> KnownUsers() {
     const std::vector<User> all = ReadUsers(m_plugin);
     std::vector<User> known;
@@ -117,7 +123,7 @@ class Sharing {
       if (const User* user = FindUser(all, text)) {
         known.push_back(*user);
       } else {
-        m_outcomes.Failed("with " + text, UnknownUser(all, text));
+        m_outcomes.Failed({"with " + text, "user", {}}, UnknownUser(all, text));
       }
     }
     return known;
@@ -149,6 +155,7 @@ void AddShareCommand(CLI::App& app, Run& chosen) {
   command->add_option("--retry", share->retry, "tries again, so often, for those who did not get it")
       ->type_name("N")
       ->check(CLI::Range(0, 1000));
+  AddOutcomesAsJson(*command, share->json);
 }
 
 }  // namespace host

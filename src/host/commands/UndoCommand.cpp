@@ -4,6 +4,7 @@
 #include "host/Editing.h"
 #include "host/InputFile.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/edit/EditableView.h"
 #include "host/edit/Outcomes.h"
 #include "host/edit/Undo.h"
@@ -15,10 +16,11 @@ struct UndoOptions {
   std::string file;
   bool dryRun = false;
   bool force = false;
+  bool json = false;
 };
 
 void Restore(const Plugin& plugin, const UndoView& undo, const UndoOptions& options, Outcomes& outcomes) {
-  const std::string what = "view " + undo.id + " \"" + undo.name + "\"";
+  const Subject what{"view " + undo.id + " \"" + undo.name + "\"", "view", undo.id};
   std::string reason;
   auto view = ReadEditable(plugin, undo.id, reason);
   if (!view) return outcomes.Failed(what, reason);
@@ -42,7 +44,7 @@ int RunUndo(const GlobalOptions& options, const UndoOptions& undo) {
   Client client(options, Texts::kTranslated);
   client.Load();
   if (!undo.dryRun) SayWhatIsEdited(options);
-  Outcomes outcomes("Restoring", "restored", "would restore", file.views.size(), undo.dryRun);
+  Outcomes outcomes("Restoring", "restored", "would restore", file.views.size(), {undo.dryRun, undo.json});
   for (const UndoView& view : file.views) {
     if (outcomes.IsHopeless()) break;
     Restore(client.Functions(), view, undo, outcomes);
@@ -58,6 +60,7 @@ void AddUndoCommand(CLI::App& app, Run& chosen) {
   command->add_option("FILE", undo->file, "written by replace --undo")->required();
   command->add_flag("--dry-run", undo->dryRun, "only say what would be taken back");
   command->add_flag("--force", undo->force, "takes back views that were changed since, too");
+  AddOutcomesAsJson(*command, undo->json);
 }
 
 }  // namespace host

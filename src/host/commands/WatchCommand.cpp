@@ -116,7 +116,7 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
   }
   if (watched.all) watch.AddEverything();
   WatchLoop loop(client.Functions(), notices, watch, watched);
-  Say("Watching; Ctrl-C ends it");
+  Mention("Watching; Ctrl-C ends it");
   loop.Run();
   return kDone;
 }

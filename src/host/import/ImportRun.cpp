@@ -5,6 +5,7 @@
 
 #include "host/Failure.h"
 #include "host/JsonText.h"
+#include "host/Look.h"
 #include "host/StopSignal.h"
 #include "host/Terminal.h"
 #include "host/edit/EditableView.h"
@@ -54,11 +55,11 @@ int ImportRun::Run(const std::vector<ImportStep>& steps) {
 bool ImportRun::MayGoOn() {
   if (StopAsked()) {
     m_isInterrupted = true;
-    m_progress->Report("interrupted; what was made stays, run it again to go on");
+    Note("interrupted; what was made stays, run it again to go on");
     return false;
   }
   if (m_failuresInARow < kGiveUpAfter) return true;
-  m_progress->Report("gave up after " + std::to_string(kGiveUpAfter) + " failures in a row; run it again to go on");
+  Note("gave up after " + std::to_string(kGiveUpAfter) + " failures in a row; run it again to go on");
   return false;
 }
 
@@ -161,18 +162,45 @@ void ImportRun::Fail(const char* what, const std::string& place, const std::stri
   Report("failed", what, place, Printable(reason));
 }
 
+// What is as it was to be goes without saying under --quiet.
 void ImportRun::Report(const char* outcome, const char* what, const std::string& place, const std::string& reason) {
-  m_progress->Report(std::string(outcome) + " " + what + " " + place + (reason.empty() ? "" : ": " + reason));
+  const std::string text = outcome;
+  if (m_choices.asJson) {
+    ObjectText line;
+    line.Add("Outcome", text).Add("Kind", what).Add("Place", place).Add("Reason", reason);
+    return m_progress->Report(line.Text());
+  }
+  if (IsQuiet() && text != "failed") return;
+  const std::string line = text + " " + what + " " + place + (reason.empty() ? "" : ": " + reason);
+  m_progress->Report(text == "failed" ? StyledOut(Style::kBad, line) : line);
+}
+
+void ImportRun::Note(const std::string& sentence) const {
+  if (m_choices.asJson) return Say(sentence);
+  m_progress->Report(sentence);
 }
 
 void ImportRun::Sum() const {
+  if (IsQuiet() && !m_choices.asJson && m_failed == 0 && !m_isInterrupted) return;
+  std::printf("%s\n", (m_choices.asJson ? SumAsJson() : SumAsText()).c_str());
+}
+
+std::string ImportRun::SumAsJson() const {
+  const auto number = [](size_t count) { return static_cast<int>(count); };
+  ObjectText text;
+  text.Add("MadeFolders", number(m_madeFolders)).Add("MadeViews", number(m_madeViews));
+  text.Add("UpdatedViews", number(m_updatedViews)).Add("SkippedFolders", number(m_keptFolders));
+  text.Add("SkippedViews", number(m_keptViews)).Add("Failed", number(m_failed)).Add("Interrupted", m_isInterrupted);
+  return text.Text();
+}
+
+std::string ImportRun::SumAsText() const {
   const auto both = [](size_t folders, size_t views) {
     return Counted(folders, "folder") + " and " + Counted(views, "view");
   };
   std::string sum = (m_choices.dryRun ? "Would make " : "Made ") + both(m_madeFolders, m_madeViews);
   if (m_choices.update) sum += (m_choices.dryRun ? ", update " : ", updated ") + Counted(m_updatedViews, "view");
-  sum += ", skipped " + both(m_keptFolders, m_keptViews) + ", failed " + std::to_string(m_failed);
-  std::printf("%s\n", sum.c_str());
+  return sum + ", skipped " + both(m_keptFolders, m_keptViews) + ", failed " + std::to_string(m_failed);
 }
 
 }  // namespace host

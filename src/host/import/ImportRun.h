@@ -16,6 +16,7 @@ namespace host {
 
 struct ImportChoices {
   bool dryRun = false;
+  bool asJson = false;          // each step, and the sum, as a JSON object
   bool update = false;          // makes views that are there equal to the file's
   std::set<PortableView> skip;  // views that are left out, as they show what is not here
 };
@@ -46,7 +47,10 @@ class ImportRun {
   PortableView Present(const ImportStep& step) const;
   void Fail(const char* what, const std::string& place, const std::string& reason, bool refused);
   void Report(const char* outcome, const char* what, const std::string& place, const std::string& reason = {});
+  void Note(const std::string& sentence) const;
   void Sum() const;
+  std::string SumAsJson() const;
+  std::string SumAsText() const;
 
   const Plugin& m_plugin;
   std::map<Place, std::string> m_folders;
