@@ -2,6 +2,7 @@
 #include "host/Editing.h"
 
 #include "host/Connection.h"
+#include "host/Look.h"
 #include "host/Terminal.h"
 
 namespace host {

@@ -33,6 +33,10 @@ bool IsQuiet() {
   return g_look.isQuiet;
 }
 
+void Mention(const std::string& line) {
+  if (!IsQuiet()) Say(line);
+}
+
 std::string StyledOut(Style style, const std::string& text) {
   return IsTerminalOut() && WantsColours() ? Styled(style, text) : text;
 }

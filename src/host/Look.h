@@ -16,6 +16,9 @@ void SetLook(const Look& look);
 bool IsAscii();
 bool IsQuiet();
 
+// One line to stderr that is not missed under --quiet.
+void Mention(const std::string& line);
+
 enum class Style { kHead, kFolder, kBad, kLeft };
 
 // The text in that style where stdout, or stderr, is a terminal with colours and NO_COLOR is not set; else as it is.

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "drawing/SafeText.h"
-#include "host/Look.h"
 
 #ifdef _WIN32
 #include <io.h>
@@ -79,10 +78,6 @@ bool Ask(const std::string& question) {
 void Say(std::string_view line) {
   const std::string whole = std::string(line) + "\n";
   std::fwrite(whole.data(), 1, whole.size(), stderr);
-}
-
-void Mention(std::string_view line) {
-  if (!IsQuiet()) Say(line);
 }
 
 void LineWriter::Write(std::string_view line) {

@@ -32,8 +32,6 @@ bool Ask(const std::string& question);
 
 // One line to stderr.
 void Say(std::string_view line);
-// The same where it is not missed: --quiet leaves it out.
-void Mention(std::string_view line);
 
 // Writes whole lines to stdout and flushes each. Any thread.
 class LineWriter {

@@ -6,6 +6,7 @@
 
 #include "host/Client.h"
 #include "host/JsonText.h"
+#include "host/Look.h"
 #include "host/Names.h"
 #include "host/PortableFile.h"
 #include "host/Progress.h"

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "host/Client.h"
+#include "host/Look.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"

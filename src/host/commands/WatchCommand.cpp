@@ -7,6 +7,7 @@
 #include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/LogFile.h"
+#include "host/Look.h"
 #include "host/Names.h"
 #include "host/NoticeText.h"
 #include "host/ServerWatch.h"
