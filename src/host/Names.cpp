@@ -10,15 +10,6 @@
 namespace host {
 namespace {
 
-std::string Escaped(const std::string& name) {
-  std::string text;
-  for (const char c : name) {
-    if (c == '/' || c == '\\') text += '\\';
-    text += c;
-  }
-  return text;
-}
-
 // Takes the prefix off, where the text begins with it.
 bool Strip(std::string_view& text, std::string_view prefix) {
   const bool begins = text.starts_with(prefix);
@@ -49,6 +40,15 @@ Failure WrongKind(const std::string& text, const Thing& thing) {
 
 }  // namespace
 
+std::string EscapedName(const std::string& name) {
+  std::string text;
+  for (const char c : name) {
+    if (c == '/' || c == '\\') text += '\\';
+    text += c;
+  }
+  return text;
+}
+
 std::vector<std::string> SplitPath(std::string_view text) {
   std::vector<std::string> names(1);
   for (size_t i = 0; i < text.size(); ++i) {
@@ -65,12 +65,12 @@ std::vector<std::string> SplitPath(std::string_view text) {
 
 std::string PathText(const ViewTree& tree, size_t folder) {
   std::string text = kKindNames.at(tree.folders[folder].kind);
-  for (const std::string& name : tree.PathOf(folder)) text += "/" + Escaped(name);
+  for (const std::string& name : tree.PathOf(folder)) text += "/" + EscapedName(name);
   return text;
 }
 
 std::string PathText(const ViewTree& tree, const Thing& view) {
-  return PathText(tree, view.folder) + (view.isView ? "/" + Escaped(view.name) : "");
+  return PathText(tree, view.folder) + (view.isView ? "/" + EscapedName(view.name) : "");
 }
 
 std::vector<Thing> Names::ById(const std::string& id) const {

@@ -24,6 +24,8 @@ struct Thing {
   std::string name;
 };
 
+// A name as it stands in a path.
+std::string EscapedName(const std::string& name);
 // A path's names, without empty ones.
 std::vector<std::string> SplitPath(std::string_view text);
 // The path as it may be given to a command, its first name that of the top-level folder.

@@ -22,6 +22,8 @@ struct GlobalOptions {
   bool quiet = false;
   // Set by a command that is to change nothing: where the own server has no store yet, none is made.
   bool makesNoStore = false;
+  // Set where nobody may be asked for a password, whatever terminal there is.
+  bool isUnattended = false;
 };
 
 }  // namespace host

@@ -61,7 +61,8 @@ std::string PasswordFor(const GlobalOptions& options) {
   if (!options.passwordFile.empty()) return FirstLine(options.passwordFile);
   if (qEnvironmentVariableIsSet("VIEWCTL_PASSWORD")) return qgetenv("VIEWCTL_PASSWORD").toStdString();
   if (!options.passwordCommand.empty()) return PrintedBy(options.passwordCommand);
-  if (CanAsk()) return AskForPassword(Printable("Password of " + options.user + " at " + options.server));
+  if (CanAsk() && !options.isUnattended)
+    return AskForPassword(Printable("Password of " + options.user + " at " + options.server));
   throw Failure(kUsage, "The server wants a password: set VIEWCTL_PASSWORD or give --password-file FILE");
 }
 

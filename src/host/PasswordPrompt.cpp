@@ -44,14 +44,17 @@ class SilentTerminal {
   struct sigaction m_action {};
 };
 
-std::string ReadSilently() {
+// What is typed before the question is thrown away.
+std::string ReadSilently(const std::string& question) {
   const SilentTerminal silent;
+  std::fputs(question.c_str(), stderr);
   std::string line;
   for (char c = 0; read(STDIN_FILENO, &c, 1) == 1 && c != '\n';) line += c;
   return line;
 }
 #else
-std::string ReadSilently() {
+std::string ReadSilently(const std::string& question) {
+  std::fputs(question.c_str(), stderr);
   std::string line;
   std::getline(std::cin, line);
   return line;
@@ -61,8 +64,7 @@ std::string ReadSilently() {
 }  // namespace
 
 std::string AskForPassword(const std::string& question) {
-  std::fputs((question + ": ").c_str(), stderr);
-  const std::string password = ReadSilently();
+  const std::string password = ReadSilently(question + ": ");
   std::fputc('\n', stderr);
   if (password.empty()) throw Failure(kUsage, "No password was given");
   return password;

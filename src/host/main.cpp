@@ -11,33 +11,6 @@
 
 namespace {
 
-void AddGlobalOptions(CLI::App& app, host::GlobalOptions& options) {
-  app.add_option("--server", options.server,
-                 "the server, or its name in the configuration; else VIEWCTL_SERVER, else its default; without one "
-                 "viewctl runs its own")
-      ->type_name("URL");
-  app.add_option("--ca-file", options.caFile, "certificates that an https server is checked with")->type_name("FILE");
-  app.add_option("--data", options.dataDir, "folder of the own server's store")->type_name("DIR");
-  app.add_option("--user", options.user, "who logs in; else VIEWCTL_USER, where there is a server")
-      ->type_name("NAME")
-      ->capture_default_str();
-  app.add_option(
-         "--password-file", options.passwordFile,
-         "its first line is the password; else VIEWCTL_PASSWORD, the configuration's password-command, or a prompt")
-      ->type_name("FILE");
-  app.add_option("--plugin", options.plugin, "the library to load; else the one beside viewctl")->type_name("FILE");
-  app.add_option("--timeout", options.timeout, "how long the first load may take")
-      ->type_name("SECONDS")
-      ->check(CLI::Range(1, 86400))
-      ->capture_default_str();
-  app.add_option("--log-file", options.logFile, "where log lines are written")->type_name("FILE");
-  app.add_flag("--log-time", options.logTime, "log lines begin with the time, in UTC");
-  app.add_flag("-v", options.verbose, "log lines on stderr, cut to the width of a terminal");
-  app.add_flag("--ascii", options.ascii, "trees and pages are drawn with signs that every terminal has");
-  app.add_flag("-q,--quiet", options.quiet, "only what was asked for, and what went wrong");
-  app.set_version_flag("--version", "viewctl " VIEWCTL_VERSION);
-}
-
 void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddDemoCommand(app, chosen);
   host::AddTreeCommand(app, chosen);
@@ -61,6 +34,8 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddImportCommand(app, chosen);
   host::AddServeCommand(app, chosen);
   host::AddServersCommand(app, chosen);
+  host::AddCompletionCommand(app, chosen);
+  host::AddManCommand(app, chosen);
   host::AddHelpCommand(app, chosen);
 }
 
@@ -81,7 +56,7 @@ int ReadAndRun(CLI::App& app, int argc, char** argv) {
   host::GlobalOptions options;
   host::Run chosen;
   host::UseHelpText(app);
-  AddGlobalOptions(app, options);
+  host::AddGlobalOptions(app, options);
   AddCommands(app, chosen);
   try {
     app.parse(argc, argv);
@@ -90,6 +65,9 @@ int ReadAndRun(CLI::App& app, int argc, char** argv) {
     host::CompleteOptions(app, options);
     host::RefuseIgnoredOptions(app, options);
     return Run(options, chosen);
+  } catch (const CLI::CallForHelp& help) {
+    const std::string wrong = host::WhatHelpIsNotFor(app);
+    return wrong.empty() ? app.exit(help) : Fail(host::kUsage, wrong);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);  // help and version
     return Fail(host::kUsage, host::Explain(app, error));

@@ -29,6 +29,9 @@ TEST_F(CommandLineTest, AMistakeIsToldWithWhatToDo) {
   const QStringList maria = TheSite().As("maria");
   const std::tuple<QStringList, int, std::string> cases[] = {
       {{"shwo", "110"}, 2, "There is no command shwo; did you mean show?"},
+      {{"shwo", "--help"}, 2, "There is no command shwo; did you mean show?"},
+      {{"man", "shwo"}, 2, "There is no command shwo; did you mean show?"},
+      {{"help", "__complete"}, 2, "There is no command __complete"},
       {{"help", "shwo"}, 2, "There is no command shwo; did you mean show?"},
       {{"show", "--jsno", "110"}, 2, "viewctl show has no option --jsno; did you mean --json?"},
       {{"--sever=x", "show", "110"}, 2, "viewctl show has no option --sever; did you mean --server?"},
@@ -111,6 +114,35 @@ TEST_F(CommandLineTest, HelpIsToldInEveryWordThatPeopleTry) {
   EXPECT_TRUE(Has(show.out, "Usage: viewctl show [OPTIONS] ")) << show.out;
   EXPECT_TRUE(Has(show.out, "Options of every command")) << show.out;
   EXPECT_TRUE(Has(show.out, "--password-file")) << show.out;
+}
+
+TEST_F(CommandLineTest, ManualPagesSayWhatTheHelpSays) {
+  const QTemporaryDir folder;
+  EXPECT_EQ(test::Run({"man", "--into-folder", folder.path()}).status, 0);
+  const std::string all = test::Run({"help"}).out;
+  EXPECT_FALSE(Has(all, "__complete"));
+  for (const char* name : {"show", "replace", "import", "completion"}) {
+    const std::string page = ReadFile(folder.filePath("viewctl-" + QString(name) + ".1").toStdString());
+    EXPECT_TRUE(page.starts_with(".TH VIEWCTL\\-")) << page;
+    EXPECT_EQ(page, test::Run({"man", name}).out);
+    EXPECT_TRUE(Has(page, "\\fB\\-\\-server\\fR \\fIURL\\fR\n")) << page;
+  }
+  const std::string page = test::Run({"man", "replace"}).out;
+  EXPECT_TRUE(Has(page, "\\fB\\-\\-undo\\fR \\fIFILE\\fR\na new file, with which viewctl undo takes it back\n"))
+      << page;
+  EXPECT_TRUE(Has(ReadFile(folder.filePath("viewctl.1").toStdString()), ".TP\n\\fBreplace\\fR\nanother resource"));
+}
+
+TEST_F(CommandLineTest, TheHelpSaysTrulyWhereThePluginIsLookedFor) {
+  const std::string help = test::Run({"--help"}).out;
+  EXPECT_TRUE(Has(help, "looked for in ../lib")) << help;
+  // Beside a program that stands elsewhere there is none, and the same folders are named.
+  const QTemporaryDir folder;
+  ASSERT_TRUE(QDir(folder.path()).mkpath("bin"));
+  ASSERT_TRUE(QFile::copy(VIEWCTL_FILE, folder.filePath("bin/viewctl")));
+  const Outcome alone = test::Run({"tree"}, {}, {}, folder.filePath("bin/viewctl"));
+  EXPECT_EQ(alone.status, 2);
+  EXPECT_TRUE(Has(alone.err, "QorviViewPlugin was not found in ../lib")) << alone.err;
 }
 
 TEST_F(CommandLineTest, EveryCommandTakesPathsToo) {

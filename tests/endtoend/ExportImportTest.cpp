@@ -68,6 +68,21 @@ TEST_F(ExportImportTest, AnExportOfAnImportHasTheSameBytesAndASecondImportMakesN
   EXPECT_EQ(Export(copy, "admin"), exported);
 }
 
+TEST_F(ExportImportTest, AnImportThatIsKilledIsCompletedByASecondWithoutDoubling) {
+  const Site original;
+  const std::string exported = Export(original, "maria");
+  WriteFile(File("killed.json").toStdString(), exported);
+  for (const int lines : {1, 7, 12, 25, 40}) {
+    const Site copy(false);
+    Running first(copy.As("admin") + QStringList{"import", File("killed.json")}, "sample-admin");
+    for (int i = 0; i < lines; ++i) EXPECT_NE(first.NextLine(), "");
+    first.Kill();
+    const Outcome second = Import(copy, "admin", exported);
+    EXPECT_EQ(second.status, 0) << second.err;
+    EXPECT_EQ(Export(copy, "admin"), exported) << "killed after " << lines << " lines";
+  }
+}
+
 TEST_F(ExportImportTest, AnInterruptedImportGoesOnWhereItEnded) {
   const Site original;
   const Site copy(false);

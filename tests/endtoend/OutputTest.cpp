@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // How output looks: for programs, in pipes, on terminals, and when nobody wants to read much.
+#include <algorithm>
+
 #include "TerminalRunner.h"
 #include "host/JsonText.h"
 

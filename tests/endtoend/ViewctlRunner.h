@@ -47,14 +47,15 @@ inline void WriteFile(const std::string& name, const std::string& text) {
 class Site {
  public:
   explicit Site(bool seeded = true) {
-    NeedApplication();
-    server::ViewServerOptions options;
-    options.dataFile = m_folder.filePath("views.db").toStdString();
-    if (seeded) options.seedFile = SITE_FILE;
-    m_server = std::make_unique<server::ViewServer>(options);
+    Start(seeded ? SITE_FILE : "");
     std::string error;
     if (!seeded && !m_server->SetPassword("admin", "sample-admin", error)) throw std::runtime_error(error);
-    m_server->Start();
+  }
+  // With a site of one's own, which has the users.
+  explicit Site(const std::string& seed) {
+    const std::string file = Folder() + "/seed.json";
+    std::ofstream(file, std::ios::binary) << seed;
+    Start(file);
   }
 
   std::string Url() const { return m_server->Url(); }
@@ -65,6 +66,15 @@ class Site {
   }
 
  private:
+  void Start(const std::string& seedFile) {
+    NeedApplication();
+    server::ViewServerOptions options;
+    options.dataFile = m_folder.filePath("views.db").toStdString();
+    options.seedFile = seedFile;
+    m_server = std::make_unique<server::ViewServer>(options);
+    m_server->Start();
+  }
+
   QTemporaryDir m_folder;
   std::unique_ptr<server::ViewServer> m_server;
 };

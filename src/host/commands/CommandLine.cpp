@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "host/Failure.h"
+#include "host/Plugin.h"
 #include "host/Suggestion.h"
 
 namespace host {
@@ -62,6 +63,34 @@ std::string ExplainOption(const CLI::App& app, const std::string& option) {
 
 }  // namespace
 
+void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
+  app.add_option("--server", options.server,
+                 "the server, or its name in the configuration; else VIEWCTL_SERVER, else its default; without one "
+                 "viewctl runs its own")
+      ->type_name("URL");
+  app.add_option("--ca-file", options.caFile, "certificates that an https server is checked with")->type_name("FILE");
+  app.add_option("--data", options.dataDir, "folder of the own server's store")->type_name("DIR");
+  app.add_option("--user", options.user, "who logs in; else VIEWCTL_USER, where there is a server")
+      ->type_name("NAME")
+      ->capture_default_str();
+  app.add_option(
+         "--password-file", options.passwordFile,
+         "its first line is the password; else VIEWCTL_PASSWORD, the configuration's password-command, or a prompt")
+      ->type_name("FILE");
+  app.add_option("--plugin", options.plugin, "the library to load; else it is looked for in " + PluginFolders())
+      ->type_name("FILE");
+  app.add_option("--timeout", options.timeout, "how long the first load may take")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 86400))
+      ->capture_default_str();
+  app.add_option("--log-file", options.logFile, "where log lines are written")->type_name("FILE");
+  app.add_flag("--log-time", options.logTime, "log lines begin with the time, in UTC");
+  app.add_flag("-v", options.verbose, "log lines on stderr, cut to the width of a terminal");
+  app.add_flag("--ascii", options.ascii, "trees and pages are drawn with signs that every terminal has");
+  app.add_flag("-q,--quiet", options.quiet, "only what was asked for, and what went wrong");
+  app.set_version_flag("--version", "viewctl " VIEWCTL_VERSION);
+}
+
 void UseHelpText(CLI::App& app) {
   app.formatter(std::make_shared<HelpText>());
 }
@@ -107,9 +136,7 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
     const std::string first = rest.empty() ? "" : rest.front();
     if (first.starts_with('-')) return ExplainOption(app, first);
     const CLI::App* command = ChosenCommand(app);
-    if (!command && !first.empty()) {
-      return "There is no command " + first + Suggestion(first, CommandNames(app)) + " (viewctl --help lists them)";
-    }
+    if (!command && !first.empty()) return UnknownCommand(app, first);
     if (command && !first.empty()) {
       return "viewctl " + command->get_name() + " takes no further argument \"" + first + "\" (viewctl " +
              command->get_name() + " --help says what it takes)";
@@ -122,9 +149,21 @@ std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
   return std::string(error.what()) + " (" + help + ")";
 }
 
+std::string UnknownCommand(const CLI::App& app, const std::string& name) {
+  return "There is no command " + name + Suggestion(name, CommandNames(app)) + " (viewctl --help lists them)";
+}
+
+std::string WhatHelpIsNotFor(const CLI::App& app) {
+  const std::vector<std::string> rest = app.remaining();
+  const bool isForCommand = ChosenCommand(app) || rest.empty() || rest.front().starts_with('-');
+  return isForCommand ? "" : UnknownCommand(app, rest.front());
+}
+
 std::vector<std::string> CommandNames(const CLI::App& app) {
   std::vector<std::string> names;
-  for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+  for (const CLI::App* command : app.get_subcommands({})) {
+    if (!command->get_group().empty()) names.push_back(command->get_name());
+  }
   return names;
 }
 

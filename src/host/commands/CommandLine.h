@@ -6,6 +6,9 @@
 
 namespace host {
 
+// The options that every command takes.
+void AddGlobalOptions(CLI::App& app, GlobalOptions& options);
+
 // Shows the options of every command in a command's help too. To be called before commands are added.
 void UseHelpText(CLI::App& app);
 
@@ -19,7 +22,12 @@ void RefuseIgnoredOptions(const CLI::App& app, const GlobalOptions& options);
 // What to say of a line that cannot be read.
 std::string Explain(const CLI::App& app, const CLI::ParseError& error);
 
-// The commands by name, but for `help`.
+// The same of a name that no command has.
+std::string UnknownCommand(const CLI::App& app, const std::string& name);
+// What is wrong with a line that asks for help, too: it names a command that is not there. Else empty.
+std::string WhatHelpIsNotFor(const CLI::App& app);
+
+// The commands that the help lists, by name.
 std::vector<std::string> CommandNames(const CLI::App& app);
 
 }  // namespace host

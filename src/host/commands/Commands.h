@@ -37,6 +37,8 @@ void AddMkdirCommand(CLI::App& app, Run& chosen);
 void AddMoveCommands(CLI::App& app, Run& chosen);
 void AddRmCommand(CLI::App& app, Run& chosen);
 void AddServersCommand(CLI::App& app, Run& chosen);
+void AddCompletionCommand(CLI::App& app, Run& chosen);
+void AddManCommand(CLI::App& app, Run& chosen);
 void AddHelpCommand(CLI::App& app, Run& chosen);
 
 // Adds a subcommand; `chosen` becomes its `run` where the line names it.

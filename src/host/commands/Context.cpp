@@ -13,7 +13,7 @@ namespace host {
 namespace {
 
 // Those that have a server of their own, or none.
-constexpr std::array kWithoutServer = {"demo", "serve", "servers", "help"};
+constexpr std::array kWithoutServer = {"demo", "serve", "servers", "completion", "__complete", "man", "help"};
 
 bool NeedsServer(const CLI::App& app) {
   const auto chosen = app.get_subcommands();

@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "host/Failure.h"
-#include "host/Suggestion.h"
 #include "host/commands/CommandLine.h"
 
 namespace host {
@@ -14,10 +13,10 @@ std::string HelpOf(const CLI::App& app, const std::string& name) {
   // By its formatter: the program itself would tell of the command that was chosen, which is `help`.
   if (name.empty()) return app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
   const auto commands = app.get_subcommands({});
-  const auto found = std::ranges::find_if(commands, [&](const CLI::App* one) { return one->get_name() == name; });
+  const auto found = std::ranges::find_if(
+      commands, [&](const CLI::App* one) { return one->get_name() == name && !one->get_group().empty(); });
   if (found != commands.end()) return (*found)->help(app.get_name());
-  throw Failure(kUsage,
-                "There is no command " + name + Suggestion(name, CommandNames(app)) + " (viewctl --help lists them)");
+  throw Failure(kUsage, UnknownCommand(app, name));
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ std::string ReadResource(const char* name) {
   return file.readAll().toStdString();
 }
 
-ReportLook Look() {
+ReportLook LookOfReport() {
   return {ReadResource(":/report.css"), ReadResource(":/report.js")};
 }
 
@@ -51,7 +51,7 @@ std::string OnePage(const Report& report) {
            "</noscript>";
   };
   drawings.definitions = [&] { return paths.Definitions(); };
-  return WriteReport(report, Look(), drawings);
+  return WriteReport(report, LookOfReport(), drawings);
 }
 
 void WriteFolder(const Report& report, ReportFolder& folder) {
@@ -65,7 +65,7 @@ void WriteFolder(const Report& report, ReportFolder& folder) {
            std::to_string(size.height) + "\" alt=\"" + HtmlLine(shown.head) + "\" aria-labelledby=\"" +
            WordsId(view, page) + "\"/>";
   };
-  folder.Finish(WriteReport(report, Look(), drawings));
+  folder.Finish(WriteReport(report, LookOfReport(), drawings));
 }
 
 int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {

@@ -40,7 +40,7 @@ int RunServers(const GlobalOptions&, const ServersOptions& servers) {
   const Configuration configuration = ReadConfiguration(ConfigurationFile());
   const std::string text = servers.json ? ServersAsJson(configuration) : ServersAsTable(configuration);
   std::fwrite(text.data(), 1, text.size(), stdout);
-  if (configuration.servers.empty()) Say(Printable("No server is named in " + configuration.file));
+  if (configuration.servers.empty() && !servers.json) Say(Printable("No server is named in " + configuration.file));
   return kDone;
 }
 

@@ -97,8 +97,8 @@ class LineFinder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, LineFi
 // What the check of requests says of a place in the text.
 EditFault Located(const LineFinder& lines, const std::string& fault) {
   static const std::regex notJson("the request is no JSON at line ([0-9]+), (column [0-9]+)");
-  static const std::regex placed("([A-Za-z_\\[\\]0-9.]+): ([^]*)");
-  static const std::regex named("(?:there is no key )?\"([^\"]*)\"[^]*");
+  static const std::regex placed("([A-Za-z_\\[\\]0-9.]+): (.*)");
+  static const std::regex named("(?:there is no key )?\"([^\"]*)\".*");
   std::smatch parts;
   if (std::regex_match(fault, parts, notJson)) return {std::stoul(parts[1]), "this is no JSON, at " + parts[2].str()};
   std::string path;
