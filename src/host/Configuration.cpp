@@ -18,9 +18,9 @@ std::string Trimmed(const std::string& text) {
   return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-class Reader {
+class ConfigurationReader {
  public:
-  explicit Reader(std::string file) { m_read.file = std::move(file); }
+  explicit ConfigurationReader(std::string file) { m_read.file = std::move(file); }
 
   Configuration Read(std::string_view text) {
     std::istringstream lines{std::string(text)};
@@ -72,6 +72,7 @@ class Reader {
     const auto found = places.find(key);
     if (found != places.end()) return *found->second;
     std::vector<std::string> keys;
+    keys.reserve(places.size());
     for (const auto& place : places) keys.push_back(place.first);
     Refuse("there is no key " + key + (m_server ? " of a server" : " before the first server") + Suggestion(key, keys));
   }
@@ -109,7 +110,7 @@ Configuration ReadConfiguration(const std::string& file) {
 }
 
 Configuration ParseConfiguration(const std::string& file, std::string_view text) {
-  return Reader(file).Read(text);
+  return ConfigurationReader(file).Read(text);
 }
 
 }  // namespace host

@@ -12,4 +12,10 @@ void SayWhatIsEdited(const GlobalOptions& options) {
   Mention(Printable("Editing " + where + " as " + options.user));
 }
 
+GlobalOptions WithoutNewStore(const GlobalOptions& options, bool isDryRun) {
+  GlobalOptions own = options;
+  own.makesNoStore = isDryRun;
+  return own;
+}
+
 }  // namespace host

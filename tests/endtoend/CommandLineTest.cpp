@@ -14,10 +14,6 @@ class CommandLineTest : public SiteTest {
   static Outcome Maria(const QStringList& command) { return RunAs(TheSite(), "maria", command); }
 };
 
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 TEST_F(CommandLineTest, AMistakeIsToldWithWhatToDo) {
   const QString url = QString::fromStdString(TheSite().Url());
   const QString file = QString::fromStdString(TheSite().Folder()) + "/secret";

@@ -19,10 +19,6 @@ class CommandsTest : public SiteTest {
   }
 };
 
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 TEST_F(CommandsTest, EachPrintsWhatTheUserMaySee) {
   const std::pair<QStringList, std::vector<const char*>> cases[] = {
       {{"tree"},

@@ -5,10 +5,6 @@
 namespace test {
 namespace {
 
-bool Says(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 class ContextTest : public SiteTest {
  protected:
   // A shell that may set variables of its own, in a folder with a file "config".
@@ -46,7 +42,7 @@ TEST_F(ContextTest, TheLineCountsMoreThanVariablesAndTheseMoreThanTheFile) {
   for (const auto& [command, status, part] : cases) {
     const Outcome outcome = Shell(command);
     EXPECT_EQ(outcome.status, status) << command.toStdString() << "\n" << outcome.err;
-    EXPECT_TRUE(Says(outcome.err, part)) << command.toStdString() << "\n" << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, part)) << command.toStdString() << "\n" << outcome.err;
   }
 }
 
@@ -67,9 +63,9 @@ TEST_F(ContextTest, AFileWithAMistakeIsToldByItsLine) {
     Configure(text);
     const Outcome outcome = Shell("VIEWCTL_CONFIG=config viewctl tree");
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_TRUE(Says(outcome.err, part)) << part << "\n" << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, part)) << part << "\n" << outcome.err;
   }
-  EXPECT_TRUE(Says(Shell("VIEWCTL_CONFIG=none viewctl tree").err, "The file none cannot be read"));
+  EXPECT_TRUE(Has(Shell("VIEWCTL_CONFIG=none viewctl tree").err, "The file none cannot be read"));
 }
 
 TEST_F(ContextTest, APasswordCommandThatGivesNoneIsToldApart) {
@@ -96,12 +92,12 @@ TEST_F(ContextTest, APasswordIsAskedForOnATerminalAndNotShown) {
   };
   for (const auto& [typed, status, part] : cases) {
     OnTerminal users(TheSite().As("maria") + QStringList{"users"}, {});
-    ASSERT_TRUE(Says(users.SaysUntil(question), question));
+    ASSERT_TRUE(Has(users.SaysUntil(question), question));
     users.Type(typed);
     const Outcome outcome = users.Finish();
     EXPECT_EQ(outcome.status, status) << outcome.out;
-    EXPECT_TRUE(Says(outcome.out, part)) << outcome.out;
-    EXPECT_FALSE(Says(outcome.out, "sample-maria") || Says(outcome.out, "wrong-secret")) << outcome.out;
+    EXPECT_TRUE(Has(outcome.out, part)) << outcome.out;
+    EXPECT_FALSE(Has(outcome.out, "sample-maria") || Has(outcome.out, "wrong-secret")) << outcome.out;
   }
 }
 

@@ -28,10 +28,6 @@ class DrawTest : public SiteTest {
   QTemporaryDir m_folder;
 };
 
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 TEST_F(DrawTest, TheExtrasOfTheSampleSiteCanBeReadInItsDrawings) {
   const struct {
     QStringList view;

@@ -27,7 +27,6 @@ class EditTest : public testing::Test {
            "i=0; until grep -q ViewDataResourceUpdate " +
            Log() + " || [ $i -ge 300 ]; do sleep 0.1; i=$((i+1)); done; sleep 0.3\n";
   }
-  static bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
   // The file that a message says to have kept, which then is removed.
   static std::string TakeKept(const std::string& message) {
     const std::string begin = "your text is in ";
@@ -65,7 +64,7 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
       "if grep -q Nmae $1; then grep -A1 -n Nmae $1 >&2; sed -i s/Nmae/Name/ $1;\n"
       "else sed -i 's/\"Name\": \"Plat/\"Nmae\": \"Flat/' $1; fi");
   EXPECT_EQ(mended.status, 0) << mended.err;
-  EXPECT_TRUE(Has(mended.err, "3-// ^ there is no key \"Nmae\"; did you mean \"Name\"?")) << mended.err;
+  EXPECT_TRUE(Has(mended.err, "4:// ^ there is no key \"Nmae\"; did you mean \"Name\"?")) << mended.err;
   EXPECT_TRUE(Has(mended.out, "name: \"Platform 1 edge, magnified\" -> \"Flatform 1 edge, magnified\"")) << mended.out;
 
   const std::pair<const char*, const char*> mistakes[] = {

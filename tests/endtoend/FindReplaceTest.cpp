@@ -8,10 +8,6 @@
 namespace test {
 namespace {
 
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 class FindReplaceTest : public testing::Test {
  protected:
   Outcome Maria(const QStringList& command) { return RunAs(m_site, "maria", command); }

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Views and folders made, moved, copied, deleted, shared and set as default.
+#include <QFile>
+
 #include "ViewctlRunner.h"
 
 namespace test {
 namespace {
-
-bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 class FolderCommandsTest : public testing::Test {
  protected:
@@ -35,6 +33,9 @@ TEST_F(FolderCommandsTest, FoldersAreMadeWhereTheyAreSaidToLie) {
   const std::string tree = Maria({"tree"}).out;
   EXPECT_TRUE(Has(tree, "Deep/") && Has(tree, "Late/")) << tree;
   Expect({"mkdir", "bad\nname"}, 1, "The name is not valid");
+  const QString store = QString::fromStdString(m_site.Folder()) + "/new";
+  EXPECT_EQ(test::Run({"mkdir", "New", "--dry-run", "--data", store}).status, 0);
+  EXPECT_FALSE(QFile::exists(store)) << "a dry run makes no store";
 }
 
 TEST_F(FolderCommandsTest, ViewsAreMovedAndRenamed) {

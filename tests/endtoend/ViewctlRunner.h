@@ -33,6 +33,10 @@ inline std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
+inline bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
 inline std::string ReadFile(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -104,8 +108,8 @@ class Running {
     m_process.waitForBytesWritten(kLimit);
   }
   // The next line of stdout, or of stderr; empty when none came within `milliseconds`.
-  std::string NextLine(int milliseconds = 15000) { return NextLineOf(QProcess::StandardOutput, milliseconds); }
-  std::string NextErrorLine() { return NextLineOf(QProcess::StandardError, 15000); }
+  std::string NextLine(int milliseconds = kLimit) { return NextLineOf(QProcess::StandardOutput, milliseconds); }
+  std::string NextErrorLine() { return NextLineOf(QProcess::StandardError, kLimit); }
   // What is left of stdout and stderr.
   std::string Output() { return m_process.readAllStandardOutput().toStdString(); }
   std::string Errors() { return m_process.readAllStandardError().toStdString(); }

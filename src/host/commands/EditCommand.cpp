@@ -110,7 +110,7 @@ class EditView {
 };
 
 int RunEdit(const GlobalOptions& options, const EditOptions& edit) {
-  Client client(options, Texts::kTranslated);
+  Client client(WithoutNewStore(options, edit.dryRun), Texts::kTranslated);
   client.Load();
   const std::string id = Names(ReadViewTree(client.Functions())).View(edit.view).id;
   if (!edit.dryRun) SayWhatIsEdited(options);

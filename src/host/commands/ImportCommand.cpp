@@ -148,9 +148,7 @@ class Importing {
 int RunImport(const GlobalOptions& options, const ImportOptions& wanted) {
   PortableFile file = ReadAll(wanted.files);
   const bool changesNothing = wanted.dryRun || !wanted.writeMap.empty();
-  GlobalOptions own = options;
-  own.makesNoStore = changesNothing;
-  Client client(own, Texts::kTranslated);
+  Client client(WithoutNewStore(options, changesNothing), Texts::kTranslated);
   client.Load();
   if (!changesNothing) SayWhatIsEdited(options);
   return Importing(client.Functions(), wanted, std::move(file)).Run();

@@ -75,7 +75,7 @@ class Mkdir {
 };
 
 int RunMkdir(const GlobalOptions& options, const MkdirOptions& mkdir) {
-  Client client(options, Texts::kTranslated);
+  Client client(WithoutNewStore(options, mkdir.dryRun), Texts::kTranslated);
   client.Load();
   if (!mkdir.dryRun) SayWhatIsEdited(options);
   Mkdir work(client.Functions(), mkdir);

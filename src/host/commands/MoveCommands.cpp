@@ -129,7 +129,7 @@ class Copy final : public Mover {
 template <class Work>
 int RunWith(const GlobalOptions& options, const MoveOptions& move, const char* doing, const char* done,
             const char* wouldDo) {
-  Client client(options, Texts::kTranslated);
+  Client client(WithoutNewStore(options, move.dryRun), Texts::kTranslated);
   client.Load();
   const ViewTree tree = ReadViewTree(client.Functions());
   Work work(client.Functions(), tree, move);

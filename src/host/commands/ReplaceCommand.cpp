@@ -137,7 +137,7 @@ int RunReplace(const GlobalOptions& options, const ReplaceOptions& replace) {
   if (!replace.undo.empty() && QFileInfo::exists(QString::fromStdString(replace.undo))) {
     throw Failure(kUsage, "The file " + replace.undo + " is there already: name another one with --undo");
   }
-  Client client(options, Texts::kTranslated);
+  Client client(WithoutNewStore(options, replace.dryRun), Texts::kTranslated);
   client.Load();
   if (!replace.dryRun) SayWhatIsEdited(options);
   const ViewTree tree = ReadViewTree(client.Functions());

@@ -44,7 +44,7 @@ void Confirm(const std::vector<std::string>& texts, const RmOptions& rm) {
 }
 
 int RunRm(const GlobalOptions& options, const RmOptions& rm) {
-  Client client(options, Texts::kTranslated);
+  Client client(WithoutNewStore(options, rm.dryRun), Texts::kTranslated);
   client.Load();
   const ViewTree tree = ReadViewTree(client.Functions());
   std::vector<Thing> things;

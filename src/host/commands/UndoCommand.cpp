@@ -41,7 +41,7 @@ int RunUndo(const GlobalOptions& options, const UndoOptions& undo) {
     throw Failure(kUsage,
                   "The file is of edits at " + other + ": give that server with --server, or --force for this one");
   }
-  Client client(options, Texts::kTranslated);
+  Client client(WithoutNewStore(options, undo.dryRun), Texts::kTranslated);
   client.Load();
   if (!undo.dryRun) SayWhatIsEdited(options);
   Outcomes outcomes("Restoring", "restored", "would restore", file.views.size(), {undo.dryRun, undo.json});

@@ -13,12 +13,12 @@ bool IsPrintable(const std::string& name) {
   return std::ranges::none_of(name, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
 }
 
-class Collector {
+class PathFinder {
  public:
-  Collector(const ViewTree& tree, const std::string& text, PathsOf wanted)
+  PathFinder(const ViewTree& tree, const std::string& text, PathsOf wanted)
       : m_tree(tree), m_text(text), m_wanted(wanted), m_parent(text.substr(0, LastSlash(text))) {}
 
-  std::vector<Candidate> Collect() {
+  std::vector<Candidate> Find() {
     if (m_parent.empty()) {
       for (size_t top = 0; top < m_tree.folders.size() && m_tree.folders[top].parent == top; ++top) {
         AddContent(top);
@@ -63,7 +63,7 @@ class Collector {
 }  // namespace
 
 std::vector<Candidate> PathsBeginning(const ViewTree& tree, const std::string& text, PathsOf wanted) {
-  return Collector(tree, text, wanted).Collect();
+  return PathFinder(tree, text, wanted).Find();
 }
 
 }  // namespace host

@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kKeys[] = {"Name", "AutoCycle", "RoundTime", "PlanPages"};
 constexpr const char* kNote = "// ^ ";
 
-std::string Indented(const std::string& json) {
+std::string Pretty(const std::string& json) {
   rapidjson::Document document;
   ParseJson(json, document);
   rapidjson::StringBuffer buffer;
@@ -125,7 +125,7 @@ void AddForeignKeys(const rapidjson::Document& document, const LineFinder& lines
 std::string ToEditText(const EditableView& view) {
   ObjectText text;
   text.Add("Name", view.name).Add("AutoCycle", view.autoCycle).Add("RoundTime", view.roundTime);
-  return Indented(text.AddRaw("PlanPages", view.pages).Text());
+  return Pretty(text.AddRaw("PlanPages", view.pages).Text());
 }
 
 std::string WithoutNotes(std::string_view text) {
