@@ -27,4 +27,14 @@ install(DIRECTORY examples docs DESTINATION ${CMAKE_INSTALL_DATADIR}/qorvi COMPO
 if(QORVI_BUILD_PROGRAMS)
   install(TARGETS viewctl viewserver viewdraw RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(FILES data/site.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qorvi COMPONENT tools)
+  foreach(completion bash:bash-completion/completions:viewctl zsh:zsh/site-functions:_viewctl
+          fish:fish/vendor_completions.d:viewctl.fish)
+    string(REPLACE ":" ";" parts ${completion})
+    list(POP_FRONT parts shell folder name)
+    install(FILES src/host/completion/viewctl.${shell} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder}
+      RENAME ${name} COMPONENT tools)
+  endforeach()
+  if(NOT CMAKE_CROSSCOMPILING)
+    install(DIRECTORY ${PROJECT_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  endif()
 endif()

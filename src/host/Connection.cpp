@@ -5,48 +5,48 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <cerrno>
-#include <fstream>
 
 #include "BizShared/NetCommManager.h"
 #include "BizShared/UserCommonManager.h"
 #include "ErrorText/ErrorText.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "host/Failure.h"
+#include "host/LoginAdvice.h"
+#include "host/Password.h"
 #include "host/Terminal.h"
 
 namespace host {
 namespace {
 
-std::string FirstLine(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::string line;
-  if (!stream || (!std::getline(stream, line) && stream.bad())) {
-    throw Failure(kUsage, "The password file " + file + " cannot be read");
-  }
-  while (!line.empty() && line.back() == '\r') line.pop_back();
-  return line;
+QString StoreFolder(const std::string& dataDir) {
+  return dataDir.empty() ? QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)
+                         : QString::fromStdString(dataDir);
 }
 
-std::string Password(const GlobalOptions& options) {
-  if (!options.passwordFile.empty()) return FirstLine(options.passwordFile);
-  if (!qEnvironmentVariableIsSet("VIEWCTL_PASSWORD")) {
-    throw Failure(kUsage, "The server wants a password: set VIEWCTL_PASSWORD or give --password-file FILE");
-  }
-  return qgetenv("VIEWCTL_PASSWORD").toStdString();
+// Where nothing may be made, a store that is not there is an empty one.
+std::string StoreToOpen(const GlobalOptions& options) {
+  const std::string path = StorePath(options.dataDir);
+  if (options.makesNoStore && !QFile::exists(QString::fromStdString(path))) return ":memory:";
+  return StoreFile(options.dataDir);
 }
 
 }  // namespace
 
+std::string StorePath(const std::string& dataDir) {
+  return QDir(StoreFolder(dataDir)).filePath("views.db").toStdString();
+}
+
 std::string StoreFile(const std::string& dataDir) {
-  const QString folder = dataDir.empty() ? QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)
-                                         : QString::fromStdString(dataDir);
+  const QString folder = StoreFolder(dataDir);
   const QDir dir(folder);
   if (!dir.exists()) {
-    if (!dir.mkpath(".")) throw Failure(kUsage, "The folder " + folder.toStdString() + " cannot be made");
+    if (!dir.mkpath(".")) {
+      throw Failure(kUsage, "The folder " + folder.toStdString() + " cannot be made; name another one with --data");
+    }
     // The store holds password hashes and session tokens.
     QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
   }
-  return dir.filePath("views.db").toStdString();
+  return StorePath(dataDir);
 }
 
 std::unique_ptr<server::ViewServer> StartEmbeddedServer(
@@ -56,6 +56,11 @@ std::unique_ptr<server::ViewServer> StartEmbeddedServer(
     if (const auto password = server->TakeFirstPassword()) tellPassword(*password);
     server->Start();
     return server;
+  } catch (const server::StoreInUse&) {
+    throw Failure(kNoConnection,
+                  "The store " + options.dataFile +
+                      " is being served by another program: give that one's address with --server, or end "
+                      "it first");
   } catch (const std::runtime_error& error) {
     throw Failure(kNoConnection, error.what());
   }
@@ -64,8 +69,9 @@ std::unique_ptr<server::ViewServer> StartEmbeddedServer(
 Connection::Connection(const GlobalOptions& options) {
   if (options.server.empty()) {
     server::ViewServerOptions embedded;
-    embedded.dataFile = StoreFile(options.dataDir);
-    m_server = StartEmbeddedServer(embedded, [](const std::string& password) {
+    embedded.dataFile = StoreToOpen(options);
+    m_server = StartEmbeddedServer(embedded, [&](const std::string& password) {
+      if (embedded.dataFile == ":memory:") return;
       Say("A new store was made. User admin, password " + password + " (shown this once)");
     });
     OpenLocally(options.user);
@@ -105,23 +111,29 @@ std::string Connection::WhatIsAwaited() {
     case ResourceStore::DownloadState::Failing:
       break;
   }
+  return ReasonOf(status);
+}
+
+std::string Connection::ReasonOf(const ResourceStore::DownloadStatus& status) {
   if (status.systemError == ECONNREFUSED) return "connection refused";
   return ErrorText::GetErrorInfoByErrorCode(status.error);
 }
 
 void Connection::Login(const GlobalOptions& options) {
-  const std::string password = Password(options);
+  const std::string password = PasswordFor(options);
   BizShared::CNetCommManager::Instance().SetServer(options.server, options.caFile);
   Vant::Base::Error::ErrorCode error;
   if (!BizShared::CUserCommonManager::Instance().Login(options.user, password, "viewctl", error)) {
-    const std::string reason = ErrorText::GetErrorInfoByErrorCode(error);
+    const std::string reason = LoginAdvice(error, options);
     throw Failure(kNoConnection, "No login as " + options.user + " at " + options.server + ": " + reason);
   }
 }
 
 void Connection::OpenLocally(const std::string& user) {
   const auto session = m_server->OpenLocalSession(user);
-  if (!session) throw Failure(kNoConnection, "The embedded server has no user " + user);
+  if (!session) {
+    throw Failure(kNoConnection, "The own server has no user " + user + "; leave --user out to be its admin");
+  }
   BizShared::CNetCommManager::Instance().SetServer(m_server->Url());
   BizShared::CNetCommManager::Instance().SetToken(session->token);
   BizShared::CUserCommonManager::Instance().SetUser(session->userId, session->userName);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "ResourceStore/DownloadStatus.h"
 #include "host/Options.h"
 #include "server/ViewServer.h"
 
@@ -16,7 +17,9 @@ namespace host {
 std::unique_ptr<server::ViewServer> StartEmbeddedServer(
     const server::ViewServerOptions& options, const std::function<void(const std::string& password)>& tellPassword);
 
-// The store's file in `dataDir` (empty: below the user's data directory), whose folder is made when it is not there.
+// The store's file in `dataDir` (empty: below the user's data directory), be it there or not.
+std::string StorePath(const std::string& dataDir);
+// The same, and its folder is made when it is not there.
 // Throws Failure kUsage when it cannot be made.
 std::string StoreFile(const std::string& dataDir);
 
@@ -37,6 +40,8 @@ class Connection {
 
   // What the download is waiting for at the moment, in words: "connection refused", "its views are still on their way".
   static std::string WhatIsAwaited();
+  // Why the last attempt of the download failed: "connection refused".
+  static std::string ReasonOf(const ResourceStore::DownloadStatus& status);
 
   // Null when the server is not ours.
   server::ViewServer* EmbeddedServer() { return m_server.get(); }

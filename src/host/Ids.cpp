@@ -18,14 +18,4 @@ std::string RequireId(const std::string& text, const std::string& what) {
   return text;
 }
 
-QualifiedId ParseQualifiedId(const std::string& text) {
-  for (const auto& [prefix, of] : {std::pair("view:", QualifiedId::Of::kView), {"group:", QualifiedId::Of::kGroup}}) {
-    const std::string name = prefix;
-    if (text.compare(0, name.size(), name) == 0) {
-      return {of, RequireId(text.substr(name.size()), name.substr(0, name.size() - 1))};
-    }
-  }
-  return {QualifiedId::Of::kEither, RequireId(text, "view or group")};
-}
-
 }  // namespace host

@@ -12,13 +12,4 @@ bool IsId(const std::string& text);
 // The id itself. Throws Failure kUsage, which calls the text `what`, when it is none.
 std::string RequireId(const std::string& text, const std::string& what);
 
-// A kind and an id: "view:5", "group:5", or "5" where the kind is left open.
-struct QualifiedId {
-  enum class Of { kEither, kView, kGroup } of = Of::kEither;
-  std::string id;
-};
-
-// Throws Failure kUsage when the text is neither of the three.
-QualifiedId ParseQualifiedId(const std::string& text);
-
 }  // namespace host

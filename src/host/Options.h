@@ -11,11 +11,19 @@ struct GlobalOptions {
   std::string caFile;   // CA certificates for an https server
   std::string dataDir;  // folder of the embedded server's store; empty: below the user's data directory
   std::string user = "admin";
-  std::string passwordFile;  // first line is the password; empty: VIEWCTL_PASSWORD
-  std::string plugin;        // the library to load; empty: the one beside the program
+  std::string passwordFile;     // first line is the password; empty: VIEWCTL_PASSWORD
+  std::string passwordCommand;  // of the configuration; empty: none
+  std::string plugin;           // the library to load; empty: the one beside the program
   std::string logFile;
   int timeout = 10;  // seconds that the first load may take
   bool verbose = false;
+  bool logTime = false;
+  bool ascii = false;
+  bool quiet = false;
+  // Set by a command that is to change nothing: where the own server has no store yet, none is made.
+  bool makesNoStore = false;
+  // Set where nobody may be asked for a password, whatever terminal there is.
+  bool isUnattended = false;
 };
 
 }  // namespace host

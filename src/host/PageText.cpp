@@ -5,6 +5,7 @@
 
 #include "drawing/Grid.h"
 #include "drawing/Words.h"
+#include "host/Look.h"
 #include "host/TextCanvas.h"
 
 namespace host {
@@ -14,13 +15,18 @@ constexpr int kLeastCellWidth = 12;  // with its left border
 constexpr int kLeastLines = 2;
 constexpr int kMostLines = 9;
 
+// As the terminal is to show it.
+QString Shown(QString text) {
+  return IsAscii() ? text.replace("·", "-") : text;
+}
+
 std::vector<QString> LinesOf(const drawing::Cell& cell) {
   if (!cell.window) return {QString::number(cell.number), "no window"};
   const QString number = QString::number(cell.number);
   if (cell.window->kind == drawing::WindowKind::kEmpty) return {number, "empty window"};
   std::vector<QString> lines = {number + " " + cell.window->name};
   for (const drawing::Fact& fact : FactsOf(*cell.window)) {
-    lines.push_back((fact.isDetail ? "  " : "") + fact.text);
+    lines.push_back((fact.isDetail ? "  " : "") + Shown(fact.text));
   }
   return lines;
 }
@@ -80,7 +86,7 @@ class PageWriter {
 }  // namespace
 
 std::string DescribePage(const drawing::Page& page, int columns) {
-  const QString head = page.view + "  (view " + page.viewId + ")\n" + HeadOf(page) + "\n";
+  const QString head = page.view + "  (view " + page.viewId + ")\n" + Shown(HeadOf(page)) + "\n";
   if (page.count == 0) return head.toStdString();
   return head.toStdString() + PageWriter(page, columns).Text();
 }

@@ -4,7 +4,9 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <algorithm>
 #include <thread>
+#include <vector>
 
 #include "QorviViewPlugin/Functions.h"
 #include "host/Failure.h"
@@ -17,18 +19,32 @@ QString Beside(const char* folder) {
   return QDir(QCoreApplication::applicationDirPath()).filePath(folder);
 }
 
-// The library beside the program: in the build tree, installed, and where libraries stand beside programs.
+// From the program's own: in the build tree, installed, and where libraries stand beside programs.
+constexpr const char* kFolders[] = {"../lib", VIEWCTL_LIBRARY_FOLDER, "../lib/qorvi", "."};
+
 QString DefaultFile() {
-  for (const char* folder : {"../lib", VIEWCTL_LIBRARY_FOLDER, "../lib/qorvi", "."}) {
+  for (const char* folder : kFolders) {
     const QDir dir(Beside(folder));
     for (const QString& name : dir.entryList({"*QorviViewPlugin*"}, QDir::Files)) {
       if (QLibrary::isLibrary(name)) return dir.canonicalPath() + "/" + name;
     }
   }
-  throw Failure(kUsage, "QorviViewPlugin was not found beside viewctl; name it with --plugin FILE");
+  throw Failure(kUsage, "QorviViewPlugin was not found in " + PluginFolders() + "; name it with --plugin FILE");
 }
 
 }  // namespace
+
+std::string PluginFolders() {
+  std::vector<std::string> folders;
+  for (const std::string folder : kFolders) {
+    if (std::find(folders.begin(), folders.end(), folder) == folders.end()) folders.push_back(folder);
+  }
+  std::string text;
+  for (const std::string& folder : folders) {
+    text += (text.empty() ? "" : &folder == &folders.back() ? " and " : ", ") + (folder == "." ? "./" : folder);
+  }
+  return text + ", as seen from viewctl";
+}
 
 Plugin::Plugin(const std::string& file) {
   const QString path = file.empty() ? DefaultFile() : QFileInfo(QString::fromStdString(file)).absoluteFilePath();

@@ -14,6 +14,9 @@
 
 namespace host {
 
+// Where the library is looked for, in words.
+std::string PluginFolders();
+
 // QorviViewPlugin, loaded at run time, with its 23 functions by name. Its functions may be called from any thread.
 class Plugin {
  public:
@@ -23,7 +26,7 @@ class Plugin {
   using Registration = void (*)(ResourceData::IResourceObserver* observer, std::string request);
   using Function = std::variant<Exchange, Question, Command, Registration>;
 
-  // Loads `file`, or the library that stands beside the program when `file` is empty. Throws Failure kUsage when there
+  // Loads `file`, or the first that is found in PluginFolders() when `file` is empty. Throws Failure kUsage when there
   // is none, or it is not the plugin.
   explicit Plugin(const std::string& file);
   // Unloads. REQUIRES: no call is running, and the platform's download is stopped.

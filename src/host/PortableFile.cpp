@@ -90,6 +90,29 @@ const Value& RequireList(const Value& file, const char* key) {
   return *list;
 }
 
+std::string NamesText(const std::map<Resource, std::string>& names) {
+  std::vector<std::string> entries;
+  for (const auto& [resource, name] : names) {
+    ObjectText entry;
+    entry.Add("Kind", KindWord(resource.type)).Add("ID", resource.id).Add("Name", name);
+    entries.push_back(entry.Text());
+  }
+  return JsonList(entries);
+}
+
+// Names of kinds that this viewctl does not know are of no use to it.
+std::map<Resource, std::string> ReadNames(const Value& file) {
+  std::map<Resource, std::string> names;
+  for (const Value& entry : ListOf(file, "Names").GetArray()) {
+    try {
+      names[{KindOfWord(TextOf(entry, "Kind")), TextOf(entry, "ID")}] = TextOf(entry, "Name");
+    } catch (const Failure&) {
+      continue;
+    }
+  }
+  return names;
+}
+
 }  // namespace
 
 std::string PlaceText(const Place& place) {
@@ -119,20 +142,20 @@ std::string WritePortable(PortableFile file) {
                         .AddRaw("PlanPages", view.pages)
                         .Text());
   }
-  return Indented(ObjectText()
-                      .Add("Format", kFormat)
-                      .Add("Version", kVersion)
-                      .AddRaw("Folders", JsonList(folders))
-                      .AddRaw("Views", JsonList(views))
-                      .Text());
+  ObjectText text;
+  text.Add("Format", kFormat).Add("Version", kVersion);
+  text.AddRaw("Folders", JsonList(folders)).AddRaw("Views", JsonList(views));
+  if (!file.names.empty()) text.AddRaw("Names", NamesText(file.names));
+  return Indented(text.Text());
 }
 
 PortableFile ReadPortable(std::string_view text) {
   rapidjson::Document document;
-  if (!ParseJson(text, document)) throw Failure(kUsage, "The file is not JSON");
+  if (!ParseJson(text, document)) throw Failure(kUsage, "The file is not JSON; is it what viewctl export wrote?");
   if (TextOf(document, "Format") != kFormat) throw Failure(kUsage, "The file was not written by viewctl export");
-  if (NumberOf(document, "Version") != kVersion) {
-    throw Failure(kUsage, "The file is of a version that this viewctl does not know");
+  if (const int version = NumberOf(document, "Version"); version != kVersion) {
+    throw Failure(kUsage, "The file is of version " + std::to_string(version) + ", and this viewctl knows version " +
+                              std::to_string(kVersion) + "; use a viewctl as new as the one that wrote it");
   }
   PortableFile file;
   for (const Value& folder : RequireList(document, "Folders").GetArray()) {
@@ -143,6 +166,7 @@ PortableFile ReadPortable(std::string_view text) {
   for (const Value& view : RequireList(document, "Views").GetArray()) {
     file.views.push_back(ReadView(view, "Views[" + std::to_string(file.views.size() + 1) + "]"));
   }
+  file.names = ReadNames(document);
   return file;
 }
 

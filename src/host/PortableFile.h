@@ -4,18 +4,22 @@
 //
 //   {"Format":"viewctl-export","Version":1,
 //    "Folders":[{"Kind":"public","Path":["Station","Platforms"]}],
-//    "Views":[{"Kind":"public","Path":["Station"],"Name":"Forecourt","AutoCycle":1,"RoundTime":20,"PlanPages":[...]}]}
+//    "Views":[{"Kind":"public","Path":["Station"],"Name":"Forecourt","AutoCycle":1,"RoundTime":20,"PlanPages":[...]}],
+//    "Names":[{"Kind":"camera","ID":"118","Name":"North gate"}]}
 //
+// "Names" are there when they were asked for; an import uses them for what people read, and for a map by name.
 // "PlanPages" is what AddPlan takes, reduced to what a server keeps. The same content always gives the same bytes.
 #pragma once
 
 #include <rapidjson/document.h>
 
 #include <compare>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/Resources.h"
 #include "host/ViewTree.h"
 
 namespace host {
@@ -44,6 +48,8 @@ struct PortableView {
 struct PortableFile {
   std::vector<Place> folders;
   std::vector<PortableView> views;
+  // The names of what the views show, where the file has them. Not needed to make the views elsewhere.
+  std::map<Resource, std::string> names;
 };
 
 // The file's text: sorted, indented, with a line end at its end.

@@ -3,12 +3,13 @@
 
 #include <cstdio>
 
+#include "host/Look.h"
 #include "host/Terminal.h"
 
 namespace host {
 
 Progress::Progress(std::string what, size_t total)
-    : m_what(std::move(what)), m_total(total), m_shown(total > 0 && IsTerminalErr()) {}
+    : m_what(std::move(what)), m_total(total), m_shown(total > 0 && IsTerminalErr() && !IsQuiet()) {}
 
 Progress::~Progress() {
   Clear();

@@ -2,6 +2,7 @@
 #include "host/Terminal.h"
 
 #include <cstdio>
+#include <iostream>
 #include <string>
 
 #include "drawing/SafeText.h"
@@ -23,6 +24,14 @@ std::string Counted(size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
+bool IsTerminalOut() {
+#ifdef _WIN32
+  return _isatty(_fileno(stdout)) != 0;
+#else
+  return isatty(STDOUT_FILENO) != 0;
+#endif
+}
+
 bool IsTerminalErr() {
 #ifdef _WIN32
   return _isatty(_fileno(stderr)) != 0;
@@ -31,12 +40,39 @@ bool IsTerminalErr() {
 #endif
 }
 
-int ColumnsOut() {
+namespace {
+
+int ColumnsOf([[maybe_unused]] int descriptor, int otherwise) {
 #ifndef _WIN32
   winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
 #endif
-  return 100;
+  return otherwise;
+}
+
+}  // namespace
+
+int ColumnsOut() {
+  return ColumnsOf(1, 100);
+}
+
+size_t ColumnsErr() {
+  return static_cast<size_t>(ColumnsOf(2, 0));
+}
+
+bool CanAsk() {
+#ifdef _WIN32
+  return _isatty(_fileno(stdin)) != 0 && IsTerminalErr();
+#else
+  return isatty(STDIN_FILENO) != 0 && IsTerminalErr();
+#endif
+}
+
+bool Ask(const std::string& question) {
+  std::fprintf(stderr, "%s [y/N] ", question.c_str());
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "Y" || answer == "yes";
 }
 
 void Say(std::string_view line) {

@@ -2,6 +2,7 @@
 // What people read: names made safe to print, and whole lines that do not mix.
 #pragma once
 
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -14,11 +15,20 @@ std::string Printable(std::string_view text);
 // "1 view", "2 views".
 std::string Counted(size_t count, const std::string& what);
 
-// Whether a person watches stderr.
+// Whether a person watches stdout, or stderr.
+bool IsTerminalOut();
 bool IsTerminalErr();
 
 // How many columns the terminal on stdout has; 100 where there is none.
 int ColumnsOut();
+
+// The same of stderr; 0 where there is none.
+size_t ColumnsErr();
+
+// Whether a person is there to be asked.
+bool CanAsk();
+// Asks on stderr; whether the answer is yes.
+bool Ask(const std::string& question);
 
 // One line to stderr.
 void Say(std::string_view line);

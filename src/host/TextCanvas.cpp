@@ -4,6 +4,8 @@
 #include <QVector>
 #include <algorithm>
 
+#include "host/Look.h"
+
 namespace host {
 namespace {
 
@@ -11,6 +13,8 @@ enum Arm : unsigned { kUp = 1, kRight = 2, kDown = 4, kLeft = 8 };
 
 // By the arms that a sign has.
 constexpr const char* kBorders[] = {" ", "│", "─", "└", "│", "│", "┌", "├", "─", "┘", "─", "┴", "┐", "┤", "┬", "┼"};
+constexpr const char* kAsciiBorders[] = {" ", "|", "-", "+", "|", "|", "+", "+",
+                                         "-", "+", "-", "+", "+", "+", "+", "+"};
 
 struct Range {
   uint first;
@@ -43,12 +47,12 @@ int ColumnsOf(const QString& text) {
 QVector<uint> Cut(const QString& text, int width) {
   QVector<uint> characters = text.toUcs4();
   if (ColumnsOf(text) <= width) return characters;
-  int taken = 1;  // the ellipsis
+  const QVector<uint> ellipsis = QString(Ellipsis()).toUcs4();
+  int taken = static_cast<int>(ellipsis.size());
   int kept = 0;
   while (taken + ColumnsOf(characters[kept]) <= width) taken += ColumnsOf(characters[kept++]);
   characters.resize(kept);
-  characters.append(0x2026);
-  return characters;
+  return characters + ellipsis;
 }
 
 }  // namespace
@@ -86,7 +90,7 @@ QString TextCanvas::LineText(int line) const {
   for (int column = 0; column < m_columns; ++column) {
     const Place& place = m_places[static_cast<size_t>(line * m_columns + column)];
     if (place.isCovered) continue;
-    text += place.text.isEmpty() ? QString(kBorders[place.borders]) : place.text;
+    text += place.text.isEmpty() ? QString((IsAscii() ? kAsciiBorders : kBorders)[place.borders]) : place.text;
   }
   while (text.endsWith(' ')) text.chop(1);
   return text;

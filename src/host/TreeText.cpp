@@ -2,6 +2,7 @@
 #include "host/TreeText.h"
 
 #include "host/JsonText.h"
+#include "host/Look.h"
 #include "host/Terminal.h"
 
 namespace host {
@@ -13,16 +14,30 @@ struct Step {
   size_t next = 0;  // sub-folders first, then views
 };
 
+struct Branches {
+  const char* beside;
+  const char* next;
+  const char* last;
+};
+constexpr Branches kBranches[] = {{"│   ", "├── ", "└── "}, {"|   ", "|-- ", "`-- "}};
+
 size_t ContentCount(const TreeFolder& folder) {
   return folder.folders.size() + folder.views.size();
 }
 
 std::string ViewText(const TreeView& view) {
-  return Printable(view.name) + "  (view " + view.id + (view.sharedWithUser ? ", shared with you)" : ")");
+  return Printable(view.name) + "  (view " + view.id + (view.sharedWithUser ? ", shared with you)" : ")") +
+         (view.note.empty() ? "" : "  " + view.note);
 }
 
-void DescribeContent(const ViewTree& tree, size_t top, std::string& text) {
+std::string CountText(const ViewTree& tree, size_t folder) {
+  const TreeCount count = tree.CountIn(folder);
+  return "  " + Counted(count.folders, "folder") + ", " + Counted(count.views, "view");
+}
+
+void DescribeContent(const ViewTree& tree, size_t top, bool withCounts, std::string& text) {
   // Two characters for each level: a tab, then '|' if the level has more entries, else ' '.
+  const Branches& branches = kBranches[IsAscii() ? 1 : 0];
   std::string indent;
   std::vector<Step> path = {{top}};
   while (!path.empty()) {
@@ -35,12 +50,13 @@ void DescribeContent(const ViewTree& tree, size_t top, std::string& text) {
     }
     const bool last = step.next + 1 == ContentCount(folder);
     std::string line;
-    for (const char c : indent) line += c == '|' ? "│   " : c == ' ' ? "    " : "";
-    line += last ? "└── " : "├── ";
+    for (const char c : indent) line += c == '|' ? branches.beside : c == ' ' ? "    " : "";
+    line += last ? branches.last : branches.next;
     if (step.next < folder.folders.size()) {
       const size_t below = folder.folders[step.next++];
       const TreeFolder& group = tree.folders[below];
-      text += line + Printable(group.name) + "/  (group " + group.id + ")\n";
+      text += line + StyledOut(Style::kFolder, Printable(group.name) + "/") + "  (group " + group.id + ")";
+      text += (withCounts ? CountText(tree, below) : "") + "\n";
       indent += last ? "\t " : "\t|";
       path.push_back({below});
     } else {
@@ -102,11 +118,14 @@ std::string TreeJson(const ViewTree& tree) {
   return std::string(buffer.GetString(), buffer.GetSize());
 }
 
-std::string DescribeTree(const ViewTree& tree) {
+std::string DescribeTree(const ViewTree& tree, bool withCounts) {
   std::string text;
   for (size_t top = 0; top < tree.folders.size() && tree.folders[top].parent == top; ++top) {
-    text += Printable(tree.folders[top].name) + "\n";
-    DescribeContent(tree, top, text);
+    const TreeFolder& folder = tree.folders[top];
+    text += StyledOut(Style::kFolder, Printable(folder.name) + (folder.id == "-1" ? "" : "/"));
+    if (folder.id != "-1") text += "  (group " + folder.id + ")";
+    text += (withCounts ? CountText(tree, top) : "") + "\n";
+    DescribeContent(tree, top, withCounts, text);
   }
   return text;
 }

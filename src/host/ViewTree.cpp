@@ -109,7 +109,7 @@ class TreeReader {
     }
     for (const auto& plan : ListOf(answer, "Plans").GetArray()) {
       if (TextOf(plan, "ParentID") != folder.id || !m_views.insert(TextOf(plan, "ID")).second) continue;
-      folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view")});
+      folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view"), {}});
     }
     // Views of one name come in no fixed order.
     std::stable_sort(folder.views.begin(), folder.views.end(), [](const TreeView& left, const TreeView& right) {
@@ -131,6 +131,19 @@ std::vector<std::string> ViewTree::PathOf(size_t folder) const {
   for (; folders[folder].parent != folder; folder = folders[folder].parent) path.push_back(folders[folder].name);
   std::reverse(path.begin(), path.end());
   return path;
+}
+
+TreeCount ViewTree::CountIn(size_t folder) const {
+  TreeCount count;
+  std::vector<size_t> todo = {folder};
+  while (!todo.empty()) {
+    const TreeFolder& next = folders[todo.back()];
+    todo.pop_back();
+    count.folders += next.folders.size();
+    count.views += next.views.size();
+    todo.insert(todo.end(), next.folders.begin(), next.folders.end());
+  }
+  return count;
 }
 
 size_t ViewTree::FindFolder(const std::string& id) const {

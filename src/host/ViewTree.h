@@ -18,6 +18,7 @@ struct TreeView {
   std::string id;
   std::string name;
   bool sharedWithUser = false;  // somebody else's, to be seen only
+  std::string note = {};        // what a listing says beside it
 };
 
 struct TreeFolder {
@@ -30,6 +31,12 @@ struct TreeFolder {
   bool hasReplacedBytes = false;  // its name had bytes that are no UTF-8, which read as U+FFFD
 };
 
+// What lies in a folder, all below it included.
+struct TreeCount {
+  size_t folders = 0;
+  size_t views = 0;
+};
+
 struct ViewTree {
   // The first three are the top-level folders; every folder stands behind the one it lies in, and folders of one
   // parent are sorted by name. A view that a listing names twice stands here once.
@@ -37,6 +44,7 @@ struct ViewTree {
 
   // Names from the top-level folder (left out) down to the folder itself.
   std::vector<std::string> PathOf(size_t folder) const;
+  TreeCount CountIn(size_t folder) const;
   // Index of the group with this id, or the number of folders when there is none.
   size_t FindFolder(const std::string& id) const;
 };

@@ -94,6 +94,8 @@ class ViewServer::Impl {
 };
 
 ViewServer::ViewServer(const ViewServerOptions& options) try : m_impl(std::make_unique<Impl>(options)) {
+} catch (const FileInUse& e) {
+  throw StoreInUse(e.what());
 } catch (const SQLite::Exception& e) {
   throw std::runtime_error("cannot use " + options.dataFile + ": " + e.what());
 }

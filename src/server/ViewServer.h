@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,12 @@ struct ViewServerOptions {
   std::string accessLog;                    // a file, "-" for stderr; empty: none
 };
 
+// Another server has the store open.
+class StoreInUse : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 // A session made without a password, for the process that owns the server.
 struct LocalSession {
   std::string token;
@@ -41,7 +48,7 @@ struct LocalSession {
 class ViewServer {
  public:
   // Opens the store and applies the seed. Throws std::runtime_error with one plain line when the store, the seed or
-  // the options are not usable.
+  // the options are not usable; StoreInUse, which is one, when another server has the store open.
   explicit ViewServer(const ViewServerOptions& options);
   ~ViewServer();  // stops
 

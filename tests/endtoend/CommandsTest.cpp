@@ -159,7 +159,7 @@ TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingSh
       {{"tree", "--json"}, {R"({"ID":"1","Name":")" + replaced + '"', R"("Name":"Sound")"}},
       {{"show", "1"}, {'"' + replaced + " view\"  (view 1)"}},
       {{"show", "1", "--json"}, {R"("Name":")" + replaced + " view\""}},
-      {{"call", "GetPlanDetail", "-"}, {R"("Name":")" + replaced + " view\""}},
+      {{"call", "--raw", "GetPlanDetail", "-"}, {R"("Name":")" + replaced + " view\""}},
       {{"export", "-o", "-"}, {'"' + replaced + " view\"", '"' + replaced + '"', "\"Sound\""}},
   };
   for (const auto& [command, parts] : commands) {

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Views carried from one server to another.
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 #include "ViewctlRunner.h"
@@ -64,6 +68,21 @@ TEST_F(ExportImportTest, AnExportOfAnImportHasTheSameBytesAndASecondImportMakesN
   EXPECT_EQ(Export(copy, "admin"), exported);
 }
 
+TEST_F(ExportImportTest, AnImportThatIsKilledIsCompletedByASecondWithoutDoubling) {
+  const Site original;
+  const std::string exported = Export(original, "maria");
+  WriteFile(File("killed.json").toStdString(), exported);
+  for (const int lines : {1, 7, 12, 25, 40}) {
+    const Site copy(false);
+    Running first(copy.As("admin") + QStringList{"import", File("killed.json")}, "sample-admin");
+    for (int i = 0; i < lines; ++i) EXPECT_NE(first.NextLine(), "");
+    first.Kill();
+    const Outcome second = Import(copy, "admin", exported);
+    EXPECT_EQ(second.status, 0) << second.err;
+    EXPECT_EQ(Export(copy, "admin"), exported) << "killed after " << lines << " lines";
+  }
+}
+
 TEST_F(ExportImportTest, AnInterruptedImportGoesOnWhereItEnded) {
   const Site original;
   const Site copy(false);
@@ -117,6 +136,35 @@ TEST_F(ExportImportTest, WhatTheServerRefusesIsReportedAndTheRestIsMade) {
   EXPECT_EQ(LinesWith(outcome, "failed view public / bad\\u000aname / lost: its folder was not made"), 1)
       << outcome.out;
   EXPECT_EQ(LastLine(outcome), "Made 2 folders and 1 view, skipped 0 folders and 0 views, failed 2");
+}
+
+TEST_F(ExportImportTest, ADeviceOrAPipeIsWrittenIntoAndAFileReplaced) {
+  const Site site;
+  EXPECT_EQ(RunAs(site, "maria", {"export", "130", "-o", "/dev/null"}).status, 0);
+  EXPECT_EQ(RunAs(site, "maria", {"export", "130", "-o", "/dev/full"}).status, 2);
+  const std::string pipe = File("pipe").toStdString();
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int end = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
+  EXPECT_EQ(RunAs(site, "maria", {"export", "130", "-o", File("pipe")}).status, 0);
+  std::string content(4096, ' ');
+  content.resize(static_cast<size_t>(std::max<ssize_t>(read(end, content.data(), content.size()), 0)));
+  close(end);
+  EXPECT_EQ(content, Export(site, "maria", {"130"}));
+  struct stat left {};
+  ASSERT_EQ(stat(pipe.c_str(), &left), 0);
+  EXPECT_TRUE(S_ISFIFO(left.st_mode));
+}
+
+TEST_F(ExportImportTest, ADryRunMakesNoStore) {
+  const Site original;
+  const QString exported = File("all.json");
+  WriteFile(exported.toStdString(), Export(original, "maria", {"group:6"}));
+  const QString folder = File("none");
+  const Outcome dry = test::Run({"import", exported, "--dry-run", "--data", folder});
+  EXPECT_EQ(dry.status, 0) << dry.err;
+  EXPECT_EQ(LastLine(dry), "Would make 1 folder and 3 views, skipped 0 folders and 0 views, failed 0");
+  EXPECT_EQ(dry.err.find("new store"), std::string::npos) << dry.err;
+  EXPECT_FALSE(QFile::exists(folder));
 }
 
 TEST_F(ExportImportTest, ViewsOfOneNameAreMatchedOneByOne) {

@@ -37,6 +37,10 @@ inline std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
+inline bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
 inline std::string ReadFile(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -51,14 +55,15 @@ inline void WriteFile(const std::string& name, const std::string& text) {
 class Site {
  public:
   explicit Site(bool seeded = true) {
-    NeedApplication();
-    server::ViewServerOptions options;
-    options.dataFile = m_folder.filePath("views.db").toStdString();
-    if (seeded) options.seedFile = SITE_FILE;
-    m_server = std::make_unique<server::ViewServer>(options);
+    Start(seeded ? SITE_FILE : "");
     std::string error;
     if (!seeded && !m_server->SetPassword("admin", "sample-admin", error)) throw std::runtime_error(error);
-    m_server->Start();
+  }
+  // With a site of one's own, which has the users.
+  explicit Site(const std::string& seed) {
+    const std::string file = Folder() + "/seed.json";
+    std::ofstream(file, std::ios::binary) << seed;
+    Start(file);
   }
 
   std::string Url() const { return m_server->Url(); }
@@ -69,19 +74,35 @@ class Site {
   }
 
  private:
+  void Start(const std::string& seedFile) {
+    NeedApplication();
+    server::ViewServerOptions options;
+    options.dataFile = m_folder.filePath("views.db").toStdString();
+    options.seedFile = seedFile;
+    m_server = std::make_unique<server::ViewServer>(options);
+    m_server->Start();
+  }
+
   QTemporaryDir m_folder;
   std::unique_ptr<server::ViewServer> m_server;
 };
 
-// A viewctl that runs while the test goes on. `password` goes into VIEWCTL_PASSWORD; empty leaves it unset.
+// Whoever runs the tests may have a configuration, which is none of theirs. `password` goes into VIEWCTL_PASSWORD;
+// empty leaves it unset.
+inline QProcessEnvironment EnvironmentWith(const std::string& password) {
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  for (const char* name : {"VIEWCTL_PASSWORD", "VIEWCTL_SERVER", "VIEWCTL_USER", "NO_COLOR"}) environment.remove(name);
+  environment.insert("VIEWCTL_CONFIG", "/dev/null");
+  if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
+  return environment;
+}
+
+// A viewctl that runs while the test goes on.
 class Running {
  public:
   Running(const QStringList& arguments, const std::string& password, const QString& program = VIEWCTL_FILE) {
     NeedApplication();
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove("VIEWCTL_PASSWORD");
-    if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
-    m_process.setProcessEnvironment(environment);
+    m_process.setProcessEnvironment(EnvironmentWith(password));
     m_process.start(program, arguments);
   }
   ~Running() { Kill(); }
@@ -91,8 +112,8 @@ class Running {
     m_process.waitForBytesWritten(kLimit);
   }
   // The next line of stdout, or of stderr; empty when none came within `milliseconds`.
-  std::string NextLine(int milliseconds = 15000) { return NextLineOf(QProcess::StandardOutput, milliseconds); }
-  std::string NextErrorLine() { return NextLineOf(QProcess::StandardError, 15000); }
+  std::string NextLine(int milliseconds = kLimit) { return NextLineOf(QProcess::StandardOutput, milliseconds); }
+  std::string NextErrorLine() { return NextLineOf(QProcess::StandardError, kLimit); }
   // What is left of stdout and stderr.
   std::string Output() { return m_process.readAllStandardOutput().toStdString(); }
   std::string Errors() { return m_process.readAllStandardError().toStdString(); }

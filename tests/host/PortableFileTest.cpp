@@ -93,7 +93,7 @@ TEST(PortableFileTest, AWrongFileIsRefusedWithItsPlace) {
   const std::pair<std::string, std::string> rows[] = {
       {"no", "not JSON"},
       {"[]", "not written by"},
-      {R"({"Format":"viewctl-export","Version":2})", "version"},
+      {R"({"Format":"viewctl-export","Version":2})", "of version 2, and this viewctl knows version 1"},
       {head + R"("Views":[]})", "\"Folders\""},
       {head + R"("Folders":[]})", "\"Views\""},
       {head + R"("Folders":[{"Kind":"secret","Path":["a"]}],"Views":[]})", "Folders[1]: \"Kind\""},

@@ -2,7 +2,6 @@
 // What people read and write: log lines, safe names, ids, the tree and a view in words, scripts.
 #include <gtest/gtest.h>
 
-#include "host/Failure.h"
 #include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/LogFile.h"
@@ -22,6 +21,14 @@ TEST(ReadableTextTest, ALogLineStaysOneLine) {
   const Rows rows = {
       {"[F]plain", "3 M [F]plain"}, {"a\nb\r\nc\rd", "3 M a\\nb\\nc\\rd"}, {"C:\\n\n", "3 M C:\\\\n\\n"}, {"", "3 M "}};
   for (const auto& [text, expected] : rows) EXPECT_EQ(LogLine(3, "M", text), expected) << text;
+}
+
+TEST(ReadableTextTest, ALogLineMayHaveItsTimeAndFitsTheTerminal) {
+  EXPECT_EQ(TimeText(std::chrono::system_clock::time_point(std::chrono::milliseconds(1772694489012))),
+            "2026-03-05T07:08:09.012Z ");
+  EXPECT_EQ(CutLine("Überführung", 11), "Überführung");
+  EXPECT_EQ(CutLine("Überführung", 10), "Überführu…");
+  EXPECT_EQ(CutLine("Überführung", 0), "Überführung");
 }
 
 TEST(ReadableTextTest, NamesCannotSteerATerminal) {
@@ -84,11 +91,6 @@ TEST(ReadableTextTest, AnEventIsTheSameByIdStateAndChild) {
 TEST(ReadableTextTest, IdsAreDecimalAndWithin32Bits) {
   for (const char* id : {"0", "5", "4294967295"}) EXPECT_TRUE(IsId(id)) << id;
   for (const char* text : {"", "-1", "05", "5 ", "4294967296", "5x", "view:5"}) EXPECT_FALSE(IsId(text)) << text;
-  EXPECT_EQ(ParseQualifiedId("view:7").of, QualifiedId::Of::kView);
-  EXPECT_EQ(ParseQualifiedId("group:7").id, "7");
-  EXPECT_EQ(ParseQualifiedId("7").of, QualifiedId::Of::kEither);
-  EXPECT_THROW(ParseQualifiedId("folder:7"), Failure);
-  EXPECT_THROW(ParseQualifiedId("view:"), Failure);
 }
 
 TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {

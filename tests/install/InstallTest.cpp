@@ -144,6 +144,19 @@ TEST_F(InstallTest, ProgramsRunFromWhereTheyWereMovedTo) {
   EXPECT_EQ(tree.status, 0) << tree.err;
 }
 
+TEST_F(InstallTest, BringsManualPagesAndCompletions) {
+  const std::string page = ReadFile(Installed("share/man/man1/viewctl-show.1").toStdString());
+  EXPECT_EQ(page, test::Run({"man", "show"}, {}, {}, Installed("bin/viewctl")).out);
+  EXPECT_TRUE(QFile::exists(Installed("share/man/man1/viewctl.1")));
+  const std::pair<const char*, const char*> completions[] = {{"bash-completion/completions/viewctl", "bash"},
+                                                             {"zsh/site-functions/_viewctl", "zsh"},
+                                                             {"fish/vendor_completions.d/viewctl.fish", "fish"}};
+  for (const auto& [file, shell] : completions) {
+    const std::string script = ReadFile(Installed("share/" + QString(file)).toStdString());
+    EXPECT_EQ(script, test::Run({"completion", shell}, {}, {}, Installed("bin/viewctl")).out) << file;
+  }
+}
+
 TEST_F(InstallTest, LibrariesOfThePlatformHaveVersionsAndThePluginHasNone) {
   const QDir libraries(Installed(LIBRARY_FOLDER));
   QStringList files = libraries.entryList({"*.so*"}, QDir::Files);

@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The platform against the reference management server over TLS.
-#include <openssl/pem.h>
-#include <openssl/x509v3.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -16,6 +13,7 @@
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "ScriptedServer.h"
+#include "TestCertificate.h"
 
 namespace {
 
@@ -24,35 +22,6 @@ using BizShared::CUserCommonManager;
 using ResourceStore::CViewGroupManager;
 using namespace testing_support;
 using Vant::Base::Error::ErrorCode;
-
-struct Certificate {
-  const char* name = "IP:127.0.0.1";
-  long from = -60;  // seconds from now
-  long to = 3600;
-};
-
-// A key and a certificate that it signs itself, both in one file.
-void MakeCertificate(const std::string& file, const Certificate& what) {
-  const std::shared_ptr<EVP_PKEY> key(EVP_RSA_gen(2048), EVP_PKEY_free);
-  const std::shared_ptr<X509> certificate(X509_new(), X509_free);
-  X509_set_version(certificate.get(), 2);
-  ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), 1);
-  // It vouches for itself: OpenSSL finds the issuer by its name.
-  X509_NAME* const subject = X509_get_subject_name(certificate.get());
-  X509_NAME_add_entry_by_txt(subject, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("test server"), -1, -1,
-                             0);
-  X509_set_issuer_name(certificate.get(), subject);
-  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), what.from);
-  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), what.to);
-  X509_set_pubkey(certificate.get(), key.get());
-  const std::shared_ptr<X509_EXTENSION> name(X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, what.name),
-                                             X509_EXTENSION_free);
-  X509_add_ext(certificate.get(), name.get(), -1);
-  X509_sign(certificate.get(), key.get(), EVP_sha256());
-  const std::shared_ptr<std::FILE> out(std::fopen(file.c_str(), "w"), std::fclose);
-  PEM_write_X509(out.get(), certificate.get());
-  PEM_write_PrivateKey(out.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-}
 
 class TlsTest : public server::test::ServerTest {
  protected:

@@ -5,8 +5,11 @@
 #include <iterator>
 
 #include "host/Client.h"
+#include "host/Editing.h"
 #include "host/JsonText.h"
+#include "host/Suggestion.h"
 #include "host/Terminal.h"
+#include "host/calls/RequestCheck.h"
 #include "host/commands/Commands.h"
 
 namespace host {
@@ -15,11 +18,19 @@ namespace {
 struct CallOptions {
   std::string function;
   std::string request;
+  bool isRaw = false;
 };
 
 bool HasExchange(const Plugin& plugin, const std::string& name) {
   const Plugin::Function* function = plugin.Find(name);
   return function && std::holds_alternative<Plugin::Exchange>(*function);
+}
+
+void RefuseFaults(const CallOptions& call, const std::string& request) {
+  const std::vector<std::string> faults = FaultsOf(call.function, request);
+  if (faults.empty()) return;
+  for (size_t i = 0; i + 1 < faults.size(); ++i) Say("viewctl: " + Printable(call.function + ": " + faults[i]));
+  throw Failure(kUsage, call.function + ": " + faults.back() + " (nothing was sent; --raw sends it as it stands)");
 }
 
 int RunCall(const GlobalOptions& options, const CallOptions& call) {
@@ -28,11 +39,14 @@ int RunCall(const GlobalOptions& options, const CallOptions& call) {
 
   // A wrong name is told without a server.
   if (!HasExchange(Plugin(options.plugin), call.function)) {
-    throw Failure(kUsage, "There is no exchange " + call.function);
+    throw Failure(kUsage, "There is no exchange " + call.function + Suggestion(call.function, ExchangeNames()) +
+                              " (docs/exchanges.md lists them)");
   }
+  if (!call.isRaw) RefuseFaults(call, request);
 
   Client client(options, Texts::kAsKeys);
   client.Load();
+  if (IsEdit(call.function)) SayWhatIsEdited(options);
   if (!request.empty() && !IsReadAsRequest(request))
     Say("viewctl: The request is not JSON, so the defaults of its keys count");
   std::string response;
@@ -49,6 +63,7 @@ void AddCallCommand(CLI::App& app, Run& chosen) {
   const auto [command, call] = AddCommand(app, chosen, "call", "one exchange; its response on stdout", RunCall);
   command->add_option("FUNCTION", call->function, "its name")->required();
   command->add_option("JSON", call->request, "the request; \"-\" reads it from stdin");
+  command->add_flag("--raw", call->isRaw, "sends the request as it stands, whatever is wrong with its keys");
 }
 
 }  // namespace host

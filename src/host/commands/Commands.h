@@ -27,6 +27,19 @@ void AddExportCommand(CLI::App& app, Run& chosen);
 void AddImportCommand(CLI::App& app, Run& chosen);
 void AddServeCommand(CLI::App& app, Run& chosen);
 void AddDemoCommand(CLI::App& app, Run& chosen);
+void AddEditCommand(CLI::App& app, Run& chosen);
+void AddFindCommand(CLI::App& app, Run& chosen);
+void AddReplaceCommand(CLI::App& app, Run& chosen);
+void AddUndoCommand(CLI::App& app, Run& chosen);
+void AddShareCommand(CLI::App& app, Run& chosen);
+void AddDefaultCommand(CLI::App& app, Run& chosen);
+void AddMkdirCommand(CLI::App& app, Run& chosen);
+void AddMoveCommands(CLI::App& app, Run& chosen);
+void AddRmCommand(CLI::App& app, Run& chosen);
+void AddServersCommand(CLI::App& app, Run& chosen);
+void AddCompletionCommand(CLI::App& app, Run& chosen);
+void AddManCommand(CLI::App& app, Run& chosen);
+void AddHelpCommand(CLI::App& app, Run& chosen);
 
 // Adds a subcommand; `chosen` becomes its `run` where the line names it.
 inline CLI::App* AddCommand(CLI::App& app, Run& chosen, const std::string& name, const std::string& help, Run run) {

@@ -8,8 +8,8 @@
 
 #include "host/Client.h"
 #include "host/Drawer.h"
-#include "host/Ids.h"
 #include "host/JsonText.h"
+#include "host/Names.h"
 #include "host/PageText.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
@@ -42,14 +42,13 @@ std::string ReadPlan(const Plugin& plugin, const std::string& id) {
   return ValidUtf8(response);
 }
 
-void RequirePage(const DrawOptions& draw, int count) {
+void RequirePage(const DrawOptions& draw, const std::string& id, int count) {
   if (draw.page >= 1 && draw.page <= std::max(count, 1)) return;
-  throw Failure(kRefused, "View " + draw.id + " has " + Counted(static_cast<size_t>(count), "page") + " and no page " +
+  throw Failure(kRefused, "View " + id + " has " + Counted(static_cast<size_t>(count), "page") + " and no page " +
                               std::to_string(draw.page));
 }
 
 int RunDraw(const GlobalOptions& options, const DrawOptions& draw) {
-  RequireId(draw.id, "view");
   std::optional<SavedFile> file;
   std::optional<Drawer> drawer;
   DrawingOptions drawing;
@@ -61,9 +60,10 @@ int RunDraw(const GlobalOptions& options, const DrawOptions& draw) {
   }
   Client client(options, Texts::kTranslated);
   client.Load();
-  const std::string plan = ReadPlan(client.Functions(), draw.id);
+  const std::string id = Names(ReadViewTree(client.Functions())).View(draw.id).id;
+  const std::string plan = ReadPlan(client.Functions(), id);
   const QJsonObject read = QJsonDocument::fromJson(QByteArray::fromStdString(plan)).object();
-  RequirePage(draw, drawing::PageCount(read));
+  RequirePage(draw, id, drawing::PageCount(read));
   if (file) {
     file->Write(drawer->Draw(plan, draw.page, drawing));
   } else {
@@ -77,7 +77,7 @@ int RunDraw(const GlobalOptions& options, const DrawOptions& draw) {
 
 void AddDrawCommand(CLI::App& app, Run& chosen) {
   const auto [command, draw] = AddCommand(app, chosen, "draw", "a page of a view as a picture, or as text", RunDraw);
-  command->add_option("ID", draw->id, "the view")->required();
+  command->add_option("VIEW", draw->id, "its id, or its path: Station/Forecourt")->required();
   command->add_option("-o", draw->output, "the picture's file, .svg or .png; without it the page is printed as text")
       ->type_name("FILE");
   command->add_option("--page", draw->page, "which page, from 1")->type_name("N")->capture_default_str();

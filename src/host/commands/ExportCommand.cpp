@@ -5,14 +5,16 @@
 #include <set>
 
 #include "host/Client.h"
-#include "host/Ids.h"
 #include "host/JsonText.h"
+#include "host/Look.h"
+#include "host/Names.h"
 #include "host/PortableFile.h"
 #include "host/Progress.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/ViewTree.h"
 #include "host/commands/Commands.h"
+#include "host/find/Uses.h"
 
 namespace host {
 namespace {
@@ -20,33 +22,40 @@ namespace {
 struct ExportOptions {
   std::vector<std::string> ids;
   std::string output;
+  bool withNames = false;
 };
+
+// The names of all that the views show.
+std::map<Resource, std::string> NamesIn(const std::vector<PortableView>& views) {
+  std::set<Resource> resources;
+  for (const PortableView& view : views) {
+    rapidjson::Document pages;
+    ParseJson(view.pages, pages);
+    for (const Use& use : UsesIn(pages)) resources.insert(use.resource);
+  }
+  FetchResources(resources);
+  std::map<Resource, std::string> names;
+  for (const Resource& resource : resources) {
+    if (const std::string name = NameOfResource(resource); !name.empty()) names[resource] = name;
+  }
+  return names;
+}
 
 struct Selection {
   std::set<std::string> views;
-  std::set<std::string> groups;
+  std::set<size_t> folders;
 };
 
-bool HasView(const ViewTree& tree, const std::string& id) {
-  for (const TreeFolder& folder : tree.folders) {
-    for (const TreeView& view : folder.views) {
-      if (view.id == id) return true;
-    }
-  }
-  return false;
-}
-
 // Views and groups are numbered apart, so a bare number may mean both.
-Selection Select(const ViewTree& tree, const std::vector<QualifiedId>& ids) {
+Selection Select(const ViewTree& tree, const std::vector<std::string>& texts) {
   Selection selection;
-  for (const QualifiedId& wanted : ids) {
-    const bool view = wanted.of != QualifiedId::Of::kGroup && HasView(tree, wanted.id);
-    const bool group = wanted.of != QualifiedId::Of::kView && tree.FindFolder(wanted.id) != tree.folders.size();
-    if (view && group) {
-      throw Failure(kUsage, wanted.id + " is a view and a group: say view:" + wanted.id + " or group:" + wanted.id);
+  for (const std::string& text : texts) {
+    const Thing thing = Names(tree).Either(text, true);
+    if (thing.isView) {
+      selection.views.insert(thing.id);
+    } else {
+      selection.folders.insert(thing.folder);
     }
-    if (!view && !group) throw Failure(kRefused, "There is no view or group " + wanted.id);
-    (view ? selection.views : selection.groups).insert(wanted.id);
   }
   return selection;
 }
@@ -65,8 +74,7 @@ class Export {
     std::set<size_t> whole;
     // Folders stand behind the one they lie in, so one pass finds all that lie in a chosen one.
     for (size_t i = 0; i < m_tree.folders.size(); ++i) {
-      const TreeFolder& folder = m_tree.folders[i];
-      if (selection.groups.contains(folder.id) || whole.contains(folder.parent)) whole.insert(i);
+      if (selection.folders.contains(i) || whole.contains(m_tree.folders[i].parent)) whole.insert(i);
     }
     return Collect(whole, selection.views);
   }
@@ -135,8 +143,6 @@ class Export {
 };
 
 int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
-  std::vector<QualifiedId> ids;
-  for (const std::string& id : wanted.ids) ids.push_back(ParseQualifiedId(id));
   std::optional<SavedFile> file;
   if (wanted.output != "-") file.emplace(wanted.output);
 
@@ -144,14 +150,15 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   client.Load();
   const ViewTree tree = ReadViewTree(client.Functions());
   Export exporter(client.Functions(), tree);
-  const PortableFile content = ids.empty() ? exporter.Everything() : exporter.Of(Select(tree, ids));
+  PortableFile content = wanted.ids.empty() ? exporter.Everything() : exporter.Of(Select(tree, wanted.ids));
+  if (wanted.withNames) content.names = NamesIn(content.views);
   const std::string text = WritePortable(content);
   if (file) {
     file->Write(text);
   } else {
     std::fwrite(text.data(), 1, text.size(), stdout);
   }
-  Say("Exported " + Counted(content.views.size(), "view"));
+  Mention("Exported " + Counted(content.views.size(), "view"));
   if (exporter.LeftOut() > 0) {
     Say("Left out " + std::to_string(exporter.LeftOut()) +
         " that others shared with you; name their ids to export copies of them");
@@ -167,8 +174,10 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
 void AddExportCommand(CLI::App& app, Run& chosen) {
   const auto [command, wanted] =
       AddCommand(app, chosen, "export", "views and folders as a file for any server", RunExport);
-  command->add_option("ID", wanted->ids, "views and groups, view:ID and group:ID where a number means both; else all");
+  command->add_option("NAME", wanted->ids,
+                      "views and groups by id or path, view:ID and group:ID where a number means both; else all");
   command->add_option("-o", wanted->output, "the file; \"-\" is stdout")->type_name("FILE")->required();
+  command->add_flag("--with-names", wanted->withNames, "adds the names of what the views show, for a map by name");
 }
 
 }  // namespace host

@@ -1,197 +1,175 @@
 // SPDX-License-Identifier: Apache-2.0
-// viewctl import: makes on the server what an exported file holds, through the exchanges only.
-#include <cstdio>
-#include <fstream>
-#include <iterator>
+// viewctl import: makes on the server what exported files hold, through the exchanges only.
+#include <optional>
+#include <set>
 
 #include "host/Client.h"
-#include "host/Ids.h"
+#include "host/Editing.h"
 #include "host/ImportPlan.h"
+#include "host/InputFile.h"
 #include "host/JsonText.h"
-#include "host/Progress.h"
+#include "host/Names.h"
+#include "host/SavedFile.h"
+#include "host/StopSignal.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
+#include "host/import/ImportRun.h"
+#include "host/import/ResourceMap.h"
+#include "host/import/UnknownResources.h"
 
 namespace host {
 namespace {
 
 struct ImportOptions {
-  std::string file;
+  std::vector<std::string> files;
   std::string into;
+  std::string map;
+  std::string writeMap;
+  std::string retry;
+  bool skipUnknown = false;
+  bool update = false;
   bool dryRun = false;
+  bool json = false;
 };
 
-std::string ViewPlace(const ImportStep& step) {
-  return PlaceText(step.place) + " / " + Printable(step.view.name);
+// Each view of the files once; where a file holds one name at a place more than once, so often.
+PortableFile ReadAll(const std::vector<std::string>& names) {
+  PortableFile all;
+  std::map<std::pair<Place, std::string>, size_t> counts;
+  for (const std::string& name : names) {
+    const PortableFile file = ReadPortable(ReadInput(name));
+    all.folders.insert(all.folders.end(), file.folders.begin(), file.folders.end());
+    all.names.insert(file.names.begin(), file.names.end());
+    std::map<std::pair<Place, std::string>, size_t> own;
+    for (const PortableView& view : file.views) {
+      const std::pair key(view.folder, view.name);
+      if (++own[key] <= counts[key]) continue;
+      counts[key] = own[key];
+      all.views.push_back(view);
+    }
+  }
+  return all;
 }
 
-// Carries out the steps and reports each on stdout as it is done.
-class Import {
+class Importing {
  public:
-  Import(const Plugin& plugin, Existing existing, bool dryRun)
-      : m_plugin(plugin), m_folders(std::move(existing.folders)), m_dryRun(dryRun) {}
+  Importing(const Plugin& plugin, const ImportOptions& wanted, PortableFile file)
+      : m_plugin(plugin), m_wanted(wanted), m_file(std::move(file)), m_tree(ReadViewTree(plugin)) {}
 
-  int Run(const std::vector<ImportStep>& steps) {
-    {
-      Progress progress("Importing", steps.size());
-      m_progress = &progress;
-      for (const ImportStep& step : steps) {
-        progress.Step();
-        CarryOut(step);
-        if (m_failuresInARow < kGiveUpAfter) continue;
-        progress.Report("gave up after " + std::to_string(kGiveUpAfter) + " failures in a row; run it again to go on");
-        break;
-      }
-    }
-    const auto folders = [](size_t count) { return Counted(count, "folder"); };
-    const auto views = [](size_t count) { return Counted(count, "view"); };
-    const std::string sum = (m_dryRun ? "Would make " : "Made ") + folders(m_madeFolders) + " and " +
-                            views(m_madeViews) + ", skipped " + folders(m_keptFolders) + " and " + views(m_keptViews) +
-                            ", failed " + std::to_string(m_failed);
-    std::printf("%s\n", sum.c_str());
-    return m_failed == 0 ? kDone : kRefused;
+  int Run() {
+    FindInto();
+    if (!m_wanted.map.empty()) ApplyMap();
+    const std::vector<UnknownUse> unknown = FindUnknown(m_file);
+    if (!m_wanted.writeMap.empty()) return SaveMap(unknown);
+    std::optional<SavedFile> retry;
+    if (!m_wanted.retry.empty() && !m_wanted.dryRun) retry.emplace(m_wanted.retry);
+    Tell(unknown);
+    return CarryOut(unknown, retry);
   }
 
  private:
-  // A server that is gone fails everything that follows.
-  static constexpr int kGiveUpAfter = 5;
+  // Of unknown resources more would hide what else is said; a dry run tells all.
+  static constexpr size_t kMostTold = 20;
 
-  void CarryOut(const ImportStep& step) {
-    switch (step.action) {
-      case ImportStep::kKeepFolder:
-        ++m_keptFolders;
-        Report("skipped", "folder", PlaceText(step.place), "is there");
-        break;
-      case ImportStep::kMakeFolder:
-        MakeFolder(step);
-        break;
-      case ImportStep::kKeepView:
-        ++m_keptViews;
-        Report("skipped", "view", ViewPlace(step), IsSame(step) ? "is there" : "is there with other content, kept");
-        break;
-      case ImportStep::kMakeView:
-        MakeView(step);
-        break;
+  void FindInto() {
+    if (m_wanted.into.empty()) return;
+    m_named = Names(m_tree).Folder(m_wanted.into);
+    m_into = Place{m_tree.folders[m_named.folder].kind, m_tree.PathOf(m_named.folder)};
+  }
+
+  void ApplyMap() {
+    const Substitutes substitutes = ResolveMap(ReadMap(ReadInput(m_wanted.map)), m_file, m_plugin, m_tree);
+    for (PortableView& view : m_file.views) {
+      rapidjson::Document pages;
+      ParseJson(view.pages, pages);
+      size_t places = 0;
+      view.pages = WithOtherResources(pages, substitutes, places);
     }
   }
 
-  void MakeFolder(const ImportStep& step) {
-    Place parent = step.place;
-    parent.path.pop_back();
-    const auto parentId = FolderId(parent);
-    if (!parentId) return Fail("folder", PlaceText(step.place), "the folder above was not made", false);
-    std::string id;
-    if (!m_dryRun) {
-      rapidjson::Document answer;
-      const std::string request = ObjectText()
-                                      .Add("Name", step.place.path.back())
-                                      .Add("ParentID", *parentId)
-                                      .Add("Type", step.place.kind)
-                                      .Add("is_share_viewgroup", step.place.kind == kShared)
-                                      .Text();
-      const bool done = m_plugin.Ask("AddPlanGroup", request, answer);
-      if (!done) return Fail("folder", PlaceText(step.place), TextOf(answer, "ErrorInfo"), true);
-      id = TextOf(answer, "ID");
+  int SaveMap(const std::vector<UnknownUse>& unknown) {
+    std::vector<MapEntry> entries;
+    for (const Resource& resource : ResourcesOf(unknown)) {
+      const auto name = m_file.names.find(resource);
+      entries.push_back({resource.type, resource.id, name == m_file.names.end() ? "" : name->second, ""});
     }
-    m_folders[step.place] = id;
-    m_failuresInARow = 0;
-    ++m_madeFolders;
-    Report(m_dryRun ? "would make" : "made", "folder", PlaceText(step.place), {});
+    SavedFile(m_wanted.writeMap).Write(WriteMap(entries));
+    Say(Counted(entries.size(), "resource") +
+        " of the file not on this server; nothing was imported. Fill in each \"To\" in " + m_wanted.writeMap +
+        " and give it with --map");
+    return kDone;
   }
 
-  void MakeView(const ImportStep& step) {
-    const auto folderId = FolderId(step.place);
-    if (!folderId) return Fail("view", ViewPlace(step), "its folder was not made", false);
-    if (!m_dryRun) {
-      rapidjson::Document answer;
-      // What lies in an own folder of the shared kind is private too: shared is what others share with the user.
-      const std::string request = ObjectText()
-                                      .Add("GroupID", *folderId)
-                                      .Add("Name", step.view.name)
-                                      .Add("Type", step.place.kind == kPublic ? kPublic : kPrivate)
-                                      .Add("AutoCycle", step.view.autoCycle)
-                                      .Add("RoundTime", step.view.roundTime)
-                                      .AddRaw("PlanPages", step.view.pages)
-                                      .Text();
-      const bool done = m_plugin.Ask("AddPlan", request, answer);
-      if (!done) return Fail("view", ViewPlace(step), TextOf(answer, "ErrorInfo"), true);
+  void Tell(const std::vector<UnknownUse>& unknown) const {
+    if (unknown.empty()) return;
+    const size_t told = m_wanted.dryRun ? unknown.size() : std::min(unknown.size(), kMostTold);
+    for (size_t i = 0; i < told; ++i) Say(DescribeUnknown(m_file, unknown[i]));
+    if (told < unknown.size()) Say("and " + std::to_string(unknown.size() - told) + " more; --dry-run tells all");
+    const std::string advice =
+        m_wanted.skipUnknown ? "these views are left out" : "--skip-unknown leaves these views out";
+    Say("Warning: " + Counted(ResourcesOf(unknown).size(), "resource") +
+        " not on this server; --write-map FILE and --map FILE put others in their place, " + advice);
+  }
+
+  int CarryOut(const std::vector<UnknownUse>& unknown, std::optional<SavedFile>& retry) {
+    Existing existing = ExistingIn(m_tree);
+    // Of several folders at one place the one that was named is meant.
+    if (m_into) existing.folders[*m_into] = m_named.id;
+    const auto steps = PlanImport(m_file, existing, m_into);
+    ImportChoices choices{m_wanted.dryRun, m_wanted.json, m_wanted.update, {}};
+    if (m_wanted.skipUnknown) {
+      for (const UnknownUse& one : unknown) choices.skip.insert(m_file.views[one.view]);
     }
-    m_failuresInARow = 0;
-    ++m_madeViews;
-    Report(m_dryRun ? "would make" : "made", "view", ViewPlace(step), {});
+    WatchForStop();
+    ImportRun run(m_plugin, std::move(existing), std::move(choices));
+    const int status = run.Run(steps);
+    if (retry) SaveRest(run.Unfinished(), *retry);
+    return status;
   }
 
-  std::optional<std::string> FolderId(const Place& place) const {
-    if (place.path.empty()) return "-1";
-    const auto found = m_folders.find(place);
-    return found == m_folders.end() ? std::nullopt : std::optional(found->second);
-  }
-
-  bool IsSame(const ImportStep& step) const {
-    std::string response;
-    m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", step.id).Add("NeedResourceName", false).Text(), response);
-    rapidjson::Document detail;
-    ParseAnswer(response, detail);  // what cannot be read is other content
-    return ToPortable(detail, step.view.folder) == step.view;
-  }
-
-  void Fail(const char* what, const std::string& place, const std::string& reason, bool refused) {
-    ++m_failed;
-    if (refused) ++m_failuresInARow;
-    Report("failed", what, place, Printable(reason));
-  }
-
-  void Report(const char* outcome, const char* what, const std::string& place, const std::string& reason) {
-    m_progress->Report(std::string(outcome) + " " + what + " " + place + (reason.empty() ? "" : ": " + reason));
+  void SaveRest(const std::vector<PortableView>& rest, SavedFile& retry) const {
+    PortableFile file;
+    file.views = rest;
+    retry.Write(WritePortable(file));
+    if (!rest.empty()) {
+      Say(Counted(rest.size(), "view") + " left for another time: viewctl import " + m_wanted.retry);
+    }
   }
 
   const Plugin& m_plugin;
-  std::map<Place, std::string> m_folders;
-  const bool m_dryRun;
-  Progress* m_progress = nullptr;  // set while steps are carried out
-  size_t m_madeFolders = 0;
-  size_t m_madeViews = 0;
-  size_t m_keptFolders = 0;
-  size_t m_keptViews = 0;
-  size_t m_failed = 0;
-  int m_failuresInARow = 0;
+  const ImportOptions& m_wanted;
+  PortableFile m_file;
+  const ViewTree m_tree;
+  Thing m_named;
+  std::optional<Place> m_into;
 };
 
-std::string ReadFile(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (!file.is_open() || file.bad()) throw Failure(kUsage, "The file " + name + " cannot be read");
-  return text;
-}
-
 int RunImport(const GlobalOptions& options, const ImportOptions& wanted) {
-  const PortableFile file = ReadPortable(ReadFile(wanted.file));
-  if (!wanted.into.empty()) RequireId(wanted.into, "group");
-
-  Client client(options, Texts::kTranslated);
+  PortableFile file = ReadAll(wanted.files);
+  const bool changesNothing = wanted.dryRun || !wanted.writeMap.empty();
+  Client client(WithoutNewStore(options, changesNothing), Texts::kTranslated);
   client.Load();
-  const ViewTree tree = ReadViewTree(client.Functions());
-  std::optional<Place> into;
-  if (!wanted.into.empty()) {
-    const size_t folder = tree.FindFolder(wanted.into);
-    if (folder == tree.folders.size()) throw Failure(kRefused, "There is no group " + wanted.into);
-    into = Place{tree.folders[folder].kind, tree.PathOf(folder)};
-  }
-  Existing existing = ExistingIn(tree);
-  // Of several folders at one place the one that was named is meant.
-  if (into) existing.folders[*into] = wanted.into;
-  const auto steps = PlanImport(file, existing, into);
-  return Import(client.Functions(), std::move(existing), wanted.dryRun).Run(steps);
+  if (!changesNothing) SayWhatIsEdited(options);
+  return Importing(client.Functions(), wanted, std::move(file)).Run();
 }
 
 }  // namespace
 
 void AddImportCommand(CLI::App& app, Run& chosen) {
   const auto [command, wanted] =
-      AddCommand(app, chosen, "import", "what such a file holds and is not there yet", RunImport);
-  command->add_option("FILE", wanted->file, "written by export")->required();
+      AddCommand(app, chosen, "import", "what such files hold and is not there yet", RunImport);
+  command->add_option("FILE", wanted->files, "written by export; \"-\" is stdin")->required();
   command->add_option("--into", wanted->into, "puts everything below this group")->type_name("GROUP");
+  command->add_option("--map", wanted->map, "what takes the place of resources that are not on this server")
+      ->type_name("FILE");
+  command->add_option("--write-map", wanted->writeMap, "only writes such a file, to be filled in")->type_name("FILE");
+  command->add_option("--retry", wanted->retry, "takes the views that were not made, to be imported again")
+      ->type_name("FILE");
+  command->add_flag("--skip-unknown", wanted->skipUnknown, "leaves out views that show what is not on this server");
+  command->add_flag("--update", wanted->update, "makes views that are there equal to the file's");
   command->add_flag("--dry-run", wanted->dryRun, "only say what would be made");
+  AddOutcomesAsJson(*command, wanted->json);
 }
 
 }  // namespace host

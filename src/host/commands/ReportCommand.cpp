@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "host/Client.h"
+#include "host/Look.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
@@ -24,14 +25,14 @@ struct ReportOptions {
   std::string folder;
 };
 
-std::string Resource(const char* name) {
+std::string ReadResource(const char* name) {
   QFile file(name);
   if (!file.open(QIODevice::ReadOnly)) throw Failure(kRefused, std::string(name) + " is not in the program");
   return file.readAll().toStdString();
 }
 
-ReportLook Look() {
-  return {Resource(":/report.css"), Resource(":/report.js")};
+ReportLook LookOfReport() {
+  return {ReadResource(":/report.css"), ReadResource(":/report.js")};
 }
 
 // Without what an address may hold to log in with.
@@ -50,7 +51,7 @@ std::string OnePage(const Report& report) {
            "</noscript>";
   };
   drawings.definitions = [&] { return paths.Definitions(); };
-  return WriteReport(report, Look(), drawings);
+  return WriteReport(report, LookOfReport(), drawings);
 }
 
 void WriteFolder(const Report& report, ReportFolder& folder) {
@@ -64,7 +65,7 @@ void WriteFolder(const Report& report, ReportFolder& folder) {
            std::to_string(size.height) + "\" alt=\"" + HtmlLine(shown.head) + "\" aria-labelledby=\"" +
            WordsId(view, page) + "\"/>";
   };
-  folder.Finish(WriteReport(report, Look(), drawings));
+  folder.Finish(WriteReport(report, LookOfReport(), drawings));
 }
 
 int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {
@@ -90,7 +91,7 @@ int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {
     }
   }
   if (folder) WriteFolder(report, *folder);
-  Say("Reported " + Counted(report.views.size(), "view"));
+  Mention("Reported " + Counted(report.views.size(), "view"));
   return kDone;
 }
 

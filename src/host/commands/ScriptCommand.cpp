@@ -93,7 +93,8 @@ int RunScript(const GlobalOptions& options, const ScriptOptions& script) {
   if (file != "-") {
     stream.open(file, std::ios::binary);
     // A folder opens, but nothing can be read from it.
-    if (!stream || (stream.peek(), stream.bad())) throw Failure(kUsage, "The script " + file + " cannot be read");
+    if (!stream || (stream.peek(), stream.bad()))
+      throw Failure(kUsage, "The script " + file + " cannot be read: is it there, and yours to read?");
     stream.clear();
   }
   return Script(options).Run(file == "-" ? std::cin : stream);

@@ -21,7 +21,8 @@ void ReadAddress(const std::string& text, server::ViewServerOptions& options) {
   const size_t colon = text.rfind(':');
   const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
   const bool digits = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
-  if (colon == 0 || !digits || std::stoi(port) > 65535) throw Failure(kUsage, "--listen: not HOST:PORT");
+  if (colon == 0 || !digits || std::stoi(port) > 65535)
+    throw Failure(kUsage, "--listen: " + text + " is not HOST:PORT, such as 127.0.0.1:8090");
   std::string name = text.substr(0, colon);
   if (name.size() > 2 && name.front() == '[' && name.back() == ']') name = name.substr(1, name.size() - 2);
   options.listenHost = name;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// viewctl show: one view in full.
+// viewctl show: views in full.
 #include <algorithm>
 #include <cstdio>
 
 #include "host/Client.h"
-#include "host/Ids.h"
 #include "host/JsonText.h"
+#include "host/Names.h"
 #include "host/ViewText.h"
 #include "host/ViewTree.h"
 #include "host/commands/Commands.h"
@@ -14,7 +14,7 @@ namespace host {
 namespace {
 
 struct ShowOptions {
-  std::string id;
+  std::vector<std::string> views;
   bool json = false;
 };
 
@@ -30,23 +30,29 @@ std::vector<std::string> FolderOf(const ViewTree& tree, const rapidjson::Value& 
   return names;
 }
 
+void Show(const Plugin& plugin, const ViewTree& tree, const std::string& id, bool asJson) {
+  const std::string request = ObjectText().Add("ID", id).Text();
+  std::string response;
+  const bool done = plugin.Ask("GetPlanDetail", request, response);
+  rapidjson::Document detail;
+  const bool isJson = ParseAnswer(response, detail);
+  if (asJson) std::printf("%s\n", ValidUtf8(response).c_str());
+  if (!done) throw Failure(kRefused, "View " + id + ": " + TextOf(detail, "ErrorInfo"));
+  if (asJson) return;
+  if (!isJson) throw Failure(kRefused, "GetPlanDetail: The response is not JSON, so nothing is made of it");
+  const std::string text = DescribeView(detail, FolderOf(tree, detail));
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
 int RunShow(const GlobalOptions& options, const ShowOptions& show) {
-  RequireId(show.id, "view");
   Client client(options, Texts::kTranslated);
   client.Load();
-  const std::string request = ObjectText().Add("ID", show.id).Text();
-  std::string response;
-  rapidjson::Document detail;
-  const bool done = show.json ? client.Functions().Ask("GetPlanDetail", request, response)
-                              : client.Functions().Ask("GetPlanDetail", request, detail);
-  if (show.json) {
-    std::printf("%s\n", ValidUtf8(response).c_str());
-    ParseAnswer(response, detail);
-  }
-  if (!done) throw Failure(kRefused, "View " + show.id + ": " + TextOf(detail, "ErrorInfo"));
-  if (!show.json) {
-    const std::string text = DescribeView(detail, FolderOf(ReadViewTree(client.Functions()), detail));
-    std::fwrite(text.data(), 1, text.size(), stdout);
+  const ViewTree tree = ReadViewTree(client.Functions());
+  std::vector<std::string> ids;
+  for (const std::string& view : show.views) ids.push_back(Names(tree).View(view).id);
+  for (size_t i = 0; i < ids.size(); ++i) {
+    if (i > 0 && !show.json) std::fputc('\n', stdout);
+    Show(client.Functions(), tree, ids[i], show.json);
   }
   return kDone;
 }
@@ -54,9 +60,9 @@ int RunShow(const GlobalOptions& options, const ShowOptions& show) {
 }  // namespace
 
 void AddShowCommand(CLI::App& app, Run& chosen) {
-  const auto [command, show] = AddCommand(app, chosen, "show", "one view in full", RunShow);
-  command->add_option("ID", show->id, "the view")->required();
-  command->add_flag("--json", show->json, "as the plugin answers it, in UTF-8");
+  const auto [command, show] = AddCommand(app, chosen, "show", "views in full", RunShow);
+  command->add_option("VIEW", show->views, "ids, or paths: Station/Forecourt")->required();
+  command->add_flag("--json", show->json, "as the plugin answers it, in UTF-8, a line for each");
 }
 
 }  // namespace host

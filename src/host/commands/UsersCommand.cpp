@@ -4,21 +4,46 @@
 
 #include "host/Client.h"
 #include "host/JsonText.h"
+#include "host/Look.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
 
 namespace host {
 namespace {
 
-int RunUsers(const GlobalOptions& options) {
+struct UsersOptions {
+  bool json = false;
+};
+
+std::string UsersAsJson(const rapidjson::Value& users) {
+  std::string lines;
+  for (const auto& user : users.GetArray()) {
+    ObjectText text;
+    text.Add("ID", NumberOf(user, "user_id")).Add("Online", FlagOf(user, "user_online"));
+    text.Add("PTZ", NumberOf(user, "user_ptz_ability")).Add("Name", TextOf(user, "user_name"));
+    lines += (lines.empty() ? "\n" : ",\n") + text.Text();
+  }
+  return "[" + lines + "]\n";
+}
+
+void PrintUsers(const rapidjson::Value& users) {
+  std::printf("%s\n", StyledOut(Style::kHead, "ID      ONLINE   PTZ  NAME").c_str());
+  for (const auto& user : users.GetArray()) {
+    std::printf("%-6d  %-7s  %-3d  %s\n", NumberOf(user, "user_id"), FlagOf(user, "user_online") ? "yes" : "no",
+                NumberOf(user, "user_ptz_ability"), Printable(TextOf(user, "user_name")).c_str());
+  }
+}
+
+int RunUsers(const GlobalOptions& options, const UsersOptions& wanted) {
   Client client(options, Texts::kTranslated);
   client.Load();
   rapidjson::Document answer;
   if (!client.Functions().Ask("GetAllUserInfo", "", answer)) throw Failure(kRefused, TextOf(answer, "error_info"));
-  std::printf("%-6s  %-7s  %-3s  %s\n", "ID", "ONLINE", "PTZ", "NAME");
-  for (const auto& user : ListOf(answer, "user_detail_list").GetArray()) {
-    std::printf("%-6d  %-7s  %-3d  %s\n", NumberOf(user, "user_id"), FlagOf(user, "user_online") ? "yes" : "no",
-                NumberOf(user, "user_ptz_ability"), Printable(TextOf(user, "user_name")).c_str());
+  const rapidjson::Value& users = ListOf(answer, "user_detail_list");
+  if (wanted.json) {
+    std::fputs(UsersAsJson(users).c_str(), stdout);
+  } else {
+    PrintUsers(users);
   }
   return kDone;
 }
@@ -26,7 +51,8 @@ int RunUsers(const GlobalOptions& options) {
 }  // namespace
 
 void AddUsersCommand(CLI::App& app, Run& chosen) {
-  AddCommand(app, chosen, "users", "the users that views can be shared with", RunUsers);
+  const auto [command, wanted] = AddCommand(app, chosen, "users", "the users that views can be shared with", RunUsers);
+  command->add_flag("--json", wanted->json, "as JSON");
 }
 
 }  // namespace host

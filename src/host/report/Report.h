@@ -28,7 +28,7 @@ struct ReportView {
 };
 
 // One place where a resource is shown.
-struct Use {
+struct ReportUse {
   size_t view = 0;  // index in the report
   int page = 0;     // from 1
   int window = 0;   // its number
@@ -41,7 +41,7 @@ struct ReportResource {
   std::string name;  // empty: not known
   std::string site;  // empty: none
   bool isOnServer = false;
-  std::vector<Use> uses;  // in the order of the views
+  std::vector<ReportUse> uses;  // in the order of the views
 };
 
 struct Report {

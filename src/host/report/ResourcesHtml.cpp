@@ -35,13 +35,13 @@ std::string Headline(const std::string& kind) {
   return text;
 }
 
-std::string WriteWindow(const Use& use) {
+std::string WriteWindow(const ReportUse& use) {
   const std::string text = "page " + std::to_string(use.page) + " window " + std::to_string(use.window);
   return use.how.empty() ? text : text + " (" + use.how + ")";
 }
 
 // The view once, and all of its windows that show the resource.
-std::string WriteUses(const Report& report, const std::vector<Use>& uses) {
+std::string WriteUses(const Report& report, const std::vector<ReportUse>& uses) {
   std::string text;
   for (size_t i = 0; i < uses.size();) {
     const ReportView& view = report.views[uses[i].view];

@@ -77,7 +77,7 @@ void ResourceIndex::Add(const drawing::Page& page, size_t view) {
   for (const drawing::Window& window : page.windows) AddWindow(window, {view, page.number, window.number, {}});
 }
 
-void ResourceIndex::AddWindow(const drawing::Window& window, const Use& use) {
+void ResourceIndex::AddWindow(const drawing::Window& window, const ReportUse& use) {
   const QString word = drawing::WordOf(window.type);
   if (window.kind == drawing::WindowKind::kEmpty) return;
   const bool isPage = window.kind == drawing::WindowKind::kWebPage && !window.text.isEmpty();
@@ -95,7 +95,7 @@ void ResourceIndex::AddWindow(const drawing::Window& window, const Use& use) {
   }
 }
 
-void ResourceIndex::AddUse(const QString& kind, const QString& id, const QString& name, const Use& use) {
+void ResourceIndex::AddUse(const QString& kind, const QString& id, const QString& name, const ReportUse& use) {
   if (id.isEmpty() || id == "-1" || id == "0") return;
   ReportResource& resource = m_resources[{kind.toStdString(), id.toStdString()}];
   resource.kind = kind.toStdString();

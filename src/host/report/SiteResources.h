@@ -27,8 +27,8 @@ class ResourceIndex {
   std::vector<ReportResource> Take();
 
  private:
-  void AddUse(const QString& kind, const QString& id, const QString& name, const Use& use);
-  void AddWindow(const drawing::Window& window, const Use& use);
+  void AddUse(const QString& kind, const QString& id, const QString& name, const ReportUse& use);
+  void AddWindow(const drawing::Window& window, const ReportUse& use);
 
   std::map<std::pair<std::string, std::string>, ReportResource> m_resources;  // by kind and id
 };

@@ -31,7 +31,7 @@ FileLock::FileLock(const std::string& dataFile) {
   GiveToOwnerOf(file, m_descriptor);
   if (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
     close(m_descriptor);
-    throw std::runtime_error("another server uses " + dataFile);
+    throw FileInUse("another server uses " + dataFile);
   }
 }
 

@@ -2,14 +2,21 @@
 // One server at a time on a store: it keeps the site in memory and would not see what another one writes.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 namespace server {
 
+class FileInUse : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 class FileLock {
  public:
   // Locks the store's file + ".lock" until the end of the object's life, whatever symbolic links lead to the store;
-  // ":memory:" needs none. Throws std::runtime_error with one plain line when somebody else has it.
+  // ":memory:" needs none. Throws FileInUse with one plain line when somebody else has it, std::runtime_error when it
+  // cannot be made.
   explicit FileLock(const std::string& dataFile);
   ~FileLock();
   FileLock(const FileLock&) = delete;

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/PasswordPrompt.h"
+
+#include <cstdio>
+
+#include "host/Failure.h"
+
+#ifndef _WIN32
+#include <termios.h>
+#include <unistd.h>
+#include <csignal>
+#else
+#include <iostream>
+#endif
+
+namespace host {
+namespace {
+
+#ifndef _WIN32
+void OnInterrupt(int) {}
+
+// As long as it lives, what is typed is not shown, and Ctrl-C ends the reading instead of the program, which would
+// leave the terminal so.
+class SilentTerminal {
+ public:
+  SilentTerminal() {
+    tcgetattr(STDIN_FILENO, &m_before);
+    termios silent = m_before;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
+    struct sigaction action {};
+    action.sa_handler = OnInterrupt;
+    sigaction(SIGINT, &action, &m_action);
+  }
+  ~SilentTerminal() {
+    sigaction(SIGINT, &m_action, nullptr);
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
+  }
+  SilentTerminal(const SilentTerminal&) = delete;
+  SilentTerminal& operator=(const SilentTerminal&) = delete;
+
+ private:
+  termios m_before{};
+  struct sigaction m_action {};
+};
+
+// What is typed before the question is thrown away.
+std::string ReadSilently(const std::string& question) {
+  const SilentTerminal silent;
+  std::fputs(question.c_str(), stderr);
+  std::string line;
+  for (char c = 0; read(STDIN_FILENO, &c, 1) == 1 && c != '\n';) line += c;
+  return line;
+}
+#else
+std::string ReadSilently(const std::string& question) {
+  std::fputs(question.c_str(), stderr);
+  std::string line;
+  std::getline(std::cin, line);
+  return line;
+}
+#endif
+
+}  // namespace
+
+std::string AskForPassword(const std::string& question) {
+  const std::string password = ReadSilently(question + ": ");
+  std::fputc('\n', stderr);
+  if (password.empty()) throw Failure(kUsage, "No password was given");
+  return password;
+}
+
+}  // namespace host

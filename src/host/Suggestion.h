@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+// "; did you mean show?" for the candidate that the text may be a slip of; empty where none is near. `quote` stands
+// around the candidate.
+std::string Suggestion(std::string_view text, const std::vector<std::string>& candidates, std::string_view quote = "");
+
+}  // namespace host

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl edit: a view as text in an editor, and back.
+#include <cstdio>
+
+#include "host/Client.h"
+#include "host/Editing.h"
+#include "host/InputFile.h"
+#include "host/Look.h"
+#include "host/Names.h"
+#include "host/Terminal.h"
+#include "host/commands/Commands.h"
+#include "host/edit/EditText.h"
+#include "host/edit/EditableView.h"
+#include "host/edit/Editor.h"
+#include "host/edit/ViewDifference.h"
+
+namespace host {
+namespace {
+
+struct EditOptions {
+  std::string view;
+  std::string from;
+  bool dryRun = false;
+  bool force = false;
+  bool yes = false;
+};
+
+class EditView {
+ public:
+  EditView(const Plugin& plugin, const EditOptions& options, const std::string& id)
+      : m_plugin(plugin), m_options(options), m_before(Present(id)) {
+    if (m_before.isShared) throw Failure(kRefused, "View " + id + " is shared with you, and its owner's to edit");
+  }
+
+  int Run() {
+    if (!m_options.from.empty()) return Take(WithoutNotes(ReadInput(m_options.from)), m_options.from);
+    EditFile file("view-" + m_before.id, ToEditText(m_before));
+    const std::string text = EditUntilSound(file);
+    try {
+      return Take(text, "The text");
+    } catch (const Failure& failure) {
+      throw Failure(failure.Status(), failure.what() + std::string("; your text is in ") + file.Keep());
+    }
+  }
+
+ private:
+  EditableView Present(const std::string& id) const {
+    std::string reason;
+    auto view = ReadEditable(m_plugin, id, reason);
+    if (!view) throw Failure(kRefused, "View " + id + ": " + reason);
+    return *std::move(view);
+  }
+
+  // The file comes back as long as it has faults, unless nobody mends them.
+  static std::string EditUntilSound(EditFile& file) {
+    std::string faulty;
+    while (true) {
+      file.Edit();
+      const std::string text = WithoutNotes(file.Read());
+      if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
+        throw Failure(kUsage, "The text is empty, so nothing was changed");
+      }
+      const std::vector<EditFault> faults = FaultsInEdit(text);
+      if (faults.empty()) return text;
+      if (text == faulty) throw Failure(kUsage, FaultText("The text", faults) + "; your text is in " + file.Keep());
+      file.Write(WithNotes(text, faults));
+      faulty = text;
+    }
+  }
+
+  static std::string FaultText(const std::string& where, const std::vector<EditFault>& faults) {
+    return where + ", line " + std::to_string(faults.front().line) + ": " + faults.front().text;
+  }
+
+  int Take(const std::string& text, const std::string& where) {
+    if (const auto faults = FaultsInEdit(text); !faults.empty()) throw Failure(kUsage, FaultText(where, faults));
+    const EditableView after = FromEditText(text, m_before);
+    const std::vector<std::string> changes = Differences(m_before, after);
+    if (changes.empty()) {
+      Say("Nothing was changed");
+      return kDone;
+    }
+    const std::vector<std::string> others = Differences(m_before, Present(m_before.id));
+    for (const std::string& change : changes) std::printf("%s\n", change.c_str());
+    std::fflush(stdout);
+    TellOthers(others);
+    if (!m_options.dryRun) Save(after, !others.empty());
+    return kDone;
+  }
+
+  static void TellOthers(const std::vector<std::string>& others) {
+    if (!others.empty()) Say("Another client has changed the view meanwhile:");
+    for (const std::string& change : others) Say("  " + change);
+  }
+
+  void Save(const EditableView& after, bool isOverOthers) {
+    const char* question = isOverOthers ? "Save yours in the place of that?" : "Save?";
+    const bool mayBeSaved = isOverOthers ? m_options.force : m_options.yes || m_options.force || !CanAsk();
+    if (!mayBeSaved && !(CanAsk() && Ask(question))) {
+      throw Failure(kRefused, std::string("Nothing was saved") +
+                                  (isOverOthers ? "; --force puts yours in the place of that" : ""));
+    }
+    if (const std::string reason = Update(m_plugin, after); !reason.empty()) throw Failure(kRefused, reason);
+    Mention("Saved view " + after.id);
+  }
+
+  const Plugin& m_plugin;
+  const EditOptions& m_options;
+  const EditableView m_before;
+};
+
+int RunEdit(const GlobalOptions& options, const EditOptions& edit) {
+  Client client(WithoutNewStore(options, edit.dryRun), Texts::kTranslated);
+  client.Load();
+  const std::string id = Names(ReadViewTree(client.Functions())).View(edit.view).id;
+  if (!edit.dryRun) SayWhatIsEdited(options);
+  return EditView(client.Functions(), edit, id).Run();
+}
+
+}  // namespace
+
+void AddEditCommand(CLI::App& app, Run& chosen) {
+  const auto [command, edit] = AddCommand(app, chosen, "edit", "a view as text in an editor", RunEdit);
+  command->add_option("VIEW", edit->view, "its id, or its path: Station/Forecourt")->required();
+  command->add_option("--from", edit->from, "takes the text from there instead; \"-\" is stdin")->type_name("FILE");
+  command->add_flag("--force", edit->force, "saves it even where another client has changed the view meanwhile");
+  command->add_flag("-y,--yes", edit->yes, "saves without asking");
+  command->add_flag("--dry-run", edit->dryRun, "only say what would be changed");
+  command->footer(
+      "The editor is VISUAL, EDITOR or vi. What is changed is shown by page and window before it is saved.");
+}
+
+}  // namespace host

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: Apache-2.0
+// A view edited as text: what comes back, what is shown, what is saved.
+#include "TerminalRunner.h"
+
+namespace test {
+namespace {
+
+class EditTest : public testing::Test {
+ protected:
+  // The editor is a shell script, of which $1 is the file.
+  Outcome Edit(const std::string& script, const QStringList& options = {}) {
+    const std::string file = m_site.Folder() + "/editor.sh";
+    WriteFile(file, script);
+    std::remove(Log().c_str());
+    const QString line = QString::fromStdString("EDITOR='sh " + file + "' exec '" VIEWCTL_FILE "' \"$@\"");
+    return test::Run(QStringList{"-c", line, "sh"} + m_site.As("maria") + QStringList{"edit", "110"} + options +
+                         QStringList{"--log-file", QString::fromStdString(Log())},
+                     "sample-maria", {}, "sh");
+  }
+  std::string Log() const { return m_site.Folder() + "/log"; }
+  Outcome Maria(const QStringList& command) { return RunAs(m_site, "maria", command); }
+  // `replace` of the camera that view 110 shows, as another client makes it.
+  std::string OtherClient() const {
+    return "VIEWCTL_PASSWORD=sample-admin '" VIEWCTL_FILE "' --server " + m_site.Url() +
+           " replace 2031 2033 --in group:3 >/dev/null 2>&1\n"
+           // Until the edit, which is waiting, has heard of it.
+           "i=0; until grep -q ViewDataResourceUpdate " +
+           Log() + " || [ $i -ge 300 ]; do sleep 0.1; i=$((i+1)); done; sleep 0.3\n";
+  }
+  // The file that a message says to have kept, which then is removed.
+  static std::string TakeKept(const std::string& message) {
+    const std::string begin = "your text is in ";
+    const size_t at = message.find(begin);
+    if (at == std::string::npos) return "nothing was kept";
+    std::string file = message.substr(at + begin.size());
+    file = file.substr(0, file.find_first_of("\n"));
+    std::string text = ReadFile(file);
+    std::remove(file.c_str());
+    return text;
+  }
+
+  Site m_site;
+};
+
+TEST_F(EditTest, WhatIsChangedIsShownByPageAndWindowAndThenSaved) {
+  const std::string camera = "sed -i 's/\"2031\"/\"2032\"/' $1";
+  const Outcome dry = Edit(camera, {"--dry-run"});
+  EXPECT_EQ(dry.status, 0) << dry.err;
+  EXPECT_TRUE(Has(dry.out, "page 1, window 0: ResourceID \"2031\" -> \"2032\"\n")) << dry.out << dry.err;
+  EXPECT_TRUE(Has(Maria({"show", "110"}).out, "id 2031"));
+  const Outcome saved = Edit(camera);
+  EXPECT_EQ(saved.out, dry.out);
+  EXPECT_TRUE(Has(saved.err, "Saved view 110")) << saved.err;
+  EXPECT_TRUE(Has(Maria({"show", "110"}).out, "id 2032"));
+  const Outcome nothing = Edit("true");
+  EXPECT_EQ(nothing.status, 0);
+  EXPECT_TRUE(Has(nothing.err, "Nothing was changed")) << nothing.err;
+}
+
+TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
+  const std::string before = Maria({"show", "110", "--json"}).out;
+  // The first time a mistake is made, the second time the note below it is looked for and the mistake mended.
+  const Outcome mended = Edit(
+      "if grep -q Nmae $1; then grep -A1 -n Nmae $1 >&2; sed -i s/Nmae/Name/ $1;\n"
+      "else sed -i 's/\"Name\": \"Plat/\"Nmae\": \"Flat/' $1; fi");
+  EXPECT_EQ(mended.status, 0) << mended.err;
+  EXPECT_TRUE(Has(mended.err, "4:// ^ there is no key \"Nmae\"; did you mean \"Name\"?")) << mended.err;
+  EXPECT_TRUE(Has(mended.out, "name: \"Platform 1 edge, magnified\" -> \"Flatform 1 edge, magnified\"")) << mended.out;
+
+  const std::pair<const char*, const char*> mistakes[] = {
+      {"sed -i '$d' $1", "this is no JSON, at column "},
+      {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": true,/' $1", "line 3: it takes a whole number of 32 bits"},
+      {"sed -i /RoundTime/d $1", "line 1: \"RoundTime\" is missing"},
+      {"sed -i s/Sequence/Sequense/ $1", "there is no key \"Sequense\"; did you mean \"Sequence\"?"},
+  };
+  const std::string saved = Maria({"show", "110", "--json"}).out;
+  for (const auto& [script, part] : mistakes) {
+    const Outcome outcome = Edit("grep -q '^// ^ ' $1 || " + std::string(script));
+    EXPECT_EQ(outcome.status, 2) << script << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, part)) << script << "\n" << outcome.err;
+    EXPECT_TRUE(Has(TakeKept(outcome.err), "// ^ ")) << outcome.err;
+  }
+  EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
+}
+
+TEST_F(EditTest, AnotherClientsChangeIsShownAndNotLost) {
+  const std::string rename = OtherClient() + "sed -i s/magnified/mine/ $1";
+  const Outcome refused = Edit(rename);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(Has(refused.out, "-> \"Platform 1 edge, mine\"")) << refused.out;
+  EXPECT_TRUE(Has(refused.err,
+                  "Another client has changed the view meanwhile:\n  page 1, window 0: ResourceID "
+                  "\"2031\" -> \"2033\""))
+      << refused.err;
+  EXPECT_TRUE(Has(TakeKept(refused.err), "edge, mine")) << refused.err;
+  EXPECT_TRUE(Has(Maria({"show", "110"}).out, "magnified\""));
+  ASSERT_EQ(Maria({"replace", "2033", "2031", "--in", "group:3"}).status, 0);
+  EXPECT_EQ(Edit(rename, {"--force"}).status, 0);
+  const std::string now = Maria({"show", "110"}).out;
+  EXPECT_TRUE(Has(now, "edge, mine\"") && Has(now, "id 2031")) << now;
+}
+
+TEST_F(EditTest, ATerminalIsAskedFirst) {
+  for (const char* answer : {"n\n", "y\n"}) {
+    OnTerminal edit(m_site.As("maria") + QStringList{"edit", "110"}, "sample-maria",
+                    {"EDITOR=sed -i s/magnified/near/"});
+    EXPECT_TRUE(Has(edit.SaysUntil("Save? [y/N] "), "-> \"Platform 1 edge, near\""));
+    edit.Type(answer);
+    const Outcome outcome = edit.Finish();
+    const bool isSaved = *answer == 'y';
+    EXPECT_EQ(outcome.status, isSaved ? 0 : 1) << outcome.out;
+    EXPECT_EQ(Has(Maria({"show", "110"}).out, "edge, near"), isSaved);
+    if (!isSaved) TakeKept(outcome.out.substr(0, outcome.out.find('\r', outcome.out.find("your text is in "))));
+  }
+}
+
+}  // namespace
+}  // namespace test

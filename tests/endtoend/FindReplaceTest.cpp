@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where a resource is used, another one in its place, and the way back.
+#include <algorithm>
+
+#include "ViewctlRunner.h"
+#include "host/JsonText.h"
+
+namespace test {
+namespace {
+
+class FindReplaceTest : public testing::Test {
+ protected:
+  Outcome Maria(const QStringList& command) { return RunAs(m_site, "maria", command); }
+  std::string Export() { return Maria({"export", "-o", "-"}).out; }
+  QString File(const char* name) const { return m_folder.filePath(name); }
+  // The lines of a table, blanks between columns as one.
+  static std::vector<std::string> Rows(const std::string& text) {
+    std::vector<std::string> rows;
+    for (const std::string& line : Lines(text)) rows.push_back(QString::fromStdString(line).simplified().toStdString());
+    return rows;
+  }
+  static std::string LastLine(const Outcome& outcome) {
+    const auto lines = Lines(outcome.out);
+    return lines.empty() ? "" : lines.back();
+  }
+
+  Site m_site;
+
+ private:
+  QTemporaryDir m_folder;
+};
+
+TEST_F(FindReplaceTest, EveryRoleOfAResourceIsFound) {
+  const std::tuple<QStringList, std::vector<std::string>> cases[] = {
+      {{"find", "2031", "--kind", "camera"},
+       {"110 1 0 shown camera 2031 Platform 1, edge 1 public/Station/Platforms/Platforms 1–2/Platform 1 edge, "
+        "magnified",
+        "110 1 1 zoom link camera 2031 Platform 1, edge 1", "107 1 0 cycle camera 2031 Platform 1, edge 1"}},
+      {{"find", "2208"}, {"120 1 4 related door 2208 Drivers' room public/Bus terminal/Bus hall"}},
+      {{"find", "platform 1, edge ?"}, {"110 1 0 shown camera 2031 Platform 1, edge 1"}},
+      {{"find", "*edge 1", "--kind", "camera"}, {"107 1 0 cycle camera 2031 Platform 1, edge 1"}},
+      {{"find", "きっぷうりば", "--kind", "area"}, {"128 1 0 cycle area"}},
+      {{"find", "フェリー*"}, {}},
+  };
+  for (const auto& [command, expected] : cases) {
+    const Outcome outcome = Maria(command);
+    const std::string line = command.join(' ').toStdString();
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    const auto rows = Rows(outcome.out);
+    for (const std::string& start : expected) {
+      EXPECT_TRUE(std::ranges::any_of(rows, [&](const auto& row) { return row.starts_with(start); }))
+          << line << ": no " << start << " in\n"
+          << outcome.out;
+    }
+    EXPECT_EQ(expected.empty(), outcome.out.empty()) << line << "\n" << outcome.out;
+    EXPECT_EQ(Has(outcome.err, "No view uses"), expected.empty()) << line;
+  }
+  rapidjson::Document json;
+  ASSERT_TRUE(host::ParseJson(Maria({"find", "2208", "--json"}).out, json));
+  ASSERT_EQ(json.Size(), 1u);
+  EXPECT_EQ(host::TextOf(json[0], "Role"), "related");
+  EXPECT_EQ(Maria({"find", "x", "--kind", "camra"}).status, 2);
+}
+
+TEST_F(FindReplaceTest, AReplacementChangesNothingElseAndIsTakenBack) {
+  const std::string before = Export();
+  const QStringList replace = {"replace", "2031", "2032", "--undo", File("undo.json")};
+  const Outcome dry = Maria(replace + QStringList{"--dry-run"});
+  EXPECT_EQ(dry.status, 0) << dry.err;
+  EXPECT_TRUE(LastLine(dry).starts_with("Would change ")) << dry.out;
+  EXPECT_EQ(dry.err, "");
+  EXPECT_EQ(Export(), before);
+  EXPECT_FALSE(QFile::exists(File("undo.json")));
+
+  const Outcome done = Maria(replace);
+  EXPECT_EQ(done.status, 0) << done.err;
+  EXPECT_EQ(Lines(done.out).size(), Lines(dry.out).size());
+  EXPECT_EQ(done.err, "Editing " + m_site.Url() + " as maria\n");
+  const auto left = Rows(Maria({"find", "2031", "--kind", "camera"}).out);
+  ASSERT_EQ(left.size(), 2u);
+  EXPECT_TRUE(left[1].starts_with("140 ")) << "what another user shared stays: " << left[1];
+  std::string expected = before;
+  const std::string old = "\"ResourceID\": \"2031\"";
+  for (size_t at = 0; (at = expected.find(old, at)) != std::string::npos;) {
+    expected.replace(at, old.size(), "\"ResourceID\": \"2032\"");
+  }
+  EXPECT_EQ(Export(), expected);
+
+  EXPECT_TRUE(Has(Maria(replace).err, "is there already")) << "an undo file is not overwritten";
+  const Outcome undone = Maria({"undo", File("undo.json")});
+  EXPECT_EQ(undone.status, 0) << undone.err;
+  EXPECT_EQ(Export(), before);
+  EXPECT_TRUE(Has(Maria({"undo", File("undo.json")}).out, "is as it was before"));
+}
+
+TEST_F(FindReplaceTest, WhatWasChangedSinceIsLeftUnlessForced) {
+  EXPECT_EQ(
+      Maria({"replace", "2031", "2032", "--undo", File("undo.json"), "--in", "Station/Platforms/Platforms 1–2"}).status,
+      0);
+  EXPECT_EQ(Maria({"replace", "2032", "2033", "--in", "Station"}).status, 0);
+  const Outcome left = Maria({"undo", File("undo.json")});
+  EXPECT_EQ(LastLine(left).substr(0, 17), "Restored 0 views,") << left.out;
+  EXPECT_TRUE(Has(left.out, "was changed since; --force")) << left.out;
+  EXPECT_TRUE(Has(LastLine(Maria({"undo", File("undo.json"), "--force"})), "left 0, failed 0"));
+  EXPECT_TRUE(Has(Maria({"find", "2031"}).out, "\n110 ")) << "it is back";
+}
+
+TEST_F(FindReplaceTest, RelationsAndDoorsAreReplacedAndOthersViewsLeft) {
+  const Outcome door = Maria({"replace", "--kind", "door", "drivers' room", "2201"});
+  EXPECT_TRUE(Has(Maria({"show", "120"}).out, "related door 2201 \"")) << door.out << door.err;
+  EXPECT_EQ(Maria({"find", "2208"}).out, "");
+  // kenji's view, shared with maria, is not hers to edit.
+  const std::string kenjis = Maria({"show", "137", "--json"}).out;
+  rapidjson::Document detail;
+  ASSERT_TRUE(host::ParseJson(kenjis, detail));
+  const QString camera = QString::fromStdString(host::TextOf(detail["PlanPages"][0]["PlanItems"][0], "ResourceID"));
+  const Outcome shared = Maria({"replace", camera, camera == "2001" ? "2002" : "2001"});
+  EXPECT_TRUE(Has(shared.out, "left view 137 ")) << shared.out << shared.err;
+  EXPECT_EQ(shared.status, 0);
+  EXPECT_EQ(Maria({"show", "137", "--json"}).out, kenjis);
+}
+
+TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
+  const std::string before = Export();
+  const QString undo = File("undo.json");
+  WriteFile(File("wrong.json").toStdString(), R"({"Format":"viewctl-export"})");
+  WriteFile(File("later.json").toStdString(), R"({"Format":"viewctl-undo","Version":2})");
+  WriteFile(File("elsewhere.json").toStdString(), R"({"Format":"viewctl-undo","Version":1,"Server":"http://x"})");
+  const std::tuple<QStringList, int, const char*> cases[] = {
+      {{"replace", "2031", "7777", "--undo", undo}, 1, "The server has no camera 7777, so nothing was replaced"},
+      {{"replace", "2031", "2031"}, 2, "Both resources are camera 2031"},
+      {{"replace", "2031", "No such camera"}, 2, "No view uses a camera \"No such camera\""},
+      {{"replace", "Platform 1, edge*", "2001"}, 2, "may be any of "},
+      {{"replace", "2031", "2032", "--in", "110"}, 1, "110 is a view"},
+      {{"replace", "2031", "2032", "--kind", "camra"}, 2, "\"camra\" is no kind of resource: say one of camera, "},
+      {{"undo", File("wrong.json")}, 2, "was not written by viewctl replace --undo"},
+      {{"undo", File("later.json")}, 2, "is of version 2, and this viewctl knows version 1"},
+      {{"undo", File("elsewhere.json")}, 2, "is of edits at http://x"},
+      {{"undo", File("none.json")}, 2, "cannot be read"},
+  };
+  for (const auto& [command, status, part] : cases) {
+    const Outcome outcome = Maria(command);
+    EXPECT_EQ(outcome.status, status) << command.join(' ').toStdString() << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, part)) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+  }
+  EXPECT_EQ(Export(), before);
+  EXPECT_FALSE(QFile::exists(undo));
+  EXPECT_EQ(LastLine(Maria({"replace", "7778", "2032"})), "Changed 0 views, left 0, failed 0");
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+// Views and folders made, moved, copied, deleted, shared and set as default.
+#include <QFile>
+
+#include "ViewctlRunner.h"
+
+namespace test {
+namespace {
+
+class FolderCommandsTest : public testing::Test {
+ protected:
+  Outcome Maria(const QStringList& command, const std::string& input = {}) {
+    return RunAs(m_site, "maria", command, input);
+  }
+  // Runs it and expects that status and, in what it says, that part.
+  void Expect(const QStringList& command, int status, const std::string& part) {
+    const Outcome outcome = Maria(command);
+    EXPECT_EQ(outcome.status, status) << command.join(' ').toStdString() << "\n" << outcome.out << outcome.err;
+    EXPECT_TRUE(Has(outcome.out + outcome.err, part)) << command.join(' ').toStdString() << "\n"
+                                                      << outcome.out << outcome.err;
+  }
+  bool IsThere(const QString& view) { return Maria({"show", view}).status == 0; }
+
+  Site m_site;
+};
+
+TEST_F(FolderCommandsTest, FoldersAreMadeWhereTheyAreSaidToLie) {
+  Expect({"mkdir", "Station/New", "--dry-run"}, 0, "would make folder public/Station/New");
+  Expect({"mkdir", "Station/New/Deep"}, 1, "there is no folder public/Station/New; --parents makes it too");
+  Expect({"mkdir", "-p", "Station/New/Deep", "private/My rounds/Late"}, 0, "Made 3 folders, left 0, failed 0");
+  Expect({"mkdir", "Station/New"}, 1, "is there already");
+  Expect({"mkdir", "-p", "Station/New"}, 0, "left folder public/Station/New: is there");
+  const std::string tree = Maria({"tree"}).out;
+  EXPECT_TRUE(Has(tree, "Deep/") && Has(tree, "Late/")) << tree;
+  Expect({"mkdir", "bad\nname"}, 1, "The name is not valid");
+  const QString store = QString::fromStdString(m_site.Folder()) + "/new";
+  EXPECT_EQ(test::Run({"mkdir", "New", "--dry-run", "--data", store}).status, 0);
+  EXPECT_FALSE(QFile::exists(store)) << "a dry run makes no store";
+}
+
+TEST_F(FolderCommandsTest, ViewsAreMovedAndRenamed) {
+  Expect({"mv", "110", "111", "Station", "--dry-run"}, 0,
+         "would move view 110 to public/Station/Platform 1 edge, magnified");
+  EXPECT_FALSE(IsThere("Station/Platform 2"));
+  const std::string before = Maria({"show", "110", "--json"}).out;
+  Expect({"mv", "110", "111", "Station"}, 0, "Moved 2 things, left 0, failed 0");
+  Expect({"mv", "110", "Station/Edge"}, 0, "moved view 110 to public/Station/Edge");
+  EXPECT_TRUE(IsThere("Station/Platform 2") && IsThere("Station/Edge"));
+  const std::string after = Maria({"show", "110", "--json"}).out;
+  EXPECT_EQ(after.substr(after.find("\"PlanPages\"")), before.substr(before.find("\"PlanPages\"")))
+      << "nothing is lost";
+  Expect({"mv", "Station/Edge", "public"}, 0, "moved view 110 to public/Edge");
+  Expect({"mv", "Station", "Main station"}, 0, "moved group 1 to public/Main station");
+}
+
+TEST_F(FolderCommandsTest, WhatCannotBeMovedIsToldAndStays) {
+  const std::string before = Maria({"export", "-o", "-"}).out;
+  Expect({"mv", "110", "Nowhere/Edge"}, 2, "There is no folder public/Nowhere; viewctl mkdir makes one");
+  Expect({"mv", "110", "111", "Nowhere"}, 2, "There is no folder Nowhere to put several things into");
+  Expect({"mv", "110", "Station/Forecourt"}, 1, "there is a view of that name, view 102; give another name");
+  Expect({"mv", "102", "Station"}, 1, "it is there already");
+  Expect({"mv", "110", "private"}, 1, "a view stays public, or its owner's; viewctl cp makes a copy");
+  Expect({"mv", "group:2", "Bus terminal"}, 1, "a folder can only be renamed where it is");
+  Expect({"mv", "137", "private/My rounds"}, 1, "shared with you, and its owner's to edit");
+  Expect({"mv", "110", "999"}, 1, "There is no group 999");
+  Expect({"mv", "110"}, 2, "viewctl mv --help");
+  Expect({"cp", "group:2", "private"}, 1, "only views are copied; viewctl export");
+  EXPECT_EQ(Maria({"export", "-o", "-"}).out, before);
+}
+
+TEST_F(FolderCommandsTest, CopiesAreTheUsersOwnWhereTheyLieAmongTheirs) {
+  Expect({"cp", "110", "137", "private/My rounds"}, 0, "Copied 2 things, left 0, failed 0");
+  EXPECT_TRUE(IsThere("private/My rounds/夜間巡回") && IsThere("110"));
+  EXPECT_EQ(RunAs(m_site, "kenji", {"show", "private/My rounds/夜間巡回"}).status, 2);
+  Expect({"cp", "110", "Station/Copy"}, 0, "copied view 110 to public/Station/Copy");
+  Expect({"cp", "110", "Station/Copy"}, 1, "there is a view of that name");
+}
+
+TEST_F(FolderCommandsTest, NothingIsDeletedUnlessSomebodySaysYes) {
+  Expect({"rm", "group:2"}, 2, "Delete group 2 public/Station/Platforms with 2 folders and 9 views");
+  Expect({"rm", "110"}, 2, "Nothing was deleted: --yes deletes it without asking");
+  Expect({"rm", "group:2", "--dry-run"}, 0, "would delete group 2 public/Station/Platforms with 2 folders");
+  EXPECT_TRUE(IsThere("110"));
+  Expect({"rm", "110", "999", "--yes"}, 1, "There is no view or group 999");
+  EXPECT_TRUE(IsThere("110")) << "a line with a mistake does nothing";
+  Expect({"rm", "137", "--yes"}, 1, "failed view 137");
+  Expect({"rm", "110", "group:6", "--yes"}, 0, "Deleted 2 things, left 0, failed 0");
+  EXPECT_FALSE(IsThere("110") || IsThere("119"));
+}
+
+TEST_F(FolderCommandsTest, SharingTellsTheOutcomeForEachUser) {
+  const Outcome some = Maria({"share", "private/My rounds/Cash office", "kenji", "5", "keni", "maria", "--retry", "1"});
+  EXPECT_EQ(some.status, 1);
+  EXPECT_TRUE(Has(some.out, "shared with kenji\n") && Has(some.out, "shared with Ελένη\n")) << some.out;
+  EXPECT_TRUE(Has(some.out, "failed with keni: there is no such user; did you mean kenji?")) << some.out;
+  EXPECT_TRUE(Has(some.out, "failed with maria: Not permitted\n")) << some.out;
+  EXPECT_TRUE(Has(some.out, "Shared 2 users, left 0, failed 2\n")) << some.out;
+  EXPECT_EQ(RunAs(m_site, "kenji", {"show", "132"}).status, 0);
+  Expect({"share", "110", "kenji"}, 1, "View 110 is public, so everybody has it");
+  Expect({"share", "137", "kenji"}, 1, "failed with kenji: Not permitted");
+}
+
+TEST_F(FolderCommandsTest, TheDefaultViewIsToldAndSet) {
+  Expect({"default"}, 0, "There is no default view; viewctl default VIEW sets one");
+  Expect({"default", "Station/Forecourt"}, 0, "Editing ");
+  EXPECT_EQ(Maria({"default"}).out, "view 102  public/Station/Forecourt\n");
+  EXPECT_EQ(Maria({"default", "--json"}).out, "{\"ID\":\"102\",\"Type\":1,\"Path\":\"public/Station/Forecourt\"}\n");
+  Expect({"default", "1"}, 1, "1 is a folder");
+  Expect({"default", "--none", "102"}, 2, "not both");
+  Expect({"default", "--none"}, 0, "");
+  EXPECT_EQ(Maria({"default"}).out, "");
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// What watch says beside its JSON lines: of a server that goes and comes back, and in words.
+#include "../platform/ScriptedSite.h"
+#include "ViewctlRunner.h"
+
+namespace test {
+namespace {
+
+using testing_support::ScriptedSite;
+
+TEST(WatchTest, SaysWhenItLosesTheServerAndWhenItHasCaughtUp) {
+  ScriptedSite site;
+  site.AnswerOnce("V0/Sessions", [](const auto&, auto& connection) {
+    connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
+  });
+  Running watch({"watch", "--all", "--server", QString::fromStdString(site.Url())}, "any");
+  ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
+  for (const int status : {503, 500}) {
+    // Attempts that fail one after the other are one loss.
+    for (int i = 0; i < 2; ++i) {
+      site.AnswerOnce("V0/Changes", [status](const auto&, auto& connection) { connection.Reply(status, ""); });
+    }
+    site.EndStream();
+    const std::string lost = watch.NextErrorLine();
+    EXPECT_TRUE(lost.starts_with("Lost the server: ") && lost.ends_with("; trying again")) << lost;
+    site.Stream(":\n\n");
+    EXPECT_EQ(watch.NextErrorLine(), "Caught up: the server is back, and what changed meanwhile is told");
+  }
+  EXPECT_EQ(watch.Terminate(), 0);
+  EXPECT_EQ(watch.Output(), "") << "stdout is for notices";
+}
+
+TEST(WatchTest, TellsInWordsWhatAndWhere) {
+  const Site site;
+  const auto maria = [&](const QStringList& command) { ASSERT_EQ(RunAs(site, "maria", command).status, 0); };
+  Running watch(site.As("kenji") + QStringList{"watch", "--all", "--text"}, "sample-kenji");
+  ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
+  const std::pair<QStringList, std::vector<std::string>> edits[] = {
+      {{"mkdir", "Station/New"}, {"group 13 public/Station/New: came"}},
+      {{"mv", "Station/New", "Station/Newer"}, {"group 13 public/Station/Newer: renamed or changed, \"Newer\" now"}},
+      {{"default", "102"}, {}},
+      {{"rm", "Station/Newer", "--yes"}, {"group 13 public/Station/Newer: went"}},
+      {{"replace", "2031", "2032", "--in", "group:3"}, {"view "}},
+  };
+  for (const auto& [command, lines] : edits) {
+    maria(command);
+    for (const std::string& expected : lines) {
+      const std::string line = watch.NextLine();
+      EXPECT_EQ(line.substr(0, line.find('T')).size(), 10u) << line;
+      EXPECT_EQ(line.substr(line.find(' ') + 1, expected.size()), expected);
+    }
+  }
+  EXPECT_EQ(watch.Terminate(), 0);
+}
+
+}  // namespace
+}  // namespace test
