@@ -26,10 +26,6 @@ inline void NeedApplication() {
   static QCoreApplication application(argc, argv);
 }
 
-inline bool Has(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 inline std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);

@@ -3,6 +3,7 @@
 #include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 
 #include <random>
+#include <sstream>
 
 #include "CoreFixture.h"
 #include "ModelText.h"
@@ -196,41 +197,13 @@ TEST(ViewList, IsReadAsByPathsWhateverStandsInATextAndWhere) {
 }
 
 TEST(ViewList, IsReadAsByPathsWhateverItsNumbersAndItsDepth) {
-  for (const char* number : {"0",
-                             "-0",
-                             "-",
-                             "00",
-                             "01",
-                             "-01",
-                             "+1",
-                             ".5",
-                             "1.",
-                             "1.5",
-                             "-1.5",
-                             "1.e5",
-                             "1.5e3",
-                             "1.5E+3",
-                             "1e",
-                             "1e+",
-                             "2147483647",
-                             "2147483648",
-                             "-2147483648",
-                             "-2147483649",
-                             "999999999999999999",
-                             "-999999999999999999",
-                             "1000000000000000000",
-                             "18446744073709551615",
-                             "18446744073709551616",
-                             "123456789012345678.5",
-                             "1234567890123456789.5",
-                             "tru",
-                             "True",
-                             "nul",
-                             "nullx",
-                             "false",
-                             "NaN"}) {
-    ExpectSame(ViewsDocument(R"({"ID":5,"UserID":)" + std::string(number) + "}"));
-    ExpectSame(ViewsDocument(R"({"ID":5,"Other":[)" + std::string(number) + "]}"));
+  std::istringstream numbers(
+      "0 -0 - 00 01 -01 +1 .5 1. 1.5 -1.5 1.e5 1.5e3 1.5E+3 1e 1e+ 2147483647 2147483648 -2147483648 -2147483649 "
+      "999999999999999999 -999999999999999999 1000000000000000000 18446744073709551615 18446744073709551616 "
+      "123456789012345678.5 1234567890123456789.5 tru True nul nullx false NaN");
+  for (std::string number; numbers >> number;) {
+    ExpectSame(ViewsDocument(R"({"ID":5,"UserID":)" + number + "}"));
+    ExpectSame(ViewsDocument(R"({"ID":5,"Other":[)" + number + "]}"));
   }
   for (size_t depth = 55; depth < 75; ++depth) {
     ExpectSame(ViewsDocument(R"({"ID":5,"Other":)" + std::string(depth, '[') + std::string(depth, ']') + "}"));
