@@ -64,7 +64,7 @@ std::string ReadSilently(const std::string& question) {
 }  // namespace
 
 std::string AskForPassword(const std::string& question) {
-  const std::string password = ReadSilently(question + ": ");
+  std::string password = ReadSilently(question + ": ");
   std::fputc('\n', stderr);
   if (password.empty()) throw Failure(kUsage, "No password was given");
   return password;

@@ -90,8 +90,8 @@ TEST_F(DrawTest, WhatCannotBeDrawnIsSaidAndReplacesNothing) {
   } cases[] = {
       {{"110", "--page", "2", "-o", old}, 1, "View 110 has 1 page and no page 2"},
       {{"110", "--page", "0"}, 1, "no page 0"},
-      {{"9999", "-o", old}, 1, "View 9999: "},
-      {{"132", "-o", old}, 1, "View 132: "},  // somebody else's
+      {{"9999", "-o", old}, 1, "There is no view 9999; viewctl tree lists what there is"},
+      {{"132", "-o", old}, 1, "There is no view 132; viewctl tree lists what there is"},  // somebody else's
       {{"eleven"}, 2, "eleven"},
       {{"110", "-o", m_folder.filePath("page.jpg")}, 2, "ends in .svg or .png"},
       {{"110", "-o", m_folder.filePath("no/folder.svg")}, 2, "cannot be written"},
