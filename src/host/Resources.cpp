@@ -122,4 +122,18 @@ std::string SiteOfResource(const Resource& resource) {
   return element ? std::to_string(static_cast<int>(element->GetWorkStationID())) : "";
 }
 
+void RequireOnServer(const std::set<Resource>& resources) {
+  std::set<Resource> fetched;
+  for (const Resource& resource : resources) {
+    if (CanBeFetched(resource.type)) fetched.insert(resource);
+  }
+  if (fetched.empty()) return;
+  FetchResources(fetched);
+  for (const Resource& resource : fetched) {
+    if (HasResource(resource)) continue;
+    throw Failure(kRefused, "The server has no " + KindWord(resource.type) + " " + resource.id +
+                                ", so nothing was changed; viewctl find lists the ids that views use");
+  }
+}
+
 }  // namespace host

@@ -38,4 +38,7 @@ bool HasResource(const Resource& resource);
 std::string NameOfResource(const Resource& resource);
 std::string SiteOfResource(const Resource& resource);
 
+// Fetches those that can be fetched. Throws Failure kRefused, which names the first that the server does not have.
+void RequireOnServer(const std::set<Resource>& resources);
+
 }  // namespace host

@@ -31,6 +31,7 @@ TEST_F(CommandLineTest, AMistakeIsToldWithWhatToDo) {
       {{"help", "shwo"}, 2, "There is no command shwo; did you mean show?"},
       {{"show", "--jsno", "110"}, 2, "viewctl show has no option --jsno; did you mean --json?"},
       {{"--sever=x", "show", "110"}, 2, "viewctl show has no option --sever; did you mean --server?"},
+      {{"--json", "tree"}, 2, "--json stands behind viewctl tree"},
       {{"users", "maria"}, 2, "viewctl users takes no further argument \"maria\""},
       {{"show"}, 2, "viewctl show --help"},
       {{"--server", "", "tree"}, 2, "--server: the value is empty (is a variable not set?)"},

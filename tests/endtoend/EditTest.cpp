@@ -83,6 +83,28 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
   EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
 }
 
+TEST_F(EditTest, WhatWouldNotBeRightIsRefusedAndTheTextKept) {
+  const std::string saved = Maria({"show", "110", "--json"}).out;
+  const struct {
+    const char* script;
+    int status;
+    const char* part;
+  } cases[] = {
+      {"sed -i 's/\"2031\"/\"7777\"/' $1", 1, "The server has no camera 7777, so nothing was changed"},
+      {"sed -i 's/\"Name\": \"Platform 1 edge, magnified\"/\"Name\": \"Platform 2\"/' $1", 1,
+       "There is a view of the name Platform 2 in the folder; choose another name"},
+      // Each time another mistake: it would come back for ever.
+      {"sed -i s/RoundTime/RoundTimee/ $1", 2, "line 4: there is no key \"RoundTimeee\""},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = Edit(c.script);
+    EXPECT_EQ(outcome.status, c.status) << c.script << outcome.err;
+    EXPECT_TRUE(Has(outcome.err, c.part)) << c.script << "\n" << outcome.err;
+    EXPECT_NE(TakeKept(outcome.err), "nothing was kept");
+  }
+  EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
+}
+
 TEST_F(EditTest, AnotherClientsChangeIsShownAndNotLost) {
   const std::string rename = OtherClient() + "sed -i s/magnified/mine/ $1";
   const Outcome refused = Edit(rename);

@@ -102,6 +102,18 @@ TEST_F(FindReplaceTest, WhatWasChangedSinceIsLeftUnlessForced) {
   EXPECT_EQ(LastLine(left).substr(0, 17), "Restored 0 views,") << left.out;
   EXPECT_TRUE(Has(left.out, "was changed since; --force")) << left.out;
   EXPECT_TRUE(Has(LastLine(Maria({"undo", File("undo.json"), "--force"})), "left 0, failed 0"));
+
+  // Views that are gone do not keep it from those behind them.
+  std::string file = ReadFile(File("undo.json").toStdString());
+  const std::string views = R"("Views":[)";
+  for (int id = 9001; id <= 9006; ++id) {
+    file.insert(file.find(views) + views.size(),
+                R"({"ID":")" + std::to_string(id) + R"(","Name":"gone","Before":[],"After":[]},)");
+  }
+  WriteFile(File("gone.json").toStdString(), file);
+  const Outcome gone = Maria({"undo", File("gone.json")});
+  EXPECT_EQ(gone.status, 0) << gone.out;
+  EXPECT_TRUE(Has(gone.out, "is as it was before")) << gone.out;
   EXPECT_TRUE(Has(Maria({"find", "2031"}).out, "\n110 ")) << "it is back";
 }
 
@@ -127,7 +139,7 @@ TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
   WriteFile(File("later.json").toStdString(), R"({"Format":"viewctl-undo","Version":2})");
   WriteFile(File("elsewhere.json").toStdString(), R"({"Format":"viewctl-undo","Version":1,"Server":"http://x"})");
   const std::tuple<QStringList, int, const char*> cases[] = {
-      {{"replace", "2031", "7777", "--undo", undo}, 1, "The server has no camera 7777, so nothing was replaced"},
+      {{"replace", "2031", "7777", "--undo", undo}, 1, "The server has no camera 7777, so nothing was changed"},
       {{"replace", "2031", "2031"}, 2, "Both resources are camera 2031"},
       {{"replace", "2031", "No such camera"}, 2, "No view uses a camera \"No such camera\""},
       {{"replace", "Platform 1, edge*", "2001"}, 2, "may be any of "},

@@ -58,6 +58,7 @@ std::string ExplainOption(const CLI::App& app, const std::string& option) {
   }
   const std::string bare = option.substr(0, option.find('='));
   const std::string whose = command ? "viewctl " + command->get_name() : "viewctl";
+  if (command && std::ranges::count(OptionNames(*command), bare) > 0) return bare + " stands behind " + whose;
   return whose + " has no option " + bare + Suggestion(bare, names) + " (" + whose + " --help lists them)";
 }
 

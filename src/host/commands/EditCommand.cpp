@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl edit: a view as text in an editor, and back.
 #include <cstdio>
+#include <set>
 
 #include "host/Client.h"
 #include "host/Editing.h"
 #include "host/InputFile.h"
+#include "host/JsonText.h"
 #include "host/Look.h"
 #include "host/Names.h"
+#include "host/Resources.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/edit/Destination.h"
 #include "host/edit/EditText.h"
 #include "host/edit/EditableView.h"
 #include "host/edit/Editor.h"
 #include "host/edit/ViewDifference.h"
+#include "host/find/Uses.h"
 
 namespace host {
 namespace {
@@ -27,9 +32,9 @@ struct EditOptions {
 
 class EditView {
  public:
-  EditView(const Plugin& plugin, const EditOptions& options, const std::string& id)
-      : m_plugin(plugin), m_options(options), m_before(Present(id)) {
-    if (m_before.isShared) throw Failure(kRefused, "View " + id + " is shared with you, and its owner's to edit");
+  EditView(const Plugin& plugin, const ViewTree& tree, const EditOptions& options, const Thing& view)
+      : m_plugin(plugin), m_tree(tree), m_options(options), m_folder(view.folder), m_before(Present(view.id)) {
+    if (m_before.isShared) throw Failure(kRefused, "View " + view.id + " is shared with you, and its owner's to edit");
   }
 
   int Run() {
@@ -51,7 +56,7 @@ class EditView {
     return *std::move(view);
   }
 
-  // The file comes back as long as it has faults, unless nobody mends them.
+  // The file comes back as long as it has faults, unless nobody mends them: away from a terminal it does so once.
   static std::string EditUntilSound(EditFile& file) {
     std::string faulty;
     while (true) {
@@ -62,7 +67,9 @@ class EditView {
       }
       const std::vector<EditFault> faults = FaultsInEdit(text);
       if (faults.empty()) return text;
-      if (text == faulty) throw Failure(kUsage, FaultText("The text", faults) + "; your text is in " + file.Keep());
+      const bool isLeft = text == faulty || (!faulty.empty() && !CanAsk());
+      if (isLeft) throw Failure(kUsage, FaultText("The text", faults) + "; your text is in " + file.Keep());
+      Say(FaultText("The text", faults));
       file.Write(WithNotes(text, faults));
       faulty = text;
     }
@@ -80,12 +87,34 @@ class EditView {
       Say("Nothing was changed");
       return kDone;
     }
+    RequireNameIsFree(after);
+    RequireOnServer(NewResources(after));
     const std::vector<std::string> others = Differences(m_before, Present(m_before.id));
     for (const std::string& change : changes) std::printf("%s\n", change.c_str());
     std::fflush(stdout);
     TellOthers(others);
     if (!m_options.dryRun) Save(after, !others.empty());
     return kDone;
+  }
+
+  void RequireNameIsFree(const EditableView& after) const {
+    if (after.name == m_before.name || !ViewNamed(m_tree, m_folder, after.name)) return;
+    throw Failure(kRefused,
+                  "There is a view of the name " + Printable(after.name) + " in the folder; choose another name");
+  }
+
+  std::set<Resource> NewResources(const EditableView& after) const {
+    std::set<Resource> resources = ResourcesOf(after);
+    for (const Resource& known : ResourcesOf(m_before)) resources.erase(known);
+    return resources;
+  }
+
+  static std::set<Resource> ResourcesOf(const EditableView& view) {
+    rapidjson::Document pages;
+    ParseJson(view.pages, pages);
+    std::set<Resource> resources;
+    for (const Use& use : UsesIn(pages)) resources.insert(use.resource);
+    return resources;
   }
 
   static void TellOthers(const std::vector<std::string>& others) {
@@ -105,16 +134,19 @@ class EditView {
   }
 
   const Plugin& m_plugin;
+  const ViewTree& m_tree;
   const EditOptions& m_options;
+  const size_t m_folder;
   const EditableView m_before;
 };
 
 int RunEdit(const GlobalOptions& options, const EditOptions& edit) {
   Client client(WithoutNewStore(options, edit.dryRun), Texts::kTranslated);
   client.Load();
-  const std::string id = Names(ReadViewTree(client.Functions())).View(edit.view).id;
+  const ViewTree tree = ReadViewTree(client.Functions());
+  const Thing view = Names(tree).View(edit.view);
   if (!edit.dryRun) SayWhatIsEdited(options);
-  return EditView(client.Functions(), edit, id).Run();
+  return EditView(client.Functions(), tree, edit, view).Run();
 }
 
 }  // namespace
@@ -124,7 +156,7 @@ void AddEditCommand(CLI::App& app, Run& chosen) {
   command->add_option("VIEW", edit->view, "its id, or its path: Station/Forecourt")->required();
   command->add_option("--from", edit->from, "takes the text from there instead; \"-\" is stdin")->type_name("FILE");
   command->add_flag("--force", edit->force, "saves it even where another client has changed the view meanwhile");
-  command->add_flag("-y,--yes", edit->yes, "saves without asking");
+  command->add_flag("-y,--yes", edit->yes, "saves without asking, as it does away from a terminal");
   command->add_flag("--dry-run", edit->dryRun, "only say what would be changed");
   command->footer(
       "The editor is VISUAL, EDITOR or vi. What is changed is shown by page and window before it is saved.");

@@ -170,6 +170,9 @@ void AddImportCommand(CLI::App& app, Run& chosen) {
   command->add_flag("--update", wanted->update, "makes views that are there equal to the file's");
   command->add_flag("--dry-run", wanted->dryRun, "only say what would be made");
   AddOutcomesAsJson(*command, wanted->json);
+  command->footer(
+      "What is made has new ids and is shared with nobody; a default view that was deleted is to be set anew\n"
+      "(viewctl share, viewctl default). A second import makes nothing twice.");
 }
 
 }  // namespace host

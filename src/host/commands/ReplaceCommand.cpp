@@ -37,14 +37,6 @@ struct PlannedEdit {
   std::string detail;  // what to say of it
 };
 
-void RequireOnServer(const Resource& resource) {
-  if (!CanBeFetched(resource.type)) return;
-  FetchResources({resource});
-  if (HasResource(resource)) return;
-  throw Failure(kRefused, "The server has no " + KindWord(resource.type) + " " + resource.id +
-                              ", so nothing was replaced; viewctl find lists the ids that views use");
-}
-
 class Replace {
  public:
   Replace(const Plugin& plugin, const ViewTree& tree, const ReplaceOptions& options)
@@ -61,7 +53,7 @@ class Replace {
     m_to = RequireUsed(m_plugin, m_tree, {m_options.to, type});
     if (m_from == m_to)
       throw Failure(kUsage, "Both resources are " + KindWord(type) + " " + m_to.id + ": name another one");
-    RequireOnServer(m_to);
+    RequireOnServer({m_to});
     for (const ViewUses& view : found) PlanView(view);
   }
 
@@ -165,7 +157,9 @@ void AddReplaceCommand(CLI::App& app, Run& chosen) {
   command->add_option("--undo", replace->undo, "a new file, with which viewctl undo takes it back")->type_name("FILE");
   command->add_flag("--dry-run", replace->dryRun, "only say what would be changed");
   AddOutcomesAsJson(*command, replace->json);
-  command->footer("Example:\n  viewctl replace --kind camera 118 240 --dry-run");
+  command->footer(
+      "A resource that no view uses yet is named by its id. With --undo FILE, viewctl undo FILE takes it back.\n"
+      "Example:\n  viewctl replace --kind camera 118 240 --dry-run");
 }
 
 }  // namespace host

@@ -50,6 +50,10 @@ void AddServersCommand(CLI::App& app, Run& chosen) {
   const auto [command, servers] =
       AddCommand(app, chosen, "servers", "the servers that the configuration names", RunServers);
   command->add_flag("--json", servers->json, "as JSON");
+  command->footer(
+      "The configuration is VIEWCTL_CONFIG, else viewctl/config in the user's folder of configurations:\n"
+      "  default = site\n\n  [site]\n  url = https://site:8090\n  user = maria\n  ca-file = site.pem\n"
+      "  password-command = secret-tool lookup server site");
 }
 
 }  // namespace host

@@ -23,7 +23,7 @@ void Restore(const Plugin& plugin, const UndoView& undo, const UndoOptions& opti
   const Subject what{"view " + undo.id + " \"" + undo.name + "\"", "view", undo.id};
   std::string reason;
   auto view = ReadEditable(plugin, undo.id, reason);
-  if (!view) return outcomes.Failed(what, reason);
+  if (!view) return outcomes.Left(what, reason);
   if (view->pages == undo.before) return outcomes.Left(what, "is as it was before");
   if (view->pages != undo.after && !options.force) {
     return outcomes.Left(what, "was changed since; --force takes it back all the same");
