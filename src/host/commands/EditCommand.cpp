@@ -61,7 +61,7 @@ class EditView {
     std::string faulty;
     while (true) {
       file.Edit();
-      const std::string text = WithoutNotes(file.Read());
+      std::string text = WithoutNotes(file.Read());
       if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
         throw Failure(kUsage, "The text is empty, so nothing was changed");
       }
