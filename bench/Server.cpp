@@ -12,6 +12,8 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "BizShared/NetCommManager.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
@@ -115,9 +117,30 @@ void MeasureList(Curl& curl, const SiteSize& site) {
   Check(curl.Send("GET", kViews) == list, "the server's list is not the seeded site");
 }
 
+void MeasureBareInserts(const std::string& file, const std::string& body, int count, const std::string& synchronous) {
+  SQLite::Database database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+  database.exec("PRAGMA journal_mode=WAL");
+  database.exec("PRAGMA synchronous=" + synchronous);
+  database.exec("CREATE TABLE documents (id INTEGER PRIMARY KEY, text TEXT NOT NULL)");
+  SQLite::Statement insert(database, "INSERT INTO documents (text) VALUES (?)");
+  AddFigure({"bare SQLite inserts of the same text, each a transaction, synchronous=" + synchronous, "", "/s"}, {}, 5,
+            [&] {
+              return count / Seconds([&] {
+                       for (int n = 0; n < count; ++n) {
+                         SQLite::Transaction transaction(database);
+                         insert.bindNoCopy(1, body);
+                         insert.exec();
+                         insert.reset();
+                         transaction.commit();
+                       }
+                     });
+            });
+}
+
 void MeasureEdits(Curl& curl, const SiteSize& site, const Folder& folder) {
   const int edits = TheOptions().isShort ? 100 : 1000;
   const std::string body = ViewBodyText(MakeView(site, 1));
+  // One at a time, each waits for the disk by itself, as an insert with synchronous=FULL does.
   AddFigure({"server: 1,000 edits, each a PUT of a view", "", "/s"}, {1000, true}, 5, [&] {
     return edits / Seconds([&] {
              for (int n = 0; n < edits; ++n) {
@@ -127,22 +150,29 @@ void MeasureEdits(Curl& curl, const SiteSize& site, const Folder& folder) {
            });
   });
 
-  SQLite::Database database(folder.File("bare.db"), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-  database.exec("PRAGMA journal_mode=WAL");
-  database.exec("PRAGMA synchronous=NORMAL");
-  database.exec("CREATE TABLE documents (id INTEGER PRIMARY KEY, text TEXT NOT NULL)");
-  SQLite::Statement insert(database, "INSERT INTO documents (text) VALUES (?)");
-  AddFigure({"bare SQLite inserts of the same text, each a transaction", "", "/s"}, {}, 5, [&] {
-    return edits / Seconds([&] {
-             for (int n = 0; n < edits; ++n) {
-               SQLite::Transaction transaction(database);
-               insert.bindNoCopy(1, body);
-               insert.exec();
-               insert.reset();
-               transaction.commit();
+  MeasureBareInserts(folder.File("bare.db"), body, edits, "NORMAL");
+}
+
+// Edits that wait at the same moment share a transaction, and each is answered once it is safe.
+void MeasureEditsOfSeveral(const server::ViewServer& server, const std::string& token, const SiteSize& site,
+                           const Folder& folder) {
+  constexpr int kClients = 8;
+  const int edits = TheOptions().isShort ? 25 : 500;  // of each
+  const std::string body = ViewBodyText(MakeView(site, 1));
+  AddFigure({"server: 8 clients, 500 edits each", "", "/s"}, {4000, true}, 5, [&] {
+    return kClients * edits / Seconds([&] {
+             std::vector<std::thread> clients;
+             for (int client = 1; client <= kClients; ++client) {
+               clients.emplace_back([&, client] {
+                 Curl curl(server.Url(), token);
+                 const std::string path = kViews + std::string("/") + std::to_string(client);
+                 for (int n = 0; n < edits; ++n) Check(curl.IsAccepted("PUT", path, body), "an edit was refused");
+               });
              }
+             for (std::thread& client : clients) client.join();
            });
   });
+  MeasureBareInserts(folder.File("bare-full.db"), body, kClients * edits / 10, "FULL");
 }
 
 // What a host would send to change the plan into what it is.
@@ -196,6 +226,7 @@ void ServerSuite() {
   Curl curl(server.Url(), session->token);
   MeasureList(curl, site);
   MeasureEdits(curl, site, folder);
+  MeasureEditsOfSeveral(server, session->token, site, folder);
   MeasureRoundTrip(curl, server, session->token);
 }
 

@@ -9,7 +9,7 @@ endif()
 set(QORVI_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 option(QORVI_WERROR "Treat warnings as errors" OFF)
 
-file(RELATIVE_PATH QORVI_SOURCE_FROM_BUILD ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+file(RELATIVE_PATH QORVI_SOURCE_FROM_BUILD ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
 string(REGEX REPLACE "/$" "" QORVI_SOURCE_FROM_BUILD "${QORVI_SOURCE_FROM_BUILD}")
 add_library(qorvi_options INTERFACE)
 target_compile_options(qorvi_options INTERFACE
@@ -22,9 +22,9 @@ target_compile_options(qorvi_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   # Log lines name their source file relative to the repository. ccache may hand the compiler paths relative to the build
   # folder.
-  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=
   # RapidJSON reports want of memory.
-  "SHELL:-include ${CMAKE_SOURCE_DIR}/src/json/AllocationFailure.h")
+  "SHELL:-include ${PROJECT_SOURCE_DIR}/src/json/AllocationFailure.h")
 if(QORVI_WERROR)
   target_compile_options(qorvi_options INTERFACE -Werror)
 endif()
@@ -41,10 +41,30 @@ if(QORVI_SANITIZE)
   add_link_options(-fsanitize=${QORVI_SANITIZE})
 endif()
 
-# qorvi_shared_library(name sources...): a shared library of ours, hidden but for what it marks as exported;
-# it defines <NAME>_BUILD while it is being built.
+# Where something goes on being found wherever the installed tree is moved: libraries beside each other, and from the
+# programs in the folder of libraries.
+file(RELATIVE_PATH QORVI_LIBRARIES_FROM_PROGRAMS ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set(CMAKE_INSTALL_RPATH "$ORIGIN/${QORVI_LIBRARIES_FROM_PROGRAMS}")
+
+# Headers for other programs stand in a folder of their own, from which their includes are written.
+set(QORVI_INCLUDE_FOLDER ${CMAKE_INSTALL_INCLUDEDIR}/qorvi)
+
+# qorvi_exported(name BASE folder HEADERS headers...): a library for other programs, which is known to those that take
+# the project in by the name that the installed package gives it. `folder` is what its headers' includes are written from.
+function(qorvi_exported name)
+  cmake_parse_arguments(E "" "BASE" "HEADERS" ${ARGN})
+  target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${E_BASE} FILES ${E_HEADERS})
+  set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN")
+  add_library(QorviViewPlugin::${name} ALIAS ${name})
+endfunction()
+
+# qorvi_shared_library(name SOURCES sources... HEADERS headers...): a shared library of the platform, hidden but for what
+# it marks as exported; it defines <NAME>_BUILD while it is being built. The headers are those for hosts and the plugin.
 function(qorvi_shared_library name)
-  add_library(${name} SHARED ${ARGN})
+  cmake_parse_arguments(S "" "" "SOURCES;HEADERS" ${ARGN})
+  add_library(${name} SHARED ${S_SOURCES})
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  qorvi_exported(${name} BASE ${PROJECT_SOURCE_DIR}/src/platform HEADERS ${S_HEADERS})
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_link_libraries(${name} PRIVATE qorvi_options)

@@ -112,6 +112,24 @@ def server_store():
     yield request(ANN_GET, "V0/Users") + request(ANN_GET, "V0/Areas") + request(ANN_DELETE, "V0/Sessions/Current")
 
 
+def server_damage():
+    source = (ROOT / "fuzz/ServerDamageFuzz.cpp").read_text()
+    columns = re.findall(r'\{"(\w+)",\s*"(\w+)"\}', source)
+    text, number = 0, 1
+
+    def row(table, column, index, kind, value):
+        return bytes([1, columns.index((table, column)), index, kind]) + value + CUT
+
+    yield row("groups", "parent_id", 0, number, b"4")
+    yield row("groups", "parent_id", 2, number, b"77") + row("groups", "user_id", 1, number, b"9")
+    yield row("views", "name", 0, text, b"") + row("views", "id", 1, number, b"4294967297")
+    yield row("documents", "text", 0, text, b',"PlanPages":[') + row("documents", "text", 1, text, b',"ID":7')
+    yield row("changes", "head", 1, text, b'{"ID":') + row("changes", "number", 3, number, b"900719925474099")
+    yield row("sqlite_sequence", "seq", 1, number, b"2147483647") + row("users", "id", 1, number, b"-5")
+    for place in (0, 0x1000, 0x2000, 0x5000, 0x9000):
+        yield bytes([0]) + place.to_bytes(3, "big") + b"damage" + CUT
+
+
 def server_http():
     root = "/NXAPI/Vantorel/Platform/"
 
@@ -124,7 +142,7 @@ def server_http():
     yield request(f"POST {root}V0/Views", view) + request(f"GET {root}V0/ViewGroups")
     yield request(f"PUT {root}V0/Views/1", view, "Expect: 100-continue\r\n")
     yield request(f"GET {root}V0/Changes?After=0")
-    yield (f"POST {root}V0/Views HTTP/1.1\r\nAuthorization: Bearer TOKEN\r\nTransfer-Encoding: chunked\r\n\r\n"
+    yield (f"POST {root}V0/Views HTTP/1.1\r\nHost: x\r\nAuthorization: Bearer TOKEN\r\nTransfer-Encoding: chunked\r\n\r\n"
            f"{len(view):x}\r\n{view}\r\n0\r\n\r\n").encode()
     yield b"GET / HTTP/1.0\r\n\r\n"
     yield b"POST / HTTP/1.1\r\nContent-Length: 99999999999999\r\n\r\n"
@@ -146,7 +164,7 @@ def main():
     folder = pathlib.Path(sys.argv[1])
     makers = {"exchanges": exchanges, "documents": documents, "extend-info": extend_info,
               "path-document": path_document, "change-stream": change_stream, "server-store": server_store,
-              "server-http": server_http}
+              "server-damage": server_damage, "server-http": server_http}
     for target, make in makers.items():
         (folder / target).mkdir(parents=True, exist_ok=True)
         for number, seed in enumerate(make()):

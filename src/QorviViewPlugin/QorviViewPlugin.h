@@ -73,9 +73,12 @@ QORVIVIEWPLUGIN_API bool GetClientViewConfig(const std::string& request, std::st
 QORVIVIEWPLUGIN_API bool SetClientViewConfig(const std::string& request, std::string& response);
 
 // Registers or withdraws an observer: {"ResourceType":16000 view or 16001 view group,"ID":"<decimal id>",
-// "IsRegister":true or false}. Anything unreadable, and a null observer, is ignored. The observer is not owned.
-// Withdraw it before you destroy it. A notice that is already on its way may reach it once more. So withdraw it on the
-// thread that notifies it, if there is only one, or when no more changes arrive.
+// "IsRegister":true or false}. A null observer and another "ResourceType" are ignored; an "ID" that is no number counts
+// as 0, for which nobody is told of anything. What cannot be read as JSON has neither. The observer is not owned. It is
+// called on the thread on which a change arrived. It may call back into the library but from the notice that a group
+// went (enum_state 4, child_type 16001): that comes under the lock of the group table, and the call would wait for
+// ever. Withdraw it before you destroy it. A notice that is already on its way may reach it once more. So withdraw it
+// on the thread that notifies it, if there is only one, or when no more changes arrive.
 QORVIVIEWPLUGIN_API void ViewRegisterResourceUpdate(ResourceData::IResourceObserver* observer, std::string request);
 
 }  // extern "C"

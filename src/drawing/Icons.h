@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The small signs in a drawing, drawn by code.
 #pragma once
 
 #include <QPainter>

@@ -37,44 +37,33 @@ class WindowPainter {
 
  private:
   void DrawBar() {
-    const QRectF& bar = m_layout.bar;
     m_painter.setPen(QPen(m_theme.edge, 1));
     m_painter.setBrush(m_theme.bar);
-    m_painter.drawRect(bar);
-    const double pad = m_layout.barLetters * 0.4;
-    const double icon = bar.height() - 2 * pad;
-    const QRectF iconPlace(bar.topLeft() + QPointF(pad, pad), QSizeF(icon, icon));
-    DrawIcon(m_painter, m_window.kind, iconPlace, m_theme.Of(m_window.kind));
-    const QRectF words(QPointF(iconPlace.right() + pad, bar.top()), bar.bottomRight() - QPointF(pad, 0));
+    m_painter.drawRect(m_layout.bar);
+    DrawIcon(m_painter, m_window.kind, m_layout.icon, m_theme.Of(m_window.kind));
     m_painter.setPen(m_theme.dimText);
-    const QString number = QString::number(m_window.number);
-    const double taken = DrawLine(m_painter, Lettering(m_layout.barLetters), words, number);
+    DrawLine(m_painter, Lettering(m_layout.barLetters), m_layout.number, QString::number(m_window.number));
     m_painter.setPen(m_theme.text);
     const QString name = m_window.name.isEmpty() ? WordOf(m_window.type) : m_window.name;
-    DrawLine(m_painter, Lettering(m_layout.barLetters, true), words.adjusted(taken + pad * 1.5, 0, 0, 0), name);
+    DrawLine(m_painter, Lettering(m_layout.barLetters, true), m_layout.name, name);
   }
 
   void DrawFacts() {
-    std::vector<Fact> facts = FactsOf(m_window);
-    const size_t room = static_cast<size_t>(std::max(1, m_layout.lines));
-    if (facts.size() > room) {
-      const size_t left = facts.size() - room + 1;
-      facts.resize(room - 1);
-      facts.push_back({Mark::kNone, "and " + QString::number(left) + " more lines", true});
-    }
-    QRectF line(m_layout.facts.topLeft(), QSizeF(m_layout.facts.width(), m_layout.LineHeight()));
-    for (const Fact& fact : facts) {
-      DrawFact(fact, line);
-      line.translate(0, line.height());
+    QRectF place(m_layout.facts.topLeft(), QSizeF(m_layout.facts.width(), m_layout.LineHeight()));
+    for (const WordLine& line : m_layout.lines) {
+      DrawWords(line, place);
+      place.translate(0, place.height());
     }
   }
 
-  void DrawFact(const Fact& fact, QRectF line) {
+  void DrawWords(const WordLine& line, QRectF place) {
+    const Fact& fact = line.fact;
     const double sign = m_layout.letters * 1.2;
-    DrawMark(m_painter, fact.mark, QRectF(line.left(), line.center().y() - sign / 2, sign, sign), m_theme.Of(fact));
-    line.setLeft(line.left() + IndentOf(fact, m_layout.letters));
+    const QRectF signPlace(place.left(), place.center().y() - sign / 2, sign, sign);
+    if (!line.isContinued) DrawMark(m_painter, fact.mark, signPlace, m_theme.Of(fact));
+    place.setLeft(place.left() + IndentOf(fact, m_layout.letters));
     m_painter.setPen(m_theme.Of(fact));
-    DrawLine(m_painter, Lettering(m_layout.letters), line, fact.text);
+    DrawLine(m_painter, Lettering(m_layout.letters), place, fact.text);
   }
 
   QPainter& m_painter;
@@ -131,6 +120,7 @@ class PagePainter {
     m_painter.setBrush(m_theme.canvas);
     m_painter.drawRect(QRectF(QPointF(0, 0), m_size));
     DrawHead();
+    if (m_page.count == 0) return DrawNoPages();
     for (const Cell& cell : m_grid.cells) DrawCell(cell);
     for (const Window& window : m_page.windows) DrawLink(window);
   }
@@ -146,6 +136,11 @@ class PagePainter {
     m_painter.setPen(m_theme.text);
     const QString from = m_page.sharedBy.isEmpty() ? "" : " (shared by " + m_page.sharedBy + ")";
     DrawLine(m_painter, Lettering(22, true), head.adjusted(0, 0, -taken - 20, 0), m_page.view + from);
+  }
+
+  void DrawNoPages() {
+    m_painter.setPen(m_theme.dimText);
+    DrawCentred(m_painter, Lettering(17), QRectF(QPointF(0, 0), m_size), "no pages");
   }
 
   QRectF PlaceOf(const QRect& cells) const {

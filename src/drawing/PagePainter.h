@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The whole page: its windows, their frames and what links them.
 #pragma once
 
 #include <QPainter>

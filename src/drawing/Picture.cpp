@@ -8,6 +8,7 @@
 
 #include "drawing/Lettering.h"
 #include "drawing/PagePainter.h"
+#include "drawing/ShortSvg.h"
 #include "drawing/Words.h"
 
 namespace drawing {
@@ -38,7 +39,7 @@ QString Completed(const QString& svg) {
   return completed.replace("font-family=\"" + first + "\"", "font-family=\"" + first + ", Verdana, sans-serif\"");
 }
 
-QByteArray MakeSvg(const Page& page, const Theme& theme) {
+QString MakeSvg(const Page& page, const Theme& theme) {
   QByteArray svg;
   QBuffer buffer(&svg);
   buffer.open(QIODevice::WriteOnly);
@@ -52,7 +53,7 @@ QByteArray MakeSvg(const Page& page, const Theme& theme) {
   QPainter painter(&generator);
   DrawPage(painter, page, theme);
   painter.end();
-  return Completed(QString::fromUtf8(svg)).toUtf8();
+  return Completed(QString::fromUtf8(svg));
 }
 
 QByteArray MakePng(const Page& page, const Theme& theme) {
@@ -73,7 +74,11 @@ QByteArray MakePng(const Page& page, const Theme& theme) {
 }  // namespace
 
 QByteArray MakePicture(const Page& page, const Theme& theme, Format format) {
-  return format == Format::kSvg ? MakeSvg(page, theme) : MakePng(page, theme);
+  return format == Format::kSvg ? MakeSvg(page, theme).toUtf8() : MakePng(page, theme);
+}
+
+QByteArray MakeShortSvg(const Page& page) {
+  return ShortSvg(MakeSvg(page, Theme::Numbered())).toUtf8();
 }
 
 }  // namespace drawing

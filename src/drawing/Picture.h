@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// The page as a file.
 #pragma once
 
 #include <QByteArray>
@@ -14,5 +15,8 @@ enum class Format { kSvg, kPng };
 // description say the page in words. Empty when there is no memory for a PNG.
 // REQUIRES: a QGuiApplication; called on its thread.
 QByteArray MakePicture(const Page& page, const Theme& theme, Format format);
+
+// The page as ShortSvg (ShortSvg.h) makes it, in UTF-8. REQUIRES: as MakePicture.
+QByteArray MakeShortSvg(const Page& page);
 
 }  // namespace drawing

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// What of a name may be shown.
 #pragma once
 
 #include <QString>

@@ -134,6 +134,27 @@ void DrawCycle(QPainter& painter, const Theme& theme, const Window& window, cons
               QRectF(picture.left(), picture.bottom() - size * 1.8, picture.width(), size * 1.5), what);
 }
 
+// The bar that maps have for their scale, and the words above it on a ground of their own.
+void DrawScale(QPainter& painter, const Theme& theme, int scale, const QRectF& picture) {
+  const double size = LetterSize(picture);
+  const double cap = 5;
+  const QPointF left(picture.left() + picture.width() * 0.06, picture.bottom() - picture.height() * 0.07);
+  const QPointF right = left + QPointF(picture.width() * 0.3, 0);
+  painter.setPen(QPen(theme.map, 2.5));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawPolyline(QPolygonF({left - QPointF(0, cap), left, right, right - QPointF(0, cap)}));
+  if (picture.height() < 6 * size) return;
+  const QFont font = Lettering(size, true);
+  const QString text = "scale " + QString::number(scale);
+  const double high = size * 1.3;
+  const QRectF above(left - QPointF(0, cap + 1.5 + high), QSizeF(WidthOf(font, text) + 2, high));
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(theme.scene);
+  painter.drawRect(above);
+  painter.setPen(theme.text);
+  DrawLine(painter, font, above, text);
+}
+
 void DrawMap(QPainter& painter, const Theme& theme, const Map& map, const QRectF& picture) {
   DrawGround(painter, theme, picture, theme.sceneEdge);
   const auto at = [&](double x, double y) {
@@ -151,16 +172,7 @@ void DrawMap(QPainter& painter, const Theme& theme, const Map& map, const QRectF
   painter.drawLine(picture.center() - QPointF(0, arm), picture.center() + QPointF(0, arm));
   painter.setBrush(Qt::NoBrush);
   painter.drawEllipse(picture.center(), arm * 0.55, arm * 0.55);
-
-  // The bar that maps have for their scale.
-  const double size = LetterSize(picture);
-  const QPointF left = at(0.06, 0.93);
-  const QPointF right = at(0.36, 0.93);
-  painter.drawPolyline(QPolygonF({left - QPointF(0, 5), left, right, right - QPointF(0, 5)}));
-  if (picture.height() < 6 * size) return;
-  const QRectF above(left - QPointF(0, size * 1.6), QSizeF(picture.width() * 0.6, size * 1.4));
-  painter.setPen(theme.text);
-  DrawLine(painter, Lettering(size, true), above, "scale " + QString::number(map.scale));
+  DrawScale(painter, theme, map.scale, picture);
 }
 
 // What the window is related to, at the lower right of the picture.

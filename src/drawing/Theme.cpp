@@ -47,6 +47,31 @@ const Theme& Theme::Dark() {
   return theme;
 }
 
+const Theme& Theme::Numbered() {
+  static const Theme theme = [] {
+    Theme numbers;
+    int number = 0;
+    for (QColor* place : numbers.Places()) *place = QColor(0, 0, number++);
+    return numbers;
+  }();
+  return theme;
+}
+
+std::vector<QColor> Theme::All() const {
+  Theme copy = *this;
+  std::vector<QColor> all;
+  for (const QColor* colour : copy.Places()) all.push_back(*colour);
+  return all;
+}
+
+std::vector<QColor*> Theme::Places() {
+  std::vector<QColor*> places = {&canvas,      &cell,       &bar,     &edge,  &scene, &sceneEdge, &text,  &dimText,
+                                 &digitalZoom, &centreMark, &fishEye, &cycle, &map,   &related,   &preset};
+  for (QColor& colour : kinds) places.push_back(&colour);
+  for (QColor& colour : zoomWindows) places.push_back(&colour);
+  return places;
+}
+
 QColor Theme::Of(WindowKind kind) const {
   return kinds[static_cast<size_t>(kind)];
 }

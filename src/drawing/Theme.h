@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// The colours, light and dark.
 #pragma once
 
 #include <QColor>
+#include <vector>
 
 #include "drawing/Words.h"
 
@@ -16,11 +18,18 @@ struct Theme {
 
   static const Theme& Light();
   static const Theme& Dark();
+  // Its colours are their own numbers: each stands for the one at its place in All() of another theme.
+  static const Theme& Numbered();
+  static int NumberOf(const QColor& colour) { return colour.blue(); }
+  std::vector<QColor> All() const;
 
   QColor Of(WindowKind kind) const;
   QColor Of(const Fact& fact) const;
   // Of a zoom window, its frame and the link to it.
   QColor OfZoomWindow(int number) const;
+
+ private:
+  std::vector<QColor*> Places();
 };
 
 }  // namespace drawing

@@ -39,6 +39,7 @@ void AddWhatAndWhere(const Window& window, std::vector<Fact>& facts) {
   // Every window has a stream, but only a camera has a use for it.
   if (window.kind == WindowKind::kCamera) where += "stream " + QString::number(window.stream);
   if (!where.isEmpty()) facts.push_back({Mark::kNone, where.join(" · ")});
+  if (window.kind == WindowKind::kWebPage && window.text.isEmpty()) facts.push_back({Mark::kNone, "no address"});
 }
 
 void AddMoves(const Window& window, std::vector<Fact>& facts) {
@@ -130,7 +131,8 @@ QString InWords(const Page& page) {
   QString text = HeadOf(page);
   for (const Window& window : page.windows) {
     text += "\n" + QString::number(window.number) + ". " + window.name;
-    for (const Fact& fact : FactsOf(window)) text += "; " + fact.text;
+    // What a cycle goes through follows a colon.
+    for (const Fact& fact : FactsOf(window)) text += (text.endsWith(':') ? " " : "; ") + fact.text;
   }
   return text;
 }

@@ -2,8 +2,9 @@
 // viewdraw: draws pages of views. It is a program of its own so that what draws nothing needs no Qt Gui.
 //
 // It reads requests, one line each: {"Plan":{...},"Page":1,"Format":"svg","Dark":false}. "Plan" is an answer of
-// GetPlanDetail. To each it writes one line, {"Size":n}, and the n bytes of the picture; or {"Error":"..."} alone. It
-// ends with its input.
+// GetPlanDetail. "Format" is "svg", "png" or "short", for an SVG that is part of another document; what such ones look
+// like is answered to {"Format":"rules"}. To each it writes one line, {"Size":n}, and the n bytes of the picture; or
+// {"Error":"..."} alone. It ends with its input.
 #include <QFile>
 #include <QGuiApplication>
 #include <QJsonDocument>
@@ -11,6 +12,7 @@
 #include <cstdio>
 
 #include "drawing/Picture.h"
+#include "drawing/ShortSvg.h"
 
 namespace {
 
@@ -22,17 +24,19 @@ struct Answer {
 };
 
 Answer Draw(const QByteArray& line) {
-  const QJsonDocument read = QJsonDocument::fromJson(line);
-  const QJsonObject request = read.object();
+  const QJsonDocument document = QJsonDocument::fromJson(line);
+  const QJsonObject request = document.object();
   const QString format = request["Format"].toString();
+  if (format == "rules") return {drawing::ShortSvgRules().toUtf8()};
   const QJsonObject plan = request["Plan"].toObject();
   const int page = request["Page"].toInt();
-  if (!read.isObject() || plan.isEmpty()) return {{}, "not a request"};
-  if (format != "svg" && format != "png") return {{}, "no such format"};
+  if (!document.isObject() || plan.isEmpty()) return {{}, "not a request"};
+  if (format != "svg" && format != "png" && format != "short") return {{}, "no such format"};
   if (page < 1 || page > std::max(1, drawing::PageCount(plan))) return {{}, "no such page"};
+  const drawing::Page read = drawing::ReadPage(plan, page);
+  if (format == "short") return {drawing::MakeShortSvg(read)};
   const drawing::Theme& theme = request["Dark"].toBool() ? drawing::Theme::Dark() : drawing::Theme::Light();
-  const Answer answer{
-      drawing::MakePicture(drawing::ReadPage(plan, page), theme, format == "svg" ? Format::kSvg : Format::kPng)};
+  const Answer answer{drawing::MakePicture(read, theme, format == "svg" ? Format::kSvg : Format::kPng)};
   return answer.picture.isEmpty() ? Answer{{}, "no memory for the picture"} : answer;
 }
 

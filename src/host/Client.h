@@ -8,6 +8,7 @@
 #include "host/Connection.h"
 #include "host/Failure.h"
 #include "host/Plugin.h"
+#include "host/Terminal.h"
 #include "host/Translation.h"
 
 namespace host {
@@ -22,10 +23,13 @@ enum class Texts {
 class Client {
  public:
   // Throws Failure.
-  Client(const GlobalOptions& options, Texts texts) : m_plugin(options.plugin), m_connection(options) { Begin(texts); }
+  Client(const GlobalOptions& options, Texts texts)
+      : m_plugin(options.plugin), m_connection(options), m_limit(options.timeout) {
+    Begin(texts);
+  }
   // Over a server that runs in this process.
   Client(const GlobalOptions& options, std::unique_ptr<server::ViewServer> server, Texts texts)
-      : m_plugin(options.plugin), m_connection(std::move(server), options.user) {
+      : m_plugin(options.plugin), m_connection(std::move(server), options.user), m_limit(options.timeout) {
     Begin(texts);
   }
   ~Client() {
@@ -34,17 +38,17 @@ class Client {
     if (m_translation) QCoreApplication::removeTranslator(&*m_translation);
   }
 
-  // Waits for the first load, 10 s at most. Throws Failure kNoConnection when it does not come.
-  void Load() {
-    if (!m_plugin.LoadViews(kLoadLimit)) {
-      throw Failure(kNoConnection, "The server's views were not loaded within 10 seconds");
-    }
+  // Waits for the first load, as long as the options say. Answers whether it came.
+  bool TryLoad() const { return m_plugin.LoadViews(m_limit); }
+  // The same; throws Failure kNoConnection, which says what it was waiting for, when the load does not come.
+  void Load() const {
+    if (TryLoad()) return;
+    throw Failure(kNoConnection, "Waiting for the server: " + Connection::WhatIsAwaited() + " (given up after " +
+                                     Counted(static_cast<size_t>(m_limit.count()), "second") + ")");
   }
 
   const Plugin& Functions() const { return m_plugin; }
   Connection& Server() { return m_connection; }
-
-  static constexpr std::chrono::seconds kLoadLimit{10};
 
  private:
   void Begin(Texts texts) {
@@ -54,6 +58,7 @@ class Client {
 
   Plugin m_plugin;
   Connection m_connection;
+  const std::chrono::seconds m_limit;
   std::optional<Translation> m_translation;
 };
 

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
+#include <cerrno>
 #include <fstream>
 
 #include "BizShared/NetCommManager.h"
@@ -88,6 +89,24 @@ Connection::~Connection() {
 
 void Connection::StopDownload() {
   ResourceStore::CViewGroupManager::Instance().Stop();
+}
+
+std::string Connection::WhatIsAwaited() {
+  const auto status = ResourceStore::CViewGroupManager::Instance().GetDownloadStatus();
+  switch (status.state) {
+    case ResourceStore::DownloadState::NotStarted:
+      return "the download was not started";
+    case ResourceStore::DownloadState::Connecting:
+      return "it has not answered yet";
+    case ResourceStore::DownloadState::Downloading:
+      return "its views are still on their way";
+    case ResourceStore::DownloadState::Ready:
+      return "its views are there and being loaded";
+    case ResourceStore::DownloadState::Failing:
+      break;
+  }
+  if (status.systemError == ECONNREFUSED) return "connection refused";
+  return ErrorText::GetErrorInfoByErrorCode(status.error);
 }
 
 void Connection::Login(const GlobalOptions& options) {

@@ -35,6 +35,9 @@ class Connection {
   // Ends the download: no change is called back any more once it returns. Harmless when repeated.
   void StopDownload();
 
+  // What the download is waiting for at the moment, in words: "connection refused", "its views are still on their way".
+  static std::string WhatIsAwaited();
+
   // Null when the server is not ours.
   server::ViewServer* EmbeddedServer() { return m_server.get(); }
 

@@ -13,6 +13,17 @@ namespace {
 
 constexpr int kLimit = 60000;
 
+const char* NameOf(DrawingFormat format) {
+  switch (format) {
+    case DrawingFormat::kPng:
+      return "png";
+    case DrawingFormat::kShort:
+      return "short";
+    default:
+      return "svg";
+  }
+}
+
 }  // namespace
 
 Drawer::Drawer() {
@@ -35,8 +46,16 @@ Drawer::~Drawer() {
 
 std::string Drawer::Draw(const std::string& plan, int page, const DrawingOptions& options) {
   ObjectText request;
-  request.Add("Page", page).Add("Format", options.isPng ? "png" : "svg").Add("Dark", options.isDark);
-  const std::string line = request.AddRaw("Plan", plan).Text() + "\n";
+  request.Add("Page", page).Add("Format", NameOf(options.format)).Add("Dark", options.isDark);
+  return Ask(request.AddRaw("Plan", plan).Text());
+}
+
+std::string Drawer::DrawingRules() {
+  return Ask(ObjectText().Add("Format", "rules").Text());
+}
+
+std::string Drawer::Ask(const std::string& request) {
+  const std::string line = request + "\n";
   m_process.write(line.data(), static_cast<qint64>(line.size()));
   rapidjson::Document answer;
   ParseAnswer(ReadLine().toStdString(), answer);

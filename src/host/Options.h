@@ -14,6 +14,7 @@ struct GlobalOptions {
   std::string passwordFile;  // first line is the password; empty: VIEWCTL_PASSWORD
   std::string plugin;        // the library to load; empty: the one beside the program
   std::string logFile;
+  int timeout = 10;  // seconds that the first load may take
   bool verbose = false;
 };
 

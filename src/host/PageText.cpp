@@ -81,6 +81,7 @@ class PageWriter {
 
 std::string DescribePage(const drawing::Page& page, int columns) {
   const QString head = page.view + "  (view " + page.viewId + ")\n" + HeadOf(page) + "\n";
+  if (page.count == 0) return head.toStdString();
   return head.toStdString() + PageWriter(page, columns).Text();
 }
 

@@ -6,7 +6,7 @@
 #include <QFileInfo>
 #include <thread>
 
-#include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/Functions.h"
 #include "host/Failure.h"
 #include "host/JsonText.h"
 
@@ -19,20 +19,13 @@ QString Beside(const char* folder) {
 
 // The library beside the program: in the build tree, installed, and where libraries stand beside programs.
 QString DefaultFile() {
-  for (const char* folder : {"../lib", "../lib/qorvi", "."}) {
+  for (const char* folder : {"../lib", VIEWCTL_LIBRARY_FOLDER, "../lib/qorvi", "."}) {
     const QDir dir(Beside(folder));
     for (const QString& name : dir.entryList({"*QorviViewPlugin*"}, QDir::Files)) {
       if (QLibrary::isLibrary(name)) return dir.canonicalPath() + "/" + name;
     }
   }
   throw Failure(kUsage, "QorviViewPlugin was not found beside viewctl; name it with --plugin FILE");
-}
-
-template <class F>
-std::pair<const std::string_view, Plugin::Function> Resolve(QLibrary& library, const char* name) {
-  const QFunctionPointer address = library.resolve(name);
-  if (!address) throw Failure(kUsage, library.fileName().toStdString() + " is not the plugin: it has no " + name);
-  return {name, reinterpret_cast<F>(address)};
 }
 
 }  // namespace
@@ -43,33 +36,12 @@ Plugin::Plugin(const std::string& file) {
   m_library.setFileName(path);
   if (!m_library.load()) throw Failure(kUsage, m_library.errorString().toStdString());
 
-// The header gives each function its type; nothing is linked.
-#define QORVI_FUNCTION(name) Resolve<decltype(&::name)>(m_library, #name)
-  m_functions = {
-      QORVI_FUNCTION(InitEnvir),
-      QORVI_FUNCTION(UnInitEnvir),
-      QORVI_FUNCTION(ClearViewData),
-      QORVI_FUNCTION(IsViewResourceDownFinish),
-      QORVI_FUNCTION(IsSupportPlanChangeOrder),
-      QORVI_FUNCTION(IsInitViewGroupFinish),
-      QORVI_FUNCTION(IsInitViewFinish),
-      QORVI_FUNCTION(GetPlanGroups),
-      QORVI_FUNCTION(AddPlanGroup),
-      QORVI_FUNCTION(UpdatePlanGroup),
-      QORVI_FUNCTION(DeletePlanGroup),
-      QORVI_FUNCTION(GetPlansInGroup),
-      QORVI_FUNCTION(GetPlanDetail),
-      QORVI_FUNCTION(GetPlanConfig),
-      QORVI_FUNCTION(AddPlan),
-      QORVI_FUNCTION(UpdatePlan),
-      QORVI_FUNCTION(DeletePlan),
-      QORVI_FUNCTION(GetCurrentUser),
-      QORVI_FUNCTION(GetAllUserInfo),
-      QORVI_FUNCTION(ViewShareUsers),
-      QORVI_FUNCTION(GetClientViewConfig),
-      QORVI_FUNCTION(SetClientViewConfig),
-      QORVI_FUNCTION(ViewRegisterResourceUpdate),
-  };
+  QorviViewPlugin::Functions functions;
+  if (const char* missing = functions.Load([this](const char* name) { return m_library.resolve(name); })) {
+    throw Failure(kUsage, path.toStdString() + " is not the plugin: it has no " + missing);
+  }
+#define QORVI_FUNCTION(name) m_functions.emplace(#name, functions.name);
+  QORVI_EXPORTED_FUNCTIONS(QORVI_FUNCTION)
 #undef QORVI_FUNCTION
 }
 

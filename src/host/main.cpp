@@ -17,6 +17,10 @@ void AddGlobalOptions(CLI::App& app, host::GlobalOptions& options) {
   app.add_option("--password-file", options.passwordFile, "its first line is the password; else VIEWCTL_PASSWORD")
       ->type_name("FILE");
   app.add_option("--plugin", options.plugin, "the library to load; else the one beside viewctl")->type_name("FILE");
+  app.add_option("--timeout", options.timeout, "how long the first load may take")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 86400))
+      ->capture_default_str();
   app.add_option("--log-file", options.logFile, "where log lines are written")->type_name("FILE");
   app.add_flag("-v", options.verbose, "log lines on stderr");
   app.set_version_flag("--version", "viewctl " VIEWCTL_VERSION);
@@ -27,6 +31,7 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddTreeCommand(app, chosen);
   host::AddShowCommand(app, chosen);
   host::AddDrawCommand(app, chosen);
+  host::AddReportCommand(app, chosen);
   host::AddCallCommand(app, chosen);
   host::AddScriptCommand(app, chosen);
   host::AddWatchCommand(app, chosen);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <rapidjson/document.h>
+#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include <charconv>
@@ -85,6 +86,17 @@ bool Parse(std::string text, rapidjson::Document& document) {
   if (ParseInPlace<Flags, true>(text.data(), parsed) != size) return false;
   document.Swap(parsed);
   return true;
+}
+
+// Passes a whole text, which has no NUL, to a handler without making a document of it. False where it is not JSON from
+// end to end; the handler has had some of it by then.
+template <unsigned int Flags = 0, class Handler>
+bool ParseEvents(std::string_view text, Handler& handler) {
+  constexpr unsigned int kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | Flags;
+  rapidjson::MemoryStream stream(text.data(), text.size());  // gives NULs at its end, however many are taken
+  rapidjson::Reader reader;
+  NumberMaker<Handler, true> maker(handler);
+  return !reader.Parse<kFlags>(stream, maker).IsError() && stream.Tell() == text.size();
 }
 
 }  // namespace json

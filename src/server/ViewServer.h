@@ -2,21 +2,32 @@
 // The reference management server, to run inside a process. `viewserver` is this class with a command line.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "server/http/HttpSettings.h"
 
 namespace server {
 
 struct ViewServerOptions {
   std::string dataFile;  // SQLite database, made when absent; ":memory:" keeps nothing
   std::string listenHost = "127.0.0.1";
-  uint16_t listenPort = 0;              // 0 lets the kernel pick
-  std::string seedFile;                 // applied by ID at start; empty: none
-  std::string tlsCertFile, tlsKeyFile;  // both empty: plain HTTP
-  uint64_t keepChanges = 100000;        // how many changes are kept for clients that reconnect
-  std::string faultsFile;               // a fault plan; empty: none
+  uint16_t listenPort = 0;                         // 0 lets the kernel pick
+  std::string seedFile;                            // applied by ID at start; empty: none
+  std::string tlsCertFile, tlsKeyFile;             // both empty: plain HTTP
+  uint64_t keepChanges = 100000;                   // how many changes are kept for clients that reconnect
+  uint64_t keepChangeBytes = uint64_t{256} << 20;  // and how many bytes of them
+  std::string faultsFile;                          // a fault plan; empty: none
+  // An edit waits so long for another process that holds the store, and is answered 503 then. The rest of two seconds
+  // is for the way.
+  std::chrono::milliseconds editPatience{1000};
+  HttpLimits limits;
+  std::vector<std::string> trustedProxies;  // addresses whose X-Forwarded-For says who asks
+  std::string accessLog;                    // a file, "-" for stderr; empty: none
 };
 
 // A session made without a password, for the process that owns the server.
@@ -49,7 +60,8 @@ class ViewServer {
   // (name empty, over 256 code points or with control characters; password empty).
   bool AddUser(const std::string& name, const std::string& password, std::string& error);
   bool SetPassword(const std::string& name, const std::string& password, std::string& error);
-  // A token for that user without a password; nothing when there is no such user.
+  // A token for that user without a password; nothing when there is no such user. Throws std::runtime_error where the
+  // store cannot be written.
   std::optional<LocalSession> OpenLocalSession(const std::string& userName);
 
  private:

@@ -40,6 +40,8 @@ TEST(PageTextTest, WhatHasNoRoomIsCountedAndPlacesWithoutWindowAreSaid) {
   EXPECT_NE(text.find("camera 2  "), std::string::npos) << text;
   EXPECT_NE(text.find("and 17 more"), std::string::npos) << text;
   EXPECT_NE(text.find("│ no window"), std::string::npos) << text;
+  const std::string none = host::DescribePage(drawing::ReadPage({}, 1), 60);
+  EXPECT_EQ(none, "  (view )\nNo pages\n") << "and no window either";
 }
 
 }  // namespace

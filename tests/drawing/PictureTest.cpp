@@ -9,6 +9,7 @@
 #include <QFontInfo>
 #include <QGuiApplication>
 #include <QImage>
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 #include <cmath>
 #include <memory>
@@ -127,6 +128,48 @@ TEST_F(PictureTest, BoxesAreDrawnToScale) {
   }
 }
 
+// In a page of nine; in one of a hundred there is no room, and the last line says so.
+TEST_F(PictureTest, LongNamesAndLinesCanBeReadOverSeveralLines) {
+  const QString name = "A name too long for the bar of a window that is one of nine on its page";
+  const QString text = "https://boards.example.invalid/" + QString(60, 'x');
+  QJsonObject plan = Plan(9, "",
+                          R"({"Sequence":0,"ResourceType":25001,"ResourceName":")" + name.toStdString() +
+                              R"(","ExtendResource":")" + text.toStdString() + "\"}");
+  const QString read =
+      Read(MakePicture(drawing::ReadPage(plan, 1), Theme::Light(), Format::kSvg), Qt::black).texts.join("");
+  EXPECT_TRUE(QString(read).remove(' ').contains(QString(name).remove(' '))) << read.toStdString();
+  EXPECT_TRUE(read.contains("“" + text + "”")) << read.toStdString();
+
+  const Page crowded =
+      OnePage(100, "", Camera(0, R"("RelateResourceID":1,"RelateResourceName":")" + std::string(300, 'x') + "\""));
+  const QStringList texts = Read(MakePicture(crowded, Theme::Light(), Format::kSvg), Qt::black).texts;
+  EXPECT_EQ(texts.filter(QRegularExpression("^and [0-9]+ more")).size(), 1) << texts.join("\n").toStdString();
+}
+
+// What a short drawing shows is what the whole one shows.
+TEST_F(PictureTest, AShortDrawingHasTheSameTextsAndBoxes) {
+  const Drawn whole = Read(MakePicture(Everything(), Theme::Light(), Format::kSvg), Theme::Light().scene);
+  const QByteArray shortened = drawing::MakeShortSvg(Everything());
+  EXPECT_LT(shortened.size() * 2, MakePicture(Everything(), Theme::Light(), Format::kSvg).size());
+  EXPECT_EQ(Read(shortened, Qt::black).texts, whole.texts);
+  const int scene = Theme::NumberOf(Theme::Numbered().scene);
+  QXmlStreamReader reader(shortened);
+  std::vector<QRectF> boxes;
+  QStringList classes;
+  while (!reader.atEnd()) {
+    if (reader.readNext() != QXmlStreamReader::StartElement) continue;
+    const auto number = [&](const char* key) { return reader.attributes().value(QLatin1String(key)).toDouble(); };
+    if (reader.name() == QLatin1String("g")) classes = reader.attributes().value("class").toString().split(' ');
+    if (reader.name() != QLatin1String("rect") || !classes.contains("f" + QString::number(scene))) continue;
+    boxes.emplace_back(number("x"), number("y"), number("width"), number("height"));
+  }
+  ASSERT_EQ(boxes.size(), whole.boxes.size());
+  for (size_t i = 0; i < boxes.size(); ++i) {
+    EXPECT_NEAR(boxes[i].left(), whole.boxes[i].left(), 0.051);
+    EXPECT_NEAR(boxes[i].height(), whole.boxes[i].height(), 0.051);
+  }
+}
+
 // Whether anything but ground lies on the outermost pixels, or text beside the sheet.
 TEST_F(PictureTest, NothingLeavesTheSheet) {
   for (const Page& page : {Everything(), OnePage(64, "", Camera(63)), OnePage(40, "1x40", Camera(0))}) {
@@ -214,6 +257,7 @@ TEST_F(PictureTest, TextStandsOutFromItsGround) {
       EXPECT_GE(Contrast(theme->text, ground), 4.5);
       EXPECT_GE(Contrast(theme->dimText, ground), 4.5);
     }
+    EXPECT_GE(Contrast(theme->text, theme->scene), 4.5) << "a map's scale";
     EXPECT_GE(Contrast(theme->cycle, theme->scene), 4.5) << "the cycle's number and time stand on the picture";
   }
 }

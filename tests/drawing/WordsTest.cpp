@@ -65,6 +65,9 @@ TEST(WordsTest, EachKindIsNamed) {
   EXPECT_EQ(FactsOf(kind(0)), Lines{"empty"});
   EXPECT_EQ(FactsOf(kind(1002)), Lines{"door 5"});
   EXPECT_EQ(FactsOf(kind(2004)), Lines{"element 5 of type 2004"});
+  EXPECT_EQ(FactsOf(kind(25001)), (Lines{"web page 5", "no address"}));
+  EXPECT_EQ(FactsOf(kind(25001, R"(,"ExtendResource":"https://a.invalid")")),
+            (Lines{"web page 5", "“https://a.invalid”"}));
   EXPECT_EQ(FactsOf(kind(29000)), Lines{"resource 5 of type 29000"});
   EXPECT_EQ(
       FactsOf(kind(7001, R"(,"Emap":{"LoadMode":1,"PosX":"52.1","PosY":"11.6","ScaleSize":16,"ExtendInfo":"i"})")),

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <regex>
 
-#include "../platform/ScriptedServer.h"
+#include "../platform/ScriptedSite.h"
 #include "ViewctlRunner.h"
 #include "host/JsonText.h"
 
@@ -81,6 +81,7 @@ TEST_F(CommandsTest, EachFailureIsOneLineAndItsOwnStatus) {
       {{"call", "Nonsense", "--server", "http://127.0.0.1:1"}, "x", 2},
       {maria + QStringList{"script", file}, "sample-maria", 2},
       {maria + QStringList{"watch"}, "sample-maria", 2},
+      {maria + QStringList{"tree", "--timeout", "0"}, "sample-maria", 2},
       {maria + QStringList{"import", file}, "sample-maria", 2},
       {maria + QStringList{"export", "-o", file + "/out"}, "sample-maria", 2},
       {maria + QStringList{"show", "9999"}, "sample-maria", 1},
@@ -105,17 +106,19 @@ TEST_F(CommandsTest, TheVersionIsToldWithoutAServer) {
   EXPECT_EQ(version.out.rfind("viewctl ", 0), 0u) << version.out;
 }
 
-TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpAfterTenSeconds) {
+TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpWithAReasonInTheTimeAsked) {
   const testing_support::ScriptedServer server([](const auto& request, auto& connection) {
     if (!request.target.ends_with("/V0/Sessions")) return connection.ReplyError(500, 100, 8);
     connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
   });
-  const QStringList login = {"--server", QString::fromStdString(server.Url())};
+  const QStringList login = {"--server", QString::fromStdString(server.Url()), "--timeout", "4"};
   Running script(login + QStringList{"script"}, "any");
   script.Write("{\"load\":true}\n");
   const Outcome tree = test::Run(login + QStringList{"tree"}, "any");
   EXPECT_EQ(tree.status, 3);
-  EXPECT_EQ(tree.err, "viewctl: The server's views were not loaded within 10 seconds\n");
+  EXPECT_EQ(tree.err,
+            "viewctl: Waiting for the server: Internal error of the server: from below "
+            "(given up after 4 seconds)\n");
   EXPECT_EQ(script.NextLine(), R"({"load":true,"result":false})");
   EXPECT_EQ(script.Finish(), 0);
   const auto requests = server.Requests();
@@ -145,18 +148,13 @@ TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
 }
 
 TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingShown) {
-  const QTemporaryDir folder;
-  const QStringList own = {"--data", folder.path()};
-  const Outcome added = test::Run(own + QStringList{"script"}, {},
-                                  R"({"call":"AddPlanGroup","request":{"Name":"Spoilt","ParentID":"-1","Type":0}}
-{"call":"AddPlan","request":{"Name":"Spoilt view","GroupID":"-1","Type":0}}
-{"call":"AddPlan","request":{"Name":"Sound","GroupID":"-1","Type":0}}
-)");
-  ASSERT_EQ(added.status, 0) << added.err;
-  const std::string store = folder.filePath("views.db").toStdString();
-  std::string content = ReadFile(store);
-  for (size_t at = 0; (at = content.find("Spoilt")) != std::string::npos;) content[at] = '\xff';
-  WriteFile(store, content);
+  testing_support::ScriptedSite site;
+  const std::string spoilt = "\"Name\":\"\xffpoilt";
+  site.SetNumbered(R"({"ID":1,"ParentViewGroupID":-1,"UserID":-1,)" + spoilt + "\"}",
+                   R"({"ID":1,"ViewGroupID":-1,"UserID":-1,)" + spoilt +
+                       R"( view"},{"ID":2,"ViewGroupID":-1,"UserID":-1,"Name":"Sound"})",
+                   3);
+  const QStringList login = {"--server", QString::fromStdString(site.Url())};
   const std::string replaced = "\xEF\xBF\xBDpoilt";
   // A request that the library reads is passed on as it is, and no fault is found with it.
   const std::string request = "{\"ID\":\"1\",\"Other\":\"\xff\"}";
@@ -169,7 +167,10 @@ TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingSh
       {{"export", "-o", "-"}, {'"' + replaced + " view\"", '"' + replaced + '"', "\"Sound\""}},
   };
   for (const auto& [command, parts] : commands) {
-    const Outcome outcome = test::Run(own + command, {}, request);
+    site.AnswerOnce("V0/Sessions", [](const auto&, auto& connection) {
+      connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
+    });
+    const Outcome outcome = test::Run(login + command, "any", request);
     const std::string line = command.join(' ').toStdString();
     EXPECT_EQ(outcome.status, 0) << line << outcome.err;
     for (const std::string& part : parts) EXPECT_TRUE(Has(outcome.out, part)) << line << "\n" << outcome.out;

@@ -2,6 +2,7 @@
 // viewctl draw over the sample site, and the drawings in the documentation.
 #include <QDir>
 #include <QFileInfo>
+#include <QProcess>
 #include <regex>
 
 #include "ViewctlRunner.h"
@@ -48,7 +49,7 @@ TEST_F(DrawTest, TheExtrasOfTheSampleSiteCanBeReadInItsDrawings) {
       {{"118"}, "admin", {"digital zoom 0.1,0.2 to 0.6,0.7"}},
       {{"120"}, "admin", {"related: door 2208 “Drivers' room”"}},
       {{"128"}, "admin", {"8 areas, 20 s each:", "きっぷうりば"}},
-      {{"130"}, "admin", {"No pages"}},
+      {{"130"}, "admin", {"No pages", "no pages"}},
       {{"137"}, "maria", {"夜間巡回", "shared by kenji)"}},
   };
   // A line in several scripts is several texts.
@@ -121,6 +122,29 @@ TEST_F(DrawTest, WithoutViewdrawEverythingElseWorks) {
   EXPECT_EQ(drawn.status, 2);
   EXPECT_EQ(drawn.err, "viewctl: Pictures are drawn by viewdraw, which was not found beside viewctl\n");
   EXPECT_EQ(run({"draw", "110"}).status, 0);
+}
+
+TEST_F(DrawTest, OnlyWhatDrawsNeedsQtGui) {
+  const auto needs = [](const QString& program, const char* library) {
+    QProcess ldd;
+    ldd.start("ldd", {program});
+    EXPECT_TRUE(ldd.waitForFinished(60000) && ldd.exitCode() == 0) << program.toStdString();
+    return ldd.readAllStandardOutput().contains(library);
+  };
+  const QDir folder = QFileInfo(QString(VIEWCTL_FILE)).dir();
+  for (const QString& program : {QString(VIEWCTL_FILE), folder.filePath("../lib/libQorviViewPlugin.so")}) {
+    EXPECT_TRUE(needs(program, "libQt5Core")) << program.toStdString();
+    EXPECT_FALSE(needs(program, "libQt5Gui")) << program.toStdString();
+    EXPECT_FALSE(needs(program, "libQt5Svg")) << program.toStdString();
+  }
+  EXPECT_TRUE(needs(folder.filePath("viewdraw"), "libQt5Gui"));
+}
+
+// Each by a process of its own, so that no order of hashes may matter.
+TEST_F(DrawTest, TheSameViewMakesTheSameBytes) {
+  for (const char* ending : {"svg", "png"}) {
+    EXPECT_TRUE(Picture({"110"}, "admin", ending) == Picture({"110"}, "admin", ending)) << ending;
+  }
 }
 
 }  // namespace

@@ -37,7 +37,8 @@ TEST(ChangeStreamParserTest, YieldsTheEventsOfAStream) {
       {": comment\n\n: other\nid: 1\n:\ndata: a\n\n", "1|message|a\n"},
       {"data: a\ndata:b\ndata:  c\n\n", "-|message|a\nb\n c\n"},
       {"data\ndata\n\n", "-|message|\n\n"},
-      {"id: 7\nevent: X\n\nid: 8\ndata: a\n\n", "8|message|a\n"},  // no data, no event
+      {"id: 7\nevent: X\n\nid: 8\ndata: a\n\n", "8|message|a\n"},                          // no data, no event
+      {"id: 7\n\n: comment\n\nid: 8\ndata: a\n\nid: 9\n\n\n", "7||\n8|message|a\n9||\n"},  // but an id alone
       {"id: 1\nid: 2\nevent: A\nevent: B\ndata: x\n\n", "2|B|x\n"},
       {"<html>\nid 3\n\nretry: 5\nwhatever: x\nid: 4\ndata: {\n\ndata: a:b\n\n", "4|message|{\n-|message|a:b\n"},
       {"id: 1\ndata: cut off\n", ""},

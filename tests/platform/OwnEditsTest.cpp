@@ -114,6 +114,38 @@ TEST_F(OwnEditsTest, NumbersThatBeginAnewInAnotherRunAreToldByEmptyDocuments) {
   ExpectCalls(2, {"G " + Groups(""), "V " + Views("")});
 }
 
+TEST_F(OwnEditsTest, TheStreamsNumbersGoWithTheirHistory) {
+  m_site.SetHistory("first");
+  m_site.AnswerOnce("V0/Views", [](const Request&, Connection& c) {  // the server was ended between the two lists
+    c.Reply(200, Views(""), "Resource-Sequence: 50\r\nResource-History: other\r\n");
+  });
+  Load();
+  EXPECT_EQ(m_site.Count("V0/Views"), 2);
+  const auto expectNext = [&](const char* query) {
+    const int opened = m_site.Count("V0/Changes");
+    m_site.EndStream();
+    ASSERT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") > opened; }));
+    EXPECT_TRUE(m_site.Targets("V0/Changes").back().ends_with(query)) << m_site.Targets("V0/Changes").back();
+    ASSERT_TRUE(Eventually([&] { return m_site.Streams() == 1; }));
+  };
+  ASSERT_TRUE(Eventually([&] { return m_site.Streams() == 1; }));
+  EXPECT_TRUE(m_site.Targets("V0/Changes").back().ends_with("?After=50&History=first"));
+  m_site.SetHistory("second");  // a restart
+  expectNext("?After=50&History=first");
+  expectNext("?After=50&History=second");
+
+  // Another history's numbers count for nothing, though they are higher.
+  m_site.SetHistory("third");
+  m_site.SetNumbered(kGroup, View(5, "w", 3), 60);
+  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) {
+    c.Close();
+    c.Send("HTTP/1.1 410 Gone\r\nResource-History: third\r\nContent-Length: 0\r\n\r\n");
+  });
+  m_site.EndStream();
+  ExpectCalls(2, {"G " + Groups(""), "V " + Views(R"({"ID":5,"Name":"w","Method":1})")});
+  ASSERT_TRUE(Eventually([&] { return m_site.Targets("V0/Changes").back().ends_with("?After=60&History=third"); }));
+}
+
 // --- The relay by itself, where a site would have to be met at one moment of its work
 
 using ResourceStore::details::ChangeRelay;

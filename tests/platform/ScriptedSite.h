@@ -70,6 +70,11 @@ class ScriptedSite {
     m_changed.notify_all();
     ASSERT_TRUE(m_changed.wait_for(lock, std::chrono::seconds(20), [&] { return !m_end; }));
   }
+  // Names the history that its lists and streams are of from now on; none before.
+  void SetHistory(const std::string& name) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_history = "Resource-History: " + name + "\r\n";
+  }
   // Ends the stream, of which the server then has forgotten too much, and waits for the next.
   void LoseChanges() {
     const int opened = StreamsOpened();
@@ -131,13 +136,18 @@ class ScriptedSite {
     } else if (name == "V0/Changes") {
       ServeStream(connection);
     } else {
-      connection.Reply(200, list.text, "Resource-Sequence: " + std::to_string(list.number) + "\r\n");
+      connection.Reply(200, list.text, "Resource-Sequence: " + std::to_string(list.number) + "\r\n" + History());
     }
+  }
+
+  std::string History() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_history;
   }
 
   void ServeStream(Connection& connection) {
     connection.Close();
-    connection.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n\r\n");
+    connection.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n" + History() + "\r\n");
     std::unique_lock<std::mutex> lock(m_mutex);
     ++m_streams;
     const int self = ++m_newestStream;
@@ -172,7 +182,7 @@ class ScriptedSite {
                                       {"V0/ViewGroups", {Groups(R"({"ID":1,"Name":"g"})"), 10}},
                                       {"V0/Views", {Views(R"({"ID":5,"Name":"v"})"), 12}}};
   std::multimap<std::string, Override> m_overrides;
-  std::string m_text;
+  std::string m_text, m_history;
   int m_streams = 0;
   int m_newestStream = 0;
   bool m_end = false;

@@ -128,6 +128,15 @@ TEST_F(ViewDownloadTest, AGroupMadeBetweenTheListsIsThereBeforeItsViews) {
   expectNoneTwice(4);
 }
 
+TEST_F(ViewDownloadTest, AnIdAloneMovesTheStreamOn) {
+  Load();
+  m_site.Stream("id: 30\n\nid: 31\n\n: still here\n\n");
+  m_site.EndStream();
+  ASSERT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") >= 2; }));
+  EXPECT_TRUE(m_site.Targets("V0/Changes").back().ends_with("?After=31")) << m_site.Targets("V0/Changes").back();
+  EXPECT_TRUE(Calls().empty());
+}
+
 TEST_F(ViewDownloadTest, ASilentStreamCountsAsLost) {
   SetTimings({10ms, 40ms, 150ms, 20s});
   Load();

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Who hears what on the change streams, in which order, and how a listener that was away catches up.
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
+
 #include <regex>
 #include <set>
 #include <stdexcept>
@@ -7,6 +10,7 @@
 
 #include "TestClient.h"
 #include "server/changes/ChangeFeed.h"
+#include "server/store/Database.h"
 
 namespace server::test {
 namespace {
@@ -187,6 +191,48 @@ TEST_F(ChangesTest, OnlyTheKeptChangesCanBeAskedFor) {
   EXPECT_EQ(ann.Listen(4).Next().Brief(), "ViewGroups +5") << "another session's edit by now";
 }
 
+TEST_F(ChangesTest, NoMoreBytesOfChangesAreKeptThanWanted) {
+  const std::string ballast = R"(,"Ballast":")" + std::string(100000, 'x') + "\"";
+  const auto restart = [this] { RestartWith([](auto& options) { options.keepChangeBytes = 450000; }); };
+  restart();
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn, ballast));
+  for (int i = 0; i < 20; ++i) ann.Put(view, ViewBody("V", -1, kAnn, ballast));
+  for (int i = 0; i < 2; ++i) {  // the same once they are counted in the store
+    const int64_t last = ann.Sequence();
+    EXPECT_EQ(ann.Listen(last - 4).NextBriefs(4), i == 0 ? "OwnViews *1; OwnViews *1; OwnViews *1; OwnViews *1"
+                                                         : "Views *1; Views *1; Views *1; OwnViews *1");
+    EXPECT_EQ(ann.Listen(last - 6).Status(), 410);
+    SQLite::Database store(Options().dataFile);
+    EXPECT_LE(store.execAndGet("SELECT count(*) FROM documents").getInt(), 5);
+    restart();
+    ann.Put(view, ViewBody("V", -1, kAnn, ballast));
+  }
+  ann.Put(view, ViewBody("V", -1, kAnn, ballast + R"(,"More":")" + std::string(500000, 'x') + "\""));
+  EXPECT_EQ(ann.Listen(ann.Sequence() - 1).Next().Brief(), "OwnViews *1") << "the last one is kept, whatever its size";
+}
+
+TEST_F(ChangesTest, DocumentsCountForAsLongAsAnyChangeHasThem) {
+  const std::string ballast = R"(,"Ballast":")" + std::string(100000, 'x') + "\"";
+  RestartWith([](auto& options) { options.keepChangeBytes = 450000; });
+  std::vector<int32_t> views;
+  for (int i = 0; i < 10; ++i) views.push_back(ann.AddView("V" + std::to_string(i), -1, kAnn, ballast));
+  for (const int32_t view : views) ann.Post("V1/View/" + std::to_string(view) + "/Share", ShareBody("2"));
+  for (const int32_t view : views) ann.Put("V0/Views/" + std::to_string(view), ViewBody("V", -1, kAnn));
+  SQLite::Database store(Options().dataFile);
+  EXPECT_LE(store.execAndGet("SELECT sum(length(text)) FROM documents").getInt(), 460000);
+}
+
+TEST_F(ChangesTest, AListenerWhoMaySeeNothingMovesOnAllTheSame) {
+  RestartWith([](auto& options) { options.keepChanges = 1000; });
+  const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
+  for (int i = 0; i < 700; ++i) ann.Put(view, ViewBody("V", -1, kAnn));  // more than are read at once
+  EventStream returned = bob.Listen(0);
+  EXPECT_EQ(returned.NextNote(), 701);
+  ann.AddGroup("G", -1, kPublic);
+  EXPECT_EQ(returned.Next().number, 702);
+  EXPECT_EQ(bob.Listen(700).NextNote(), -1) << "no note where an event says it";
+}
+
 TEST_F(ChangesTest, LoggingOutEndsTheStreamsOfThatSessionAndNoOther) {
   const Client leaving = LogIn("ann");
   EventStream gone = leaving.Listen();
@@ -199,6 +245,38 @@ TEST_F(ChangesTest, LoggingOutEndsTheStreamsOfThatSessionAndNoOther) {
   EXPECT_EQ(leaving.Get("V0/Views").Error(), "101/2");
   ann.AddGroup("H", -1, kPublic);
   EXPECT_EQ(stays.Next().Brief(), "OwnViewGroups +2");
+}
+
+// Long before the next sign of life, by which a stream finds out for itself.
+TEST_F(ChangesTest, SessionsThatEndOtherwiseTakeTheirStreamsAlong) {
+  const std::string store = Options().dataFile;
+  const std::pair<const char*, std::function<void()>> ways[] = {
+      {"a password set in this process",
+       [this] {
+         std::string error;
+         EXPECT_TRUE(m_server->SetPassword("bob", "new", error)) << error;
+       }},
+      {"sessions ended by another process",
+       [&store] {
+         SQLite::Database(store, SQLite::OPEN_READWRITE, kStoreWaitMs).exec("DELETE FROM sessions WHERE user_id = 2");
+       }},
+  };
+  EventStream stays = ann.Listen();
+  for (const auto& [name, end] : ways) {
+    SCOPED_TRACE(name);
+    EventStream gone = LogIn("bob").Listen();
+    EventStream other = LogIn("bob").Listen();
+    ann.AddGroup("G", -1, kPublic);
+    gone.Next();  // by now both are subscribed
+    other.Next();
+    stays.Next();
+    end();
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(gone.Next().Brief() + other.Next().Brief(), "endend");
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(12));
+  }
+  ann.AddGroup("H", -1, kPublic);
+  EXPECT_EQ(stays.Next().name, "OwnViewGroups");
 }
 
 // Several clients edit at once while others listen: every listener hears every change once, in order, and ends up
@@ -248,11 +326,73 @@ TEST_F(ChangesTest, AListenerThatReadsLateLosesNothing) {
   for (int64_t i = 1; i <= 61; ++i) ASSERT_EQ(late.Next().number, i);
 }
 
+TEST_F(ChangesTest, DocumentsThatAListenerMayNotSeeAreNotRead) {
+  const std::string ballast = R"(,"X":")" + std::string(100000, 'x') + '"';
+  for (int i = 0; i < 40; ++i) ann.AddView("V", -1, kAnn, ballast);
+  m_server.reset();
+  const auto pagesReadFor = [this](int32_t listener, int64_t& upTo) {
+    Database store(Options().dataFile, Database::Use::kReading);
+    upTo = ReadChangePiece(store, listener, 0, 40, [](int32_t, int64_t) { return nullptr; }).upTo;
+    int pages = 0, ignored = 0;
+    sqlite3_db_status(store.Handle().getHandle(), SQLITE_DBSTATUS_CACHE_MISS, &pages, &ignored, 0);
+    return pages;
+  };
+  int64_t ofAnn = 0, ofBob = 0;
+  EXPECT_GT(pagesReadFor(kAnn, ofAnn), 200) << "some ten documents of 25 pages";
+  EXPECT_LT(pagesReadFor(kBob, ofBob), 100);
+  EXPECT_LT(ofAnn, 20);
+  EXPECT_EQ(ofBob, 40) << "nor do they count";
+}
+
 struct BrokenStore : ChangeSource {
-  Reach ReadChanges(const FeedPtr&, int64_t, std::vector<Change>&) override { throw std::runtime_error("disk full"); }
+  Reach ReadChanges(const FeedPtr&, int64_t, ChangePiece&) override { throw std::runtime_error("disk full"); }
+  int64_t LastChange() override { throw std::runtime_error("disk full"); }
   void Unsubscribe(ChangeFeed*) override {}
   bool TouchSession(int64_t) override { throw std::runtime_error("disk full"); }
 };
+
+// Says that there is more `pieces` times, and never has anything to see.
+struct DullStore : ChangeSource {
+  Reach ReadChanges(const FeedPtr& feed, int64_t after, ChangePiece& piece) override {
+    piece.upTo = after + 1;
+    ++reads;
+    if (--pieces > 0) return Reach::kMore;
+    feed->Subscribed();
+    return Reach::kLive;
+  }
+  int64_t LastChange() override { return last; }
+  void Unsubscribe(ChangeFeed*) override {}
+  bool TouchSession(int64_t) override { return true; }
+  int pieces = 3, reads = 0;
+  int64_t last = 3;
+};
+
+TEST(ChangeFeed, ReadsAPieceAtATimeAndTellsNowAndThenHowFarItHasCome) {
+  DullStore store;
+  const auto feed = std::make_shared<ChangeFeed>(store, Caller{}, 0);
+  const auto taken = [&] {
+    std::vector<Text> events;
+    EXPECT_TRUE(feed->Take(events));
+    return events.empty() ? std::string() : *events.back();
+  };
+  for (int piece = 1; piece <= 3; ++piece) {
+    EXPECT_EQ(taken(), piece < 3 ? "" : "id: 3\n\n");
+    EXPECT_EQ(feed->HasMore(), piece < 3) << "others may run first";
+    EXPECT_EQ(store.reads, piece);
+  }
+  EXPECT_EQ(taken(), "");
+  store.last = 9;
+  EXPECT_EQ(taken(), "") << "not with each change";
+  feed->KeepAlive();
+  feed->Offer(9, std::make_shared<std::string>("event"));
+  EXPECT_EQ(taken(), "event");
+  EXPECT_EQ(taken(), "") << "the event has told it";
+  store.last = 12;
+  feed->KeepAlive();
+  EXPECT_EQ(taken(), "id: 12\n\n");
+  feed->KeepAlive();
+  EXPECT_EQ(taken(), "") << "once";
+}
 
 TEST(ChangeFeed, EndsWhereTheStoreFails) {
   BrokenStore store;

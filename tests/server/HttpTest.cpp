@@ -1,81 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
-#include <atomic>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 #include <deque>
-#include <map>
+#include <fstream>
+#include <regex>
 #include <stdexcept>
 #include <thread>
 
+#include "EchoHandler.h"
 #include "TestClient.h"
+#include "server/http/AccessLog.h"
 #include "server/http/HttpServer.h"
 
 namespace server::test {
 namespace {
 
-class Endless : public BodySource {
- public:
-  uint64_t Length() const override { return uint64_t{1} << 40; }
-  bool Next(std::string& chunk) override {
-    chunk.assign(1 << 16, 'x');
-    return true;
-  }
-};
-
-class OneEvent : public EventSource {
- public:
-  bool Take(std::vector<Text>& events) override {
-    if (!m_given) events.push_back(std::make_shared<std::string>("data: first\n\n"));
-    m_given = true;
-    return true;
-  }
-  bool KeepAlive() override { return ++m_heartbeats < 3; }
-  void OnReady(std::function<void()>) override {}
-
- private:
-  bool m_given = false;
-  int m_heartbeats = 0;
-};
-
-// Answers with what it was asked; some paths do something else.
-class Echo : public HttpHandler {
- public:
-  HttpReply Handle(const HttpRequest& request) override {
-    HttpReply reply;
-    reply.body = request.method + "|" + request.path + "|" + request.query + "|" + request.token + "|" +
-                 (request.body.size() > 100 ? std::to_string(request.body.size()) : request.body);
-    if (request.path == "/endless") reply.source = std::make_shared<Endless>();
-    if (request.path == "/events") reply.events = std::make_shared<OneEvent>();
-    if (request.path == "/slow") {
-      std::this_thread::sleep_for(std::chrono::milliseconds(200));
-      ++slowAnswers;
-    }
-    if (request.path == "/late") reply.delay = std::chrono::milliseconds(200);
-    return reply;
-  }
-  uint64_t BodyLimit(const HttpRequest& request) override { return request.token == "trusted" ? 1 << 20 : 0; }
-  bool IsSlow(const HttpRequest& request) override { return request.path == "/slow"; }
-  HttpReply Refused(const Refusal& refusal) override {
-    static const std::map<int, std::string> texts{
-        {400, "malformed"}, {413, "too large"}, {429, "too many"}, {503, "no memory"}};
-    return {refusal.httpStatus, {}, texts.at(refusal.httpStatus), nullptr, nullptr, {}, {}};
-  }
-  int32_t UserOf(const HttpRequest& request) override {
-    return request.token.rfind("user", 0) == 0 ? std::stoi(request.token.substr(4)) : kNobody;
-  }
-
-  std::atomic<int> slowAnswers{0};
-};
-
 class HttpTest : public ::testing::Test {
  protected:
   HttpTest() {
-    HttpSettings settings;
     settings.host = "127.0.0.1";
-    settings.readTimeout = settings.writeTimeout = std::chrono::seconds(1);
-    settings.idleTimeout = std::chrono::seconds(20);
     settings.heartbeat = std::chrono::milliseconds(50);
     settings.maxConnections = 20;
     settings.maxConnectionsPerUser = 3;
+    server = std::make_unique<HttpServer>(settings, echo);
+  }
+  // For what is slow by purpose. Elsewhere a busy machine may take its time.
+  void DropSlowOnes() {
+    settings.readTimeout = settings.writeTimeout = std::chrono::seconds(1);
     server = std::make_unique<HttpServer>(settings, echo);
   }
 
@@ -87,6 +43,7 @@ class HttpTest : public ::testing::Test {
     return std::to_string(answer.status) + " " + answer.body + (isTold ? "" : " without a word of the end");
   }
 
+  HttpSettings settings;
   Echo echo;
   std::unique_ptr<HttpServer> server;
 };
@@ -96,30 +53,54 @@ TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
   const std::string big(70000, 'b');
   const std::string tooBig(1100000, 'b');
   const std::pair<std::string, std::string> cases[] = {
-      {"GET /a?b=c HTTP/1.1\r\n" + close + "Authorization: bearer T\r\n\r\n", "200 GET|/a|b=c|T|"},
-      {"GET /a HTTP/1.1\r\n" + close + "Authorization: Basic T\r\n\r\n", "200 GET|/a|||"},
+      {"GET /a?b=c HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: bearer T\r\n\r\n", "200 GET|/a|b=c|T|"},
+      {"GET /a HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: Basic T\r\n\r\n", "200 GET|/a|||"},
       {"GET /a HTTP/1.0\r\n\r\n", "200 GET|/a|||"},
-      {"GET /a HTTP/1.1\r\n" + close + "Content-Length: 2\r\n\r\nhi", "200 GET|/a|||hi"},
-      {"PUT /a HTTP/1.1\r\n" + close + "Transfer-Encoding: chunked\r\n\r\n2\r\nhi\r\n3\r\n yo\r\n0\r\n\r\n",
+      {"GET /a HTTP/1.1\r\nHost: t\r\n" + close + "Content-Length: 2\r\n\r\nhi", "200 GET|/a|||hi"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\n" + close + "Transfer-Encoding: chunked\r\n\r\n2\r\nhi\r\n3\r\n yo\r\n0\r\n\r\n",
        "200 PUT|/a|||hi yo"},
-      {"PUT /a HTTP/1.1\r\n" + close + "Authorization: Bearer trusted\r\nContent-Length: 70000\r\n\r\n" + big,
+      {"PUT /a HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: Bearer trusted\r\nContent-Length: 70000\r\n\r\n" +
+           big,
        "200 PUT|/a||trusted|70000"},
-      {"PUT /a HTTP/1.1\r\nAuthorization: Bearer trusted\r\nContent-Length: 1100000\r\n\r\n" + tooBig, "413 too large"},
-      {"PUT /a HTTP/1.1\r\nAuthorization: Bearer trusted\r\nContent-Length: 99999999999999\r\n\r\n", "413 too large"},
-      {"PUT /a HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n", "413 too large"},
-      {"PUT /a HTTP/1.1\r\nContent-Length: 70000\r\n\r\n" + big, "200 PUT|/a|||"},  // the handler says what is wrong
-      {"GET /a HTTP/1.1\r\nX: " + big + "\r\n\r\n", "413 too large"},
-      {"GET /" + big + " HTTP/1.1\r\n\r\n", "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\nContent-Length: 1100000\r\n\r\n" + tooBig,
+       "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\nContent-Length: 99999999999999\r\n\r\n",
+       "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n",
+       "413 too large"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 70000\r\n\r\n" + big,
+       "200 PUT|/a|||"},  // the handler says what is wrong
+      {"GET /a HTTP/1.1\r\nHost: t\r\nX: " + big + "\r\n\r\n", "413 too large"},
+      {"GET /" + big + " HTTP/1.1\r\nHost: t\r\n\r\n", "413 too large"},
+      {"GET http://t:1/a?b=c HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 GET|/a|b=c||"},
+      {"GET HTTPS://t?b HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 GET|/|b||"},
+      {"GET /a?u=http://t/b HTTP/1.1\r\nHost: [::1]:80\r\n" + close + "\r\n", "200 GET|/a|u=http://t/b||"},
+      {"HEAD /a HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 "},
+      {"HEAD /events HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 "},
+      {"PUT /a HTTP/1.0\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\nhi", "200 PUT|/a|||hi"},
+      {"GET /a HTTP/1.1\r\nHost:\r\n" + close + "\r\n", "200 GET|/a|||"},
+      {"GET /a HTTP/1.1\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nHost: t\r\nHost: t\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.0\r\nHost: t\r\nHost: t\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nHost: a b\r\n\r\n", "400 malformed"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", "501 unknown coding"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
+       "501 unknown coding"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip\r\n\r\nhi", "400 malformed"},
+      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: chunked, chunked\r\n\r\n0\r\n\r\n", "400 malformed"},
+      {"PUT /a HTTP/1.0\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "400 malformed"},
       {"hello\r\n\r\n", "400 malformed"},
-      {"GET /a HTTP/1.1\r\nContent-Length: x\r\n\r\n", "400 malformed"},
+      {"GET /a HTTP/1.1\r\nHost: t\r\nContent-Length: x\r\n\r\n", "400 malformed"},
       {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
   };
   for (const auto& [sent, expected] : cases) EXPECT_EQ(Exchange(sent), expected) << sent.substr(0, 80);
 }
 
 TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
-  Wire wire(server->Port(), "GET /1 HTTP/1.1\r\n\r\nGET /slow HTTP/1.1\r\n\r\nGET /late HTTP/1.1\r\n\r\n");
-  wire.Send("PUT /4 HTTP/1.1\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+  Wire wire(
+      server->Port(),
+      "GET /1 HTTP/1.1\r\nHost: t\r\n\r\nGET /slow HTTP/1.1\r\nHost: t\r\n\r\nGET /late HTTP/1.1\r\nHost: t\r\n\r\n");
+  wire.Send("PUT /4 HTTP/1.1\r\nHost: t\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
   std::string received;
   while (received.find("100 Continue\r\n\r\n") == std::string::npos && wire.Receive(received)) {
   }
@@ -132,15 +113,27 @@ TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
   }
 }
 
+TEST_F(HttpTest, AConnectionOfHttp10IsKeptWhereTheClientAsksForItAndToldSo) {
+  Wire wire(server->Port(), "HEAD /1 HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
+  std::string received;
+  wire.Receive(received);
+  EXPECT_NE(received.find("Content-Length: 9\r\nConnection: keep-alive\r\n\r\n"), std::string::npos) << received;
+  wire.Send("GET /2 HTTP/1.0\r\n\r\n");
+  received = wire.ReceiveAll();
+  EXPECT_EQ(received.rfind("HTTP/1.1 200", 0), 0u) << "no body of HEAD before it: " << received;
+  EXPECT_NE(received.find("Connection: close\r\n\r\nGET|/2|||"), std::string::npos) << received;
+}
+
 TEST_F(HttpTest, ClientsThatStallAreDropped) {
-  const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nContent-Length: 5\r\n\r\nhi"};
+  DropSlowOnes();
+  const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 5\r\n\r\nhi"};
   for (const std::string& stall : stalls) {
     EXPECT_EQ(Wire(server->Port(), stall).ReceiveAll(), "") << stall;
   }
-  Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\n\r\n");
-  Wire rests(server->Port(), "GET /before HTTP/1.1\r\n\r\n");
+  Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\nHost: t\r\n\r\n");
+  Wire rests(server->Port(), "GET /before HTTP/1.1\r\nHost: t\r\n\r\n");
   std::this_thread::sleep_for(std::chrono::seconds(3));
-  rests.Send("GET /after HTTP/1.1\r\nConnection: close\r\n\r\n");
+  rests.Send("GET /after HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
   EXPECT_NE(rests.ReceiveAll().find("|/after|"), std::string::npos) << "between requests there is more time";
   size_t read = 0;
   for (std::string received; read < (100 << 20) && slowReader.Receive(received); received.clear()) {
@@ -150,12 +143,17 @@ TEST_F(HttpTest, ClientsThatStallAreDropped) {
 }
 
 TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
-  for (const char* head : {"GET /a HTTP/1.1\r\nX: ", "PUT /a HTTP/1.1\r\nContent-Length: 60000\r\n\r\n"}) {
+  DropSlowOnes();
+  const std::string put = "PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\n";
+  const std::pair<std::string, std::string> drips[] = {{"GET /a HTTP/1.1\r\nHost: t\r\nX: ", "x"},
+                                                       {put + "Content-Length: 60000\r\n\r\n", "x"},
+                                                       {put + "Transfer-Encoding: chunked\r\n\r\n", "1\r\nx\r\n"}};
+  for (const auto& [head, piece] : drips) {
     Wire wire(server->Port(), head);
-    const auto began = std::chrono::steady_clock::now();
+    const auto end = std::chrono::steady_clock::now() + kPatience;  // far more than it may take
     bool isOpen = true;
-    for (int i = 0; isOpen && i < 40; ++i) {
-      wire.Send("x");
+    while (isOpen && std::chrono::steady_clock::now() < end) {
+      wire.Send(piece);
       std::string received;
       try {
         isOpen = wire.Receive(received, std::chrono::milliseconds(100));
@@ -163,7 +161,6 @@ TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
       }
     }
     EXPECT_FALSE(isOpen) << head;
-    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(3)) << head;
   }
 }
 
@@ -171,7 +168,7 @@ TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
   std::deque<Wire> wires;
   for (int i = 0; i < 7; ++i) wires.emplace_back(server->Port());
   const auto ask = [&wires](size_t wire, const std::string& user) {
-    wires[wire].Send("GET /a HTTP/1.1\r\nAuthorization: Bearer user" + user + "\r\n\r\n");
+    wires[wire].Send("GET /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer user" + user + "\r\n\r\n");
     std::string received;
     wires[wire].Receive(received);
     return ParseAnswer(received).status;
@@ -187,32 +184,36 @@ TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
 }
 
 TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
-  const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\n\r\n").ReceiveAll();
+  const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n").ReceiveAll();
   EXPECT_NE(received.find("Content-Type: text/event-stream\r\n"), std::string::npos);
+  EXPECT_NE(received.find("X-Accel-Buffering: no\r\n"), std::string::npos)
+      << "a proxy is to pass each event on at once";
   EXPECT_NE(received.find("\r\n\r\ndata: first\n\n: still here\n\n: still here\n\n"), std::string::npos) << received;
 }
 
 TEST_F(HttpTest, ConnectionsBeyondTheLimitAreTurnedAwayUntilOthersEnd) {
   std::deque<Wire> wires;
   for (int i = 0; i < 20; ++i) {
+    const std::string user = "Authorization: Bearer user" + std::to_string(i / 3);
     std::string received;
-    ASSERT_TRUE(wires.emplace_back(server->Port(), "GET /a HTTP/1.1\r\n\r\n").Receive(received));
+    ASSERT_TRUE(
+        wires.emplace_back(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\n" + user + "\r\n\r\n").Receive(received));
   }
   EXPECT_EQ(Wire(server->Port()).ReceiveAll(), "");
   wires.clear();
   const auto end = std::chrono::steady_clock::now() + kPatience;
   std::string answer;
   while (answer.rfind("200", 0) != 0 && std::chrono::steady_clock::now() < end) {
-    answer = Exchange("GET /a HTTP/1.1\r\nConnection: close\r\n\r\n");
+    answer = Exchange("GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
   }
   EXPECT_EQ(answer, "200 GET|/a|||");
 }
 
 TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
-  Wire events(server->Port(), "GET /events HTTP/1.1\r\n\r\n");
+  Wire events(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n");
   std::deque<Wire> slow;
-  for (int i = 0; i < 15; ++i) slow.emplace_back(server->Port(), "GET /slow HTTP/1.1\r\n\r\n");
-  Wire late(server->Port(), "GET /late HTTP/1.1\r\n\r\n");
+  for (int i = 0; i < 15; ++i) slow.emplace_back(server->Port(), "GET /slow HTTP/1.1\r\nHost: t\r\n\r\n");
+  Wire late(server->Port(), "GET /late HTTP/1.1\r\nHost: t\r\n\r\n");
   std::string received;
   events.Receive(received);
   const uint16_t port = server->Port();
@@ -224,9 +225,80 @@ TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
   EXPECT_THROW(Wire again(port), std::runtime_error);
 }
 
+TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
+  const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
+  settings.accessLog = file.string();
+  server = std::make_unique<HttpServer>(settings, echo);
+  const std::string close = " HTTP/1.1\r\nHost: t\r\nConnection: close\r\n";
+  const std::string requests[] = {
+      "GET http://u:secret@t/a?b=secret&secret&c=" + close +
+          "Authorization: Bearer user7\r\nUser-Agent: \"x\xff\ty\r\n" + "Referer: http://u:secret@t/p?q=secret\r\n\r\n",
+      "HEAD /a" + close + "Authorization: Bearer secret\r\n\r\n", "GET /events" + close + "\r\n", "hello\r\n\r\n"};
+  for (const std::string& request : requests) Wire(server->Port(), request, "127.0.0.5").ReceiveAll();
+  server.reset();
+  std::ifstream log(file);
+  const std::string expected[] = {R"(7 \[T\] "GET /a\?b=\*&\*&c=\* HTTP/1.1" 200 32 "http://t/p" "\\x22x\\xff\\x09y")",
+                                  R"(- \[T\] "HEAD /a HTTP/1.1" 200 - "-" "-")",
+                                  R"(- \[T\] "GET /events HTTP/1.1" 200 41 "-" "-")", R"(- \[T\] "-" 400 9 "-" "-")"};
+  std::string line;
+  for (std::string pattern : expected) {
+    std::getline(log, line);
+    pattern.replace(pattern.find('T'), 1, R"(\d\d/[A-Z][a-z][a-z]/\d{4}:\d\d:\d\d:\d\d \+0000)");
+    EXPECT_TRUE(std::regex_match(line, std::regex(R"(127\.0\.0\.5 - )" + pattern))) << line;
+  }
+  EXPECT_FALSE(std::getline(log, line)) << line;
+  std::filesystem::remove(file);
+  settings.accessLog = "/nowhere/at/all";
+  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+}
+
+TEST_F(HttpTest, WhoReadsTheAccessLogMayEnd) {
+  const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
+  settings.accessLog = file.string();
+  server = std::make_unique<HttpServer>(settings, echo);
+  close(reader);
+  for (int i = 0; i < 3; ++i) {
+    Wire wire(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(ParseAnswer(wire.ReceiveAll()).status, 200);
+  }
+  server.reset();  // the log is written by now
+  std::filesystem::remove(file);
+}
+
+TEST(AccessLog, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
+  constexpr long kRequests = 25000;  // more than the pipe and two batches hold
+  const auto file = std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int pipe = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  auto log = std::make_unique<AccessLog>(file.string());
+  std::filesystem::remove(file);
+  AccessEntry entry{"127.0.0.5", "-", {}, "GET /a HTTP/1.1", 200, 0, "", ""};
+  for (long i = 0; i < kRequests; ++i) log->Add(entry);
+
+  std::string text;
+  pollfd readable{pipe, POLLIN, 0};
+  long written = 0, lost = 0, said = 0;
+  while (written + lost < kRequests && poll(&readable, 1, 20000) > 0) {
+    char piece[4096];
+    const ssize_t count = read(pipe, piece, sizeof piece);
+    if (count > 0) text.append(piece, static_cast<size_t>(count));
+    for (size_t end; (end = text.find('\n')) != std::string::npos; text.erase(0, end + 1)) {
+      if (std::sscanf(text.c_str(), "viewserver: %ld requests are not in the access log", &said) == 1) {
+        lost += said;
+      } else {
+        ++written;
+      }
+    }
+  }
+  EXPECT_EQ(written + lost, kRequests);
+  EXPECT_GT(lost, 0);
+  log.reset();
+  close(pipe);
+}
+
 TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {
-  HttpSettings settings;
-  settings.host = "127.0.0.1";
   settings.port = server->Port();
   EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
   settings.port = 0;

@@ -8,6 +8,7 @@
 #include "server/login/Accounts.h"
 #include "server/login/LoginGuard.h"
 #include "server/login/Secrets.h"
+#include "server/store/Database.h"
 
 namespace server::test {
 namespace {
@@ -51,7 +52,7 @@ TEST_F(StoreTest, ARestartKeepsEverything) {
 
 TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
   const std::string view = "V0/Views/" + std::to_string(ann.AddView("V", -1, kAnn));
-  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE);
+  SQLite::Database store(Options().dataFile, SQLite::OPEN_READWRITE, kStoreWaitMs);
   store.exec("CREATE TRIGGER full BEFORE INSERT ON changes BEGIN SELECT RAISE(ABORT, 'disk full'); END");
   EXPECT_EQ(ann.Put(view, ViewBody("W", -1, kAnn)).Outcome(), "100/8 500");
   store.exec("DROP TRIGGER full");
@@ -62,8 +63,8 @@ TEST_F(StoreTest, AnEditThatTheStoreCannotTakeWholeLeavesNothingOfItself) {
 
 TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
   for (const std::string& file : {Options().dataFile, (m_folder / "new.db").string()}) {
-    SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-    store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER)");
+    SQLite::Database store(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kStoreWaitMs);
+    store.exec("PRAGMA journal_mode=WAL; BEGIN IMMEDIATE; CREATE TABLE others (id INTEGER); DROP TABLE others");
     std::thread other([&store] {
       std::this_thread::sleep_for(std::chrono::milliseconds(300));
       store.exec("COMMIT");
@@ -71,6 +72,46 @@ TEST_F(StoreTest, MakingAndSeedingAStoreWaitForAnotherProcessThatIsWriting) {
     EXPECT_EQ(WhySeedFails(R"({"Views":[{"ID":3,"Name":"V"}]})", file), "") << file;
     other.join();
   }
+}
+
+TEST_F(StoreTest, WhatIsCommittedOutlastsAPowerCut) {
+  Database store(Options().dataFile);
+  EXPECT_EQ(store.Handle().execAndGet("PRAGMA synchronous").getInt(), 2) << "FULL";
+  EXPECT_EQ(store.Handle().execAndGet("PRAGMA journal_mode").getString(), "wal");
+}
+
+TEST_F(StoreTest, NumbersOfAnotherHistoryOfTheStoreAreRefused) {
+  const std::string file = Options().dataFile;
+  ann.AddGroup("G", -1, kPublic);
+  ann.AddGroup("H", -1, kPublic);
+  const auto history = [this] { return ann.Get("V0/Views").headers.at("resource-history"); };
+  const auto status = [this](int64_t after, const std::string& of) { return ann.Listen(after, "&History=" + of); };
+  const std::string first = history();
+  EXPECT_EQ(ann.Get("V0/ViewGroups").headers.at("resource-history"), first);
+  EXPECT_EQ(status(2, first).History(), first);
+  EXPECT_EQ(status(3, first).Status(), 410) << "never given";
+  EXPECT_EQ(status(2, "else").Status(), 410);
+  EXPECT_EQ(status(2, "else").History(), first) << "which says that it is not for want of kept changes";
+
+  m_server.reset();
+  std::filesystem::copy_file(file, file + ".copy");
+  Restart(Options());
+  const std::string second = history();
+  EXPECT_NE(second, first);
+  EXPECT_EQ(status(2, first).History(), second) << "a restart costs nobody anything";
+  ann.AddGroup("I", -1, kPublic);
+  EXPECT_EQ(status(3, first).Status(), 410) << "a number that the history did not have when it ended";
+  EXPECT_EQ(status(2, first).NextBriefs(1), "OwnViewGroups +3");
+
+  m_server.reset();
+  for (const char* end : {"-wal", "-shm"}) std::filesystem::remove(file + end);
+  std::filesystem::rename(file + ".copy", file);
+  Restart(Options());
+  ann.AddGroup("not I", -1, kPublic);
+  ann.AddGroup("K", -1, kPublic);
+  EXPECT_EQ(status(3, second).Status(), 410) << "of what happened after the copy";
+  EXPECT_EQ(status(1, first).NextBriefs(3), "ViewGroups +2; OwnViewGroups +3; OwnViewGroups +4");
+  EXPECT_EQ(ann.Listen(3).Status(), 200) << "who says no history is served as ever";
 }
 
 TEST_F(StoreTest, DocumentsGoWithTheLastThatRefersToThem) {
@@ -94,7 +135,8 @@ TEST_F(StoreTest, SeedingTwiceChangesNothingAndLeavesWhatUsersMadeOfIt) {
   const std::string seed = R"({"ViewGroups":[{"ID":7,"Name":"inner","ParentViewGroupID":5,"UserID":1},
       {"ID":5,"Name":"outer","ParentViewGroupID":-1,"UserID":1,"SequenceIndex":4}],
       "Views":[{"ID":3,"Name":"V","ViewGroupID":7,"UserID":1,"SharedWith":[2],"GUID":"g",
-                "ChangeNumber":"99","PlanPages":[{"PlanViewItem":[{"SequenceIndex":1}]}]},{"ID":8,"Name":"W","UserID":-1}]})";
+                "ChangeNumber":"99","PlanPages":[{"PlanViewItem":[{"SequenceIndex":1}]}]},
+               {"ID":8,"Name":"W","UserID":-1}]})";
   const std::string once = Seed(seed);
   EXPECT_EQ(Seed(seed), once);
   EXPECT_EQ(bob.ViewIds(), "3,8");
@@ -219,11 +261,21 @@ TEST(Sessions, EndTwelveHoursAfterTheirLastUse) {
   EXPECT_TRUE(accounts.Authenticate(token)) << "a store that cannot be written is still read";
   database.Handle().exec("PRAGMA query_only=0");
   EXPECT_TRUE(accounts.Authenticate(token));
+  EXPECT_TRUE(accounts.Users()[0].online) << "of what is not written yet, too";
+  const Accounts::Uses uses = accounts.Unwritten();
+  accounts.Write(uses);
+  accounts.Forget(uses);
+  EXPECT_TRUE(accounts.Unwritten().empty());
+  now += kSessionSeconds - 60;
+  EXPECT_TRUE(accounts.Authenticate(token)) << "from the last use that was written";
   EXPECT_FALSE(accounts.Authenticate(token + "x"));
   now += kSessionSeconds + 1;
   EXPECT_FALSE(accounts.Authenticate(token));
   now -= kSessionSeconds;
   EXPECT_FALSE(accounts.Authenticate(token)) << "over is over";
+  accounts.Write(accounts.Unwritten());
+  Accounts others(database, [&now] { return now; });
+  EXPECT_FALSE(others.Authenticate(token)) << "and in the store, too";
 }
 
 TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {
@@ -245,8 +297,24 @@ TEST(LoginGuard, AnswersFailuresLaterAndLaterUntilTheRightPassword) {
   EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(8000)) << "the oldest make room";
   EXPECT_EQ(guard.Failed("ann", here, now + std::chrono::hours(1)), milliseconds(0)) << "forgotten after a while";
   for (int i = 0; i < 5; ++i) guard.Failed("ann", here, now);
-  guard.Succeeded("ann");
+  guard.Succeeded("ann", here, now);
   EXPECT_EQ(guard.Failed("ann", here, now), milliseconds(0));
+}
+
+TEST(LoginGuard, AnAddressWhereManyFailedWaitsButForThoseWhoGotInThere) {
+  using std::chrono::seconds;
+  LoginGuard guard;
+  LoginGuard::Time now{};
+  guard.Succeeded("ann", "here", now);
+  for (int i = 0; i < 100; ++i) guard.Failed("stranger " + std::to_string(i), "here", now);
+  EXPECT_EQ(guard.WaitAt("bob", "here", now), seconds(0));
+  guard.Failed("one more", "here", now);
+  EXPECT_EQ(guard.WaitAt("bob", "here", now), seconds(1));
+  EXPECT_EQ(guard.WaitAt("bob", "elsewhere", now), seconds(0));
+  EXPECT_EQ(guard.WaitAt("ann", "here", now), seconds(0));
+  EXPECT_EQ(guard.WaitAt("bob", "here", now + seconds(1)), seconds(0)) << "a second for each is past";
+  for (int i = 0; i < 10000; ++i) guard.Succeeded("later " + std::to_string(i), "elsewhere", now + seconds(1));
+  EXPECT_EQ(guard.WaitAt("ann", "here", now), seconds(1)) << "the earliest make room";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "TestClient.h"
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <rapidjson/pointer.h>
@@ -43,14 +44,20 @@ std::string HeadOf(const std::string& method, const std::string& path, const std
 
 }  // namespace
 
-Wire::Wire(uint16_t port, const std::string& first) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+Wire::Wire(uint16_t port, const std::string& first, const char* from)
+    : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const int on = 1;
   setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+  sockaddr_in own{};
+  own.sin_family = AF_INET;
+  if (from) inet_pton(AF_INET, from, &own.sin_addr);
+  setsockopt(m_socket, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &on, sizeof on);
+  if (bind(m_socket, reinterpret_cast<sockaddr*>(&own), sizeof own) != 0 ||
+      connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
     close(m_socket);
     throw std::runtime_error("cannot connect to the server");
   }
@@ -143,19 +150,43 @@ std::string Event::Brief() const {
   return name + " " + (method.IsInt() ? "+*-"[method.GetInt()] : '?') + Plain(At(Element(), "/ID"));
 }
 
-EventStream::EventStream(uint16_t port, const std::string& token, int64_t after)
-    : m_wire(std::make_unique<Wire>(port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after), token) + "\r\n")) {
+EventStream::EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more)
+    : m_wire(std::make_unique<Wire>(
+          port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after) + more, token) + "\r\n")) {
   while (m_received.find("\r\n\r\n") == std::string::npos && m_wire->Receive(m_received)) {
   }
-  m_status = ParseAnswer(m_received).status;
+  const Answer head = ParseAnswer(m_received);
+  m_status = head.status;
+  if (const auto history = head.headers.find("resource-history"); history != head.headers.end()) {
+    m_history = history->second;
+  }
   m_received.erase(0, m_received.find("\r\n\r\n") + 4);
+}
+
+bool EventStream::IsNote(size_t end) const {
+  return m_received.rfind("id: ", 0) == 0 && m_received.find('\n') == end;
+}
+
+int64_t EventStream::NextNote() {
+  while (true) {
+    const size_t end = m_received.find("\n\n");
+    if (end == std::string::npos) {
+      if (!m_wire->Receive(m_received)) return -1;
+      continue;
+    }
+    const bool isComment = m_received[0] == ':';
+    if (!isComment && !IsNote(end)) return -1;
+    const std::string line = m_received.substr(0, end);
+    m_received.erase(0, end + 2);
+    if (!isComment) return std::stoll(line.substr(4));
+  }
 }
 
 Event EventStream::Next() {
   Event event;
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);  // signs of life do not put it off
   size_t end = 0;
-  while ((end = m_received.find("\n\n")) == std::string::npos || m_received[0] == ':') {
+  while ((end = m_received.find("\n\n")) == std::string::npos || m_received[0] == ':' || IsNote(end)) {
     if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no event came in time");
     if (end != std::string::npos) {
       m_received.erase(0, end + 2);
@@ -231,8 +262,12 @@ std::string ShareBody(const std::string& users) {
 
 namespace {
 
+// In memory where that can be had: waiting for a disk, edit by edit, would be most of the tests' time.
 std::filesystem::path NewFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "viewserver-test-XXXXXX").string();
+  const std::filesystem::path memory = "/dev/shm";
+  const bool isThere = access(memory.c_str(), W_OK) == 0;
+  std::string pattern =
+      ((isThere ? memory : std::filesystem::temp_directory_path()) / "viewserver-test-XXXXXX").string();
   return mkdtemp(pattern.data());
 }
 

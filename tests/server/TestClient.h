@@ -22,12 +22,15 @@
 namespace server::test {
 
 constexpr std::chrono::seconds kPatience{20};
+// For a test's own connection to a store that is served: the server writes, too, when sessions were used.
+constexpr int kStoreWaitMs = 10000;
 inline const std::string kRoot = "/NXAPI/Vantorel/Platform/";
 
 // A socket with bounded waits.
 class Wire {
  public:
-  explicit Wire(uint16_t port, const std::string& first = "");  // sends that
+  // Sends `first`. `from`: its own address, one of 127.0.0.0/8.
+  explicit Wire(uint16_t port, const std::string& first = "", const char* from = nullptr);
   ~Wire();
   void Send(const std::string& bytes);
   // Adds what comes next to `received`; false at the end of the connection.
@@ -67,14 +70,19 @@ struct Event {
 
 class EventStream {
  public:
-  EventStream(uint16_t port, const std::string& token, int64_t after);
+  // `more` of the query: "&History=..."
+  EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more = "");
   int Status() const { return m_status; }
-  Event Next();                       // skips comments
+  const std::string& History() const { return m_history; }
+  Event Next();                       // skips comments, and notes: an `id` alone
+  int64_t NextNote();                 // the number of the next note; -1 where an event or the end comes first
   std::string NextBriefs(int count);  // their briefs joined by "; "
 
  private:
+  bool IsNote(size_t end) const;  // what stands first and ends there
+
   std::unique_ptr<Wire> m_wire;
-  std::string m_received;
+  std::string m_received, m_history;
   int m_status = 0;
 };
 
@@ -113,7 +121,7 @@ class Client {
   // The values of some keys of a listed "View" or "ViewGroup", with blanks between them and "-" for what is not there.
   std::string Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const;
   int64_t Sequence() const;
-  EventStream Listen(int64_t after) const { return {m_port, m_token, after}; }
+  EventStream Listen(int64_t after, const std::string& more = "") const { return {m_port, m_token, after, more}; }
   EventStream Listen() const { return Listen(Sequence()); }
 
  private:

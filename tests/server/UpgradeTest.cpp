@@ -129,7 +129,7 @@ class UpgradeTest : public ServerTest {
     return FailureOf([this] { Database opened(File()); });
   }
   std::string Told(const std::string& copy) const {
-    return "viewserver: " + File() + " is now a store of version 2; as it was it stands in " + File() + copy + "\n";
+    return "viewserver: " + File() + " is now a store of version 3; as it was it stands in " + File() + copy + "\n";
   }
   // What stands in the folder, without the store's name.
   std::set<std::string> Files() const {
@@ -233,6 +233,49 @@ TEST_F(UpgradeTest, TheCopyTakesTheFirstFreeName) {
   EXPECT_EQ(std::filesystem::file_size(File() + ".v1"), 4u);
 }
 
+TEST_F(UpgradeTest, DamageKeepsNoOldStoreFromBeingUpgradedAndServed) {
+  MakeOldStore(
+      "UPDATE views SET name = '' WHERE id = 2; UPDATE views SET group_id = 77 WHERE id = 10; UPDATE changes SET head "
+      "= "
+      "x'FF', after = 7 WHERE number = 42");
+  Restart(Options());
+  EXPECT_EQ(ann.ViewIds() + " " + ann.Show("View", 10, {"ViewGroupID"}), "10,11 -1");
+  EXPECT_EQ(ann.Listen(41).NextBriefs(2), "Views +2; Views -13");
+}
+
+TEST_F(UpgradeTest, AStoreOfVersion2IsUpgradedToo) {
+  MakeOldStore();
+  Open();
+  std::filesystem::remove(File() + ".v1");
+  const std::string schema = SchemaOf(File());
+  {
+    SQLite::Database database(File(), SQLite::OPEN_READWRITE);
+    database.exec("ALTER TABLE changes DROP COLUMN bytes; DROP TABLE epochs; PRAGMA user_version=2");
+  }
+  const std::string dump = DumpOf(File());
+  EXPECT_EQ(Open(), Told(".v2"));
+  EXPECT_EQ(DumpOf(File() + ".v2"), dump);
+  EXPECT_EQ(SchemaOf(File()), schema);
+  {
+    SQLite::Database database(File());
+    // Of each change what is said of it, and the document where it is the first to have it.
+    EXPECT_EQ(database
+                  .execAndGet("SELECT group_concat(bytes = length(before) + length(after) + length(head) + "
+                              "length(shared_head)) FROM changes")
+                  .getString(),
+              "1,0,1,1,1,1");
+    EXPECT_EQ(
+        database
+            .execAndGet(
+                "SELECT bytes - length(before) - length(after) - length(head) - length(shared_head) "
+                "- (SELECT length(CAST(text AS BLOB)) FROM documents WHERE id = 2) FROM changes WHERE number = 42")
+            .getInt(),
+        0);
+  }
+  Restart(Options());
+  EXPECT_EQ(ann.Listen(45).Next().number, 46);
+}
+
 TEST_F(UpgradeTest, OfTwoThatOpenItAtOnceOneUpgradesIt) {
   for (int i = 0; i < 10; ++i) {
     MakeOldStore();
@@ -263,7 +306,7 @@ TEST_F(UpgradeTest, WhoOnlyManagesUsersLeavesAnOldStoreAsItIs) {
 }
 
 TEST_F(UpgradeTest, AStoreOfANewerServerIsRefused) {
-  MakeOldStore("PRAGMA user_version=3");
+  MakeOldStore("PRAGMA user_version=4");
   EXPECT_EQ(WhyNotOpened(), File() + " was written by a newer server");
   EXPECT_EQ(DumpOf(File()), m_dump);
   EXPECT_EQ(Files(), (std::set<std::string>{""}));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a change is applied to the cached groups.
+// How a change, or an own edit that the server has accepted, is applied to the cached groups.
 #include <optional>
 #include <utility>
 

@@ -21,8 +21,9 @@ namespace QorviViewPlugin {
 struct CViewResourceUpdateManagerData;
 
 // Any thread. Observers are not owned; each is called on the thread that made the change and with no lock of this class
-// held. A notice goes to the observers registered when it began: one that is withdrawn meanwhile on another thread may
-// still be called once.
+// held; but the notice that a group went (enum_state 4, child_type 16001) is given under the lock of the group table,
+// so that an observer must not call into the library from it. A notice goes to the observers registered when it began:
+// one that is withdrawn meanwhile on another thread may still be called once.
 //
 // Requests are JSON texts: "ResourceType" 16000 (view) or 16001 (view group), "ID" the decimal id as a text,
 // "IsRegister" true or false. Anything else is ignored; an "ID" that is no number counts as 0.

@@ -18,6 +18,7 @@ using Run = std::function<int(const GlobalOptions&)>;
 void AddTreeCommand(CLI::App& app, Run& chosen);
 void AddShowCommand(CLI::App& app, Run& chosen);
 void AddDrawCommand(CLI::App& app, Run& chosen);
+void AddReportCommand(CLI::App& app, Run& chosen);
 void AddCallCommand(CLI::App& app, Run& chosen);
 void AddScriptCommand(CLI::App& app, Run& chosen);
 void AddWatchCommand(CLI::App& app, Run& chosen);

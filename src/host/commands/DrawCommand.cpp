@@ -55,7 +55,7 @@ int RunDraw(const GlobalOptions& options, const DrawOptions& draw) {
   DrawingOptions drawing;
   drawing.isDark = draw.isDark;
   if (!draw.output.empty()) {
-    drawing.isPng = IsPng(draw.output);
+    drawing.format = IsPng(draw.output) ? DrawingFormat::kPng : DrawingFormat::kSvg;
     drawer.emplace();
     file.emplace(draw.output);
   }

@@ -44,7 +44,7 @@ class Script {
   }
 
   std::string Answer(const LoadLine&) {
-    const bool loaded = m_client.Functions().LoadViews(Client::kLoadLimit);
+    const bool loaded = m_client.TryLoad();
     return ObjectText().Add("load", true).Add("result", loaded).Text();
   }
 

@@ -93,6 +93,7 @@ void Tour::Run() {
   DeleteView();
   FolderAndContent();
   DrawOne();
+  Tell("viewctl report -o site.html draws all of them, with an index of what is shown where.");
   Tell("\nThat was the tour; the server and its folder go away with it, the picture stays.");
 }
 

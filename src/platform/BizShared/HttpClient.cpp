@@ -78,9 +78,11 @@ class HttpClient::Lane {
   void AddHeader(const std::string& line);
   void SetMethod();
   CURLcode Drive();
+  int SystemError() const;
   bool HandOut();
 
   static size_t OnBody(char* data, size_t size, size_t count, void* self);
+  static void KeepValue(std::string_view line, std::string_view name, std::string& value);
   static size_t OnHeader(char* data, size_t size, size_t count, void* self);
   static int OnSending(void* self, char*, char*, int, int);
 
@@ -95,6 +97,7 @@ class HttpClient::Lane {
   CURLcode m_setUp = CURLE_OK;
   int m_timesSent = 0;
   bool m_headComplete = false;
+  bool m_hasBegun = false;  // to hand out
   bool m_hasSucceeded = false;
 };
 
@@ -127,6 +130,7 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   m_piece.clear();
   m_timesSent = 0;
   m_headComplete = false;
+  m_hasBegun = false;
   m_setUp = m_multi && m_easy ? CURLE_OK : CURLE_OUT_OF_MEMORY;
   if (m_setUp == CURLE_OK) SetUp();
   m_reply.curlCode = m_setUp == CURLE_OK ? Work(*this).Result() : m_setUp;
@@ -140,11 +144,18 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
     const char* type = nullptr;
     curl_easy_getinfo(m_easy, CURLINFO_CONTENT_TYPE, &type);
     m_reply.isOfOtherType = type && !IsJsonType(type);
+    m_reply.systemError = SystemError();
     curl_easy_reset(m_easy);
   }
   m_headers.reset();
   m_request = nullptr;
   return std::move(m_reply);
+}
+
+int HttpClient::Lane::SystemError() const {
+  long number = 0;
+  if (m_reply.curlCode == CURLE_COULDNT_CONNECT) curl_easy_getinfo(m_easy, CURLINFO_OS_ERRNO, &number);
+  return static_cast<int>(number);
 }
 
 // Nothing may be left out for want of memory: not the target, not the session, not the certificates.
@@ -237,7 +248,9 @@ CURLcode HttpClient::Lane::Drive() {
 
 // Pieces are handed out between curl's calls, so that the receiver may take its time and send requests of its own.
 bool HttpClient::Lane::HandOut() {
-  if (m_piece.empty()) return true;
+  const bool begins = !m_hasBegun && m_headComplete && m_request->receive && m_reply.status == 200;
+  if (m_piece.empty() && !begins) return true;
+  m_hasBegun = true;
   std::string piece;
   piece.swap(m_piece);
   bool more = m_request->receive(piece);
@@ -259,8 +272,12 @@ size_t HttpClient::Lane::OnBody(char* data, size_t size, size_t count, void* sel
   return length;
 }
 
+// Where the header's name, in lower case and with its colon, is that one.
+void HttpClient::Lane::KeepValue(std::string_view line, std::string_view name, std::string& value) {
+  if (EqualsIgnoringCase(line.substr(0, name.size()), name)) value = Trimmed(line.substr(name.size()));
+}
+
 size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* self) {
-  static constexpr std::string_view kSequence = "resource-sequence:";
   Lane& lane = *static_cast<Lane*>(self);
   size_t length = size * count;
   std::string_view line(data, length);
@@ -270,13 +287,14 @@ size_t HttpClient::Lane::OnHeader(char* data, size_t size, size_t count, void* s
     curl_easy_getinfo(lane.m_easy, CURLINFO_RESPONSE_CODE, &status);
     lane.m_reply.status = static_cast<int>(status);
     lane.m_reply.resourceSequence.clear();
+    lane.m_reply.resourceHistory.clear();
     lane.m_headComplete = false;
     return length;
   }
   if (line == "\r\n" || line == "\n") lane.m_headComplete = true;
-  if (!EqualsIgnoringCase(line.substr(0, kSequence.size()), kSequence)) return length;
   try {
-    lane.m_reply.resourceSequence = Trimmed(line.substr(kSequence.size()));
+    KeepValue(line, "resource-sequence:", lane.m_reply.resourceSequence);
+    KeepValue(line, "resource-history:", lane.m_reply.resourceHistory);
   } catch (...) {
     return 0;
   }

@@ -23,18 +23,20 @@ struct HttpRequest {
   std::string caFile;                    // empty: the system's certificates
   std::chrono::milliseconds timeout{0};  // for the whole request; 0: none
   std::chrono::milliseconds silence{0};  // ends the request after that long without a byte; 0: never
-  // Gets the body of a 200 piece by piece, on the calling thread, and ends the request by false. Empty: the body is
-  // collected.
+  // Gets the body of a 200 piece by piece, on the calling thread, and ends the request by false; a first piece, empty
+  // or not, comes as soon as the head is there. Empty: the body is collected.
   std::function<bool(std::string_view)> receive;
   std::function<void()> idle;  // called between waits, on the calling thread; may be empty
   details::CCanceller* canceller = nullptr;
 };
 
 struct HttpReply {
-  int curlCode = 0;  // 0: the reply is complete
-  int status = 0;    // 0: no reply
+  int curlCode = 0;     // 0: the reply is complete
+  int systemError = 0;  // errno, where the connection could not be made
+  int status = 0;       // 0: no reply
   std::string body;
   std::string resourceSequence;  // header of that name; empty when absent
+  std::string resourceHistory;   // likewise
   bool isOfOtherType = false;    // its Content-Type is there and no JSON type
 };
 

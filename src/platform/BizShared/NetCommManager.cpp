@@ -181,7 +181,9 @@ bool CNetCommManager::Send(NetLink::CClientRecvInfo& recv, const NetLink::CClien
   }
 
   context.status = reply.status;
+  context.systemError = reply.systemError;
   context.resourceSequence = reply.resourceSequence;
+  context.resourceHistory = reply.resourceHistory;
   if (reply.curlCode != 0) return Fail(recv, kTransportError, reply.curlCode);
   // The server's own errors are JSON; what a proxy, say, has to tell in HTML nobody here can read.
   const bool isRefused = reply.status < 200 || reply.status > 299;

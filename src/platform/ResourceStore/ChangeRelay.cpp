@@ -93,7 +93,7 @@ void ChangeRelay::Downloaded(DownloadedList groups, DownloadedList views) {
 }
 
 // Views attach to groups that are there, and groups go after what they held: hence the order of the calls.
-void ChangeRelay::DownloadedAgain(DownloadedList groups, DownloadedList views) {
+void ChangeRelay::DownloadedAgain(DownloadedList groups, DownloadedList views, bool isOfOtherHistory) {
   NewLists lists(std::move(groups), std::move(views));
   // Not under the lock, for which edits wait.
   lists.groups.Split();
@@ -102,7 +102,8 @@ void ChangeRelay::DownloadedAgain(DownloadedList groups, DownloadedList views) {
   {
     base::MutexLock lock(m_mutex);
     const auto goesBack = [&](ListKind kind) REQUIRES(m_mutex) { return lists.Of(kind).Number() < PositionOf(kind); };
-    const bool beginsAnew = m_gaveNumbers && (goesBack(ListKind::Groups) || goesBack(ListKind::Views));
+    const bool beginsAnew =
+        m_gaveNumbers && (isOfOtherHistory || goesBack(ListKind::Groups) || goesBack(ListKind::Views));
     const auto numbers = beginsAnew ? ResourceList::Numbers::LeftOut : ResourceList::Numbers::Kept;
     const auto difference = [&](ListKind kind) REQUIRES(m_mutex) {
       ResourceList& newer = lists.Of(kind);

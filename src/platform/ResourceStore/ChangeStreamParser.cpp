@@ -76,6 +76,8 @@ void ChangeStreamParser::Dispatch(std::vector<ChangeEvent>& events) {
   if (m_hasData) {
     if (m_event.type.empty()) m_event.type = "message";
     events.push_back(std::move(m_event));
+  } else if (m_event.id && m_event.type.empty()) {
+    events.push_back(std::move(m_event));
   }
   m_event = {};
   m_hasData = false;

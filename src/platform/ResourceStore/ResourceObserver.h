@@ -29,7 +29,8 @@ class IResourceObserver {
     std::string other_change_info;
   };
 
-  // Called on the thread that made the change; may call back into whoever notifies, unless that says otherwise.
+  // Called on the thread that made the change; may call back into whoever notifies, unless that says otherwise (the
+  // library does for the notice that a group went: QorviViewPlugin.h).
   virtual void UpdateResourceInfos(const Param& param) = 0;
 
  protected:

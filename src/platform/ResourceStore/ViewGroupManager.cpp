@@ -8,6 +8,7 @@
 #include "ResourceStore/ElementStore.h"
 #include "ResourceStore/ViewSync.h"
 #include "ResourceStore/details/ChangeRelay.h"
+#include "ResourceStore/details/StatusBoard.h"
 #include "VantBase/Log.h"
 #include "VantBase/SingletonImpl.h"
 #include "base/Mutex.h"
@@ -43,17 +44,28 @@ class CViewGroupManager::Impl {
     m_stopped.Wait(lock, [this]() REQUIRES(m_mutex) { return !m_stopping; });
     if (m_sync) return;
     m_relay->Clear();
-    m_sync = std::make_unique<ViewSync>(*m_relay);
+    m_status.Begin(DownloadState::Connecting);
+    m_sync = std::make_unique<ViewSync>(*m_relay, m_status);
   }
 
   void Stop() {
+    if (End()) m_status.Tell();
+  }
+
+  const std::shared_ptr<details::ChangeRelay> m_relay = std::make_shared<details::ChangeRelay>();
+  details::StatusBoard m_status;
+
+ private:
+  // Whether there was something to end.
+  bool End() {
     base::MutexLock lock(m_mutex);
     if (m_sync && m_sync->IsThisThread()) {
       Vant::Base::details::IOrlFormatLog(5, "Platform", "The view download cannot be stopped from its own callback");
-      return;
+      return false;
     }
     m_stopped.Wait(lock, [this]() REQUIRES(m_mutex) { return !m_stopping; });
-    if (m_sync) {
+    const bool isRunning = m_sync != nullptr;
+    if (isRunning) {
       m_stopping = true;
       ViewSync& sync = *m_sync;
       lock.Unlock();
@@ -61,15 +73,14 @@ class CViewGroupManager::Impl {
       lock.Lock();
       m_sync.reset();
       m_elements->Clear();  // the next user may not see the same
+      m_status.Begin(DownloadState::NotStarted);
       m_stopping = false;
       m_stopped.NotifyAll();
     }
     m_relay->Clear();
+    return isRunning;
   }
 
-  const std::shared_ptr<details::ChangeRelay> m_relay = std::make_shared<details::ChangeRelay>();
-
- private:
   const std::shared_ptr<ElementStore> m_elements = ElementStore::Shared();
   base::Mutex m_mutex;
   base::Condition m_stopped;
@@ -120,6 +131,15 @@ void CViewGroupManager::Start() {
 void CViewGroupManager::Stop() {
   if (BizShared::details::IsForkedChild()) return;
   m_impl->Stop();
+}
+
+DownloadStatus CViewGroupManager::GetDownloadStatus() const {
+  return BizShared::details::IsForkedChild() ? DownloadStatus{} : m_impl->m_status.Get();
+}
+
+void CViewGroupManager::SetDownloadStatusCallback(StatusCallback callback) {
+  if (BizShared::details::IsForkedChild()) return;
+  m_impl->m_status.SetCallback(std::move(callback));
 }
 
 void CViewGroupManager::SetDownloadedData(const std::string& groups, const std::string& views, bool finished) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "ResourceStore/DownloadStatus.h"
 #include "ResourceStore/Export.h"
 #include "VantBase/Singleton.h"
 
@@ -46,6 +47,15 @@ class RESOURCESTORE_API CViewGroupManager : public Vant::Base::CSingleton<CViewG
   // Host set-up, before or at logout: ends the thread and forgets the texts; the callbacks stay. Not to be called from
   // a callback. Harmless when not running.
   void Stop();
+
+  // Host set-up: how far the download is. Any thread; asks nobody. NotStarted in a child by fork.
+  DownloadStatus GetDownloadStatus() const;
+  // Host set-up: the one who is told whenever the status changes, and after each attempt that fails, with the status as
+  // it is by then; an empty function withdraws it. Called on the download's thread, and with NotStarted on the thread
+  // that stops it, without a lock held: it may ask everything here, must not stop the download, and whatever takes long
+  // keeps the download waiting. The setter waits for a running call as those above do.
+  using StatusCallback = std::function<void(const DownloadStatus&)>;
+  void SetDownloadStatusCallback(StatusCallback callback);
 
   // Seams for tests, used without Start: the downloaded texts and whether the download counts as finished.
   void SetDownloadedData(const std::string& groups, const std::string& views, bool finished);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/api/Api.h"
 
+#include <SQLiteCpp/Exception.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -9,6 +11,7 @@
 #include <optional>
 #include <string_view>
 
+#include "server/api/EditReply.h"
 #include "server/documents/Json.h"
 #include "server/documents/Replies.h"
 #include "server/login/Secrets.h"
@@ -78,18 +81,15 @@ class ListReply : public BodySource {
   bool m_suffixSent = false;
 };
 
-HttpReply Reply(std::string body) {
-  HttpReply reply;
-  reply.body = std::move(body);
-  return reply;
-}
-
 bool IsLogin(const HttpRequest& request) {
   return request.method == "POST" && request.path == std::string(kRoot) + "V0/Sessions";
 }
 
-HttpReply ReplyWith(ElementList list) {
+constexpr char kHistory[] = "Resource-History";
+
+HttpReply ReplyWith(ElementList list, const std::string& history) {
   HttpReply reply;
+  reply.headers.emplace_back(kHistory, history);
   reply.headers.emplace_back("Resource-Sequence", std::to_string(list.changeNumber));
   reply.source = std::make_shared<ListReply>(std::move(list));
   return reply;
@@ -97,13 +97,6 @@ HttpReply ReplyWith(ElementList list) {
 
 HttpReply ReplyWith(const char* name, std::initializer_list<wire::Member> members) {
   return Reply(Envelope(std::string("{\"") + name + "\":{" + wire::Members(members) + "}}"));
-}
-
-HttpReply RefusedReply(const Refusal& refusal) {
-  HttpReply reply = Reply(Envelope(refusal));
-  reply.status = refusal.httpStatus;
-  reply.headers.emplace_back("Error-Detail", refusal.detail);
-  return reply;
 }
 
 enum class Match { kNo, kYes, kBadId };  // kBadId: all fits but the id, which is no number
@@ -173,41 +166,9 @@ HttpReply Changed(int64_t number) {
   return Reply(Envelope('{' + wire::Members({{kChangeNumber, std::to_string(number)}}) + '}'));
 }
 
-HttpReply AddedReply(const char* kind, const Added& added) {
-  return Reply(Envelope(std::string("{\"") + kind + "\":{" + wire::Members({{"ID", added.id}}) + "}," +
-                        wire::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
-}
-
-HttpReply Login(const Exchange& exchange) {
-  const LoginInput login = ReadLoginBody(exchange.request.body);
-  const std::optional<User> user = exchange.site.FindUser(login.userName);
-  const std::string& peer = exchange.request.peer;
-  if (!exchange.guard.Admits(login.userName, peer) ||
-      !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
-    HttpReply reply = RefusedReply(Refusal::BadLogin());
-    reply.delay = exchange.guard.Failed(login.userName, peer);
-    return reply;
-  }
-  exchange.guard.Succeeded(login.userName);
-  const std::string token = exchange.site.OpenSession(user->id, login.clientName.substr(0, 256));
-  return ReplyWith("Session", {{"Token", token}, {"UserID", user->id}, {"UserName", user->name}});
-}
-
-HttpReply Logout(const Exchange& exchange) {
-  exchange.site.CloseSession(exchange.caller);
-  return Reply(Envelope("{}"));
-}
-
-HttpReply Changes(const Exchange& exchange) {
-  HttpReply reply;
-  reply.events = exchange.site.OpenFeed(exchange.caller, ReadChangeNumber(Parameter(exchange.request.query, "After")));
-  return reply;
-}
-
-HttpReply ShareView(const Exchange& exchange) {
-  const std::vector<int32_t> users = ReadShareBody(exchange.request.body);
+HttpReply FailuresReply(const std::vector<ShareFailure>& failures) {
   std::string list;
-  for (const ShareFailure& failure : exchange.site.ShareView(exchange.caller, exchange.id, users)) {
+  for (const ShareFailure& failure : failures) {
     wire::AppendObject(list, {{"UserID", failure.userId},
                               {"UserName", failure.userName},
                               {"ErrorModule", failure.reason.module},
@@ -216,14 +177,79 @@ HttpReply ShareView(const Exchange& exchange) {
   return Reply(Envelope(R"({"ErrorList":{"Error":[)" + list + "]}}"));
 }
 
+HttpReply AddedReply(const char* kind, const Added& added) {
+  return Reply(Envelope(std::string("{\"") + kind + "\":{" + wire::Members({{"ID", added.id}}) + "}," +
+                        wire::Members({{kChangeNumber, std::to_string(added.changeNumber)}}) + '}'));
+}
+
+HttpReply AddedView(const Added& added) {
+  return AddedReply("View", added);
+}
+
+HttpReply AddedGroup(const Added& added) {
+  return AddedReply("ViewGroup", added);
+}
+
+// One of the editor's operations, and how its outcome is written.
+template <class Outcome, class... Parameters, class... Arguments>
+HttpReply Edit(const Exchange& exchange, HttpReply (*write)(Outcome),
+               std::remove_cvref_t<Outcome> (Editor::*operation)(const Caller&, Parameters...),
+               Arguments... arguments) {
+  return EditReply(exchange.site,
+                   [write, operation, caller = exchange.caller, ... arguments = std::move(arguments)](
+                       Editor& editor) mutable { return write((editor.*operation)(caller, std::move(arguments)...)); });
+}
+
+HttpReply Login(const Exchange& exchange) {
+  const LoginInput login = ReadLoginBody(exchange.request.body);
+  const std::optional<User> user = exchange.site.FindUser(login.userName);
+  const std::string& peer = exchange.request.network;
+  const bool isAdmitted = exchange.guard.Admits(login.userName, peer);
+  const int wait = static_cast<int>(exchange.guard.WaitAt(login.userName, peer).count());
+  if (isAdmitted && wait > 0) throw Refusal::TooManyFailures(wait);
+  if (!isAdmitted || !VerifyPassword(user ? user->passwordHash : std::string(), login.password)) {
+    HttpReply reply = RefusedReply(Refusal::BadLogin());
+    reply.delay = exchange.guard.Failed(login.userName, peer);
+    return reply;
+  }
+  exchange.guard.Succeeded(login.userName, peer);
+  return EditReply(exchange.site, [user = *user, client = login.clientName.substr(0, 256)](Editor& editor) {
+    const std::string token = editor.OpenSession(user.id, client);
+    return ReplyWith("Session", {{"Token", token}, {"UserID", user.id}, {"UserName", user.name}});
+  });
+}
+
+HttpReply Logout(const Exchange& exchange) {
+  return EditReply(exchange.site, [caller = exchange.caller](Editor& editor) {
+    editor.CloseSession(caller);
+    return Reply(Envelope("{}"));
+  });
+}
+
+HttpReply Changes(const Exchange& exchange) {
+  const int64_t after = ReadChangeNumber(Parameter(exchange.request.query, "After"));
+  const std::optional<std::string> history = Parameter(exchange.request.query, "History");
+  HttpReply reply;
+  if (history && !exchange.site.IsOfHistory(*history, after)) {
+    reply = RefusedReply(Refusal::OtherHistory());
+  } else {
+    reply.events = exchange.site.OpenFeed(exchange.caller, after);
+  }
+  reply.headers.emplace_back(kHistory, exchange.site.History());
+  return reply;
+}
+
 HttpReply GetDefaultView(const Exchange& exchange) {
   const DefaultView view = exchange.site.GetDefaultView(exchange.caller);
   return ReplyWith("Config", {{"Type", view.type}, {"ID", view.id}});
 }
 
 HttpReply SetDefaultView(const Exchange& exchange) {
-  exchange.site.SetDefaultView(exchange.caller, ReadDefaultViewBody(exchange.request.body));
-  return Reply(Envelope("{}"));
+  return EditReply(exchange.site,
+                   [caller = exchange.caller, view = ReadDefaultViewBody(exchange.request.body)](Editor& editor) {
+                     editor.SetDefaultView(caller, view);
+                     return Reply(Envelope("{}"));
+                   });
 }
 
 HttpReply ListUsers(const Exchange& exchange) {
@@ -249,29 +275,28 @@ HttpReply ListElements(const Exchange& exchange) {
 constexpr Route kRoutes[] = {
     {"POST", "V0/Sessions", Login, false},
     {"DELETE", "V0/Sessions/Current", Logout},
-    {"GET", "V0/ViewGroups", [](const Exchange& e) { return ReplyWith(e.site.Groups(e.caller)); }},
+    {"GET", "V0/ViewGroups", [](const Exchange& e) { return ReplyWith(e.site.Groups(e.caller), e.site.History()); }},
     {"POST", "V0/ViewGroups",
-     [](const Exchange& e) {
-       return AddedReply("ViewGroup", e.site.AddGroup(e.caller, ReadGroupBody(e.request.body)));
-     }},
+     [](const Exchange& e) { return Edit(e, AddedGroup, &Editor::AddGroup, ReadGroupBody(e.request.body)); }},
     {"PUT", "V0/ViewGroups/Move",
      [](const Exchange& e) {
-       return Changed(e.site.MoveGroups(e.caller, ReadMoveBody(ObjectKind::kGroup, e.request.body)));
+       return Edit(e, Changed, &Editor::MoveGroups, ReadMoveBody(ObjectKind::kGroup, e.request.body));
      }},
     {"PUT", "V0/ViewGroups/#",
-     [](const Exchange& e) { return Changed(e.site.ReplaceGroup(e.caller, e.id, ReadGroupBody(e.request.body))); }},
-    {"DELETE", "V0/ViewGroups/#", [](const Exchange& e) { return Changed(e.site.DeleteGroup(e.caller, e.id)); }},
-    {"GET", "V0/Views", [](const Exchange& e) { return ReplyWith(e.site.Views(e.caller)); }},
+     [](const Exchange& e) { return Edit(e, Changed, &Editor::ReplaceGroup, e.id, ReadGroupBody(e.request.body)); }},
+    {"DELETE", "V0/ViewGroups/#", [](const Exchange& e) { return Edit(e, Changed, &Editor::DeleteGroup, e.id); }},
+    {"GET", "V0/Views", [](const Exchange& e) { return ReplyWith(e.site.Views(e.caller), e.site.History()); }},
     {"POST", "V0/Views",
-     [](const Exchange& e) { return AddedReply("View", e.site.AddView(e.caller, ReadViewBody(e.request.body))); }},
+     [](const Exchange& e) { return Edit(e, AddedView, &Editor::AddView, ReadViewBody(e.request.body)); }},
     {"PUT", "V0/Views/Move",
      [](const Exchange& e) {
-       return Changed(e.site.MoveViews(e.caller, ReadMoveBody(ObjectKind::kView, e.request.body)));
+       return Edit(e, Changed, &Editor::MoveViews, ReadMoveBody(ObjectKind::kView, e.request.body));
      }},
     {"PUT", "V0/Views/#",
-     [](const Exchange& e) { return Changed(e.site.ReplaceView(e.caller, e.id, ReadViewBody(e.request.body))); }},
-    {"DELETE", "V0/Views/#", [](const Exchange& e) { return Changed(e.site.DeleteView(e.caller, e.id)); }},
-    {"POST", "V1/View/#/Share", ShareView},
+     [](const Exchange& e) { return Edit(e, Changed, &Editor::ReplaceView, e.id, ReadViewBody(e.request.body)); }},
+    {"DELETE", "V0/Views/#", [](const Exchange& e) { return Edit(e, Changed, &Editor::DeleteView, e.id); }},
+    {"POST", "V1/View/#/Share",
+     [](const Exchange& e) { return Edit(e, FailuresReply, &Editor::ShareView, e.id, ReadShareBody(e.request.body)); }},
     {"GET", "V1/View/Default/Config", GetDefaultView},
     {"PUT", "V1/View/Default/Config", SetDefaultView},
     {"GET", "V0/Changes", Changes},
@@ -306,6 +331,10 @@ HttpReply Api::Handle(const HttpRequest& request) {
     return Refused(refusal);
   } catch (const std::bad_alloc&) {
     return Refused(Refusal::NoMemory());
+  } catch (const SQLite::Exception& e) {
+    if (IsBusy(e)) return Refused(Refusal::StoreBusy());
+    std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
+    return Refused(Refusal::InternalError());
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: %s %s: %s\n", request.method.c_str(), request.path.c_str(), e.what());
     return Refused(Refusal::InternalError());
@@ -341,8 +370,9 @@ uint64_t Api::BodyLimit(const HttpRequest& request) {
   }
 }
 
-bool Api::IsSlow(const HttpRequest& request) {
-  return request.body.size() > kSlowBody || IsLogin(request);
+Lane Api::LaneOf(const HttpRequest& request) {
+  if (IsLogin(request)) return Lane::kLogin;
+  return request.body.size() > kSlowBody ? Lane::kLargeBody : Lane::kQuick;
 }
 
 }  // namespace server

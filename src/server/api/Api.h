@@ -2,6 +2,7 @@
 // The paths of the server: which request is which operation of the site, and how its outcome is written.
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "server/http/HttpHandler.h"
@@ -19,7 +20,7 @@ class Api : public HttpHandler {
 
   HttpReply Handle(const HttpRequest& request) override;
   uint64_t BodyLimit(const HttpRequest& request) override;
-  bool IsSlow(const HttpRequest& request) override;
+  Lane LaneOf(const HttpRequest& request) override;
   int32_t UserOf(const HttpRequest& request) override;
   HttpReply Refused(const Refusal& refusal) override;
 

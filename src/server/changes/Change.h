@@ -2,6 +2,7 @@
 // What is remembered of a change of one object.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "server/model/Model.h"
@@ -19,7 +20,15 @@ struct Change {
   std::string head;        // as the owner sees it; empty once deleted
   std::string sharedHead;  // as others see a shared view
   int64_t documentId = 0;
-  Text document;  // null where there is none
+  Text document;                     // null where there is none
+  bool isDocumentUnchecked = false;  // it was read from the store, which may be damaged
 };
+
+// What an object's change is to one user, by its number in an event.
+enum class Method { kAdded = 0, kChanged = 1, kDeleted = 2 };
+
+// Added is what comes into the user's sight, deleted what goes out of it; nothing: the user hears nothing of the
+// change.
+std::optional<Method> MethodFor(const Change& change, int32_t userId);
 
 }  // namespace server

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <set>
 
 namespace server {
@@ -26,11 +27,18 @@ bool OrEnd(const Action& action) {
 
 }  // namespace
 
+void Wake(const WakeList& list) {
+  for (const auto& [pointer, feed] : list) {
+    if (feed) feed->Wake();
+  }
+}
+
 bool ChangeFeed::Take(std::vector<Text>& events) {
   return OrEnd([&] { return TakeNext(events); });
 }
 
 bool ChangeFeed::KeepAlive() {
+  m_isNoteDue = true;
   return OrEnd([this] { return m_source.TouchSession(m_listener.sessionId); });
 }
 
@@ -41,14 +49,16 @@ bool ChangeFeed::TakeNext(std::vector<Text>& events) {
     TakeQueued(events);
     if (!events.empty()) return true;
     // Only once the queue is empty: what stands in it would be read a second time.
-    if (m_overflowed) m_subscribed = m_overflowed = false;
+    if (m_readsItself) m_subscribed = false;
   }
-  return m_subscribed || CatchUp(events);
+  if (!m_subscribed && !CatchUp(events)) return false;
+  TakeNote(events);
+  return true;
 }
 
 void ChangeFeed::TakeQueued(std::vector<Text>& events) {
   for (size_t bytes = 0; bytes < kTakeBytes && !m_queue.empty(); m_queue.pop_front()) {
-    m_position = m_queue.front().first;
+    m_position = m_told = m_queue.front().first;
     bytes += m_queue.front().second->size();
     m_queuedBytes -= m_queue.front().second->size();
     events.push_back(std::move(m_queue.front().second));
@@ -56,34 +66,58 @@ void ChangeFeed::TakeQueued(std::vector<Text>& events) {
 }
 
 bool ChangeFeed::CatchUp(std::vector<Text>& events) {
-  while (events.empty() && !m_subscribed) {
-    std::vector<Change> changes;
-    const ChangeSource::Reach reach = m_source.ReadChanges(shared_from_this(), m_position, changes);
-    if (reach == ChangeSource::Reach::kLost) return false;
-    m_subscribed = reach == ChangeSource::Reach::kLive;
-    for (const Change& change : changes) {
-      if (Text event = EventTexts(change).For(m_listener)) events.push_back(std::move(event));
-      m_position = change.number;
-    }
+  ChangePiece piece;
+  const ChangeSource::Reach reach = m_source.ReadChanges(shared_from_this(), m_position, piece);
+  if (reach == ChangeSource::Reach::kLost) return false;
+  m_subscribed = reach == ChangeSource::Reach::kLive;
+  m_hasMore = !m_subscribed;
+  for (const Change& change : piece.changes) {
+    if (!IsSound(change)) continue;  // nobody hears what a damaged store makes of it
+    if (Text event = EventTexts(change).For(m_listener)) events.push_back(std::move(event));
+    m_told = change.number;
   }
+  m_position = piece.upTo;
+  m_isNoteDue = m_isNoteDue || m_subscribed;
   return true;
 }
 
-bool ChangeFeed::Offer(int64_t number, const Text& event) {
-  const base::MutexLock lock(m_mutex);
-  if (m_overflowed) return false;
-  if (m_queue.size() >= kMaxQueued || (m_queuedBytes > 0 && m_queuedBytes + event->size() > kMaxQueuedBytes)) {
-    m_overflowed = true;
-    return false;
+void ChangeFeed::TakeNote(std::vector<Text>& events) {
+  if (!m_isNoteDue || !m_subscribed) return;
+  if (events.empty()) {
+    // In this order: what was offered up to that number stands in the queue by now.
+    const int64_t last = m_source.LastChange();
+    if (!IsQuiet()) return;
+    m_position = last;
   }
+  m_isNoteDue = false;
+  if (m_position <= m_told) return;
+  events.push_back(std::make_shared<std::string>("id: " + std::to_string(m_position) + "\n\n"));
+  m_told = m_position;
+}
+
+bool ChangeFeed::IsQuiet() {
+  const base::MutexLock lock(m_mutex);
+  return m_queue.empty() && !m_readsItself;
+}
+
+void ChangeFeed::Offer(int64_t number, const Text& event) {
+  const base::MutexLock lock(m_mutex);
+  const bool fits =
+      m_queue.size() < kMaxQueued && (m_queuedBytes == 0 || m_queuedBytes + event->size() <= kMaxQueuedBytes);
+  m_readsItself = m_readsItself || !fits;
+  if (m_readsItself) return;
   m_queue.emplace_back(number, event);
   m_queuedBytes += event->size();
-  return true;
 }
 
 void ChangeFeed::FallBehind() noexcept {
   const base::MutexLock lock(m_mutex);
-  m_overflowed = true;
+  m_readsItself = true;
+}
+
+void ChangeFeed::Subscribed() {
+  const base::MutexLock lock(m_mutex);
+  m_readsItself = false;
 }
 
 void ChangeFeed::Close() {
@@ -93,6 +127,7 @@ void ChangeFeed::Close() {
 
 void ChangeHub::Add(const FeedPtr& feed) {
   m_feedsOfUser[feed->Listener().userId][feed.get()] = feed;
+  feed->Subscribed();
 }
 
 void ChangeHub::Remove(ChangeFeed* feed) {
@@ -102,25 +137,34 @@ void ChangeHub::Remove(ChangeFeed* feed) {
   if (it->second.empty()) m_feedsOfUser.erase(it);
 }
 
+// Those that read by themselves are woken, too: they may have missed that they were to.
 void ChangeHub::OfferTo(Feeds& feeds, EventTexts& texts, int64_t number, WakeList& wake) {
-  for (auto it = feeds.begin(); it != feeds.end();) {
-    FeedPtr& feed = wake[it->first];
-    if (!feed) feed = it->second.lock();
+  for (auto& [pointer, weak] : feeds) {
+    FeedPtr& feed = wake[pointer];
+    if (!feed) feed = weak.lock();
     const Text text = feed ? texts.For(feed->Listener()) : nullptr;
-    const bool keeps = text == nullptr || feed->Offer(number, text);
-    it = keeps ? std::next(it) : feeds.erase(it);
+    if (text) feed->Offer(number, text);
   }
 }
 
-void ChangeHub::Publish(const std::vector<Change>& changes, WakeList& wake) noexcept {
+void ChangeHub::WakeUp(Feeds::value_type& feed, WakeList& wake) noexcept {
   try {
-    for (const Change& change : changes) PublishOne(change, wake);
+    FeedPtr& woken = wake[feed.first];  // first, for what is locked must be kept
+    if (!woken) woken = feed.second.lock();
+  } catch (const std::bad_alloc&) {
+    // The next sign of life does it.
+  }
+}
+
+void ChangeHub::Publish(const Change& change, WakeList& wake) noexcept {
+  try {
+    PublishOne(change, wake);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "viewserver: change streams fall behind: %s\n", e.what());
     for (auto& [user, feeds] : m_feedsOfUser) {
       for (auto& feed : feeds) {
         feed.first->FallBehind();
-        OrEnd([&] { return (wake[feed.first] = feed.second.lock()) != nullptr; });
+        WakeUp(feed, wake);
       }
     }
   }
@@ -140,12 +184,12 @@ void ChangeHub::PublishOne(const Change& change, WakeList& wake) {
   }
 }
 
-void ChangeHub::CloseSession(int64_t sessionId, WakeList& wake) {
+void ChangeHub::Close(const std::function<bool(const Caller&)>& concerns, WakeList& wake) {
   for (auto& [user, feeds] : m_feedsOfUser) {
-    for (auto& [pointer, weak] : feeds) {
-      if (pointer->Listener().sessionId != sessionId) continue;
-      pointer->Close();
-      wake[pointer] = weak.lock();
+    for (auto& feed : feeds) {
+      if (!concerns(feed.first->Listener())) continue;
+      feed.first->Close();
+      WakeUp(feed, wake);
     }
   }
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/documents/Json.h"
 
+#include <rapidjson/encodings.h>
+#include <rapidjson/memorystream.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -11,9 +13,6 @@
 #include <stdexcept>
 #include <unordered_set>
 
-#include "json/ParseText.h"
-#include "server/model/Refusal.h"
-
 namespace server::wire {
 
 namespace {
@@ -23,6 +22,15 @@ bool IsHalfEscape(const std::string& text, size_t at, std::string_view digits) {
   return at + 3 < text.size() && text[at + 1] == 'u' && (text[at + 2] == 'd' || text[at + 2] == 'D') &&
          digits.find(text[at + 3]) != std::string_view::npos;
 }
+
+void AppendQuoted(std::string& out, std::string_view text) {
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  out.append(buffer.GetString(), buffer.GetSize());
+}
+
+}  // namespace
 
 // The parser would take a NUL for the end of the text and the second half of a surrogate pair without the first for a
 // code point, and the tree it builds must not be deep: one look before it.
@@ -46,15 +54,6 @@ void CheckShape(const std::string& text) {
     }
   }
 }
-
-void AppendQuoted(std::string& out, std::string_view text) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-  out.append(buffer.GetString(), buffer.GetSize());
-}
-
-}  // namespace
 
 rapidjson::Document Parse(const std::string& text) {
   CheckShape(text);
@@ -131,6 +130,17 @@ std::vector<int32_t> IdList(const std::string& text) {
     begin = comma + 1;
   }
   return ids;
+}
+
+bool IsUtf8(const std::string& text) {
+  struct {
+    void Put(char) {}
+  } nowhere;
+  rapidjson::MemoryStream stream(text.data(), text.size());
+  while (stream.Tell() < text.size()) {
+    if (!rapidjson::UTF8<>::Validate(stream, nowhere)) return false;
+  }
+  return true;
 }
 
 std::string Members(std::initializer_list<Member> members) {

@@ -14,11 +14,25 @@
 #include <variant>
 #include <vector>
 
+#include "json/ParseText.h"
+#include "server/model/Refusal.h"
+
 namespace server::wire {
 
 constexpr int kMaxJsonDepth = 100;
 
 rapidjson::Document Parse(const std::string& text);
+// Refuses what no parser is to see: NULs, halves of surrogate pairs, what is nested deeper.
+void CheckShape(const std::string& text);
+// The same text as events, and nothing kept of it.
+template <class Handler>
+void Parse(const std::string& text, Handler& handler) {
+  CheckShape(text);
+  if (!::json::ParseEvents<rapidjson::kParseValidateEncodingFlag>(text, handler)) {
+    throw Refusal::Malformed("the body is not JSON");
+  }
+  if (text[text.find_first_not_of(" \t\r\n")] != '{') throw Refusal::Malformed("the body is not a JSON object");
+}
 // Throws std::runtime_error with one plain line that calls the file `what`.
 rapidjson::Document ReadFile(const std::string& what, const std::string& file);
 
@@ -35,6 +49,8 @@ std::string String(const rapidjson::Value& object, const char* key, std::optiona
 // where they first stand.
 std::vector<int32_t> IdList(const std::string& text);
 std::optional<int32_t> Id(const std::string& text);
+
+bool IsUtf8(const std::string& text);
 
 struct Member {
   const char* key;

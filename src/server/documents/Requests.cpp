@@ -2,12 +2,11 @@
 #include "server/documents/Requests.h"
 
 #include <algorithm>
-#include <charconv>
-#include <iterator>
-#include <string_view>
+#include <initializer_list>
+#include <utility>
 
+#include "server/documents/ElementReader.h"
 #include "server/documents/Json.h"
-#include "server/documents/Replies.h"
 #include "server/model/Refusal.h"
 #include "server/permissions/Rules.h"
 
@@ -16,90 +15,80 @@ namespace server {
 namespace {
 
 using rapidjson::Value;
-using Allocator = rapidjson::Document::AllocatorType;
 
-// Members of a view that the server keeps by itself or does not take from clients; all others are the document.
-constexpr std::string_view kServersOwn[] = {
-    "ID",         "GUID",          "Name",      "ViewGroupID", "UserID", "SharedUserID", "SharedUserName",
-    "SharedWith", "SequenceIndex", "AutoCycle", "CycleTime",   "Method", kChangeNumber};
-constexpr std::string_view kTextsOfWindow[] = {"SequenceIndex", "Xtop", "Ytop", "Xbottom", "Ybottom"};
-
-template <size_t n>
-bool IsOneOf(const Value& name, const std::string_view (&names)[n]) {
-  return std::find(std::begin(names), std::end(names), std::string_view(name.GetString(), name.GetStringLength())) !=
-         std::end(names);
+// The first member of that name, which must be an object.
+ElementContent ReadMember(const std::string& body, const char* member, std::initializer_list<const char*> fields,
+                          bool isView = false) {
+  ElementReader reader(member, fields, isView);
+  reader.Expect(body.size());
+  wire::Parse(body, reader);
+  ElementContent element = reader.Take();
+  if (!element.isThere) throw Refusal::Malformed("an object that the request needs is missing");
+  return element;
 }
 
-// The shortest decimal text of a number, whatever the locale.
-std::string NumberText(const Value& number) {
-  char text[40];
-  char* const end = text + sizeof text;
-  if (number.IsInt64()) return {text, std::to_chars(text, end, number.GetInt64()).ptr};
-  if (number.IsUint64()) return {text, std::to_chars(text, end, number.GetUint64()).ptr};
-  return {text, std::to_chars(text, end, number.GetDouble()).ptr};
+constexpr std::initializer_list<const char*> kViewFields = {"Name", "ViewGroupID", "UserID", "AutoCycle", "CycleTime"};
+
+ViewInput ViewOf(ElementContent element) {
+  ViewInput view;
+  view.name = wire::String(element.fields, "Name");
+  CheckName(view.name);
+  view.folderId = wire::Int(element.fields, "ViewGroupID", kTopFolder);
+  view.userId = wire::Int(element.fields, "UserID", kNobody);
+  view.autoCycle = wire::Int(element.fields, "AutoCycle", -1);
+  view.cycleTime = wire::Int(element.fields, "CycleTime", -1);
+  if (element.fault) throw Refusal::Malformed(element.fault);
+  view.document = std::move(element.document);
+  return view;
 }
 
-void TurnIntoText(Value& value, Allocator& allocator) {
-  if (value.IsString()) return;
-  std::string text;
-  if (value.IsNumber()) {
-    text = NumberText(value);
-  } else if (!value.IsNull()) {
-    throw Refusal::Malformed("a window's order or digital zoom is neither a text nor a number");
-  }
-  value.SetString(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
-}
-
-// Calls `use` for each object of the array at `key`; an absent array has none.
-template <class Use>
-void ForEachObject(Value& object, const char* key, const Use& use) {
-  const auto it = object.FindMember(key);
-  if (it == object.MemberEnd() || it->value.IsNull()) return;
-  if (!it->value.IsArray()) throw Refusal::Malformed("the pages or windows are not a list");
-  for (Value& entry : it->value.GetArray()) {
-    if (!entry.IsObject()) throw Refusal::Malformed("a page or window is not an object");
-    use(entry);
-  }
-}
-
-void NormaliseWindows(Value& view, Allocator& allocator) {
-  ForEachObject(view, "PlanPages", [&allocator](Value& page) {
-    ForEachObject(page, "PlanViewItem", [&allocator](Value& window) {
-      for (auto& member : window.GetObject()) {
-        if (IsOneOf(member.name, kTextsOfWindow)) TurnIntoText(member.value, allocator);
-      }
-    });
-  });
-}
-
-std::string DocumentOf(const Value& view) {
-  std::string document;
-  for (const auto& member : view.GetObject()) {
-    if (IsOneOf(member.name, kServersOwn)) continue;
-    document.append(",").append(wire::Serialise(member.name)).append(":").append(wire::Serialise(member.value));
-  }
-  return document;
+// An event has each element on one line.
+bool HasControls(const std::string& json) {
+  return std::any_of(json.begin(), json.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; });
 }
 
 }  // namespace
 
-ViewInput ReadView(Value& element, Allocator& allocator) {
-  ViewInput view;
-  view.name = wire::String(element, "Name");
-  CheckName(view.name);
-  view.folderId = wire::Int(element, "ViewGroupID", kTopFolder);
-  view.userId = wire::Int(element, "UserID", kNobody);
-  view.autoCycle = wire::Int(element, "AutoCycle", -1);
-  view.cycleTime = wire::Int(element, "CycleTime", -1);
-  NormaliseWindows(element, allocator);
-  view.document = DocumentOf(element);
-  return view;
+ViewInput ReadView(const Value& element) {
+  ElementReader reader("", kViewFields, true);
+  element.Accept(reader);
+  return ViewOf(reader.Take());
 }
 
 std::string WithoutServersOwn(const std::string& document) try {
-  return document.empty() ? document : DocumentOf(wire::Parse('{' + document.substr(1) + '}'));
+  if (document.empty()) return document;
+  ElementReader reader("", {}, true);
+  wire::Parse('{' + document.substr(1) + '}', reader);
+  const ElementContent element = reader.Take();
+  return element.fault ? document : element.document;
 } catch (const Refusal&) {
   return document;
+}
+
+bool IsHead(const std::string& text) try {
+  return wire::Parse(text + '}').MemberCount() > 0 && !HasControls(text);
+} catch (const Refusal&) {
+  return false;
+}
+
+bool IsName(const std::string& text) try {
+  CheckName(text);
+  return wire::IsUtf8(text);
+} catch (const Refusal&) {
+  return false;
+}
+
+const char* WhyNoDocument(const std::string& document) try {
+  if (document.empty()) return nullptr;
+  if (HasControls(document)) return "a control character";
+  ElementReader reader("", {}, true);
+  wire::Parse('{' + document.substr(1) + '}', reader);
+  const ElementContent element = reader.Take();
+  if (document.front() != ',' || element.document.empty()) return "not what follows a head";
+  if (element.hasServersOwn) return "a member that is the server's";
+  return element.fault || !element.hasMadeTexts ? element.fault : "a window's order or digital zoom is not a text";
+} catch (const Refusal& refusal) {
+  return refusal.detail;
 }
 
 GroupInput ReadGroup(const Value& element) {
@@ -113,19 +102,16 @@ GroupInput ReadGroup(const Value& element) {
 }
 
 ViewInput ReadViewBody(const std::string& body) {
-  rapidjson::Document document = wire::Parse(body);
-  wire::ObjectMember(document, "View");  // there, and an object
-  return ReadView(document.FindMember("View")->value, document.GetAllocator());
+  return ViewOf(ReadMember(body, "View", kViewFields, true));
 }
 
 GroupInput ReadGroupBody(const std::string& body) {
-  const rapidjson::Document document = wire::Parse(body);
-  return ReadGroup(wire::ObjectMember(document, "ViewGroup"));
+  return ReadGroup(ReadMember(body, "ViewGroup", {"Name", "ParentViewGroupID", "UserID", "IsSharedView"}).fields);
 }
 
 MoveInput ReadMoveBody(ObjectKind kind, const std::string& body) {
-  const rapidjson::Document document = wire::Parse(body);
-  const Value& request = wire::ObjectMember(document, "ViewMoveRequest");
+  const ElementContent element = ReadMember(body, "ViewMoveRequest", {"Type", "ViewGroupID", "UserID", "IDs"});
+  const Value& request = element.fields;
   const int32_t type = kind == ObjectKind::kView ? 1 : 2;
   if (wire::Int(request, "Type", type) != type) throw Refusal::Malformed("the type of a move does not fit its path");
   wire::Int(request, "UserID", kNobody);  // the owner stays who it is; but a number it must be
@@ -133,21 +119,21 @@ MoveInput ReadMoveBody(ObjectKind kind, const std::string& body) {
 }
 
 std::vector<int32_t> ReadShareBody(const std::string& body) {
-  const rapidjson::Document document = wire::Parse(body);
-  std::vector<int32_t> users = wire::IdList(wire::String(wire::ObjectMember(document, "ViewShare"), "ShareUsers"));
+  std::vector<int32_t> users =
+      wire::IdList(wire::String(ReadMember(body, "ViewShare", {"ShareUsers"}).fields, "ShareUsers"));
   if (users.size() > kMaxShareUsers) throw Refusal::TooLarge();
   return users;
 }
 
 DefaultView ReadDefaultViewBody(const std::string& body) {
-  const rapidjson::Document document = wire::Parse(body);
-  const Value& request = wire::ObjectMember(document, "ViewRequest");
+  const ElementContent element = ReadMember(body, "ViewRequest", {"Type", "ID"});
+  const Value& request = element.fields;
   return {wire::Int(request, "Type"), wire::Int(request, "ID")};
 }
 
 LoginInput ReadLoginBody(const std::string& body) {
-  const rapidjson::Document document = wire::Parse(body);
-  const Value& session = wire::ObjectMember(document, "Session");
+  const ElementContent element = ReadMember(body, "Session", {"UserName", "Password", "ClientName"});
+  const Value& session = element.fields;
   return {wire::String(session, "UserName"), wire::String(session, "Password"),
           wire::String(session, "ClientName", "")};
 }

@@ -45,9 +45,15 @@ struct DefaultView {
 };
 
 // One element. Windows' "SequenceIndex" and digital-zoom corners become texts in the document, which keeps everything
-// else that the client wrote and the server does not own. `element` is changed.
-ViewInput ReadView(rapidjson::Value& element, rapidjson::Document::AllocatorType& allocator);
+// else that the client wrote and the server does not own.
+ViewInput ReadView(const rapidjson::Value& element);
 GroupInput ReadGroup(const rapidjson::Value& element);
+// Whether a stored text can be the name of a user, a group or a view.
+bool IsName(const std::string& text);
+// Whether a stored text can stand before a document.
+bool IsHead(const std::string& text);
+// Why what stands in a store cannot follow a head in a list, as ReadView has it: one line; null where it can.
+const char* WhyNoDocument(const std::string& document);
 // A stored document without the members that have become the server's own since; unchanged where it cannot be read.
 std::string WithoutServersOwn(const std::string& document);
 

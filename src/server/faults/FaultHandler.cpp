@@ -28,6 +28,11 @@ void Tell(const FaultRule& rule, const std::string& where) {
   std::fprintf(stderr, "viewserver: fault %s, %s\n", rule.name.c_str(), where.c_str());
 }
 
+// Whether it says no more than how far the listener has come: an `id` alone. When such comes is chance.
+bool IsNote(const std::string& event) {
+  return event.compare(event.find('\n'), std::string::npos, "\n\n") == 0;
+}
+
 // A body that can be changed: lists are made while they are sent.
 void Materialise(HttpReply& reply) {
   if (!reply.source) return;
@@ -134,6 +139,7 @@ class FaultHandler::Events : public EventSource, public std::enable_shared_from_
     }
     return true;
   }
+  bool HasMore() const override { return m_waiting.empty() && !m_wakeAt && !m_silent && m_inner->HasMore(); }
   bool KeepAlive() override { return m_inner->KeepAlive(); }
   bool IsSilent() const override { return m_silent; }
   void OnReady(std::function<void()> wake) override {
@@ -145,7 +151,8 @@ class FaultHandler::Events : public EventSource, public std::enable_shared_from_
   // Gives the first waiting event, right or wrong; false when no other may follow it now.
   bool Give(std::vector<Text>& events) {
     const Text event = m_waiting.front();
-    const FaultPlan::Hit hit = std::exchange(m_isLate, false) ? FaultPlan::Hit() : m_plan.DrawChange();
+    const bool isSpared = std::exchange(m_isLate, false) || IsNote(*event);
+    const FaultPlan::Hit hit = isSpared ? FaultPlan::Hit() : m_plan.DrawChange();
     if (hit) Tell(*hit.rule, event->substr(0, event->find('\n')));
     if (hit && hit.rule->fault == Fault::kLateChange) {
       m_isLate = true;
@@ -208,7 +215,11 @@ HttpReply FaultHandler::Handle(const HttpRequest& request) {
   }
   if (hit && hit.rule->fault == Fault::kColleagueEdit) EditAsColleague(hit);
   HttpReply reply = m_inner.Handle(request);
-  if (hit) Spoil(reply, hit);
+  if (hit && reply.pending) {
+    reply.pending->Change([hit](HttpReply& given) { Spoil(given, hit); });
+  } else if (hit) {
+    Spoil(reply, hit);
+  }
   if (reply.events && m_plan.HasChangeFaults()) {
     reply.events = std::make_shared<Events>(std::move(reply.events), m_plan, m_timers);
   }
@@ -224,9 +235,10 @@ void FaultHandler::EditAsColleague(const FaultPlan::Hit& hit) {
   request.token = m_openSession(colleague.user);
   const size_t hole = request.path.find('#');
   if (hole != std::string::npos) request.path.replace(hole, 1, hit.id);
-  const int status = m_inner.Handle(request).status;
+  HttpReply reply = m_inner.Handle(request);
+  if (reply.pending) reply = reply.pending->Wait();
   std::fprintf(stderr, "viewserver: the colleague's %s %s was answered %d\n", request.method.c_str(),
-               request.path.c_str(), status);
+               request.path.c_str(), reply.status);
 }
 
 }  // namespace server

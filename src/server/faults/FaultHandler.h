@@ -23,7 +23,7 @@ class FaultHandler : public HttpHandler {
 
   HttpReply Handle(const HttpRequest& request) override;
   uint64_t BodyLimit(const HttpRequest& request) override { return m_inner.BodyLimit(request); }
-  bool IsSlow(const HttpRequest& request) override { return m_inner.IsSlow(request); }
+  Lane LaneOf(const HttpRequest& request) override { return m_inner.LaneOf(request); }
   int32_t UserOf(const HttpRequest& request) override { return m_inner.UserOf(request); }
   HttpReply Refused(const Refusal& refusal) override { return m_inner.Refused(refusal); }
 

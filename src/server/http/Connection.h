@@ -15,48 +15,78 @@
 #include <string>
 #include <vector>
 
+#include "server/http/AccessLog.h"
 #include "server/http/Connections.h"
 #include "server/http/Stream.h"
 
 namespace server {
 
 // Lives as long as one of its operations is under way.
-class Connection : public std::enable_shared_from_this<Connection> {
+class Connection final : public Stranger, public std::enable_shared_from_this<Connection> {
  public:
   Connection(Connections& connections, boost::asio::ip::tcp::socket&& socket, boost::asio::ssl::context* tls);
   ~Connection();
 
+  // Ends at once where there is no room for it.
   void Start();
 
  private:
+  using Clock = std::chrono::steady_clock;
   using error_code = boost::beast::error_code;
   using Parser = boost::beast::http::request_parser<boost::beast::http::string_body>;
+
+  std::shared_ptr<Stranger> Alive() override { return weak_from_this().lock(); }
+  void Dismiss() override;
 
   // --- reading -------------------------------------------------------------------------------------------------------
 
   // Waits as long as a connection may lie idle for the first byte of a request, then less long for its head.
   void AwaitRequest();
   void ReadHead();
-  void OnHead(error_code error);
+  void ReadMoreOfHead();
+  void OnHead();
   void TakeHead();
-  // Counts the connection as its user's, asking once for each token. False: that user holds too many.
+  // Counts the connection as its user's, asking once for each token, or as a stranger's. False: that user holds too
+  // many.
   bool Claim();
+  bool BecomeStranger();
   void Release();
+  // The request is by who is counted as holding the connection.
+  bool IsOfItsUser() const;
+  // Whose share of the bodies' memory it takes, whose turn it is in a lane.
+  std::string Holder() const;
+  // The largest body allowed; it sends the refusal and answers nothing where the body is larger or there is no memory.
+  std::optional<uint64_t> LimitBody();
   void SayContinue();
   void StartBody();
   void ReadBody();
+  // Takes a share for what has come of a body that does not say its length.
+  bool CoverBody();
   void OnReadError(error_code error);
   void OnRequest();
+  // False: too many wait there.
+  bool AnswerInLane(WorkLane& lane, const std::string& holder, bool keepAlive);
 
   // --- answering (ConnectionReplies.cpp) -----------------------------------------------------------------------------
 
   // Answers a request whose rest is not wanted, and ends the connection.
   void Refuse(HttpReply reply);
+  void Refuse(const Refusal& refusal);
   void Send(HttpReply reply, bool keepAlive);
   void SendNow(HttpReply reply, bool keepAlive);
+  // Waits for a reply that another thread gives. The timer holds the connection meanwhile.
+  void AwaitReply(std::shared_ptr<PendingReply> pending, bool keepAlive);
+  void PollReply(bool keepAlive);
+  // Any thread.
+  void WakeForReply();
   void SendPart(uint64_t bytes);
   void SendChunk();
   void OnSent();
+  void StartEntry();
+  // Bytes of the answer have gone out.
+  void Count(size_t bytes);
+  // Writes down the request and how far it was answered, once.
+  void Log() noexcept;
   // Closing with unread input would reset the connection, perhaps before the client has read the answer.
   void Drain();
   void ExpireWrite(size_t bytes);
@@ -67,12 +97,15 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Any thread.
   void Wake();
   // A listener has nothing to say; a read tells when it has gone.
+  class Held;
   void WatchForEnd();
   void StartHeartbeat();
   // A stream that could miss an event must end: its client comes back for the rest.
   void PumpEvents();
+  template <class Action>
+  void OrEnd(const Action& action);
   void SendEvents();
-  void EndEvents();
+  void EndEvents() noexcept;
 
   Connections& m_connections;
   Stream m_stream;
@@ -80,17 +113,24 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   boost::beast::flat_buffer m_buffer;
   std::optional<Parser> m_parser;
-  std::chrono::seconds m_bodyTime{0};
-  std::string m_peer, m_token;
+  BodyShare m_share;
+  Clock::time_point m_bodyBegan;
+  Address m_peer;
+  std::string m_token;
   int32_t m_user = kNobody;  // who is counted as holding it
   bool m_isFirst = true;     // no request has come yet
   HttpRequest m_request;
+  bool m_isHead = false;  // the request wants no body
+  bool m_isHttp10 = false;
 
+  std::shared_ptr<PendingReply> m_pending;  // until it is there
   HttpReply m_reply;
   std::string m_head, m_chunk;
   bool m_keepAlive = false;
   bool m_drain = false;
   uint64_t m_drained = 0;
+  std::optional<AccessEntry> m_entry;  // of the request that is being answered
+  uint64_t m_unsentHead = 0;           // bytes that do not count for the log
 
   std::vector<Text> m_events;  // being sent
   size_t m_sent = 0;           // of them

@@ -6,14 +6,18 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <memory>
 #include <unordered_map>
 #include <vector>
 
 #include "base/Mutex.h"
+#include "server/http/AccessLog.h"
+#include "server/http/Addresses.h"
+#include "server/http/BodyBudget.h"
 #include "server/http/HttpHandler.h"
 #include "server/http/HttpSettings.h"
+#include "server/http/Strangers.h"
+#include "server/http/WorkLane.h"
 
 namespace server {
 
@@ -62,15 +66,26 @@ class WakeGate {
 struct Connections {
   const HttpSettings settings;
   HttpHandler& handler;
+  const TrustedProxies proxies;
+  std::unique_ptr<AccessLog> accessLog;  // null: none
   std::atomic<size_t> count{0};
   Holders holders;
+  Strangers strangers;
+  BodyBudget bodies;
   const std::shared_ptr<WakeGate> wakeGate = std::make_shared<WakeGate>();
   // One for each thread. Connections die with them, so that what connections use is declared before.
   std::vector<std::unique_ptr<boost::asio::io_context>> ios;
-  boost::asio::thread_pool slow;
+  WorkLane logins, largeBodies;
 
   Connections(const HttpSettings& how, HttpHandler& who)
-      : settings(how), handler(who), slow(static_cast<size_t>(how.slowThreads)) {
+      : settings(how),
+        handler(who),
+        proxies(how.trustedProxies),
+        accessLog(how.accessLog.empty() ? nullptr : std::make_unique<AccessLog>(how.accessLog)),
+        strangers(how.maxConnections - how.maxConnections / 4, how.maxStrangersPerAddress),
+        bodies(how.maxBodyBytes),
+        logins(how.loginThreads, how.maxWaitingLogins, how.maxWaitingLoginsPerAddress),
+        largeBodies(how.bodyThreads, how.maxWaitingBodies, how.maxWaitingBodiesPerUser) {
     for (int i = 0; i < how.threads; ++i) ios.push_back(std::make_unique<boost::asio::io_context>(1));
   }
 };

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/Mutex.h"
 #include "server/model/Model.h"
 #include "server/model/Refusal.h"
 
@@ -18,10 +19,11 @@ namespace server {
 
 struct HttpRequest {
   std::string method;
-  std::string path;   // as it came, without the query
-  std::string query;  // as it came, without the "?"
-  std::string token;  // of `Authorization: Bearer`, else empty
-  std::string peer;   // the address it came from
+  std::string path;     // as it came, without the query
+  std::string query;    // as it came, without the "?"
+  std::string token;    // of `Authorization: Bearer`, else empty
+  std::string peer;     // the address it came from, as a trusted proxy tells it
+  std::string network;  // what limits count by: that address, or its first 64 bits where it is an IPv6 one
   std::string body;
 };
 
@@ -40,6 +42,8 @@ class EventSource {
   virtual ~EventSource() = default;
   // Appends the events to send now, maybe none. False: the stream ends.
   virtual bool Take(std::vector<Text>& events) = 0;
+  // Whether the last Take left something, so that others might run first.
+  virtual bool HasMore() const { return false; }
   // Called whenever a sign of life is sent. False: the stream ends.
   virtual bool KeepAlive() = 0;
   // True: not even signs of life are sent.
@@ -49,6 +53,8 @@ class EventSource {
   virtual void OnReady(std::function<void()> wake) = 0;
 };
 
+class PendingReply;
+
 struct HttpReply {
   int status = 200;
   std::vector<std::pair<std::string, std::string>> headers;
@@ -57,9 +63,33 @@ struct HttpReply {
   std::shared_ptr<EventSource> events;  // a stream of events, kept open
   std::chrono::milliseconds delay{0};   // to wait before answering
   std::optional<uint64_t> cut;          // so many bytes are sent, the head's included, and the connection is closed
+  std::shared_ptr<PendingReply> pending = nullptr;  // the reply itself, once it is there; all else is unused
+};
+
+// A reply that another thread will give. Any thread.
+class PendingReply {
+ public:
+  // The reply once it is there, and never again.
+  std::optional<HttpReply> Take();
+  HttpReply Wait();
+  // `wake` is called when the reply is there, at once where it is there already, as an EventSource's is.
+  void OnReady(std::function<void()> wake);
+  // What is to be done to the reply before it is taken.
+  void Change(std::function<void(HttpReply&)> change);
+  void Give(HttpReply reply) noexcept;
+
+ private:
+  base::Mutex m_mutex;  // leaf
+  base::Condition m_given;
+  std::optional<HttpReply> m_reply GUARDED_BY(m_mutex);
+  std::function<void()> m_wake GUARDED_BY(m_mutex);
+  std::function<void(HttpReply&)> m_change GUARDED_BY(m_mutex);
 };
 
 constexpr uint64_t kUsualBody = 64 << 10;
+
+// Who answers a request: the thread of its connection, or one of those that are there for what takes long.
+enum class Lane { kQuick, kLogin, kLargeBody };
 
 // Called from several threads at once. Must not throw, but for std::bad_alloc, which costs the connection.
 class HttpHandler {
@@ -69,8 +99,8 @@ class HttpHandler {
   // The largest body allowed. Asked before a body is read that is larger than kUsualBody or does not say its length;
   // `request` has none yet. 0: a larger body is refused, and Handle says why. May throw where it cannot tell.
   virtual uint64_t BodyLimit(const HttpRequest& request) = 0;
-  // True when Handle may take so long that other connections should not wait for it.
-  virtual bool IsSlow(const HttpRequest& request) = 0;
+  // Not kQuick when Handle may take so long that other connections should not wait for it.
+  virtual Lane LaneOf(const HttpRequest& request) = 0;
   // Who holds the connection that this came over, kNobody where that is not known. Asked before the body is read.
   virtual int32_t UserOf(const HttpRequest&) { return kNobody; }
   // The answer to a request that is not read to its end.

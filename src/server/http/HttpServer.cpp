@@ -44,8 +44,8 @@ class HttpServer::Impl {
     m_connections.wakeGate->Close();
     for (const auto& io : m_connections.ios) io->stop();
     for (std::thread& thread : m_threads) thread.join();
-    m_connections.slow.stop();  // what has not begun is not wanted any more
-    m_connections.slow.join();
+    m_connections.logins.Stop();
+    m_connections.largeBodies.Stop();
   }
 
   uint16_t Port() const { return m_port; }
@@ -112,10 +112,7 @@ class HttpServer::Impl {
     });
   }
 
-  void Serve(tcp::socket&& socket) {
-    if (m_connections.count >= m_connections.settings.maxConnections) return;  // the socket closes
-    StartConnection(m_connections, std::move(socket), m_tls ? &*m_tls : nullptr);
-  }
+  void Serve(tcp::socket&& socket) { StartConnection(m_connections, std::move(socket), m_tls ? &*m_tls : nullptr); }
 
   // Connections and handlers die with the I/O contexts in m_connections: what they use is declared before it.
   std::optional<asio::ssl::context> m_tls;

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/login/Accounts.h"
 
-#include <SQLiteCpp/Exception.h>
-
+#include <algorithm>
 #include <chrono>
 
-#include "server/documents/Json.h"
+#include "server/documents/Requests.h"
 #include "server/login/Secrets.h"
 #include "server/model/Refusal.h"
-#include "server/permissions/Rules.h"
 
 namespace server {
 
@@ -25,13 +23,7 @@ int64_t SecondsNow() {
 
 std::string WhyUnusable(const std::string& name, const std::string& password) {
   if (password.empty()) return "a password is not empty";
-  try {
-    wire::Parse('{' + wire::Members({{"Name", name}}) + '}');  // refuses what is not UTF-8
-    CheckName(name);
-  } catch (const Refusal&) {
-    return Refusal::BadName().detail;
-  }
-  return {};
+  return IsName(name) ? "" : Refusal::BadName().detail;
 }
 
 bool Accounts::HasUsers() {
@@ -42,24 +34,38 @@ bool Accounts::HasUsers() {
 std::vector<User> Accounts::Users() {
   Query query(m_database,
               "SELECT id, name, password, ptz, EXISTS (SELECT 1 FROM sessions WHERE user_id = users.id AND "
-              "last_used >= ?) FROM users ORDER BY id",
+              "last_used >= ?) FROM users WHERE id BETWEEN 1 AND 2147483647 ORDER BY id",
               m_clock() - kOnlineSeconds);
+  const std::set<int32_t> lately = UsersOfUnwritten(m_clock() - kOnlineSeconds);
   std::vector<User> users;
   while (query.Next()) {
-    users.push_back({query.Int(0), query.String(1), query.String(2), query.Int(3), query.Int(4) != 0});
+    const int32_t id = query.Int(0);
+    if (!IsName(query.String(1))) continue;  // a damaged store
+    users.push_back({id, query.String(1), query.String(2), query.Int(3), query.Int(4) != 0 || lately.count(id) != 0});
+  }
+  return users;
+}
+
+std::set<int32_t> Accounts::UsersOfUnwritten(int64_t since) {
+  std::set<int32_t> users;
+  for (const auto& [session, time] : m_uses) {
+    if (time < since) continue;
+    Query query(m_database, "SELECT user_id FROM sessions WHERE id = ?", session);
+    if (query.Next()) users.insert(query.Int(0));
   }
   return users;
 }
 
 std::optional<User> Accounts::FindUser(const std::string& name) {
-  Query query(m_database, "SELECT id, name, password, ptz FROM users WHERE name = ?", name);
+  Query query(m_database, "SELECT id, name, password, ptz FROM users WHERE name = ? AND id BETWEEN 1 AND 2147483647",
+              name);
   if (!query.Next()) return std::nullopt;
   return User{query.Int(0), query.String(1), query.String(2), query.Int(3), false};
 }
 
 std::string Accounts::UserName(int32_t id) {
   Query query(m_database, "SELECT name FROM users WHERE id = ?", id);
-  return query.Next() ? query.String(0) : std::string();
+  return query.Next() && IsName(query.String(0)) ? query.String(0) : std::string();
 }
 
 bool Accounts::UserExists(int32_t id) {
@@ -69,9 +75,10 @@ bool Accounts::UserExists(int32_t id) {
 
 bool Accounts::AddUser(int32_t id, const std::string& name, const std::string& passwordHash, int32_t ptz) {
   if (FindUser(name)) return false;
-  Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (nullif(?, 0),?,?,?)", id, name, passwordHash,
-          ptz);
-  return true;
+  if (id == 0) id = NextId(m_database, "users");
+  if (id == 0) throw Refusal::NoIdsLeft();
+  return Execute(m_database, "INSERT INTO users (id, name, password, ptz) VALUES (?,?,?,?)", id, name, passwordHash,
+                 ptz) != 0;
 }
 
 void Accounts::UpdateUser(int32_t id, const std::string& name, int32_t ptz) {
@@ -79,21 +86,46 @@ void Accounts::UpdateUser(int32_t id, const std::string& name, int32_t ptz) {
 }
 
 bool Accounts::SetPassword(const std::string& name, const std::string& passwordHash) {
-  Transaction transaction(m_database);
   if (Execute(m_database, "UPDATE users SET password = ? WHERE name = ?", passwordHash, name) == 0) return false;
   Execute(m_database, "DELETE FROM sessions WHERE user_id = (SELECT id FROM users WHERE name = ?)", name);
-  transaction.Commit();
   return true;
+}
+
+bool Accounts::RenameUser(const std::string& name, const std::string& newName) {
+  const std::optional<User> user = FindUser(name);
+  if (!user) throw Refusal::NoSuchUser();
+  if (name != newName && FindUser(newName)) return false;
+  UpdateUser(user->id, newName, user->ptz);
+  return true;
+}
+
+bool Accounts::DeleteUser(const std::string& name) {
+  const std::optional<User> user = FindUser(name);
+  if (!user) return false;
+  Execute(m_database, "DELETE FROM sessions WHERE user_id = ?", user->id);
+  Execute(m_database, "DELETE FROM default_views WHERE user_id = ?", user->id);
+  Execute(m_database, "DELETE FROM users WHERE id = ?", user->id);
+  Execute(m_database, "INSERT OR REPLACE INTO seeded (kind, id, digest) VALUES ('deleted user', ?, '')", user->id);
+  return true;
+}
+
+std::vector<int32_t> Accounts::DeletedUsers() {
+  Query query(m_database, "SELECT id FROM seeded WHERE kind = 'deleted user'");
+  std::vector<int32_t> ids;
+  while (query.Next()) ids.push_back(query.Int(0));
+  return ids;
+}
+
+void Accounts::ForgetDeletedUser(int32_t id) {
+  Execute(m_database, "DELETE FROM seeded WHERE kind = 'deleted user' AND id = ?", id);
 }
 
 std::string Accounts::OpenSession(int32_t userId, const std::string& client) {
   std::string token = MakeToken();
   const int64_t now = m_clock();
-  Transaction transaction(m_database);
   Execute(m_database, "DELETE FROM sessions WHERE last_used < ?", now - kSessionSeconds);
   Execute(m_database, "INSERT INTO sessions (token_hash, user_id, client, last_used) VALUES (?,?,?,?)", Digest(token),
           userId, client, now);
-  transaction.Commit();
   return token;
 }
 
@@ -117,22 +149,47 @@ bool Accounts::Touch(int64_t sessionId) {
     if (!query.Next()) return false;
     lastUsed = query.Int64(0);
   }
-  const bool alive = lastUsed >= now - kSessionSeconds;
-  if (alive && lastUsed >= now - kUseGranularity) return true;
-  try {
-    if (alive) {
-      Execute(m_database, "UPDATE sessions SET last_used = ? WHERE id = ?", now, sessionId);
-    } else {
-      CloseSession(sessionId);
-    }
-  } catch (const SQLite::Exception&) {
-    // A store that cannot be written, a full disk say, may still be read: the request itself shows.
+  const auto unwritten = m_uses.find(sessionId);
+  if (unwritten != m_uses.end()) {
+    if (unwritten->second == kEnded) return false;
+    lastUsed = std::max(lastUsed, unwritten->second);
   }
+  const bool alive = lastUsed >= now - kSessionSeconds;
+  if (!alive || lastUsed < now - kUseGranularity) m_uses[sessionId] = alive ? now : kEnded;
   return alive;
+}
+
+void Accounts::Write(const Uses& uses) {
+  for (const auto& [session, time] : uses) {
+    if (time == kEnded) {
+      CloseSession(session);
+    } else {
+      Execute(m_database, "UPDATE sessions SET last_used = max(last_used, ?) WHERE id = ?", time, session);
+    }
+  }
+}
+
+void Accounts::Forget(const Uses& written) {
+  for (const auto& [session, time] : written) {
+    const auto use = m_uses.find(session);
+    if (use != m_uses.end() && use->second == time) m_uses.erase(use);
+  }
+}
+
+std::vector<int64_t> Accounts::SessionsOf(const std::string& name) {
+  Query query(m_database, "SELECT id FROM sessions WHERE user_id = (SELECT id FROM users WHERE name = ?)", name);
+  std::vector<int64_t> sessions;
+  while (query.Next()) sessions.push_back(query.Int64(0));
+  return sessions;
 }
 
 void Accounts::CloseSession(int64_t sessionId) {
   Execute(m_database, "DELETE FROM sessions WHERE id = ?", sessionId);
+}
+
+bool Accounts::HasSession(int64_t sessionId) {
+  Query query(m_database, "SELECT 1 FROM sessions WHERE id = ?", sessionId);
+  return query.Next();
 }
 
 }  // namespace server

@@ -13,6 +13,15 @@ constexpr int kFailuresWithoutDelay = 3;
 constexpr std::chrono::minutes kForgetAfter{15};
 constexpr size_t kMaxNames = 10000;
 constexpr size_t kMaxDue = 3;
+constexpr std::chrono::seconds kForEachAtAddress{1};
+constexpr std::chrono::seconds kAheadAtAddress{100};
+constexpr size_t kMaxAddresses = 10000;
+
+template <class Times>
+void EraseEarliest(Times& times) {
+  times.erase(std::min_element(times.begin(), times.end(),
+                               [](const auto& one, const auto& other) { return one.second < other.second; }));
+}
 
 }  // namespace
 
@@ -28,6 +37,7 @@ bool LoginGuard::Admits(const std::string& userName, const std::string& peer, Ti
 std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const std::string& peer, Time now) {
   const std::string key = Digest(userName);
   const base::MutexLock lock(m_mutex);
+  CountAt(peer, now);
   if (m_failures.size() >= kMaxNames && m_failures.count(key) == 0) {
     m_failures.erase(std::min_element(m_failures.begin(), m_failures.end(), [](const auto& left, const auto& right) {
       return left.second.last < right.second.last;
@@ -49,10 +59,30 @@ std::chrono::milliseconds LoginGuard::Failed(const std::string& userName, const 
   return delay;
 }
 
-void LoginGuard::Succeeded(const std::string& userName) {
-  const std::string key = Digest(userName);
+void LoginGuard::Succeeded(const std::string& userName, const std::string& peer, Time now) {
+  const Guesser who(Digest(userName), peer);
   const base::MutexLock lock(m_mutex);
-  m_failures.erase(key);
+  m_failures.erase(who.first);
+  if (m_gotIn.size() >= kMaxNames && m_gotIn.count(who) == 0) EraseEarliest(m_gotIn);
+  m_gotIn[who] = now;
+}
+
+std::chrono::seconds LoginGuard::WaitAt(const std::string& userName, const std::string& peer, Time now) {
+  const Guesser who(Digest(userName), peer);
+  const base::MutexLock lock(m_mutex);
+  if (m_gotIn.count(who) > 0) return std::chrono::seconds(0);
+  const auto paid = m_paidUntil.find(peer);
+  if (paid == m_paidUntil.end() || paid->second <= now + kAheadAtAddress) return std::chrono::seconds(0);
+  return std::chrono::ceil<std::chrono::seconds>(paid->second - now - kAheadAtAddress);
+}
+
+void LoginGuard::CountAt(const std::string& peer, Time now) {
+  if (m_paidUntil.size() >= kMaxAddresses && m_paidUntil.count(peer) == 0) {
+    std::erase_if(m_paidUntil, [now](const auto& entry) { return entry.second <= now; });
+    if (m_paidUntil.size() >= kMaxAddresses) EraseEarliest(m_paidUntil);
+  }
+  Time& paidUntil = m_paidUntil[peer];
+  paidUntil = std::max(paidUntil, now) + kForEachAtAddress;
 }
 
 }  // namespace server

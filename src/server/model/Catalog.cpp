@@ -2,7 +2,7 @@
 #include "server/model/Catalog.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstddef>
 #include <limits>
 
 namespace server {
@@ -15,16 +15,20 @@ auto Table<Record>::Find(int32_t id) const -> Ptr {
 
 template <class Record>
 auto Table<Record>::SeenBy(int32_t userId) const -> std::vector<Ptr> {
-  static const std::set<int32_t> none;
-  const auto idsOf = [this](int32_t user) -> const std::set<int32_t>& {
+  static const std::map<int32_t, Ptr> none;
+  const auto of = [this](int32_t user) -> const std::map<int32_t, Ptr>& {
     const auto it = m_ofUser.find(user);
     return it == m_ofUser.end() ? none : it->second;
   };
-  std::vector<int32_t> ids;
-  std::ranges::merge(idsOf(kNobody), idsOf(userId), std::back_inserter(ids));
+  const auto& everybodys = of(kNobody);
+  const auto& own = of(userId);
   std::vector<Ptr> seen;
-  seen.reserve(ids.size());
-  for (int32_t id : ids) seen.push_back(Find(id));
+  seen.reserve(everybodys.size() + own.size());
+  for (const auto& [id, record] : everybodys) seen.push_back(record);
+  for (const auto& [id, record] : own) seen.push_back(record);
+  const auto middle = seen.begin() + static_cast<std::ptrdiff_t>(everybodys.size());
+  std::inplace_merge(seen.begin(), middle, seen.end(),
+                     [](const Ptr& one, const Ptr& other) { return one->id < other->id; });
   return seen;
 }
 
@@ -40,18 +44,42 @@ std::vector<int32_t> Table<Record>::Content(int32_t folderId, int32_t owner) con
 template <class Record>
 int32_t Table<Record>::NextSequence(int32_t folderId, int32_t owner) const {
   const auto it = m_places.find({folderId, owner});
-  if (it == m_places.end()) return 1;
+  if (it == m_places.end() || it->second.empty()) return 1;
   const int32_t last = it->second.rbegin()->first;
   return last == std::numeric_limits<int32_t>::max() ? last : std::max(last + 1, 1);
 }
 
+namespace {
+
+// Whether the index has it under that user.
+bool IsUnder(int32_t user, const Item& item) {
+  return item.userId == user || std::ranges::binary_search(item.sharedWith, user);
+}
+
+}  // namespace
+
+template <class Record>
+void Table<Record>::Unplace(const Record& record) {
+  const auto it = m_places.find(FolderOf(record));
+  it->second.erase({record.sequence, record.id});
+  if (it->second.empty()) m_places.erase(it);
+}
+
+// First what needs memory, then what takes the old away.
 template <class Record>
 void Table<Record>::Put(Ptr record) {
-  Remove(record->id);
-  m_places[{record->folderId, record->userId}].emplace(record->sequence, record->id);
-  m_ofUser[record->userId].insert(record->id);
-  for (int32_t user : record->sharedWith) m_ofUser[user].insert(record->id);
-  m_records[record->id] = std::move(record);
+  const int32_t id = record->id;
+  const Ptr old = Find(id);
+  m_places[FolderOf(*record)].emplace(record->sequence, id);
+  m_ofUser[record->userId].insert_or_assign(id, record);
+  for (int32_t user : record->sharedWith) m_ofUser[user].insert_or_assign(id, record);
+  m_records.insert_or_assign(id, record);
+  if (!old) return;
+  if (FolderOf(*old) != FolderOf(*record) || old->sequence != record->sequence) Unplace(*old);
+  if (!IsUnder(old->userId, *record)) m_ofUser[old->userId].erase(id);
+  for (int32_t user : old->sharedWith) {
+    if (!IsUnder(user, *record)) m_ofUser[user].erase(id);
+  }
 }
 
 template <class Record>
@@ -59,9 +87,7 @@ void Table<Record>::Remove(int32_t id) {
   const auto it = m_records.find(id);
   if (it == m_records.end()) return;
   const Record& record = *it->second;
-  const auto places = m_places.find({record.folderId, record.userId});
-  places->second.erase({record.sequence, id});
-  if (places->second.empty()) m_places.erase(places);
+  Unplace(record);
   m_ofUser[record.userId].erase(id);
   for (int32_t user : record.sharedWith) m_ofUser[user].erase(id);
   m_records.erase(it);

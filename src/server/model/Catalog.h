@@ -27,6 +27,8 @@ class Table {
   // The place after the last one in that folder; the first place is 1.
   int32_t NextSequence(int32_t folderId, int32_t owner) const;
 
+  // Where memory does not suffice, std::bad_alloc is thrown and the same call may be made again; until then the record
+  // may be missing from what it was to come into.
   void Put(Ptr record);
   void Remove(int32_t id);
 
@@ -34,8 +36,11 @@ class Table {
   using Folder = std::pair<int32_t, int32_t>;            // folder, owner
   using Places = std::set<std::pair<int32_t, int32_t>>;  // sequence, id
 
+  static Folder FolderOf(const Record& record) { return {record.folderId, record.userId}; }
+  void Unplace(const Record& record);
+
   std::map<int32_t, Ptr> m_records;
-  std::unordered_map<int32_t, std::set<int32_t>> m_ofUser;  // owned, public under kNobody, and shared with
+  std::unordered_map<int32_t, std::map<int32_t, Ptr>> m_ofUser;  // owned, public under kNobody, and shared with
   std::map<Folder, Places> m_places;
 };
 

@@ -15,6 +15,8 @@ using Text = std::shared_ptr<const std::string>;
 constexpr int32_t kNobody = -1;     // owner of what is public
 constexpr int32_t kTopFolder = -1;  // the folder of what lies in no group
 
+constexpr int64_t kMaxChangeNumber = int64_t{1} << 53;  // more is damage
+
 enum class ObjectKind { kGroup = 1, kView = 2 };
 
 // What groups and views have in common.

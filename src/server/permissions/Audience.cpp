@@ -40,4 +40,10 @@ Audience AudienceOf(const Item& item) {
   return audience;
 }
 
+Sight SightOf(const Item& item, int32_t userId) {
+  if (item.userId == kNobody || item.userId == userId) return Sight::kFull;
+  const bool isShared = std::binary_search(item.sharedWith.begin(), item.sharedWith.end(), userId);
+  return isShared ? Sight::kShared : Sight::kNone;
+}
+
 }  // namespace server

@@ -22,5 +22,7 @@ struct Audience {
 };
 
 Audience AudienceOf(const Item& item);
+// The same as AudienceOf(item).Of(userId).
+Sight SightOf(const Item& item, int32_t userId);
 
 }  // namespace server

@@ -20,7 +20,7 @@ int32_t Above(const Catalog& catalog, int32_t groupId) {
 
 ViewPtr VisibleView(const Catalog& catalog, int32_t userId, int32_t viewId) {
   ViewPtr view = catalog.views.Find(viewId);
-  if (!view || AudienceOf(*view).Of(userId) == Sight::kNone) throw Refusal::NoSuchView();
+  if (!view || SightOf(*view, userId) == Sight::kNone) throw Refusal::NoSuchView();
   return view;
 }
 
@@ -33,7 +33,7 @@ ViewPtr EditableView(const Catalog& catalog, int32_t userId, int32_t viewId) {
 
 GroupPtr EditableGroup(const Catalog& catalog, int32_t userId, int32_t groupId) {
   GroupPtr group = catalog.groups.Find(groupId);
-  if (!group || AudienceOf(*group).Of(userId) == Sight::kNone) throw Refusal::NoSuchGroup();
+  if (!group || SightOf(*group, userId) == Sight::kNone) throw Refusal::NoSuchGroup();
   return group;
 }
 
@@ -49,7 +49,8 @@ void CheckFolder(const Catalog& catalog, int32_t userId, int32_t folderId, int32
 
 std::set<int32_t> WayToTop(const Catalog& catalog, int32_t folderId) {
   std::set<int32_t> way;
-  for (int32_t at = folderId; at != kTopFolder; at = Above(catalog, at)) way.insert(at);
+  for (int32_t at = folderId; at != kTopFolder && way.insert(at).second; at = Above(catalog, at)) {
+  }
   return way;
 }
 
@@ -68,10 +69,12 @@ void CheckName(const std::string& name) {
 Deletion PlanDeletion(const Catalog& catalog, const Group& group) {
   Deletion plan;
   std::vector<int32_t>& groups = plan.groups;
+  std::set<int32_t> passed{group.id};
   groups.push_back(group.id);
   for (size_t i = 0; i < groups.size(); ++i) {  // breadth first: the deepest come last
-    const std::vector<int32_t> inside = catalog.groups.Content(groups[i], group.userId);
-    groups.insert(groups.end(), inside.begin(), inside.end());
+    for (int32_t inside : catalog.groups.Content(groups[i], group.userId)) {
+      if (passed.insert(inside).second) groups.push_back(inside);
+    }
   }
   std::reverse(groups.begin(), groups.end());
   for (int32_t id : groups) {

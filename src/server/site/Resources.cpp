@@ -11,8 +11,10 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
   std::string list;
   const auto take = [&list, &filter](Query& row) {
     if (filter.type && row.Int(1) != *filter.type) return;
-    wire::AppendObject(list,
-                       {{"ID", row.Int(0)}, {"Type", row.Int(1)}, {"Name", row.String(2)}, {"SiteID", row.Int(3)}});
+    if (wire::IsUtf8(row.String(2))) {
+      wire::AppendObject(list,
+                         {{"ID", row.Int(0)}, {"Type", row.Int(1)}, {"Name", row.String(2)}, {"SiteID", row.Int(3)}});
+    }
   };
   if (filter.ids) {
     std::vector<int32_t> ids = *filter.ids;
@@ -22,7 +24,8 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
       if (row.Next()) take(row);
     }
   } else {
-    Query rows(m_database, "SELECT id, type, name, site_id FROM elements ORDER BY id");
+    Query rows(m_database,
+               "SELECT id, type, name, site_id FROM elements WHERE id BETWEEN 1 AND 2147483647 ORDER BY id");
     while (rows.Next()) take(rows);
   }
   return R"({"ElementList":{"Element":[)" + list + "]}}";
@@ -30,8 +33,11 @@ std::string Resources::ElementsData(const ElementFilter& filter) {
 
 std::string Resources::AreasData() {
   std::string list;
-  Query rows(m_database, "SELECT id, name FROM areas ORDER BY id");
-  while (rows.Next()) wire::AppendObject(list, {{"ID", rows.Int(0)}, {"Name", rows.String(1)}});
+  Query rows(m_database, "SELECT id, name FROM areas WHERE id BETWEEN 1 AND 2147483647 ORDER BY id");
+  while (rows.Next()) {
+    const std::string name = rows.String(1);
+    if (wire::IsUtf8(name)) wire::AppendObject(list, {{"ID", rows.Int(0)}, {"Name", name}});
+  }
   return R"({"AreaList":{"Area":[)" + list + "]}}";
 }
 

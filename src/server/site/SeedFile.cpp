@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/site/SeedFile.h"
 
+#include <limits>
 #include <set>
 #include <stdexcept>
 
@@ -14,11 +15,18 @@ namespace server {
 namespace {
 
 using rapidjson::Value;
-using Allocator = rapidjson::Document::AllocatorType;
 
 int32_t EntryId(const Value& entry) {
   const int32_t id = wire::Int(entry, "ID");
   if (id < 1) throw Refusal::Malformed("an ID is a number from 1");
+  return id;
+}
+
+// The server gives ids behind the greatest one.
+int32_t OwnId(const Value& entry) {
+  const int32_t id = EntryId(entry);
+  if (id == std::numeric_limits<int32_t>::max())
+    throw Refusal::Malformed("an ID of 2147483647 would leave none for others");
   return id;
 }
 
@@ -29,7 +37,7 @@ std::optional<int32_t> Sequence(const Value& entry) {
 
 SeedUser ReadUser(const Value& entry) {
   SeedUser user;
-  user.id = EntryId(entry);
+  user.id = OwnId(entry);
   user.name = wire::String(entry, "Name");
   CheckName(user.name);
   user.password = wire::String(entry, "Password");
@@ -51,14 +59,14 @@ std::vector<int32_t> ReadSharedWith(const Value& entry) {
   return {users.begin(), users.end()};
 }
 
-SeedView ReadSeedView(Value& entry, Allocator& allocator) {
+SeedView ReadSeedView(const Value& entry) {
   SeedView view;
   view.digest = Digest(wire::Serialise(entry));
-  view.id = EntryId(entry);
+  view.id = OwnId(entry);
   view.guid = wire::String(entry, "GUID", "");
   view.sequence = Sequence(entry);
   view.sharedWith = ReadSharedWith(entry);
-  view.input = ReadView(entry, allocator);
+  view.input = ReadView(entry);
   return view;
 }
 
@@ -95,10 +103,9 @@ SeedData ReadSeed(const std::string& file) {
         {EntryId(entry), wire::Int(entry, "Type"), wire::String(entry, "Name"), wire::Int(entry, "SiteID", -1)});
   });
   ReadEntries(file, seed, "ViewGroups", [&data](Value& entry) {
-    data.groups.push_back({EntryId(entry), ReadGroup(entry), Sequence(entry), Digest(wire::Serialise(entry))});
+    data.groups.push_back({OwnId(entry), ReadGroup(entry), Sequence(entry), Digest(wire::Serialise(entry))});
   });
-  ReadEntries(file, seed, "Views",
-              [&data, &seed](Value& entry) { data.views.push_back(ReadSeedView(entry, seed.GetAllocator())); });
+  ReadEntries(file, seed, "Views", [&data](const Value& entry) { data.views.push_back(ReadSeedView(entry)); });
   return data;
 }
 

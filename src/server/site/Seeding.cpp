@@ -2,6 +2,7 @@
 #include "server/site/Seeding.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <limits>
 #include <stdexcept>
 
@@ -10,12 +11,9 @@
 
 namespace server {
 
-Seeding::Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources,
-                 const Catalog& catalog)
-    : m_seed(seed), m_database(database), m_accounts(accounts), m_resources(resources), m_catalog(catalog) {
-  for (const SeedUser& user : seed.users) {
-    if (!accounts.UserExists(user.id)) m_newPasswords[user.id] = HashPassword(user.password);
-  }
+bool Seeding::IsSeeded(const std::string& kind, int32_t id) {
+  Query query(m_database, "SELECT 1 FROM seeded WHERE kind = ? AND id = ?", kind, id);
+  return query.Next();
 }
 
 bool Seeding::IsSeeded(const std::string& kind, int32_t id, const std::string& digest) {
@@ -34,8 +32,12 @@ std::vector<Step> Seeding::Write() {
 
   std::vector<Step> steps = Steps();
   Check(steps);
-  for (const SeedGroup& entry : m_seed.groups) MarkSeeded("group", entry.id, entry.digest);
-  for (const SeedView& entry : m_seed.views) MarkSeeded("view", entry.id, entry.digest);
+  for (const SeedGroup& entry : m_seed.groups) {
+    if (!IsLeftOut(entry)) MarkSeeded("group", entry.id, entry.digest);
+  }
+  for (const SeedView& entry : m_seed.views) {
+    if (!IsLeftOut(entry)) MarkSeeded("view", entry.id, entry.digest);
+  }
   return steps;
 }
 
@@ -44,6 +46,12 @@ void Seeding::WriteUsers() {
     if (IsSeeded("user", user.id, user.digest)) continue;
     const std::optional<User> namesake = m_accounts.FindUser(user.name);
     if (namesake && namesake->id != user.id) throw std::runtime_error("seed: there is another user " + user.name);
+    // Under the other's name the password would stay the one that it is.
+    const std::string known = m_accounts.UserName(user.id);
+    if (!known.empty() && known != user.name && !IsSeeded("user", user.id)) {
+      throw std::runtime_error("seed: user " + std::to_string(user.id) + " is " + known + " here, and not " +
+                               user.name + ": it came by no seed");
+    }
     const auto hash = m_newPasswords.find(user.id);
     if (hash == m_newPasswords.end()) {
       m_accounts.UpdateUser(user.id, user.name, user.ptz);
@@ -54,14 +62,26 @@ void Seeding::WriteUsers() {
   }
 }
 
+// What is damaged in the store stays there as it is.
+bool Seeding::IsLeftOut(const SeedGroup& entry) {
+  Query query(m_database, "SELECT 1 FROM groups WHERE id = ?", entry.id);
+  return query.Next() && !m_catalog.groups.Find(entry.id);
+}
+
+bool Seeding::IsLeftOut(const SeedView& entry) {
+  Query query(m_database, "SELECT 1 FROM views WHERE id = ?", entry.id);
+  return query.Next() && !m_catalog.views.Find(entry.id);
+}
+
 std::vector<Step> Seeding::Steps() {
   std::vector<Step> steps;
-  for (const SeedGroup& entry : m_seed.groups) {
-    if (!IsSeeded("group", entry.id, entry.digest)) steps.push_back(StepOf(entry));
-  }
-  for (const SeedView& entry : m_seed.views) {
-    if (!IsSeeded("view", entry.id, entry.digest)) steps.push_back(StepOf(entry));
-  }
+  const auto add = [this, &steps](const char* kind, const auto& entry) {
+    if (IsSeeded(kind, entry.id, entry.digest)) return;
+    if (!IsLeftOut(entry)) return steps.push_back(StepOf(entry));
+    std::fprintf(stderr, "viewserver: seed: %s %d is damaged in the store and stays as it is\n", kind, entry.id);
+  };
+  for (const SeedGroup& entry : m_seed.groups) add("group", entry);
+  for (const SeedView& entry : m_seed.views) add("view", entry);
   return steps;
 }
 
@@ -103,7 +123,7 @@ int32_t Seeding::PlaceIn(ObjectKind kind, const Folder& folder, std::optional<in
 
 void Seeding::Check(const std::vector<Step>& steps) {
   Catalog after = m_catalog;
-  ApplyTo(after, steps);
+  for (const Step& step : steps) ApplyTo(after, step);
   CheckContainment(after);
   for (const Step& step : steps) step.newView ? CheckUsers(*step.newView) : CheckOwnerExists(step.newGroup->userId);
 }

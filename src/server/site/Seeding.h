@@ -20,9 +20,18 @@ namespace server {
 
 class Seeding {
  public:
-  // Hashes the passwords of new users. REQUIRES: no transaction is open; hashing takes long, and nobody else could open
-  // the store meanwhile.
-  Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources, const Catalog& catalog);
+  using Passwords = std::map<int32_t, std::string>;  // hashes, by user
+
+  // `newPasswords` are those of the users that are new. Hashing takes long, so that it is done before a transaction is
+  // open: nobody else could write to the store meanwhile.
+  Seeding(const SeedData& seed, Database& database, Accounts& accounts, Resources& resources, const Catalog& catalog,
+          const Passwords& newPasswords)
+      : m_seed(seed),
+        m_database(database),
+        m_accounts(accounts),
+        m_resources(resources),
+        m_catalog(catalog),
+        m_newPasswords(newPasswords) {}
 
   // Writes users, areas and elements; answers the steps of the groups and views that are new in the seed or changed in
   // it. REQUIRES: a transaction is open.
@@ -31,9 +40,12 @@ class Seeding {
  private:
   using Folder = std::pair<int32_t, int32_t>;  // folder, owner
 
+  bool IsSeeded(const std::string& kind, int32_t id);  // in whatever form
   bool IsSeeded(const std::string& kind, int32_t id, const std::string& digest);
   void MarkSeeded(const std::string& kind, int32_t id, const std::string& digest);
   void WriteUsers();
+  bool IsLeftOut(const SeedGroup& entry);
+  bool IsLeftOut(const SeedView& entry);
   std::vector<Step> Steps();
   Step StepOf(const SeedGroup& entry);
   Step StepOf(const SeedView& entry);
@@ -47,7 +59,7 @@ class Seeding {
   Accounts& m_accounts;
   Resources& m_resources;
   const Catalog& m_catalog;
-  std::map<int32_t, std::string> m_newPasswords;                  // hashes, by user
+  const Passwords& m_newPasswords;
   std::map<std::pair<ObjectKind, Folder>, int32_t> m_nextPlaces;  // for what has no place of its own
 };
 

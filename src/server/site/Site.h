@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// The server's content: users and sessions, views and groups, changes, elements, behind one lock. Any thread.
-// What a caller may not do throws a Refusal, a broken store an SQLite::Exception; nothing has been changed then.
+// The server's content: users and sessions, views and groups, changes, elements. Any thread.
+//
+// Who reads takes the site's lock for a moment, and a connection to the store that waits for nobody who writes. Edits
+// go to the editing thread, which makes those that wait at the same moment in one transaction, publishes them to the
+// readers and listeners step by step, and then answers each. What a caller may not do throws a Refusal, a broken store
+// an SQLite::Exception; nothing has been changed then.
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/Mutex.h"
@@ -14,11 +21,12 @@
 #include "server/login/Accounts.h"
 #include "server/model/Catalog.h"
 #include "server/model/Refusal.h"
+#include "server/site/EditQueue.h"
+#include "server/site/Editor.h"
 #include "server/site/Resources.h"
 #include "server/site/SeedFile.h"
-#include "server/site/Step.h"
-#include "server/site/ViewTables.h"
 #include "server/store/Database.h"
+#include "server/store/Findings.h"
 
 namespace server {
 
@@ -33,85 +41,94 @@ struct ElementList {
   std::vector<Element> elements;
 };
 
-struct Added {
-  int32_t id;
-  int64_t changeNumber;
-};
-
-struct ShareFailure {
-  int32_t userId;
-  std::string userName;
-  Refusal reason;
-};
-
 class Site : public ChangeSource {
  public:
-  Site(const std::string& dataFile, uint64_t keepChanges, Accounts::Clock clock);
+  // `editPatience`: how long a submitted edit may wait for another process that holds the store.
+  Site(const std::string& dataFile, const LogLimits& limits, const Accounts::Clock& clock,
+       std::chrono::milliseconds editPatience = std::chrono::seconds(1));
+  ~Site() override;
+  Site(const Site&) = delete;
+  Site& operator=(const Site&) = delete;
 
+  // What was wrong in the store when it was read, see SiteLoading.h. Constant.
+  const Findings& FoundAtStart() const { return m_findings; }
+
+  // --- edits
+
+  // `make` and `answer` run on the editing thread: `make` within a transaction, what it throws refuses this edit alone;
+  // `answer` once it is safe and seen by readers, or with why it was refused. `answer` must not throw.
+  void Submit(std::function<void(Editor&)> make, std::function<void(const Refusal*)> answer) {
+    m_queue.Submit(std::move(make), std::move(answer));
+  }
+  // The same for who waits. Not on the editing thread.
+  void Make(const std::function<void(Editor&)>& make) { m_queue.SubmitAndWait(make); }
   // Throws std::runtime_error with one plain line when the seed does not fit; nothing has been changed then.
   void Apply(const SeedData& seed);
+  // Follows what other processes have done in the store: ends the streams of sessions that they have ended, and deletes
+  // the groups and views of users that they have deleted, and what was shared with them. Throws std::runtime_error with
+  // one plain line when the store cannot be written.
+  void FollowAccounts();
+
+  // --- reading
 
   bool HasUsers();
   std::vector<User> Users();
   std::optional<User> FindUser(const std::string& name);
-  bool AddUser(const std::string& name, const std::string& passwordHash);      // false: there is one
-  bool SetPassword(const std::string& name, const std::string& passwordHash);  // false: there is none
-  std::string OpenSession(int32_t userId, const std::string& client);
   Caller Authenticate(const std::string& token);  // refuses what is no session
-  void CloseSession(const Caller& caller);
+
+  // Of this store since it was opened.
+  const std::string& History() const { return m_epochs.Current(); }
+  // Whether that number was one of that history's, and this store has gone on from there.
+  bool IsOfHistory(const std::string& history, int64_t number);
 
   ElementList Views(const Caller& caller);
   ElementList Groups(const Caller& caller);
   std::string ElementsData(const ElementFilter& filter);
   std::string AreasData();
   DefaultView GetDefaultView(const Caller& caller);
-  void SetDefaultView(const Caller& caller, const DefaultView& view);
-
-  // Edits answer with the number of their change, the last one where they are several.
-  Added AddView(const Caller& caller, ViewInput input);
-  int64_t ReplaceView(const Caller& caller, int32_t id, ViewInput input);
-  int64_t DeleteView(const Caller& caller, int32_t id);
-  int64_t MoveViews(const Caller& caller, const MoveInput& move);
-  std::vector<ShareFailure> ShareView(const Caller& caller, int32_t id, const std::vector<int32_t>& users);
-  Added AddGroup(const Caller& caller, const GroupInput& input);
-  int64_t ReplaceGroup(const Caller& caller, int32_t id, const GroupInput& input);
-  int64_t DeleteGroup(const Caller& caller, int32_t id);
-  int64_t MoveGroups(const Caller& caller, const MoveInput& move);
 
   // What the caller hears after that change. Refuses a number that is not kept.
   FeedPtr OpenFeed(const Caller& caller, int64_t after);
 
-  Reach ReadChanges(const FeedPtr& feed, int64_t after, std::vector<Change>& changes) override;
+  Reach ReadChanges(const FeedPtr& feed, int64_t after, ChangePiece& piece) override;
+  int64_t LastChange() override;
   void Unsubscribe(ChangeFeed* feed) override;
   bool TouchSession(int64_t sessionId) override;
 
  private:
-  // Holds the lock; wakes the feeds that heard something once it is released.
-  struct SCOPED_CAPABILITY Locked {
-    explicit Locked(base::Mutex& mutex) ACQUIRE(mutex) : lock(mutex) {}
-    ~Locked() RELEASE();
+  bool HasUser(int32_t id);
+  void CloseEndedSessions();
+  std::vector<int32_t> DeletedUsers();
 
-    WakeList wake;
-    base::MutexLock lock;
-  };
+  // --- the editing thread (SiteEditing.cpp)
 
-  // Edits and seeds end here: rows and change records in one transaction, then the catalog, then the listeners. Each
-  // object occurs at most once. New objects get their ids. The number of the last change.
-  int64_t Commit(Locked& locked, Transaction& transaction, const Caller& caller, std::vector<Step>& steps)
-      REQUIRES(m_mutex);
-  int64_t Commit(Locked& locked, const Caller& caller, std::vector<Step>& steps) REQUIRES(m_mutex);
-  std::vector<Change> Write(const Caller& caller, std::vector<Step>& steps) REQUIRES(m_mutex);
-  // The store has the steps already, so that the catalog must come to have them too: waits until there is memory.
-  void ApplyCommitted(const std::vector<Step>& steps) noexcept REQUIRES(m_mutex);
+  void RunEdits();
+  void TryToMakeWaiting() noexcept;
+  void MakeWaiting();
+  void MakeAll(Edits& edits);
+  Accounts::Uses UnwrittenUses();
+  // Before the transaction ends that drops the older ones, lest a reader looks for them.
+  void PublishOldest(int64_t oldest);
+  // In pieces, lest readers wait; each piece is a state that a list may show.
+  void Publish() noexcept;
+  size_t PublishPiece(size_t first) noexcept;
+  void PublishEnd(const Accounts::Uses& written) noexcept;
 
-  base::Mutex m_mutex;  // never held across a call out of the server
-  Database m_database GUARDED_BY(m_mutex);
+  Findings m_findings{20};  // changed by the constructor only
+  Database m_store;         // the editing thread's, once that runs
+
+  base::Mutex m_mutex;  // never held for long, nor across a call out of the server
+  Database m_reading GUARDED_BY(m_mutex);
   Accounts m_accounts GUARDED_BY(m_mutex);
   Resources m_resources GUARDED_BY(m_mutex);
-  ViewTables m_tables GUARDED_BY(m_mutex);
-  ChangeLog m_log GUARDED_BY(m_mutex);
   Catalog m_catalog GUARDED_BY(m_mutex);
+  LogRange m_log GUARDED_BY(m_mutex);
   ChangeHub m_hub GUARDED_BY(m_mutex);
+
+  Editor m_editor;  // the editing thread's
+  const Epochs m_epochs;
+  EditQueue m_queue;
+  std::thread m_editing;
 };
 
 }  // namespace server

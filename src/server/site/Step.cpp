@@ -6,18 +6,23 @@
 
 namespace server {
 
-void ApplyTo(Catalog& catalog, const std::vector<Step>& steps) {
-  for (const Step& step : steps) {
-    if (step.newView) {
-      catalog.views.Put(step.newView);
-    } else if (step.oldView) {
-      catalog.views.Remove(step.oldView->id);
-    } else if (step.newGroup) {
-      catalog.groups.Put(step.newGroup);
-    } else {
-      catalog.groups.Remove(step.oldGroup->id);
-    }
-  }
+namespace {
+
+template <class Record>
+void Replace(Table<Record>& table, const typename Table<Record>::Ptr& old, typename Table<Record>::Ptr record) {
+  record ? table.Put(std::move(record)) : table.Remove(old->id);
+}
+
+}  // namespace
+
+void ApplyTo(Catalog& catalog, const Step& step) {
+  step.kind == ObjectKind::kView ? Replace(catalog.views, step.oldView, step.newView)
+                                 : Replace(catalog.groups, step.oldGroup, step.newGroup);
+}
+
+void Revert(Catalog& catalog, const Step& step) {
+  step.kind == ObjectKind::kView ? Replace(catalog.views, step.newView, step.oldView)
+                                 : Replace(catalog.groups, step.newGroup, step.oldGroup);
 }
 
 Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts& accounts) {

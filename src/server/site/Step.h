@@ -2,7 +2,10 @@
 // What an edit makes of one view or group.
 #pragma once
 
+#include <chrono>
 #include <memory>
+#include <new>
+#include <thread>
 #include <vector>
 
 #include "server/changes/Change.h"
@@ -32,7 +35,22 @@ struct Step {
   std::shared_ptr<Group> newGroup;
 };
 
-void ApplyTo(Catalog& catalog, const std::vector<Step>& steps);
+// Where memory does not suffice, std::bad_alloc is thrown and the same call may be made again.
+void ApplyTo(Catalog& catalog, const Step& step);
+// The reverse, likewise. REQUIRES: it was applied, and what was applied after it is reverted.
+void Revert(Catalog& catalog, const Step& step);
+
+// For what must not fail: waits until there is memory.
+template <class Action>
+void WithMemory(const Action& action) noexcept {
+  while (true) {
+    try {
+      return action();
+    } catch (const std::bad_alloc&) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  }
+}
 
 // The change that this step is, made by `caller`. REQUIRES: the new view or group has been saved.
 Change ChangeOf(const Step& step, int64_t number, const Caller& caller, Accounts& accounts);

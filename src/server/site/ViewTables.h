@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows of views and groups. Not thread-safe: its owner locks, and opens the transaction around what belongs
+// Writes the rows of views and groups. Not thread-safe: its owner locks, and opens the transaction around what belongs
 // together. Operations throw SQLite::Exception.
 #pragma once
 
-#include "server/model/Catalog.h"
 #include "server/model/Model.h"
 #include "server/store/Database.h"
 
@@ -13,9 +12,8 @@ class ViewTables {
  public:
   explicit ViewTables(Database& database) : m_database(database) {}
 
-  void Load(Catalog& catalog);
-
-  // Insert or replace; give an id where there is none yet (a view's document likewise) and fill the head.
+  // Insert or replace; give an id where there is none yet (a view's document likewise) and fill the head. Throw a
+  // Refusal where no id is left.
   // REQUIRES: the number of the change is set.
   void Save(Group& group);
   void Save(View& view);

@@ -8,8 +8,8 @@ namespace server {
 
 class FileLock {
  public:
-  // Locks `dataFile` + ".lock" until the end of the object's life; ":memory:" needs none. Throws std::runtime_error
-  // with one plain line when somebody else has it.
+  // Locks the store's file + ".lock" until the end of the object's life, whatever symbolic links lead to the store;
+  // ":memory:" needs none. Throws std::runtime_error with one plain line when somebody else has it.
   explicit FileLock(const std::string& dataFile);
   ~FileLock();
   FileLock(const FileLock&) = delete;

@@ -1,23 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/store/StoreUpgrade.h"
 
-#include <SQLiteCpp/Backup.h>
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
-#include <fcntl.h>
-#include <sqlite3.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "server/documents/Requests.h"
+#include "server/store/StoreCopy.h"
+#include "server/store/StoreIdentity.h"
 
 namespace server {
 
@@ -26,7 +22,7 @@ namespace {
 constexpr int kUpgradeWaitMs = 60000;  // for another process that upgrades the same store
 
 // An object whose changes are all dropped gets the number of the last dropped change.
-const char kUpgrade[] = R"sql(
+const char kToVersion2[] = R"sql(
 ALTER TABLE groups ADD COLUMN change_number INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE views ADD COLUMN change_number INTEGER NOT NULL DEFAULT 0;
 UPDATE groups SET change_number = (
@@ -44,69 +40,43 @@ UPDATE changes SET shared_head = shared_head || ',"ChangeNumber":"' || number ||
 PRAGMA user_version=2;
 )sql";
 
-// A copy of a store that nobody writes meanwhile; gone with this object unless it is kept. It is made under another
-// name, so that what stands under its own is whole even where the process gets killed.
-class StoreCopy {
+// A document's bytes count for the first change that has it.
+const char kToVersion3[] = R"sql(
+ALTER TABLE changes ADD COLUMN bytes INTEGER NOT NULL DEFAULT 0;
+CREATE TABLE epochs (number INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL, first_change INTEGER NOT NULL);
+UPDATE changes SET bytes = coalesce(length(before) + length(after) + length(head) + length(shared_head), 0);
+UPDATE changes SET bytes = bytes + first.length
+  FROM (SELECT min(c.number) AS number, coalesce(length(CAST(d.text AS BLOB)), 0) AS length
+        FROM changes c JOIN documents d ON d.id = c.document_id GROUP BY d.id) AS first
+  WHERE first.number = changes.number;
+PRAGMA user_version=3;
+)sql";
+
+// The store as it was; gone with this object unless it is kept.
+class Former {
  public:
-  explicit StoreCopy(const std::string& file) : m_name(FreeName(file + ".v1")), m_part(file + ".v1-part") {
-    RemovePart();
+  // `wanted`: its name, or what its name begins with where that is taken.
+  Former(const std::string& file, const std::string& wanted) : m_name(FreeName(wanted)) {
+    // Not by the connection that holds the transaction: SQLite copies nothing that is being written. On the disk, so
+    // that no power cut leaves the new store without the old one.
     try {
-      Write(file);
-      if (std::rename(m_part.c_str(), m_name.c_str()) != 0) throw std::runtime_error(std::strerror(errno));
+      StoreCopy(file, wanted).Become(m_name);
     } catch (const std::exception& e) {
-      RemovePart();
-      throw std::runtime_error("cannot upgrade " + file + ": cannot copy it to " + m_name + ": " + e.what());
+      throw std::runtime_error("cannot upgrade " + file + ": " + e.what());
     }
-    SyncFolder();
   }
-  ~StoreCopy() {
-    if (!m_kept) unlink(m_name.c_str());
+  ~Former() {
+    if (!m_isKept) unlink(m_name.c_str());
   }
-  StoreCopy(const StoreCopy&) = delete;
-  StoreCopy& operator=(const StoreCopy&) = delete;
+  Former(const Former&) = delete;
+  Former& operator=(const Former&) = delete;
 
   const std::string& Name() const { return m_name; }
-  void Keep() { m_kept = true; }
+  void Keep() { m_isKept = true; }
 
  private:
-  static std::string FreeName(const std::string& wanted) {
-    std::string name = wanted;
-    for (int n = 2; std::filesystem::symlink_status(name).type() != std::filesystem::file_type::not_found; ++n) {
-      name = wanted + "-" + std::to_string(n);
-    }
-    return name;
-  }
-
-  void Write(const std::string& file) {
-    // It holds the hashes of passwords and tokens, as the store does.
-    const int made = open(m_part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (made < 0) throw std::runtime_error(std::strerror(errno));
-    close(made);
-    // Not by the connection that holds the transaction: SQLite copies nothing that is being written.
-    SQLite::Database source(file, SQLite::OPEN_READONLY);
-    SQLite::Database copy(m_part, SQLite::OPEN_READWRITE);
-    SQLite::Backup backup(copy, source);
-    const int result = backup.executeStep();
-    if (result != SQLITE_DONE) throw std::runtime_error(sqlite3_errstr(result));
-  }
-
-  // What failed, or what a process left that was killed.
-  void RemovePart() const {
-    unlink(m_part.c_str());
-    unlink((m_part + "-journal").c_str());
-  }
-
-  // So that no power cut leaves the new store without the old one.
-  void SyncFolder() const {
-    const std::string folder = std::filesystem::path(m_name).parent_path().string();
-    const int opened = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (opened < 0) return;
-    fsync(opened);
-    close(opened);
-  }
-
-  const std::string m_name, m_part;
-  bool m_kept = false;
+  const std::string m_name;
+  bool m_isKept = false;
 };
 
 // Clients could write a member of their own under the name that is the server's now.
@@ -129,15 +99,18 @@ int UpgradeStore(SQLite::Database& database, const std::string& file) {
   database.setBusyTimeout(kUpgradeWaitMs);
   SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
   const int version = database.execAndGet("PRAGMA user_version").getInt();
-  if (version != 1) return version;
-  StoreCopy copy(file);
-  database.exec(kUpgrade);
-  DropClientsNumbers(database);
+  if (version != 1 && version != 2) return version;
+  Former former(file, file + ".v" + std::to_string(version));
+  if (version == 1) {
+    database.exec(kToVersion2);
+    DropClientsNumbers(database);
+  }
+  database.exec(kToVersion3);
   transaction.commit();
-  copy.Keep();
-  std::fprintf(stderr, "viewserver: %s is now a store of version 2; as it was it stands in %s\n", file.c_str(),
-               copy.Name().c_str());
-  return 2;
+  former.Keep();
+  std::fprintf(stderr, "viewserver: %s is now a store of version 3; as it was it stands in %s\n", file.c_str(),
+               former.Name().c_str());
+  return 3;
 }
 
 }  // namespace server

@@ -12,6 +12,8 @@
 #include <set>
 #include <string>
 
+#include "QorviViewPlugin/Functions.h"
+
 namespace core_test {
 namespace {
 
@@ -63,6 +65,21 @@ TEST(ExportTable, HoldsTheDocumentedNamesAndNothingElse) {
   EXPECT_EQ(Difference(Matches(ContentOf(EXPORT_TABLE), "^([^#\n].*)$"), Symbols("--defined-only")), "");
 }
 
+TEST(FunctionsHeader, NamesTheExportedFunctionsAndSaysWhichIsMissing) {
+  Names names;
+#define QORVI_FUNCTION(name) names.insert(#name);
+  QORVI_EXPORTED_FUNCTIONS(QORVI_FUNCTION)
+#undef QORVI_FUNCTION
+  EXPECT_EQ(Difference(Matches(ContentOf(EXPORT_TABLE), "^([A-Z][A-Za-z]+)$"), names), "");
+  QorviViewPlugin::Functions functions;
+  const auto address = reinterpret_cast<void (*)()>(&functions);
+  EXPECT_EQ(functions.Load([&](const char*) { return address; }), nullptr);
+  EXPECT_EQ(reinterpret_cast<void (*)()>(functions.ViewRegisterResourceUpdate), address);
+  for (const std::string& name : names) {
+    EXPECT_EQ(functions.Load([&](const char* asked) { return asked == name ? nullptr : address; }), name);
+  }
+}
+
 TEST(ImportTable, HoldsTheDocumentedOperationsOfThePlatformAndNothingElseOfIt) {
   Names imported = Symbols("--undefined-only");
   std::erase_if(imported, [](const std::string& name) {
@@ -82,6 +99,42 @@ TEST(KnownBehaviours, AreEachHeldByATestThatExists) {
   EXPECT_GT(named.size(), 40u);
   named.merge(Matches(ContentOf(RELIABILITY_DOCUMENT), R"(`([A-Z]\w+)\.(\w+)`)"));
   for (const std::string& name : named) EXPECT_TRUE(tests.contains(name)) << name;
+}
+
+// Without what lines begin and end with, and without empty ones.
+std::string Plain(const std::string& text) {
+  return std::regex_replace(text, std::regex("[ \\t]*\n\\s*"), "\n");
+}
+
+TEST(WritingAHost, ShowsTheCodeOfTheExamples) {
+  std::string examples;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(EXAMPLES)) {
+    if (entry.is_regular_file()) examples += Plain("\n" + ContentOf(entry.path()));
+  }
+  const std::string document = ContentOf(HOST_DOCUMENT);
+  int blocks = 0;
+  for (size_t at = 0;
+       (at = std::min(document.find("```cpp\n", at), document.find("```cmake\n", at))) != std::string::npos; ++blocks) {
+    at = document.find('\n', at);
+    const size_t end = document.find("\n```\n", at);
+    const std::string block = Plain(document.substr(at, end - at) + "\n");
+    EXPECT_NE(examples.find(block), std::string::npos) << "no example has" << block;
+    at = end + 5;
+  }
+  EXPECT_EQ(blocks, 12);
+}
+
+TEST(WritingAHost, ListsTheKeysThatTheLibraryHasTranslated) {
+  Names keys;
+  for (const auto& entry : std::filesystem::directory_iterator(PLUGIN_SOURCES)) {
+    if (!entry.is_regular_file()) continue;
+    keys.merge(Matches(ContentOf(entry.path()), R"re(Translated\("(\S+?)"\))re"));
+    keys.merge(Matches(ContentOf(entry.path()), R"re(\{"(\S+)", ViewType)re"));
+  }
+  const std::string document = ContentOf(HOST_DOCUMENT);
+  const size_t from = document.find("| Key | Stands for |");
+  EXPECT_EQ(Difference(Matches(document.substr(from, document.find("\n\n", from) - from), "^\\| `(\\S+)` \\|"), keys),
+            "");
 }
 
 }  // namespace

@@ -147,6 +147,16 @@ TEST_F(FirstLoadTest, ClearingForgetsObjectsObserversAndTheLoadItself) {
 
 // --- Changes
 
+TEST_F(FirstLoadTest, AViewAddedBetweenTheLoadsOfAClearedCacheIsListedTwiceWithoutNumbers) {
+  Load();
+  ClearViewData();
+  Download(kGroups, ViewsDocument(R"({"ID":5,"Name":"five","ViewGroupID":1},{"ID":9,"Name":"nine","ViewGroupID":1})"));
+  PollGroups();
+  ChangeViews(R"({"ID":9,"Name":"nine","ViewGroupID":1,"Method":0})");
+  PollViews();
+  EXPECT_EQ(Members(1), "9'nine' 5'five' 9'nine' ");
+}
+
 TEST_F(FirstLoadTest, ChangesOfViewsReachCacheAndObservers) {
   Load();
   Watch();

@@ -109,5 +109,16 @@ TEST(Thousandths, AreTruncatedTowardZeroAndSaturate) {
   EXPECT_EQ(FromMilli(-1), -0.001f);
 }
 
+TEST(Thousandths, LoseOneOnTheWayInTheseTenPlacesOnly) {
+  std::vector<int> losing;
+  for (int milli = -1000; milli <= 1000; ++milli) {
+    const int back = ToMilli(FromMilli(milli));
+    if (back != milli) losing.push_back(milli);
+    EXPECT_LE(std::abs(milli) - std::abs(back), 1) << milli;
+    EXPECT_EQ(ToMilli(FromMilli(back)), back) << "and not again";
+  }
+  EXPECT_EQ(losing, (std::vector<int>{-511, -506, -502, -253, -251, 251, 253, 502, 506, 511}));
+}
+
 }  // namespace
 }  // namespace QorviViewPlugin

@@ -67,7 +67,8 @@ class RESOURCESTORE_API ChangeRelay : public BizShared::details::IEditWatch {
   // The first download of a run. Numbers that begin anew, another server's, are told as a document without any.
   void Downloaded(DownloadedList groups, DownloadedList views);
   // A download that was made again, because changes between had been lost: the difference is told.
-  void DownloadedAgain(DownloadedList groups, DownloadedList views);
+  // `isOfOtherHistory`: the numbers known before are not the server's any more.
+  void DownloadedAgain(DownloadedList groups, DownloadedList views, bool isOfOtherHistory = false);
   // An event of the stream, by its "event:" and "data:". One that a list held already, or that is of no known type,
   // only moves the position.
   void TakeEvent(uint64_t number, const std::string& type, const std::string& data);

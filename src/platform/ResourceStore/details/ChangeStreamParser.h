@@ -15,14 +15,14 @@ namespace ResourceStore::details {
 // One event of a text/event-stream.
 struct ChangeEvent {
   std::optional<std::string> id;  // as sent; empty when the event carried none
-  std::string type;               // "message" when the event named none
+  std::string type;               // "message" when the event named none; empty where there is an id and nothing else
   std::string data;               // its data lines, joined by '\n'; empty when oversize
   bool oversize = false;          // data longer than the limit was dropped
 };
 
 // Takes a text/event-stream in pieces cut anywhere and yields its events. Lines end in LF, CR or CRLF; comments,
-// unknown fields and events without data yield nothing. No more than `limit` bytes of an event are kept. One thread at
-// a time.
+// unknown fields and events without data yield nothing, but that an id alone moves the stream on. No more than `limit`
+// bytes of an event are kept. One thread at a time.
 class RESOURCESTORE_API ChangeStreamParser {
  public:
   static constexpr size_t kDefaultLimit = size_t{64} << 20;

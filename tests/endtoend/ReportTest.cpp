@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: Apache-2.0
+// viewctl report: over the sample site, which is read by other code here, and over names that would rather not be text.
+#include <QCryptographicHash>
+#include <QDir>
+#include <QSet>
+#include <algorithm>
+
+#include "ReportReader.h"
+#include "SampleSite.h"
+#include "ViewctlRunner.h"
+
+namespace test {
+namespace {
+
+std::string Shown(const Table& lines) {
+  std::string text;
+  for (auto line = lines.begin(); line != lines.end(); ++line) {
+    text += (line.key() + " = " + line.value() + "\n").toStdString();
+  }
+  return text;
+}
+
+// What the report says of the same.
+Table ViewsOf(const ReportReader& page) {
+  Table views;
+  for (const Node* view : page.All("article.view")) {
+    QMap<QString, QString> facts;
+    for (const Node* fact : page.All("div", page.All("dl.facts", view).at(0))) {
+      facts[page.Text("dt", fact)] = page.Text("dd", fact);
+    }
+    const QString windows = QRegularExpression("[0-9]+ window").match(page.All(".about", view).at(0)->text).captured();
+    const QString count = windows.isEmpty() ? "0 window" : windows;
+    views[view->Get("id")] =
+        QStringList{page.Text("h4", view), page.Text("h3", page.Above(*view, "details", "folder")), facts["Owner"],
+                    QString("%1 pages %2s").arg(page.All("figure", view).size()).arg(count), facts["Pages"]}
+            .join(" | ");
+  }
+  EXPECT_EQ(static_cast<size_t>(views.size()), page.All("article.view").size()) << "a view stands there twice";
+  return views;
+}
+
+const Node* SectionOf(const ReportReader& page, const QString& id) {
+  for (const Node* section : page.All("section")) {
+    if (section->Get("aria-labelledby") == id) return section;
+  }
+  return nullptr;
+}
+
+// By what they are; uses and names.
+void ReadResources(const ReportReader& page, const QString& section, Table& uses, Table& names) {
+  for (const Node* resource : page.All("li.resource", SectionOf(page, section))) {
+    const QString said = page.All("div", resource).at(0)->text;
+    const auto about = page.All(".about", page.All("div", resource).at(0));
+    const QString name = page.All("bdi", resource).at(0)->text;
+    const QString what = about.empty() ? name : about[0]->text.section(" · site", 0, 0);
+    EXPECT_FALSE(uses.contains(what)) << what.toStdString() << " stands there twice";
+    names[what] = name;
+    QStringList places;
+    for (const Node* use : page.All("li", resource)) {
+      places += page.All("a", use).at(0)->Get("href") + ": " + page.Text(".about", use);
+    }
+    places.sort();
+    uses[what] = places.join("; ");
+  }
+}
+
+class ReportTest : public SiteTest {
+ protected:
+  QString File(const char* name) const { return m_folder.filePath(name); }
+
+  std::string Report(const std::string& user) const {
+    const Outcome outcome = RunAs(TheSite(), user, {"report", "-o", File("site.html")});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    return ReadFile(File("site.html").toStdString());
+  }
+
+  QTemporaryDir m_folder;
+};
+
+TEST_F(ReportTest, EachViewStandsThereOnceWithItsFolderOwnerAndPages) {
+  for (const auto& [user, id] : {std::pair("admin", 1), std::pair("maria", 2), std::pair("kenji", 3)}) {
+    const ReportReader page(Report(user));
+    EXPECT_EQ(Shown(ViewsOf(page)), Shown(SampleSite(id).Views())) << user;
+    for (const Node* view : page.All("article.view")) {
+      EXPECT_EQ(page.All("li.view-link").size(), page.All("article.view").size());
+      EXPECT_EQ(page.All("figure", view).size(), page.All("noscript", view).size());
+    }
+  }
+}
+
+TEST_F(ReportTest, EachResourceStandsThereOnceWithAllItsUses) {
+  for (const auto& [user, id] : {std::pair("admin", 1), std::pair("maria", 2)}) {
+    const ReportReader page(Report(user));
+    Table shown, unused, gone, expected, expectedUnused, expectedGone, names, goneNames;
+    ReadResources(page, "shown", shown, names);
+    ReadResources(page, "unused", unused, names);
+    ReadResources(page, "gone", gone, goneNames);
+    const Table all = SampleSite(id).Uses();
+    for (auto use = all.begin(); use != all.end(); ++use) {
+      (use.key() == "map 2122" ? expectedGone
+       : use.value().isEmpty() ? expectedUnused
+                               : expected)[use.key()] = use.value();
+    }
+    EXPECT_EQ(Shown(shown), Shown(expected)) << user;
+    EXPECT_EQ(Shown(unused), Shown(expectedUnused)) << user;
+    EXPECT_EQ(Shown(gone), Shown(expectedGone)) << user;
+    EXPECT_FALSE(unused.isEmpty());
+    const Table elements = SampleSite(id).NamesOfElements();
+    for (auto name = elements.begin(); name != elements.end(); ++name) EXPECT_EQ(names[name.key()], name.value());
+  }
+}
+
+TEST_F(ReportTest, WhatOpensFirstIsMarked) {
+  const struct {
+    const char* chosen;
+    const char* said;
+    const char* marked;  // the element's id
+  } rows[] = {{"110", "Opens first: Platform 1 edge, magnified.", "v110"},
+              {"12", "Opens first: the folder Handed over.", "Shared views / Handed over"},
+              {"9999", "Opens first: view 9999, which is gone.", ""},
+              {"-3", "No view opens first.", ""}};
+  for (const auto& row : rows) {
+    const QString request = QString(R"({"view_type":0,"view_id":"%1"})").arg(row.chosen);
+    ASSERT_EQ(RunAs(TheSite(), "maria", {"call", "SetClientViewConfig", request}).status, 0);
+    const ReportReader page(Report("maria"));
+    EXPECT_TRUE(page.Text("header").contains(row.said)) << page.Text("header").toStdString();
+    QStringList marked;
+    for (const Node* mark : page.All(".mark")) {
+      if (mark->text != "opens first") continue;
+      const Node* view = page.Above(*mark, "article", "view");
+      marked += view ? view->Get("id") : page.Text("h3", page.Above(*mark, "details", "folder"));
+    }
+    EXPECT_EQ(marked.join(","), row.marked);
+  }
+  const ReportReader page(Report("maria"));
+  for (const Node* mark : page.All(".mark"))
+    EXPECT_TRUE(mark->text.startsWith("shared by ")) << mark->text.toStdString();
+  EXPECT_EQ(page.All(".mark").size(), 3u) << "two of kenji's views and one of admin's";
+}
+
+// A store of its own with hostile names wherever a client may write them.
+class HostileReportTest : public ::testing::Test {
+ protected:
+  static constexpr const char* kNames[] = {"</script><b>bold</b>",
+                                           "\"><img src=x onerror=alert(1)>",
+                                           "</noscript></style></title><script>alert(2)</script>",
+                                           "<!-- & &lt;i&gt; ]]> ' {{x}}",
+                                           "رصيف العبّارات 1",
+                                           "evil\u202Ename",
+                                           "🚲 きっぷ"};
+
+  HostileReportTest() {
+    std::string script;
+    for (const char* name : kNames) {
+      QJsonObject window{{"Sequence", 0},         {"ResourceType", 1001},      {"ResourceID", "77"},
+                         {"PresetId", 2},         {"PresetName", name},        {"RelateResourceType", 4},
+                         {"RelateResourceID", 5}, {"RelateResourceName", name}};
+      const QJsonObject text{{"Sequence", 1}, {"ResourceType", 25001}, {"ResourceID", "-1"}, {"ExtendResource", name}};
+      const QJsonObject page{
+          {"windowDivision", 2}, {"customWindowDivision", name}, {"PlanItems", QJsonArray{window, text}}};
+      const QJsonObject view{{"Name", name}, {"GroupID", "-1"}, {"Type", 0}, {"PlanPages", QJsonArray{page}}};
+      const QJsonObject group{{"Name", name}, {"ParentID", "-1"}, {"Type", 1}};
+      for (const auto& [call, request] : {std::pair("AddPlan", view), std::pair("AddPlanGroup", group)}) {
+        const QJsonDocument line(QJsonObject{{"call", call}, {"request", request}});
+        script += line.toJson(QJsonDocument::Compact).toStdString() + "\n";
+      }
+    }
+    const Outcome outcome = Viewctl({"script"}, script);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_FALSE(outcome.out.find("\"result\":false") != std::string::npos) << outcome.out;
+  }
+
+  Outcome Viewctl(const QStringList& command, const std::string& input = {}) const {
+    return test::Run(QStringList{"--data", m_folder.filePath("store")} + command, {}, input);
+  }
+  QString File(const char* name) const { return m_folder.filePath(name); }
+  QStringList FilesIn(const char* folder) const { return QDir(File(folder)).entryList(QDir::Files); }
+
+  QTemporaryDir m_folder;
+};
+
+// What may stand in a page, whoever named what.
+void ExpectHarmless(const ReportReader& page, const std::string& html, bool hasImages) {
+  QSet<QString> ids;
+  static const QSet<QString> ours = {
+      "html",    "head", "meta",    "title",      "style",    "body",     "a",      "header",  "h1",
+      "p",       "ul",   "li",      "div",        "label",    "input",    "button", "nav",     "details",
+      "summary", "main", "section", "h2",         "h3",       "h4",       "span",   "article", "dl",
+      "dt",      "dd",   "figure",  "figcaption", "bdi",      "noscript", "svg",    "g",       "rect",
+      "path",    "text", "use",     "defs",       "polyline", "polygon",  "circle", "ellipse", "script"};
+  for (const Node& node : page.Everything()) {
+    EXPECT_TRUE(ours.contains(node.name) || (hasImages && node.name == "img")) << node.name.toStdString();
+    if (!node.Get("id").isEmpty()) {
+      EXPECT_FALSE(ids.contains(node.Get("id"))) << node.Get("id").toStdString();
+      ids.insert(node.Get("id"));
+    }
+    for (const QXmlStreamAttribute& attribute : node.attributes) {
+      EXPECT_FALSE(attribute.name().startsWith(QLatin1String("on"))) << attribute.name().toString().toStdString();
+    }
+  }
+  for (const Node& node : page.Everything()) {
+    const QString href = node.Get("href");
+    EXPECT_TRUE(href.isEmpty() || (href.startsWith('#') && ids.contains(href.mid(1)))) << href.toStdString();
+    EXPECT_TRUE(node.Get("src").isEmpty() || (node.name == "img" && node.Get("src").startsWith("view-")));
+    for (const char* key : {"aria-labelledby", "for"}) {
+      EXPECT_TRUE(node.Get(key).isEmpty() || ids.contains(node.Get(key))) << node.Get(key).toStdString();
+    }
+    if (node.name == "svg" && node.Get("aria-hidden").isEmpty()) {
+      EXPECT_FALSE(node.Get("aria-labelledby").isEmpty());
+    }
+  }
+  // A browser with scripts ends these at the first such text, wherever it stands.
+  for (const char* name : {"noscript", "style", "script", "title"}) {
+    const QString text = QString::fromStdString(html);
+    EXPECT_EQ(text.count("</" + QString(name)), text.count("<" + QString(name))) << name;
+  }
+  const QByteArray hash = QCryptographicHash::hash(page.Script().toUtf8(), QCryptographicHash::Sha256).toBase64();
+  EXPECT_TRUE(QString::fromStdString(html).contains("script-src 'sha256-" + hash + "'")) << "the script may run";
+}
+
+TEST_F(HostileReportTest, NamesStayText) {
+  ASSERT_EQ(Viewctl({"report", "-o", File("site.html"), "--into-folder", File("folder")}).status, 0);
+  for (const bool isFolder : {false, true}) {
+    const std::string html = ReadFile(File(isFolder ? "folder/index.html" : "site.html").toStdString());
+    const ReportReader page(html);
+    ExpectHarmless(page, html, isFolder);
+    for (const char* written : kNames) {
+      QString name = QString(written).replace(QChar(0x202E), "\\u202e");
+      const auto count = [&](const char* tag, const QString& text) {
+        const auto nodes = page.All(tag);
+        return std::count_if(nodes.begin(), nodes.end(), [&](const Node* node) { return node->text == text; });
+      };
+      EXPECT_EQ(count("h4", name), 1) << written;
+      EXPECT_EQ(count("h3", "My views / " + name), 1) << written;
+      const auto words = page.All("p");
+      EXPECT_EQ(std::count_if(words.begin(), words.end(),
+                              [&](const Node* node) { return node->text.contains("preset 2 “" + name + "”"); }),
+                1)
+          << written;
+    }
+    Table gone, names;
+    ReadResources(page, "gone", gone, names);
+    EXPECT_EQ(gone.keys(), QStringList({"camera 77", "door 5"}));
+    EXPECT_TRUE(SectionOf(page, "unused")->text.contains("Each resource of the server is shown")) << "there are none";
+  }
+}
+
+TEST_F(HostileReportTest, TheFolderHoldsTheDrawingsAndNothingThatIsNoLongerShown) {
+  ASSERT_EQ(Viewctl({"report", "--into-folder", File("a/folder")}).status, 0);
+  const QStringList first = FilesIn("a/folder");
+  EXPECT_EQ(first.size(), 1 + static_cast<int>(std::size(kNames)));
+  const ReportReader page(ReadFile(File("a/folder/index.html").toStdString()));
+  ASSERT_EQ(page.All("img").size(), std::size(kNames));
+  for (const Node* image : page.All("img")) {
+    const ReportReader drawing(ReadFile(File("a/folder/").toStdString() + image->Get("src").toStdString()));
+    const Node& svg = drawing.Everything().at(0);
+    for (const char* side : {"width", "height"}) EXPECT_EQ(svg.Get(side), image->Get(side));
+    EXPECT_EQ(svg.Get("viewBox"), "0 0 " + svg.Get("width") + " " + svg.Get("height"));
+    EXPECT_TRUE(svg.text.isEmpty()) << "all text is the drawing's";
+    EXPECT_EQ(drawing.All("title").size() + drawing.All("desc").size(), 2u);
+  }
+  ASSERT_EQ(Viewctl({"report", "--into-folder", File("a/folder")}).status, 0);
+  EXPECT_EQ(FilesIn("a/folder"), first) << "the same again";
+  ASSERT_EQ(Viewctl({"call", "DeletePlan", R"({"ID":"1"})"}).status, 0);
+  ASSERT_EQ(Viewctl({"report", "--into-folder", File("a/folder")}).status, 0);
+  EXPECT_EQ(FilesIn("a/folder"), first.filter(QRegularExpression("^(?!view-1-)")));
+}
+
+TEST_F(HostileReportTest, WhatCannotBeWrittenIsSaidAndReplacesNothing) {
+  QDir(m_folder.path()).mkpath("foreign");
+  QDir(m_folder.path()).mkpath("page");
+  QDir(m_folder.path()).mkpath("deep/folder");
+  const QStringList kept = {"foreign/holiday.jpg", "page/index.html", "file", "old.html"};
+  for (const QString& name : kept) WriteFile(m_folder.filePath(name).toStdString(), "mine");
+  const struct {
+    QStringList arguments;
+    int status;
+    const char* said;
+  } rows[] = {
+      {{}, 2, "Say where to"},
+      {{"-o", File("no/site.html")}, 2, "cannot be written"},
+      {{"--into-folder", File("foreign")}, 2, "holds holiday.jpg, which is no part of a report"},
+      {{"--into-folder", File("page")}, 2, "holds index.html, which is no part of a report"},
+      {{"--into-folder", File("deep")}, 2, "holds folder, which is no part of a report"},
+      {{"--into-folder", File("file")}, 2, "cannot be made"},
+      {{"-o", File("old.html"), "--into-folder", File("new"), "--user", "nobody"}, 3, "has no user nobody"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = Viewctl(QStringList{"report"} + row.arguments);
+    EXPECT_EQ(outcome.status, row.status) << outcome.err;
+    EXPECT_NE(outcome.err.find(row.said), std::string::npos) << outcome.err;
+    EXPECT_EQ(test::Lines(outcome.err).size(), 1u) << outcome.err;
+  }
+  for (const QString& name : kept) EXPECT_EQ(ReadFile(m_folder.filePath(name).toStdString()), "mine");
+  EXPECT_FALSE(QDir(File("new")).exists()) << "a folder that was made for nothing goes again";
+  EXPECT_EQ(Viewctl({"report", "-o", "-"}).out.substr(0, 15), "<!DOCTYPE html>");
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: Apache-2.0
+// Damaged stores: what is damaged is left out and said, the rest is served, and nothing is without end.
+#include <SQLiteCpp/Database.h>
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "TestClient.h"
+#include "server/commands/Commands.h"
+
+namespace server::test {
+namespace {
+
+class DamageTest : public ServerTest {
+ protected:
+  // Groups 1 > 2 > 3 of ann's with view 1 in the last; her view 2, shared with bob; group 4 and view 3, public.
+  DamageTest() {
+    ann.AddGroup("one", -1, kAnn);
+    ann.AddGroup("two", 1, kAnn);
+    ann.AddGroup("three", 2, kAnn);
+    const std::string pages = R"(,"PlanPages":[{"SpliteType":4,"PlanViewItem":[{"SequenceIndex":1,"Xtop":0.25}]}])";
+    ann.AddView("inside", 3, kAnn, pages);
+    ann.AddView("shared", -1, kAnn, pages);
+    ann.Post("V1/View/2/Share", ShareBody("2"));
+    ann.AddGroup("open", -1, kPublic);
+    ann.AddView("public", 4, kPublic, pages);
+    m_server.reset();
+    std::filesystem::copy_file(File(), File() + ".sound");
+  }
+
+  std::string File() const { return Options().dataFile; }
+
+  void Damage(const std::string& sql) {
+    m_server.reset();
+    std::filesystem::copy_file(File() + ".sound", File(), std::filesystem::copy_options::overwrite_existing);
+    SQLite::Database(File(), SQLite::OPEN_READWRITE, kStoreWaitMs).exec(sql);
+  }
+
+  // What the start with the damaged store says.
+  std::string Start() {
+    testing::internal::CaptureStderr();
+    Restart(Options());
+    return testing::internal::GetCapturedStderr();
+  }
+
+  std::string Sees(const Client& client) {
+    std::string all;
+    for (const auto& [path, kind] : {std::pair("V0/ViewGroups", "ViewGroup"), {"V0/Views", "View"}}) {
+      const Answer answer = client.Get(path);
+      EXPECT_FALSE(answer.json.HasParseError()) << answer.body;
+      all += (all.empty() ? "" : " ") + answer.Ids(kind);
+    }
+    return all;
+  }
+
+  int Count(const std::string& what) {
+    return SQLite::Database(File()).execAndGet("SELECT count(*) FROM " + what).getInt();
+  }
+  std::string Stored(const std::string& what) {
+    return SQLite::Database(File()).execAndGet("SELECT " + what).getString();
+  }
+};
+
+std::string Document(const std::string& text) {
+  return "UPDATE documents SET text = " + text + " WHERE id = (SELECT document_id FROM views WHERE id = 1)";
+}
+
+TEST_F(DamageTest, WhatIsDamagedIsLeftOutAndSaidAndTheRestIsServed) {
+  const std::string allButOne = "1,2,3,4 2,3";
+  const std::string left = "view 1 is left out: ";
+  const struct {
+    std::string sql, line, annSees, bobSees;
+  } cases[] = {
+      {"", "", "1,2,3,4 1,2,3", "4 2,3"},
+      {"UPDATE views SET name = CAST(x'41FF' AS TEXT) WHERE id = 1", left + "its name is not a text", allButOne, ""},
+      {"UPDATE views SET name = x'41' WHERE id = 1", left + "its name is not a text", allButOne, ""},
+      {"UPDATE views SET name = 'a' || char(10) WHERE id = 1", left + "its name is not 1 to 256", allButOne, ""},
+      {"UPDATE views SET guid = CAST(x'C3' AS TEXT) WHERE id = 1", left + "its guid is not a text", allButOne, ""},
+      {"UPDATE views SET cycle_time = 'x' WHERE id = 1", left + "its cycle_time is no such number", allButOne, ""},
+      {"UPDATE views SET sequence = 4294967296 WHERE id = 1", left + "its sequence is no such number", allButOne, ""},
+      {"UPDATE views SET user_id = 99 WHERE id = 1", left + "its owner 99 does not exist", allButOne, ""},
+      {"UPDATE views SET id = 4294967297 WHERE id = 1", "view 4294967297 is left out: its id", allButOne, ""},
+      {"UPDATE views SET id = -1 WHERE id = 1", "view -1 is left out: its id", allButOne, ""},
+      {"DELETE FROM documents WHERE id = 1", left + "its document is not a text", allButOne, ""},
+      {Document("substr(text, 1, 20)"), left + "in its document: ", allButOne, ""},
+      {Document("'\"PlanPages\":[]'"), left + "in its document: ", allButOne, ""},
+      {Document("','"), left + "in its document: ", allButOne, ""},
+      {Document("',\"a\":1},{\"b\":2'"), left + "in its document: ", allButOne, ""},
+      {Document("',\"a\":1,' || char(10) || '\"b\":2'"), left + "in its document: ", allButOne, ""},
+      {Document("CAST(x'2C2261223A22FF22' AS TEXT)"), left + "its document is not a text", allButOne, ""},
+      {Document("',\"UserID\":2'"), left + "in its document: ", allButOne, ""},
+      {Document("',\"PlanPages\":{}'"), left + "in its document: ", allButOne, ""},
+      {Document("',\"PlanPages\":[{\"PlanViewItem\":[{\"Xtop\":1}]}]'"), left + "in its document: ", allButOne, ""},
+      {"UPDATE groups SET name = '' WHERE id = 3", "group 3 is left out: its name", "1,2,4 1,2,3", ""},
+      {"UPDATE groups SET user_id = 99 WHERE id = 3", "group 3 is left out: its owner 99", "1,2,4 1,2,3", ""},
+      {"UPDATE groups SET parent_id = 77 WHERE id = 2", "group 2 is shown at the top level: its group 77 is not there",
+       "1,2,3,4 1,2,3", ""},
+      {"UPDATE groups SET parent_id = 3 WHERE id = 1", "group 1 is shown at the top level: it lies in itself",
+       "1,2,3,4 1,2,3", ""},
+      {"UPDATE groups SET parent_id = 4 WHERE id = 1", "group 1 is shown at the top level: its group 4 is another",
+       "1,2,3,4 1,2,3", ""},
+      {"UPDATE views SET group_id = 77 WHERE id = 1", "view 1 is shown at the top level: its group 77 is not there",
+       "1,2,3,4 1,2,3", ""},
+      {"UPDATE shares SET user_id = 77", "view 2: its share with user 77 is left out", "1,2,3,4 1,2,3", "4 3"},
+      {"INSERT INTO shares VALUES (3, 2)", "view 3: its share with user 2 is left out", "1,2,3,4 1,2,3", ""},
+      {"DELETE FROM users WHERE id = 3", "", "1,2,3,4 1,2,3", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sql);
+    Damage(c.sql);
+    const int rows = Count("views") + Count("groups") + Count("documents");
+    const std::string said = Start();
+    EXPECT_EQ(Sees(ann), c.annSees);
+    EXPECT_EQ(Sees(bob), c.bobSees.empty() ? "4 2,3" : c.bobSees);
+    EXPECT_EQ(said.find(c.line.empty() ? "viewserver" : "viewserver: " + File() + ": " + c.line),
+              c.line.empty() ? std::string::npos : 0)
+        << said;
+    EXPECT_EQ(Count("views") + Count("groups") + Count("documents"), rows) << "kept for repair";
+    std::ostringstream checked;
+    EXPECT_EQ(CheckStore(File(), checked) == 0, c.line.empty()) << checked.str();
+    EXPECT_NE(checked.str().find(c.line), std::string::npos) << checked.str();
+  }
+}
+
+TEST_F(DamageTest, OtherListsLeaveOutWhatIsDamagedToo) {
+  Damage(
+      "UPDATE users SET name = CAST(x'FF' AS TEXT) WHERE id = 3; INSERT INTO areas VALUES (1,'a'),(2,CAST(x'FF' AS "
+      "TEXT)); INSERT INTO elements VALUES (1,1,'a',1),(2,1,CAST(x'FF' AS TEXT),1),(-5000000000,1,'b',1)");
+  const std::string said = Start();
+  for (const auto& [path, kind, ids] :
+       {std::tuple("V0/Users", "User", "1,2"), {"V0/Areas", "Area", "1"}, {"V0/Elements", "Element", "1"}}) {
+    EXPECT_EQ(ann.Get(path).Ids(kind), ids);
+  }
+  for (const char* line : {"user 3 is left out", "area 2 is left out", "element 2 is", "element -5000000000 is"}) {
+    EXPECT_NE(said.find(line), std::string::npos) << said;
+  }
+}
+
+TEST_F(DamageTest, NothingIsEndlessInACircleOfGroups) {
+  Damage("UPDATE groups SET parent_id = 3 WHERE id = 1; UPDATE groups SET parent_id = 77 WHERE id = 4");
+  Start();
+  EXPECT_EQ(ann.Put("V0/ViewGroups/Move", MoveBody(2, 3, "1")).Outcome(), "100/4 403") << "into itself, as ever";
+  EXPECT_EQ(ann.Put("V0/ViewGroups/Move", MoveBody(2, -1, "3")).Outcome(), "0/0 200");
+  EXPECT_EQ(ann.Put("V0/ViewGroups/Move", MoveBody(2, 4, "3")).Outcome(), "100/4 403");
+  EXPECT_EQ(ann.Put("V0/Views/Move", MoveBody(1, 1, "1")).Outcome(), "0/0 200");
+  EXPECT_EQ(ann.Delete("V0/ViewGroups/1").Outcome(), "0/0 200");
+  EXPECT_EQ(Sees(ann), "3,4 2,3");
+}
+
+TEST_F(DamageTest, WhatIsDamagedIsNeitherOverwrittenNorItsIdGivenAgain) {
+  Damage(
+      "UPDATE views SET name = '' WHERE id = 3; UPDATE groups SET name = '' WHERE id = 4; DELETE FROM sqlite_sequence");
+  WriteFile("seed.json",
+            R"({"ViewGroups":[{"ID":4,"Name":"mine"}],"Views":[{"ID":3,"Name":"mine"},{"ID":9,"Name":"V"}]})");
+  testing::internal::CaptureStderr();
+  RestartWith([this](auto& options) { options.seedFile = (m_folder / "seed.json").string(); });
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_NE(said.find("seed: view 3 is damaged in the store and stays as it is"), std::string::npos) << said;
+  EXPECT_EQ(Sees(ann), "1,2,3 1,2,9");
+  EXPECT_EQ(ann.AddView("new", -1, kAnn), 10);
+  EXPECT_EQ(ann.AddGroup("new", -1, kAnn), 5);
+  EXPECT_EQ(Stored("name FROM views WHERE id = 3") + Stored("name FROM groups WHERE id = 4"), "");
+  SQLite::Database(File(), SQLite::OPEN_READWRITE, kStoreWaitMs)
+      .exec("UPDATE views SET name = 'whole again' WHERE id = 3");
+  RestartWith([this](auto& options) { options.seedFile = (m_folder / "seed.json").string(); });
+  EXPECT_EQ(ann.Show("View", 3, {"Name"}), "mine") << "once repaired it is a seeded view like others";
+}
+
+TEST_F(DamageTest, ADamagedChangeIsHeardOfByNobodyAndTheOthersAreHeard) {
+  Damage(Document("',\"PlanPages\":['") +
+         "; UPDATE changes SET head = substr('{\"ID\":', 1, 6 * number - 6) WHERE number < 3");
+  Start();
+  EXPECT_EQ(ann.Listen(0).NextBriefs(3), "ViewGroups +3; Views +2; ViewGroups +4");
+}
+
+// Where the numbers of one history have ended must be known, or a client would go on after another's.
+TEST_F(DamageTest, DamagedHistoriesAreForgottenAndNoDamageOfTheLogKeepsEditsAway) {
+  const std::string first = Stored("id FROM epochs ORDER BY number DESC");
+  const struct {
+    std::string sql;
+    int status;  // of who goes on in the first history
+    bool isFound = true;
+  } cases[] = {
+      {"DELETE FROM sqlite_sequence", 200},
+      {"UPDATE sqlite_sequence SET seq = 9223372036854775807 WHERE name = 'epochs'", 200, false},
+      {"UPDATE changes SET bytes = 9223372036854775807", 410},  // more than is kept
+      {"UPDATE changes SET bytes = 'x'", 410},
+      {"UPDATE epochs SET number = 9223372036854775800 + number", 410},
+      {"UPDATE epochs SET first_change = -9223372036854775807 - 1", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES ('later', 1000)", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES (x'FF', 3)", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES ('later', 'x')", 410},
+      {"INSERT INTO epochs (id, first_change) VALUES ('later', 3), ('earlier', 2)", 410},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sql);
+    Damage(c.sql);
+    std::ostringstream checked;
+    EXPECT_EQ(CheckStore(File(), checked) != 0, c.isFound) << checked.str();
+    Start();
+    EXPECT_EQ(ann.Listen(1, "&History=" + first).Status(), c.status);
+    const std::string current = ann.Get("V0/Views").headers.at("resource-history");
+    EventStream stream = ann.Listen(8, "&History=" + current);
+    EXPECT_EQ(ann.AddView("new", -1, kAnn), 4);
+    EXPECT_EQ(stream.NextBriefs(1), "OwnViews +4");
+  }
+}
+
+TEST_F(DamageTest, ManyFindingsAreSaidInABoundedNumberOfLines) {
+  Damage(
+      "WITH RECURSIVE n(i) AS (SELECT 100 UNION ALL SELECT i + 1 FROM n WHERE i < 129) INSERT INTO groups "
+      "(id, name, parent_id, user_id, shared_folder, sequence) SELECT i, '', -1, 1, 0, 1 FROM n");
+  const std::string said = Start();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 21) << said;
+  EXPECT_NE(said.find("and 10 more"), std::string::npos) << said;
+}
+
+// Bytes of the file itself: the server refuses to start with one line, or it serves lists that are whole.
+TEST_F(DamageTest, WhereverBytesAreFlippedListsAreWellFormed) {
+  std::stringstream content;
+  content << std::ifstream(File() + ".sound", std::ios::binary).rdbuf();
+  const std::string sound = content.str();
+  std::mt19937 random(1);
+  int served = 0;
+  testing::internal::CaptureStderr();
+  for (int round = 0; round < 60; ++round) {
+    std::string damaged = sound;
+    // Behind the schema, and mostly where texts are: else few of them could be opened.
+    for (int flips = 0; flips < 4;) {
+      char& byte = damaged[8192 + random() % (damaged.size() - 8192)];
+      if (byte < ' ' && random() % 1000 != 0) continue;
+      byte = static_cast<char>(byte ^ (1 << random() % 8));
+      ++flips;
+    }
+    ViewServerOptions options = Options();
+    options.dataFile = WriteFile("damaged.db", damaged);
+    for (const char* end : {"-wal", "-shm"}) std::filesystem::remove(options.dataFile + end);
+    const std::string why = FailureOf([&] {
+      std::ostringstream checked;
+      CheckStore(options.dataFile, checked);
+    });
+    EXPECT_EQ(why.find('\n'), std::string::npos) << why;
+    const std::string failure = FailureOf([&] {
+      ViewServer server(options);
+      const auto session = server.OpenLocalSession("ann");
+      if (!session) return;
+      server.Start();
+      const Client client(server.Port(), session->token);
+      const Answer groups = client.Get("V0/ViewGroups");
+      if (groups.status != 200) return;  // the sessions are damaged
+      ++served;
+      for (const char* path : {"V0/ViewGroups", "V0/Views", "V0/Users", "V0/Elements"}) {
+        const Answer answer = client.Get(path);
+        EXPECT_TRUE(answer.status == 500 || answer.Error() == "0/0") << round << ": " << answer.body;
+      }
+    });
+    EXPECT_EQ(failure.find('\n'), std::string::npos) << failure;
+  }
+  testing::internal::GetCapturedStderr();
+  EXPECT_GT(served, 10);
+}
+
+}  // namespace
+}  // namespace server::test

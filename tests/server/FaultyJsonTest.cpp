@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+// Texts that are nearly JSON, in every place where the server reads it: each is refused whole, and changes nothing.
+#include "TestClient.h"
+#include "server/documents/Requests.h"
+#include "server/faults/FaultPlan.h"
+#include "server/login/Secrets.h"
+#include "server/site/SeedFile.h"
+
+namespace server::test {
+namespace {
+
+std::vector<std::string> FaultyValues() {
+  std::vector<std::string> values = {
+      // words and numbers
+      "", "tru", "nul", "True", "NULL", "undefined", "NaN", "Infinity", "-Infinity", "+1", "01", "-01", ".5", "1.", "-",
+      "--1", "1e", "1e+", "0x10", "1_000", "1 2", "1,5 6", "#",
+      // texts
+      R"("open)", "'single'", R"("\x41")", R"("\u12G4")", R"("\u12")", R"("\")", "\"line\nline\"", "\"tab\t\"",
+      R"("\ud800")", R"("\ud800\u0041")", R"("\udc00")", R"("\ud83d\ud83d")", R"("a" "b")", R"("a"+"b")",
+      // bytes that are no UTF-8: alone, too long for what they say, halves of pairs, beyond the last, cut off
+      "\"\xff\"", "\"\x80\"", "\"\xc0\x80\"", "\"\xe0\x80\x80\"", "\"\xed\xa0\x80\"", "\"\xf4\x90\x80\x80\"",
+      "\"\xf8\x88\x80\x80\x80\"", "\"\xe2\x82\"", "\xff",
+      // lists and objects
+      "[", "]", "[1,]", "[,1]", "[1,,2]", "[1 2]", "[1}", "{", R"({"a"})", R"({"a":})", R"({"a":1,})", "{,}", "{a:1}",
+      "{'a':1}", R"({"a" 1})", R"({"a"::1})", "{1:2}", R"({"a":1 "b":2})", R"({"a":1]})", R"({"a":1;"b":2})",
+      // what other readers allow
+      "/*c*/1", "1//c\n", "(1)", "<1>", "`a`"};
+  values.emplace_back("\"nul\0\"", 6);
+  values.emplace_back("\0", 1);
+  values.push_back(std::string(150, '[') + std::string(150, ']'));
+  values.push_back(std::string(50000, '['));
+  return values;
+}
+
+const std::vector<std::string> kGoodValues = {"null",
+                                              "true",
+                                              "-0",
+                                              "0.5",
+                                              "1e5",
+                                              "-1.5E-3",
+                                              "[]",
+                                              "{}",
+                                              R"("\ud83d\udcf7")",
+                                              "\"\xf4\x8f\xbf\xbf\"",
+                                              "\"\x7f\"",
+                                              R"("\u0000\/\b")",
+                                              " \t[ 1 , 2 ] ",
+                                              std::string(50, '[') + std::string(50, ']')};
+
+std::string With(const std::string& text, const std::string& value) {
+  std::string filled = text;
+  return filled.replace(filled.find('@'), 1, value);
+}
+
+// Whole texts made of one that is right.
+std::vector<std::string> FaultyTexts(const std::string& right) {
+  std::vector<std::string> texts = {"",
+                                    " ",
+                                    "null",
+                                    "5",
+                                    "\"text\"",
+                                    "[]",
+                                    "[" + right + "]",
+                                    right + "x",
+                                    right + right,
+                                    right + ",",
+                                    right.substr(1),
+                                    "\xef\xbb\xbf" + right,
+                                    "\xff\xfe" + right,
+                                    right + std::string("\0", 1)};
+  for (size_t length = 1; length < right.size(); length += 7) texts.push_back(right.substr(0, length));
+  std::string wide;
+  for (char c : right) (wide += c) += '\0';
+  texts.push_back(wide);
+  return texts;
+}
+
+// As they stand in a document, with a value to come.
+struct Place {
+  const char* method;
+  const char* path;
+  std::string body;
+};
+const Place kBodies[] = {
+    {"POST", "V0/Views", R"({"View":{"Name":"x","UserID":1,"PlanPages":[],"More":@}})"},
+    {"PUT", "V0/Views/1", R"({"View":{"Name":"x","PlanPages":[{"PlanViewItem":[{"More":@}]}]}})"},
+    {"PUT", "V0/Views/Move", R"({"ViewMoveRequest":{"Type":1,"ViewGroupID":1,"IDs":"1","More":@}})"},
+    {"POST", "V1/View/1/Share", R"({"ViewShare":{"ShareUsers":"2","More":@}})"},
+    {"POST", "V0/ViewGroups", R"({"ViewGroup":{"Name":"x","UserID":1,"More":@}})"},
+    {"PUT", "V0/ViewGroups/1", R"({"ViewGroup":{"Name":"x","More":@}})"},
+    {"PUT", "V0/ViewGroups/Move", R"({"ViewMoveRequest":{"Type":2,"ViewGroupID":-1,"IDs":"1","More":@}})"},
+    {"PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":7,"More":@}})"},
+    {"POST", "V0/Sessions", R"({"Session":{"UserName":"ann","Password":"a","More":@}})"},
+};
+
+class FaultyJsonTest : public ServerTest {};
+
+TEST_F(FaultyJsonTest, ABodyThatIsNearlyJsonIsRefusedAndChangesNothing) {
+  ann.AddGroup("G", -1, kAnn);
+  ann.AddView("V", -1, kAnn);
+  const auto state = [this] {
+    return ann.Get("V0/Views").body + ann.Get("V0/ViewGroups").body + ann.Get("V1/View/Default/Config").body;
+  };
+  const std::string before = state();
+  for (const Place& place : kBodies) {
+    std::vector<std::string> bodies = FaultyTexts(With(place.body, "1"));
+    for (const std::string& value : FaultyValues()) bodies.push_back(With(place.body, value));
+    for (const std::string& body : bodies) {
+      ASSERT_EQ(ann.Request(place.method, place.path, body).Outcome(), "100/6 400")
+          << place.method << ' ' << place.path << ' ' << body.substr(0, 300);
+    }
+  }
+  EXPECT_EQ(state(), before);
+  for (const Place& place : kBodies) {
+    for (const std::string& value : kGoodValues) {
+      if (place.path == std::string("V0/Sessions") && value != "null") continue;  // a log-in takes its time
+      EXPECT_EQ(ann.Request(place.method, place.path, With(place.body, value)).Outcome(), "0/0 200")
+          << place.path << ' ' << value;
+    }
+  }
+}
+
+TEST_F(FaultyJsonTest, AFileThatIsNearlyJsonIsRefusedWithOneLine) {
+  const auto seed = [this](const std::string& text) { ReadSeed(WriteFile("file.json", text)); };
+  const auto plan = [this](const std::string& text) { FaultPlan taken(WriteFile("file.json", text)); };
+  const std::pair<std::function<void(const std::string&)>, std::string> files[] = {
+      {seed, R"({"Users":[{"ID":9,"Name":"u","Password":"p","More":@}]})"},
+      {seed, R"({"ViewGroups":[{"ID":9,"Name":"g","More":@}],"Views":[]})"},
+      {seed, R"({"Views":[{"ID":9,"Name":"v","PlanPages":[{"More":@}]}]})"},
+      {plan, R"({"Rules":[{"Fault":"ColleagueEdit","Colleague":{"User":"bob","Method":"PUT","Path":"p","Body":@}}]})"},
+  };
+  for (const auto& [read, text] : files) {
+    std::vector<std::string> faulty = FaultyTexts(With(text, "{}"));
+    for (const std::string& value : FaultyValues()) faulty.push_back(With(text, value));
+    for (const std::string& content : faulty) {
+      const std::string why = FailureOf([&, use = read] { use(content); });
+      ASSERT_NE(why, "") << content.substr(0, 300);
+      ASSERT_EQ(why.find('\n'), std::string::npos) << why;
+    }
+    EXPECT_EQ(FailureOf([&, use = read, right = With(text, "{}")] { use(right); }), "");
+  }
+}
+
+TEST(StoredJson, WhatIsNearlyJsonIsNoDocumentAndNoHead) {
+  for (const char* place : {R"(,"More":@)", R"(,"PlanPages":[{"More":@}],"Other":1)"}) {
+    for (const std::string& value : FaultyValues()) {
+      EXPECT_NE(WhyNoDocument(With(place, value)), nullptr) << value.substr(0, 300);
+    }
+    for (const std::string& value : kGoodValues) {
+      if (value.find('\t') != std::string::npos) continue;  // nothing is written so
+      EXPECT_EQ(WhyNoDocument(With(place, value)), nullptr) << value;
+    }
+  }
+  for (const std::string& value : FaultyValues()) EXPECT_FALSE(IsHead(With(R"({"ID":1,"Name":@)", value))) << value;
+  EXPECT_TRUE(IsHead(R"({"ID":1,"Name":"x")"));
+  EXPECT_FALSE(IsHead("") || IsHead("{"));
+  EXPECT_EQ(WhyNoDocument(""), nullptr);
+}
+
+}  // namespace
+}  // namespace server::test

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: Apache-2.0
+// Nobody waits for others: readers not for whoever writes, edits not for each other, and all not for long for another
+// process that holds the store.
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <atomic>
+#include <future>
+#include <set>
+#include <thread>
+
+#include "TestClient.h"
+#include "server/login/Accounts.h"
+
+namespace server::test {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+milliseconds TimeOf(const std::function<void()>& action) {
+  const auto began = Clock::now();
+  action();
+  return std::chrono::duration_cast<milliseconds>(Clock::now() - began);
+}
+
+class WaitingTest : public ServerTest {
+ protected:
+  // Another process's connection to the store.
+  SQLite::Database Other() const { return {Options().dataFile, SQLite::OPEN_READWRITE, kStoreWaitMs}; }
+  // On a busy machine edits must be in time that are to wait and be made.
+  void LetEditsWaitLong() {
+    RestartWith([](auto& options) { options.editPatience = std::chrono::seconds(30); });
+  }
+};
+
+struct Request {
+  const char* method;
+  std::string path, body;
+};
+
+TEST_F(WaitingTest, AStoreThatKeepsNothingHoldsNobodyUpEither) {
+  m_server.reset();
+  ViewServerOptions options;
+  options.dataFile = ":memory:";
+  m_server = std::make_unique<ViewServer>(options);
+  std::string error;
+  ASSERT_TRUE(m_server->AddUser("ann", "a", error)) << error;
+  m_server->Start();
+  ann = LogIn("ann");
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([this, i] {
+      for (int k = 0; k < 50; ++k) {
+        const Answer answer = i < 2 ? ann.Get("V0/Users") : ann.Post("V0/ViewGroups", GroupBody("G", -1, kPublic));
+        EXPECT_EQ(answer.Outcome(), "0/0 200");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(WaitingTest, WhileAnotherProcessWritesReadsAreAnsweredAndEditsAreToldToComeAgain) {
+  const int32_t view = ann.AddView("V", -1, kAnn);
+  const std::string path = "V0/Views/" + std::to_string(view);
+  const Client leaving = LogIn("ann");
+  SQLite::Database other = Other();
+  other.exec("UPDATE sessions SET last_used = last_used - 60");  // so that each use is one to be written
+  other.exec("BEGIN IMMEDIATE");
+
+  const Request reads[] = {{"GET", "V0/Views", ""},    {"GET", "V0/ViewGroups", ""},          {"GET", "V0/Users", ""},
+                           {"GET", "V0/Elements", ""}, {"GET", "V1/View/Default/Config", ""}, {"GET", "V0/Areas", ""}};
+  for (const Client* client : {&ann, &bob}) {
+    for (const Request& read : reads) {
+      const auto time = TimeOf([&] { EXPECT_EQ(client->Get(read.path).Outcome(), "0/0 200") << read.path; });
+      EXPECT_LT(time, milliseconds(4000)) << read.path;
+    }
+  }
+  EXPECT_EQ(ann.Listen(0).NextBriefs(1), "OwnViews +1");
+
+  const Request edits[] = {{"PUT", path, ViewBody("W", -1, kAnn)},
+                           {"POST", "V0/ViewGroups", GroupBody("G", -1, kAnn)},
+                           {"DELETE", path, ""},
+                           {"PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":1}})"},
+                           {"DELETE", "V0/Sessions/Current", ""}};
+  std::vector<std::future<Answer>> answers;
+  const auto time = TimeOf([&] {
+    for (const Request& edit : edits) {
+      answers.push_back(
+          std::async(std::launch::async, [&] { return leaving.Request(edit.method, edit.path, edit.body); }));
+    }
+    for (const auto& answer : answers) answer.wait();
+  });
+  EXPECT_LT(time, milliseconds(15000));
+  answers.push_back(std::async(std::launch::deferred, [&] { return leaving.LogIn("ann", "a"); }));
+  for (auto& future : answers) {
+    const Answer answer = future.get();
+    EXPECT_EQ(answer.Outcome(), "100/8 503");
+    EXPECT_EQ(answer.headers.count("retry-after"), 1u);
+  }
+  other.exec("COMMIT");
+  EXPECT_EQ(ann.Show("View", view, {"Name"}) + " " + ann.GroupIds(), "V ");
+}
+
+TEST_F(WaitingTest, AnEditThatIsUnderwayWhenTheOtherProcessHasDoneIsMadeAndUsesAreWrittenWithIt) {
+  LetEditsWaitLong();
+  const int32_t view = ann.AddView("V", -1, kAnn);
+  SQLite::Database other = Other();
+  other.exec("UPDATE sessions SET last_used = last_used - 60");
+  other.exec("BEGIN IMMEDIATE");
+  const int64_t began = SecondsNow();
+  for (const Client* client : {&ann, &bob}) EXPECT_EQ(client->Get("V0/Views").Outcome(), "0/0 200");
+  auto edit = std::async(std::launch::async, [&] {
+    return ann.Put("V0/Views/" + std::to_string(view), ViewBody("X", -1, kAnn)).Outcome();
+  });
+  std::this_thread::sleep_for(milliseconds(100));
+  other.exec("COMMIT");
+  EXPECT_LT(TimeOf([&] { EXPECT_EQ(edit.get(), "0/0 200"); }), milliseconds(10000));
+  EXPECT_EQ(ann.Show("View", view, {"Name"}), "X");
+  const std::string newest = "(SELECT max(last_used) AS used FROM sessions WHERE user_id < 3 GROUP BY user_id)";
+  EXPECT_GE(other.execAndGet("SELECT min(used) FROM " + newest).getInt64(), began)
+      << "with the edit the uses have been written too";
+}
+
+TEST_F(WaitingTest, EditsThatWaitTogetherAreMadeAndRefusedEachByItself) {
+  LetEditsWaitLong();
+  const std::string group = std::to_string(ann.AddGroup("G", -1, kPublic));
+  const std::string view = std::to_string(ann.AddView("V", -1, kPublic));
+  SQLite::Database other = Other();
+  other.exec(
+      "CREATE TRIGGER bad BEFORE INSERT ON changes WHEN new.head LIKE '%spoilt%' "
+      "BEGIN SELECT RAISE(ABORT, 'spoilt'); END");
+  EventStream stream = bob.Listen();
+  other.exec("BEGIN IMMEDIATE");
+  std::vector<std::pair<std::future<std::string>, std::string>> outcomes;
+  const auto ask = [&](const Client& client, const Request& edit, const std::string& outcome) {
+    outcomes.emplace_back(
+        std::async(std::launch::async,
+                   [client, edit] { return client.Request(edit.method, edit.path, edit.body).Outcome(); }),
+        outcome);
+  };
+  for (int i = 0; i < 4; ++i) {
+    ask(ann, {"POST", "V0/Views", ViewBody("A", -1, kPublic)}, "0/0 200");
+    ask(bob, {"POST", "V0/Views", ViewBody("spoilt", -1, kPublic)}, "100/8 500");
+    ask(ann, {"PUT", "V0/ViewGroups/Move", MoveBody(2, 1, group)}, "100/4 403");
+    ask(bob, {"PUT", "V0/Views/" + view, ViewBody("B", 1, kPublic)}, "0/0 200");
+    ask(bob, {"PUT", "V0/Views/Move", MoveBody(1, -1, view + ",99")}, "100/1 404");
+    ask(ann, {"PUT", "V0/Views/" + view, ViewBody("C", 99, kPublic)}, "100/2 404");
+  }
+  std::this_thread::sleep_for(milliseconds(200));
+  other.exec("COMMIT");
+  for (auto& [outcome, expected] : outcomes) EXPECT_EQ(outcome.get(), expected);
+  for (int64_t number = 3; number <= 10; ++number) EXPECT_EQ(stream.Next().number, number);
+  EXPECT_EQ(ann.Show("View", 1, {"Name", "ViewGroupID", "SequenceIndex"}), "B 1 1");
+  EXPECT_EQ(ann.Sequence(), 10);
+  const std::string listed = ann.Get("V0/Views").body;
+  Restart(Options());
+  EXPECT_EQ(ann.Get("V0/Views").body, listed) << "the store has what was shown";
+}
+
+TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
+  constexpr int kViews = 8000, kUsers = 10000;
+  std::string seed, ids, users;
+  for (int i = 1; i <= kViews; ++i) {
+    seed += (i == 1 ? "" : ",") + std::string(R"({"ID":)") + std::to_string(i) + R"(,"Name":"V","UserID":1})";
+    ids += (i == 1 ? "" : ",") + std::to_string(i);
+  }
+  m_server.reset();
+  SQLite::Database store = Other();
+  SQLite::Transaction transaction(store);
+  for (int i = 1; i < kUsers; ++i) {
+    store.exec("INSERT INTO users (name, password) VALUES ('u" + std::to_string(i) + "', '-')");
+    users += (i == 1 ? "" : ",") + std::to_string(i + 3);
+  }
+  transaction.commit();
+  RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", R"({"Views":[)" + seed + "]}"); });
+  const std::string group = std::to_string(ann.AddGroup("G", -1, kAnn));
+  for (const Request& edit :
+       {Request{"PUT", "V0/Views/Move", MoveBody(1, std::stoi(group), ids)},
+        Request{"POST", "V1/View/1/Share", ShareBody(users)}, Request{"DELETE", "V0/ViewGroups/" + group, ""}}) {
+    const int64_t before = bob.Sequence();
+    std::atomic<bool> isDone{false};
+    std::thread editor([&] {
+      EXPECT_EQ(ann.Request(edit.method, edit.path, edit.body).Outcome(), "0/0 200");
+      isDone = true;
+    });
+    // Changes of which others are to come show that readers are let in meanwhile.
+    std::set<int64_t> seen;
+    while (!isDone) seen.insert(bob.Sequence());
+    editor.join();
+    const int64_t last = bob.Sequence();
+    seen.erase(before);
+    seen.erase(last);
+    EXPECT_EQ(seen.empty(), last == before + 1) << edit.path;
+    RecordProperty(edit.method + std::string("_seen_between"), static_cast<int>(seen.size()));
+  }
+}
+
+}  // namespace
+}  // namespace server::test
