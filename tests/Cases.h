@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tables of texts that stand in a file beside the test: under "# <name of the test>" a line for each text that is read,
-// and below it, indented, what is made of it.
+// Tables of texts that stand in a file beside the test: under "# <name>" a line for each text that is read, and below
+// it, indented, what is made of it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,9 +16,8 @@ struct Case {
   std::vector<std::string> expected;  // "(nothing)" stands for an empty line
 };
 
-// Those of the running test.
-inline std::vector<Case> Cases(const char* file) {
-  const std::string section = std::string("# ") + testing::UnitTest::GetInstance()->current_test_info()->name();
+inline std::vector<Case> Cases(const char* file, const std::string& name) {
+  const std::string section = "# " + name;
   std::ifstream lines(file);
   std::vector<Case> cases;
   bool isWanted = false;
@@ -33,6 +32,10 @@ inline std::vector<Case> Cases(const char* file) {
   }
   EXPECT_FALSE(cases.empty()) << section << " is not in " << file;
   return cases;
+}
+// Those of the running test.
+inline std::vector<Case> Cases(const char* file) {
+  return Cases(file, testing::UnitTest::GetInstance()->current_test_info()->name());
 }
 
 }  // namespace testing_support

@@ -4,7 +4,9 @@
 #include <dirent.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <deque>
@@ -176,7 +178,9 @@ TEST_F(LimitsTest, ATrustedProxyTellsWhoAsksAndNobodyElseDoes) {
                         {"127.0.0.9", "6.6.6.6, 10.0.0.1 ,127.0.0.9", "10.0.0.1"},
                         {"127.0.0.9", "10.0.0.1\r\nX-Forwarded-For: 10.0.0.2:80", "10.0.0.2"},
                         {"127.0.0.9", "[2001:db8::7]:443", "2001:db8::7"},
+                        {"127.0.0.9", "2001:db8::7", "2001:db8::7"},
                         {"127.0.0.9", "::ffff:10.0.0.3", "10.0.0.3"},
+                        {"127.0.0.9", "10.0.0.1,", "127.0.0.9"},
                         {"127.0.0.9", "10.0.0.1, unknown", "127.0.0.9"},
                         {"127.0.0.9", "", "127.0.0.9"},
                         {"127.0.0.8", "10.0.0.1", "127.0.0.8"}};
@@ -185,11 +189,25 @@ TEST_F(LimitsTest, ATrustedProxyTellsWhoAsksAndNobodyElseDoes) {
     EXPECT_EQ(ParseAnswer(Wire(server->Port(), Head("GET /peer", fields), c.peer).ReceiveAll()).body, c.expected)
         << c.forwarded;
   }
-  EXPECT_EQ(NetworkOf(boost::asio::ip::make_address("2001:db8:1:2:3::4")), "2001:db8:1:2::/64");
+  EXPECT_EQ(NetworkOf(boost::asio::ip::make_address("2001:db8:1:2:3333::4")), "2001:db8:1:2::/64");
   std::deque<Wire> wires;
   for (int i = 0; i < 8; ++i) Open(wires, Head("GET /a"), "127.0.0.9");
   for (Wire& wire : wires) EXPECT_EQ(Status(wire), 200) << "the limit of an address is not for a trusted proxy";
   EXPECT_THROW(TrustedProxies({"a.proxy"}), std::runtime_error);
+}
+
+TEST_F(LimitsTest, WithoutADescriptorLeftAConnectionWaitsUntilThereIsOne) {
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const int next = dup(STDIN_FILENO);
+  close(next);
+  const rlimit none{static_cast<rlim_t>(next) + 1, before.rlim_max};  // but the client's own
+  setrlimit(RLIMIT_NOFILE, &none);
+  Wire wire(server->Port(), Head("GET /a"));
+  std::string received;
+  EXPECT_THROW(wire.Receive(received, std::chrono::milliseconds(300)), std::runtime_error);
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(Status(wire), 200);
 }
 
 // The server's own end of the connection, which runs in this process.

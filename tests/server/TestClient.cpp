@@ -216,6 +216,12 @@ Answer Client::Request(const std::string& method, const std::string& path, const
   return ParseAnswer(Wire(m_port, head + "\r\n\r\n" + body).ReceiveAll());
 }
 
+Answer Client::Do(const std::string& line) const {
+  const size_t path = line.find(' ') + 1;
+  const size_t end = std::min(line.find(' ', path), line.size());
+  return Request(line.substr(0, path - 1), line.substr(path, end - path), line.substr(std::min(end + 1, line.size())));
+}
+
 int32_t Client::Add(const std::string& kind, const std::string& body) const {
   const Answer answer = Post("V0/" + kind + "s", body);
   const Value& id = At(answer.Data(), "/" + kind + "/ID");

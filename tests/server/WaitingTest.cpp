@@ -158,7 +158,7 @@ TEST_F(WaitingTest, EditsThatWaitTogetherAreMadeAndRefusedEachByItself) {
 }
 
 TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
-  constexpr int kViews = 8000, kUsers = 10000;
+  constexpr int kViews = 8000, kUsers = 10000;  // as many as a view may be shared with at once
   std::string seed, ids, users;
   for (int i = 1; i <= kViews; ++i) {
     seed += (i == 1 ? "" : ",") + std::string(R"({"ID":)") + std::to_string(i) + R"(,"Name":"V","UserID":1})";
@@ -167,7 +167,7 @@ TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
   m_server.reset();
   SQLite::Database store = Other();
   SQLite::Transaction transaction(store);
-  for (int i = 1; i < kUsers; ++i) {
+  for (int i = 1; i <= kUsers; ++i) {
     store.exec("INSERT INTO users (name, password) VALUES ('u" + std::to_string(i) + "', '-')");
     users += (i == 1 ? "" : ",") + std::to_string(i + 3);
   }
