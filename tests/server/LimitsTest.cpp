@@ -242,37 +242,5 @@ TEST_F(LimitsTest, TheKernelFindsDeadPeersWithinAMinute) {
   EXPECT_LE(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 60000);
 }
 
-class LogInLimitsTest : public ServerTest {};
-
-TEST_F(LogInLimitsTest, AnAddressWhereManyFailedWaitsButNotWhoGotInThereNorOthers) {
-  const auto guess = [](const std::string& name, const std::string& password) {
-    const std::string body = R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + "\"}}";
-    return "POST " + kRoot +
-           "V0/Sessions HTTP/1.1\r\nHost: t\r\nConnection: close\r\nContent-Length: " + std::to_string(body.size()) +
-           "\r\n\r\n" + body;
-  };
-  const auto answer = [&](const std::string& name, const char* from) {
-    Wire wire(m_server->Port(), guess(name, name.substr(0, 1)), from);
-    std::string received;
-    while (wire.Receive(received, 5 * kPatience)) {  // a busy machine hashes a dozen passwords before it
-    }
-    return ParseAnswer(received);
-  };
-  const auto outcome = [&](const std::string& name, const char* from) { return answer(name, from).Outcome(); };
-  EXPECT_EQ(outcome("ann", kOne), "0/0 200");
-  // Of one name most guesses are not looked at, which saves hashing.
-  std::deque<Wire> wires;
-  int wait = 0;
-  const auto end = std::chrono::steady_clock::now() + 4 * kPatience;
-  for (int i = 0; wait < 30 && std::chrono::steady_clock::now() < end; ++i) {
-    for (int k = 0; k < 150; ++k) wires.emplace_back(m_server->Port(), guess("nobody", "x"), kOne);
-    wait = std::atoi(answer("stranger " + std::to_string(i), kOne).headers["retry-after"].c_str());
-  }
-  EXPECT_GE(wait, 30) << "seconds: enough for a slow machine to go on";
-  EXPECT_EQ(outcome("bob", kOne), "101/3 429");
-  EXPECT_EQ(outcome("ann", kOne), "0/0 200");
-  EXPECT_EQ(outcome("bob", kOther), "0/0 200");
-}
-
 }  // namespace
 }  // namespace server::test
