@@ -197,6 +197,7 @@ TEST_F(LimitsTest, ATrustedProxyTellsWhoAsksAndNobodyElseDoes) {
 }
 
 TEST_F(LimitsTest, WithoutADescriptorLeftAConnectionWaitsUntilThereIsOne) {
+  AnswerOneAfterTheOther();
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);
   const int next = dup(STDIN_FILENO);
