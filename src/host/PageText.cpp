@@ -34,15 +34,15 @@ std::vector<QString> LinesOf(const drawing::Cell& cell) {
 // Where each row of the grid begins, its upper border included, and where the last one ends: each as high as the cell
 // that needs most, where that is not too much. A cell of several rows counts for its last one.
 std::vector<int> TopsOf(const drawing::Grid& grid) {
-  std::vector<int> tops(static_cast<size_t>(grid.rows) + 1, 0);
+  std::vector<int> tops{0};
   for (int row = 0; row < grid.rows; ++row) {
-    int& end = tops[static_cast<size_t>(row) + 1];
-    end = tops[static_cast<size_t>(row)] + kLeastLines + 1;
+    int end = tops.back() + kLeastLines + 1;
     for (const drawing::Cell& cell : grid.cells) {
       if (cell.place.bottom() != row) continue;
       const int lines = std::min(static_cast<int>(LinesOf(cell).size()), kMostLines);
       end = std::max(end, tops[static_cast<size_t>(cell.place.top())] + lines + 1);
     }
+    tops.push_back(end);
   }
   return tops;
 }

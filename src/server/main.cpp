@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
+#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
@@ -25,13 +26,12 @@ namespace {
 bool ParseListen(const std::string& text, server::ViewServerOptions& options) {
   const size_t colon = text.rfind(':');
   if (colon == std::string::npos || colon == 0) return false;
-  const std::string port = text.substr(colon + 1);
-  if (port.empty() || port.size() > 5 || port.find_first_not_of("0123456789") != std::string::npos) return false;
-  if (std::stoi(port) > 65535) return false;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, options.listenPort);
+  if (error != std::errc() || stop != end) return false;
   std::string host = text.substr(0, colon);
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
   options.listenHost = host;
-  options.listenPort = static_cast<uint16_t>(std::stoi(port));
   return true;
 }
 

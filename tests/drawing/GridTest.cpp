@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../Cases.h"
 #include "Plans.h"
 
 namespace test {
@@ -13,41 +14,16 @@ using drawing::MakeGrid;
 using drawing::Page;
 
 TEST(GridTest, ADivisionMakesItsGrid) {
-  struct Row {
-    int division;
-    const char* custom;
-    int columns, rows;
-    size_t cells;
-    QRect first, last;
-  };
-  const Row rows[] = {
-      {1, "", 1, 1, 1, {0, 0, 1, 1}, {0, 0, 1, 1}},
-      {2, "", 2, 1, 2, {0, 0, 1, 1}, {1, 0, 1, 1}},
-      {6, "", 3, 2, 6, {0, 0, 1, 1}, {2, 1, 1, 1}},
-      {13, "", 4, 4, 13, {0, 0, 1, 1}, {0, 3, 1, 1}},
-      {64, "", 8, 8, 64, {0, 0, 1, 1}, {7, 7, 1, 1}},
-      {6, "2x3", 3, 2, 6, {0, 0, 1, 1}, {2, 1, 1, 1}},
-      {2, "2x1", 1, 2, 2, {0, 0, 1, 1}, {0, 1, 1, 1}},
-      {3, "1+2", 3, 2, 3, {0, 0, 2, 2}, {2, 1, 1, 1}},
-      {6, "1+5", 3, 3, 6, {0, 0, 2, 2}, {2, 2, 1, 1}},
-      {8, "1+7", 4, 4, 8, {0, 0, 3, 3}, {3, 3, 1, 1}},
-      // Names that mean nothing here, and numbers that no wall of windows has.
-      {4, "spiral", 2, 2, 4, {0, 0, 1, 1}, {1, 1, 1, 1}},
-      {4, "99x99", 2, 2, 4, {0, 0, 1, 1}, {1, 1, 1, 1}},
-      {4, "0x4", 2, 2, 4, {0, 0, 1, 1}, {1, 1, 1, 1}},
-      {0, "", 1, 1, 1, {0, 0, 1, 1}, {0, 0, 1, 1}},
-      {-3, "", 1, 1, 1, {0, 0, 1, 1}, {0, 0, 1, 1}},
-      {2147483647, "", 16, 16, 256, {0, 0, 1, 1}, {15, 15, 1, 1}},
-  };
-  for (const Row& row : rows) {
-    const Page page = OnePage(row.division, row.custom, "");
+  for (const auto& [division, expected] : testing_support::Cases(TABLES "Grids.txt")) {
+    const size_t blank = std::min(division.find(' '), division.size());
+    const Page page = OnePage(std::stoi(division), division.substr(std::min(blank + 1, division.size())), "");
     const Grid grid = MakeGrid(page);
-    SCOPED_TRACE(std::to_string(row.division) + " " + row.custom);
-    EXPECT_EQ(grid.columns, row.columns);
-    EXPECT_EQ(grid.rows, row.rows);
-    ASSERT_EQ(grid.cells.size(), row.cells);
-    EXPECT_EQ(grid.cells.front().place, row.first);
-    EXPECT_EQ(grid.cells.back().place, row.last);
+    const auto text = [](const drawing::Cell& cell) {
+      const QRect& place = cell.place;
+      return QString(" (%1,%2 %3x%4)").arg(place.x()).arg(place.y()).arg(place.width()).arg(place.height());
+    };
+    const QString made = QString("%1x%2, %3 cells:").arg(grid.columns).arg(grid.rows).arg(grid.cells.size());
+    EXPECT_EQ((made + text(grid.cells.front()) + text(grid.cells.back())).toStdString(), expected.at(0)) << division;
     // No two cells overlap, and none leaves the grid.
     std::vector<QRect> taken;
     for (const drawing::Cell& cell : grid.cells) {

@@ -29,6 +29,16 @@ TEST(PageTextTest, BoxesJoinAndNamesAreCutByTheColumnsTheyTake) {
             "└───────────────────────────┴─────────────┘\n");
 }
 
+TEST(PageTextTest, ANameThatJustFitsIsNotCut) {
+  for (const auto& [name, shown] : {std::pair("A name of 21 columns.", "A name of 21 columns."),
+                                    {"きっぷうりばの窓口は.", "きっぷうりばの窓口は."},
+                                    {"A name of 22 columns..", "A name of 22 columns…"},
+                                    {"きっぷうりばの窓口は..", "きっぷうりばの窓口は…"}}) {
+    const std::string text = host::DescribePage(OnePage(1, "", Window(0, name)), 27);
+    EXPECT_NE(text.find(std::string("│ 0 ") + shown + " │\n"), std::string::npos) << text;
+  }
+}
+
 TEST(PageTextTest, WhatHasNoRoomIsCountedAndPlacesWithoutWindowAreSaid) {
   std::string resources;
   for (int i = 0; i < 20; ++i)

@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <set>
 
+#include "../Cases.h"
 #include "drawing/Theme.h"
 
 namespace test {
@@ -29,36 +30,10 @@ QString Made(const QString& group, const QString& shape) {
 }
 
 TEST(ShortSvgTest, EachShapeKeepsWhatIsSeenOfIt) {
-  const struct {
-    const char* group;
-    const char* shape;
-    const char* made;
-  } rows[] = {
-      {R"(fill="#000003" fill-opacity="1" stroke="none")", R"(<rect x="1" y="2.04" width="3.06" height="4"/>)",
-       R"(<g class="f3"><rect x="1" y="2" width="3.1" height="4"/></g>)"},
-      {R"(fill="#00000a" fill-opacity="0.22" stroke="#000004" stroke-opacity="1" stroke-width="1.25")",
-       R"(<circle cx="1" cy="-0.01" r="2"/>)",
-       R"(<g class="f10 s4" fill-opacity="0.22" stroke-width="1.3"><circle cx="1" cy="0" r="2"/></g>)"},
-      {R"(fill="none" stroke="#000001" stroke-width="1" stroke-dasharray="2,4")",
-       R"(<ellipse cx="1" cy="2" rx="3" ry="4"/>)",
-       R"(<g class="s1" stroke-dasharray="2,4"><ellipse cx="1" cy="2" rx="3" ry="4"/></g>)"},
-      {R"(fill="#000003" stroke="#000001" stroke-width="2" stroke-linecap="round")",
-       R"(<polyline fill="none" points="1.26,2 3,4 "/>)",
-       R"(<g class="s1 r" stroke-width="2"><polyline points="1.3,2 3,4"/></g>)"},
-      {R"(fill="#000003" stroke="none")", R"(<polygon points="1,2 3,4 5,6 "/>)",
-       R"(<g class="f3"><polygon points="1,2 3,4 5,6"/></g>)"},
-      {R"(fill="#000003" stroke="#000001" stroke-width="1")",
-       R"(<text fill="#000006" stroke="none" x="14" y="36.52" font-size="22" font-weight="700">&lt;b&gt; &amp;</text>)",
-       R"(<g class="f6 b" font-size="22"><text x="14" y="36.5">&lt;b&gt; &amp;</text></g>)"},
-      {"",
-       R"(<text fill="#000006" x="1" y="2" direction="rtl" unicode-bidi="embed" text-anchor="end" font-size="9">א</text>)",
-       R"(<g class="f6" font-size="9"><text x="1" y="2" direction="rtl" unicode-bidi="embed" text-anchor="end">א</text></g>)"},
-      {R"(fill="none" stroke="#000001" stroke-width="1")",
-       R"(<path d="M10,20 L12.5,20 L12.5,22 C12.5,23 13,24 14,24 C15,24 16,24 17,23 M11,21 L10,20"/>)",
-       R"svg(<g class="s1"><path transform="translate(10 20)" )svg"
-       R"(d="m0,0l2.5,0 0,2c0,1 0.5,2 1.5,2 1,0 2,0 3,-1m-6,-2l-1,-1"/></g>)"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(Made(row.group, row.shape).toStdString(), row.made);
+  for (const auto& [both, made] : testing_support::Cases(TABLES "ShortSvg.txt")) {
+    const size_t shape = both.find('<');
+    EXPECT_EQ(Made(both.substr(0, shape).c_str(), both.substr(shape).c_str()).toStdString(), made.at(0));
+  }
 }
 
 TEST(ShortSvgTest, NeighboursOfOneStyleShareAGroupAndOthersDoNot) {

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <regex>
 
+#include "../Cases.h"
 #include "ViewctlRunner.h"
 
 namespace test {
@@ -29,31 +30,11 @@ class DrawTest : public SiteTest {
 };
 
 TEST_F(DrawTest, TheExtrasOfTheSampleSiteCanBeReadInItsDrawings) {
-  const struct {
-    QStringList view;
-    std::string user;
-    std::vector<const char*> texts;
-  } cases[] = {
-      {{"101"}, "admin", {"Forecourt, taxi rank", "centre 52.10250, 11.64000", "scale 16", "site 1 · stream 1"}},
-      {{"102", "--page", "2"}, "admin", {"Page 2 of 2, turned every 20 s · layout 6 · 6 windows"}},
-      {{"105"}, "admin", {"door 2201", "elevator 2301", "element 2604 of type 2004", "no window"}},
-      {{"107"}, "admin", {"cycle “Platform 1, end to end”", "12 cameras, 10 s each:", "camera 2040"}},
-      {{"110"}, "admin", {"zoom window 1 at 0.6,0.15 to 0.85,0.4", "shows zoom window 1 of window 0"}},
-      {{"112"}, "admin", {"preset 3 “Stairs”", "cruise 1", "track 2"}},
-      {{"115"}, "admin", {"centre mark 0.4,0.45 to 0.6,0.55", "empty window"}},
-      {{"117"}, "admin", {"fisheye: mount 0, expansion 2, window 0", "part 3 at 0.875,0.4 ×2.5"}},
-      {{"118"}, "admin", {"digital zoom 0.1,0.2 to 0.6,0.7"}},
-      {{"120"}, "admin", {"related: door 2208 “Drivers' room”"}},
-      {{"128"}, "admin", {"8 areas, 20 s each:", "きっぷうりば"}},
-      {{"130"}, "admin", {"No pages", "no pages"}},
-      {{"137"}, "maria", {"夜間巡回", "shared by kenji)"}},
-  };
   // A line in several scripts is several texts.
-  for (const auto& c : cases) {
-    const std::string svg = Picture(c.view, c.user);
-    for (const char* text : c.texts) {
-      EXPECT_TRUE(Has(svg, std::string(">") + text + "</text>")) << c.view.join(' ').toStdString() << ": " << text;
-    }
+  for (const auto& [view, texts] : testing_support::Cases(TABLES "Drawn.txt")) {
+    const QStringList words = QString::fromStdString(view).split(' ');  // the user, what is drawn
+    const std::string svg = Picture(words.mid(1), words[0].toStdString());
+    for (const std::string& text : texts) EXPECT_TRUE(Has(svg, ">" + text + "</text>")) << view << ": " << text;
   }
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 
+#include "../Cases.h"
 #include "ViewctlRunner.h"
 #include "host/JsonText.h"
 #include "host/RawJson.h"
@@ -15,32 +16,14 @@ namespace {
 class ScriptTest : public SiteTest {};
 
 TEST_F(ScriptTest, EachLineIsAnsweredWithOneLine) {
-  const std::pair<const char*, const char*> exchanges[] = {
-      {R"({"call":"IsSupportPlanChangeOrder"})", R"({"call":"IsSupportPlanChangeOrder","result":true,"response":""})"},
-      {R"({"load":true})", R"({"load":true,"result":true})"},
-      {R"({"call":"IsInitViewFinish","response":"as it was"})",
-       R"({"call":"IsInitViewFinish","result":true,"response":"as it was"})"},
-      {R"({"call":"GetPlanGroups","request":{"ParentID" : "12345"}})",
-       R"({"call":"GetPlanGroups","result":true,"response":"{\"ErrorInfo\":\"\",\"Total\":0,\"PlanGroups\":[]}"})"},
-      {R"({"call":"GetPlansInGroup","request":"{\"GroupID\":\"12345\"}"})",
-       R"({"call":"GetPlansInGroup","result":false,"response":"{\"ErrorInfo\":\"KaBeAUoxlQkKBOqwV\",\"Total\":0,\"Plans\":[]}"})"},
-      {R"({"call":"GetCurrentUser","request":"{"})",
-       R"({"call":"GetCurrentUser","result":true,"response":"{\"user_id\":1,\"user_name\":\"admin\"}"})"},
-      {R"( {"observe": {"ResourceType":16001 , "ID":"1"}})", R"( {"observe": {"ResourceType":16001 , "ID":"1"}})"},
-      {R"({"unobserve":{"ResourceType":16001,"ID":"1"}})", R"({"unobserve":{"ResourceType":16001,"ID":"1"}})"},
-      {R"({"call":"ViewRegisterResourceUpdate","request":{"ResourceType":16000,"ID":"101","IsRegister":true}})",
-       R"({"call":"ViewRegisterResourceUpdate","result":null,"response":""})"},
-      {R"({"settle":10})", R"({"settle":10})"},
-      {R"({"call":"ClearViewData","response":"x"})", R"({"call":"ClearViewData","result":null,"response":"x"})"},
-      {R"({"call":"UnInitEnvir"})", R"({"call":"UnInitEnvir","result":true,"response":""})"},
-  };
+  const auto exchanges = testing_support::Cases(TABLES "Script.txt");
   std::string input;
-  for (const auto& exchange : exchanges) input += std::string(exchange.first) + "\r\n";
+  for (const auto& [line, answer] : exchanges) input += line + "\r\n";
   const Outcome outcome = RunAs(TheSite(), "admin", {"script"}, input);
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   const auto lines = Lines(outcome.out);
-  ASSERT_EQ(lines.size(), std::size(exchanges)) << outcome.out;
-  for (size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i], exchanges[i].second);
+  ASSERT_EQ(lines.size(), exchanges.size()) << outcome.out;
+  for (size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i], exchanges[i].expected.at(0));
 }
 
 TEST_F(ScriptTest, WrongLinesAreAnsweredAndTheScriptGoesOnAlsoFromAFile) {

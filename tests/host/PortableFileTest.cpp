@@ -5,6 +5,7 @@
 
 #include <chrono>
 
+#include "../Cases.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "host/Failure.h"
 #include "host/ImportPlan.h"
@@ -20,47 +21,10 @@ rapidjson::Document Json(const std::string& text) {
   return document;
 }
 
-// The windows of a single page, as KeepPages leaves them.
-rapidjson::Document Kept(const std::string& window) {
-  return Json(KeepPages(Json(R"([{"windowDivision":1,"PlanItems":[)" + window + "]}]"), "View"));
-}
-
-const rapidjson::Value& WindowOf(const rapidjson::Document& pages) {
-  return pages[0]["PlanItems"][0];
-}
-
-TEST(PortableFileTest, WindowsLoseWhatAServerDoesNotKeep) {
-  const auto camera = Kept(
-      R"({"Sequence":3,"ResourceType":1001,"ResourceID":"5","SiteID":"1","ResourceName":"North","OnlineStatus":1,
-      "WindowNo":8,"PresetName":"Door","ExtendResource":"Door","PermissionItem":"","DeviceID":4,
-      "RelateResourceName":"Side door","FishEye":{"is_fisheye_open":false,"mount_type":1},
-      "Emap":{"LoadMode":1},"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]},"CycleInfo":{"cycle_time":9},"New":1})");
-  const auto& window = WindowOf(camera);
-  std::string kept =
-      std::to_string(NumberOf(window, "Sequence")) + std::to_string(NumberOf(window, "RelateResourceID"));
-  for (const char* key : {"ResourceID", "PresetName", "RelateResourceName", "Xtop"}) kept += " " + TextOf(window, key);
-  EXPECT_EQ(kept, "3-1 5 Door Side door -1.0");
-  for (const char* key : {"ResourceName", "OnlineStatus", "WindowNo", "ExtendResource", "PermissionItem", "DeviceID",
-                          "FishEye", "Emap", "ZoomWindowList", "CycleInfo", "New"}) {
-    EXPECT_FALSE(window.HasMember(key)) << key;
+TEST(PortableFileTest, PagesLoseWhatAServerDoesNotKeepAndWindowsKeepWhatTheyUse) {
+  for (const auto& [pages, kept] : testing_support::Cases(TABLES "Pages.txt")) {
+    EXPECT_EQ(KeepPages(Json(pages), "View"), kept.at(0)) << pages;
   }
-}
-
-TEST(PortableFileTest, GroupsStayWithTheWindowsThatUseThem) {
-  const std::string groups =
-      R"("ExtendResource":"text","Emap":{"LoadMode":1,"PosX":"1.5","ExtendInfo":"{}"},
-      "ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":250}]},
-      "FishEye":{"is_fisheye_open":true,"mount_type":1,"FisheyeWndParam":[{"WndNo":2,"Zoom":"1.5"}]},
-      "CycleInfo":{"cycle_type":1,"CycleResourceID":[{"SiteID":"1","ResourceID":"9","ResourceName":"gone"}]}})";
-  const auto camera = Kept(R"({"ResourceType":1001,)" + groups);
-  const auto map = Kept(R"({"ResourceType":7001,)" + groups);
-  EXPECT_TRUE(WindowOf(camera).HasMember("ZoomWindowList") && !WindowOf(camera).HasMember("Emap"));
-  EXPECT_TRUE(WindowOf(map).HasMember("Emap") && !WindowOf(map).HasMember("ZoomWindowList"));
-  EXPECT_EQ(TextOf(WindowOf(map), "ExtendResource"), "text");
-  const auto& cycled = ListOf(ObjectOf(WindowOf(map), "CycleInfo"), "CycleResourceID")[0];
-  EXPECT_EQ(TextOf(cycled, "ResourceID"), "9");
-  EXPECT_FALSE(cycled.HasMember("ResourceName"));
-  EXPECT_EQ(TextOf(ListOf(ObjectOf(WindowOf(map), "FishEye"), "FisheyeWndParam")[0], "Zoom"), "1.5");
 }
 
 TEST(PortableFileTest, TheSameContentGivesTheSameBytesAndIsReadBack) {

@@ -2,6 +2,8 @@
 // What people read and write: log lines, safe names, ids, the tree and a view in words, scripts.
 #include <gtest/gtest.h>
 
+#include "../Cases.h"
+#include "host/Failure.h"
 #include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/LogFile.h"
@@ -11,6 +13,8 @@
 #include "host/Terminal.h"
 #include "host/TreeText.h"
 #include "host/ViewText.h"
+#include "host/report/Html.h"
+#include "host/report/SharedPaths.h"
 
 namespace host {
 namespace {
@@ -18,8 +22,12 @@ namespace {
 using Rows = std::vector<std::pair<std::string, std::string>>;
 
 TEST(ReadableTextTest, ALogLineStaysOneLine) {
-  const Rows rows = {
-      {"[F]plain", "3 M [F]plain"}, {"a\nb\r\nc\rd", "3 M a\\nb\\nc\\rd"}, {"C:\\n\n", "3 M C:\\\\n\\n"}, {"", "3 M "}};
+  const Rows rows = {{"[F]plain", "3 M [F]plain"},
+                     {"a\nb\r\nc\rd", "3 M a\\nb\\nc\\rd"},
+                     {"C:\\n\n", "3 M C:\\\\n\\n"},
+                     {"\r\n", "3 M \\n"},
+                     {"\r", "3 M \\r"},
+                     {"", "3 M "}};
   for (const auto& [text, expected] : rows) EXPECT_EQ(LogLine(3, "M", text), expected) << text;
 }
 
@@ -119,58 +127,13 @@ TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
 }
 
 TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {
-  rapidjson::Document detail;
-  ASSERT_TRUE(ParseJson(
-      R"({"ID":"12","Name":"Gate","AutoCycle":1,"RoundTime":20,"AppCode":"g-1","is_share_view":true,
-      "share_user_name":"maria","PlanPages":[{"windowDivision":4,"customWindowDivision":"1+3","PlanItems":[
-      {"Sequence":0,"ResourceType":1001,"ResourceID":"5","ResourceName":"North","StreamType":1,"PresetId":2,
-       "PresetName":"Door","CruiseIndex":-1,"Xtop":"0.250000","Ytop":"0.000000","Xbottom":"0.500000",
-       "Ybottom":"1.000000","FishEye":{"is_fisheye_open":true,"mount_type":1,"expand_mode":2,"window_no":3,
-       "FisheyeWndParam":[{"WndNo":1,"PosX":"0.500000","PosY":"0.100000","Zoom":"2.000000"}]},
-       "CenterMark":{"TopX":250,"TopY":250,"BottomX":750,"BottomY":750},
-       "ZoomWindowList":{"ZoomWindow":[{"No":1,"TopX":1,"TopY":2,"BottomX":3,"BottomY":4}]},
-       "RelatedZoomWindow":{"ViewItemWindowNo":"0","ZoomWindowNo":1},
-       "RelateResourceType":4,"RelateResourceID":77,"RelateResourceName":"Side door",
-       "CycleInfo":{"cycle_type":1,"cycle_time":9,"CycleName":"Rounds",
-       "CycleResourceID":[{"SiteID":"1","ResourceID":"31","ResourceName":"Yard"}]}},
-      {"Sequence":1,"ResourceType":7001,"ResourceID":"6","ResourceName":"Map","RelateResourceID":-1,
-       "Emap":{"LoadMode":1,"PosX":"52.1","PosY":"11.6","ScaleSize":15,"ExtendInfo":"floor 2"}},
-      {"Sequence":2,"ResourceType":0,"ResourceID":"-1","Xtop":"-1.000000","Xbottom":"-1.000000"}]}]})",
-      detail));
-  EXPECT_EQ(DescribeView(detail, {"Public views", "North\x1b"}),
-            "\"Gate\"  (view 12)\n"
-            "  lies in    Public views / North\\u001b\n"
-            "  shared by  maria\n"
-            "  pages      1, turned every 20 s\n"
-            "  GUID       g-1\n"
-            "\n"
-            "Page 1: layout 4 \"1+3\", 3 windows\n"
-            "  0. camera \"North\", id 5, stream 1\n"
-            "       preset 2 \"Door\"\n"
-            "       digital zoom from 0.25,0 to 0.5,1\n"
-            "       fisheye: mount 1, expansion 2, window 3\n"
-            "         part 1 at 0.5,0.1, zoom 2\n"
-            "       cycles \"Rounds\" through 1 area, 9 s each\n"
-            "         area 31 \"Yard\"\n"
-            "       centre mark 250,250 to 750,750 thousandths\n"
-            "       zoom window 1 1,2 to 3,4 thousandths\n"
-            "       shows zoom window 1 of window 0\n"
-            "       related door 77 \"Side door\"\n"
-            "  1. map \"Map\", id 6\n"
-            "       map centre 52.1,11.6, scale 15, load mode 1\n"
-            "       map info \"floor 2\"\n"
-            "  2. empty\n");
-  // What does not turn has no time to turn after, and 0 is nobody's id.
-  ASSERT_TRUE(ParseJson(R"({"ID":"0","Name":"n","AutoCycle":0,"RoundTime":20,
-                         "PlanPages":[{"PlanItems":[{"ResourceType":1001,"ResourceID":"0"}]}]})",
-                        detail));
-  EXPECT_EQ(DescribeView(detail, {"Top"}),
-            "\"n\"  (view 0)\n"
-            "  lies in    Top\n"
-            "  pages      1\n"
-            "\n"
-            "Page 1: layout 0, 1 window\n"
-            "  0. camera\n");
+  for (const auto& [text, expected] : testing_support::Cases(TABLES "Readable.txt")) {
+    rapidjson::Document detail;
+    ASSERT_TRUE(ParseJson(text, detail)) << text;
+    std::string lines;
+    for (const std::string& line : expected) lines += line + "\n";
+    EXPECT_EQ(DescribeView(detail, {"Public views", "North\x1b"}), lines);
+  }
 }
 
 // --- Lines of a script, and JSON that must stay as it was written
@@ -183,68 +146,26 @@ struct Describe {
   std::string operator()(const LoadLine&) { return "load"; }
   std::string operator()(const ObserveLine& line) { return "observe|" + line.request; }
   std::string operator()(const SettleLine& line) { return "settle|" + std::to_string(line.milliseconds); }
-  std::string operator()(const WrongLine&) { return "wrong"; }
+  std::string operator()(const WrongLine& line) { return "wrong: " + line.reason; }
 };
 
 std::string Parsed(const std::string& text) {
   return std::visit(Describe(), ParseScriptLine(text));
 }
 
-TEST(ScriptLineTest, CallsKeepTheirRequestAsItWasWritten) {
-  const Rows rows = {
-      {R"({"call":"F"})", "call|F||"},
-      {R"({"call":"F","request":"{ \"ID\" : \"5\" }"})", R"(call|F|{ "ID" : "5" }|)"},
-      {R"({"request":{ "b": 1.0, "a":[ ], "b" :2},"call":"F"})", R"(call|F|{"b":1.0,"a":[],"b":2}|)"},
-      {R"({"call":"F","request":null})", "call|F|null|"},
-      {R"({"call":"F","request":"","response":"kept"})", "call|F||kept"},
-      {R"({"call":"F","request": [ 1 , "a b" ] , "response":"\n"})", "call|F|[1,\"a b\"]|\n"},
-      {R"({"request":{"a":[1,"}"],"b":"x,\"y"} ,"call":"F"})", R"(call|F|{"a":[1,"}"],"b":"x,\"y"}|)"},
-      {R"({"call":"F","call":"G","request":1,"request":2})", "call|F|1|"},
-      {R"( { "c\u0061ll" : "F" } )", "call|F||"},
-  };
-  for (const auto& [text, parsed] : rows) EXPECT_EQ(Parsed(text), parsed) << text;
-}
-
-TEST(ScriptLineTest, OtherLines) {
-  const Rows rows = {
-      {R"({"load":true})", "load"},
-      {R"({"settle":0})", "settle|0"},
-      {R"({"settle": 250 })", "settle|250"},
-      {R"({"observe":{"ResourceType":16001, "ID":"5"}})",
-       R"(observe|{"ResourceType":16001,"ID":"5","IsRegister":true})"},
-      {R"({"unobserve":{ "ID" : "5" }})", R"(observe|{"ID":"5","IsRegister":false})"},
-      {R"({"observe":{ }})", R"(observe|{"IsRegister":true})"},
-  };
-  for (const auto& [text, parsed] : rows) EXPECT_EQ(Parsed(text), parsed) << text;
-}
-
-TEST(ScriptLineTest, AnythingElseIsWrong) {
-  for (const char* text :
-       {"", "hello", "[]", "{}", R"("call")", R"({"call":7})", R"({"call":"F","reqest":{}})",
-        R"({"call":"F","response":{}})", R"({"call":"F","load":true})", R"({"load":false})", R"({"load":1})",
-        R"({"load":true,"settle":1})", R"({"settle":-1})", R"({"settle":1.5})", R"({"settle":99999999999})",
-        R"({"observe":"5"})", R"({"observe":{"ID":"5","IsRegister":false}})", R"({"call":"F"} {"call":"G"})"}) {
-    EXPECT_EQ(Parsed(text), "wrong") << text;
+TEST(ScriptLineTest, EachIsOneKindAndCallsKeepTheirRequestAsItWasWritten) {
+  for (const auto& [text, expected] : testing_support::Cases(TABLES "Readable.txt")) {
+    EXPECT_EQ(Parsed(text), expected.at(0)) << text;
   }
+  EXPECT_EQ(Parsed(""), "wrong: the line is not JSON");
 }
 
 TEST(RawJsonTest, OnlyBlanksBetweenTokensGoAway) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"{ \"a\" : 1 }", R"({"a":1})"},
-      {"\t[ 1 ,\r\n 2 ]\n", "[1,2]"},
-      {R"({"b":1, "a":2, "b":3})", R"({"b":1,"a":2,"b":3})"},
-      {R"([1.0, 1e2, -0, 10.50])", R"([1.0,1e2,-0,10.50])"},
-      {R"({"a b" : "c  d"})", R"({"a b":"c  d"})"},
-      {R"([ "\" , \\" , "x" ])", R"(["\" , \\","x"])"},
-      {R"([ "\\" , 1 ])", R"(["\\",1])"},
-      {R"("\u0041\/")", R"("\u0041\/")"},
-      {" null ", "null"},
-      {"{ }", "{}"},
-  };
-  for (const auto& [text, stripped] : cases) {
+  for (const auto& [text, stripped] : testing_support::Cases(TABLES "Readable.txt")) {
     ASSERT_TRUE(IsJson(text)) << text;
-    EXPECT_EQ(WithoutBlanks(text), stripped) << text;
+    EXPECT_EQ(WithoutBlanks(text), stripped.at(0)) << text;
   }
+  EXPECT_EQ(WithoutBlanks("\t[ 1 ,\r\n 2 ]\n"), "[1,2]");
 }
 
 TEST(RawJsonTest, WhatIsNotOneJsonValueIsRefused) {
@@ -256,6 +177,32 @@ TEST(RawJsonTest, WhatIsNotOneJsonValueIsRefused) {
     EXPECT_FALSE(IsJson(text)) << text;
     EXPECT_FALSE(SplitObject(text)) << text;
   }
+}
+
+TEST(HtmlTest, WhatIsReadFromTheRightStandsByItselfAndNothingElseIsMarked) {
+  EXPECT_EQ(HtmlWords("2. Gate; رصيف <1>\n-1. a; ٣; b"), "2. Gate; <bdi>رصيف &lt;1&gt;</bdi>\n-1. a; <bdi>٣</bdi>; b");
+  EXPECT_EQ(HtmlWords("שער; 2. x"), "<bdi>שער</bdi>; 2. x");
+  EXPECT_EQ(HtmlName(" \t"), "<span class=\"none\">(no name)</span>");
+  EXPECT_EQ(HtmlName("a\x1b<b>"), "<bdi>a\\u001b&lt;b&gt;</bdi>");
+  EXPECT_EQ(Tagged("a href=\"x\"", "t"), "<a href=\"x\">t</a>");
+}
+
+TEST(SharedPathsTest, LongSignsStandOnceAndAreReferredTo) {
+  const std::string sign = "m0,0l2.5,0 0,2c0,1 0.5,2 1.5,2 1,0 2,0 3";  // just long enough
+  const auto path = [](const std::string& place, const std::string& d) {
+    return "<path transform=\"translate(" + place + ")\" d=\"" + d + "\"/>";
+  };
+  SharedPaths paths;
+  EXPECT_EQ(paths.Refer("<g>" + path("1 2", sign) + "<g/>" + path("3 4", sign + "z") + "</g>" + path("5 6", sign)),
+            "<g><use href=\"#d0\" transform=\"translate(1 2)\"/><g/>"
+            "<use href=\"#d1\" transform=\"translate(3 4)\"/></g><use href=\"#d0\" transform=\"translate(5 6)\"/>");
+  const std::string shorter = path("1 2", sign.substr(1)) + "<rect/>";
+  EXPECT_EQ(paths.Refer(shorter + path("7 8", sign)), shorter + "<use href=\"#d0\" transform=\"translate(7 8)\"/>");
+  EXPECT_EQ(paths.Refer("<path transform=\"translate(1 2)\"/>" + path("1 2", "m")),
+            "<path transform=\"translate(1 2)\"/>" + path("1 2", "m"));
+  EXPECT_EQ(paths.Definitions(),
+            "<svg class=\"drawing\" width=\"0\" height=\"0\" aria-hidden=\"true\"><defs><path id=\"d0\" d=\"" + sign +
+                "\"/><path id=\"d1\" d=\"" + sign + "z\"/></defs></svg>");
 }
 
 TEST(RawJsonTest, DepthCostsNoStack) {

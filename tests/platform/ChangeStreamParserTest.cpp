@@ -63,6 +63,10 @@ TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {
     EXPECT_EQ(ParseWhole("id: " + id + "\ndata: a\n\n", 100), (more ? "-" : id) + "|message|a\n");
   }
   EXPECT_EQ(ParseWhole(": " + longText + "\n" + longText + "\nid: " + longText + "\n" + good, 100), "9|message|good\n");
+  constexpr size_t kUsualLimit = size_t{64} << 20;
+  for (const size_t size : {kUsualLimit - 1, kUsualLimit}) {
+    EXPECT_EQ(ParseWhole("data: " + std::string(size, 'x') + "\n\n") == "-|message|OVERSIZE\n", size == kUsualLimit);
+  }
 }
 
 TEST(ChangeStreamParserTest, TheSameEventsComeHoweverTheStreamIsCut) {

@@ -3,20 +3,19 @@
 // builds.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "../Cases.h"
 #include "NetLink/RapidJsonProto.h"
-#include "json/ParseText.h"
 
 namespace {
 
 using NetLink::CRapidJsonProto;
+using testing_support::Cases;
 
 constexpr int kNone = -77;
 
@@ -28,48 +27,24 @@ class JsonDocument : public testing::Test {
     return document;
   }
 
+  static int Int(const std::vector<std::string>& expected) {
+    return expected[0] == "none" ? kNone : std::stoi(expected[0]);
+  }
+
   CRapidJsonProto document;
 };
 
 TEST_F(JsonDocument, AnIntegerIsReadFromWhatFitsThirtyTwoBits) {
-  constexpr int kMin = std::numeric_limits<int>::min();
-  const std::pair<int, std::vector<const char*>> cases[] = {
-      {0, {"0", "-0", "-0.5"}},
-      {1, {"1.9"}},
-      {7, {R"("00000000000000000000000000000000000007")"}},
-      {12, {R"("12")", R"("0012")"}},
-      {1000, {"1e3"}},
-      {-1, {"-1.9", "4294967295", "4294967295.9", R"("4294967295")"}},
-      {-12, {R"("-12")"}},
-      {2147483647, {"2147483647"}},
-      {kMin, {"-2147483648", "2147483648", "-2147483648.9"}},
-      {kNone, {"4294967296", "-2147483649", "18446744073709551615", "18446744073709551616", "4294967296.0", "1e300"}},
-      {kNone, {"-2147483649.0", R"("4294967296")", R"("-2147483649")", R"("99999999999999999999")", R"("")"}},
-      {kNone, {R"("-")", R"("+1")", R"(" 1")", R"("1 ")", R"("1\u0000")", R"("1.0")", R"("0x1")"}},
-      {kNone, {"true", "null", "[1]", "{}"}},
-  };
-  for (const auto& [expected, texts] : cases) {
-    for (const char* json : texts) EXPECT_EQ(Holding(json).get_int_v("/v", kNone), expected) << json;
+  for (const auto& [json, expected] : Cases(JSON_TEXTS)) {
+    EXPECT_EQ(Holding(json).get_int_v("/v", kNone), Int(expected)) << json;
   }
 }
 
 TEST_F(JsonDocument, ATextIsReadFromTextsAndNumbers) {
-  for (const char* number :
-       {"-7", "4294967295", "-9223372036854775808", "18446744073709551615", "0.1", "1.0", "-0.0", "0.30000000000000004",
-        "123456789012345680000.0", "0.000001", "5e-324", "1e30", "-1.7976931348623157e308", "1.5e-7"}) {
-    EXPECT_EQ(Holding(number).get_v("/v", "none"), number);
-  }
-  const std::pair<const char*, std::string> others[] = {
-      {R"("")", ""},
-      {R"("a\u00e9\ud83d\ude00")", "a\xC3\xA9\xF0\x9F\x98\x80"},
-      {R"("a\u0000b")", std::string("a\0b", 3)},
-      {"116.39745600", "116.397456"},
-      {"true", "none"},
-      {"null", "none"},
-      {R"(["a"])", "none"},
-      {"{}", "none"},
-  };
-  for (const auto& [json, expected] : others) EXPECT_EQ(Holding(json).get_v("/v", "none"), expected) << json;
+  for (const auto& [json, expected] : Cases(JSON_TEXTS))
+    EXPECT_EQ(Holding(json).get_v("/v", "none"), expected[0]) << json;
+  EXPECT_EQ(Holding(R"("a\u00e9\ud83d\ude00")").get_v("/v", "none"), "a\xC3\xA9\xF0\x9F\x98\x80");
+  EXPECT_EQ(Holding(R"("a\u0000b")").get_v("/v", "none"), std::string("a\0b", 3));
 }
 
 TEST_F(JsonDocument, AFloatIsReadFromNumbersAndTextsThatAreWhollyOne) {
@@ -123,20 +98,11 @@ TEST_F(JsonDocument, CountsElements) {
 
 TEST_F(JsonDocument, PathsAddressMembersElementsAndLoneObjects) {
   ASSERT_TRUE(document.set_str(R"({"a":{"b":[{"c":1},{"c":2},[{"c":9}]],"b":[{"c":8}]},"lone":{"x":3},"n":4,"a":0})"));
-  const std::pair<int, std::vector<const char*>> cases[] = {
-      {1, {"/a/b[1]/c", "/a[1]/b[1]/c"}},
-      {2, {"/a/b[2]/c", "/a/b[02]/c"}},
-      {3, {"/lone[1]/x"}},
-      {4, {"/n[1]"}},
-      {kNone, {"", "/", "a/b[1]/c", "/n/", "//n", "/a//b[1]/c", "/[1]", "/n[", "/n]", "/A/b[1]/c", "/a/b[0]/c"}},
-      {kNone, {"/a/b[]/c", "/a/b[1/c", "/a/b[-1]/c", "/a/b[+1]/c", "/a/b[1]x/c", "/a/b[x]/c", "/a/b[1][1]/c"}},
-      {kNone, {"/a/b[ 1]/c", "/a/b[18446744073709551617]/c", "/a/b[4294967297]/c"}},
-  };
+  EXPECT_EQ(document.get_int_v("", kNone), kNone);
   // Twice: what the first reads remembered must not change what the second ones answer.
   for (int round = 0; round < 2; ++round) {
-    for (const auto& [expected, paths] : cases) {
-      for (const char* path : paths) EXPECT_EQ(document.get_int_v(path, kNone), expected) << path;
-    }
+    for (const auto& [path, expected] : Cases(JSON_TEXTS))
+      EXPECT_EQ(document.get_int_v(path, kNone), Int(expected)) << path;
   }
 }
 
@@ -161,37 +127,6 @@ TEST_F(JsonDocument, ATextThatIsNotJsonLeavesNothingToRead) {
   EXPECT_EQ(document.get_cnt("/v"), 0);
 }
 
-// Library, platform and server all parse by this; nothing else of theirs is shared.
-TEST(ParseText, NumbersAreWhatTheCLibraryMakesOfThem) {
-  std::mt19937 random(7);
-  const auto digits = [&random](unsigned int most) {
-    std::string text;
-    for (unsigned int n = 1 + random() % most; n > 0; --n) text += static_cast<char>('0' + random() % 10);
-    return text;
-  };
-  // Longer ones and larger exponents RapidJSON refuses, whatever their value.
-  for (int round = 0; round < 100000; ++round) {
-    const bool isLong = random() % 10 == 0;
-    const std::string whole = digits(isLong ? 300 : 22);
-    std::string number = whole.front() == '0' ? "0" : whole;
-    if (random() % 2 == 0) number += "." + digits(isLong ? 400 : 20);
-    if (random() % 2 == 0) number += random() % 2 == 0 ? "e-" + digits(3) : "e" + std::to_string(random() % 300);
-    if (random() % 2 == 0) number.insert(0, 1, '-');
-    const double expected = std::strtod(number.c_str(), nullptr);
-    rapidjson::Document document;
-    ASSERT_EQ(json::Parse(number, document), std::isfinite(expected)) << number;
-    if (!std::isfinite(expected)) continue;
-    ASSERT_EQ(document.GetDouble(), expected) << number;
-    if (number.find_first_of(".e") != std::string::npos) {
-      ASSERT_TRUE(document.IsDouble()) << number;
-    } else if (std::abs(expected) < 1e18) {
-      ASSERT_EQ(document.GetInt64(), std::strtoll(number.c_str(), nullptr, 10)) << number;
-      ASSERT_EQ(document.IsInt(), expected >= INT32_MIN && expected <= INT32_MAX) << number;
-      ASSERT_EQ(document.IsUint(), expected >= 0 && expected <= UINT32_MAX) << number;
-    }
-  }
-}
-
 TEST_F(JsonDocument, TextOfTheDocumentIsCompactAndKeepsOrderAndDuplicates) {
   ASSERT_TRUE(document.set_str(
       " { \"b\" : [ 1 , 2.50 , 0.30000000000000004 , { } , [ ] ] , \"a\" : null , \"b\" : \"\\u00e9\\/\\n\" } "));
@@ -205,35 +140,10 @@ TEST_F(JsonDocument, WritesKeepTextsWholeAndGiveWayOnlyWhereAPathNeedsIt) {
   document.set_v("/View/ID", "replaced in place");
   EXPECT_EQ(document.get_str(0),
             "{\"View\":{\"ID\":\"replaced in place\",\"Item\":[{\"Name\":\"\\\"\xC3\xA9\\u0000\"},{\"Name\":\"\"}]}}");
-  const struct {
-    const char *before, *path, *after;
-  } cases[] = {
-      {"{}", "a", "{}"},
-      {"{}", "/a/", "{}"},
-      {"{}", "/a[4000000000]", "{}"},
-      {R"({"a":1})", "/a//b", R"({"a":1})"},
-      {R"({"a":1})", "/a[0]", R"({"a":1})"},
-      {R"({"a":1})", "/a/b/c", R"({"a":{"b":{"c":5}}})"},
-      {R"({"a":[1]})", "/a/b", R"({"a":{"b":5}})"},
-      {R"({"a":1})", "/a/b[2]", R"({"a":1})"},
-      {"{}", "/a[1]/b[1]/c", R"({"a":[{"b":[{"c":5}]}]})"},
-      {"{}", "/a[2]", "{}"},
-      {R"({"a":[1,2]})", "/a[2]", R"({"a":[1,5]})"},
-      {R"({"a":[1,2]})", "/a[3]", R"({"a":[1,2,5]})"},
-      {R"({"a":[1,2]})", "/a[4]", R"({"a":[1,2]})"},
-      {R"({"a":1})", "/a[1]", R"({"a":5})"},
-      {R"({"a":1})", "/a[2]", R"({"a":[1,5]})"},
-      {R"({"a":{"b":1}})", "/a[2]/b", R"({"a":[{"b":1},{"b":5}]})"},
-      {R"({"a":null})", "/a[1]", R"({"a":5})"},
-      {R"({"a":null})", "/a[2]", R"({"a":null})"},
-      {R"({"a":1,"a":2})", "/a", R"({"a":5,"a":2})"},
-      {"[1]", "/a", R"({"a":5})"},
-      {"[1]", "/a[2]", "[1]"},
-  };
-  for (const auto& c : cases) {
-    ASSERT_TRUE(document.set_str(c.before));
-    document.set_v(c.path, 5);
-    EXPECT_EQ(document.get_str(0), c.after) << c.before << " " << c.path;
+  for (const auto& [before, expected] : Cases(JSON_TEXTS)) {
+    ASSERT_TRUE(document.set_str(before));
+    document.set_v(expected[0], 5);
+    EXPECT_EQ(document.get_str(0), expected[1]) << before << " " << expected[0];
   }
 }
 

@@ -2,8 +2,6 @@
 // The platform against the reference management server over TLS.
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
-#include <vector>
 
 #include "../server/TestClient.h"
 #include "BizShared/UserCommonManager.h"
@@ -76,43 +74,6 @@ class TlsTest : public server::test::ServerTest {
 
   static constexpr const char* kViewsUrl = "/NXAPI/Vantorel/Platform/V0/Views";
 };
-
-TEST_F(TlsTest, IsLoggedInThroughDownloadedThroughAndFollowedThrough) {
-  std::mutex mutex;
-  std::vector<std::string> told;
-  Manager().SetViewsUpdateCallback([&](const std::string& document) {
-    const std::lock_guard lock(mutex);
-    told.push_back(document);
-  });
-  ASSERT_TRUE(Follow());
-  const struct {
-    const char *own, *elsewhere, *token;
-  } edits[] = {
-      {"own", "elsewhere", nullptr},
-      // The session is ended behind the platform's back; the next request renews it.
-      {"own again", "elsewhere again", "no longer known"},
-  };
-  for (const auto& edit : edits) {
-    if (edit.token) CNetCommManager::Instance().SetToken(edit.token);
-    AddView(edit.own);
-    // Changes come in order: with this one, that of the own edit has come. The list is not looked at before, or the own
-    // edit would have to be told.
-    AddViewElsewhere(edit.elsewhere);
-    ASSERT_TRUE(Eventually([&] {
-      const std::lock_guard lock(mutex);
-      return !told.empty() && told.back().find("\"Name\":\"" + std::string(edit.elsewhere) + "\"") != std::string::npos;
-    }));
-  }
-  EXPECT_NE(CNetCommManager::Instance().GetToken(), edits[1].token);
-  const std::string views = ViewsText();
-  Manager().Stop();
-  EXPECT_EQ(told.size(), 2u) << "one's own edits come without a call, also those of a renewed session";
-  for (const auto& edit : edits) {
-    for (const char* name : {edit.own, edit.elsewhere}) {
-      EXPECT_NE(views.find("\"Name\":\"" + std::string(name) + "\""), std::string::npos) << name;
-    }
-  }
-}
 
 TEST_F(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
   class Listener : public ResourceStore::IOrlUserObserver {

@@ -236,6 +236,19 @@ class RelayTest : public testing::Test {
     };
   }
 
+  // So many edits, each sent and answered with the next number from there on.
+  static Step Edits(int count, int number) {
+    return [=](RelayTest& t) {
+      for (int i = 0; i < count; ++i) End(t.relay->OnEditBegins(), number + i)(t);
+    };
+  }
+  // So many downloads, each up to the next number from there on, or all up to that one.
+  static Step AgainAndAgain(int count, int number, int step = 1) {
+    return [=](RelayTest& t) {
+      for (int i = 0; i < count; ++i) Again({number + i * step, number + i * step})(t);
+    };
+  }
+
   std::unique_ptr<ChangeRelay> relay;
   Texts told;
 };
@@ -278,6 +291,13 @@ TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
        {load, send, Hear(51), send, send, End(2, 0), End(1, 51), End(3, 0)},
        {}},
       {"of a run before, answered there", {load, send, End(1, 51), Clear(), load, Hear(51)}, {"V 5#51/1"}},
+      {"passed over eight downloads ago", {load, send, again, AgainAndAgain(7, 61), End(1, 60)}, {"V 5#4/1"}},
+      {"passed over too long ago", {load, send, again, AgainAndAgain(8, 61), End(1, 60)}, {}},
+      {"passed over before downloads of nothing new",
+       {load, send, again, AgainAndAgain(16, 60, 0), End(1, 60)},
+       {"V 5#4/1"}},
+      {"answered before many others", {load, Edits(65536, 51), Hear(51)}, {}},
+      {"answered before too many others", {load, Edits(65537, 51), Hear(51)}, {"V 5#51/1"}},
   });
 }
 

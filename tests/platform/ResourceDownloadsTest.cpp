@@ -95,14 +95,18 @@ TEST_F(ElementsTest, FilesElementsUnderTheirType) {
 TEST_F(ElementsTest, AFailureKeepsWhatHadArrived) {
   std::atomic<int> count{0};
   Serve([&](const Request&, Connection& connection) {
-    if (++count == 1) return connection.ReplyData(R"({"ElementList":{"Element":{"ID":1,"Name":"lone"}}})");
+    if (++count == 1) {
+      return connection.ReplyData(R"({"ElementList":{"Element":[{"ID":1,"Name":"one"},{"Name":"no ID"}]}})");
+    }
     connection.ReplyError(403, 100, 4);
   });
   ErrorCode error;
   EXPECT_FALSE(Fetch({1}, {comm_method::ResourceTypeCamera, comm_method::ResourceTypeDoor}, error));
   EXPECT_EQ(Numbers(error), "100/4");
   EXPECT_EQ(error.GetCasadingErrorInfo(), "from below");
-  EXPECT_EQ(CElementManager::Instance().GetCameraElementName(1), "lone");
+  EXPECT_EQ(CElementManager::Instance().GetCameraElementName(1), "one");
+  EXPECT_EQ(CElementManager::Instance().FindCameraElementByID(1)->GetWorkStationID(), 4294967295u);
+  EXPECT_FALSE(CElementManager::Instance().HasElement(comm_method::ResourceTypeCamera, 4294967295u));
   m_server.reset();
   EXPECT_FALSE(Fetch({2}, {comm_method::ResourceTypeCamera}, error));
   EXPECT_EQ(error.GetMainError(), 1);
@@ -156,6 +160,8 @@ TEST_F(UsersTest, EveryDownloadEndsWithANotification) {
                          R"({"ID":1,"Name":"a","Online":0,"PTZControlPermission":0}]}})");
   });
   Listener listener;
+  Manager().RegisterObserver(&listener);
+  Manager().RegisterObserver(nullptr);
   std::string seen;
   listener.m_during = [&] { seen = Names(); };
   auto download = [&] {
@@ -171,6 +177,7 @@ TEST_F(UsersTest, EveryDownloadEndsWithANotification) {
   EXPECT_EQ(Names(), "2b+3 1a-0 ");
   m_server.reset();
   EXPECT_EQ(download(), "state 1 1/7");
+  EXPECT_EQ(listener.Count(), 3u) << "however often it was registered";
 }
 
 TEST_F(UsersTest, ARequestDuringADownloadIsFollowedByANotificationOfItsOwn) {

@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 
+#include "../Cases.h"
 #include "ResourceStore/details/ListDocument.h"
 
 namespace {
@@ -16,6 +17,7 @@ using ResourceStore::details::ListDocument;
 using ResourceStore::details::ListElement;
 using ResourceStore::details::ReadListDocument;
 using ResourceStore::details::ResourceList;
+using testing_support::Cases;
 
 std::string WithData(const std::string& data, int errorCode = 0) {
   return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":)" + std::to_string(errorCode) +
@@ -40,44 +42,25 @@ std::string Read(const std::string& text) {
   return lines;
 }
 
+// The running test's cases in LIST_TEXTS.
+void ExpectCases() {
+  for (const auto& [text, expected] : Cases(LIST_TEXTS)) {
+    std::string lines;
+    for (const std::string& line : expected) lines += line.empty() ? "" : line + "\n";
+    EXPECT_EQ(Read(text.front() == '[' ? Document(text.substr(1, text.size() - 2)) : text), lines) << text;
+  }
+}
+
 TEST(ListDocumentTest, FindsTheElementsOfAListAndNothingElse) {
-  const std::pair<std::string, std::string> cases[] = {
-      {Document(R"({"ID":1,"A":{"ID":9,"Method":2,"B":[{"Method":1}]}},{"ID":2})"),
-       "1 0 {\"ID\":1,\"A\":{\"ID\":9,\"Method\":2,\"B\":[{\"Method\":1}]}}\n2 0 {\"ID\":2}\n"},
-      {Document(R"({"Method":1,"ID":1},{"ID":2,"Method":2},{"ID":3,"Method":1,"N":"x"},{"Method":2})"),
-       "1 1 {\"ID\":1}\n2 2 {\"ID\":2}\n3 1 {\"ID\":3,\"N\":\"x\"}\n- 2 {}\n"},
-      {Document("{ \"Method\" : 1 , \"Method\" : 2 , \"ID\" : 1 , \"ID\" : 2 }"), "1 1 { \"ID\" : 1 , \"ID\" : 2 }\n"},
-      {Document(R"({"ID":-1},{"ID":4294967295},{"ID":"190"},{"ID":5.0},{"ID":"x"},{"ID":null},{"ID":1e30},{"N":1})"),
-       "4294967295 0 {\"ID\":-1}\n4294967295 0 {\"ID\":4294967295}\n190 0 {\"ID\":\"190\"}\n5 0 {\"ID\":5.0}\n"
-       "- 0 {\"ID\":\"x\"}\n- 0 {\"ID\":null}\n- 0 {\"ID\":1e30}\n- 0 {\"N\":1}\n"},
-      {Document(R"(1,null,"x",[{"ID":1}],{"ID":2})"), "2 0 {\"ID\":2}\n"},
-      {Document(R"({"N":"}],\"ID\":{","ID":1,"Method":{"a":[1]}})"), "1 0 {\"N\":\"}],\\\"ID\\\":{\",\"ID\":1}\n"},
-      {R"({"ResponseStatus":{"ErrorCode":0,"Data":{"ViewList":{"View":{"ID":1}}}}})", "1 0 {\"ID\":1}\n"},
-      {R"({"Data":{"ViewList":{"View":[{"ID":1}]}},"ResponseStatus":[{"Data":{"ViewList":{"View":[{"ID":2}]}}}]})", ""},
-      {R"({"ResponseStatus":{"Data":{"ViewGroupList":{"ViewGroup":[{"ID":1}]},"View":[{"ID":2}]}}})", ""},
-      {R"({"ResponseStatus":{"x":{"Data":{"ViewList":{"View":[{"ID":1}]}}}}})", ""},
-      {Document(R"({"ID":1})").substr(1), "not JSON"},
-      {Document(R"({"ID":1})") + "x", "not JSON"},
-      {Document("") + std::string("\0{}", 3), "not JSON"},
-      {"", "not JSON"},
-  };
-  for (const auto& [text, elements] : cases) EXPECT_EQ(Read(text), elements) << text;
+  ExpectCases();
+  const std::string one = Document(R"({"ID":1})");
+  for (const std::string& text : {one.substr(1), one + "x", one + std::string("\0{}", 3), std::string()}) {
+    EXPECT_EQ(Read(text), "not JSON") << text;
+  }
 }
 
 TEST(ListDocumentTest, ReadsTheNumbersOfElementsWhereverTheyStand) {
-  const std::pair<std::string, std::string> cases[] = {
-      {R"({"ID":1,"ChangeNumber":"52","N":"a"},{"ChangeNumber":"53","ID":2},{"ID":3,"ChangeNumber":54})",
-       "1 0 #52 {\"ID\":1,\"N\":\"a\"}\n2 0 #53 {\"ID\":2}\n3 0 #54 {\"ID\":3}\n"},
-      {R"({"ChangeNumber":"5","Method":1,"ID":1},{"Method":1 , "ChangeNumber":"5" , "ID":1},)"
-       R"({"ID":1,"Method":2,"ChangeNumber":"5"},{"ID":1,"ChangeNumber":"5","Method":2})",
-       "1 1 #5 {\"ID\":1}\n1 1 #5 { \"ID\":1}\n1 2 #5 {\"ID\":1}\n1 2 #5 {\"ID\":1}\n"},
-      {R"({"ID":1,"ChangeNumber":"5","ChangeNumber":"6"},{"ID":1,"ChangeNumber":"x","ChangeNumber":"6"})",
-       "1 0 #5 {\"ID\":1}\n1 0 {\"ID\":1}\n"},
-      {R"({"ID":1,"A":{"ChangeNumber":"7"},"B":[{"ChangeNumber":"8"}]},{"ID":2,"ChangeNumber":{"ChangeNumber":"9"}})",
-       "1 0 {\"ID\":1,\"A\":{\"ChangeNumber\":\"7\"},\"B\":[{\"ChangeNumber\":\"8\"}]}\n2 0 {\"ID\":2}\n"},
-      {R"({"ID":1,"ChangeNumber":"18446744073709551615"},"9",9)", "1 0 #18446744073709551615 {\"ID\":1}\n"},
-  };
-  for (const auto& [elements, read] : cases) EXPECT_EQ(Read(Document(elements)), read) << elements;
+  ExpectCases();
   for (const std::string none : {R"("0")", R"("-1")", "-1", R"(" 5")", R"("5x")", R"("")", "null", "true", R"(["5"])",
                                  R"("18446744073709551616")"}) {
     EXPECT_EQ(Read(Document(R"({"ID":1,"ChangeNumber":)" + none + "}")), "1 0 {\"ID\":1}\n") << none;

@@ -3,8 +3,10 @@
 // record of the protocol: its exact text, so that keys, kinds, order and defaults are those that hosts lean on.
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <string>
 
+#include "../Cases.h"
 #include "QorviViewPlugin/protocol/PlanMessages.h"
 #include "QorviViewPlugin/protocol/UserMessages.h"
 
@@ -69,29 +71,13 @@ std::string With(const std::string& before, const std::string& member) {
 
 // Values of other kinds are tried below, in every record.
 TEST(JsonRecordTest, EachFieldTakesOnlyItsOwnKind) {
-  const std::pair<std::string, std::string> cases[] = {
-      {R"({"Count":-2147483648})", With(R"("Count":7)", R"("Count":-2147483648)")},
-      {R"({"Count":-0})", With(R"("Count":7)", R"("Count":0)")},
-      {R"({"Count":2147483648})", kDefault},
-      {R"({"Count":0.0000000001e-2147483639})", kDefault},
-      {R"({"Count":1.0})", kDefault},
-      {R"({"Name":""})", With("unset", "")},
-      {R"({"Name":"a\u0000b"})", With("unset", "a")},
+  for (const auto& [text, expected] : testing_support::Cases(SAMPLE_TEXTS))
+    EXPECT_EQ(ReadAndWrite(text), expected[0]) << text;
+  const std::pair<std::string, std::string> others[] = {
       {R"({"Name":"\u00e4\/\"\\\n\u0001"})", With("unset", "\xC3\xA4/\\\"\\\\\\n\\u0001")},
       {"{\"Name\":\"\xFF\xC3\"}", With("unset", "\xFF\xC3")},
-      {R"({"Nested":{"Label":"x"}})", With(R"("Label":"")", R"("Label":"x")")},
-      // Elements of whatever kind are elements without members.
-      {R"({"Parts":[null,5,[{"No":3}],{"No":4}]})",
-       With("[]", R"([{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":-1,"Label":""},{"No":4,"Label":""}])")},
-      // Keys are matched exactly, and the first of duplicates counts.
-      {R"({"count":1," Count":1,"Count ":1,"Count\u0000":1})", kDefault},
-      {R"({"Other":1,"Count":2,"Count":3})", With(R"("Count":7)", R"("Count":2)")},
-      {R"({"Count":"1","Count":2})", kDefault},
-      {R"({"Nested":{"No":1},"Nested":{"Label":"x"}})", With(R"("No":-1)", R"("No":1)")},
-      // A wrong kind at one key does not stop the reading of the others.
-      {R"({"Count":null,"Open":null,"Name":"n"})", With("unset", "n")},
   };
-  for (const auto& [text, expected] : cases) EXPECT_EQ(ReadAndWrite(text), expected) << text;
+  for (const auto& [text, expected] : others) EXPECT_EQ(ReadAndWrite(text), expected) << text;
 }
 
 TEST(JsonRecordTest, ReadingAgainKeepsWhatTheTextDoesNotSayAndAppendsToSequences) {
@@ -228,89 +214,32 @@ std::string Faults(const std::string& defaultText) {
   return faults;
 }
 
+// The faults of these records, of whose default texts each stands in a line, behind its name.
+template <class... Records>
+std::string FaultsOfEach(std::istream& defaultTexts) {
+  std::string line, faults;
+  const auto next = [&] { return std::getline(defaultTexts, line) ? line.substr(line.find('{')) : "(none)"; };
+  ((faults += Faults<Records>(next())), ...);
+  return faults;
+}
+
 TEST(RecordSetTest, EachIsWrittenInFullAndInOrderAndReadByKind) {
-  constexpr char kError[] = R"({"ErrorInfo":""})";
-  constexpr char kErrorAndId[] = R"({"ErrorInfo":"","ID":""})";
-  constexpr char kUnread[] = R"({"request_info":""})";
-  const std::string faults[] = {
-      Faults<FisheyeWndParam>(R"({"WndNo":0,"PosX":"","PosY":"","Zoom":""})"),
-      Faults<CycleResourceID>(R"({"SiteID":"","ResourceID":"","ResourceName":""})"),
-      Faults<ZoomWindow>(R"({"No":0,"TopX":0,"TopY":0,"BottomX":0,"BottomY":0})"),
-      // Holds those of the other parts of a window.
-      Faults<PlanItem>(
-          R"({"Sequence":0,"ResourceType":0,"ResourceID":"","SiteID":"","ResourceName":"","OnlineStatus":0,)"
-          R"("ResourceCapability":"","StreamType":0,"ConnectType":0,"CameraType":0,"PresetId":0,"PresetName":"",)"
-          R"("IsDelete":false,"PermissionItem":"","RelateResourceType":-1,"RelateResourceID":-1,"RelateResourceName":"",)"
-          R"("ExtendResource":"","DeviceID":0,"WindowNo":0,"Xtop":"-1.0","Ytop":"-1.0","Xbottom":"-1.0",)"
-          R"("Ybottom":"-1.0","PresetPointIndex":0,"CruiseIndex":0,"TrackIndex":0,)"
-          R"("FishEye":{"is_fisheye_open":false,"mount_type":0,"expand_mode":0,"window_no":0,"FisheyeWndParam":[]},)"
-          R"("Emap":{"LoadMode":0,"PosX":"","PosY":"","ScaleSize":0,"ExtendInfo":""},)"
-          R"("CenterMark":{"TopX":0,"TopY":0,"BottomX":0,"BottomY":0,"StreamType":0},)"
-          R"("ZoomWindowList":{"ZoomMode":0,"ZoomWindow":[]},)"
-          R"("RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1},)"
-          R"("CycleInfo":{"cycle_type":0,"cycle_time":0,"CycleName":"","CycleResourceID":[]}})"),
-      Faults<PlanPage>(R"({"windowDivision":0,"customWindowDivision":"","PlanItems":[]})"),
-      Faults<PlanGroup>(R"({"Name":"","ParentID":"","ID":"","Type":0,"is_share_viwgroup":false})"),
-      Faults<PlanBasicInfo>(R"({"name":"","Remark":"","ID":"","ParentID":"","Type":0,"is_share_view":false})"),
-      Faults<SearchedPlan>(
-          R"({"indexCode":"","name":"","hightlightName":"","roundTime":0,"remark":"","presetDocType":"",)"
-          R"("uploadPresetDoc":"","appCode":"","ownerId":"","flag":"","autoRun":"","planStartTime":"",)"
-          R"("planEndTime":""})"),
-      Faults<GetPlanGroupsRequest>(R"({"ParentID":"","GroupType":0})"),
-      Faults<GetPlanGroupsResponse>(R"({"ErrorInfo":"","Total":0,"PlanGroups":[]})"),
-      Faults<AddPlanGroupRequest>(R"({"Name":"","ParentID":"","Type":0,"is_share_viewgroup":false})"),
-      Faults<AddPlanGroupResponse>(kErrorAndId),
-      Faults<UpdatePlanGroupRequest>(R"({"Name":"","ID":"","is_share_viewgroup":false})"),
-      Faults<UpdatePlanGroupResponse>(kError),
-      Faults<DeletePlanGroupRequest>(R"({"ID":"","GroupName":"","Type":0})"),
-      Faults<DeletePlanGroupResponse>(kError),
-      Faults<GetPlansInGroupRequest>(R"({"GroupID":"","Type":0,"resource_download_judge":false})"),
-      Faults<GetPlansInGroupResponse>(R"({"ErrorInfo":"","Total":0,"Plans":[]})"),
-      Faults<AddPlanRequest>(
-          R"({"GroupID":"","GroupName":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"Remark":"","AutoRun":0,)"
-          R"("PlanStartTime":"","PlanEndTime":"","OwnerId":"","PlanPages":[]})"),
-      Faults<AddPlanResponse>(kErrorAndId),
-      Faults<UpdatePlanRequest>(
-          R"({"GroupID":"","GroupName":"","ID":"","Name":"","OwnerId":"","Type":0,"AutoCycle":0,"RoundTime":0,)"
-          R"("Remark":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"","PlanPages":[],"is_share_view":false})"),
-      Faults<UpdatePlanResponse>(kError),
-      Faults<DeletePlanResquest>(R"({"ID":"","Name":"","GroupID":"","GroupName":"","UserID":""})"),
-      Faults<DeletePlanResponse>(kError),
-      Faults<GetPlanDetailRequest>(
-          R"({"ID":"","AutoRun":0,"PermissionItem":"","NeedResourceName":true,"resource_download_judge":false})"),
-      Faults<GetPlanDetailResponse>(
-          R"({"ErrorInfo":"","GroupID":"","ID":"","Name":"","Type":0,"AutoCycle":0,"RoundTime":0,"AppCode":"",)"
-          R"("Remark":"","OwnerId":"","CreateTime":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"",)"
-          R"("PlanPages":[],"is_share_view":false,"share_user_name":""})"),
-      Faults<GetPlanConfigRequest>(R"({"request":""})"),
-      Faults<GetPlanConfigResponse>(
-          R"({"LoadAll":false,"CreateRootPlan":false,"EnableSearch":true,"EnableDrag":true,)"
-          R"("SupportDelPlanWithChildren":true,"ViewOrPlan":0,"SupportTimedPlay":false,"OnlyCamera":false,)"
-          R"("MoveBetweenPublicAndPrivate":false,"SupportAddCameraFromFavorite":false,"SupportSmoothStream":true,)"
-          R"("ShowCreationInfo":false,"IsSupportSaveSingleCycle":false,"SupportThumbnail":true,)"
-          R"("SupportPlanGroupCycle":false})"),
-      Faults<PlanSearchRequest>(R"({"keyword":"","publicFlag":0})"),
-      Faults<PlanSearchResponse>(R"({"ErrorInfo":"","total":0,"searchedPlan":[]})"),
-      Faults<IndexCodeStartRequest>(R"({"IndexCode":"","Start":false,"Success":false})"),
-      Faults<IndexCodeStartResponse>(kError),
-      Faults<ClienInitViewDataRequest>(kUnread),
-      Faults<ClienInitViewDataResponse>(R"({"error_info":"","init_finish":false})"),
-      Faults<GetCurrentUserRequest>(R"({"str_request":""})"),
-      Faults<GetCurrentUserResponse>(R"({"user_id":0,"user_name":""})"),
-      Faults<UserDetailInfo>(R"({"user_id":0,"user_name":"","user_online":false,"user_ptz_ability":0})"),
-      Faults<UserRequestInfo>(kUnread),
-      Faults<UserResponseInfo>(R"({"error_info":"","user_detail_list":[]})"),
-      Faults<ViewShareResquestInfo>(R"({"share_users":"","view_id":""})"),
-      Faults<UserErrorInfo>(R"({"user_id":0,"user_name":"","error_model":0,"error_code":0})"),
-      Faults<ShareViewResponseInfo>(R"({"error_model":0,"error_code":0,"error_info":"","lst_user_data":[]})"),
-      Faults<GetClientDefaultViewConfigRequest>(kUnread),
-      Faults<GetClientDefaultViewConfigResponse>(R"({"error_module":0,"error_code":0,"error_info":"",)"
-                                                 R"("ViewData":{"ViewDefaultConfig":{"view_type":0,"view_id":""}}})"),
-      Faults<ClienDefaultViewConfigRequest>(R"({"view_type":0,"view_id":""})"),
-      Faults<ClienDefaultViewConfigReponse>(R"({"error_info":""})"),
-      Faults<ResourceUpdateRegister>(R"({"ResourceType":0,"ID":"","IsRegister":false})"),
-  };
-  for (const std::string& text : faults) EXPECT_EQ(text, "");
+  std::ifstream texts(RECORD_TEXTS);
+  // PlanItem holds those of the other parts of a window.
+  EXPECT_EQ(
+      (FaultsOfEach<FisheyeWndParam, CycleResourceID, ZoomWindow, PlanItem, PlanPage, PlanGroup, PlanBasicInfo,
+                    SearchedPlan, GetPlanGroupsRequest, GetPlanGroupsResponse, AddPlanGroupRequest,
+                    AddPlanGroupResponse, UpdatePlanGroupRequest, UpdatePlanGroupResponse, DeletePlanGroupRequest,
+                    DeletePlanGroupResponse, GetPlansInGroupRequest, GetPlansInGroupResponse, AddPlanRequest,
+                    AddPlanResponse, UpdatePlanRequest, UpdatePlanResponse, DeletePlanResquest, DeletePlanResponse,
+                    GetPlanDetailRequest, GetPlanDetailResponse, GetPlanConfigRequest, GetPlanConfigResponse,
+                    PlanSearchRequest, PlanSearchResponse, IndexCodeStartRequest, IndexCodeStartResponse,
+                    ClienInitViewDataRequest, ClienInitViewDataResponse, GetCurrentUserRequest, GetCurrentUserResponse,
+                    UserDetailInfo, UserRequestInfo, UserResponseInfo, ViewShareResquestInfo, UserErrorInfo,
+                    ShareViewResponseInfo, GetClientDefaultViewConfigRequest, GetClientDefaultViewConfigResponse,
+                    ClienDefaultViewConfigRequest, ClienDefaultViewConfigReponse, ResourceUpdateRegister>(texts)),
+      "");
+  EXPECT_TRUE(texts.peek() == EOF);
 }
 
 }  // namespace

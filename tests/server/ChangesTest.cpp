@@ -3,11 +3,13 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <sqlite3.h>
 
+#include <numeric>
 #include <regex>
 #include <set>
 #include <stdexcept>
 #include <thread>
 
+#include "../Cases.h"
 #include "TestClient.h"
 #include "server/changes/ChangeFeed.h"
 #include "server/login/Accounts.h"
@@ -109,29 +111,11 @@ TEST_F(ChangesTest, AChangesNumberStandsInTheAnswerTheListsTheObjectAndTheEvent)
     return numbers;
   };
   EXPECT_EQ(ann.Get("V0/Views").DataText(), R"({"ChangeNumber":"0","ViewList":{"View":[]}})") << "before the first";
-  const struct {
-    std::string method, path, body, data;
-    std::string numbers;  // afterwards: the groups' list's own, then of each group; the same of views
-  } cases[] = {
-      {"POST", "V0/ViewGroups", GroupBody("G", -1, kAnn), R"({"ViewGroup":{"ID":1},"ChangeNumber":"1"})", "1 1; 1"},
-      {"POST", "V0/ViewGroups", GroupBody("H", -1, kAnn), R"({"ViewGroup":{"ID":2},"ChangeNumber":"2"})", "2 1 2; 2"},
-      {"POST", "V0/Views", ViewBody("V", 1, kAnn), R"({"View":{"ID":1},"ChangeNumber":"3"})", "3 1 2; 3 3"},
-      {"POST", "V0/Views", ViewBody("W", 1, kAnn), R"({"View":{"ID":2},"ChangeNumber":"4"})", "4 1 2; 4 3 4"},
-      {"POST", "V0/Views", ViewBody("X", -1, kAnn), R"({"View":{"ID":3},"ChangeNumber":"5"})", "5 1 2; 5 3 4 5"},
-      {"PUT", "V0/Views/1", ViewBody("U", 1, kAnn), R"({"ChangeNumber":"6"})", "6 1 2; 6 6 4 5"},
-      {"PUT", "V0/Views/Move", MoveBody(1, 2, "3,1"), R"({"ChangeNumber":"8"})", "8 1 2; 8 8 4 7"},
-      {"PUT", "V0/ViewGroups/1", GroupBody("I", -1, -1), R"({"ChangeNumber":"9"})", "9 9 2; 9 8 4 7"},
-      {"PUT", "V0/ViewGroups/Move", MoveBody(2, 1, "2"), R"({"ChangeNumber":"10"})", "10 9 10; 10 8 4 7"},
-      {"POST", "V1/View/1/Share", ShareBody("2"), R"({"ErrorList":{"Error":[]}})", "11 9 10; 11 11 4 7"},
-      {"PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":1}})", "{}", "11 9 10; 11 11 4 7"},
-      {"PUT", "V0/Views/9", ViewBody("U", 1, kAnn), "{}", "11 9 10; 11 11 4 7"},
-      {"DELETE", "V0/Views/2", "", R"({"ChangeNumber":"12"})", "12 9 10; 12 11 7"},
-      {"DELETE", "V0/ViewGroups/1", "", R"({"ChangeNumber":"16"})", "16; 16"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.method + " " + c.path);
-    EXPECT_EQ(ann.Request(c.method, c.path, c.body).DataText(), c.data);
-    EXPECT_EQ(numbersIn("V0/ViewGroups") + "; " + numbersIn("V0/Views"), c.numbers);
+  // Afterwards: the number of the groups' list, then of each group; the same of views.
+  for (const auto& [edit, expected] : testing_support::Cases(TABLES "Edits.txt")) {
+    SCOPED_TRACE(edit);
+    EXPECT_EQ(ann.Do(edit).DataText(), expected.at(0));
+    EXPECT_EQ(numbersIn("V0/ViewGroups") + "; " + numbersIn("V0/Views"), expected.at(1));
   }
   EXPECT_EQ(ann.Listen(15).Next().Brief(), "OwnViewGroups -1") << "the number of the group that was named";
 
@@ -203,9 +187,9 @@ TEST_F(ChangesTest, NoMoreBytesOfChangesAreKeptThanWanted) {
     const int64_t last = ann.Sequence();
     EXPECT_EQ(ann.Listen(last - 4).NextBriefs(4), i == 0 ? "OwnViews *1; OwnViews *1; OwnViews *1; OwnViews *1"
                                                          : "Views *1; Views *1; Views *1; OwnViews *1");
-    EXPECT_EQ(ann.Listen(last - 6).Status(), 410);
+    EXPECT_EQ(ann.Listen(last - 5).Status(), 410);
     SQLite::Database store(Options().dataFile);
-    EXPECT_LE(store.execAndGet("SELECT count(*) FROM documents").getInt(), 5);
+    EXPECT_EQ(store.execAndGet("SELECT count(*) FROM documents").getInt(), 4);
     restart();
     ann.Put(view, ViewBody("V", -1, kAnn, ballast));
   }
@@ -409,6 +393,34 @@ TEST(ChangeFeed, ReadsAPieceAtATimeAndTellsNowAndThenHowFarItHasCome) {
   EXPECT_EQ(taken(), "id: 12\n\n");
   feed->KeepAlive();
   EXPECT_EQ(taken(), "") << "once";
+}
+
+TEST(ChangeFeed, SoMuchWaitsForAListenerAndBeyondThatItReadsByItself) {
+  constexpr size_t kMiB = 1 << 20;
+  const struct {
+    int64_t events;
+    size_t size;  // of each
+    size_t atOnce, kept;
+  } cases[] = {{1000, 10, 1000, 1000}, {1001, 10, 1000, 1000}, {3, kMiB / 2, 2, 3},
+               {4, kMiB, 1, 4},        {5, kMiB, 1, 4},        {1, 5 * kMiB, 1, 1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.events) + " of " + std::to_string(c.size));
+    DullStore store;
+    store.pieces = 1;
+    const auto feed = std::make_shared<ChangeFeed>(store, Caller{}, 0);
+    std::vector<Text> events;
+    feed->Take(events);  // by now it is subscribed
+    for (int64_t i = 1; i <= c.events; ++i) feed->Offer(3 + i, std::make_shared<std::string>(c.size, 'x'));
+    std::vector<size_t> taken;
+    do {
+      events.clear();
+      feed->Take(events);
+      taken.push_back(events.size());
+    } while (taken.back() > 0);
+    EXPECT_EQ(taken.front(), c.atOnce);
+    EXPECT_EQ(std::accumulate(taken.begin(), taken.end(), size_t{0}), c.kept);
+    EXPECT_EQ(store.reads, c.kept < static_cast<size_t>(c.events) ? 2 : 1);
+  }
 }
 
 TEST(ChangeFeed, EndsWhereTheStoreFails) {

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <thread>
 
+#include "../Cases.h"
 #include "TestClient.h"
 #include "server/login/Accounts.h"
 #include "server/login/Secrets.h"
@@ -293,15 +294,8 @@ TEST_F(CommandsTest, ASeedIsAppliedWithoutServing) {
   EXPECT_EQ(ann.ViewIds(), "7");
 }
 
-TEST_F(CommandsTest, ASeedTakesNeitherTheLastIdNorAnothersName) {
-  for (const std::string list : {"ViewGroups", "Views", "Users"}) {
-    const std::string seed = "{\"" + list + R"(":[{"ID":2147483647,"Name":"last","Password":"x"}]})";
-    const std::string file = WriteFile("seed.json", seed);
-    EXPECT_NE(FailureOf([&] {
-                Serve(File()), m_server.reset(), ApplySeed(File(), file, {});
-              }).find(list + "[0]: an ID of 2147483647 would leave none for others"),
-              std::string::npos);
-  }
+TEST_F(CommandsTest, ASeedLeavesIdsForOthersAndTakesNobodysName) {
+  m_server.reset();
   ApplySeed(File(), WriteFile("seed.json", R"({"Views":[{"ID":2147483646,"Name":"V"}]})"), {});
   Serve(File());
   EXPECT_EQ(ann.Post("V0/Views", ViewBody("W", -1, kAnn)).Outcome(), "0/0 200");
@@ -322,6 +316,19 @@ TEST_F(CommandsTest, ASeedTakesNeitherTheLastIdNorAnothersName) {
   EXPECT_EQ(Users(Path("own.db")), "1\tmaria\n") << "a seed's own user may get another name";
 }
 
+// Which it cannot do much with: the store is nowhere.
+TEST_F(CommandsTest, TheProgramSaysForHowManyConnectionsDescriptorsSuffice) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"300", ""},
+      {"299", "viewserver: 299 file descriptors suffice for 199 connections only\n"},
+      {"150", "viewserver: 150 file descriptors suffice for 100 connections only\n"}};
+  for (const auto& [descriptors, said] : cases) {
+    const std::string program = "'" VIEWSERVER_FILE "' --max-connections 200 --data /nowhere/at/all";
+    std::system(("ulimit -n " + std::string(descriptors) + "; " + program + " 2>'" + Path("out") + "'").c_str());
+    EXPECT_EQ(Bytes(Path("out")), said + std::string("viewserver: cannot write beside /nowhere/at/all\n"));
+  }
+}
+
 TEST_F(CommandsTest, TheProgramsStatusTells) {
   m_server.reset();
   const auto run = [this](const std::string& arguments) {
@@ -333,7 +340,17 @@ TEST_F(CommandsTest, TheProgramsStatusTells) {
   const std::string data = "--data '" + File() + "' ";
   EXPECT_EQ(run("--version"), 0);
   EXPECT_EQ(Bytes(Path("out")).find("viewserver "), 0u);
+  for (const auto& [arguments, lines] : testing_support::Cases(TABLES "Help.txt")) {
+    EXPECT_EQ(run(arguments), 0);
+    std::string text;
+    for (const std::string& line : lines) text += line + "\n";
+    const std::string help = Bytes(Path("out"));
+    EXPECT_EQ(help.substr(std::min(help.find("Options:"), help.size())), text + "\n") << arguments;
+  }
   EXPECT_EQ(run("check"), 2) << "no store said";
+  for (const char* listen : {":80", "127.0.0.1", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:8x", "127.0.0.1:-1"}) {
+    EXPECT_EQ(run(data + "--listen " + listen), 2) << listen;
+  }
   EXPECT_EQ(run("--data '" + Path("typo") + "' user list"), 1);
   EXPECT_FALSE(std::filesystem::exists(Path("typo")));
   EXPECT_EQ(run(data + "check"), 0);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "../Cases.h"
 #include "TestClient.h"
 #include "server/faults/FaultPlan.h"
 
@@ -26,37 +27,23 @@ class FaultsTest : public ServerTest {
 };
 
 TEST_F(FaultsTest, APlanThatIsNotUsableIsRefusedWithItsPlace) {
-  const auto rule = [](const std::string& members) {
-    return R"({"Rules":[{"Fault":"Delay","Milliseconds":5},{)" + members + "}]}";
-  };
-  const std::string second = ": Rules[1]: ";
-  const std::pair<std::string, std::string> cases[] = {
-      {"", ""},
-      {"[]", " is not a JSON object"},
-      {R"({"Rules":[]})", "taken"},
-      {R"({"Seed":1})", ": Rules is not a list"},
-      {R"({"Rules":[],"Seed":"x"})", ": Seed is not a number from 0 to 2147483647"},
-      {R"({"Rules":[],"Sed":1})", ": there is no member \"Sed\""},
-      {R"({"Rules":[7]})", ": Rules[0]: not an object"},
-      {rule(""), second + "Fault is missing"},
-      {rule(R"("Fault":"Fire")"), second + "there is no fault \"Fire\""},
-      {rule(R"("Fault":"DropAfter","Chanse":1)"), second + "there is no member \"Chanse\""},
-      {rule(R"("Fault":"DropAfter","Chance":1.5)"), second + "Chance is not a number from 0 to 1"},
-      {rule(R"("Fault":"DropAfter","Method":1)"), second + "Method is not a text"},
-      {rule(R"("Fault":"DropAfter","Times":0)"), second + "Times is not a number from 1 to 2147483647"},
-      {rule(R"("Fault":"Delay")"), second + "Delay needs Milliseconds"},
-      {rule(R"("Fault":"Delay","Milliseconds":-1)"), second + "Milliseconds is not a number from 1 to 3600000"},
-      {rule(R"("Fault":"EmptyBody","Milliseconds":1)"), second + "EmptyBody has no Milliseconds"},
-      {rule(R"("Fault":"StallStream","Path":"V0/Views")"),
-       second + "StallStream concerns the events of change streams: it has no Method and no Path"},
-      {rule(R"("Fault":"ColleagueEdit")"), second + "Colleague goes with ColleagueEdit, and only with it"},
-      {rule(R"("Fault":"ColleagueEdit","Colleague":{"User":"bob"})"), second + "Colleague needs User, Method and Path"},
-  };
-  for (const auto& [plan, why] : cases) EXPECT_EQ(WhyRefused(plan), why) << plan;
+  for (const auto& [plan, why] : testing_support::Cases(TABLES "FaultPlans.txt")) {
+    EXPECT_EQ(WhyRefused(plan), why.at(0)) << plan;
+  }
+  EXPECT_EQ(WhyRefused(""), "");
   ViewServerOptions options = Options();
   options.dataFile = ":memory:";
   options.faultsFile = (m_folder / "nowhere.json").string();
   EXPECT_THROW(ViewServer refused(options), std::runtime_error);
+}
+
+TEST(FaultPatterns, APatternFitsWholePathsAndFindsTheId) {
+  for (const auto& [both, expected] : testing_support::Cases(TABLES "FaultPlans.txt")) {
+    const std::string pattern = both.substr(0, both.find(' ')), path = both.substr(pattern.size() + 1);
+    std::string id;
+    const bool fits = FitsPattern(pattern, path, id);
+    EXPECT_EQ(fits ? "fits" + (id.empty() ? "" : " " + id) : "does not", expected.at(0)) << both;
+  }
 }
 
 TEST_F(FaultsTest, AnswersAreLateOrCutAnywhereOrLackTheirCode) {

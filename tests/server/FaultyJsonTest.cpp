@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Texts that are nearly JSON, in every place where the server reads it: each is refused whole, and changes nothing.
+#include "../Cases.h"
 #include "TestClient.h"
 #include "server/documents/Requests.h"
 #include "server/faults/FaultPlan.h"
@@ -9,43 +10,28 @@
 namespace server::test {
 namespace {
 
-std::vector<std::string> FaultyValues() {
-  std::vector<std::string> values = {
-      // words and numbers
-      "", "tru", "nul", "True", "NULL", "undefined", "NaN", "Infinity", "-Infinity", "+1", "01", "-01", ".5", "1.", "-",
-      "--1", "1e", "1e+", "0x10", "1_000", "1 2", "1,5 6", "#",
-      // texts
-      R"("open)", "'single'", R"("\x41")", R"("\u12G4")", R"("\u12")", R"("\")", "\"line\nline\"", "\"tab\t\"",
-      R"("\ud800")", R"("\ud800\u0041")", R"("\udc00")", R"("\ud83d\ud83d")", R"("a" "b")", R"("a"+"b")",
-      // bytes that are no UTF-8: alone, too long for what they say, halves of pairs, beyond the last, cut off
-      "\"\xff\"", "\"\x80\"", "\"\xc0\x80\"", "\"\xe0\x80\x80\"", "\"\xed\xa0\x80\"", "\"\xf4\x90\x80\x80\"",
-      "\"\xf8\x88\x80\x80\x80\"", "\"\xe2\x82\"", "\xff",
-      // lists and objects
-      "[", "]", "[1,]", "[,1]", "[1,,2]", "[1 2]", "[1}", "{", R"({"a"})", R"({"a":})", R"({"a":1,})", "{,}", "{a:1}",
-      "{'a':1}", R"({"a" 1})", R"({"a"::1})", "{1:2}", R"({"a":1 "b":2})", R"({"a":1]})", R"({"a":1;"b":2})",
-      // what other readers allow
-      "/*c*/1", "1//c\n", "(1)", "<1>", "`a`"};
-  values.emplace_back("\"nul\0\"", 6);
-  values.emplace_back("\0", 1);
-  values.push_back(std::string(150, '[') + std::string(150, ']'));
-  values.push_back(std::string(50000, '['));
+// Those of the table, and what does not stand well in a file of texts.
+std::vector<std::string> Values(const char* name, std::initializer_list<std::string> others) {
+  std::vector<std::string> values = others;
+  for (const auto& value : testing_support::Cases(TABLES "JsonValues.txt", name)) values.push_back(value.text);
   return values;
 }
 
-const std::vector<std::string> kGoodValues = {"null",
-                                              "true",
-                                              "-0",
-                                              "0.5",
-                                              "1e5",
-                                              "-1.5E-3",
-                                              "[]",
-                                              "{}",
-                                              R"("\ud83d\udcf7")",
-                                              "\"\xf4\x8f\xbf\xbf\"",
-                                              "\"\x7f\"",
-                                              R"("\u0000\/\b")",
-                                              " \t[ 1 , 2 ] ",
-                                              std::string(50, '[') + std::string(50, ']')};
+std::vector<std::string> FaultyValues() {
+  return Values(
+      "Faulty",
+      {"", "\"line\nline\"", "\"tab\t\"", "1//c\n", std::string("\"nul\0\"", 6), std::string("\0", 1),
+       // bytes that are no UTF-8: alone, too long for what they say, halves of pairs, beyond the last, cut off
+       "\"\xff\"", "\"\x80\"", "\"\xc0\x80\"", "\"\xe0\x80\x80\"", "\"\xed\xa0\x80\"", "\"\xf4\x90\x80\x80\"",
+       "\"\xf8\x88\x80\x80\x80\"", "\"\xe2\x82\"", "\xff",
+       // deep
+       std::string(150, '[') + std::string(150, ']'), std::string(50000, '[')});
+}
+
+std::vector<std::string> GoodValues() {
+  return Values("Good",
+                {"\"\xf4\x8f\xbf\xbf\"", "\"\x7f\"", " \t[ 1 , 2 ] ", std::string(50, '[') + std::string(50, ']')});
+}
 
 std::string With(const std::string& text, const std::string& value) {
   std::string filled = text;
@@ -112,7 +98,7 @@ TEST_F(FaultyJsonTest, ABodyThatIsNearlyJsonIsRefusedAndChangesNothing) {
   }
   EXPECT_EQ(state(), before);
   for (const Place& place : kBodies) {
-    for (const std::string& value : kGoodValues) {
+    for (const std::string& value : GoodValues()) {
       if (place.path == std::string("V0/Sessions") && value != "null") continue;  // a log-in takes its time
       EXPECT_EQ(ann.Request(place.method, place.path, With(place.body, value)).Outcome(), "0/0 200")
           << place.path << ' ' << value;
@@ -146,7 +132,7 @@ TEST(StoredJson, WhatIsNearlyJsonIsNoDocumentAndNoHead) {
     for (const std::string& value : FaultyValues()) {
       EXPECT_NE(WhyNoDocument(With(place, value)), nullptr) << value.substr(0, 300);
     }
-    for (const std::string& value : kGoodValues) {
+    for (const std::string& value : GoodValues()) {
       if (value.find('\t') != std::string::npos) continue;  // nothing is written so
       EXPECT_EQ(WhyNoDocument(With(place, value)), nullptr) << value;
     }

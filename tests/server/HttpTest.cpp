@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "../Cases.h"
 #include "EchoHandler.h"
 #include "TestClient.h"
 #include "server/http/AccessLog.h"
@@ -48,55 +49,37 @@ class HttpTest : public ::testing::Test {
   std::unique_ptr<HttpServer> server;
 };
 
+// In tables of texts they stand as "\r\n".
+std::string WithLineEnds(std::string text) {
+  for (size_t at = 0; (at = text.find("\\r\\n", at)) != std::string::npos;) text.replace(at, 4, "\r\n");
+  return text;
+}
+
 TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
-  const std::string close = "Connection: close\r\n";
+  const std::string put = "PUT /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n";
+  const std::string token = "Authorization: Bearer trusted\r\n";
   const std::string big(70000, 'b');
-  const std::string tooBig(1100000, 'b');
-  const std::pair<std::string, std::string> cases[] = {
-      {"GET /a?b=c HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: bearer T\r\n\r\n", "200 GET|/a|b=c|T|"},
-      {"GET /a HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: Basic T\r\n\r\n", "200 GET|/a|||"},
-      {"GET /a HTTP/1.0\r\n\r\n", "200 GET|/a|||"},
-      {"GET /a HTTP/1.1\r\nHost: t\r\n" + close + "Content-Length: 2\r\n\r\nhi", "200 GET|/a|||hi"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\n" + close + "Transfer-Encoding: chunked\r\n\r\n2\r\nhi\r\n3\r\n yo\r\n0\r\n\r\n",
-       "200 PUT|/a|||hi yo"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\n" + close + "Authorization: Bearer trusted\r\nContent-Length: 70000\r\n\r\n" +
-           big,
-       "200 PUT|/a||trusted|70000"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\nContent-Length: 1100000\r\n\r\n" + tooBig,
-       "413 too large"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer trusted\r\nContent-Length: 99999999999999\r\n\r\n",
-       "413 too large"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n",
-       "413 too large"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 70000\r\n\r\n" + big,
-       "200 PUT|/a|||"},  // the handler says what is wrong
-      {"GET /a HTTP/1.1\r\nHost: t\r\nX: " + big + "\r\n\r\n", "413 too large"},
-      {"GET /" + big + " HTTP/1.1\r\nHost: t\r\n\r\n", "413 too large"},
-      {"GET http://t:1/a?b=c HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 GET|/a|b=c||"},
-      {"GET HTTPS://t?b HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 GET|/|b||"},
-      {"GET /a?u=http://t/b HTTP/1.1\r\nHost: [::1]:80\r\n" + close + "\r\n", "200 GET|/a|u=http://t/b||"},
-      {"HEAD /a HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 "},
-      {"HEAD /events HTTP/1.1\r\nHost: t\r\n" + close + "\r\n", "200 "},
-      {"PUT /a HTTP/1.0\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\nhi", "200 PUT|/a|||hi"},
-      {"GET /a HTTP/1.1\r\nHost:\r\n" + close + "\r\n", "200 GET|/a|||"},
-      {"GET /a HTTP/1.1\r\n\r\n", "400 malformed"},
-      {"GET /a HTTP/1.1\r\nHost: t\r\nHost: t\r\n\r\n", "400 malformed"},
-      {"GET /a HTTP/1.0\r\nHost: t\r\nHost: t\r\n\r\n", "400 malformed"},
-      {"GET /a HTTP/1.1\r\nHost: a b\r\n\r\n", "400 malformed"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", "501 unknown coding"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
-       "501 unknown coding"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: gzip\r\n\r\nhi", "400 malformed"},
-      {"PUT /a HTTP/1.1\r\nHost: t\r\nTransfer-Encoding: chunked, chunked\r\n\r\n0\r\n\r\n", "400 malformed"},
-      {"PUT /a HTTP/1.0\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "400 malformed"},
-      {"hello\r\n\r\n", "400 malformed"},
-      {"GET /a HTTP/1.1\r\nHost: t\r\nContent-Length: x\r\n\r\n", "400 malformed"},
-      {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
-  };
-  for (const auto& [sent, expected] : cases) EXPECT_EQ(Exchange(sent), expected) << sent.substr(0, 80);
+  std::vector<testing_support::Case> cases = testing_support::Cases(TABLES "Requests.txt");
+  for (const auto& [sent, expected] : {
+           std::pair(put + token + "Content-Length: 70000\r\n\r\n" + big, "200 PUT|/a||trusted|70000"),
+           {put + "Content-Length: 70000\r\n\r\n" + big, "200 PUT|/a|||"},  // the handler says what is wrong
+           {put + token + "Content-Length: 1048576\r\n\r\n" + std::string(1 << 20, 'b'), "200 PUT|/a||trusted|1048576"},
+           {put + token + "Content-Length: 1048577\r\n\r\n" + std::string((1 << 20) + 1, 'b'), "413 too large"},
+           {put + "Transfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n", "413 too large"},
+           {"GET /a HTTP/1.1\r\nHost: t\r\nX: " + big + "\r\n\r\n", "413 too large"},
+           {"GET /" + big + " HTTP/1.1\r\nHost: t\r\n\r\n", "413 too large"},
+           {"HEAD /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n", "200 "},
+           {"HEAD /events HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n", "200 "},
+           {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
+       }) {
+    cases.push_back({sent, {expected}});
+  }
+  for (const auto& [sent, expected] : cases)
+    EXPECT_EQ(Exchange(WithLineEnds(sent)), expected.at(0)) << sent.substr(0, 99);
 }
 
 TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
+  const auto began = std::chrono::steady_clock::now();
   Wire wire(
       server->Port(),
       "GET /1 HTTP/1.1\r\nHost: t\r\n\r\nGET /slow HTTP/1.1\r\nHost: t\r\n\r\nGET /late HTTP/1.1\r\nHost: t\r\n\r\n");
@@ -111,6 +94,7 @@ TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
     place = received.find(answer, place);
     EXPECT_NE(place, std::string::npos) << answer << " of " << received;
   }
+  EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(400)) << "two take their time";
 }
 
 TEST_F(HttpTest, AConnectionOfHttp10IsKeptWhereTheClientAsksForItAndToldSo) {
@@ -294,7 +278,10 @@ TEST(AccessLog, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
   }
   EXPECT_EQ(written + lost, kRequests);
   EXPECT_GT(lost, 0);
+  for (long i = 0; i < kRequests; ++i) log->Add(entry);
+  const auto began = std::chrono::steady_clock::now();
   log.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(20)) << "nor does its end";
   close(pipe);
 }
 

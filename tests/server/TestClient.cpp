@@ -219,6 +219,12 @@ std::string Client::Written(const std::string& method, const std::string& path, 
   return HeadOf(method, path, m_token) + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
+Answer Client::Do(const std::string& line) const {
+  const size_t path = line.find(' ') + 1;
+  const size_t end = std::min(line.find(' ', path), line.size());
+  return Request(line.substr(0, path - 1), line.substr(path, end - path), line.substr(std::min(end + 1, line.size())));
+}
+
 int32_t Client::Add(const std::string& kind, const std::string& body) const {
   const Answer answer = Post("V0/" + kind + "s", body);
   const Value& id = At(answer.Data(), "/" + kind + "/ID");

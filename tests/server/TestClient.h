@@ -107,6 +107,8 @@ class Client {
   Answer Post(const std::string& path, const std::string& body) const { return Request("POST", path, body); }
   Answer Put(const std::string& path, const std::string& body) const { return Request("PUT", path, body); }
   Answer Delete(const std::string& path) const { return Request("DELETE", path); }
+  // The same as one line: "PUT V0/Views/1 {...}".
+  Answer Do(const std::string& line) const;
   // Opens another session.
   Answer LogIn(const std::string& name, const std::string& password) const {
     return Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + "\"}}");

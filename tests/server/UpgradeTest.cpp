@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <fstream>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include "TestClient.h"
@@ -16,51 +18,11 @@
 namespace server::test {
 namespace {
 
-const char kSchemaOfVersion1[] = R"sql(
-CREATE TABLE users (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, password TEXT NOT NULL,
-                    ptz INTEGER NOT NULL DEFAULT 0);
-CREATE TABLE sessions (id INTEGER PRIMARY KEY AUTOINCREMENT, token_hash TEXT NOT NULL UNIQUE, user_id INTEGER NOT NULL,
-                       client TEXT NOT NULL, last_used INTEGER NOT NULL);
-CREATE INDEX sessions_of_user ON sessions (user_id);
-CREATE TABLE groups (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL, parent_id INTEGER NOT NULL,
-                     user_id INTEGER NOT NULL, shared_folder INTEGER NOT NULL, sequence INTEGER NOT NULL);
-CREATE TABLE documents (id INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT NOT NULL);
-CREATE TABLE views (id INTEGER PRIMARY KEY AUTOINCREMENT, guid TEXT NOT NULL, name TEXT NOT NULL,
-                    group_id INTEGER NOT NULL, user_id INTEGER NOT NULL, sequence INTEGER NOT NULL,
-                    auto_cycle INTEGER NOT NULL, cycle_time INTEGER NOT NULL, document_id INTEGER NOT NULL);
-CREATE INDEX views_of_document ON views (document_id);
-CREATE TABLE shares (view_id INTEGER NOT NULL, user_id INTEGER NOT NULL, PRIMARY KEY (view_id, user_id)) WITHOUT ROWID;
-CREATE TABLE changes (number INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, object_id INTEGER NOT NULL,
-                      session_id INTEGER NOT NULL, content_changed INTEGER NOT NULL, before TEXT NOT NULL,
-                      after TEXT NOT NULL, head TEXT NOT NULL, shared_head TEXT NOT NULL, document_id INTEGER NOT NULL);
-CREATE INDEX changes_of_document ON changes (document_id);
-CREATE TABLE default_views (user_id INTEGER PRIMARY KEY, type INTEGER NOT NULL, view_id INTEGER NOT NULL);
-CREATE TABLE areas (id INTEGER PRIMARY KEY, name TEXT NOT NULL);
-CREATE TABLE elements (id INTEGER PRIMARY KEY, type INTEGER NOT NULL, name TEXT NOT NULL, site_id INTEGER NOT NULL);
-CREATE TABLE seeded (kind TEXT NOT NULL, id INTEGER NOT NULL, digest TEXT NOT NULL,
-                     PRIMARY KEY (kind, id)) WITHOUT ROWID;
-PRAGMA user_version=1;
-)sql";
-
-// Changes up to 40 are trimmed: all of group 1 and view 10. View 13 is deleted. Group 2 and view 2 have one number.
-const char kRowsOfVersion1[] = R"sql(
-INSERT INTO users VALUES (1,'ann','-',5), (2,'bob','-',0), (3,'cid','-',0);
-INSERT INTO groups VALUES (1,'Open',-1,-1,0,1), (2,'Own',-1,1,1,1);
-INSERT INTO documents VALUES (1,',"PlanPages":[]'), (3,''),
-  (2,',"PlanPages":[{"SpliteType":4}],"ChangeNumber":"theirs","Ratio":0.25,"Extra":{"ChangeNumber":"ä"}');
-INSERT INTO views VALUES (2,'g2','plain',-1,1,1,-1,-1,3), (10,'g10','old',1,-1,1,0,10,1),
-                         (11,'g11','shared "s"',2,1,1,1,30,2);
-INSERT INTO shares VALUES (11,2);
-INSERT INTO default_views VALUES (2,1,11);
-INSERT INTO changes VALUES
-  (41,1,2,0,1,'','1','{"ID":2,"Name":"Own"','',0),
-  (42,2,11,0,1,'','1','{"ID":11,"Name":"first","ViewGroupID":2','',2),
-  (43,2,2,0,1,'','1','{"ID":2,"Name":"plain"','',3),
-  (44,2,11,0,0,'1','1,2','{"ID":11,"Name":"first","ViewGroupID":2','{"ID":11,"Name":"first","SharedUserID":1',2),
-  (45,2,13,0,1,'*','','','',0),
-  (46,2,11,0,1,'1,2','1,2','{"ID":11,"Name":"shared \"s\"","ViewGroupID":2',
-   '{"ID":11,"Name":"shared \"s\"","SharedUserID":1',2);
-)sql";
+std::string Table(const char* name) {
+  std::stringstream text;
+  text << std::ifstream(std::string(TABLES) + name).rdbuf();
+  return text.str();
+}
 
 // Everything that a store's tables hold, and what they look like.
 std::string DumpOf(const std::string& file) {
@@ -103,10 +65,10 @@ class UpgradeTest : public ServerTest {
     const std::string made = File() + ".made";
     SQLite::Database database(made, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database.exec("PRAGMA journal_mode=WAL");
-    database.exec(kSchemaOfVersion1);
+    database.exec(Table("Version1Schema.sql"));
     database.exec("PRAGMA wal_checkpoint(TRUNCATE)");
     database.exec("PRAGMA wal_autocheckpoint=0");
-    database.exec(kRowsOfVersion1);
+    database.exec(Table("Version1Rows.sql"));
     if (!more.empty()) database.exec(more);
     for (const std::string& name : {File() + ".before", File()}) {
       std::filesystem::copy_file(made, name);

@@ -264,7 +264,7 @@ TEST_F(WaitingTest, SharingWithTenThousandHoldsNobodyLongerThan50Milliseconds) {
 }
 
 TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
-  constexpr int kViews = 8000, kUsers = 10000;
+  constexpr int kViews = 8000, kUsers = 10000;  // as many as a view may be shared with at once
   std::string seed, ids, users;
   for (int i = 1; i <= kViews; ++i) {
     seed += (i == 1 ? "" : ",") + std::string(R"({"ID":)") + std::to_string(i) + R"(,"Name":"V","UserID":1})";

@@ -122,7 +122,7 @@ class Checker {
       if (key == keys.keys.end()) {
         NoteUnknown(name, keys, where);
       } else {
-        CheckValue(member.value, *key, where.empty() ? name : where + "." + name);
+        CheckValue(member.value, *key, where.empty() ? name : std::string(where).append(".").append(name));
       }
     }
   }
@@ -206,6 +206,7 @@ std::vector<std::string> FaultsOf(std::string_view exchange, const std::string& 
 
 std::vector<std::string> ExchangeNames() {
   std::vector<std::string> names;
+  names.reserve(std::size(kExchanges));
   for (const Exchange& exchange : kExchanges) names.emplace_back(exchange.name);
   return names;
 }

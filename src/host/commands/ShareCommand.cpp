@@ -52,6 +52,7 @@ const User* FindUser(const std::vector<User>& users, const std::string& text) {
 
 std::string UnknownUser(const std::vector<User>& users, const std::string& text) {
   std::vector<std::string> names;
+  names.reserve(users.size());
   for (const User& user : users) names.push_back(user.name);
   return "there is no such user" + Suggestion(text, names) + " (viewctl users lists them)";
 }

@@ -56,7 +56,7 @@ std::string Add(const Plugin& plugin, const EditableView& view, std::string& new
   rapidjson::Document answer;
   ObjectText request;
   AddContent(view, request);
-  const std::string reason = Reason(plugin.Ask("AddPlan", request.Text(), answer), answer);
+  std::string reason = Reason(plugin.Ask("AddPlan", request.Text(), answer), answer);
   if (reason.empty()) newId = TextOf(answer, "ID");
   return reason;
 }

@@ -20,10 +20,10 @@ struct PathSegment {
   std::size_t end = 0;      // Offset behind the segment, in the path.
 };
 
-// Reads the segment whose '/' stands at `begin`; false when it cannot name anything (no '/', no name, or an index
-// that is 0 or no number), and then `segment` is undefined.
+// Reads the segment whose '/' stands at `begin`, within the path; false when it cannot name anything (no '/', no name,
+// or an index that is 0 or no number), and then `segment` is undefined.
 bool ReadSegment(std::string_view path, std::size_t begin, PathSegment& segment) {
-  if (begin >= path.size() || path[begin] != '/') return false;
+  if (path[begin] != '/') return false;
   const std::string_view rest = path.substr(begin + 1);
   segment.name = rest.substr(0, rest.find('/'));
   segment.end = begin + 1 + segment.name.size();

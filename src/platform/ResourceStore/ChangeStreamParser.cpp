@@ -14,13 +14,7 @@ ChangeStreamParser::ChangeStreamParser(size_t limit) : m_limit(limit) {}
 
 void ChangeStreamParser::Feed(std::string_view piece, std::vector<ChangeEvent>& events) {
   while (!piece.empty()) {
-    if (m_afterCr) {
-      m_afterCr = false;
-      if (piece.front() == '\n') {
-        piece.remove_prefix(1);
-        continue;
-      }
-    }
+    if (std::exchange(m_afterCr, false) && piece.front() == '\n') piece.remove_prefix(1);
     size_t end = piece.find_first_of("\r\n");
     if (end == std::string_view::npos) {
       AppendToLine(piece);
@@ -34,9 +28,10 @@ void ChangeStreamParser::Feed(std::string_view piece, std::vector<ChangeEvent>& 
 }
 
 void ChangeStreamParser::AppendToLine(std::string_view text) {
+  if (m_lineTooLong) return;
   if (m_line.size() + text.size() > m_limit + kFieldNameRoom) {
     // What is kept of the line tells which field it was.
-    text = text.substr(0, m_line.size() < kFieldNameRoom ? kFieldNameRoom - m_line.size() : 0);
+    text = text.substr(0, kFieldNameRoom);
     m_lineTooLong = true;
   }
   m_line.append(text);

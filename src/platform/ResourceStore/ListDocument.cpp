@@ -65,15 +65,12 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
 
   bool StartObject() {
     if (m_elementDepth == 0 && IsListElement()) BeginElement();
-    if (m_elementDepth == 0 && m_matched < kPathLength - 1 && IsOnPath()) ++m_matched;
+    if (m_elementDepth == 0 && IsOnPath()) ++m_matched;
     ++m_depth;
     return true;
   }
   bool StartArray() {
-    if (m_elementDepth == 0 && m_matched == kPathLength - 1 && m_depth == m_matched && !m_listSeen && IsOnPath()) {
-      m_arrayDepth = m_depth + 1;
-      m_listSeen = true;
-    }
+    if (m_elementDepth == 0 && BeginsList()) m_arrayDepth = m_depth + 1;
     ++m_depth;
     return true;
   }
@@ -100,22 +97,22 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   static constexpr size_t kPathLength = 5;
 
   // Whether the value that now begins continues the path.
-  bool IsOnPath() const { return m_matched == m_depth && (m_depth == 0 || m_key == m_path[m_depth]); }
-  bool IsListElement() {
-    if (m_arrayDepth != 0) return m_depth == m_arrayDepth;
+  bool IsOnPath() const { return m_matched == m_depth && m_depth < kPathLength && m_key == m_path[m_depth]; }
+  // The first value at the end of the path is the list.
+  bool BeginsList() {
     if (m_listSeen || m_depth != kPathLength - 1 || !IsOnPath()) return false;
-    m_listSeen = true;  // a lone object
+    m_listSeen = true;
     return true;
   }
+  bool IsListElement() { return m_arrayDepth != 0 ? m_depth == m_arrayDepth : BeginsList(); }
 
   void BeginElement() {
     m_elementDepth = m_depth + 1;
-    m_elementBegin = m_stream.Tell();
-    m_memberBegin = m_elementBegin + 1;
+    m_keptFrom = m_stream.Tell();
+    m_memberBegin = m_keptFrom + 1;
     m_element = {};
     m_idSeen = m_methodSeen = m_numberSeen = false;
     m_kept.clear();
-    m_keptFrom = m_elementBegin;
   }
   void EndElement() {
     m_elementDepth = 0;
@@ -191,7 +188,6 @@ class ListHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, ListH
   bool m_idSeen = false;
   bool m_methodSeen = false;
   bool m_numberSeen = false;
-  size_t m_elementBegin = 0;
   size_t m_memberBegin = 0;  // where the last member ended, the comma not included
   size_t m_keptFrom = 0;     // from here on the element's text is still to be kept
   std::string m_kept;

@@ -7,8 +7,6 @@ namespace ResourceStore::details {
 
 namespace {
 
-constexpr size_t kCompactFrom = 64;
-
 std::string IdText(uint32_t id) {
   return "{\"ID\":" + std::to_string(id) + "}";
 }
@@ -168,18 +166,14 @@ void ResourceList::Remove(uint32_t id) {
   if (place == m_index.end()) return;
   m_elements[place->second] = {};
   m_index.erase(place);
-  if (++m_removed > kCompactFrom && m_removed > m_elements.size() / 2) Compact();
+  if (++m_removed > m_elements.size() / 2) Compact();
 }
 
 void ResourceList::Compact() {
-  size_t kept = 0;
-  for (Element& element : m_elements) {
-    if (!element.present) continue;
-    if (element.id) m_index[*element.id] = kept;
-    if (&m_elements[kept] != &element) m_elements[kept] = std::move(element);
-    ++kept;
+  std::erase_if(m_elements, [](const Element& element) { return !element.present; });
+  for (size_t at = 0; at < m_elements.size(); ++at) {
+    if (m_elements[at].id) m_index[*m_elements[at].id] = at;
   }
-  m_elements.resize(kept);
   m_removed = 0;
 }
 

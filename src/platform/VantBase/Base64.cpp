@@ -26,7 +26,6 @@ constexpr std::array<std::int8_t, 256> kValues = MakeValues();
 
 std::string Base64Encode(const std::string& bytes) {
   std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
   std::uint32_t bits = 0;
   int bitCount = 0;
   for (const char byte : bytes) {
@@ -44,7 +43,6 @@ std::string Base64Encode(const std::string& bytes) {
 
 std::string Base64Decode(const std::string& text) {
   std::string bytes;
-  bytes.reserve(text.size() / 4 * 3 + 2);
   std::uint32_t bits = 0;
   int bitCount = 0;
   for (const char character : text) {

@@ -22,16 +22,13 @@ class StderrSink : public ILogSink {
  public:
   StderrSink() : m_logger("", std::make_shared<spdlog::sinks::stderr_sink_mt>()) {
     m_logger.set_pattern("%Y-%m-%d %H:%M:%S.%e [%t] %v");
-    m_logger.set_level(spdlog::level::trace);
     // A stderr that cannot be written to is nothing to talk about on stderr.
     m_logger.set_error_handler([](const std::string&) {});
   }
 
   bool Wants(int level) const override { return level >= kErrorLevel; }
 
-  void Write(int level, const char* module, const std::string& text) override {
-    m_logger.log(level >= kErrorLevel ? spdlog::level::err : spdlog::level::info, "{} {}", module, text);
-  }
+  void Write(int, const char* module, const std::string& text) override { m_logger.error("{} {}", module, text); }
 
  private:
   spdlog::logger m_logger;

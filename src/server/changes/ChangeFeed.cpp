@@ -132,9 +132,7 @@ void ChangeHub::Add(const FeedPtr& feed) {
 
 void ChangeHub::Remove(ChangeFeed* feed) {
   const auto it = m_feedsOfUser.find(feed->Listener().userId);
-  if (it == m_feedsOfUser.end()) return;
-  it->second.erase(feed);
-  if (it->second.empty()) m_feedsOfUser.erase(it);
+  if (it != m_feedsOfUser.end()) it->second.erase(feed);
 }
 
 // Those that read by themselves are woken, too: they may have missed that they were to.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/faults/FaultHandler.h"
 
+#include <rapidjson/pointer.h>
+
 #include <boost/asio/steady_timer.hpp>
 #include <cstdio>
 #include <deque>
@@ -83,10 +85,8 @@ void GiveWrongKind(std::string& body, uint32_t random) {
 
 void RemoveErrorCode(std::string& body) {
   Document document;
-  if (!::json::Parse(body, document) || !document.IsObject()) return;
-  const auto envelope = document.FindMember("ResponseStatus");
-  if (envelope == document.MemberEnd() || !envelope->value.IsObject()) return;
-  envelope->value.RemoveMember("ErrorCode");
+  if (!::json::Parse(body, document)) return;
+  if (Value* const envelope = rapidjson::Pointer("/ResponseStatus").Get(document)) envelope->RemoveMember("ErrorCode");
   body = wire::Serialise(document);
 }
 

@@ -52,7 +52,7 @@ std::string TimeText(std::chrono::system_clock::time_point time) {
 
 int Open(const std::string& file) {
   const int opened = file == "-" ? STDERR_FILENO : open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0640);
-  if (opened < 0) throw std::runtime_error("cannot write access log " + file);
+  if (opened == -1) throw std::runtime_error("cannot write access log " + file);
   return opened;
 }
 
@@ -140,8 +140,9 @@ void AccessLog::Run() {
 void AccessLog::Write(std::string_view text) {
   while (!text.empty()) {
     pollfd writable{m_file, POLLOUT, 0};
-    if (poll(&writable, 1, 200) <= 0) {
-      if (IsEnding()) return;
+    const bool isEnding = IsEnding();
+    if (poll(&writable, 1, isEnding ? 0 : 200) <= 0) {
+      if (isEnding) return;
       continue;
     }
     const ssize_t count = write(m_file, text.data(), std::min<size_t>(text.size(), PIPE_BUF));

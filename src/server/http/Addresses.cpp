@@ -17,7 +17,7 @@ std::string_view Trimmed(std::string_view text) {
 
 // "1.2.3.4", "1.2.3.4:567", "2001:db8::1", "[2001:db8::1]:567".
 std::optional<Address> ParseAddress(std::string_view text) {
-  if (!text.empty() && text.front() == '[') {
+  if (text.starts_with('[')) {
     text = text.substr(1, text.find(']') - 1);
   } else if (text.find(':') == text.rfind(':')) {
     text = text.substr(0, text.find(':'));

@@ -72,15 +72,12 @@ std::chrono::seconds LoginGuard::WaitAt(const std::string& userName, const std::
   const base::MutexLock lock(m_mutex);
   if (m_gotIn.count(who) > 0) return std::chrono::seconds(0);
   const auto paid = m_paidUntil.find(peer);
-  if (paid == m_paidUntil.end() || paid->second <= now + kAheadAtAddress) return std::chrono::seconds(0);
-  return std::chrono::ceil<std::chrono::seconds>(paid->second - now - kAheadAtAddress);
+  if (paid == m_paidUntil.end()) return std::chrono::seconds(0);
+  return std::max(std::chrono::ceil<std::chrono::seconds>(paid->second - now - kAheadAtAddress), {});
 }
 
 void LoginGuard::CountAt(const std::string& peer, Time now) {
-  if (m_paidUntil.size() >= kMaxAddresses && m_paidUntil.count(peer) == 0) {
-    std::erase_if(m_paidUntil, [now](const auto& entry) { return entry.second <= now; });
-    if (m_paidUntil.size() >= kMaxAddresses) EraseEarliest(m_paidUntil);
-  }
+  if (m_paidUntil.size() >= kMaxAddresses && m_paidUntil.count(peer) == 0) EraseEarliest(m_paidUntil);
   Time& paidUntil = m_paidUntil[peer];
   paidUntil = std::max(paidUntil, now) + kForEachAtAddress;
 }

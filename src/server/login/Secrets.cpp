@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 
 namespace server {
 
@@ -61,9 +62,9 @@ bool VerifyPassword(const std::string& hash, const std::string& password) {
 }
 
 std::string MakePassword() {
-  static const char kLetters[] = "abcdefghijkmnopqrstuvwxyzABCDEFGHJKLMNPQRSTUVWXYZ23456789";
+  constexpr std::string_view kLetters = "abcdefghijkmnopqrstuvwxyzABCDEFGHJKLMNPQRSTUVWXYZ23456789";
   std::string password(20, '\0');
-  for (char& c : password) c = kLetters[randombytes_uniform(sizeof kLetters - 1)];
+  for (char& c : password) c = kLetters[randombytes_uniform(static_cast<uint32_t>(kLetters.size()))];
   return password;
 }
 

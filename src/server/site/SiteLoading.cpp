@@ -37,7 +37,7 @@ class Loading {
 
   int32_t OwnerIn(const SoundRow& row, int column) const {
     const int32_t owner = row.Int(column, "owner");
-    if (owner != kNobody && m_users.count(owner) == 0) {
+    if (owner != kNobody && !m_users.contains(owner)) {
       throw Damage{"its owner " + std::to_string(owner) + " does not exist"};
     }
     return owner;
@@ -108,8 +108,7 @@ class Loading {
     const auto found = m_shares.find(view.id);
     if (found == m_shares.end()) return sharedWith;
     for (const int64_t user : found->second) {
-      const bool exists = user >= 1 && user <= kMaxId && m_users.count(static_cast<int32_t>(user)) != 0;
-      if (exists && view.userId != kNobody && user != view.userId) {
+      if (m_users.contains(user) && view.userId != kNobody && user != view.userId) {
         sharedWith.push_back(static_cast<int32_t>(user));
       } else {
         m_findings.Add("view " + std::to_string(view.id) + ": its share with user " + std::to_string(user) +
@@ -150,7 +149,7 @@ class Loading {
   Database& m_database;
   Catalog& m_catalog;
   Findings& m_findings;
-  std::set<int32_t> m_users;
+  std::set<int64_t> m_users;
   std::map<int32_t, Group> m_groups;
   std::set<int32_t> m_passed;                        // on the ways up that have been looked at
   std::map<int64_t, std::vector<int64_t>> m_shares;  // ascending

@@ -17,8 +17,6 @@ struct Damage {
   std::string what;  // "its name is not a text"
 };
 
-constexpr int32_t kMaxId = std::numeric_limits<int32_t>::max();
-
 class SoundRow {
  public:
   explicit SoundRow(Query& row) : m_row(row) {}

@@ -27,25 +27,21 @@ constexpr char kPlan[] =
     R"("Name":"a plan with a name of some length","GroupID":"2","PlanPages":[{"windowDivision":4,"PlanItems":)"
     R"([{"Sequence":0,"ResourceType":1001,"ResourceID":"9"},{"Sequence":1,"ResourceType":1001,"ResourceID":"10"}]}]})";
 
-// With numbers: of the list, of its elements, and of what changes them.
-std::string Numbered(const std::string& elements, const std::string& number) {
+// These elements, with the number of their change.
+std::string WithNumber(const std::string& elements, const std::string& number) {
   std::string text;
   for (size_t begin = 0, id; (id = elements.find("{\"ID\":", begin)) != std::string::npos; begin = id + 1) {
     text += elements.substr(begin, id + 1 - begin) + R"("ChangeNumber":")" + number + "\",";
   }
   return text + elements.substr(elements.rfind("{\"ID\":") + 1);
 }
-std::string NumberedList(const std::string& list, const std::string& number) {
-  const std::string data = R"("Data":{)";
-  return std::string(list).insert(list.find(data) + data.size(), R"("ChangeNumber":")" + number + "\",");
-}
 
 class WantOfMemoryTest : public CallTest {
  protected:
   static void Download(bool isNumbered) {
     if (isNumbered) {
-      Downloads().SetDownloadedData(NumberedList(GroupsDocument(Numbered(kGroups, "3")), "10"),
-                                    NumberedList(ViewsDocument(Numbered(kViews, "4")), "10"), true);
+      Downloads().SetDownloadedData(Numbered(10, GroupsDocument(WithNumber(kGroups, "3"))),
+                                    Numbered(10, ViewsDocument(WithNumber(kViews, "4"))), true);
     } else {
       Downloads().SetDownloadedData(GroupsDocument(kGroups), ViewsDocument(kViews), true);
     }
@@ -137,7 +133,7 @@ TEST_F(WantOfMemoryTest, EveryExchangeFailsCleanlyAtEveryAllocation) {
       if (isNumbered && c.event.empty()) continue;
       SCOPED_TRACE(std::string(c.name) + (isNumbered ? " with numbers" : ""));
       const bool ofGroups = std::string(c.name).ends_with("Group");
-      const auto hear = [&] { Change(ofGroups, Document(ofGroups, Numbered(c.event, "20"))); };
+      const auto hear = [&] { Change(ofGroups, Document(ofGroups, WithNumber(c.event, "20"))); };
       const std::string more = isNumbered ? std::string(c.reply == "{}" ? "" : ",") + R"("ChangeNumber":"20"})" : "}";
       server.Answer(Accepted(c.reply.empty() ? "{}" : c.reply.substr(0, c.reply.size() - 1) + more));
       Load(isNumbered);
@@ -181,12 +177,12 @@ TEST_F(WantOfMemoryTest, AFirstLoadThatFailsIsMadeWholeByTheNextPoll) {
     const auto begin = [&] {
       ClearViewData();
       if (!isNumbered) return;
-      Change(true, GroupsDocument(Numbered(R"({"ID":2,"Name":"renamed","ParentViewGroupID":1})", "12") + "," +
-                                  Numbered(R"({"ID":77,"Name":"gone"})", "9")));
+      Change(true, GroupsDocument(WithNumber(R"({"ID":2,"Name":"renamed","ParentViewGroupID":1})", "12") + "," +
+                                  WithNumber(R"({"ID":77,"Name":"gone"})", "9")));
       Change(false,
-             ViewsDocument(Numbered(R"({"ID":5,"Name":"older","ViewGroupID":2})", "2") + "," +
-                           Numbered(R"({"ID":6,"Name":"newer","ViewGroupID":1},{"ID":8,"ViewGroupID":2})", "12") + "," +
-                           Numbered(R"({"ID":77,"ViewGroupID":2})", "9")));
+             ViewsDocument(WithNumber(R"({"ID":5,"Name":"older","ViewGroupID":2})", "2") + "," +
+                           WithNumber(R"({"ID":6,"Name":"newer","ViewGroupID":1},{"ID":8,"ViewGroupID":2})", "12") +
+                           "," + WithNumber(R"({"ID":77,"ViewGroupID":2})", "9")));
     };
     begin();
     ASSERT_TRUE(LoadWhatIsDownloaded());
@@ -216,26 +212,6 @@ TEST_F(WantOfMemoryTest, TheErrorTextOfALoadIsAnsweredByTheNextPollAtTheLatest) 
   }
 }
 
-TEST_F(WantOfMemoryTest, AChangeMayBeLostButDoesNoHarm) {
-  const std::string document =
-      ViewsDocument(R"({"ID":77,"Name":"an added view of long name","ViewGroupID":2,"Method":0},)"
-                    R"({"ID":6,"Name":"a changed view of long name","ViewGroupID":2,"Method":1},{"ID":5,"Method":2})");
-  NotingObserver observer;
-  Load(false);
-  const std::string whole = Cache();
-  const auto begin = [&] {
-    Load(false);
-    Observe(observer, kViewGroup, "2");
-  };
-  AtEachMoment(
-      20, begin, [&] { return Change(false, document); },
-      [&](bool, Want) {
-        Cache();
-        Load(false);
-        ASSERT_EQ(Cache(), whole);
-      });
-}
-
 TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAgain) {
   const std::pair<bool, std::string> changes[] = {
       {true, R"({"ID":77,"Name":"an added group of long name","ParentViewGroupID":1},{"ID":1,"Name":"ONE","Method":0},)"
@@ -246,23 +222,30 @@ TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAga
        R"({"ID":6,"Name":"a changed view of long name","ViewGroupID":2,"Method":1},)"
        R"({"ID":78,"ViewGroupID":2,"Method":1},{"ID":5,"ViewGroupID":1,"Method":2})"},
   };
-  for (const auto& [ofGroups, elements] : changes) {
-    const std::string document = Document(ofGroups, Numbered(elements, "20"));
-    // Views that overtook their group, and what waits for its object.
-    const auto begin = [] {
-      Load(true);
-      Change(false, ViewsDocument(Numbered(R"({"ID":8,"Name":"eight","ViewGroupID":77})", "11")));
-    };
-    const auto change = [&document, isOfGroups = ofGroups] { return Change(isOfGroups, document); };
-    const auto end = [&change, isOfGroups = ofGroups] {
-      change();
-      const std::string late = R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})";
-      Change(isOfGroups, Document(isOfGroups, Numbered(late, "19")));
-      return Cache();
-    };
-    begin();
-    const std::string whole = end();
-    AtEachMoment(20, begin, change, [&](bool, Want) { ASSERT_EQ(end(), whole); });
+  NotingObserver observer;
+  for (const bool isNumbered : {false, true}) {
+    for (const auto& [ofGroups, elements] : changes) {
+      const auto document = [&, isOfGroups = ofGroups](const std::string& text, const char* number) {
+        return Document(isOfGroups, isNumbered ? WithNumber(text, number) : text);
+      };
+      // Views that overtook their group, and what waits for its object.
+      const auto begin = [&] {
+        Load(isNumbered);
+        Observe(observer, kViewGroup, "2");
+        Change(false, ViewsDocument(WithNumber(R"({"ID":8,"Name":"eight","ViewGroupID":77})", "11")));
+      };
+      const auto change = [isOfGroups = ofGroups, told = document(elements, "20")] { return Change(isOfGroups, told); };
+      // Without numbers it may be lost, but does no harm.
+      const auto end = [&, isOfGroups = ofGroups] {
+        if (!isNumbered) Load(false);
+        change();
+        Change(isOfGroups, document(R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})", "19"));
+        return Cache();
+      };
+      begin();
+      const std::string whole = end();
+      AtEachMoment(isNumbered ? 20 : 5, begin, change, [&](bool, Want) { ASSERT_EQ(end(), whole); });
+    }
   }
 }
 
@@ -273,12 +256,11 @@ class MissedChangeTest : public WantOfMemoryTest {
   // The platform's texts when it has taken that in.
   static void DownloadPresent() {
     Downloads().SetDownloadedData(
-        NumberedList(GroupsDocument(Numbered(kGroups, "3")), "30"),
-        NumberedList(
-            ViewsDocument(
-                R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds"},)"
-                R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name"})"),
-            "30"),
+        Numbered(30, GroupsDocument(WithNumber(kGroups, "3"))),
+        Numbered(30,
+                 ViewsDocument(
+                     R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds"},)"
+                     R"({"ID":77,"ViewGroupID":2,"ChangeNumber":"21","Name":"an added view of long name"})")),
         true);
   }
   // The plans and what they are called, without repetitions: which of the documented ones there are depends on the

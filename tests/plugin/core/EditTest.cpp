@@ -2,7 +2,6 @@
 // The manager's edits: the server first, then, silently, the cache.
 #include "CoreFixture.h"
 #include "QorviViewPlugin/FirstLoad.h"
-#include "QorviViewPlugin/ViewObserverManager/OrlUserObserver.h"
 #include "ResourceStore/OrlUserManager.h"
 
 namespace core_test {
@@ -120,18 +119,6 @@ TEST_F(UsersTest, EachCallWaitsForADownloadOfItsOwn) {
   EXPECT_EQ(asked(), "false ada 4/503/0/down");
   Users().SetDownload({std::make_shared<User>(2, "eve", false, 3)}, ErrorCode());
   EXPECT_EQ(asked(), "true eve 0/0/0/");
-}
-
-TEST(UserObserver, TakesEveryEndButSuccessForAFailure) {
-  COrlUserObserver observer;
-  using Param = ResourceStore::CIOrlUserObserverParam;
-  for (int state : {1, 2, -1}) {
-    observer.SetWaiting(true);
-    Param failed(static_cast<Param::State>(state), ErrorCode(4, 503, 0, "down"));
-    observer.OnUserListNotify(failed);
-    EXPECT_FALSE(observer.IsWaiting() || observer.IsSucceeded());
-    EXPECT_EQ(Text(observer.GetErrorCode()), "4/503/0/down");
-  }
 }
 
 }  // namespace

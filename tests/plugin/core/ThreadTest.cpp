@@ -116,25 +116,6 @@ TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
   for (std::thread& thread : flood) thread.join();
 }
 
-TEST_F(ThreadTest, ObserversComeAndGoWhileNoticesAreSent) {
-  NotingObserver guest;
-  std::vector<std::jthread> visitors;
-  for (int n = 0; n < 2; ++n) {
-    visitors.emplace_back([&](const std::stop_token& end) {
-      while (!end.stop_requested()) {
-        Observe(guest, kViewGroup, "1");
-        Unobserve(guest, kViewGroup, "1");
-      }
-    });
-  }
-  NotingObserver resident;
-  Observe(resident, kViewGroup, "1");
-  for (unsigned int id = 1; id <= 500; ++id) Manager().InsertViewToCache(View(id, 1), false);
-  visitors.clear();
-  EXPECT_EQ(resident.Take().size(), 500u);
-  EXPECT_TRUE(Members(1).ends_with(" 499'' 500'' "));
-}
-
 TEST_F(ThreadTest, TheNoticeOfARemovedGroupComesUnderTheGroupTablesLock) {
   CacheView(View(9, 1));
   NotingObserver observer;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <utility>
 
+#include "../../Cases.h"
 #include "ModelText.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 
@@ -31,8 +32,8 @@ ViewGroupInfo ReadGroupText(const std::string& text, DocumentOrigin origin) {
   return ReadViewGroup(at, origin);
 }
 
-CameraGridStruct ReadWindowText(const std::string& members, DocumentOrigin origin) {
-  const ViewInfo view = ReadViewText(R"({"ID":9,"PlanPages":[{"PlanViewItem":[{)" + members + "}]}]}", origin);
+CameraGridStruct ReadWindowText(const std::string& window, DocumentOrigin origin) {
+  const ViewInfo view = ReadViewText(R"({"ID":9,"PlanPages":[{"PlanViewItem":[)" + window + "]}]}", origin);
   return view.vcPages.at(0).vcWindows.at(0);
 }
 
@@ -142,107 +143,47 @@ TEST(AWrittenGroup, SaysMinusOneWhenItIsNotShared) {
 
 // --- Readers
 
-// What each reader makes of some members.
-struct ReadRow {
-  std::string members;
-  const char* fromList;
-  const char* fromDownload = fromList;
-};
-
-void ExpectRead(std::initializer_list<ReadRow> rows,
-                const std::function<std::string(const std::string& members, DocumentOrigin origin)>& told) {
-  for (const ReadRow& row : rows) {
-    EXPECT_EQ(told(row.members, DocumentOrigin::ListReply), row.fromList) << row.members << " listed";
-    EXPECT_EQ(told(row.members, DocumentOrigin::Download), row.fromDownload) << row.members << " downloaded";
+// The running test's cases in READ_TEXTS; `told` reads one.
+void ExpectCases(const std::function<std::string(const std::string& text, DocumentOrigin origin)>& told) {
+  for (const auto& [text, expected] : testing_support::Cases(READ_TEXTS)) {
+    EXPECT_EQ(told(text, DocumentOrigin::ListReply), expected.front()) << text << " listed";
+    EXPECT_EQ(told(text, DocumentOrigin::Download), expected.back()) << text << " downloaded";
   }
 }
 
-// Windows are told as the difference from one without any member.
-void ExpectWindows(std::initializer_list<ReadRow> rows) {
-  ExpectRead(rows, [](const std::string& members, DocumentOrigin origin) {
-    return Difference(ReadWindowText("", origin), ReadWindowText(members, origin));
+void ExpectWindows() {
+  ExpectCases([](const std::string& window, DocumentOrigin origin) {
+    return Difference(ReadWindowText("{}", origin), ReadWindowText(window, origin));
   });
 }
 
 TEST(AReadWindow, WithoutKeysDiffersFromANewOne) {
   for (DocumentOrigin origin : {DocumentOrigin::ListReply, DocumentOrigin::Download}) {
     EXPECT_EQ(
-        Difference(CameraGridStruct(), ReadWindowText("", origin)),
+        Difference(CameraGridStruct(), ReadWindowText("{}", origin)),
         "idView=9 uIndex=18446744073709551615 n_seq_index=0 enum_resource_type_=-1 struRect=(0,0,0,0) stream_type=-1");
   }
 }
 
 // What the writer writes is read back in a test of its own; here is what it never writes.
 TEST(AReadWindow, TakesEachPlainKeyByItsOwnRule) {
-  ExpectWindows({
-      {R"("SequenceIndex":3)", "n_seq_index=3"},
-      {R"("SequenceIndex":" 12ab")", "n_seq_index=12"},
-      {R"("SequenceIndex":true)", ""},
-      {R"("ResourceType":"1002")", "enum_resource_type_=1002"},
-      {R"("SiteID":4294967294)", "camera_workstation_id=4294967294"},
-      {R"("SiteID":{},"ResourceID":[5],"StreamType":null)", ""},
-      {R"("CruiseIndex":-2)", "uCruiseIndex=18446744073709551614"},
-      {R"("Xtop":"0.5","Ytop":0.25,"Xbottom":"1.5m","Ybottom":"")", "struRect=(0.5,0.25,1.5,0)"},
-      {R"("ResourceType":1002,"ResourceType":1005)", "enum_resource_type_=1002"},
-  });
+  ExpectWindows();
 }
 
 TEST(AReadWindow, TakesEachGroupWhenItIsThere) {
-  ExpectWindows({
-      {R"("FishEye":{"FishEyeInfo":[{"No":7},{}]})",
-       "b_enable_fish_eye=1 fisheye_info=(-1,-1,-1,[(7,0,0,0)][(-1,0,0,0)])"},
-      {R"("FishEye":{"FishEyeInfo":{"No":7}})", "b_enable_fish_eye=1 fisheye_info=(-1,-1,-1,[(7,0,0,0)])"},
-      {R"("FishEye":null)", ""},
-      {R"("FishEye":[{},{}])", ""},
-      {R"("FishEye":{"FiehEyeInfo":[{"No":1}]})", "b_enable_fish_eye=1 fisheye_info=(-1,-1,-1,)"},
-      {R"("Cycle":{"ID":[{"SiteID":5,"ResourceID":9},{}]})",
-       "single_cycle=(-1,-1,'',[(5,9)][(4294967295,4294967295)])"},
-      {R"("Cycle":[{},{}])", ""},
-      {R"("ResourceType":7001)", "enum_resource_type_=7001 map_scale_size=-1 map_load_type=-1"},
-      {R"("ResourceType":1001,"Emap":{"PosX":"1.5"})", "enum_resource_type_=1001"},
-      {R"("CenterMark":[{"TopX":123},{}])", "enable_calibration=1 calibration_info=((-0.001,-0.001,-0.001,-0.001),-1)"},
-      {R"("CenterMark":[])", ""},
-      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{}]})",
-       "enum_resource_type_=1001 zoom_mode=2 local_wins=[(-1,(-0.001,-0.001,-0.001,-0.001))]"},
-      {R"("ResourceType":1001,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[]})", "enum_resource_type_=1001"},
-      {R"("ResourceType":1002,"ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1}]})", "enum_resource_type_=1002"},
-      {R"("RelatedZoomWindow":{"ViewItemWindowNo":3})", "relate_view_win_no='3'"},
-  });
+  ExpectWindows();
 }
 
 TEST(AReadWindow, DiffersBetweenListAndDownloadInTheseKeysOnly) {
-  ExpectWindows({
-      {R"("ResourceType":7000)", "enum_resource_type_=7000",
-       "enum_resource_type_=7001 map_scale_size=-1 map_load_type=-1"},
-      {R"("ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1","PosY":"2","ScaleSize":3})", "enum_resource_type_=7000",
-       "enum_resource_type_=7001 map_center_x='1' map_center_y='2' map_scale_size=3 map_load_type=2"},
-      {R"("ExtendInfo":"{\"playParams\":{\"DigitZoom\":{\"Xtop\":\"0.5\"}}}","Xtop":"0.25","Ytop":"0.25")",
-       "struRect=(0.25,0.25,0,0)", "struRect=(0.5,0,0,0)"},
-  });
+  ExpectWindows();
 }
 
 TEST(ExtendInfo, HoldsADigitalZoomElseAFisheyeElseAnEmapPosition) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"{", ""},
-      {R"({"playParams":{"DigitZoom":{"Xtop":"0.5","Ytop":0.25,"Xbottom":"x","Ybottom":"1"}}})",
-       "struRect=(0.5,0.25,0,1)"},
-      {R"({"playParams":{"DigitZoom":{},"FishEye":{"MountType":1}}})", "struRect=(0,0,0,0)"},
-      {R"({"playParams":{"DigitZoom":[{},{}],"FishEye":{"MountType":1}}})",
-       "b_enable_fish_eye=1 fisheye_info=(1,-1,-1,)"},
-      {R"({"playParams":{"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,"FiehEyeInfo":[{"No":4,"PosX":"0.5",)"
-       R"("PosY":"1","Zoom":"2"}],"FishEyeInfo":[{"No":9}]}},"Zoom":3})",
-       "b_enable_fish_eye=1 fisheye_info=(1,2,3,[(4,0.5,1,2)])"},
-      {R"({"Zoom":3,"coordinate":["120.1234567",1e-7]})",
-       "enum_resource_type_=7001 map_center_x='120.123' map_center_y='1e-07' map_scale_size=3"},
-      {R"({"Zoom":"3"})", "enum_resource_type_=7001 map_center_x='nan' map_center_y='nan' map_scale_size=3"},
-      {R"({"Zoom":[1,2],"coordinate":[1,2]})", ""},
-      {R"({"Zoom":null,"coordinate":[1,2]})", ""},
-  };
-  for (const auto& [text, changes] : rows) {
+  ExpectCases([](const std::string& text, DocumentOrigin) {
     CameraGridStruct window;
     ReadExtendInfo(text, window);
-    EXPECT_EQ(Difference(CameraGridStruct(), window), changes) << text;
-  }
+    return Difference(CameraGridStruct(), window);
+  });
 }
 
 TEST(ExtendInfo, AddsItsFisheyeWindowsToThoseOfTheDocumentAndSetsTheLoadMode) {
@@ -256,45 +197,15 @@ TEST(ExtendInfo, AddsItsFisheyeWindowsToThoseOfTheDocumentAndSetsTheLoadMode) {
 }
 
 TEST(AReadView, TakesItsOwnKeysAndOnlyADownloadKnowsSharing) {
-  const auto told = [](const std::string& members, DocumentOrigin origin) {
-    return Difference(ViewInfo(), ReadViewText("{" + members + "}", origin));
-  };
-  ExpectRead(
-      {
-          {"", "nAutoCycle=-1 nCycleTime=-1"},
-          {R"("ID":9,"GUID":"g","Name":"n","ViewGroupID":0,"SequenceIndex":-7,"AutoCycle":1,"CycleTime":30,)"
-           R"("ChangeNumber":"12","Method":2)",
-           "idView=9 strGUID='g' strName='n' idViewGroup=0 nSequenceIndex=-7 nAutoCycle=1 nCycleTime=30 nMethod=2 "
-           "nChangeNumber=12"},
-          {R"("UserID":3)", "enumViewType=1 idUser=3 nAutoCycle=-1 nCycleTime=-1"},
-          {R"("UserID":3,"SharedUserID":7,"SharedUserName":"eve")",
-           "enumViewType=1 idUser=3 nAutoCycle=-1 nCycleTime=-1",
-           "enumViewType=2 idUser=3 nAutoCycle=-1 nCycleTime=-1 bShared=1 strSharedUserName='eve'"},
-          {R"("SharedUserID":0)", "nAutoCycle=-1 nCycleTime=-1",
-           "enumViewType=2 nAutoCycle=-1 nCycleTime=-1 bShared=1"},
-          {R"("SharedUserID":-1,"SharedUserName":"eve")", "nAutoCycle=-1 nCycleTime=-1",
-           "nAutoCycle=-1 nCycleTime=-1 strSharedUserName='eve'"},
-          {R"("PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy","PlanViewItem":[{},{}]},{"CustomSplite":""}])",
-           "nAutoCycle=-1 nCycleTime=-1 vcPages=[4 '1x2' windows 2][-1 '' windows 0]"},
-          {R"("PlanPages":{"SpliteType":4,"PlanViewItem":{"WindowNo":1}})",
-           "nAutoCycle=-1 nCycleTime=-1 vcPages=[4 '' windows 1]"},
-          {R"("PlanPages":[7,{"PlanViewItem":[null]}])",
-           "nAutoCycle=-1 nCycleTime=-1 vcPages=[-1 '' windows 0][-1 '' windows 1]"},
-      },
-      told);
+  ExpectCases([](const std::string& view, DocumentOrigin origin) {
+    return Difference(ViewInfo(), ReadViewText(view, origin));
+  });
 }
 
 TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
-  const auto told = [](const std::string& members, DocumentOrigin origin) {
-    return Difference(ViewGroupInfo(), ReadGroupText("{" + members + "}", origin));
-  };
-  ExpectRead({{"", ""},
-              {R"("ID":3,"Name":"n","ParentViewGroupID":2,"SequenceIndex":-2,"ChangeNumber":"12","Method":1)",
-               "idViewGroup=3 idParent=2 strName='n' nSequenceIndex=-2 nMethod=1 nChangeNumber=12"},
-              {R"("UserID":8,"IsSharedView":2)", "idUser=8 enumViewType=1"},
-              {R"("UserID":8,"IsSharedView":1)", "idUser=8 enumViewType=1", "idUser=8 enumViewType=2 bShared=1"},
-              {R"("IsSharedView":1)", "", "enumViewType=2 bShared=1"}},
-             told);
+  ExpectCases([](const std::string& group, DocumentOrigin origin) {
+    return Difference(ViewGroupInfo(), ReadGroupText(group, origin));
+  });
 }
 
 TEST(AReadChangeNumber, IsDecimalDigitsOrNone) {

@@ -2,9 +2,6 @@
 // The exported wrappers: what they share and what they copy.
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
 
-#include <fstream>
-#include <regex>
-
 #include "CoreFixture.h"
 #include "ModelText.h"
 
@@ -71,28 +68,6 @@ TEST(RecordWrapper, AppendsZoomWindowsAndHandsThemOutAsCopies) {
   window.GetVal_local_wins().at(2)->SetVal_ZoomWindowNo(8);
   EXPECT_EQ(Difference(CameraGridStruct(), *window.GetDataPtr()),
             "local_wins=[(1,(-1,-1,-1,-1))][(2,(-1,-1,-1,-1))][(3,(-1,-1,-1,-1))]");
-}
-
-template <class... Records>
-std::string FieldsOfEach() {
-  std::string text;
-  const auto add = [&text](const auto& field) { text += std::string(" ") + field.key; };
-  ((text += "\n", ForEachField<Records>(add)), ...);
-  return text;
-}
-
-TEST(RecordWrapper, IsDeclaredForEveryFieldOfItsRecordInTheirOrder) {
-  static const std::regex kWrapper("class QORVIVIEWPLUGIN_API C\\w+ \\{");
-  static const std::regex kField("(?:QORVI_(?:WRAPPED_)?VALUE\\(.*, |GetVal_)(\\w+)\\(?\\)");
-  std::ifstream header(VIEW_EXPORT_HEADER);
-  std::string declared;
-  std::smatch found;
-  for (std::string line; std::getline(header, line) && line != "struct CViewExportData;";) {
-    if (std::regex_search(line, kWrapper)) declared += "\n";
-    if (!line.starts_with("#define") && std::regex_search(line, found, kField)) declared += " " + found[1].str();
-  }
-  EXPECT_EQ(declared, (FieldsOfEach<Rectangle, CalibrationInfo, FisheyeExpandWndParam, FishEyeInfo, LocalWindowInfo,
-                                    SingleWndCycle, CameraGridStruct>()));
 }
 
 class LookUpTest : public CoreTest {};

@@ -84,9 +84,9 @@ class UsualList {
     });
   }
 
+  // An empty list is not worth a line: it is read by paths.
   bool ReadViews() {
     if (!m_text.Take('[')) return false;
-    if (m_text.Take(']')) return true;
     do {
       if (!ReadNextView()) return false;
     } while (m_text.Take(','));
