@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/PasswordPrompt.h"
 
+#include <cerrno>
 #include <cstdio>
 
 #include "host/Failure.h"
 
 #ifndef _WIN32
+#include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 #include <csignal>
@@ -17,13 +20,19 @@ namespace host {
 namespace {
 
 #ifndef _WIN32
-void OnInterrupt(int) {}
+// Ctrl-C, of which any thread may be told at any moment, as bytes that can be waited for.
+int g_interrupts[2] = {-1, -1};
+
+void OnInterrupt(int) {
+  [[maybe_unused]] const ssize_t written = write(g_interrupts[1], "", 1);
+}
 
 // As long as it lives, what is typed is not shown, and Ctrl-C ends the reading instead of the program, which would
 // leave the terminal so.
 class SilentTerminal {
  public:
   SilentTerminal() {
+    if (pipe2(g_interrupts, O_CLOEXEC) != 0) throw Failure(kRefused, "No password can be asked for");
     tcgetattr(STDIN_FILENO, &m_before);
     termios silent = m_before;
     silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
@@ -35,9 +44,18 @@ class SilentTerminal {
   ~SilentTerminal() {
     sigaction(SIGINT, &m_action, nullptr);
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
+    for (const int end : g_interrupts) close(end);
   }
   SilentTerminal(const SilentTerminal&) = delete;
   SilentTerminal& operator=(const SilentTerminal&) = delete;
+
+  // False after Ctrl-C.
+  bool AwaitInput() const {
+    pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {g_interrupts[0], POLLIN, 0}};
+    while (poll(sources, 2, -1) < 0 && errno == EINTR) {
+    }
+    return sources[1].revents == 0;
+  }
 
  private:
   termios m_before{};
@@ -49,8 +67,10 @@ std::string ReadSilently(const std::string& question) {
   const SilentTerminal silent;
   std::fputs(question.c_str(), stderr);
   std::string line;
-  for (char c = 0; read(STDIN_FILENO, &c, 1) == 1 && c != '\n';) line += c;
-  return line;
+  for (char c = 0; silent.AwaitInput(); line += c) {
+    if (read(STDIN_FILENO, &c, 1) != 1 || c == '\n') return line;
+  }
+  return {};
 }
 #else
 std::string ReadSilently(const std::string& question) {

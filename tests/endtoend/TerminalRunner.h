@@ -48,9 +48,11 @@ class OnTerminal {
   }
   // What it says to its end, and the exit status; -1: killed, or never ended.
   Outcome Finish() {
-    while (ReadSome()) {
+    QElapsedTimer waited;
+    waited.start();
+    while (waited.elapsed() < kLimit && ReadSome()) {
     }
-    const bool isEnded = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(kLimit);
+    const bool isEnded = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(1000);
     const bool isNormal = isEnded && m_process.exitStatus() == QProcess::NormalExit;
     return {isNormal ? m_process.exitCode() : -1, m_said, {}};
   }
