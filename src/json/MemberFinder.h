@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "json/NameMark.h"
+
 namespace json {
 
 // Looks the members of an object up by name, cheapest in the order in which they stand. A value that is no object, and
@@ -25,7 +27,7 @@ class MemberFinder {
   Value* Find(std::string_view name) {
     if (!m_value || !m_value->IsObject()) return nullptr;
     const auto members = m_value->MemberBegin();
-    const std::uint8_t mark = MarkOf(name);
+    const std::uint8_t mark = NameMark(name);
     if (m_passedNames[mark]) {
       // No member before the one found farthest bears its name.
       if (NameOf(members[m_next - 1]) == name) return &members[m_next - 1].value;
@@ -40,12 +42,12 @@ class MemberFinder {
     if (at == count) return nullptr;
     for (; at < count; ++at) {
       if (NameOf(members[at]) != name) continue;
-      for (; m_next < at; ++m_next) m_passedNames[MarkOf(NameOf(members[m_next]))] = true;
+      for (; m_next < at; ++m_next) m_passedNames[NameMark(NameOf(members[m_next]))] = true;
       m_passedNames[mark] = true;
       ++m_next;
       return &members[at].value;
     }
-    for (m_seen = unseen; m_seen < count; ++m_seen) m_seenNames[MarkOf(NameOf(members[m_seen]))] = true;
+    for (m_seen = unseen; m_seen < count; ++m_seen) m_seenNames[NameMark(NameOf(members[m_seen]))] = true;
     return nullptr;
   }
 
@@ -54,14 +56,6 @@ class MemberFinder {
   // One bit for each mark: a name whose mark is missing is not among the names. The other way round nothing is said,
   // since names share marks.
   using NameSet = std::bitset<256>;
-
-  static std::uint8_t MarkOf(std::string_view name) {
-    if (name.empty()) return 0;
-    const auto at = [name](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
-    const std::uint32_t mixed =
-        static_cast<std::uint32_t>(name.size()) | at(0) << 8 | at(name.size() / 2) << 16 | at(name.size() - 1) << 24;
-    return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
-  }
 
   static std::string_view NameOf(const rapidjson::Value::Member& member) {
     return {member.name.GetString(), member.name.GetStringLength()};

@@ -115,7 +115,7 @@ bool FlatText::ParseObject(std::size_t object, int depth) {
     do {
       std::string_view name;
       if (Skip() != '"' || !ParseText(name) || !Take(':')) return false;
-      const std::uint8_t mark = MarkOf(name);
+      const std::uint8_t mark = json::NameMark(name);
       if (marks[mark] && HasName(object, name)) return false;
       marks[mark] = true;
       bits |= MarkBit(name);

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "json/NameMark.h"
+
 namespace QorviViewPlugin {
 
 // A value within a list of parts: behind it follow those that it holds, in their order.
@@ -27,18 +29,9 @@ struct FlatPart {
   std::string_view text = {};  // of a Text
 };
 
-// A number for each name; few names of one object share theirs.
-inline std::uint8_t MarkOf(std::string_view name) {
-  if (name.empty()) return 0;
-  const auto at = [name](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])); };
-  const std::uint32_t mixed =
-      static_cast<std::uint32_t>(name.size()) | at(0) << 8 | at(name.size() / 2) << 16 | at(name.size() - 1) << 24;
-  return static_cast<std::uint8_t>((mixed * 2654435769U) >> 24);
-}
-
 // One of 64 bits for each name: an object whose marks lack a name's does not have that name.
 inline std::uint64_t MarkBit(std::string_view name) {
-  return std::uint64_t{1} << (MarkOf(name) & 63);
+  return std::uint64_t{1} << (json::NameMark(name) & 63);
 }
 
 // As ==, without a call: names are short.
