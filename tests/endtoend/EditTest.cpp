@@ -71,6 +71,7 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
       {"sed -i '$d' $1", "this is no JSON, at column "},
       {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": true,/' $1", "line 3: it takes a whole number of 32 bits"},
       {"sed -i /RoundTime/d $1", "line 1: \"RoundTime\" is missing"},
+      {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": 1e99999999999,/' $1", "this is no JSON, at "},
       {"sed -i s/Sequence/Sequense/ $1", "there is no key \"Sequense\"; did you mean \"Sequence\"?"},
   };
   const std::string saved = Maria({"show", "110", "--json"}).out;

@@ -7,6 +7,7 @@
 #include <map>
 #include <regex>
 #include <sstream>
+#include <utility>
 
 #include "host/Failure.h"
 #include "host/JsonText.h"
@@ -38,7 +39,8 @@ bool IsNote(const std::string& line) {
 class LineFinder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, LineFinder> {
  public:
   explicit LineFinder(const std::string& text) : m_text(text), m_stream(text.c_str()) {
-    rapidjson::Reader().Parse<rapidjson::kParseIterativeFlag>(m_stream, *this);
+    // Numbers as texts: RapidJSON does not convert all that people may write.
+    rapidjson::Reader().Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag>(m_stream, *this);
   }
 
   size_t LineOf(const std::string& path) const {
@@ -82,9 +84,11 @@ class LineFinder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, LineFi
     m_path = m_levels.back().path + "[" + std::to_string(++m_levels.back().entries) + "]";
     m_lines.emplace(m_path, Line());
   }
-  size_t Line() const {
-    const auto end = m_text.begin() + static_cast<std::ptrdiff_t>(m_stream.Tell());
-    return static_cast<size_t>(std::count(m_text.begin(), end, '\n')) + 1;
+  size_t Line() {
+    const size_t end = m_stream.Tell();
+    const auto counted = m_text.begin() + static_cast<std::ptrdiff_t>(std::exchange(m_counted, end));
+    m_line += static_cast<size_t>(std::count(counted, m_text.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
+    return m_line;
   }
 
   const std::string& m_text;
@@ -92,6 +96,8 @@ class LineFinder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, LineFi
   std::string m_path;
   std::vector<Level> m_levels;
   std::map<std::string, size_t> m_lines;
+  size_t m_line = 1;     // in which what follows stands:
+  size_t m_counted = 0;  // characters that were gone through
 };
 
 // What the check of requests says of a place in the text.
