@@ -196,12 +196,13 @@ def write_tree():
     """The committed tree in TREE. Files that are right already keep their times, so that little is compiled again."""
     archive = subprocess.run(["git", "archive", "HEAD"], cwd=ROOT, check=True, stdout=subprocess.PIPE).stdout
     with tarfile.open(fileobj=io.BytesIO(archive)) as tar:
-        files = {member.name: tar.extractfile(member).read() for member in tar if member.isfile()}
-        for name, content in files.items():
+        files = {member.name: (tar.extractfile(member).read(), member.mode) for member in tar if member.isfile()}
+        for name, (content, mode) in files.items():
             file = TREE / name
             if not file.is_file() or file.read_bytes() != content:
                 file.parent.mkdir(parents=True, exist_ok=True)
                 file.write_bytes(content)
+            file.chmod(mode)  # tests run scripts of the tree
     for file in [file for file in TREE.rglob("*") if file.is_file()]:
         if str(file.relative_to(TREE)) not in files:
             file.unlink()
