@@ -6,8 +6,10 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <locale>
+#include <optional>
 #include <sstream>
 
 namespace QorviViewPlugin {
@@ -65,6 +67,29 @@ const char* ScanFloat(const char* at, const char* end) {
   return at;
 }
 
+// Digits, a point, digits, at most seven of them in all, as servers write decimals. Both numbers of that fraction are
+// floats without loss, so that one division rounds as it has to.
+std::optional<float> ShortDecimal(std::string_view text) {
+  constexpr float kPowers[] = {1.0f, 10.0f, 100.0f, 1000.0f, 10000.0f, 100000.0f, 1000000.0f};
+  const bool isNegative = text.starts_with('-');
+  if (isNegative) text.remove_prefix(1);
+  if (text.size() > std::size(kPowers) + 1) return std::nullopt;
+  int digits = 0;
+  size_t point = 0;
+  for (size_t at = 0; at < text.size(); ++at) {
+    if (IsDigit(text[at])) {
+      digits = digits * 10 + (text[at] - '0');
+    } else if (text[at] == '.' && at > 0 && point == 0) {
+      point = at;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (point == 0 || point + 1 == text.size()) return std::nullopt;
+  const float value = static_cast<float>(digits) / kPowers[text.size() - 1 - point];
+  return isNegative ? -value : value;
+}
+
 float ExtractFloat(std::string_view text) {
   std::istringstream stream{std::string(text)};
   stream.exceptions(std::ios::badbit);  // want of memory is no number
@@ -101,6 +126,7 @@ int StringToInt(std::string_view text) {
 }
 
 float StringToFloat(std::string_view text) {
+  if (const auto value = ShortDecimal(text)) return *value;
   const char* begin = text.data();
   const char* const end = begin + text.size();
   while (begin != end && IsBlank(*begin)) ++begin;

@@ -53,6 +53,12 @@ TEST(TextsToNumbers, AreReadAsByStreamExtraction) {
   }
   ExpectAsStreamsRead(std::string("3\0004", 3));
   std::mt19937 random(20240611);
+  for (int n = 0; n < 100000; ++n) {
+    std::string decimal = std::to_string(random() >> (random() % 32));
+    decimal.insert(random() % (decimal.size() + 1), 1, '.');
+    ExpectAsStreamsRead((n % 2 ? "-" : "") + decimal);
+    if (HasFailure()) return;
+  }
   const std::string alphabet = "00123456789+-..eE xX,\t\n";
   for (int n = 0; n < 60000; ++n) {
     std::string text(random() % 14, ' ');

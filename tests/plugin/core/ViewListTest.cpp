@@ -111,6 +111,27 @@ TEST(ViewList, IsReadAsByPathsWhateverAWindowHolds) {
   ExpectSame(ViewsDocument(ViewText(R"({"ZoomWindowList":{"ZoomWindow":[{"No":1}]},"ResourceType":1001},1,null,[])")));
 }
 
+// An element's names are expected to be those of the element before.
+TEST(ViewList, IsReadAsByPathsWhateverNamesNeighboursHave) {
+  const std::string windows[] = {R"({"SequenceIndex":"3","SiteID":1,"WindowNo":2})",
+                                 R"({"WindowNo":4,"SiteID":5,"SequenceIndex":"6"})",
+                                 R"({"WindowNo":7,"SiteID":8})",
+                                 R"({"WindowNo":9,"SiteID":10,"SequenceIndex":"11","StreamType":1,"TrackIndex":2})",
+                                 R"({"WindowNo":12,"SiteID":13,"WindowNo":14,"SequenceIndex":"15","SiteID":16})",
+                                 R"({"WindowNo":17,"StreamType":2,"SiteID":18,"WindowNo":19,"TrackIndex":20})",
+                                 R"({"Window\u004eo":21,"SiteID":22,"WindowN":23,"WindowNo2":24})",
+                                 R"({"WindowNo:"25,"SiteID":26})",
+                                 R"({"":1,"":2})",
+                                 R"(["WindowNo"])",
+                                 "{}",
+                                 "7"};
+  for (const std::string& first : windows) {
+    for (const std::string& second : windows) {
+      ExpectSame(ViewsDocument(ViewText(first + "," + second + "," + first)));
+    }
+  }
+}
+
 TEST(ViewList, IsReadAsByPathsWhenCutOffOrChangedAnywhere) {
   const std::string text =
       Accepted(R"({"ChangeNumber":"52","ViewList":{"View":[)" + ViewText(kWindow) + "," + ViewText(kEmap) + "]}}");

@@ -6,8 +6,8 @@
 #endif
 
 #include <bit>
-#include <bitset>
 #include <cstring>
+#include <limits>
 
 namespace QorviViewPlugin {
 namespace {
@@ -72,146 +72,233 @@ char Unescaped(char c) {
   return at == std::string_view::npos ? '\0' : kMeanings[at];
 }
 
+using Index = std::uint32_t;  // of a part in the list
+constexpr Index kNone = ~Index{0};
+
+// The names of an object that is being read. Elements of a list mostly bear the same names in the same order: as long
+// as they do, nothing is looked up, and none can be there twice.
+struct Names {
+  bool areExpected = false;
+  Index next = kNone;  // the member of the element before whose name is expected next
+  Index end = kNone;
+  std::uint64_t marks = 0;  // once they are not
+};
+
+// Appends a value to a list of parts. Its functions read what stands at `at`, where no blank is, and answer where that
+// ends; null where they give up.
+class PartReader {
+ public:
+  PartReader(std::vector<FlatPart>& parts, std::pmr::memory_resource& texts, const char* end)
+      : m_parts(parts), m_texts(texts), m_end(end) {}
+
+  // `before` is the element before this one in its list.
+  const char* Value(const char* at, std::string_view name, Index before, int depth) {
+    const Index here = Count();
+    FlatPart& part = m_parts.emplace_back();
+    part.name = name.data();
+    part.nameSize = static_cast<std::uint32_t>(name.size());
+    switch (*at) {
+      case '"':
+        part.kind = FlatPart::Kind::Text;
+        return Text(at + 1, part);
+      case '{':
+        part.kind = FlatPart::Kind::Object;
+        return depth < kDeepest ? Object(at + 1, here, before, depth + 1) : nullptr;
+      case '[':
+        part.kind = FlatPart::Kind::Array;
+        return depth < kDeepest ? Array(at + 1, here, depth + 1) : nullptr;
+      case 't':
+        return Word(at, "true");
+      case 'f':
+        return Word(at, "false");
+      case 'n':
+        part.kind = FlatPart::Kind::Null;
+        return Word(at, "null");
+      default:
+        return Number(at, part);
+    }
+  }
+
+ private:
+  const char* Object(const char* at, Index object, Index before, int depth) {
+    std::uint32_t count = 0;
+    Names names = NamesLike(before);
+    at = SkipBlanks(at);
+    if (*at != '}') {
+      for (;; ++at) {
+        at = Member(SkipBlanks(at), object, names, depth);
+        if (!at) return nullptr;
+        ++count;
+        at = SkipBlanks(at);
+        if (*at != ',') break;
+      }
+      if (*at != '}') return nullptr;
+    }
+    m_parts[object].marks = names.areExpected ? m_parts[before].marks : names.marks;
+    Close(object, count);
+    return at + 1;
+  }
+
+  const char* Member(const char* at, Index object, Names& names, int depth) {
+    std::string_view name;
+    at = Name(at, object, names, name);
+    if (!at) return nullptr;
+    at = SkipBlanks(at);
+    return *at == ':' ? Value(SkipBlanks(at + 1), name, kNone, depth) : nullptr;
+  }
+
+  const char* Array(const char* at, Index array, int depth) {
+    std::uint32_t count = 0;
+    at = SkipBlanks(at);
+    if (*at != ']') {
+      for (Index before = kNone;; ++at) {
+        const Index element = Count();
+        at = Value(SkipBlanks(at), {}, before, depth);
+        if (!at) return nullptr;
+        ++count;
+        before = element;
+        at = SkipBlanks(at);
+        if (*at != ',') break;
+      }
+      if (*at != ']') return nullptr;
+    }
+    Close(array, count);
+    return at + 1;
+  }
+
+  Index Count() const { return static_cast<Index>(m_parts.size()); }
+
+  void Close(Index value, std::uint32_t count) {
+    m_parts[value].count = count;
+    m_parts[value].size = Count() - value;
+  }
+
+  Names NamesLike(Index before) const {
+    if (before == kNone || m_parts[before].kind != FlatPart::Kind::Object) return {};
+    return {.areExpected = true, .next = before + 1, .end = before + m_parts[before].size};
+  }
+
+  const char* Name(const char* at, Index object, Names& names, std::string_view& name) {
+    if (names.areExpected) {
+      if (names.next != names.end && IsName(at, m_parts[names.next].Name())) {
+        name = m_parts[names.next].Name();
+        names.next += m_parts[names.next].size;
+        return at + name.size() + 2;
+      }
+      names.areExpected = false;
+      names.marks = MarksOf(object);
+    }
+    return NewName(at, object, names, name);
+  }
+
+  const char* NewName(const char* at, Index object, Names& names, std::string_view& name) {
+    if (*at != '"') return nullptr;
+    const char* const end = EndOfPlain(at + 1, m_end);
+    if (*end != '"') return nullptr;
+    name = {at + 1, end};
+    const std::uint64_t mark = MarkBit(name);
+    if ((names.marks & mark) && HasName(object, name)) return nullptr;
+    names.marks |= mark;
+    return end + 1;
+  }
+
+  bool IsName(const char* at, std::string_view name) const {
+    return *at == '"' && static_cast<std::size_t>(m_end - at) >= name.size() + 2 && at[name.size() + 1] == '"' &&
+           IsSameName({at + 1, name.size()}, name);
+  }
+
+  bool HasName(Index object, std::string_view name) const {
+    for (Index member = object + 1; member != Count(); member += m_parts[member].size) {
+      if (IsSameName(m_parts[member].Name(), name)) return true;
+    }
+    return false;
+  }
+
+  std::uint64_t MarksOf(Index object) const {
+    std::uint64_t marks = 0;
+    for (Index member = object + 1; member != Count(); member += m_parts[member].size) {
+      marks |= MarkBit(m_parts[member].Name());
+    }
+    return marks;
+  }
+
+  static const char* Number(const char* at, FlatPart& part) {
+    const bool isNegative = *at == '-';
+    if (isNegative) ++at;
+    const char* const first = at;
+    std::uint64_t digits = 0;
+    while (IsDigit(*at)) digits = digits * 10 + static_cast<std::uint64_t>(*at++ - '0');
+    if (at == first || at - first > kMostDigits || (*first == '0' && at - first > 1)) return nullptr;
+    if (*at == '.') {
+      const char* const fraction = ++at;
+      while (IsDigit(*at)) ++at;
+      return at != fraction && *at != 'e' && *at != 'E' ? at : nullptr;
+    }
+    if (*at == 'e' || *at == 'E') return nullptr;
+    const std::int64_t value = isNegative ? -static_cast<std::int64_t>(digits) : static_cast<std::int64_t>(digits);
+    if (value != static_cast<int>(value)) return at;
+    part.kind = FlatPart::Kind::Int;
+    part.number = static_cast<int>(value);
+    return at;
+  }
+
+  static const char* Word(const char* at, std::string_view word) {
+    return std::strncmp(at, word.data(), word.size()) == 0 ? at + word.size() : nullptr;
+  }
+
+  const char* Text(const char* begin, FlatPart& part) {
+    const char* const end = EndOfPlain(begin, m_end);
+    if (*end == '\\') return Escaped(begin, end, part);
+    part.text = begin;
+    part.textSize = static_cast<std::uint32_t>(end - begin);
+    return *end == '"' ? end + 1 : nullptr;
+  }
+
+  const char* Escaped(const char* begin, const char* end, FlatPart& part) {
+    while (*end == '\\') end = end[1] == '\0' ? m_end : EndOfPlain(end + 2, m_end);
+    if (*end != '"') return nullptr;
+    auto* const decoded = static_cast<char*>(m_texts.allocate(static_cast<std::size_t>(end - begin), 1));
+    const char* const decodedEnd = Decode(begin, end, decoded);
+    if (!decodedEnd) return nullptr;
+    part.text = decoded;
+    part.textSize = static_cast<std::uint32_t>(decodedEnd - decoded);
+    return end + 1;
+  }
+
+  static const char* Decode(const char* at, const char* end, char* to) {
+    while (at != end) {
+      if (*at != '\\') {
+        *to++ = *at++;
+      } else if (at[1] == 'u') {
+        const int code = CodeOf(at + 2);
+        if (code < 0 || (code >= 0xD800 && code < 0xE000)) return nullptr;
+        to = Append(to, code);
+        at += 6;
+      } else {
+        *to = Unescaped(at[1]);
+        if (*to++ == '\0') return nullptr;
+        at += 2;
+      }
+    }
+    return to;
+  }
+
+  std::vector<FlatPart>& m_parts;
+  std::pmr::memory_resource& m_texts;
+  const char* m_end;  // of the whole text, where a NUL stands
+};
+
 }  // namespace
 
 const FlatPart* FlatText::Parse() {
   m_parts.clear();
   m_texts.release();
-  return ParseValue({}, 0) ? m_parts.data() : nullptr;
-}
-
-bool FlatText::ParseValue(std::string_view name, int depth) {
-  const std::size_t here = m_parts.size();
-  FlatPart& part = m_parts.emplace_back();
-  part.name = name;
-  switch (Skip()) {
-    case '"':
-      part.kind = FlatPart::Kind::Text;
-      return ParseText(part.text);
-    case '{':
-      part.kind = FlatPart::Kind::Object;
-      return depth < kDeepest && ParseObject(here, depth + 1);
-    case '[':
-      part.kind = FlatPart::Kind::Array;
-      return depth < kDeepest && ParseArray(here, depth + 1);
-    case 't':
-      return ParseWord("true");
-    case 'f':
-      return ParseWord("false");
-    case 'n':
-      part.kind = FlatPart::Kind::Null;
-      return ParseWord("null");
-    default:
-      return ParseNumber(part);
-  }
-}
-
-bool FlatText::ParseObject(std::size_t object, int depth) {
-  ++m_at;
-  std::uint32_t count = 0;
-  std::bitset<256> marks;
-  std::uint64_t bits = 0;
-  if (!Take('}')) {
-    do {
-      std::string_view name;
-      if (Skip() != '"' || !ParseText(name) || !Take(':')) return false;
-      const std::uint8_t mark = json::NameMark(name);
-      if (marks[mark] && HasName(object, name)) return false;
-      marks[mark] = true;
-      bits |= MarkBit(name);
-      ++count;
-      if (!ParseValue(name, depth)) return false;
-    } while (Take(','));
-    if (!Take('}')) return false;
-  }
-  m_parts[object].count = count;
-  m_parts[object].marks = bits;
-  m_parts[object].size = static_cast<std::uint32_t>(m_parts.size() - object);
-  return true;
-}
-
-bool FlatText::ParseArray(std::size_t array, int depth) {
-  ++m_at;
-  std::uint32_t count = 0;
-  if (!Take(']')) {
-    do {
-      ++count;
-      if (!ParseValue({}, depth)) return false;
-    } while (Take(','));
-    if (!Take(']')) return false;
-  }
-  m_parts[array].count = count;
-  m_parts[array].size = static_cast<std::uint32_t>(m_parts.size() - array);
-  return true;
-}
-
-bool FlatText::HasName(std::size_t object, std::string_view name) const {
-  const FlatPart* const end = m_parts.data() + m_parts.size();
-  for (const FlatPart* member = &m_parts[object] + 1; member != end; member = member->Next()) {
-    if (IsSameName(member->name, name)) return true;
-  }
-  return false;
-}
-
-bool FlatText::ParseNumber(FlatPart& part) {
-  const bool isNegative = *m_at == '-';
-  if (isNegative) ++m_at;
-  const char* const first = m_at;
-  std::int64_t value = 0;
-  while (IsDigit(*m_at) && m_at - first < kMostDigits) value = value * 10 + (*m_at++ - '0');
-  if (m_at == first || IsDigit(*m_at) || (*first == '0' && m_at - first > 1)) return false;
-  if (*m_at == '.') {
-    const char* const fraction = ++m_at;
-    while (IsDigit(*m_at)) ++m_at;
-    return m_at != fraction && *m_at != 'e' && *m_at != 'E';
-  }
-  if (*m_at == 'e' || *m_at == 'E') return false;
-  if (isNegative) value = -value;
-  if (value != static_cast<int>(value)) return true;
-  part.kind = FlatPart::Kind::Int;
-  part.number = static_cast<int>(value);
-  return true;
-}
-
-bool FlatText::ParseWord(std::string_view word) {
-  if (std::strncmp(m_at, word.data(), word.size()) != 0) return false;
-  m_at += word.size();
-  return true;
-}
-
-bool FlatText::ParseText(std::string_view& text) {
-  const char* const begin = m_at + 1;
-  const char* const end = EndOfPlain(begin, m_end);
-  m_at = end + 1;
-  if (*end != '"') return *end == '\\' && ParseEscaped(begin, text);
-  text = {begin, static_cast<std::size_t>(end - begin)};
-  return true;
-}
-
-bool FlatText::ParseEscaped(const char* begin, std::string_view& text) {
-  const char* end = m_at - 1;
-  while (*end == '\\') end = end[1] == '\0' ? m_end : EndOfPlain(end + 2, m_end);
-  if (*end != '"') return false;
-  m_at = end + 1;
-
-  auto* const decoded = static_cast<char*>(m_texts.allocate(static_cast<std::size_t>(end - begin), 1));
-  char* to = decoded;
-  for (const char* at = begin; at != end;) {
-    if (*at != '\\') {
-      *to++ = *at++;
-    } else if (at[1] == 'u') {
-      const int code = CodeOf(at + 2);
-      if (code < 0 || (code >= 0xD800 && code < 0xE000)) return false;
-      to = Append(to, code);
-      at += 6;
-    } else {
-      *to = Unescaped(at[1]);
-      if (*to++ == '\0') return false;
-      at += 2;
-    }
-  }
-  text = {decoded, static_cast<std::size_t>(to - decoded)};
-  return true;
+  if (m_end - m_begin > std::numeric_limits<std::uint32_t>::max()) return nullptr;
+  Skip();
+  const char* const end = PartReader(m_parts, m_texts, m_end).Value(m_at, {}, kNone, 0);
+  if (!end) return nullptr;
+  m_at = end;
+  return m_parts.data();
 }
 
 }  // namespace QorviViewPlugin

@@ -14,19 +14,24 @@
 
 namespace QorviViewPlugin {
 
-// A value within a list of parts: behind it follow those that it holds, in their order.
+// A value within a list of parts: behind it follow those that it holds, in their order. It is small, since a list has
+// many.
 struct FlatPart {
   enum class Kind : std::uint8_t { Object, Array, Text, Int, Null, Other };
 
   const FlatPart* Next() const { return this + size; }
+  std::string_view Name() const { return {name, nameSize}; }
+  std::string_view Text() const { return {text, textSize}; }
 
-  Kind kind = Kind::Other;
-  int number = 0;              // of an Int
-  std::uint32_t count = 0;     // members of an object, elements of an array
-  std::uint32_t size = 1;      // parts of this value, itself included
+  const char* name = nullptr;  // of a member
+  const char* text = nullptr;  // of a Text
   std::uint64_t marks = 0;     // of an object's names
-  std::string_view name = {};  // of a member
-  std::string_view text = {};  // of a Text
+  std::uint32_t nameSize = 0;
+  std::uint32_t textSize = 0;
+  int number = 0;           // of an Int
+  std::uint32_t count = 0;  // members of an object, elements of an array
+  std::uint32_t size = 1;   // parts of this value, itself included
+  Kind kind = Kind::Other;
 };
 
 // One of 64 bits for each name: an object whose marks lack a name's does not have that name.
@@ -44,16 +49,23 @@ inline bool IsSameName(std::string_view a, std::string_view b) {
     std::memcpy(&other, b.data() + at, sizeof other);
     return piece == other;
   };
-  if (size > 16) return std::memcmp(a.data(), b.data(), size) == 0;
+  if (size > 32) return std::memcmp(a.data(), b.data(), size) == 0;
+  if (size > 16 && !(areSame(std::uint64_t{0}, 8) && areSame(std::uint64_t{0}, size - 16))) return false;
   if (size >= 8) return areSame(std::uint64_t{0}, 0) && areSame(std::uint64_t{0}, size - 8);
   if (size >= 4) return areSame(std::uint32_t{0}, 0) && areSame(std::uint32_t{0}, size - 4);
   if (size >= 2) return areSame(std::uint16_t{0}, 0) && areSame(std::uint16_t{0}, size - 2);
   return size == 0 || a[0] == b[0];
 }
 
+inline const char* SkipBlanks(const char* at) {
+  while (*at == ' ' || *at == '\n' || *at == '\r' || *at == '\t') ++at;
+  return at;
+}
+
 // Goes through a text once and looks at each of its characters. Parse gives up at what is not JSON, and at what is rare
-// in a list of views: names that an object has twice, surrogates, numbers with an exponent or of more than 18 digits,
-// and nesting that is deeper than any view's. One thread at a time; the text must outlive this.
+// in a list of views: names that an object has twice or that hold escapes, surrogates, numbers with an exponent or of
+// more than 18 digits, nesting that is deeper than any view's, and a text of 4 GiB. One thread at a time; the text must
+// outlive this.
 class FlatText {
  public:
   explicit FlatText(const std::string& text) : m_begin(text.data()), m_at(m_begin), m_end(m_begin + text.size()) {}
@@ -66,7 +78,7 @@ class FlatText {
 
   // The next character that is not blank; NUL at the end.
   char Skip() {
-    while (*m_at == ' ' || *m_at == '\n' || *m_at == '\r' || *m_at == '\t') ++m_at;
+    m_at = SkipBlanks(m_at);
     return *m_at;
   }
   bool Take(char expected) {
@@ -79,15 +91,6 @@ class FlatText {
   const FlatPart* Parse();
 
  private:
-  bool ParseValue(std::string_view name, int depth);
-  bool ParseObject(std::size_t object, int depth);
-  bool ParseArray(std::size_t array, int depth);
-  bool ParseNumber(FlatPart& part);
-  bool ParseWord(std::string_view word);
-  bool ParseText(std::string_view& text);
-  bool ParseEscaped(const char* begin, std::string_view& text);
-  bool HasName(std::size_t object, std::string_view name) const;
-
   const char* m_begin;
   const char* m_at;
   const char* m_end;  // where a NUL stands

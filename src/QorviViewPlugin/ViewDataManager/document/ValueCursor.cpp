@@ -1,32 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
 
-#include <algorithm>
-#include <limits>
-
 namespace QorviViewPlugin {
 
 using Kind = FlatPart::Kind;
 
 void ValueCursor::Push(const FlatPart* value) {
-  const bool isObject = value && value->kind == Kind::Object;
-  m_levels.push_back({isObject ? value : nullptr, isObject ? value + 1 : nullptr});
+  Place& place = m_levels.emplace_back();
+  if (!value || value->kind != Kind::Object) return;
+  place.object = value;
+  place.marks = value->marks;
+  place.next = value + 1;
+  place.end = value->Next();
 }
 
-const FlatPart* ValueCursor::Find(std::string_view key) {
-  Place& place = m_levels.back();
-  if (!place.object) return nullptr;
-  const FlatPart* const end = place.object->Next();
-  const FlatPart* at = place.next;
-  if (at == end || !IsSameName(at->name, key)) {
-    if (place.found && IsSameName(place.found->name, key)) return place.found;
-    if (!(place.object->marks & MarkBit(key))) return nullptr;
-    at = place.object + 1;
-    while (at != end && !IsSameName(at->name, key)) at = at->Next();
-    if (at == end) return nullptr;
+const FlatPart* ValueCursor::FindElsewhere(Place& place, std::string_view key) {
+  if (place.found && IsSameName(place.found->Name(), key)) return place.found;
+  for (const FlatPart* at = place.object + 1; at != place.end; at = at->Next()) {
+    if (!IsSameName(at->Name(), key)) continue;
+    place.next = at->Next();
+    return place.found = at;
   }
-  place.next = at->Next();
-  return place.found = at;
+  return nullptr;
 }
 
 const FlatPart* ValueCursor::Element(const FlatPart& list, std::uint32_t index) {
@@ -55,33 +50,6 @@ ValueCursor::Level ValueCursor::Enter(std::string_view key, int n) {
 ValueCursor::Level ValueCursor::Enter(std::string_view key) {
   Push(Find(key));
   return Level(*this);
-}
-
-int ValueCursor::Number(std::string_view key, int absent) {
-  const FlatPart* const value = Find(key);
-  if (!value) return absent;
-  if (value->kind == Kind::Int) return value->number;
-  m_isUnusual = true;
-  return absent;
-}
-
-std::string ValueCursor::Text(std::string_view key) {
-  return std::string(TextInPlace(key));
-}
-
-std::string_view ValueCursor::TextInPlace(std::string_view key) {
-  const FlatPart* const value = Find(key);
-  if (!value) return {};
-  if (value->kind == Kind::Text) return value->text;
-  m_isUnusual = true;
-  return {};
-}
-
-int ValueCursor::Count(std::string_view key) {
-  const FlatPart* const value = Find(key);
-  if (!value || value->kind == Kind::Null) return 0;
-  if (value->kind != Kind::Array) return 1;
-  return static_cast<int>(std::min<std::uint32_t>(value->count, std::numeric_limits<int>::max()));
 }
 
 }  // namespace QorviViewPlugin

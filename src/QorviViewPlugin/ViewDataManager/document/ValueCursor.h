@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,10 +43,13 @@ class ValueCursor {
   bool IsUnusual() const { return m_isUnusual; }
 
  private:
-  // An object, and where in it the search for a name begins: names are mostly asked for in their order.
+  // An object, and where in it the search for a name begins: names are mostly asked for in their order. Of anything
+  // else there are no members.
   struct Place {
-    const FlatPart* object;  // null for anything else
-    const FlatPart* next;
+    const FlatPart* object = nullptr;
+    std::uint64_t marks = 0;
+    const FlatPart* next = nullptr;
+    const FlatPart* end = nullptr;
     const FlatPart* found = nullptr;
     // The element of the list that was entered last, the next one's neighbour.
     const FlatPart* list = nullptr;
@@ -54,10 +59,50 @@ class ValueCursor {
 
   void Push(const FlatPart* value);
   const FlatPart* Find(std::string_view key);
+  const FlatPart* FindElsewhere(Place& place, std::string_view key);
   const FlatPart* Element(const FlatPart& list, std::uint32_t index);
 
   std::vector<Place> m_levels;
   bool m_isUnusual = false;
 };
+
+// What is read of every window stands here, so that a key's length and mark are known to the compiler.
+
+inline const FlatPart* ValueCursor::Find(std::string_view key) {
+  Place& place = m_levels.back();
+  if (place.next != place.end && IsSameName(place.next->Name(), key)) {
+    place.found = place.next;
+    place.next = place.next->Next();
+    return place.found;
+  }
+  return place.marks & MarkBit(key) ? FindElsewhere(place, key) : nullptr;
+}
+
+inline int ValueCursor::Number(std::string_view key, int absent) {
+  const FlatPart* const value = Find(key);
+  if (!value) return absent;
+  if (value->kind == FlatPart::Kind::Int) return value->number;
+  m_isUnusual = true;
+  return absent;
+}
+
+inline std::string_view ValueCursor::TextInPlace(std::string_view key) {
+  const FlatPart* const value = Find(key);
+  if (!value) return {};
+  if (value->kind == FlatPart::Kind::Text) return value->Text();
+  m_isUnusual = true;
+  return {};
+}
+
+inline std::string ValueCursor::Text(std::string_view key) {
+  return std::string(TextInPlace(key));
+}
+
+inline int ValueCursor::Count(std::string_view key) {
+  const FlatPart* const value = Find(key);
+  if (!value || value->kind == FlatPart::Kind::Null) return 0;
+  if (value->kind != FlatPart::Kind::Array) return 1;
+  return static_cast<int>(std::min<std::uint32_t>(value->count, std::numeric_limits<int>::max()));
+}
 
 }  // namespace QorviViewPlugin

@@ -44,7 +44,7 @@ class UsualList {
       if (m_text.Skip() != '"') return false;
       const FlatPart* const key = m_text.Parse();
       if (!key) return false;
-      const auto known = std::find(names.begin(), names.end(), key->text);
+      const auto known = std::find(names.begin(), names.end(), key->Text());
       if (!m_text.Take(':')) return false;
       if (known == names.end()) {
         if (!m_text.Parse()) return false;
@@ -64,7 +64,7 @@ class UsualList {
       const FlatPart* const value = m_text.Parse();
       if (!value) return false;
       if (name == "CascadingErrorInfo") {
-        m_cascadingErrorInfo = value->text;
+        m_cascadingErrorInfo = value->Text();
         return value->kind == Kind::Text;
       }
       if (value->kind != Kind::Int) return false;
@@ -79,7 +79,7 @@ class UsualList {
       if (name == "ViewList") return ReadObject({"View"}, [this](std::string_view) { return ReadViews(); });
       const FlatPart* const value = m_text.Parse();
       if (!value || value->kind != Kind::Text) return false;
-      m_list.completeUpTo = ReadChangeNumber(value->text);
+      m_list.completeUpTo = ReadChangeNumber(value->Text());
       return true;
     });
   }
