@@ -160,9 +160,9 @@ void FirstLoadSuite() {
     medium.views /= 10;
     large.views /= 20;
   }
-  MeasureSite(kSmall, {});
-  MeasureSite(medium, {1.4});
-  MeasureSite(large, {});
+  MeasureSite(kSmall, {0.9});
+  MeasureSite(medium, {0.9});
+  MeasureSite(large, {0.9});
   AddGrowth({"first load for each window, M", "S"}, 2.5, "first load for each window, M",
             "first load for each window, S");
   AddGrowth({"first load for each window, L", "S"}, 2.5, "first load for each window, L",

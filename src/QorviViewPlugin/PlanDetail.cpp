@@ -101,20 +101,45 @@ protocol::PlanItem ToNamedPlanItem(const CameraGridStruct& window, bool needsRes
   return item;
 }
 
-void FillPages(const ViewInfo& view, bool needsResourceNames, std::vector<protocol::PlanPage>& pages) {
-  for (const ViewPage& page : view.vcPages) {
-    if (page.vcWindows.empty()) continue;
-    protocol::PlanPage& entry = pages.emplace_back();
-    entry.windowDivision = page.nSpliteType;
-    entry.customWindowDivision = page.strCustomSplite;
-    entry.PlanItems.reserve(page.vcWindows.size());
+// Its windows are converted while they are written, so that a large view never stands there a second time.
+struct PlanDetailAnswer : protocol::GetPlanDetailResponse {
+  std::shared_ptr<const ViewInfo> view;  // empty for none
+  bool needsResourceNames = false;
+};
+
+void WritePage(JsonWriter& out, const ViewPage& page, bool needsResourceNames) {
+  protocol::PlanPage answer;
+  answer.windowDivision = page.nSpliteType;
+  answer.customWindowDivision = page.strCustomSplite;
+  QorviVideoComm::WriteRecord(out, answer, &protocol::PlanPage::PlanItems, [&] {
     for (const CameraGridStruct& window : page.vcWindows) {
-      entry.PlanItems.push_back(ToNamedPlanItem(window, needsResourceNames));
+      QorviVideoComm::WriteRecord(out, ToNamedPlanItem(window, needsResourceNames));
     }
-  }
+  });
 }
 
-void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, protocol::GetPlanDetailResponse& response) {
+// About as long as the text of that view will be.
+size_t ExpectedSize(const ViewInfo* view) {
+  constexpr size_t kHead = 512, kWindow = 1280;
+  size_t size = kHead;
+  if (!view) return size;
+  for (const ViewPage& page : view->vcPages) size += page.vcWindows.size() * kWindow;
+  return size;
+}
+
+std::string WriteResponse(PlanDetailAnswer& answer) {
+  JsonWriter out(ExpectedSize(answer.view.get()));
+  const protocol::GetPlanDetailResponse& head = answer;
+  QorviVideoComm::WriteRecord(out, head, &protocol::GetPlanDetailResponse::PlanPages, [&] {
+    if (!answer.view) return;
+    for (const ViewPage& page : answer.view->vcPages) {
+      if (!page.vcWindows.empty()) WritePage(out, page, answer.needsResourceNames);
+    }
+  });
+  return out.Take();
+}
+
+void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, PlanDetailAnswer& response) {
   if (request.resource_download_judge) EnsureLoaded();
 
   const auto cached = Manager().GetViewByID(StringToUInt(request.ID));
@@ -139,7 +164,8 @@ void AnswerGetPlanDetail(const protocol::GetPlanDetailRequest& request, protocol
     response.ErrorInfo = TextOf(error);
     return;
   }
-  FillPages(*view, request.NeedResourceName, response.PlanPages);
+  response.view = view;
+  response.needsResourceNames = request.NeedResourceName;
 }
 
 }  // namespace

@@ -1,67 +1,57 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/base/JsonWriter.h"
 
-#include <charconv>
+#include <algorithm>
+
+#include "json/PlainText.h"
 
 namespace QorviViewPlugin {
 namespace {
 
-bool NeedsEscape(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+char* AppendEscaped(char* to, char c) {
+  static constexpr std::string_view kNamed = "\b\f\n\r\t\"\\";
+  static constexpr std::string_view kNames = "bfnrt\"\\";
+  static constexpr char kHex[] = "0123456789ABCDEF";
+  *to++ = '\\';
+  if (const size_t named = kNamed.find(c); named != std::string_view::npos) {
+    *to++ = kNames[named];
+    return to;
+  }
+  for (const char digit : {'u', '0', '0', kHex[c >> 4], kHex[c & 0xF]}) *to++ = digit;
+  return to;
 }
 
 }  // namespace
 
-void JsonWriter::Separate() {
-  if (m_text.empty()) return;
-  const char last = m_text.back();
-  if (last != '{' && last != '[' && last != ':') m_text += ',';
-}
-
-void JsonWriter::Key(std::string_view name) {
-  Separate();
-  m_text += '"';
-  m_text.append(name);
-  m_text.append("\":", 2);
-}
-
-void JsonWriter::Int(int value) {
-  Separate();
-  char digits[16];
-  m_text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-}
-
-void JsonWriter::Bool(bool value) {
-  Separate();
-  m_text += value ? "true" : "false";
-}
-
 void JsonWriter::String(std::string_view text) {
-  Separate();
-  m_text += '"';
-  size_t plainFrom = 0;
-  for (size_t at = 0; at < text.size(); ++at) {
-    if (!NeedsEscape(text[at])) continue;
-    m_text.append(text, plainFrom, at - plainFrom);
-    AppendEscaped(text[at]);
-    plainFrom = at + 1;
-  }
-  m_text.append(text, plainFrom);
-  m_text += '"';
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
+  const char* const plainEnd = json::EndOfPlain(begin, end);
+  char* to = Separated(text.size() + 2);
+  *to++ = '"';
+  to = std::copy(begin, plainEnd, to);
+  if (plainEnd != end) to = CopyEscaped(to, plainEnd, end);
+  *to++ = '"';
+  Close(to, true);
 }
 
-void JsonWriter::AppendEscaped(char c) {
-  static constexpr std::string_view kNamed = "\b\f\n\r\t\"\\";
-  static constexpr std::string_view kNames = "bfnrt\"\\";
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  m_text += '\\';
-  if (const size_t named = kNamed.find(c); named != std::string_view::npos) {
-    m_text += kNames[named];
-    return;
+char* JsonWriter::CopyEscaped(char* to, const char* at, const char* end) {
+  constexpr size_t kLongestEscape = 6;
+  const auto escapes = static_cast<size_t>(std::count_if(at, end, [](char c) { return !json::IsPlain(c); }));
+  m_size = static_cast<size_t>(to - m_text.data());
+  to = Room(static_cast<size_t>(end - at) + escapes * (kLongestEscape - 1) + 1);
+  while (at != end) {
+    to = AppendEscaped(to, *at++);
+    const char* const plainEnd = json::EndOfPlain(at, end);
+    to = std::copy(at, plainEnd, to);
+    at = plainEnd;
   }
-  m_text.append("u00");
-  m_text += kHex[c >> 4];
-  m_text += kHex[c & 0xF];
+  return to;
+}
+
+void JsonWriter::Grow(size_t size) {
+  constexpr size_t kSmallest = 256;
+  m_text.resize(std::max({kSmallest, 2 * m_text.size(), m_size + size}));
 }
 
 }  // namespace QorviViewPlugin

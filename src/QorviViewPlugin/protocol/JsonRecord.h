@@ -216,27 +216,53 @@ rapidjson::Value RecordAdapter<Record>::ToJSON(rapidjson::Document::AllocatorTyp
   return object;
 }
 
+template <class Data>
+void WriteRecord(QorviViewPlugin::JsonWriter& out, const Data& data);
+
+template <class Type>
+void WriteValue(QorviViewPlugin::JsonWriter& out, const Type& value) {
+  if constexpr (std::is_same_v<Type, Integer>) {
+    out.Int(value);
+  } else if constexpr (std::is_same_v<Type, Boolean>) {
+    out.Bool(value);
+  } else if constexpr (std::is_same_v<Type, Text>) {
+    out.String(value.c_str());
+  } else if constexpr (kIsSequence<Type>) {
+    out.BeginArray();
+    for (const auto& element : value) WriteRecord(out, element);
+    out.EndArray();
+  } else {
+    WriteRecord(out, value);
+  }
+}
+
 // Writes the record straight into a text: the same bytes as its ToJSON, without the value tree.
 template <class Data>
 void WriteRecord(QorviViewPlugin::JsonWriter& out, const Data& data) {
   out.BeginObject();
   ForEachField<Data>([&](const auto& field) {
-    using Type = std::remove_cvref_t<decltype(data.*field.member)>;
-    const Type& value = data.*field.member;
     out.Key({field.key, field.keyLength});
-    if constexpr (std::is_same_v<Type, Integer>) {
-      out.Int(value);
-    } else if constexpr (std::is_same_v<Type, Boolean>) {
-      out.Bool(value);
-    } else if constexpr (std::is_same_v<Type, Text>) {
-      out.String(value.c_str());
-    } else if constexpr (kIsSequence<Type>) {
-      out.BeginArray();
-      for (const auto& element : value) WriteRecord(out, element);
-      out.EndArray();
-    } else {
-      WriteRecord(out, value);
+    WriteValue(out, data.*field.member);
+  });
+  out.EndObject();
+}
+
+// The same, but that `writeElements` writes the elements of one sequence, which need not stand in the record then.
+template <class Data, class Element, class WriteElements>
+void WriteRecord(QorviViewPlugin::JsonWriter& out, const Data& data, Sequence<Element> Data::*sequence,
+                 const WriteElements& writeElements) {
+  out.BeginObject();
+  ForEachField<Data>([&](const auto& field) {
+    out.Key({field.key, field.keyLength});
+    if constexpr (std::is_same_v<decltype(field.member), Sequence<Element> Data::*>) {
+      if (field.member == sequence) {
+        out.BeginArray();
+        writeElements();
+        out.EndArray();
+        return;
+      }
     }
+    WriteValue(out, data.*field.member);
   });
   out.EndObject();
 }

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/document/FlatText.h"
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
-#include <bit>
 #include <cstring>
 #include <limits>
+
+#include "json/PlainText.h"
 
 namespace QorviViewPlugin {
 namespace {
@@ -17,25 +14,6 @@ constexpr int kMostDigits = 18;  // fit 64 bits
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
-}
-
-bool IsPlain(char c) {
-  return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\';
-}
-
-// The first character that is none of a text's own: its end, an escape, or what may not stand there. There is one.
-const char* EndOfPlain(const char* at, [[maybe_unused]] const char* end) {
-#ifdef __SSE2__
-  const __m128i quote = _mm_set1_epi8('"'), backslash = _mm_set1_epi8('\\'), control = _mm_set1_epi8(0x1F);
-  for (; end - at >= 16; at += 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-    const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)),
-                                       _mm_cmpeq_epi8(_mm_min_epu8(bytes, control), bytes));
-    if (const int mask = _mm_movemask_epi8(found)) return at + std::countr_zero(static_cast<unsigned int>(mask));
-  }
-#endif
-  while (IsPlain(*at)) ++at;
-  return at;
 }
 
 // Of four hexadecimal digits; -1 for anything else.
@@ -193,7 +171,7 @@ class PartReader {
 
   const char* NewName(const char* at, Index object, Names& names, std::string_view& name) {
     if (*at != '"') return nullptr;
-    const char* const end = EndOfPlain(at + 1, m_end);
+    const char* const end = json::EndOfPlain(at + 1, m_end);
     if (*end != '"') return nullptr;
     name = {at + 1, end};
     const std::uint64_t mark = MarkBit(name);
@@ -247,7 +225,7 @@ class PartReader {
   }
 
   const char* Text(const char* begin, FlatPart& part) {
-    const char* const end = EndOfPlain(begin, m_end);
+    const char* const end = json::EndOfPlain(begin, m_end);
     if (*end == '\\') return Escaped(begin, end, part);
     part.text = begin;
     part.textSize = static_cast<std::uint32_t>(end - begin);
@@ -255,7 +233,7 @@ class PartReader {
   }
 
   const char* Escaped(const char* begin, const char* end, FlatPart& part) {
-    while (*end == '\\') end = end[1] == '\0' ? m_end : EndOfPlain(end + 2, m_end);
+    while (*end == '\\') end = end[1] == '\0' ? m_end : json::EndOfPlain(end + 2, m_end);
     if (*end != '"') return nullptr;
     auto* const decoded = static_cast<char*>(m_texts.allocate(static_cast<std::size_t>(end - begin), 1));
     const char* const decodedEnd = Decode(begin, end, decoded);

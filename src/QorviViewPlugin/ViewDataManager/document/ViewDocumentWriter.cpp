@@ -128,8 +128,9 @@ void WritePage(JsonWriter& out, const ViewPage& page) {
 
 // The document's one object, under its name.
 template <class Write>
-std::string WriteDocument(std::string_view name, const Write& write) {
-  JsonWriter out;
+std::string WriteDocument(std::string_view name, size_t windows, const Write& write) {
+  constexpr size_t kHead = 256, kWindow = 640;  // about as many bytes
+  JsonWriter out(kHead + windows * kWindow);
   out.BeginObject();
   AddObject(out, name, [&] { write(out); });
   out.EndObject();
@@ -140,7 +141,9 @@ std::string WriteDocument(std::string_view name, const Write& write) {
 
 // By hand and not through the platform's document: a body of some hundred windows is the larger part of an edit's cost.
 std::string WriteViewDocument(const ViewInfo& view) {
-  return WriteDocument("View", [&view](JsonWriter& out) {
+  size_t windows = 0;
+  for (const ViewPage& page : view.vcPages) windows += page.vcWindows.size();
+  return WriteDocument("View", windows, [&view](JsonWriter& out) {
     Add(out, "ID", AsSigned(view.idView));
     Add(out, "Name", view.strName);
     // The server knows "in no group" only as -1.
@@ -155,7 +158,7 @@ std::string WriteViewDocument(const ViewInfo& view) {
 }
 
 std::string WriteViewGroupDocument(const ViewGroupInfo& group) {
-  return WriteDocument("ViewGroup", [&group](JsonWriter& out) {
+  return WriteDocument("ViewGroup", 0, [&group](JsonWriter& out) {
     Add(out, "ID", AsSigned(group.idViewGroup));
     Add(out, "Name", group.strName);
     Add(out, "ParentViewGroupID", AsSigned(group.idParent));
