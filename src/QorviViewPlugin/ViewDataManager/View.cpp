@@ -80,6 +80,11 @@ void MemberViews::Append(std::shared_ptr<CView> view) {
 }
 
 void MemberViews::Append(MemberViews&& others) {
+  if (m_views.empty()) {
+    m_views.swap(others.m_views);
+    m_places.swap(others.m_places);
+    return;
+  }
   const size_t first = NextPlace();
   while (!others.m_views.empty()) {
     auto node = others.m_views.extract(others.m_views.begin());

@@ -187,6 +187,8 @@ class CViewGroupManager : public Vant::Base::CSingleton<CViewGroupManager>, publ
   // Of a record without a number the cached group keeps its own.
   std::optional<ViewGroupInfo> CacheViewGroup(const ViewGroupInfo& info) EXCLUDES(m_viewOrderLock);
   bool IsViewGroupNews(unsigned int id, ChangeNumber number) const REQUIRES_SHARED(m_groupLock);
+  // Leaves out those whose ids are cached. What throws has changed nothing.
+  void MergeViews(CachedViews& views) REQUIRES(m_viewLock);
   // Views join the cached groups whether or not they are cached themselves: one that a change document names becomes a
   // member beside the cached view of the same id. Cannot fail.
   void JoinGroups(MembersByGroup members);

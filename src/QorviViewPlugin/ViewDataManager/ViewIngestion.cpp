@@ -133,6 +133,16 @@ void CViewGroupManager::TakeLoadedViewGroups(const GroupList& list) {
   }
 }
 
+void CViewGroupManager::MergeViews(CachedViews& views) {
+  if (mapViews.empty()) {
+    // Others wait for the lock: as long as it takes to exchange two tables, and not to fill one of 100,000 views.
+    mapViews.swap(views);
+    return;
+  }
+  mapViews.reserve(mapViews.size() + views.size());
+  mapViews.merge(views);
+}
+
 void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadingErrorInfo) {
   const auto list = ReadViews(data, cascadingErrorInfo);
   if (!list) return;
@@ -148,11 +158,8 @@ void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadin
   {
     WriteLock lock(m_viewLock);
     mergesFreely = mergesFreely || (mapViews.empty() && m_viewOrder.IsBlank());
-    if (mergesFreely) {
-      mapViews.reserve(mapViews.size() + table.size());
-      // Nothing below can fail. Otherwise a repeated load would add members twice.
-      mapViews.merge(table);
-    }
+    // After this nothing can fail. Otherwise a repeated load would add members twice.
+    if (mergesFreely) MergeViews(table);
   }
   if (mergesFreely) {
     JoinGroups(std::move(members));
