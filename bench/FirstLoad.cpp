@@ -13,6 +13,7 @@
 
 #include "ModelCheck.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 #include "Report.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "SiteData.h"
@@ -117,6 +118,38 @@ void ComparePeers(const SiteSize& size, const std::string& text) {
            Parsing(text));
 }
 
+// The text with every value of that name in quotes, or without those that it has.
+std::string WithQuotesChanged(std::string text, const std::string& name) {
+  const std::string member = '"' + name + "\":";
+  for (size_t at = text.find(member); at != std::string::npos; at = text.find(member, at)) {
+    at += member.size();
+    const size_t end = text.find_first_of(",}", at);
+    const bool isQuoted = text[at] == '"';
+    const std::string value = text.substr(at, end - at);
+    text.replace(at, end - at, isQuoted ? value.substr(1, value.size() - 2) : '"' + value + '"');
+  }
+  return text;
+}
+
+// What the fast reader leaves to the plain one, wholly or view by view.
+void MeasureOtherForms(const std::string& text) {
+  const auto reading = [](const std::string& form, auto read) {
+    return Side{[&form, read] {
+      Vant::Base::Error::ErrorCode error;
+      QorviViewPlugin::ViewList list;
+      read(form, error, list);
+      Use(&list);
+    }};
+  };
+  for (const auto& [name, form] :
+       {std::pair{"numbers as texts", WithQuotesChanged(text, "WindowNo")},
+        std::pair{"texts as numbers", WithQuotesChanged(text, "SequenceIndex")},
+        std::pair{"blanks behind", text + std::string(1000, ' ')}, std::pair{"garbage behind", text + "x"}}) {
+    AddRatio({"view list with " + std::string(name) + ", S", "the plain reader"}, {1.3},
+             reading(form, QorviViewPlugin::ReadViewList), reading(form, QorviViewPlugin::ReadViewListByPaths));
+  }
+}
+
 // Takes every line and throws it away.
 class Sink : public Vant::Base::ILogSink {
  public:
@@ -145,7 +178,10 @@ void MeasureSite(const SiteSize& size, const Goal& goal) {
     AddRatio({"first load, " + name + ", every log line wanted", "bare DOM parse"}, {}, Loading(), Parsing(text));
     Vant::Base::SetLogSink(std::make_shared<Sink>(5));
   }
-  if (size.name == kSmall.name) ComparePeers(size, text);
+  if (size.name == kSmall.name) {
+    ComparePeers(size, text);
+    MeasureOtherForms(text);
+  }
   ClearViewData();
   ResourceStore::CViewGroupManager::Instance().SetDownloadedData("", "", false);
 }

@@ -166,6 +166,13 @@ TEST(ViewList, OfAnyLengthIsReadAsByPaths) {
   for (int n = 0; n < 120; ++n) views += (n ? "," : "") + ViewText(n % 40 == 39 ? many : kWindow);
   const std::string text = ViewsDocument(views);
   ExpectSame(text);
+  const std::string odd = R"({"ID":"5","UserID":1.5})";
+  for (int count : {7, 8, 9}) {
+    std::string first = odd;
+    for (int n = 1; n < count; ++n) first += "," + odd;
+    ExpectSame(ViewsDocument(first));
+    ExpectSame(ViewsDocument(first + "," + ViewText(kWindow) + "," + odd));
+  }
   for (size_t size : {65535, 65536, 131072, 200000}) ExpectSame(text.substr(0, size));
   for (size_t blanks = 65480; blanks < 65530; ++blanks) {
     ExpectSame(R"({"ResponseStatus":)" + std::string(blanks, ' ') + R"({"ErrorModule":12345,"ErrorCode":0}})");

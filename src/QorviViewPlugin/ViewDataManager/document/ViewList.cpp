@@ -24,10 +24,14 @@ class UsualList {
  public:
   explicit UsualList(const std::string& text) : m_text(text) {}
 
-  // Whether the text is a list of that form whose status is success; only then do the rest count.
-  bool Read() {
-    return ReadObject({"ResponseStatus"}, [this](std::string_view) { return ReadStatus(); }) && m_text.IsAtEnd() &&
-           m_errorCode == 0;
+  enum class Outcome { Usual, Other, Malformed };
+
+  // Usual if the text is a list of that form whose status is success; only then do the rest count.
+  Outcome Read() {
+    if (!ReadObject({"ResponseStatus"}, [this](std::string_view) { return ReadStatus(); })) return Outcome::Other;
+    // A NUL may end a text for the platform's document.
+    if (m_text.Skip() != '\0') return Outcome::Malformed;
+    return m_text.IsAtEnd() && m_errorCode == 0 ? Outcome::Usual : Outcome::Other;
   }
 
   ErrorCode Status() const { return {m_errorModule, m_errorCode, kSubSystemCode, m_cascadingErrorInfo}; }
@@ -101,6 +105,9 @@ class UsualList {
     ValueCursor cursor(*value);
     m_list.views.push_back(ReadView(cursor, DocumentOrigin::Download));
     if (cursor.IsUnusual()) {
+      // A server that writes all of its views so is not asked again and again.
+      constexpr size_t kEnough = 8;
+      if (++m_unusual == m_list.views.size() && m_unusual == kEnough) return false;
       NetLink::CRapidJsonProto document;
       document.set_str(m_text.From(begin));
       PathCursor paths(document);
@@ -111,6 +118,7 @@ class UsualList {
 
   FlatText m_text;
   ViewList m_list;
+  size_t m_unusual = 0;  // views that were read by paths
   int m_errorModule = -1;
   int m_errorCode = -1;
   std::string m_cascadingErrorInfo;
@@ -120,7 +128,10 @@ class UsualList {
 
 bool ReadViewList(const std::string& text, ErrorCode& error, ViewList& list) {
   const auto usual = std::make_unique<UsualList>(text);
-  if (!usual->Read()) return ReadViewListByPaths(text, error, list);
+  const UsualList::Outcome outcome = usual->Read();
+  // All malformed texts are read alike, and this one without going through it once more.
+  if (outcome == UsualList::Outcome::Malformed) return ReadViewListByPaths("]", error, list);
+  if (outcome == UsualList::Outcome::Other) return ReadViewListByPaths(text, error, list);
   error = usual->Status();
   list = usual->Take();
   return true;
