@@ -21,3 +21,5 @@ if(NOT TARGET RapidJSON)
   add_library(RapidJSON INTERFACE)
   target_include_directories(RapidJSON SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS} ${RapidJSON_INCLUDE_DIRS})
 endif()
+# Each file includes what reports its want of memory (Options.cmake).
+target_link_libraries(qorvi_options INTERFACE RapidJSON)

@@ -12,21 +12,29 @@ option(QORVI_WERROR "Treat warnings as errors" OFF)
 file(RELATIVE_PATH QORVI_SOURCE_FROM_BUILD ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
 string(REGEX REPLACE "/$" "" QORVI_SOURCE_FROM_BUILD "${QORVI_SOURCE_FROM_BUILD}")
 add_library(qorvi_options INTERFACE)
-target_compile_options(qorvi_options INTERFACE
-  -Wall -Wextra -Wshadow
-  # A log line's arguments fit its format, which is written where it is used.
-  -Werror=format -Werror=format-nonliteral
-  # Unique symbols would keep a library in the process after the host unloads it.
-  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
-  # GCC 12 sees overlaps in std::string's own code where there are none.
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-  # Log lines name their source file relative to the repository. ccache may hand the compiler paths relative to the build
-  # folder.
-  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=
-  # RapidJSON reports want of memory.
-  "SHELL:-include ${PROJECT_SOURCE_DIR}/src/json/AllocationFailure.h")
+if(MSVC)
+  include(${CMAKE_CURRENT_LIST_DIR}/Msvc.cmake)
+else()
+  target_compile_options(qorvi_options INTERFACE
+    -Wall -Wextra -Wshadow
+    # A log line's arguments fit its format, which is written where it is used.
+    -Werror=format -Werror=format-nonliteral
+    # Unique symbols would keep a library in the process after the host unloads it.
+    $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
+    # GCC 12 sees overlaps in std::string's own code where there are none.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # Log lines name their source file relative to the repository. ccache may hand the compiler paths relative to the build
+    # folder.
+    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -fmacro-prefix-map=${QORVI_SOURCE_FROM_BUILD}/=
+    # RapidJSON reports want of memory.
+    "SHELL:-include ${PROJECT_SOURCE_DIR}/src/json/AllocationFailure.h")
+endif()
 if(QORVI_WERROR)
-  target_compile_options(qorvi_options INTERFACE -Werror)
+  target_compile_options(qorvi_options INTERFACE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
+endif()
+if(WIN32)
+  # Windows 10 and later; of its headers no macros min and max, and not what nobody needs.
+  target_compile_definitions(qorvi_options INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # RapidJSON 1.1 predates the rewritten comparison operators of C++20.
@@ -58,6 +66,14 @@ function(qorvi_exported name)
   add_library(QorviViewPlugin::${name} ALIAS ${name})
 endfunction()
 
+# qorvi_has_private_types(name): its classes have members of types in unnamed namespaces. Where several files are compiled as
+# one, the file that includes them looks to GCC as if it might be included elsewhere.
+function(qorvi_has_private_types name)
+  if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${name} PRIVATE -Wno-subobject-linkage)
+  endif()
+endfunction()
+
 # qorvi_shared_library(name SOURCES sources... HEADERS headers...): a shared library of the platform, hidden but for what
 # it marks as exported; it defines <NAME>_BUILD while it is being built. The headers are those for hosts and the plugin.
 function(qorvi_shared_library name)
@@ -68,7 +84,9 @@ function(qorvi_shared_library name)
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_link_libraries(${name} PRIVATE qorvi_options)
-  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  if(NOT WIN32)  # where nothing undefined can be linked
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
   if(QORVI_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     target_link_options(${name} PRIVATE -Wl,-z,undefs)
   endif()

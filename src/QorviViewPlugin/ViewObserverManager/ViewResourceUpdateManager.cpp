@@ -11,7 +11,7 @@
 #include "QorviViewPlugin/base/TextConversion.h"
 #include "VantBase/SingletonImpl.h"
 
-template class Vant::Base::CSingleton<QorviViewPlugin::CViewResourceUpdateManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<QorviViewPlugin::CViewResourceUpdateManager>;
 
 namespace QorviViewPlugin {
 namespace {

@@ -14,7 +14,7 @@
 namespace QorviViewPlugin {
 class CViewResourceUpdateManager;
 }
-extern template class QORVIVIEWPLUGIN_API Vant::Base::CSingleton<QorviViewPlugin::CViewResourceUpdateManager>;
+extern template class QORVIVIEWPLUGIN_TEMPLATE_API Vant::Base::CSingleton<QorviViewPlugin::CViewResourceUpdateManager>;
 
 namespace QorviViewPlugin {
 

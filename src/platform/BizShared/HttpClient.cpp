@@ -9,6 +9,7 @@
 
 #include "BizShared/details/Canceller.h"
 #include "BizShared/details/Process.h"
+#include "base/system/System.h"
 
 namespace BizShared {
 
@@ -155,7 +156,7 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
 int HttpClient::Lane::SystemError() const {
   long number = 0;
   if (m_reply.curlCode == CURLE_COULDNT_CONNECT) curl_easy_getinfo(m_easy, CURLINFO_OS_ERRNO, &number);
-  return static_cast<int>(number);
+  return base::ErrnoOfSocketError(static_cast<int>(number));
 }
 
 // Nothing may be left out for want of memory: not the target, not the session, not the certificates.

@@ -17,7 +17,7 @@
 #include "VantBase/SingletonImpl.h"
 #include "base/Mutex.h"
 
-template class Vant::Base::CSingleton<BizShared::CNetCommManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<BizShared::CNetCommManager>;
 
 namespace BizShared {
 

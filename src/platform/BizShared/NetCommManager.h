@@ -12,7 +12,7 @@
 namespace BizShared {
 class CNetCommManager;
 }
-extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CNetCommManager>;
+extern template class BIZSHARED_TEMPLATE_API Vant::Base::CSingleton<BizShared::CNetCommManager>;
 
 namespace BizShared {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BizShared/details/Process.h"
 
-#include <unistd.h>
-
 #include <atomic>
+
+#include "base/system/System.h"
 
 namespace BizShared::details {
 
@@ -12,18 +12,18 @@ namespace {
 constexpr int kTransportError = 1;
 constexpr int kOtherProcess = 1000;  // beyond curl's codes
 
-std::atomic<pid_t> s_owner{0};
+std::atomic<int64_t> s_owner{0};
 
 }  // namespace
 
 bool ClaimProcess() {
-  pid_t owner = 0;
-  return s_owner.compare_exchange_strong(owner, getpid()) || owner == getpid();
+  int64_t owner = 0;
+  return s_owner.compare_exchange_strong(owner, base::ProcessId()) || owner == base::ProcessId();
 }
 
 bool IsForkedChild() {
-  const pid_t owner = s_owner;
-  return owner != 0 && owner != getpid();
+  const int64_t owner = s_owner;
+  return owner != 0 && owner != base::ProcessId();
 }
 
 Vant::Base::Error::ErrorCode ForkedChildError() {

@@ -15,7 +15,7 @@
 #include "VantBase/SingletonImpl.h"
 #include "base/Mutex.h"
 
-template class Vant::Base::CSingleton<BizShared::CUserCommonManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<BizShared::CUserCommonManager>;
 
 namespace BizShared {
 

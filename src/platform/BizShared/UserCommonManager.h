@@ -11,7 +11,7 @@
 namespace BizShared {
 class CUserCommonManager;
 }
-extern template class BIZSHARED_API Vant::Base::CSingleton<BizShared::CUserCommonManager>;
+extern template class BIZSHARED_TEMPLATE_API Vant::Base::CSingleton<BizShared::CUserCommonManager>;
 
 namespace BizShared {
 

@@ -12,7 +12,7 @@
 #include "VantBase/SingletonImpl.h"
 #include "base/Mutex.h"
 
-template class Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
 
 namespace ResourceStore {
 

@@ -14,7 +14,7 @@
 namespace ResourceStore {
 class CDownloadResourceStore;
 }
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
+extern template class RESOURCESTORE_TEMPLATE_API Vant::Base::CSingleton<ResourceStore::CDownloadResourceStore>;
 
 namespace ResourceStore {
 

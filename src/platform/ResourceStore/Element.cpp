@@ -4,8 +4,8 @@
 #include "ResourceStore/ElementStore.h"
 #include "VantBase/SingletonImpl.h"
 
-template class Vant::Base::CSingleton<ResourceStore::CElementManager>;
-template class Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<ResourceStore::CElementManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;
 
 namespace ResourceStore {
 

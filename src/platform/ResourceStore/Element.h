@@ -14,8 +14,8 @@ namespace ResourceStore {
 class CElementManager;
 class CWorkStationManager;
 }  // namespace ResourceStore
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CElementManager>;
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;
+extern template class RESOURCESTORE_TEMPLATE_API Vant::Base::CSingleton<ResourceStore::CElementManager>;
+extern template class RESOURCESTORE_TEMPLATE_API Vant::Base::CSingleton<ResourceStore::CWorkStationManager>;
 
 namespace ResourceStore {
 

@@ -18,7 +18,7 @@
 #include "VantBase/SingletonImpl.h"
 #include "base/Mutex.h"
 
-template class Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
 
 namespace ResourceStore {
 
@@ -319,4 +319,5 @@ void COrlUserManager::ResetDownload() {
 }  // namespace ResourceStore
 
 // At the end: only members that are defined by then are instantiated.
-template class ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
+template class QORVI_EXPORT_DEFINED
+    ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;

@@ -16,7 +16,7 @@
 namespace ResourceStore {
 class COrlUserManager;
 }
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
+extern template class RESOURCESTORE_TEMPLATE_API Vant::Base::CSingleton<ResourceStore::COrlUserManager>;
 
 namespace ResourceStore {
 
@@ -88,7 +88,7 @@ class CObserverableWrap {
 
 }  // namespace ResourceStore
 
-extern template class RESOURCESTORE_API
+extern template class RESOURCESTORE_TEMPLATE_API
     ResourceStore::CObserverableWrap<ResourceStore::COrlUserManager, ResourceStore::IOrlUserObserver>;
 
 namespace ResourceStore {

@@ -13,7 +13,7 @@
 #include "VantBase/SingletonImpl.h"
 #include "base/Mutex.h"
 
-template class Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
+template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
 
 namespace ResourceStore {
 

@@ -12,7 +12,7 @@
 namespace ResourceStore {
 class CViewGroupManager;
 }
-extern template class RESOURCESTORE_API Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
+extern template class RESOURCESTORE_TEMPLATE_API Vant::Base::CSingleton<ResourceStore::CViewGroupManager>;
 
 namespace ResourceStore {
 

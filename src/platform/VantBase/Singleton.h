@@ -3,9 +3,9 @@
 //
 // The library that owns T holds the only instance. Its header says, before it defines T,
 //     class T;
-//     extern template class OWNER_API Vant::Base::CSingleton<T>;
+//     extern template class OWNER_TEMPLATE_API Vant::Base::CSingleton<T>;
 // and one of its source files includes "VantBase/SingletonImpl.h" and says
-//     template class Vant::Base::CSingleton<T>;
+//     template class QORVI_EXPORT_DEFINED Vant::Base::CSingleton<T>;
 // so that every other library imports Instance() instead of making a second instance.
 #pragma once
 

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "base/system/System.h"
+
+#include <unistd.h>
+
+namespace base {
+
+int64_t ProcessId() {
+  return getpid();
+}
+
+int ErrnoOfSocketError(int number) {
+  return number;
+}
+
+}  // namespace base

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "base/system/System.h"
+
+// clang-format off
+#include <winsock2.h>
+#include <windows.h>
+// clang-format on
+
+#include <cerrno>
+
+namespace base {
+
+int64_t ProcessId() {
+  return GetCurrentProcessId();
+}
+
+int ErrnoOfSocketError(int number) {
+  switch (number) {
+    case WSAECONNREFUSED:
+      return ECONNREFUSED;
+    case WSAETIMEDOUT:
+      return ETIMEDOUT;
+    case WSAENETUNREACH:
+      return ENETUNREACH;
+    case WSAEHOSTUNREACH:
+      return EHOSTUNREACH;
+    case WSAECONNRESET:
+      return ECONNRESET;
+    default:
+      return number;
+  }
+}
+
+}  // namespace base
