@@ -2,6 +2,7 @@
 // The commands for people, and how viewctl ends.
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <regex>
 
@@ -126,6 +127,20 @@ TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpWithAReasonInTheTimeAsked) 
                           }),
             2)
       << "each logs out, whatever came of it";
+}
+
+TEST_F(CommandsTest, AServerThatDoesNotListWhatItHasIsTold) {
+  std::atomic<int> status = 0;
+  const testing_support::ScriptedServer server([&](const auto& request, auto& connection) {
+    if (Has(request.target, "/V0/Elements")) return connection.Reply(status, "{}");
+    connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
+  });
+  for (const auto& [code, said] : {std::pair(200, "The server does not list its Elements\n"), {404, "Elements: "}}) {
+    status = code;
+    const Outcome outcome = test::Run({"--server", QString::fromStdString(server.Url()), "resources"}, "any");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(outcome.err.starts_with(std::string("viewctl: ") + said)) << outcome.err;
+  }
 }
 
 TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
