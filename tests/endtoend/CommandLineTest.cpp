@@ -148,8 +148,9 @@ TEST_F(CommandLineTest, ManualPagesSayWhatTheHelpSays) {
   EXPECT_TRUE(Has(page, "\\fB\\-\\-undo\\fR \\fIFILE\\fR\na new file, with which viewctl undo takes it back\n"))
       << page;
   EXPECT_TRUE(Has(ReadFile(folder.filePath("viewctl.1").toStdString()), ".TP\n\\fBreplace\\fR\nanother resource"));
-  // Where there is no mandoc, nobody asks it.
-  const QString lint = "! command -v mandoc >/dev/null || mandoc -T lint -W warning '" + folder.path() + "'/*.1";
+  // Where there is no mandoc, nobody asks it. A page has no date, so that the same program makes the same bytes.
+  const QString lint = "! command -v mandoc >/dev/null || mandoc -T lint -W warning '" + folder.path() +
+                       "'/*.1 | grep -v 'missing date,'";
   EXPECT_EQ(test::Run({"-c", lint}, {}, {}, "sh").out, "");
 }
 
