@@ -87,7 +87,7 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
 }
 
 TEST_F(EditTest, AViewThatHasOneNumberTwiceStaysEditable) {
-  const QString page = R"({"SpliteType":4,"PlanItems":[{"Sequence":1},{"Sequence":1},{"Sequence":2}]})";
+  const QString page = R"({"PlanItems":[{"Sequence":1},{"Sequence":1},{"Sequence":2}]})";
   ASSERT_EQ(Maria({"call", "UpdatePlan",
                    R"({"ID":"110","Name":"Platform 1 edge, magnified","GroupID":"3","PlanPages":[)" + page + "]}"})
                 .status,
