@@ -6,13 +6,6 @@
 namespace host {
 namespace {
 
-Place Moved(const Place& place, const std::optional<Place>& into) {
-  if (!into) return place;
-  Place moved = *into;
-  moved.path.insert(moved.path.end(), place.path.begin(), place.path.end());
-  return moved;
-}
-
 // The place itself and all folders above it, down to the top-level one or the one that everything goes into, which
 // are there.
 void AddWithParents(Place place, size_t depthThatIsThere, std::set<Place>& folders) {
@@ -20,6 +13,13 @@ void AddWithParents(Place place, size_t depthThatIsThere, std::set<Place>& folde
 }
 
 }  // namespace
+
+Place PlaceIn(const std::optional<Place>& into, const Place& place) {
+  if (!into) return place;
+  Place moved = *into;
+  moved.path.insert(moved.path.end(), place.path.begin(), place.path.end());
+  return moved;
+}
 
 Existing ExistingIn(const ViewTree& tree) {
   Existing existing;
@@ -38,8 +38,8 @@ std::vector<ImportStep> PlanImport(const PortableFile& file, const Existing& exi
                                    const std::optional<Place>& into) {
   std::set<Place> folders;
   const size_t depth = into ? into->path.size() : 0;
-  for (const Place& folder : file.folders) AddWithParents(Moved(folder, into), depth, folders);
-  for (const PortableView& view : file.views) AddWithParents(Moved(view.folder, into), depth, folders);
+  for (const Place& folder : file.folders) AddWithParents(PlaceIn(into, folder), depth, folders);
+  for (const PortableView& view : file.views) AddWithParents(PlaceIn(into, view.folder), depth, folders);
 
   std::vector<ImportStep> steps;
   // A path sorts behind its beginnings, so every folder comes before those in it.
@@ -51,7 +51,7 @@ std::vector<ImportStep> PlanImport(const PortableFile& file, const Existing& exi
   }
   std::map<std::pair<Place, std::string>, size_t> matched;
   for (const PortableView& view : file.views) {
-    const std::pair<Place, std::string> key(Moved(view.folder, into), view.name);
+    const std::pair<Place, std::string> key(PlaceIn(into, view.folder), view.name);
     const auto found = existing.views.find(key);
     const size_t nth = matched[key]++;
     const bool there = found != existing.views.end() && nth < found->second.size();

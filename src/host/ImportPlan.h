@@ -28,6 +28,9 @@ struct ImportStep {
   PortableView view;  // for the two that are about a view
 };
 
+// Where something of the file comes to lie.
+Place PlaceIn(const std::optional<Place>& into, const Place& place);
+
 // The steps in an order in which they can be carried out: folders first, each before what it holds. A folder or view
 // that is there is kept as it is; the n-th view of one name is matched with the n-th of that name, so that an import
 // that was interrupted goes on where it ended and a second one makes nothing. `into` puts everything below that folder,

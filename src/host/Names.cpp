@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "host/Failure.h"
 #include "host/Ids.h"
+#include "host/Suggestion.h"
 #include "host/Terminal.h"
 
 namespace host {
@@ -25,11 +25,11 @@ void DropTop(std::vector<Thing>& found) {
   std::erase_if(found, [](const Thing& thing) { return thing.id == "-1"; });
 }
 
-Failure NotThere(const std::string& text, const char* what) {
-  if (IsId(text.substr(text.find(':') + 1)))
-    return {kRefused, std::string("There is no ") + what + " " + text + "; viewctl tree lists what there is"};
-  return {kUsage, "There is no " + std::string(what) + " \"" + text +
-                      "\": it takes an id or a path from the top, such as Station/Forecourt; viewctl tree lists them"};
+std::string WithoutPrefix(std::string_view text) {
+  for (const char* prefix : {"view:", "group:", "folder:"}) {
+    if (Strip(text, prefix)) break;
+  }
+  return std::string(text);
 }
 
 Failure WrongKind(const std::string& text, const Thing& thing) {
@@ -63,10 +63,14 @@ std::vector<std::string> SplitPath(std::string_view text) {
   return names;
 }
 
-std::string PathText(const ViewTree& tree, size_t folder) {
-  std::string text = kKindNames.at(tree.folders[folder].kind);
-  for (const std::string& name : tree.PathOf(folder)) text += "/" + EscapedName(name);
+std::string PathText(FolderKind kind, const std::vector<std::string>& path) {
+  std::string text = kKindNames.at(kind);
+  for (const std::string& name : path) text += "/" + EscapedName(name);
   return text;
+}
+
+std::string PathText(const ViewTree& tree, size_t folder) {
+  return PathText(tree.folders[folder].kind, tree.PathOf(folder));
 }
 
 std::string PathText(const ViewTree& tree, const Thing& view) {
@@ -137,7 +141,7 @@ Thing Names::View(const std::string& text) const {
   std::vector<Thing> found = all;
   Keep(true, found);
   if (found.empty() && !all.empty()) throw WrongKind(text, all.front());
-  if (found.empty()) throw NotThere(text, "view");
+  if (found.empty()) throw NotThere(text, Wanted::kView);
   if (found.size() > 1) RefuseSeveral(text, found);
   return found.front();
 }
@@ -148,7 +152,7 @@ Thing Names::Folder(const std::string& text, bool withTop) const {
   Keep(false, found);
   if (found.empty() && !all.empty()) throw WrongKind(text, all.front());
   if (!withTop) DropTop(found);
-  if (found.empty()) throw NotThere(text, "group");
+  if (found.empty()) throw NotThere(text, Wanted::kFolder);
   if (found.size() > 1) RefuseSeveral(text, found);
   return found.front();
 }
@@ -156,12 +160,58 @@ Thing Names::Folder(const std::string& text, bool withTop) const {
 Thing Names::Either(const std::string& text, bool withTop) const {
   std::vector<Thing> found = All(text);
   if (!withTop) DropTop(found);
-  if (found.empty()) throw NotThere(text, "view or group");
+  if (found.empty()) throw NotThere(text, Wanted::kEither);
   if (found.size() == 2 && found[0].isView != found[1].isView && IsId(text)) {
     throw Failure(kUsage, text + " is a view and a group: say view:" + text + " or group:" + text);
   }
   if (found.size() > 1) RefuseSeveral(text, found);
   return found.front();
+}
+
+std::vector<std::string> Names::NamesIn(const std::string& path, Wanted wanted) const {
+  std::vector<std::string> names;
+  const auto add = [&](size_t folder) {
+    for (const size_t below : m_tree.folders[folder].folders) {
+      if (wanted != Wanted::kView) names.push_back(m_tree.folders[below].name);
+    }
+    for (const TreeView& view : m_tree.folders[folder].views) {
+      if (wanted != Wanted::kFolder) names.push_back(view.name);
+    }
+  };
+  if (path.empty()) {
+    if (wanted != Wanted::kView) names.assign(kKindNames.begin(), kKindNames.end());
+    for (size_t top = 0; top < m_tree.folders.size() && m_tree.folders[top].parent == top; ++top) add(top);
+  }
+  for (const Thing& thing : ByPath(path)) {
+    if (!thing.isView) add(thing.folder);
+  }
+  return names;
+}
+
+std::string Names::NearPath(const std::string& text, Wanted wanted) const {
+  std::string path;
+  const std::vector<std::string> names = SplitPath(text);
+  for (size_t i = 0; i < names.size(); ++i) {
+    const std::vector<std::string> inside = NamesIn(path, i + 1 < names.size() ? Wanted::kFolder : wanted);
+    const bool isThere = std::ranges::find(inside, names[i]) != inside.end();
+    const std::string name = isThere ? names[i] : Nearest(names[i], inside);
+    if (name.empty()) return {};
+    path += (path.empty() ? "" : "/") + EscapedName(name);
+  }
+  return path;
+}
+
+Failure Names::NotThere(const std::string& text, Wanted wanted) const {
+  constexpr const char* kWords[] = {"view", "group", "view or group"};
+  const std::string what = kWords[static_cast<int>(wanted)];
+  const std::string name = WithoutPrefix(text);
+  if (IsId(name)) return {kRefused, "There is no " + what + " " + text + "; viewctl tree lists what there is"};
+  const std::string near = NearPath(name, wanted);
+  const std::string advice =
+      near.empty() || near == name
+          ? ": it takes an id or a path from the top, such as Station/Forecourt; viewctl tree lists them"
+          : "; did you mean \"" + near + "\"? (viewctl tree lists them)";
+  return {kUsage, "There is no " + what + " \"" + text + "\"" + advice};
 }
 
 void Names::RefuseSeveral(const std::string& text, const std::vector<Thing>& found) const {

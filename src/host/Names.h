@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/Failure.h"
 #include "host/ViewTree.h"
 
 namespace host {
@@ -29,6 +30,7 @@ std::string EscapedName(const std::string& name);
 // A path's names, without empty ones.
 std::vector<std::string> SplitPath(std::string_view text);
 // The path as it may be given to a command, its first name that of the top-level folder.
+std::string PathText(FolderKind kind, const std::vector<std::string>& path);
 std::string PathText(const ViewTree& tree, size_t folder);
 std::string PathText(const ViewTree& tree, const Thing& view);
 
@@ -47,8 +49,14 @@ class Names {
   std::vector<Thing> All(const std::string& text) const;
 
  private:
+  enum class Wanted { kView, kFolder, kEither };
+
   std::vector<Thing> ById(const std::string& id) const;
   std::vector<Thing> ByPath(const std::string& text) const;
+  // The path that a slip in one or more of the text's names may have been meant for; empty where none is near.
+  std::string NearPath(const std::string& text, Wanted wanted) const;
+  std::vector<std::string> NamesIn(const std::string& path, Wanted wanted) const;
+  Failure NotThere(const std::string& text, Wanted wanted) const;
   std::vector<size_t> Below(size_t folder, const std::string& name) const;
   void AddContent(size_t folder, const std::string& name, std::vector<Thing>& found) const;
   [[noreturn]] void RefuseSeveral(const std::string& text, const std::vector<Thing>& found) const;

@@ -11,47 +11,63 @@ bool IsOfChild(const Notice& notice) {
   return notice.enum_state == kChildAdded || notice.enum_state == kChildRemoved;
 }
 
-std::string Event(const Notice& notice) {
+}  // namespace
+
+NoticeText::Things NoticeText::ThingsOf(const ViewTree& tree) {
+  Things things;
+  for (size_t i = 0; i < tree.folders.size(); ++i) {
+    const TreeFolder& folder = tree.folders[i];
+    things[{false, folder.id}] = {PathText(tree, i), folder.name};
+    for (const TreeView& view : folder.views) {
+      things[{true, view.id}] = {PathText(tree, {true, view.id, i, view.name}), view.name};
+    }
+  }
+  return things;
+}
+
+void NoticeText::Refresh() {
+  m_before = std::exchange(m_now, ThingsOf(ReadViewTree(m_plugin)));
+  for (const auto& [key, called] : m_now) m_told.emplace(key, called.name);
+}
+
+const NoticeText::Called* NoticeText::Find(const Key& key) const {
+  for (const Things* things : {&m_now, &m_before}) {
+    const auto found = things->find(key);
+    if (found != things->end()) return &found->second;
+  }
+  return nullptr;
+}
+
+std::string NoticeText::Event(const Notice& notice, const Key& key) {
   switch (notice.enum_state) {
     case kRenamed:
-      return "renamed or changed, \"" + notice.name + "\" now";
+      return Change(key, notice.name);
     case kChildAdded:
       return "came";
     case kChildRemoved:
       return "went";
-    case kChanged:
-      return "changed";
+    case kChanged: {
+      const Called* called = Find(key);
+      return called ? Change(key, called->name) : "changed";
+    }
     default:
       return "event " + std::to_string(notice.enum_state);
   }
 }
 
-}  // namespace
-
-NoticeText::Paths NoticeText::PathsOf(const ViewTree& tree) {
-  Paths paths;
-  for (size_t i = 0; i < tree.folders.size(); ++i) {
-    const TreeFolder& folder = tree.folders[i];
-    paths[{false, folder.id}] = PathText(tree, i);
-    for (const TreeView& view : folder.views) paths[{true, view.id}] = PathText(tree, {true, view.id, i, view.name});
-  }
-  return paths;
+std::string NoticeText::Change(const Key& key, const std::string& name) {
+  const std::string before = std::exchange(m_told.emplace(key, name).first->second, name);
+  if (before == name) return "changed";
+  return "renamed, \"" + before + "\" -> \"" + name + "\"";
 }
 
-void NoticeText::Refresh() {
-  m_before = std::exchange(m_now, PathsOf(ReadViewTree(m_plugin)));
-}
-
-std::string NoticeText::Line(const Notice& notice) const {
+std::string NoticeText::Line(const Notice& notice) {
   const bool isView =
       IsOfChild(notice) ? notice.child_type == ResourceData::ResourceTypeView : notice.enum_state == kChanged;
-  const std::pair key(isView, IsOfChild(notice) ? notice.child_id : notice.id);
-  std::string path;
-  for (const Paths* paths : {&m_now, &m_before}) {
-    const auto found = paths->find(key);
-    if (path.empty() && found != paths->end()) path = " " + found->second;
-  }
-  return Printable((isView ? "view " : "group ") + key.second + path + ": " + Event(notice));
+  const Key key(isView, IsOfChild(notice) ? notice.child_id : notice.id);
+  const Called* called = Find(key);
+  const std::string path = called ? " " + called->path : "";
+  return Printable((isView ? "view " : "group ") + key.second + path + ": " + Event(notice, key));
 }
 
 }  // namespace host

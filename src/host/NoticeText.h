@@ -19,16 +19,26 @@ class NoticeText {
 
   // Reads the names anew. To be called before the notices that came together are told.
   void Refresh();
-  // "view 110 public/Station/Forecourt: changed", safe to print.
-  std::string Line(const Notice& notice) const;
+  // "view 110 public/Station/Forecourt: changed", safe to print. A new name is told once, beside the one that was told
+  // last.
+  std::string Line(const Notice& notice);
 
  private:
-  using Paths = std::map<std::pair<bool, std::string>, std::string>;  // by whether it is a view, and its id
+  using Key = std::pair<bool, std::string>;  // whether it is a view, and its id
+  struct Called {
+    std::string path;
+    std::string name;
+  };
+  using Things = std::map<Key, Called>;
 
-  static Paths PathsOf(const ViewTree& tree);
+  static Things ThingsOf(const ViewTree& tree);
+  const Called* Find(const Key& key) const;
+  std::string Event(const Notice& notice, const Key& key);
+  std::string Change(const Key& key, const std::string& name);
 
   const Plugin& m_plugin;
-  Paths m_before, m_now;
+  Things m_before, m_now;
+  std::map<Key, std::string> m_told;  // the names as they were told last
 };
 
 }  // namespace host

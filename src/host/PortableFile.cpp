@@ -18,7 +18,7 @@ using rapidjson::Value;
 constexpr const char* kFormat = "viewctl-export";
 constexpr int kVersion = 1;
 
-std::string PathText(const std::vector<std::string>& path) {
+std::string PathJson(const std::vector<std::string>& path) {
   rapidjson::StringBuffer buffer;
   rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
   writer.StartArray();
@@ -129,13 +129,13 @@ std::string WritePortable(PortableFile file) {
   std::vector<std::string> folders;
   for (const Place& folder : file.folders) {
     folders.push_back(
-        ObjectText().Add("Kind", kKindNames.at(folder.kind)).AddRaw("Path", PathText(folder.path)).Text());
+        ObjectText().Add("Kind", kKindNames.at(folder.kind)).AddRaw("Path", PathJson(folder.path)).Text());
   }
   std::vector<std::string> views;
   for (const PortableView& view : file.views) {
     views.push_back(ObjectText()
                         .Add("Kind", kKindNames.at(view.folder.kind))
-                        .AddRaw("Path", PathText(view.folder.path))
+                        .AddRaw("Path", PathJson(view.folder.path))
                         .Add("Name", view.name)
                         .Add("AutoCycle", view.autoCycle)
                         .Add("RoundTime", view.roundTime)

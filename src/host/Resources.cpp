@@ -132,7 +132,7 @@ void RequireOnServer(const std::set<Resource>& resources) {
   for (const Resource& resource : fetched) {
     if (HasResource(resource)) continue;
     throw Failure(kRefused, "The server has no " + KindWord(resource.type) + " " + resource.id +
-                                ", so nothing was changed; viewctl find lists the ids that views use");
+                                ", so nothing was changed; viewctl resources lists what it has");
   }
 }
 

@@ -32,7 +32,7 @@ size_t Distance(std::string_view left, std::string_view right) {
 
 }  // namespace
 
-std::string Suggestion(std::string_view text, const std::vector<std::string>& candidates, std::string_view quote) {
+std::string Nearest(std::string_view text, const std::vector<std::string>& candidates) {
   const std::string* nearest = nullptr;
   size_t least = std::max<size_t>(1, text.size() / 3) + 1;
   for (const std::string& candidate : candidates) {
@@ -41,7 +41,12 @@ std::string Suggestion(std::string_view text, const std::vector<std::string>& ca
     least = distance;
     nearest = &candidate;
   }
-  return nearest ? "; did you mean " + std::string(quote) + *nearest + std::string(quote) + "?" : "";
+  return nearest ? *nearest : "";
+}
+
+std::string Suggestion(std::string_view text, const std::vector<std::string>& candidates, std::string_view quote) {
+  const std::string nearest = Nearest(text, candidates);
+  return nearest.empty() ? "" : "; did you mean " + std::string(quote) + nearest + std::string(quote) + "?";
 }
 
 }  // namespace host

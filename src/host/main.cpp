@@ -18,6 +18,7 @@ void AddCommands(CLI::App& app, host::Run& chosen) {
   host::AddDrawCommand(app, chosen);
   host::AddReportCommand(app, chosen);
   host::AddEditCommand(app, chosen);
+  host::AddResourcesCommand(app, chosen);
   host::AddFindCommand(app, chosen);
   host::AddReplaceCommand(app, chosen);
   host::AddUndoCommand(app, chosen);

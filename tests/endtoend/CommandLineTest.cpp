@@ -33,7 +33,20 @@ TEST_F(CommandLineTest, AMistakeIsToldWithWhatToDo) {
       {{"--sever=x", "show", "110"}, 2, "viewctl show has no option --sever; did you mean --server?"},
       {{"--json", "tree"}, 2, "--json stands behind viewctl tree"},
       {{"users", "maria"}, 2, "viewctl users takes no further argument \"maria\""},
-      {{"show"}, 2, "viewctl show --help"},
+      {{"show"},
+       2,
+       "viewctl: VIEW is missing: ids, or paths: Station/Forecourt (viewctl show --help says what it takes)"},
+      {{"export"}, 2, "viewctl: -o is missing: the file; \"-\" is stdout"},
+      {{"tree", "--depth"}, 2, "viewctl: --depth has no value: how many levels below the top are shown"},
+      {{"tree", "--depth", "x"}, 2, "viewctl: --depth: \"x\" is no whole number from 0 to 1000000"},
+      {{"tree", "--timeout=0"}, 2, "viewctl: --timeout: \"0\" is no whole number from 1 to 86400 (viewctl tree --help"},
+      {{"--timeout", "86401"}, 2, "from 1 to 86400 (viewctl --help lists what there is)"},
+      {{"draw", "1", "--page", "1st"}, 2, "viewctl: --page: \"1st\" is no whole number of 32 bits"},
+      {{"default", "--type", "99999999999"}, 2, "viewctl: --type: \"99999999999\" is no whole number of 32 bits"},
+      {{"tree", "-o", "yaml"}, 2, "viewctl: -o: \"yaml\" is none of wide, json"},
+      {{"tree", "--json=yes please"}, 2, "viewctl: --json takes no value: as JSON"},
+      {{"tree", "--depth", "1", "--depth", "2"}, 2, "viewctl: --depth is said more than once: leave all but one out"},
+      {{"mv", "110"}, 2, "viewctl: SOURCE...DESTINATION takes at least 2: what to take, by id or path"},
       {{"--server", "", "tree"}, 2, "--server: the value is empty (is a variable not set?)"},
       {{"--server=", "tree"}, 2, "--server: the value is empty"},
       {{"tree", "--user", ""}, 2, "--user: the value is empty"},
@@ -49,7 +62,14 @@ TEST_F(CommandLineTest, AMistakeIsToldWithWhatToDo) {
       {maria + QStringList{"show", "1"}, 1, "1 is a folder; viewctl tree 1 shows it"},
       {maria + QStringList{"draw", "Station"}, 1, "Station is a folder; viewctl tree 1 shows it"},
       {maria + QStringList{"import", exported, "--into", "110"}, 1, "110 is a view; viewctl show 110 shows it"},
-      {maria + QStringList{"export", "-o", "-", "Station/Nowhere"}, 2, "There is no view or group \"Station/Nowhere\""},
+      {maria + QStringList{"export", "-o", "-", "Station/Nowhere"}, 2,
+       "There is no view or group \"Station/Nowhere\": it"},
+      {maria + QStringList{"show", "Staton/forcourt"}, 2,
+       "did you mean \"Station/Forecourt\"? (viewctl tree lists them)"},
+      {maria + QStringList{"mv", "110", "Bus termnal/"}, 2,
+       "no folder public/Bus termnal; did you mean public/Bus terminal?"},
+      {maria + QStringList{"export", "--json", "-o", "-"}, 2, "--json and -o - both write to stdout: name a file"},
+      {maria + QStringList{"resources", "--kind", "camra"}, 2, "\"camra\" is no kind of resource: say one of camera"},
       {maria + QStringList{"call", "AddPlann", "{}"}, 2, "There is no exchange AddPlann; did you mean AddPlan?"},
   };
   for (const auto& [arguments, status, part] : cases) {
@@ -128,6 +148,10 @@ TEST_F(CommandLineTest, ManualPagesSayWhatTheHelpSays) {
   EXPECT_TRUE(Has(page, "\\fB\\-\\-undo\\fR \\fIFILE\\fR\na new file, with which viewctl undo takes it back\n"))
       << page;
   EXPECT_TRUE(Has(ReadFile(folder.filePath("viewctl.1").toStdString()), ".TP\n\\fBreplace\\fR\nanother resource"));
+  // Where there is no mandoc, nobody asks it. A page has no date, so that the same program makes the same bytes.
+  const QString lint = "! command -v mandoc >/dev/null || mandoc -T lint -W warning '" + folder.path() +
+                       "'/*.1 | grep -v 'missing date,'";
+  EXPECT_EQ(test::Run({"-c", lint}, {}, {}, "sh").out, "");
 }
 
 TEST_F(CommandLineTest, TheHelpSaysTrulyWhereThePluginIsLookedFor) {

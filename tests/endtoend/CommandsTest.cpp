@@ -128,6 +128,16 @@ TEST_F(CommandsTest, AServerThatLoadsNothingIsGivenUpWithAReasonInTheTimeAsked) 
       << "each logs out, whatever came of it";
 }
 
+TEST_F(CommandsTest, AServerThatDoesNotListWhatItHasIsTold) {
+  const testing_support::ScriptedServer server([](const auto& request, auto& connection) {
+    if (Has(request.target, "/V0/Elements")) return connection.Reply(200, "{}");
+    connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
+  });
+  const Outcome outcome = test::Run({"--server", QString::fromStdString(server.Url()), "resources"}, "any");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "viewctl: The server does not list its Elements\n");
+}
+
 TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
   const QTemporaryDir folder;
   const QStringList own = {"--data", folder.filePath("store")};

@@ -32,18 +32,36 @@ TEST_F(ContextTest, TheLineCountsMoreThanVariablesAndTheseMoreThanTheFile) {
       {file + "VIEWCTL_SERVER=other viewctl --server main tree", 0, ""},
       {file + "VIEWCTL_USER=kenji VIEWCTL_PASSWORD=sample-kenji viewctl tree", 0, ""},
       {file + "VIEWCTL_USER=kenji viewctl tree", 3, "No login as kenji at " + Url()},
-      {file + "VIEWCTL_USER=nobody viewctl --user kenji --password-file secret tree", 0, ""},
+      {file + "VIEWCTL_USER=nobody VIEWCTL_PASSWORD=x viewctl --user kenji --password-file secret tree", 0, ""},
       {file + "viewctl tree --data own", 0, "A new store was made"},
       {"VIEWCTL_SERVER=" + Server() + " VIEWCTL_USER=maria VIEWCTL_PASSWORD=sample-maria viewctl tree", 0, ""},
       {"VIEWCTL_SERVER= viewctl tree", 2, "VIEWCTL_SERVER is set to nothing: set it, or unset it"},
       {file + "VIEWCTL_USER= viewctl tree", 2, "VIEWCTL_USER is set to nothing: set it, or unset it"},
-      {file + "viewctl --server mian tree", 2, "There is no server mian in config; did you mean main? (an address"},
+      {file + "viewctl --server mian tree", 2,
+       "mian is neither an address, which begins with http:// or https://, nor a server that config names; did you "
+       "mean "
+       "main? (viewctl servers lists them)"},
+      {"viewctl --server prod tree", 2,
+       "prod is neither an address, which begins with http:// or https://, nor a server"},
   };
   for (const auto& [command, status, part] : cases) {
     const Outcome outcome = Shell(command);
     EXPECT_EQ(outcome.status, status) << command.toStdString() << "\n" << outcome.err;
     EXPECT_TRUE(Has(outcome.err, part)) << command.toStdString() << "\n" << outcome.err;
   }
+}
+
+TEST_F(ContextTest, TheServersOfTheFileAreListedAndCompleted) {
+  Configure("default = main\n[main]\nurl = http://a:1\nuser = maria\n[other]\nurl = http://b:2\n");
+  const std::string rows =
+      "NAME   DEFAULT  USER   URL\nmain   yes      maria  http://a:1\nother  no              http://b:2\n";
+  const QString file = "VIEWCTL_CONFIG=config viewctl ";
+  EXPECT_EQ(Shell(file + "servers").out, rows);
+  EXPECT_EQ(Shell(file + "servers --json").out,
+            "[\n{\"Name\":\"main\",\"URL\":\"http://a:1\",\"User\":\"maria\",\"Default\":true},\n"
+            "{\"Name\":\"other\",\"URL\":\"http://b:2\",\"User\":\"\",\"Default\":false}]\n");
+  EXPECT_EQ(Shell(file + "__complete --line 'viewctl --server o'").out, "other\thttp://b:2\n");
+  EXPECT_EQ(Shell("viewctl servers").err, "No server is named in /dev/null\n");
 }
 
 TEST_F(ContextTest, AFileWithAMistakeIsToldByItsLine) {

@@ -99,6 +99,22 @@ TEST_F(DrawTest, WithoutViewdrawEverythingElseWorks) {
   EXPECT_EQ(drawn.status, 2);
   EXPECT_EQ(drawn.err, "viewctl: Pictures are drawn by viewdraw, which was not found beside viewctl\n");
   EXPECT_EQ(run({"draw", "110"}).status, 0);
+
+  // Another in its place that does not do as it should.
+  const QString other = m_folder.filePath("viewdraw");
+  const std::pair<const char*, const char*> cases[] = {
+      {R"(echo '{"Error":"out of ink"}')", "viewctl: viewdraw does not draw the page: out of ink\n"},
+      {"exit 0", "viewctl: viewdraw does not answer\n"},
+      {R"(echo '{"Size":100}'; echo few)", "viewctl: viewdraw ended within a picture\n"},
+  };
+  for (const auto& [script, said] : cases) {
+    WriteFile(other.toStdString(), "#!/bin/sh\nread request\n" + std::string(script) + "\n");
+    ASSERT_TRUE(QFile::setPermissions(other, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    const Outcome failed = run({"draw", "110", "-o", m_folder.filePath("page.svg")});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.err, said);
+    EXPECT_FALSE(QFile::exists(m_folder.filePath("page.svg")));
+  }
 }
 
 TEST_F(DrawTest, OnlyWhatDrawsNeedsQtGui) {

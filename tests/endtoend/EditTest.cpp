@@ -72,6 +72,8 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
       {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": true,/' $1", "line 3: it takes a whole number of 32 bits"},
       {"sed -i /RoundTime/d $1", "line 1: \"RoundTime\" is missing"},
       {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": 1e99999999999,/' $1", "this is no JSON, at "},
+      {"sed -i 's/\"Sequence\": 1,/\"Sequence\": 0,/' $1",
+       "there is a window 0 on the page already; give another number"},
       {"sed -i s/Sequence/Sequense/ $1", "there is no key \"Sequense\"; did you mean \"Sequence\"?"},
   };
   const std::string saved = Maria({"show", "110", "--json"}).out;
@@ -82,6 +84,23 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
     EXPECT_TRUE(Has(TakeKept(outcome.err), "// ^ ")) << outcome.err;
   }
   EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
+}
+
+TEST_F(EditTest, AViewThatHasOneNumberTwiceStaysEditable) {
+  const QString page = R"({"PlanItems":[{"Sequence":1},{"Sequence":1},{"Sequence":2}]})";
+  ASSERT_EQ(Maria({"call", "UpdatePlan",
+                   R"({"ID":"110","Name":"Platform 1 edge, magnified","GroupID":"3","PlanPages":[)" + page + "]}"})
+                .status,
+            0);
+  EXPECT_EQ(Edit("sed -i s/magnified/near/ $1").status, 0);
+  // The line at which the third one stands.
+  const Outcome third = Edit("grep -q '^// ^ ' $1 || sed -i 's/\"Sequence\": 2/\"Sequence\": 1/' $1");
+  EXPECT_EQ(third.status, 2);
+  const std::string text = TakeKept(third.err);
+  const size_t note = text.find("// ^ there is a window 1 on the page already");
+  ASSERT_NE(note, std::string::npos) << third.err << text;
+  EXPECT_GT(text.substr(0, note).rfind("\"Sequence\": 1"),
+            text.find("\"Sequence\": 1", text.find("\"Sequence\": 1") + 1));
 }
 
 TEST_F(EditTest, WhatWouldNotBeRightIsRefusedAndTheTextKept) {

@@ -110,8 +110,8 @@ TEST_F(ExportImportTest, IntoAGroupKeepsFoldersAndReportsOtherContent) {
   const std::string bus = Export(site, "maria", ids);
   const Outcome made = Import(site, "maria", bus, {"--into", "9"});
   EXPECT_EQ(LastLine(made), "Made 1 folder and 4 views, skipped 0 folders and 0 views, failed 0") << made.err;
-  EXPECT_NE(made.out.find("made view private / My rounds / Bus terminal / Bus hall\n"), std::string::npos) << made.out;
-  EXPECT_NE(made.out.find("made view private / My rounds / Weather and news\n"), std::string::npos) << made.out;
+  EXPECT_NE(made.out.find("made view private/My rounds/Bus terminal/Bus hall\n"), std::string::npos) << made.out;
+  EXPECT_NE(made.out.find("made view private/My rounds/Weather and news\n"), std::string::npos) << made.out;
   EXPECT_EQ(LastLine(Import(site, "maria", bus, {"--into", "9"})),
             "Made 0 folders and 0 views, skipped 1 folder and 4 views, failed 0");
 
@@ -132,9 +132,8 @@ TEST_F(ExportImportTest, WhatTheServerRefusesIsReportedAndTheRestIsMade) {
       R"({"Kind":"public","Path":["a","b"],"Name":"made","AutoCycle":0,"RoundTime":0,"PlanPages":[]}]})";
   const Outcome outcome = Import(copy, "admin", content);
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(LinesWith(outcome, "failed folder public / bad\\u000aname: "), 1) << outcome.out;
-  EXPECT_EQ(LinesWith(outcome, "failed view public / bad\\u000aname / lost: its folder was not made"), 1)
-      << outcome.out;
+  EXPECT_EQ(LinesWith(outcome, "failed folder public/bad\\u000aname: "), 1) << outcome.out;
+  EXPECT_EQ(LinesWith(outcome, "failed view public/bad\\u000aname/lost: its folder was not made"), 1) << outcome.out;
   EXPECT_EQ(LastLine(outcome), "Made 2 folders and 1 view, skipped 0 folders and 0 views, failed 2");
 }
 

@@ -53,13 +53,39 @@ TEST_F(FindReplaceTest, EveryRoleOfAResourceIsFound) {
           << outcome.out;
     }
     EXPECT_EQ(expected.empty(), outcome.out.empty()) << line << "\n" << outcome.out;
-    EXPECT_EQ(Has(outcome.err, "No view uses"), expected.empty()) << line;
+    EXPECT_EQ(outcome.err,
+              expected.empty() ? "No view uses \"フェリー*\"; * stands for any part of a name, as in \"*gate*\"\n" : "")
+        << line;
   }
-  rapidjson::Document json;
-  ASSERT_TRUE(host::ParseJson(Maria({"find", "2208", "--json"}).out, json));
-  ASSERT_EQ(json.Size(), 1u);
-  EXPECT_EQ(host::TextOf(json[0], "Role"), "related");
+  EXPECT_EQ(Maria({"find", "2208", "--json"}).out,
+            "[\n{\"View\":\"120\",\"Page\":1,\"Window\":4,\"Role\":\"related\",\"Kind\":\"door\",\"ID\":\"2208\","
+            "\"Name\":\"Drivers' room\",\"Site\":\"2\",\"Shared\":false,\"Path\":\"public/Bus terminal/Bus hall\"}]\n");
+  const auto wide = Rows(Maria({"find", "2031", "--kind", "camera", "-o", "wide"}).out);
+  ASSERT_GT(wide.size(), 2u);
+  EXPECT_EQ(wide[1], "140 2 5 shown camera 2031 Platform 1, edge 1 1 yes shared/Site acceptance");
+  EXPECT_EQ(wide[2], "107 1 0 cycle camera 2031 Platform 1, edge 1 1 no public/Station/Platforms/All platforms");
   EXPECT_EQ(Maria({"find", "x", "--kind", "camra"}).status, 2);
+}
+
+TEST_F(FindReplaceTest, WhatTheServerHasIsListedByKindAndName) {
+  const auto all = Rows(Maria({"resources"}).out);
+  ASSERT_EQ(all.size(), 196u) << "a head, 183 elements, 12 areas";
+  EXPECT_EQ(all[0], "KIND ID NAME");
+  EXPECT_EQ(all[1], "camera 2001 Forecourt, taxi rank");
+  EXPECT_EQ(all[179], "map 2501 Hub overview");
+  EXPECT_EQ(all.back(), "area 3012 🚲 Bike park");
+  const std::pair<QStringList, std::vector<std::string>> cases[] = {
+      {{"resources", "--name", "drivers*"}, {"KIND ID NAME", "door 2208 Drivers' room"}},
+      {{"resources", "--kind", "area", "--name", "Platform 1"}, {"KIND ID NAME", "area 3003 Platform 1"}},
+      {{"resources", "--kind", "camera", "--name", "drivers*"}, {}},
+  };
+  for (const auto& [command, rows] : cases) EXPECT_EQ(Rows(Maria(command).out), rows);
+  EXPECT_EQ(Maria({"resources", "--kind", "web-page", "--name", "x"}).err,
+            "The server has no web-page \"x\"; * stands for any part of a name\n");
+  // One that no view shows is found by its name.
+  EXPECT_EQ(Maria({"find", "Stairwell A"}).out, "");
+  EXPECT_EQ(LastLine(Maria({"replace", "--kind", "door", "2208", "Stairwell A", "--dry-run"})),
+            "Would change 1 view, left 0, failed 0");
 }
 
 TEST_F(FindReplaceTest, AReplacementChangesNothingElseAndIsTakenBack) {
@@ -87,8 +113,12 @@ TEST_F(FindReplaceTest, AReplacementChangesNothingElseAndIsTakenBack) {
   EXPECT_EQ(Export(), expected);
 
   EXPECT_TRUE(Has(Maria(replace).err, "is there already")) << "an undo file is not overwritten";
+  const Outcome wouldUndo = Maria({"undo", File("undo.json"), "--dry-run"});
+  EXPECT_TRUE(Has(wouldUndo.out, "would restore view 110 ") && wouldUndo.err.empty()) << wouldUndo.out << wouldUndo.err;
+  EXPECT_EQ(Export(), expected);
   const Outcome undone = Maria({"undo", File("undo.json")});
   EXPECT_EQ(undone.status, 0) << undone.err;
+  EXPECT_TRUE(Has(undone.out, "restored view 107 public/Station/Platforms/All platforms\n")) << undone.out;
   EXPECT_EQ(Export(), before);
   EXPECT_TRUE(Has(Maria({"undo", File("undo.json")}).out, "is as it was before"));
 }
@@ -113,7 +143,7 @@ TEST_F(FindReplaceTest, WhatWasChangedSinceIsLeftUnlessForced) {
   WriteFile(File("gone.json").toStdString(), file);
   const Outcome gone = Maria({"undo", File("gone.json")});
   EXPECT_EQ(gone.status, 0) << gone.out;
-  EXPECT_TRUE(Has(gone.out, "is as it was before")) << gone.out;
+  EXPECT_TRUE(Has(gone.out, "left view 9001 \"gone\": ") && Has(gone.out, "is as it was before")) << gone.out;
   EXPECT_TRUE(Has(Maria({"find", "2031"}).out, "\n110 ")) << "it is back";
 }
 
@@ -141,7 +171,9 @@ TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
   const std::tuple<QStringList, int, const char*> cases[] = {
       {{"replace", "2031", "7777", "--undo", undo}, 1, "The server has no camera 7777, so nothing was changed"},
       {{"replace", "2031", "2031"}, 2, "Both resources are camera 2031"},
-      {{"replace", "2031", "No such camera"}, 2, "No view uses a camera \"No such camera\""},
+      {{"replace", "No such camera", "2031"}, 2, "No view uses a camera \"No such camera\""},
+      {{"replace", "2031", "No such camera"}, 2, "The server has no camera \"No such camera\"; viewctl resources"},
+      {{"replace", "2031", "*edge*"}, 2, "The camera \"*edge*\" may be any of 2031, 2032"},
       {{"replace", "Platform 1, edge*", "2001"}, 2, "may be any of "},
       {{"replace", "2031", "2032", "--in", "110"}, 1, "110 is a view"},
       {{"replace", "2031", "2032", "--kind", "camra"}, 2, "\"camra\" is no kind of resource: say one of camera, "},

@@ -2,7 +2,8 @@
 // Views and folders made, moved, copied, deleted, shared and set as default.
 #include <QFile>
 
-#include "ViewctlRunner.h"
+#include "../platform/ScriptedSite.h"
+#include "TerminalRunner.h"
 
 namespace test {
 namespace {
@@ -69,6 +70,8 @@ TEST_F(FolderCommandsTest, WhatCannotBeMovedIsToldAndStays) {
 }
 
 TEST_F(FolderCommandsTest, CopiesAreTheUsersOwnWhereTheyLieAmongTheirs) {
+  Expect({"cp", "110", "private", "--dry-run"}, 0, "would copy view 110 to private/Platform 1 edge, magnified");
+  EXPECT_FALSE(IsThere("private/Platform 1 edge, magnified"));
   Expect({"cp", "110", "137", "private/My rounds"}, 0, "Copied 2 things, left 0, failed 0");
   EXPECT_TRUE(IsThere("private/My rounds/夜間巡回") && IsThere("110"));
   EXPECT_EQ(RunAs(m_site, "kenji", {"show", "private/My rounds/夜間巡回"}).status, 2);
@@ -88,6 +91,27 @@ TEST_F(FolderCommandsTest, NothingIsDeletedUnlessSomebodySaysYes) {
   EXPECT_FALSE(IsThere("110") || IsThere("119"));
 }
 
+TEST_F(FolderCommandsTest, OnATerminalItAsksBeforeItDeletes) {
+  for (const char* answer : {"\n", "no\n", "yes\n"}) {
+    OnTerminal rm(m_site.As("maria") + QStringList{"rm", "110", "111"}, "sample-maria");
+    EXPECT_TRUE(Has(rm.SaysUntil("[y/N] "), "Delete 2 things? [y/N] "));
+    rm.Type(answer);
+    const Outcome outcome = rm.Finish();
+    const bool isDeleted = *answer == 'y';
+    EXPECT_EQ(outcome.status, isDeleted ? 0 : 2) << outcome.out;
+    EXPECT_EQ(Has(outcome.out, "Nothing was deleted\r\n"), !isDeleted) << outcome.out;
+    EXPECT_NE(IsThere("110"), isDeleted);
+  }
+}
+
+TEST_F(FolderCommandsTest, WhatFailsAgainAndAgainIsGivenUpOnlyWhereTheServerWasAsked) {
+  QStringList bad = {"mkdir"}, there = {"mv"};
+  for (int i = 0; i < 6; ++i) bad << QString("bad\nname %1").arg(i);
+  Expect(bad, 1, "gave up after 5 failures in a row\nMade 0 folders, left 0, failed 5\n");
+  for (int id = 101; id <= 106; ++id) there << QString::number(id);
+  Expect(there + QStringList{"110", "Station"}, 1, "Moved 1 thing, left 0, failed 6\n");
+}
+
 TEST_F(FolderCommandsTest, SharingTellsTheOutcomeForEachUser) {
   const Outcome some = Maria({"share", "private/My rounds/Cash office", "kenji", "5", "keni", "maria", "--retry", "1"});
   EXPECT_EQ(some.status, 1);
@@ -100,6 +124,27 @@ TEST_F(FolderCommandsTest, SharingTellsTheOutcomeForEachUser) {
   Expect({"share", "137", "kenji"}, 1, "failed with kenji: Not permitted");
 }
 
+TEST(SharingTest, ThoseWhoDidNotGetItAreTriedAsOftenAsWasSaid) {
+  const std::tuple<const char*, int, int> cases[] = {{"0", 1, 1}, {"1", 1, 2}, {"5", 0, 3}};
+  for (const auto& [retry, status, requests] : cases) {
+    testing_support::ScriptedSite site;
+    site.SetNumbered("", R"({"ID":5,"ViewGroupID":-1,"UserID":1,"Name":"v"})", 3);
+    const auto answer = [&](const char* name, const char* data) {
+      site.AnswerOnce(name, [data](const auto&, auto& connection) {
+        if (*data == 0) return connection.ReplyError(500, 100, 8);
+        connection.ReplyData(data);
+      });
+    };
+    answer("V0/Sessions", R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
+    answer("V0/Users", R"({"UserList":{"User":[{"ID":2,"Name":"ann"}]}})");
+    for (const char* data : {"", "", "{}"}) answer("V1/View/5/Share", data);
+    const QString url = QString::fromStdString(site.Url());
+    const Outcome outcome = test::Run({"share", "5", "ann", "--retry", retry, "--server", url}, "any");
+    EXPECT_EQ(outcome.status, status) << outcome.out << outcome.err;
+    EXPECT_EQ(site.Count("V1/View/5/Share"), requests) << retry;
+  }
+}
+
 TEST_F(FolderCommandsTest, TheDefaultViewIsToldAndSet) {
   Expect({"default"}, 0, "There is no default view; viewctl default VIEW sets one");
   Expect({"default", "Station/Forecourt"}, 0, "Editing ");
@@ -107,7 +152,11 @@ TEST_F(FolderCommandsTest, TheDefaultViewIsToldAndSet) {
   EXPECT_EQ(Maria({"default", "--json"}).out, "{\"ID\":\"102\",\"Type\":1,\"Path\":\"public/Station/Forecourt\"}\n");
   Expect({"default", "1"}, 1, "1 is a folder");
   Expect({"default", "--none", "102"}, 2, "not both");
+  Expect({"default", "132", "--type", "7"}, 0, "");
+  EXPECT_EQ(Maria({"default", "--json"}).out,
+            "{\"ID\":\"132\",\"Type\":7,\"Path\":\"private/My rounds/Cash office\"}\n");
   Expect({"default", "--none"}, 0, "");
+  EXPECT_EQ(Maria({"default", "--json"}).out, "{\"ID\":\"\",\"Type\":1,\"Path\":\"\"}\n");
   EXPECT_EQ(Maria({"default"}).out, "");
 }
 

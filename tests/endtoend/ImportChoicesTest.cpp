@@ -54,12 +54,30 @@ TEST_F(ImportChoicesTest, WhatIsNotOnTheServerIsToldByViewAndWindow) {
   const Outcome made = import({});
   EXPECT_EQ(made.status, 0);
   EXPECT_TRUE(Has(made.err,
-                  "public / Station / Platforms / Platforms 1–2 / Platform 1 edge, magnified, page 1, window 0: "
+                  "public/Station/Platforms/Platforms 1–2/Platform 1 edge, magnified, page 1, window 0: "
                   "camera 2031 \"Platform 1, edge 1\" is not on this server\n"))
       << made.err;
   EXPECT_TRUE(Has(made.err, "Warning: 1 resource not on this server;")) << made.err;
+  const Outcome below = import({"--into", "Station", "--dry-run"});
+  EXPECT_TRUE(Has(below.err, "public/Station/Station/Platforms/Platforms 1–2/Platform 1 edge, magnified, page 1"))
+      << below.err;
   EXPECT_EQ(LastLine(made), "Made 0 folders and 1 view, skipped 3 folders and 0 views, failed 0");
   EXPECT_FALSE(Has(Admin({"import", file}).err, "Warning")) << "where they come from all are there";
+}
+
+TEST_F(ImportChoicesTest, ThePathsThatAreToldAreTakenBack) {
+  const QString file = File("s.json", R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[{"Kind":"private",
+      "Path":["In/out","a\\\\b"],"Name":"1/2","AutoCycle":0,"RoundTime":0,"PlanPages":[]}]})");
+  const Outcome outcome = Admin({"import", file});
+  size_t told = 0;
+  for (const std::string& line : Lines(outcome.out)) {
+    for (const auto& [begin, command] : {std::pair("made folder ", "tree"), std::pair("made view ", "show")}) {
+      if (!line.starts_with(begin)) continue;
+      EXPECT_EQ(Admin({command, QString::fromStdString(line.substr(std::string(begin).size()))}).status, 0) << line;
+      ++told;
+    }
+  }
+  EXPECT_EQ(told, 3u) << outcome.out << outcome.err;
 }
 
 TEST_F(ImportChoicesTest, NamesAreAnExtraOfTheExportOnly) {
@@ -107,7 +125,8 @@ TEST_F(ImportChoicesTest, AMapWithAMistakeChangesNothing) {
       {map(R"({"Kind":"camra","ID":"1","To":"1"})"), 2, "Resources[1]: \"camra\" is no kind of resource"},
       {map(R"({"Kind":"camera","ID":"x","To":"1"})"), 2, "Resources[1]: \"ID\" is no id"},
       {map(R"({"Kind":"camera","ID":"9031","To":"7777"})"), 1, "becomes camera 7777, which the server does not have"},
-      {map(R"({"Kind":"camera","ID":"9031","To":"Nobody's"})"), 2, "No view uses a camera \"Nobody's\""},
+      {map(R"({"Kind":"camera","ID":"9031","To":"Nobody's"})"), 2,
+       "The server has no camera \"Nobody's\"; viewctl resources lists what it has"},
       {map(R"({"Kind":"camera","Name":"Unknown","To":"2031"})"), 2, "is not among the export's names"},
   };
   const std::string before = Export({});
@@ -126,8 +145,7 @@ TEST_F(ImportChoicesTest, AnUpdateMakesViewsEqualToTheFile) {
   EXPECT_EQ(Admin({"replace", "2031", "2032"}).status, 0);
   EXPECT_EQ(Admin({"rm", "109", "--yes"}).status, 0);
   const std::string changed = Export({"group:2"});
-  EXPECT_TRUE(
-      Has(Admin({"import", file, "--update", "--dry-run"}).out, "would update view public / Station / Platforms /"));
+  EXPECT_TRUE(Has(Admin({"import", file, "--update", "--dry-run"}).out, "would update view public/Station/Platforms/"));
   EXPECT_EQ(Export({"group:2"}), changed);
   const Outcome updated = Admin({"import", file, "--update"});
   EXPECT_EQ(LastLine(updated), "Made 0 folders and 1 view, updated 2 views, skipped 4 folders and 6 views, failed 0");

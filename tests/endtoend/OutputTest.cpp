@@ -22,6 +22,7 @@ TEST_F(OutputTest, WhatListsOrReportsDoesSoAsJsonToo) {
       {{"find", "2208", "-o", "json"}, {R"("Role":"related","Kind":"door","ID":"2208",)", R"("Shared":false)"}},
       {{"tree", "-o", "json"}, {R"("Name":"Forecourt")"}},
       {{"servers", "--json"}, {"[]"}},
+      {{"resources", "--kind", "door", "--json"}, {R"({"Kind":"door","ID":"2208","Name":"Drivers' room","Site":"2"})"}},
   };
   for (const auto& [command, parts] : lists) {
     const Outcome outcome = Maria(command);
@@ -47,9 +48,11 @@ TEST_F(OutputTest, WhatListsOrReportsDoesSoAsJsonToo) {
        R"({"Done":1,"Left":0,"Failed":1})"},
       {{"replace", "2031", "2032", "--undo", file + "-undo"}, 0, R"("Outcome":"changed","Kind":"view",)", R"("Done":)"},
       {{"undo", file + "-undo"}, 0, R"({"Outcome":"restored","Kind":"view",)", R"("Failed":0})"},
+      {{"export", "-o", file + "-2"}, 0, "", R"({"Views":36,"LeftOut":3,"ReplacedBytesIn":""})"},
+      {{"report", "-o", file + ".html"}, 0, "", R"({"Views":39,"Resources":)"},
       {{"import", file},
        0,
-       R"({"Outcome":"skipped","Kind":"folder","Place":"public / Station","Reason":"is there"})",
+       R"({"Outcome":"skipped","Kind":"folder","Place":"public / Station","Reason":"is there","Path":"public/Station"})",
        R"({"MadeFolders":0,"MadeViews":0,"UpdatedViews":0,"SkippedFolders":5,"SkippedViews":18,"Failed":0,)"},
   };
   for (const auto& [command, status, part, sum] : reports) {
@@ -67,6 +70,7 @@ TEST_F(OutputTest, WhatListsOrReportsDoesSoAsJsonToo) {
 TEST_F(OutputTest, WideListsSayMore) {
   EXPECT_TRUE(Has(Maria({"tree", "Bus terminal", "-o", "wide"}).out, "Bus hall  (view 120)  1 page, "));
   EXPECT_TRUE(Has(Maria({"find", "2208", "-o", "wide"}).out, "RESOURCE       SITE  SHARED  PATH"));
+  EXPECT_TRUE(Has(Maria({"resources", "--kind", "elevator", "-o", "wide"}).out, "KIND      ID    SITE  NAME\n"));
   EXPECT_EQ(Maria({"tree", "-o", "wider"}).status, 2);
   EXPECT_EQ(Maria({"tree", "-o", "json"}).out, Maria({"tree", "--json"}).out);
 }

@@ -37,10 +37,11 @@ TEST(WatchTest, TellsInWordsWhatAndWhere) {
   ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
   const std::pair<QStringList, std::vector<std::string>> edits[] = {
       {{"mkdir", "Station/New"}, {"group 13 public/Station/New: came"}},
-      {{"mv", "Station/New", "Station/Newer"}, {"group 13 public/Station/Newer: renamed or changed, \"Newer\" now"}},
+      {{"mv", "Station/New", "Station/Newer"}, {"group 13 public/Station/Newer: renamed, \"New\" -> \"Newer\""}},
       {{"default", "102"}, {}},
+      {{"mv", "102", "Station/Square"}, {"view 102 public/Station/Square: renamed, \"Forecourt\" -> \"Square\""}},
       {{"rm", "Station/Newer", "--yes"}, {"group 13 public/Station/Newer: went"}},
-      {{"replace", "2031", "2032", "--in", "group:3"}, {"view "}},
+      {{"replace", "2031", "2032", "--in", "group:2"}, {"view 107 public/Station/Platforms/All platforms: changed"}},
   };
   for (const auto& [command, lines] : edits) {
     maria(command);

@@ -6,6 +6,7 @@
 #include "host/Failure.h"
 #include "host/Plugin.h"
 #include "host/Suggestion.h"
+#include "host/commands/Checks.h"
 
 namespace host {
 namespace {
@@ -62,6 +63,42 @@ std::string ExplainOption(const CLI::App& app, const std::string& option) {
   return whose + " has no option " + bare + Suggestion(bare, names) + " (" + whose + " --help lists them)";
 }
 
+std::string ExplainExtra(const CLI::App& app, const std::string& extra) {
+  const CLI::App* command = ChosenCommand(app);
+  if (extra.starts_with('-')) return ExplainOption(app, extra);
+  if (!command) return UnknownCommand(app, extra);
+  return "viewctl " + command->get_name() + " takes no further argument \"" + extra + "\" (viewctl " +
+         command->get_name() + " --help says what it takes)";
+}
+
+// The option or argument that the parser's words are about; null where they name none.
+const CLI::Option* OptionIn(const CLI::App& app, const std::string& words) {
+  const CLI::App* command = ChosenCommand(app);
+  for (const std::string& word : CLI::detail::split(words, ' ')) {
+    const std::string name = word.substr(0, word.find_last_not_of(":,") + 1);
+    for (const CLI::App* one : {command, &app}) {
+      if (!one) continue;
+      for (const CLI::Option* option : one->get_options()) {
+        if (option->get_name() == name) return option;
+      }
+    }
+  }
+  return nullptr;
+}
+
+// In plain words what the parser finds wrong with an option or argument.
+std::string WhatIsWrong(const CLI::Option& option, const CLI::ParseError& error) {
+  const std::string name = option.get_name();
+  const std::string meaning = ": " + option.get_description();
+  if (dynamic_cast<const CLI::RequiredError*>(&error)) return name + " is missing" + meaning;
+  if (dynamic_cast<const CLI::ConversionError*>(&error)) return name + " takes no value" + meaning;
+  if (!dynamic_cast<const CLI::ArgumentMismatch*>(&error)) return error.what();
+  const int least = option.get_items_expected_min();
+  if (option.count() > static_cast<size_t>(least)) return name + " is said more than once: leave all but one out";
+  if (!option.get_positional()) return name + " has no value" + meaning;
+  return name + " takes at least " + std::to_string(least) + meaning;
+}
+
 }  // namespace
 
 void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
@@ -82,7 +119,7 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& options) {
       ->type_name("FILE");
   app.add_option("--timeout", options.timeout, "how long the first load may take")
       ->type_name("SECONDS")
-      ->check(CLI::Range(1, 86400))
+      ->check(WholeNumber(1, 86400))
       ->capture_default_str();
   app.add_option("--log-file", options.logFile, "where log lines are written")->type_name("FILE");
   app.add_flag("--log-time", options.logTime, "log lines begin with the time, in UTC");
@@ -132,22 +169,13 @@ void RefuseIgnoredOptions(const CLI::App& app, const GlobalOptions& options) {
 }
 
 std::string Explain(const CLI::App& app, const CLI::ParseError& error) {
-  if (const auto* extras = dynamic_cast<const CLI::ExtrasError*>(&error)) {
-    const std::vector<std::string> rest = app.remaining(true);
-    const std::string first = rest.empty() ? "" : rest.front();
-    if (first.starts_with('-')) return ExplainOption(app, first);
-    const CLI::App* command = ChosenCommand(app);
-    if (!command && !first.empty()) return UnknownCommand(app, first);
-    if (command && !first.empty()) {
-      return "viewctl " + command->get_name() + " takes no further argument \"" + first + "\" (viewctl " +
-             command->get_name() + " --help says what it takes)";
-    }
-    return extras->what();
-  }
+  const std::vector<std::string> rest = app.remaining(true);
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) && !rest.empty()) return ExplainExtra(app, rest.front());
   const CLI::App* command = ChosenCommand(app);
+  const CLI::Option* option = OptionIn(app, error.what());
   const std::string help =
       command ? "viewctl " + command->get_name() + " --help says what it takes" : "viewctl --help lists what there is";
-  return std::string(error.what()) + " (" + help + ")";
+  return (option ? WhatIsWrong(*option, error) : error.what()) + " (" + help + ")";
 }
 
 std::string UnknownCommand(const CLI::App& app, const std::string& name) {

@@ -28,6 +28,7 @@ void AddImportCommand(CLI::App& app, Run& chosen);
 void AddServeCommand(CLI::App& app, Run& chosen);
 void AddDemoCommand(CLI::App& app, Run& chosen);
 void AddEditCommand(CLI::App& app, Run& chosen);
+void AddResourcesCommand(CLI::App& app, Run& chosen);
 void AddFindCommand(CLI::App& app, Run& chosen);
 void AddReplaceCommand(CLI::App& app, Run& chosen);
 void AddUndoCommand(CLI::App& app, Run& chosen);

@@ -8,7 +8,7 @@
 #include "host/Client.h"
 #include "host/Configuration.h"
 #include "host/JsonText.h"
-#include "host/Resources.h"
+#include "host/ResourceList.h"
 #include "host/calls/RequestCheck.h"
 #include "host/commands/CommandLine.h"
 #include "host/commands/Context.h"
@@ -122,10 +122,27 @@ Candidates ServerNames() {
   return all;
 }
 
+bool IsResource(const std::string& kind) {
+  return kind == "RESOURCE" || kind == "OLD" || kind == "NEW";
+}
+
+// By name, or by id where the word is one.
+Candidates Resources(const std::string& word) {
+  const bool isNumber = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+  Candidates all;
+  for (const ListedResource& one : ListResources()) {
+    const std::string kind = KindWord(one.resource.type) + " ";
+    if (isNumber) all.push_back({one.resource.id, kind + one.name});
+    if (!one.name.empty() && CanBeTyped(one.name)) all.push_back({one.name, kind + one.resource.id});
+  }
+  return Beginning(word, all);
+}
+
 // What the server names. Nobody is asked for a password, and no store is made.
 Candidates FromServer(GlobalOptions options, const std::string& kind, const std::string& word) {
   options.isUnattended = options.makesNoStore = true;
   Client client(options, Texts::kTranslated);
+  if (IsResource(kind)) return Resources(word);
   client.Load();
   if (kind == "USER") {
     rapidjson::Document answer;
@@ -165,7 +182,8 @@ Candidates ValuesOf(const CLI::App& app, const TypedLine& line, const std::strin
   if (const auto words = fixed.find(kind); words != fixed.end()) return Beginning(line.word, Words(words->second));
   if (kind == "URL") return Beginning(line.word, ServerNames());
   if (kind.starts_with("FILE") || kind == "DIR" || kind == "SCRIPT") return {{kFiles, ""}};
-  constexpr const char* kOfServer[] = {"VIEW", "FOLDER", "GROUP", "NAME", "PATH", "SOURCE...DESTINATION", "USER"};
+  constexpr const char* kOfServer[] = {"VIEW", "FOLDER",   "GROUP", "NAME", "PATH", "SOURCE...DESTINATION",
+                                       "USER", "RESOURCE", "OLD",   "NEW"};
   if (std::ranges::find(kOfServer, kind) == std::end(kOfServer)) return {};
   return FromServer(ConnectionOf(line, line.command ? line.command->get_name() : "tree"), kind, line.word);
 }

@@ -41,11 +41,12 @@ void TakeFrom(const CLI::App& app, const NamedServer& server, GlobalOptions& opt
 
 // A slip in a name is told from an address by what only addresses have.
 void RefuseUnknownName(const Configuration& configuration, const std::string& server) {
-  if (configuration.servers.empty() || server.empty() || server.find_first_of(":/.") != std::string::npos) return;
+  if (server.empty() || server.find_first_of(":/.") != std::string::npos) return;
   std::vector<std::string> names;
   for (const auto& named : configuration.servers) names.push_back(named.first);
-  throw Failure(kUsage, "There is no server " + server + " in " + configuration.file + Suggestion(server, names) +
-                            " (an address begins with http:// or https://)");
+  throw Failure(kUsage, server + " is neither an address, which begins with http:// or https://, nor a server that " +
+                            configuration.file + " names" + Suggestion(server, names) +
+                            " (viewctl servers lists them)");
 }
 
 }  // namespace

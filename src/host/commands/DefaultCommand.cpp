@@ -8,6 +8,7 @@
 #include "host/JsonText.h"
 #include "host/Names.h"
 #include "host/Terminal.h"
+#include "host/commands/Checks.h"
 #include "host/commands/Commands.h"
 
 namespace host {
@@ -70,6 +71,7 @@ void AddDefaultCommand(CLI::App& app, Run& chosen) {
   command->add_option("VIEW", wanted->view, "the view to open from now on; without it the present one is told");
   command->add_option("--type", wanted->type, "the client's own number, kept beside it")
       ->type_name("N")
+      ->check(WholeNumber())
       ->capture_default_str();
   command->add_flag("--none", wanted->isNone, "no view from now on");
   command->add_flag("--json", wanted->json, "as JSON");

@@ -13,6 +13,7 @@
 #include "host/PageText.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
+#include "host/commands/Checks.h"
 #include "host/commands/Commands.h"
 
 namespace host {
@@ -80,7 +81,10 @@ void AddDrawCommand(CLI::App& app, Run& chosen) {
   command->add_option("VIEW", draw->id, "its id, or its path: Station/Forecourt")->required();
   command->add_option("-o", draw->output, "the picture's file, .svg or .png; without it the page is printed as text")
       ->type_name("FILE");
-  command->add_option("--page", draw->page, "which page, from 1")->type_name("N")->capture_default_str();
+  command->add_option("--page", draw->page, "which page, from 1")
+      ->type_name("N")
+      ->check(WholeNumber())
+      ->capture_default_str();
   command->add_flag("--dark", draw->isDark, "light on dark");
 }
 

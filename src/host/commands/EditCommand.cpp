@@ -57,7 +57,7 @@ class EditView {
   }
 
   // The file comes back as long as it has faults, unless nobody mends them: away from a terminal it does so once.
-  static std::string EditUntilSound(EditFile& file) {
+  std::string EditUntilSound(EditFile& file) const {
     std::string faulty;
     while (true) {
       file.Edit();
@@ -65,7 +65,7 @@ class EditView {
       if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
         throw Failure(kUsage, "The text is empty, so nothing was changed");
       }
-      const std::vector<EditFault> faults = FaultsInEdit(text);
+      const std::vector<EditFault> faults = FaultsInEdit(text, m_before);
       if (faults.empty()) return text;
       const bool isLeft = text == faulty || (!faulty.empty() && !CanAsk());
       if (isLeft) throw Failure(kUsage, FaultText("The text", faults) + "; your text is in " + file.Keep());
@@ -80,7 +80,8 @@ class EditView {
   }
 
   int Take(const std::string& text, const std::string& where) {
-    if (const auto faults = FaultsInEdit(text); !faults.empty()) throw Failure(kUsage, FaultText(where, faults));
+    if (const auto faults = FaultsInEdit(text, m_before); !faults.empty())
+      throw Failure(kUsage, FaultText(where, faults));
     const EditableView after = FromEditText(text, m_before);
     const std::vector<std::string> changes = Differences(m_before, after);
     if (changes.empty()) {

@@ -14,6 +14,7 @@
 #include "host/Terminal.h"
 #include "host/ViewTree.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/find/Uses.h"
 
 namespace host {
@@ -23,6 +24,7 @@ struct ExportOptions {
   std::vector<std::string> ids;
   std::string output;
   bool withNames = false;
+  bool json = false;
 };
 
 // The names of all that the views show.
@@ -142,7 +144,26 @@ class Export {
   std::string m_withReplacedBytes;
 };
 
+// On stdout as JSON, else on stderr.
+void TellExported(size_t views, const Export& exporter, bool asJson) {
+  if (asJson) {
+    ObjectText text;
+    text.Add("Views", static_cast<int>(views)).Add("LeftOut", static_cast<int>(exporter.LeftOut()));
+    std::printf("%s\n", text.Add("ReplacedBytesIn", exporter.WithReplacedBytes()).Text().c_str());
+    return;
+  }
+  Mention("Exported " + Counted(views, "view"));
+  if (exporter.LeftOut() > 0) {
+    Say("Left out " + std::to_string(exporter.LeftOut()) +
+        " that others shared with you; name their ids to export copies of them");
+  }
+  if (!exporter.WithReplacedBytes().empty()) {
+    Say("Warning: bytes that are no UTF-8 were exported as U+FFFD in " + exporter.WithReplacedBytes());
+  }
+}
+
 int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
+  RequireStdoutForJson(wanted.json, wanted.output);
   std::optional<SavedFile> file;
   if (wanted.output != "-") file.emplace(wanted.output);
 
@@ -158,14 +179,7 @@ int RunExport(const GlobalOptions& options, const ExportOptions& wanted) {
   } else {
     std::fwrite(text.data(), 1, text.size(), stdout);
   }
-  Mention("Exported " + Counted(content.views.size(), "view"));
-  if (exporter.LeftOut() > 0) {
-    Say("Left out " + std::to_string(exporter.LeftOut()) +
-        " that others shared with you; name their ids to export copies of them");
-  }
-  if (!exporter.WithReplacedBytes().empty()) {
-    Say("Warning: bytes that are no UTF-8 were exported as U+FFFD in " + exporter.WithReplacedBytes());
-  }
+  TellExported(content.views.size(), exporter, wanted.json);
   return kDone;
 }
 
@@ -178,6 +192,7 @@ void AddExportCommand(CLI::App& app, Run& chosen) {
                       "views and groups by id or path, view:ID and group:ID where a number means both; else all");
   command->add_option("-o", wanted->output, "the file; \"-\" is stdout")->type_name("FILE")->required();
   command->add_flag("--with-names", wanted->withNames, "adds the names of what the views show, for a map by name");
+  AddSumAsJson(*command, wanted->json);
 }
 
 }  // namespace host

@@ -74,8 +74,9 @@ int RunFind(const GlobalOptions& options, const FindOptions& find) {
       format == Format::kJson ? UsesAsJson(tree, found) : UsesAsTable(tree, found, format == Format::kWide);
   std::fwrite(text.data(), 1, text.size(), stdout);
   if (found.empty()) {
-    Say(Printable("No view uses " + (find.kind.empty() ? "" : find.kind + " ") + find.resource +
-                  (wanted.IsById() ? "" : "; * stands for any part of a name, as in \"*gate*\"")));
+    Say(Printable("No view uses " + (find.kind.empty() ? "" : find.kind + " ") +
+                  (wanted.IsById() ? find.resource
+                                   : "\"" + find.resource + "\"; * stands for any part of a name, as in \"*gate*\"")));
   }
   return kDone;
 }

@@ -104,7 +104,7 @@ class Importing {
   void Tell(const std::vector<UnknownUse>& unknown) const {
     if (unknown.empty()) return;
     const size_t told = m_wanted.dryRun ? unknown.size() : std::min(unknown.size(), kMostTold);
-    for (size_t i = 0; i < told; ++i) Say(DescribeUnknown(m_file, unknown[i]));
+    for (size_t i = 0; i < told; ++i) Say(DescribeUnknown(m_file, unknown[i], m_into));
     if (told < unknown.size()) Say("and " + std::to_string(unknown.size() - told) + " more; --dry-run tells all");
     const std::string advice =
         m_wanted.skipUnknown ? "these views are left out" : "--skip-unknown leaves these views out";

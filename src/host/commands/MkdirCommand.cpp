@@ -37,22 +37,24 @@ class Mkdir {
     const std::string above = PathText(tree, place.folder);
     if (place.rest.empty()) {
       return m_options.parents ? m_outcomes.Left(FolderSubject(above), "is there")
-                               : m_outcomes.Failed(FolderSubject(above), "is there already");
+                               : m_outcomes.Failed(FolderSubject(above), "is there already", false);
     }
     if (place.rest.size() > 1 && !m_options.parents) {
-      return m_outcomes.Failed(FolderSubject(path),
-                               "there is no folder " + above + "/" + place.rest[0] + "; --parents makes it too");
+      return m_outcomes.Failed(
+          FolderSubject(path),
+          "there is no folder " + above + "/" + EscapedName(place.rest[0]) + "; --parents makes it too", false);
     }
     MakeAll(tree, place, above);
   }
 
+  bool IsHopeless() const { return m_outcomes.IsHopeless(); }
   int Sum() { return m_outcomes.Sum("folder"); }
 
  private:
   void MakeAll(const ViewTree& tree, const Destination& place, std::string path) {
     std::string parent = tree.folders[place.folder].id;
     for (const std::string& name : place.rest) {
-      path += "/" + name;
+      path += "/" + EscapedName(name);
       const std::string reason = m_options.dryRun ? "" : Add(name, tree.folders[place.folder].kind, parent);
       if (!reason.empty()) return m_outcomes.Failed(FolderSubject(path), reason);
       m_outcomes.Done(FolderSubject(path, m_options.dryRun ? "" : parent), m_options.dryRun ? "" : "group " + parent);
@@ -79,7 +81,9 @@ int RunMkdir(const GlobalOptions& options, const MkdirOptions& mkdir) {
   client.Load();
   if (!mkdir.dryRun) SayWhatIsEdited(options);
   Mkdir work(client.Functions(), mkdir);
-  for (const std::string& path : mkdir.paths) work.Make(path);
+  for (const std::string& path : mkdir.paths) {
+    if (!work.IsHopeless()) work.Make(path);
+  }
   return work.Sum();
 }
 

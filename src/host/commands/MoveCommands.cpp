@@ -28,8 +28,8 @@ class Mover {
       : m_plugin(plugin), m_tree(tree), m_options(options), m_to(FindDestination(tree, options.paths.back())) {
     for (size_t i = 0; i + 1 < options.paths.size(); ++i) m_sources.push_back(Names(tree).Either(options.paths[i]));
     if (!m_to.rest.empty() && m_sources.size() > 1) {
-      throw Failure(kUsage, "There is no folder " + options.paths.back() +
-                                " to put several things into; viewctl mkdir makes one");
+      throw Failure(kUsage, "There is no folder " + options.paths.back() + " to put several things into" +
+                                AdviceOnMissing(tree, m_to));
     }
   }
   virtual ~Mover() = default;
@@ -43,7 +43,7 @@ class Mover {
       if (reason.empty()) {
         outcomes.Done(text);
       } else {
-        outcomes.Failed(text, reason);
+        outcomes.Failed(text, reason, std::exchange(m_isServerAsked, false));
       }
     }
     return outcomes.Sum(what);
@@ -56,7 +56,11 @@ class Mover {
   virtual bool MayChangeOwner() const = 0;
 
   std::string NewName(const Thing& thing) const { return m_to.rest.empty() ? thing.name : m_to.rest[0]; }
-  bool IsDryRun() const { return m_options.dryRun; }
+  // Whether the server is to be asked now.
+  bool AskServer() {
+    m_isServerAsked = !m_options.dryRun;
+    return m_isServerAsked;
+  }
 
   const Plugin& m_plugin;
   const ViewTree& m_tree;
@@ -83,6 +87,7 @@ class Mover {
   }
 
   std::vector<Thing> m_sources;
+  bool m_isServerAsked = false;  // for what is at hand
 };
 
 class Move final : public Mover {
@@ -92,12 +97,12 @@ class Move final : public Mover {
  private:
   std::string CarryOut(EditableView view) override {
     if (view.isShared) return "shared with you, and its owner's to edit";
-    return IsDryRun() ? "" : Update(m_plugin, view);
+    return AskServer() ? Update(m_plugin, view) : "";
   }
 
   std::string Folder(const Thing& folder) override {
     if (m_to.rest.empty() || m_tree.folders[folder.folder].parent != m_to.folder) return kFolderAdvice;
-    if (IsDryRun()) return {};
+    if (!AskServer()) return {};
     rapidjson::Document answer;
     ObjectText request;
     request.Add("Name", m_to.rest[0]).Add("ID", folder.id);
@@ -116,7 +121,7 @@ class Copy final : public Mover {
   std::string CarryOut(EditableView view) override {
     view.type = IsPublic(m_tree, m_to.folder) ? kPublic : kPrivate;
     std::string id;
-    return IsDryRun() ? "" : Add(m_plugin, view, id);
+    return AskServer() ? Add(m_plugin, view, id) : "";
   }
 
   std::string Folder(const Thing&) override {

@@ -50,7 +50,7 @@ class Replace {
     const Wanted from{m_options.from, type};
     const std::vector<ViewUses> found = FindUses(m_plugin, m_tree, from);
     m_from = RequireUsed(m_plugin, m_tree, from);
-    m_to = RequireUsed(m_plugin, m_tree, {m_options.to, type});
+    m_to = RequireKnown(m_plugin, m_tree, {m_options.to, type});
     if (m_from == m_to)
       throw Failure(kUsage, "Both resources are " + KindWord(type) + " " + m_to.id + ": name another one");
     RequireOnServer({m_to});
@@ -145,8 +145,7 @@ void AddReplaceCommand(CLI::App& app, Run& chosen) {
   const auto [command, replace] =
       AddCommand(app, chosen, "replace", "another resource in the place of one, wherever views use it", RunReplace);
   command->add_option("OLD", replace->from, "the resource that is used now: its id, or its name")->required();
-  command->add_option("NEW", replace->to, "the one to use from now on: its id, or its name where a view shows it")
-      ->required();
+  command->add_option("NEW", replace->to, "the one to use from now on: its id, or its name")->required();
   command->add_option("--kind", replace->kind, "camera, door, elevator, radar, map, area, web-page, or a type's number")
       ->type_name("KIND")
       ->capture_default_str();
@@ -158,7 +157,7 @@ void AddReplaceCommand(CLI::App& app, Run& chosen) {
   command->add_flag("--dry-run", replace->dryRun, "only say what would be changed");
   AddOutcomesAsJson(*command, replace->json);
   command->footer(
-      "A resource that no view uses yet is named by its id. With --undo FILE, viewctl undo FILE takes it back.\n"
+      "viewctl resources lists what there is. With --undo FILE, viewctl undo FILE takes it back.\n"
       "Example:\n  viewctl replace --kind camera 118 240 --dry-run");
 }
 

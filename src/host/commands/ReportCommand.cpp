@@ -6,10 +6,12 @@
 #include <optional>
 
 #include "host/Client.h"
+#include "host/JsonText.h"
 #include "host/Look.h"
 #include "host/SavedFile.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
+#include "host/commands/Format.h"
 #include "host/report/DrawingFile.h"
 #include "host/report/Html.h"
 #include "host/report/ReadReport.h"
@@ -23,6 +25,7 @@ namespace {
 struct ReportOptions {
   std::string output;
   std::string folder;
+  bool json = false;
 };
 
 std::string ReadResource(const char* name) {
@@ -72,6 +75,7 @@ int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {
   if (wanted.output.empty() && wanted.folder.empty()) {
     throw Failure(kUsage, "Say where to: -o FILE or --into-folder DIR");
   }
+  RequireStdoutForJson(wanted.json, wanted.output);
   Drawer drawer;
   std::optional<SavedFile> file;
   std::optional<ReportFolder> folder;
@@ -91,7 +95,13 @@ int RunReport(const GlobalOptions& options, const ReportOptions& wanted) {
     }
   }
   if (folder) WriteFolder(report, *folder);
-  Mention("Reported " + Counted(report.views.size(), "view"));
+  if (wanted.json) {
+    const int views = static_cast<int>(report.views.size());
+    const int resources = static_cast<int>(report.resources.size());
+    std::printf("%s\n", ObjectText().Add("Views", views).Add("Resources", resources).Text().c_str());
+  } else {
+    Mention("Reported " + Counted(report.views.size(), "view"));
+  }
   return kDone;
 }
 
@@ -104,6 +114,7 @@ void AddReportCommand(CLI::App& app, Run& chosen) {
   command
       ->add_option("--into-folder", wanted->folder, "index.html and a drawing beside it for each page, for large sites")
       ->type_name("DIR");
+  AddSumAsJson(*command, wanted->json);
 }
 
 }  // namespace host

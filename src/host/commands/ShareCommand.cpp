@@ -124,7 +124,7 @@ class Sharing {
       if (const User* user = FindUser(all, text)) {
         known.push_back(*user);
       } else {
-        m_outcomes.Failed({"with " + text, "user", {}}, UnknownUser(all, text));
+        m_outcomes.Failed({"with " + text, "user", {}}, UnknownUser(all, text), false);
       }
     }
     return known;
@@ -155,7 +155,7 @@ void AddShareCommand(CLI::App& app, Run& chosen) {
   command->add_option("USER", share->users, "their names, or ids; viewctl users lists them")->required();
   command->add_option("--retry", share->retry, "tries again, so often, for those who did not get it")
       ->type_name("N")
-      ->check(CLI::Range(0, 1000));
+      ->check(WholeNumber(0, 1000));
   AddOutcomesAsJson(*command, share->json);
 }
 

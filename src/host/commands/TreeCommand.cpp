@@ -64,7 +64,7 @@ void AddTreeCommand(CLI::App& app, Run& chosen) {
   command->add_option("FOLDER", tree->folder, "only this one, by id or path, and what lies in it");
   command->add_option("--depth", tree->depth, "how many levels below the top are shown")
       ->type_name("N")
-      ->check(CLI::Range(0, 1000000));
+      ->check(WholeNumber(0, 1000000));
   command
       ->add_option("--name", tree->name, "only what fits, and the folders above it; * and ? stand for parts of a name")
       ->type_name("PATTERN");

@@ -3,6 +3,7 @@
 #include "host/Client.h"
 #include "host/Editing.h"
 #include "host/InputFile.h"
+#include "host/Names.h"
 #include "host/commands/Commands.h"
 #include "host/commands/Format.h"
 #include "host/edit/EditableView.h"
@@ -19,8 +20,15 @@ struct UndoOptions {
   bool json = false;
 };
 
-void Restore(const Plugin& plugin, const UndoView& undo, const UndoOptions& options, Outcomes& outcomes) {
-  const Subject what{"view " + undo.id + " \"" + undo.name + "\"", "view", undo.id};
+// By its path, or by the name it had where it is gone.
+Subject SubjectOf(const ViewTree& tree, const UndoView& undo) {
+  const std::vector<Thing> found = Names(tree).All("view:" + undo.id);
+  const std::string name = found.empty() ? "\"" + undo.name + "\"" : PathText(tree, found.front());
+  return {"view " + undo.id + " " + name, "view", undo.id};
+}
+
+void Restore(const Plugin& plugin, const Subject& what, const UndoView& undo, const UndoOptions& options,
+             Outcomes& outcomes) {
   std::string reason;
   auto view = ReadEditable(plugin, undo.id, reason);
   if (!view) return outcomes.Left(what, reason);
@@ -44,10 +52,11 @@ int RunUndo(const GlobalOptions& options, const UndoOptions& undo) {
   Client client(WithoutNewStore(options, undo.dryRun), Texts::kTranslated);
   client.Load();
   if (!undo.dryRun) SayWhatIsEdited(options);
+  const ViewTree tree = ReadViewTree(client.Functions());
   Outcomes outcomes("Restoring", "restored", "would restore", file.views.size(), {undo.dryRun, undo.json});
   for (const UndoView& view : file.views) {
     if (outcomes.IsHopeless()) break;
-    Restore(client.Functions(), view, undo, outcomes);
+    Restore(client.Functions(), SubjectOf(tree, view), view, undo, outcomes);
   }
   return outcomes.Sum("view");
 }

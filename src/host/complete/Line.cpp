@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/complete/Line.h"
 
+#include <algorithm>
+
 namespace host {
 namespace {
 
@@ -52,6 +54,10 @@ class Splitter {
 };
 
 }  // namespace
+
+bool CanBeTyped(std::string_view text) {
+  return std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+}
 
 std::vector<std::string> SplitLine(std::string_view line) {
   return Splitter().Split(line);

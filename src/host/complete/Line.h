@@ -12,6 +12,9 @@ namespace host {
 // a blank. The program's name is the first.
 std::vector<std::string> SplitLine(std::string_view line);
 
+// Whether a shell's line can hold it.
+bool CanBeTyped(std::string_view text);
+
 // What may stand in a word's place, and what to say of it. Empty where there is nothing to say.
 struct Candidate {
   std::string text;

@@ -1,17 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/complete/Paths.h"
 
-#include <algorithm>
-
 #include "host/Names.h"
 
 namespace host {
 namespace {
-
-// A shell's line holds no others.
-bool IsPrintable(const std::string& name) {
-  return std::ranges::none_of(name, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
-}
 
 class PathFinder {
  public:
@@ -50,7 +43,7 @@ class PathFinder {
   }
 
   void Add(const std::string& path, const std::string& about) {
-    if (path.starts_with(m_text) && IsPrintable(path)) m_found.push_back({path, about});
+    if (path.starts_with(m_text) && CanBeTyped(path)) m_found.push_back({path, about});
   }
 
   const ViewTree& m_tree;

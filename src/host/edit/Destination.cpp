@@ -5,6 +5,7 @@
 
 #include "host/Failure.h"
 #include "host/Ids.h"
+#include "host/Suggestion.h"
 
 namespace host {
 namespace {
@@ -46,10 +47,18 @@ Destination FindDestination(const ViewTree& tree, const std::string& text) {
   if (isById) return {Names(tree).Folder(text).folder, {}};
   Destination place = Follow(tree, text);
   if (place.rest.size() > 1 || (place.rest.size() == 1 && text.ends_with('/'))) {
-    throw Failure(kUsage, "There is no folder " + PathText(tree, place.folder) + "/" + place.rest[0] +
-                              "; viewctl mkdir makes one");
+    throw Failure(kUsage, "There is no folder " + PathText(tree, place.folder) + "/" + EscapedName(place.rest[0]) +
+                              AdviceOnMissing(tree, place));
   }
   return place;
+}
+
+std::string AdviceOnMissing(const ViewTree& tree, const Destination& place) {
+  std::vector<std::string> names;
+  for (const size_t below : tree.folders[place.folder].folders) names.push_back(tree.folders[below].name);
+  const std::string near = Nearest(place.rest[0], names);
+  if (near.empty()) return "; viewctl mkdir makes one";
+  return "; did you mean " + PathText(tree, place.folder) + "/" + EscapedName(near) + "? (viewctl mkdir makes one)";
 }
 
 const TreeView* ViewNamed(const ViewTree& tree, size_t folder, const std::string& name) {

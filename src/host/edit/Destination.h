@@ -22,6 +22,10 @@ Destination Follow(const ViewTree& tree, const std::string& path);
 // The folder that the text names, or, where it names none, the one that a new name is wanted in.
 Destination FindDestination(const ViewTree& tree, const std::string& text);
 
+// "; viewctl mkdir makes one", to be said of the first of the names that are left; with the near one, where there is
+// one.
+std::string AdviceOnMissing(const ViewTree& tree, const Destination& place);
+
 // The view of that name in the folder; null where there is none.
 const TreeView* ViewNamed(const ViewTree& tree, size_t folder, const std::string& name);
 

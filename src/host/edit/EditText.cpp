@@ -117,6 +117,49 @@ EditFault Located(const LineFinder& lines, const std::string& fault) {
   return {lines.LineOf(path), text};
 }
 
+// How often each number of a window stands on the page.
+std::map<int, size_t> NumbersOn(const rapidjson::Value& page) {
+  std::map<int, size_t> counts;
+  for (const rapidjson::Value& window : ListOf(page, "PlanItems").GetArray()) ++counts[NumberOf(window, "Sequence")];
+  return counts;
+}
+
+// The most that a number stands on one of the view's pages.
+std::map<int, size_t> NumbersIn(const EditableView& view) {
+  rapidjson::Document pages;
+  ParseJson(view.pages, pages);
+  std::map<int, size_t> most;
+  if (!pages.IsArray()) return most;
+  for (const rapidjson::Value& page : pages.GetArray()) {
+    for (const auto& [number, count] : NumbersOn(page)) most[number] = std::max(most[number], count);
+  }
+  return most;
+}
+
+// Windows that get the number of another one: what finds a window by its number would take the first for it.
+void AddDoubleNumbers(const rapidjson::Value& page, const std::string& where, std::map<int, size_t> allowed,
+                      const LineFinder& lines, std::vector<EditFault>& faults) {
+  std::map<int, size_t> seen;
+  size_t entry = 0;
+  for (const rapidjson::Value& window : ListOf(page, "PlanItems").GetArray()) {
+    const std::string place = where + ".PlanItems[" + std::to_string(++entry) + "]";
+    const int number = NumberOf(window, "Sequence");
+    if (++seen[number] <= std::max<size_t>(1, allowed[number])) continue;
+    const std::string key = place + ".Sequence";
+    faults.push_back({lines.LineOf(window.HasMember("Sequence") ? key : place),
+                      "there is a window " + std::to_string(number) + " on the page already; give another number"});
+  }
+}
+
+void AddDoubleNumbers(const rapidjson::Document& document, const EditableView& before, const LineFinder& lines,
+                      std::vector<EditFault>& faults) {
+  const std::map<int, size_t> allowed = NumbersIn(before);
+  size_t number = 0;
+  for (const rapidjson::Value& page : ListOf(document, "PlanPages").GetArray()) {
+    AddDoubleNumbers(page, "PlanPages[" + std::to_string(++number) + "]", allowed, lines, faults);
+  }
+}
+
 // Keys that a request has and the text has not.
 void AddForeignKeys(const rapidjson::Document& document, const LineFinder& lines, std::vector<EditFault>& faults) {
   for (const auto& member : document.GetObject()) {
@@ -141,13 +184,14 @@ std::string WithoutNotes(std::string_view text) {
   return kept;
 }
 
-std::vector<EditFault> FaultsInEdit(const std::string& text) {
+std::vector<EditFault> FaultsInEdit(const std::string& text, const EditableView& before) {
   const LineFinder lines(text);
   std::vector<EditFault> faults;
   for (const std::string& fault : FaultsOf("UpdatePlan", text)) faults.push_back(Located(lines, fault));
   rapidjson::Document document;
   if (!ParseJson(text, document) || !document.IsObject()) return faults;
   AddForeignKeys(document, lines, faults);
+  if (faults.empty()) AddDoubleNumbers(document, before, lines, faults);
   for (const char* key : kKeys) {
     const bool isSaid = document.HasMember(key) || std::string_view(key) == "PlanPages";
     if (!isSaid) faults.push_back({1, "\"" + std::string(key) + "\" is missing"});

@@ -28,8 +28,9 @@ struct EditFault {
 
 // REQUIRES for the rest: a text without notes.
 std::string WithoutNotes(std::string_view text);
-// What is wrong with it, by its lines; empty where it can be saved.
-std::vector<EditFault> FaultsInEdit(const std::string& text);
+// What is wrong with it, by its lines; empty where it can be saved. A window's number may stand on a page as often as
+// on one of the pages of `before`.
+std::vector<EditFault> FaultsInEdit(const std::string& text, const EditableView& before);
 // The text with a note below each line that has a fault.
 std::string WithNotes(const std::string& text, const std::vector<EditFault>& faults);
 // The view as the text has it; what the text does not say is as in `before`. REQUIRES: no faults.

@@ -29,9 +29,9 @@ void Outcomes::Left(const Subject& what, const std::string& why) {
   Report("left", what, why, StyledOut(Style::kLeft, LineOf("left", what, why)));
 }
 
-void Outcomes::Failed(const Subject& what, const std::string& why) {
+void Outcomes::Failed(const Subject& what, const std::string& why, bool isByServer) {
   ++m_failed;
-  ++m_failuresInARow;
+  if (isByServer) ++m_failuresInARow;
   Report("failed", what, why, StyledOut(Style::kBad, LineOf("failed", what, why)));
 }
 

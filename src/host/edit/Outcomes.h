@@ -38,7 +38,8 @@ class Outcomes {
 
   void Done(const Subject& what, const std::string& detail = {});
   void Left(const Subject& what, const std::string& why);
-  void Failed(const Subject& what, const std::string& why);
+  // `isByServer` where the server was asked.
+  void Failed(const Subject& what, const std::string& why, bool isByServer = true);
   // Whether to give up: a server that is gone fails all that follows.
   bool IsHopeless() const { return m_failuresInARow >= kGiveUpAfter; }
   // The sum on stdout; `what` is "view". Answers what the command is to end with.

@@ -9,6 +9,7 @@
 #include "host/JsonText.h"
 #include "host/NamePattern.h"
 #include "host/Progress.h"
+#include "host/ResourceList.h"
 
 namespace host {
 namespace {
@@ -37,6 +38,17 @@ std::set<Resource> Named(const std::set<Resource>& resources, const std::string&
     if (match.Fits(NameOfResource(resource))) named.insert(resource);
   }
   return named;
+}
+
+std::string TextOf(const Wanted& wanted) {
+  return KindWord(*wanted.type) + " \"" + wanted.text + "\"";
+}
+
+Resource RequireOne(const std::set<Resource>& found, const Wanted& wanted) {
+  if (found.size() == 1) return *found.begin();
+  std::string list;
+  for (const Resource& resource : found) list += (list.empty() ? "" : ", ") + resource.id;
+  throw Failure(kUsage, "The " + TextOf(wanted) + " may be any of " + list + ": give one of these ids");
 }
 
 }  // namespace
@@ -81,14 +93,20 @@ std::vector<ViewUses> FindUses(const Plugin& plugin, const ViewTree& tree, const
 
 Resource RequireUsed(const Plugin& plugin, const ViewTree& tree, const Wanted& wanted) {
   if (wanted.IsById()) return {*wanted.type, wanted.text};
-  std::set<std::string> ids;
-  for (const Resource& resource : ResourcesOf(FindUses(plugin, tree, wanted))) ids.insert(resource.id);
-  const std::string what = KindWord(*wanted.type) + " \"" + wanted.text + "\"";
-  if (ids.empty()) throw Failure(kUsage, "No view uses a " + what + "; viewctl find \"*\" lists what is used");
-  if (ids.size() == 1) return {*wanted.type, *ids.begin()};
-  std::string list;
-  for (const std::string& id : ids) list += (list.empty() ? "" : ", ") + id;
-  throw Failure(kUsage, "The " + what + " may be any of " + list + ": give one of these ids");
+  const std::set<Resource> used = ResourcesOf(FindUses(plugin, tree, wanted));
+  if (!used.empty()) return RequireOne(used, wanted);
+  throw Failure(kUsage, "No view uses a " + TextOf(wanted) + "; viewctl find \"*\" lists what is used");
+}
+
+Resource RequireKnown(const Plugin& plugin, const ViewTree& tree, const Wanted& wanted) {
+  if (wanted.IsById() || !CanBeFetched(*wanted.type)) return RequireUsed(plugin, tree, wanted);
+  std::set<Resource> known;
+  for (const ListedResource& one : ListResources()) {
+    if (one.resource.type == *wanted.type) known.insert(one.resource);
+  }
+  known = Named(known, wanted.text);
+  if (!known.empty()) return RequireOne(known, wanted);
+  throw Failure(kUsage, "The server has no " + TextOf(wanted) + "; viewctl resources lists what it has");
 }
 
 }  // namespace host

@@ -34,6 +34,8 @@ std::vector<ViewUses> FindUses(const Plugin& plugin, const ViewTree& tree, const
 // The one resource that is meant: that of the id, or the only one of the name that views use. `wanted` has a type.
 // Throws Failure kUsage where there is none of the name, or more than one.
 Resource RequireUsed(const Plugin& plugin, const ViewTree& tree, const Wanted& wanted);
+// The same of all that the server has; of those that views use where the server lists none of the type.
+Resource RequireKnown(const Plugin& plugin, const ViewTree& tree, const Wanted& wanted);
 
 // Reads all views, one after the other. `visit` gets the pages of GetPlanDetail's answer.
 void ForEachView(const Plugin& plugin, const ViewTree& tree,

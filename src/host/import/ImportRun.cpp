@@ -6,6 +6,7 @@
 #include "host/Failure.h"
 #include "host/JsonText.h"
 #include "host/Look.h"
+#include "host/Names.h"
 #include "host/StopSignal.h"
 #include "host/Terminal.h"
 #include "host/edit/EditableView.h"
@@ -13,12 +14,17 @@
 namespace host {
 namespace {
 
-std::string ViewPlace(const ImportStep& step) {
-  return PlaceText(step.place) + " / " + Printable(step.view.name);
-}
-
 bool IsAboutView(const ImportStep& step) {
   return step.action == ImportStep::kMakeView || step.action == ImportStep::kKeepView;
+}
+
+std::string PlaceOf(const ImportStep& step) {
+  return PlaceText(step.place) + (IsAboutView(step) ? " / " + Printable(step.view.name) : "");
+}
+
+std::string PathOf(const ImportStep& step) {
+  return Printable(PathText(step.place.kind, step.place.path) +
+                   (IsAboutView(step) ? "/" + EscapedName(step.view.name) : ""));
 }
 
 // What lies in an own folder of the shared kind is private too: shared is what others share with the user.
@@ -66,12 +72,12 @@ bool ImportRun::MayGoOn() {
 void ImportRun::CarryOut(const ImportStep& step) {
   if (IsAboutView(step) && m_choices.skip.contains(step.view)) {
     ++m_keptViews;
-    return Report("skipped", "view", ViewPlace(step), "it shows what is not on this server");
+    return Report("skipped", step, "it shows what is not on this server");
   }
   switch (step.action) {
     case ImportStep::kKeepFolder:
       ++m_keptFolders;
-      Report("skipped", "folder", PlaceText(step.place), "is there");
+      Report("skipped", step, "is there");
       break;
     case ImportStep::kMakeFolder:
       MakeFolder(step);
@@ -89,7 +95,7 @@ void ImportRun::MakeFolder(const ImportStep& step) {
   Place parent = step.place;
   parent.path.pop_back();
   const auto parentId = FolderId(parent);
-  if (!parentId) return Fail("folder", PlaceText(step.place), "the folder above was not made", false);
+  if (!parentId) return Fail(step, "the folder above was not made", false);
   std::string id;
   if (!m_choices.dryRun) {
     rapidjson::Document answer;
@@ -100,13 +106,13 @@ void ImportRun::MakeFolder(const ImportStep& step) {
                                     .Add("is_share_viewgroup", step.place.kind == kShared)
                                     .Text();
     const bool done = m_plugin.Ask("AddPlanGroup", request, answer);
-    if (!done) return Fail("folder", PlaceText(step.place), TextOf(answer, "ErrorInfo"), true);
+    if (!done) return Fail(step, TextOf(answer, "ErrorInfo"), true);
     id = TextOf(answer, "ID");
   }
   m_folders[step.place] = id;
   m_failuresInARow = 0;
   ++m_madeFolders;
-  Report(m_choices.dryRun ? "would make" : "made", "folder", PlaceText(step.place));
+  Report(m_choices.dryRun ? "would make" : "made", step);
 }
 
 void ImportRun::MakeView(const ImportStep& step) {
@@ -116,18 +122,18 @@ void ImportRun::MakeView(const ImportStep& step) {
   if (folderId && !m_choices.dryRun) reason = Add(m_plugin, ToSend(step, *folderId), id);
   if (!folderId || !reason.empty()) {
     m_unfinished.push_back(step.view);
-    return Fail("view", ViewPlace(step), folderId ? reason : "its folder was not made", folderId.has_value());
+    return Fail(step, folderId ? reason : "its folder was not made", folderId.has_value());
   }
   m_failuresInARow = 0;
   ++m_madeViews;
-  Report(m_choices.dryRun ? "would make" : "made", "view", ViewPlace(step));
+  Report(m_choices.dryRun ? "would make" : "made", step);
 }
 
 void ImportRun::KeepView(const ImportStep& step) {
   const bool isSame = Present(step) == step.view;
   if (!isSame && m_choices.update) return UpdateView(step);
   ++m_keptViews;
-  Report("skipped", "view", ViewPlace(step), isSame ? "is there" : "is there with other content, kept");
+  Report("skipped", step, isSame ? "is there" : "is there with other content, kept");
 }
 
 void ImportRun::UpdateView(const ImportStep& step) {
@@ -135,11 +141,11 @@ void ImportRun::UpdateView(const ImportStep& step) {
   const std::string reason = m_choices.dryRun ? "" : Update(m_plugin, ToSend(step, folderId));
   if (!reason.empty()) {
     m_unfinished.push_back(step.view);
-    return Fail("view", ViewPlace(step), reason, true);
+    return Fail(step, reason, true);
   }
   m_failuresInARow = 0;
   ++m_updatedViews;
-  Report(m_choices.dryRun ? "would update" : "updated", "view", ViewPlace(step));
+  Report(m_choices.dryRun ? "would update" : "updated", step);
 }
 
 std::optional<std::string> ImportRun::FolderId(const Place& place) const {
@@ -156,22 +162,23 @@ PortableView ImportRun::Present(const ImportStep& step) const {
   return ToPortable(detail, step.view.folder);
 }
 
-void ImportRun::Fail(const char* what, const std::string& place, const std::string& reason, bool refused) {
+void ImportRun::Fail(const ImportStep& step, const std::string& reason, bool refused) {
   ++m_failed;
   if (refused) ++m_failuresInARow;
-  Report("failed", what, place, Printable(reason));
+  Report("failed", step, Printable(reason));
 }
 
 // What is as it was to be goes without saying under --quiet.
-void ImportRun::Report(const char* outcome, const char* what, const std::string& place, const std::string& reason) {
+void ImportRun::Report(const char* outcome, const ImportStep& step, const std::string& reason) {
   const std::string text = outcome;
+  const std::string what = IsAboutView(step) ? "view" : "folder";
   if (m_choices.asJson) {
     ObjectText line;
-    line.Add("Outcome", text).Add("Kind", what).Add("Place", place).Add("Reason", reason);
-    return m_progress->Report(line.Text());
+    line.Add("Outcome", text).Add("Kind", what).Add("Place", PlaceOf(step)).Add("Reason", reason);
+    return m_progress->Report(line.Add("Path", PathOf(step)).Text());
   }
   if (IsQuiet() && text != "failed") return;
-  const std::string line = text + " " + what + " " + place + (reason.empty() ? "" : ": " + reason);
+  const std::string line = text + " " + what + " " + PathOf(step) + (reason.empty() ? "" : ": " + reason);
   m_progress->Report(text == "failed" ? StyledOut(Style::kBad, line) : line);
 }
 

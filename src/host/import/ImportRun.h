@@ -45,8 +45,8 @@ class ImportRun {
   std::optional<std::string> FolderId(const Place& place) const;
   // What is on the server in the view's place, as the file would say it.
   PortableView Present(const ImportStep& step) const;
-  void Fail(const char* what, const std::string& place, const std::string& reason, bool refused);
-  void Report(const char* outcome, const char* what, const std::string& place, const std::string& reason = {});
+  void Fail(const ImportStep& step, const std::string& reason, bool refused);
+  void Report(const char* outcome, const ImportStep& step, const std::string& reason = {});
   void Note(const std::string& sentence) const;
   void Sum() const;
   std::string SumAsJson() const;

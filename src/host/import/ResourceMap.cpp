@@ -40,7 +40,7 @@ std::vector<Resource> Meant(const MapEntry& entry, const PortableFile& file) {
 }
 
 Resource Target(const MapEntry& entry, const Plugin& plugin, const ViewTree& tree) {
-  Resource target = RequireUsed(plugin, tree, {entry.to, entry.type});
+  Resource target = RequireKnown(plugin, tree, {entry.to, entry.type});
   FetchResources({target});
   if (!CanBeFetched(target.type) || HasResource(target)) return target;
   throw Failure(kRefused, "The map's " + Described(entry) + " becomes " + KindWord(target.type) + " " + target.id +

@@ -22,7 +22,7 @@ struct MapEntry {
   ResourceType type = 0;
   std::string id;
   std::string name;
-  std::string to;  // an id, or the name of a resource that views here use
+  std::string to;  // an id, or the name of a resource here
 };
 
 std::string WriteMap(const std::vector<MapEntry>& entries);

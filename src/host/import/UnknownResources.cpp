@@ -2,6 +2,7 @@
 #include "host/import/UnknownResources.h"
 
 #include "host/JsonText.h"
+#include "host/Names.h"
 #include "host/Terminal.h"
 
 namespace host {
@@ -22,11 +23,13 @@ std::vector<UnknownUse> FindUnknown(const PortableFile& file) {
   return uses;
 }
 
-std::string DescribeUnknown(const PortableFile& file, const UnknownUse& unknown) {
+std::string DescribeUnknown(const PortableFile& file, const UnknownUse& unknown, const std::optional<Place>& into) {
   const PortableView& view = file.views[unknown.view];
   const auto name = file.names.find(unknown.use.resource);
-  return PlaceText(view.folder) + " / " + Printable(view.name) + ", page " + std::to_string(unknown.use.page) +
-         ", window " + std::to_string(unknown.use.window) + ": " + KindWord(unknown.use.resource.type) + " " +
+  const Place place = PlaceIn(into, view.folder);
+  const std::string path = PathText(place.kind, place.path) + "/" + EscapedName(view.name);
+  return Printable(path) + ", page " + std::to_string(unknown.use.page) + ", window " +
+         std::to_string(unknown.use.window) + ": " + KindWord(unknown.use.resource.type) + " " +
          unknown.use.resource.id + (name == file.names.end() ? "" : " \"" + Printable(name->second) + "\"") +
          " is not on this server";
 }

@@ -2,11 +2,12 @@
 // Resources that an export names and the server does not have, or has as another kind.
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "host/PortableFile.h"
+#include "host/ImportPlan.h"
 #include "host/find/Uses.h"
 
 namespace host {
@@ -20,8 +21,9 @@ struct UnknownUse {
 // where it does not answer.
 std::vector<UnknownUse> FindUnknown(const PortableFile& file);
 
-// "public / Station / Forecourt, page 1, window 2: camera 118 "North gate" is not on this server".
-std::string DescribeUnknown(const PortableFile& file, const UnknownUse& unknown);
+// `into` is where the file's views are to lie. "public/Station/Forecourt, page 1, window 2: camera 118 "North gate" is
+// not on this server".
+std::string DescribeUnknown(const PortableFile& file, const UnknownUse& unknown, const std::optional<Place>& into);
 
 // Each of them once.
 std::set<Resource> ResourcesOf(const std::vector<UnknownUse>& unknown);

@@ -3,66 +3,23 @@
 
 #include <algorithm>
 
-#include "BizShared/NetCommManager.h"
-#include "ErrorText/ErrorText.h"
-#include "ResourceStore/Element.h"
 #include "VeltControl/VeltControl.h"
-#include "host/Failure.h"
-#include "host/JsonText.h"
+#include "host/ResourceList.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kArea = "area";
 
-rapidjson::Document AskServer(const std::string& list) {
-  auto request = std::make_shared<NetLink::CClientSendInfo>();
-  request->SetVal_Method("GET");
-  request->SetVal_URL("/NXAPI/Vantorel/Platform/V0/" + list);
-  auto reply = std::make_shared<NetLink::CClientRecvInfo>();
-  if (!BizShared::CNetCommManager::Instance().ClientSynSend(reply, request, 0)) {
-    throw Failure(kRefused, list + ": " + ErrorText::GetErrorInfoByErrorCode(reply->GetVal_Error_code()));
-  }
-  rapidjson::Document answer;
-  ParseAnswer(reply->GetVal_Receive_Data(), answer);
-  const rapidjson::Value& status = ObjectOf(answer, "ResponseStatus");
-  if (NumberOf(status, "ErrorCode", -1) != 0) throw Failure(kRefused, "The server does not list its " + list);
-  return answer;
-}
-
-// Calls `take` with each entry of a list of the server.
-template <class Take>
-void ForEach(const std::string& list, const char* outer, const char* inner, const Take& take) {
-  const rapidjson::Document answer = AskServer(list);
-  const rapidjson::Value& data = ObjectOf(ObjectOf(answer, "ResponseStatus"), "Data");
-  for (const rapidjson::Value& entry : ListOf(ObjectOf(data, outer), inner).GetArray()) take(entry);
-}
-
-ReportResource Known(const std::string& kind, const rapidjson::Value& entry) {
-  ReportResource resource;
-  resource.kind = kind;
-  resource.id = std::to_string(NumberOf(entry, "ID", -1));
-  resource.name = TextOf(entry, "Name");
-  resource.isOnServer = true;
-  return resource;
-}
-
 }  // namespace
 
 std::vector<ReportResource> ListSiteResources() {
   std::vector<ReportResource> resources;
-  std::vector<std::shared_ptr<ResourceStore::CElement>> elements;
-  ForEach("Elements", "ElementList", "Element", [&](const rapidjson::Value& entry) {
-    const int type = NumberOf(entry, "Type");
-    const int site = NumberOf(entry, "SiteID", -1);
-    ReportResource& resource = resources.emplace_back(Known(drawing::WordOf(type).toStdString(), entry));
-    if (site != -1) resource.site = std::to_string(site);
-    elements.push_back(std::make_shared<ResourceStore::CElement>(static_cast<unsigned>(NumberOf(entry, "ID", -1)), type,
-                                                                 resource.name, static_cast<unsigned>(site)));
-  });
-  ResourceStore::CElementManager::Instance().PutElements(elements);
-  ForEach("Areas", "AreaList", "Area",
-          [&](const rapidjson::Value& entry) { resources.push_back(Known(kArea, entry)); });
+  for (const ListedResource& listed : ListResources()) {
+    const bool isArea = listed.resource.type == kAreaType;
+    const std::string kind = isArea ? kArea : drawing::WordOf(listed.resource.type).toStdString();
+    resources.push_back({kind, listed.resource.id, listed.name, listed.site, true, {}});
+  }
   return resources;
 }
 
