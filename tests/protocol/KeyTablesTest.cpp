@@ -60,14 +60,10 @@ Keys KeysOf() {
   return keys;
 }
 
-std::string Document() {
-  std::ifstream file(EXCHANGES_DOCUMENT);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // The lines of the table with that head in that section of the document, without head and rule.
 std::vector<std::string> Table(const std::string& section, const std::string& head) {
-  static const std::string document = Document();
+  std::ifstream file(EXCHANGES_DOCUMENT);
+  const std::string document(std::istreambuf_iterator<char>(file), {});
   const size_t from = document.find(section);
   const size_t at = document.find("\n" + head, from);
   const size_t next = document.find("\n### ", from + 1);

@@ -8,8 +8,6 @@
 #include <thread>
 
 #include "CallFixture.h"
-#include "ResourceStore/OrlUserManager.h"
-#include "ResourceStore/ViewGroupManager.h"
 
 namespace call_test {
 namespace {
@@ -99,9 +97,7 @@ class StormTest : public CallTest {
         std::this_thread::sleep_for(20ms);  // as hosts poll
         if (random() % 5 == 0) ClearViewData();
         IsViewResourceDownFinish();
-        std::string response;
-        IsInitViewGroupFinish("", response);
-        IsInitViewFinish("", response);
+        LoadWhatIsDownloaded();
         return {};
       }
       case 1:
@@ -150,8 +146,7 @@ TEST_F(StormTest, SixteenThreadsCallEverythingWhileChangesComeIn) {
   for (int id = 1; id <= 3; ++id) groups += (id > 1 ? "," : "") + GroupElement(id, 0);
   for (int id = 1; id <= kObjects; ++id) views += (id > 1 ? "," : "") + ViewElement(id, 7, 0);
   Downloads().SetDownloadedData(GroupsDocument(groups), ViewsDocument(views), true);
-  Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().SetDownload(
-      {std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, {});
+  Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, {});
   server.Answer(Accepted(R"({"View":{"ID":900,"Type":1},"ViewGroup":{"ID":901}})"));
 
   std::vector<std::thread> threads;

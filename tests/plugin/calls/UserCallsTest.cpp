@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The users and their default views, and the calls that start and stop.
 #include "CallFixture.h"
-#include "ResourceStore/OrlUserManager.h"
 
 namespace call_test {
 namespace {
@@ -11,11 +10,7 @@ using ResourceStore::CUserInfo;
 class UserCallsTest : public CallTest {
  protected:
   UserCallsTest() { log->Take(); }
-  ~UserCallsTest() override { Users().ResetDownload(); }
 
-  static ResourceStore::COrlUserManager& Users() {
-    return Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance();
-  }
   // What sharing answers to a reply, and the last line that it logs.
   std::string Shared(const std::string& reply) {
     server.Answer(reply);

@@ -4,8 +4,6 @@
 
 #include "../../FailingMemory.h"
 #include "CallFixture.h"
-#include "ResourceStore/OrlUserManager.h"
-#include "ResourceStore/ViewGroupManager.h"
 
 namespace call_test {
 namespace {
@@ -45,11 +43,6 @@ class WantOfMemoryTest : public CallTest {
     } else {
       Downloads().SetDownloadedData(GroupsDocument(kGroups), ViewsDocument(kViews), true);
     }
-  }
-  static bool LoadWhatIsDownloaded() {
-    std::string groups;
-    std::string views;
-    return IsInitViewGroupFinish("", groups) && IsInitViewFinish("", views);
   }
   static void Load(bool isNumbered) {
     ClearViewData();
@@ -98,8 +91,7 @@ class WantOfMemoryTest : public CallTest {
 };
 
 TEST_F(WantOfMemoryTest, EveryExchangeFailsCleanlyAtEveryAllocation) {
-  Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance().SetDownload(
-      {std::make_shared<ResourceStore::CUserInfo>(1, "a user whose name is long", true, 0)}, {});
+  Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "a user whose name is long", true, 0)}, {});
   const struct {
     const char* name;
     Exchange exchange;
@@ -213,7 +205,10 @@ TEST_F(WantOfMemoryTest, TheErrorTextOfALoadIsAnsweredByTheNextPollAtTheLatest) 
 }
 
 TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAgain) {
-  const std::pair<bool, std::string> changes[] = {
+  const struct {
+    bool ofGroups;
+    const char* elements;
+  } changes[] = {
       {true, R"({"ID":77,"Name":"an added group of long name","ParentViewGroupID":1},{"ID":1,"Name":"ONE","Method":0},)"
              R"({"ID":2,"Name":"a changed group of long name","Method":1},{"ID":78,"Name":"unknown","Method":1})"},
       {true, R"({"ID":2,"Method":2},{"ID":78,"Method":2})"},
@@ -224,9 +219,9 @@ TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAga
   };
   NotingObserver observer;
   for (const bool isNumbered : {false, true}) {
-    for (const auto& [ofGroups, elements] : changes) {
-      const auto document = [&, isOfGroups = ofGroups](const std::string& text, const char* number) {
-        return Document(isOfGroups, isNumbered ? WithNumber(text, number) : text);
+    for (const auto& c : changes) {
+      const auto document = [&](const std::string& text, const char* number) {
+        return Document(c.ofGroups, isNumbered ? WithNumber(text, number) : text);
       };
       // Views that overtook their group, and what waits for its object.
       const auto begin = [&] {
@@ -234,12 +229,12 @@ TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAga
         Observe(observer, kViewGroup, "2");
         Change(false, ViewsDocument(WithNumber(R"({"ID":8,"Name":"eight","ViewGroupID":77})", "11")));
       };
-      const auto change = [isOfGroups = ofGroups, told = document(elements, "20")] { return Change(isOfGroups, told); };
+      const auto change = [&c, told = document(c.elements, "20")] { return Change(c.ofGroups, told); };
       // Without numbers it may be lost, but does no harm.
-      const auto end = [&, isOfGroups = ofGroups] {
+      const auto end = [&] {
         if (!isNumbered) Load(false);
         change();
-        Change(isOfGroups, document(R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})", "19"));
+        Change(c.ofGroups, document(R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})", "19"));
         return Cache();
       };
       begin();
@@ -252,7 +247,11 @@ TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAga
 // With numbers the library knows what it has missed, and takes it from the platform's text.
 class MissedChangeTest : public WantOfMemoryTest {
  protected:
-  static void Load() { WantOfMemoryTest::Load(true); }
+  MissedChangeTest() {
+    Load(true);
+    Change(false, changes);
+    whole = Plans();
+  }
   // The platform's texts when it has taken that in.
   static void DownloadPresent() {
     Downloads().SetDownloadedData(
@@ -276,14 +275,12 @@ class MissedChangeTest : public WantOfMemoryTest {
                     R"({"ID":6,"ViewGroupID":2,"ChangeNumber":"22","Name":"another one that no small string holds",)"
                     R"("Method":1},{"ID":5,"ChangeNumber":"23","Method":2})");
   const std::string next = ViewsDocument(R"({"ID":8,"ChangeNumber":"31","Method":2})");
+  std::string whole;  // the plans where nothing is missed
 };
 
 TEST_F(MissedChangeTest, IsMadeUpForAtOnceOrWithTheNextChange) {
-  Load();
-  Change(false, changes);
-  const std::string whole = Plans();
   const auto begin = [] {
-    Load();
+    Load(true);
     DownloadPresent();
   };
   AtEachMoment(
@@ -296,9 +293,6 @@ TEST_F(MissedChangeTest, IsMadeUpForAtOnceOrWithTheNextChange) {
 }
 
 TEST_F(MissedChangeTest, IsMadeUpForAfterTheLoadWhereItCouldNotWait) {
-  Load();
-  Change(false, changes);
-  const std::string whole = Plans();
   ClearViewData();
   Download(true);
   const auto fails = [](int moment, const std::string& document) {
@@ -307,15 +301,14 @@ TEST_F(MissedChangeTest, IsMadeUpForAfterTheLoadWhereItCouldNotWait) {
     return Stop() != 0;
   };
   int moments = 0;
-  log->onLine = [&](const std::string& text) {
-    if (text.find("init view_messgae data") == std::string::npos) return;
+  log->onFill = [&] {
     DownloadPresent();
     // At so many moments does a change fail to wait; the one with which it succeeds is of no interest.
     while (fails(moments, next)) ++moments;
     for (int moment = 0; moment < moments; ++moment) EXPECT_TRUE(fails(moment, changes));
   };
   ASSERT_TRUE(LoadWhatIsDownloaded());
-  log->onLine = nullptr;
+  log->onFill = nullptr;
   EXPECT_GT(moments, 0);
   EXPECT_EQ(Plans(), whole);
 }

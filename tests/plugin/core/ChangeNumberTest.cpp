@@ -36,12 +36,6 @@ constexpr char kLoaded[] = "group 1'one' in -1: 5'five' ; group 2'two' in 1: ; v
 class ChangeNumberTest : public CoreTest {
  protected:
   using Step = std::function<void(ChangeNumberTest&)>;
-  struct Row {
-    const char* what;
-    std::vector<Step> steps;
-    Texts heard;
-    std::string cached = kLoaded;
-  };
 
   ChangeNumberTest() {
     observer.onNotice = [this](const ResourceData::IResourceObserver::Param& param) {
@@ -55,8 +49,7 @@ class ChangeNumberTest : public CoreTest {
   static void Load(ChangeNumber number, const std::string& groups = kGroups, const std::string& views = kViews) {
     Downloads().SetDownloadedData(Numbered(number, GroupsDocument(groups)), Numbered(number, ViewsDocument(views)),
                                   true);
-    Call(IsInitViewGroupFinish);
-    Call(IsInitViewFinish);
+    EXPECT_TRUE(LoadWhatIsDownloaded());
   }
   static Step Views(const auto&... elements) {
     return [=](ChangeNumberTest&) { Downloads().NotifyViewsUpdate(ViewsDocument(Joined(elements...))); };
@@ -80,18 +73,16 @@ class ChangeNumberTest : public CoreTest {
     return Own(number, [=](auto&, auto& error) { return Manager().ModifyViewGroup(Group(id, 77, name), error); });
   }
 
-  // Plays each row upon a load up to number 10.
-  void Play(const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-      SCOPED_TRACE(row.what);
-      ClearViewData();  // and the observers
-      Load(10);
-      for (const char* id : {"1", "2", "3", "4294967295"}) Observe(observer, kViewGroup, id);
-      for (const char* id : {"5", "6", "9"}) Observe(observer, kView, id);
-      for (const Step& step : row.steps) step(*this);
-      EXPECT_EQ(std::exchange(heard, {}), row.heard);
-      EXPECT_EQ(Cached(), row.cached);
-    }
+  // Plays the steps upon a load up to number 10; then this has been heard and is cached.
+  void Play(const char* what, const std::vector<Step>& steps, const Texts& isHeard, const std::string& cached) {
+    SCOPED_TRACE(what);
+    ClearViewData();  // and the observers
+    Load(10);
+    for (const char* id : {"1", "2", "3", "4294967295"}) Observe(observer, kViewGroup, id);
+    for (const char* id : {"5", "6", "9"}) Observe(observer, kView, id);
+    for (const Step& step : steps) step(*this);
+    EXPECT_EQ(std::exchange(heard, {}), isHeard);
+    EXPECT_EQ(Cached(), cached);
   }
 
   Texts heard;
@@ -112,25 +103,22 @@ TEST_F(ChangeNumberTest, WhatIsNotNewerChangesAndTellsNothing) {
     known.nChangeNumber = 11;
     EXPECT_TRUE(Manager().InsertViewToCache(known, false));
   };
-  Play({
-      {"what the load holds",
+  Play("what the load holds",
        {Views(V(5, "old", 1, 10, kModified), V(9, "old", 1, 10), V(6, "", -1, 9, kDeleted), V(5, "old", 2, 10)),
         Groups(G(1, "old", -1, 10, kModified), G(3, "old", 1, 10), G(2, "", 1, 9, kDeleted), G(1, "old", -1, 10))},
-       {}},
-      {"views twice, and one added late",
-       {nine, nine, five, five, fiveAgain, noSix, noSix, Views(V(6, "late", 1, 11))},
+       {}, kLoaded);
+  Play("views twice, and one added late", {nine, nine, five, five, fiveAgain, noSix, noSix, Views(V(6, "late", 1, 11))},
        {"1 added view 9", "5 changed", "top removed view 6"},
-       "group 1'one' in -1: 5'FIVE' 9'nine' 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 9'nine'; "},
-      {"groups twice, of which one that is announced anew keeps its members",
+       "group 1'one' in -1: 5'FIVE' 9'nine' 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 9'nine'; ");
+  Play("groups twice, of which one that is announced anew keeps its members",
        {three, three, Groups(G(3, "old", 2, 11, kModified)), one, one, renamed, renamed, noTwo, noTwo,
         Groups(G(2, "late", 1, 11))},
        {"2 added group 3", "top added group 1", "1 renamed 'ONE'", "1 removed group 2"},
-       "group 1'ONE' in -1: 5'five' ; group 3'three' in 2: ; view 5'five'; view 6'six'; "},
-      {"a removal before all else",
+       "group 1'ONE' in -1: 5'five' ; group 3'three' in 2: ; view 5'five'; view 6'six'; ");
+  Play("a removal before all else",
        {Views(V(9, "", -1, 13, kDeleted)), Views(V(9, "late", 1, 12, kModified)), nine,
         Groups(G(3, "", 2, 12, kDeleted)), three},
-       {}},
-  });
+       {}, kLoaded);
 }
 
 TEST_F(ChangeNumberTest, WhatComesBeforeItsObjectOrItsGroupWaitsForIt) {
@@ -139,99 +127,69 @@ TEST_F(ChangeNumberTest, WhatComesBeforeItsObjectOrItsGroupWaitsForIt) {
   const std::string adopted =
       "group 1'one' in -1: 5'five' ; group 2'two' in 1: ; group 3'three' in 2: 9'nine' ; view 5'five'; view 6'six'; "
       "view 9'nine'; ";
-  Play({
-      // What is not cached stands among its group's members all the same, once.
-      {"a change of a view, and an older one",
-       {early, Views(V(9, "older", 1, 11, kModified)), early},
-       {},
-       "group 1'one' in -1: 5'five' ; group 2'two' in 1: 9'new' ; view 5'five'; view 6'six'; "},
-      {"a change of a view, twice, then the view",
-       {early, early, Views(V(9, "old", 1, 11))},
-       {"2 added view 9"},
-       "group 1'one' in -1: 5'five' ; group 2'two' in 1: 9'new' ; view 5'five'; view 6'six'; view 9'new'; "},
-      {"a change of a view, then its removal, then it",
-       {early, Views(V(9, "", 2, 13, kDeleted)), Views(V(9, "", 1, 11))},
-       {},
-       "group 1'one' in -1: 5'five' ; group 2'two' in 1: 9'new' 9'' ; view 5'five'; view 6'six'; "},
-      {"a change of a group, then the group",
-       {Groups(G(3, "new", 2, 12, kModified)), Groups(G(3, "old", 1, 11))},
+  // What is not cached stands among its group's members all the same, once.
+  Play("a change of a view, and an older one", {early, Views(V(9, "older", 1, 11, kModified)), early}, {},
+       "group 1'one' in -1: 5'five' ; group 2'two' in 1: 9'new' ; view 5'five'; view 6'six'; ");
+  Play("a change of a view, twice, then the view", {early, early, Views(V(9, "old", 1, 11))}, {"2 added view 9"},
+       "group 1'one' in -1: 5'five' ; group 2'two' in 1: 9'new' ; view 5'five'; view 6'six'; view 9'new'; ");
+  Play("a change of a view, then its removal, then it",
+       {early, Views(V(9, "", 2, 13, kDeleted)), Views(V(9, "", 1, 11))}, {},
+       "group 1'one' in -1: 5'five' ; group 2'two' in 1: 9'new' 9'' ; view 5'five'; view 6'six'; ");
+  Play("a change of a group, then the group", {Groups(G(3, "new", 2, 12, kModified)), Groups(G(3, "old", 1, 11))},
        {"2 added group 3"},
-       "group 1'one' in -1: 5'five' ; group 2'two' in 1: ; group 3'new' in 2: ; view 5'five'; view 6'six'; "},
-      {"a view, then its group",
-       {inThree, Groups(G(3, "three", 2, 11))},
-       {"3 added view 9", "2 added group 3"},
-       adopted},
-      {"a view, then the answer that adds its group",
-       {inThree,
-        Own(11, [](auto& id, auto& error) { return Manager().AddViewGroup(Group(0, 2, "three"), id, error); })},
-       {"3 added view 9"},
-       adopted},
-  });
+       "group 1'one' in -1: 5'five' ; group 2'two' in 1: ; group 3'new' in 2: ; view 5'five'; view 6'six'; ");
+  Play("a view, then its group", {inThree, Groups(G(3, "three", 2, 11))}, {"3 added view 9", "2 added group 3"},
+       adopted);
+  Play(
+      "a view, then the answer that adds its group",
+      {inThree, Own(11, [](auto& id, auto& error) { return Manager().AddViewGroup(Group(0, 2, "three"), id, error); })},
+      {"3 added view 9"}, adopted);
 }
 
 TEST_F(ChangeNumberTest, LateAnswersToOwnDeletionsYieldToWhatIsNewer) {
-  Play({
-      {"of a view",
+  Play("of a view",
        {Views(V(5, "theirs", 1, 12, kModified)),
         Own(11, [](auto&, auto& error) { return Manager().DeleteView(5, error); })},
-       {"5 changed"},
-       "group 1'one' in -1: 5'theirs' 5'theirs' ; group 2'two' in 1: ; view 5'theirs'; view 6'six'; "},
-      {"of a group",
+       {"5 changed"}, "group 1'one' in -1: 5'theirs' 5'theirs' ; group 2'two' in 1: ; view 5'theirs'; view 6'six'; ");
+  Play("of a group",
        {Groups(G(2, "theirs", 1, 12, kModified)),
         Own(11, [](auto&, auto& error) { return Manager().DeleteViewGroup(2, error); })},
-       {"2 renamed 'theirs'"},
-       "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; "},
-  });
+       {"2 renamed 'theirs'"}, "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; ");
 }
 
 TEST_F(ChangeNumberTest, AnOwnRenamingOfAGroupCountsForItsNameAlone) {
   const Step rename = Rename(13, 2, "own");
   const Step move = Groups(G(2, "two", -1, 12, kModified));
-  Play({
-      {"an older move later",
-       {rename, move, move},
-       {"2 renamed 'own'"},
-       "group 1'one' in -1: 5'five' ; group 2'own' in -1: ; view 5'five'; view 6'six'; "},
-      {"an older announcement later",
-       {rename, Groups(G(2, "two", -1, 12))},
-       {"top added group 2"},
-       "group 1'one' in -1: 5'five' ; group 2'own' in -1: ; view 5'five'; view 6'six'; "},
-      {"an older record, then a newer one",
-       {rename, move, Groups(G(2, "theirs", 1, 14, kModified)), move},
+  Play("an older move later", {rename, move, move}, {"2 renamed 'own'"},
+       "group 1'one' in -1: 5'five' ; group 2'own' in -1: ; view 5'five'; view 6'six'; ");
+  Play("an older announcement later", {rename, Groups(G(2, "two", -1, 12))}, {"top added group 2"},
+       "group 1'one' in -1: 5'five' ; group 2'own' in -1: ; view 5'five'; view 6'six'; ");
+  Play("an older record, then a newer one", {rename, move, Groups(G(2, "theirs", 1, 14, kModified)), move},
        {"2 renamed 'own'", "2 renamed 'theirs'"},
-       "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; "},
-  });
+       "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; ");
 }
 
 TEST_F(ChangeNumberTest, WhatHasNoNumberIsTakenAsItComes) {
-  Play({
-      {"beside elements with numbers, which go on counting",
+  Play("beside elements with numbers, which go on counting",
        {Views(V(6, "SIX", -1, 0, kModified), V(5, "FIVE", -1, 12, kModified)),
         Views(V(6, "SIX!", -1, 0, kModified), V(5, "older", -1, 11, kModified)),
         Groups(G(1, "ONE", -1, 0, kModified), G(2, "TWO", 1, 12, kModified)), Groups(G(2, "old", 1, 11, kModified))},
        {"6 changed", "5 changed", "6 changed", "1 renamed 'ONE'", "2 renamed 'TWO'"},
-       "group 1'ONE' in -1: 5'FIVE' ; group 2'TWO' in 1: ; view 5'FIVE'; view 6'SIX!'; "},
-      {"and after a document of nothing else lower numbers are news",
-       {Views(V(6, "SIX", -1, 0, kModified)), Views(V(5, "FIVE", -1, 3, kModified))},
-       {"6 changed", "5 changed"},
-       "group 1'one' in -1: 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 6'SIX'; "},
-      {"as after one of nothing at all",
-       {Views(""), Views(V(5, "FIVE", -1, 3, kModified))},
-       {"5 changed"},
-       "group 1'one' in -1: 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 6'six'; "},
-      {"but not after one of groups, or of another's refusal",
-       {Groups(""), [](auto&) { Downloads().NotifyViewsUpdate(Refused(1, 1)); }, Views(V(5, "x", 1, 3, kModified))},
-       {}},
-      {"groups too",
-       {Rename(20, 2, "own"), Groups(""), Groups(G(2, "theirs", 1, 3, kModified))},
-       {"2 renamed 'theirs'"},
-       "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; "},
-      {"own edits",
+       "group 1'ONE' in -1: 5'FIVE' ; group 2'TWO' in 1: ; view 5'FIVE'; view 6'SIX!'; ");
+  Play("and after a document of nothing else lower numbers are news",
+       {Views(V(6, "SIX", -1, 0, kModified)), Views(V(5, "FIVE", -1, 3, kModified))}, {"6 changed", "5 changed"},
+       "group 1'one' in -1: 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 6'SIX'; ");
+  Play("as after one of nothing at all", {Views(""), Views(V(5, "FIVE", -1, 3, kModified))}, {"5 changed"},
+       "group 1'one' in -1: 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 6'six'; ");
+  Play("but not after one of groups, or of another's refusal",
+       {Groups(""), [](auto&) { Downloads().NotifyViewsUpdate(Refused(1, 1)); }, Views(V(5, "x", 1, 3, kModified))}, {},
+       kLoaded);
+  Play("groups too", {Rename(20, 2, "own"), Groups(""), Groups(G(2, "theirs", 1, 3, kModified))},
+       {"2 renamed 'theirs'"}, "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; ");
+  Play("own edits",
        {ModifyView(0, 5, "own", 2), Views(V(5, "older", 1, 10, kModified)), Rename(0, 2, "own"),
         Groups(G(2, "two", -1, 12, kModified))},
-       {"2 renamed 'two'"},
-       "group 1'one' in -1: ; group 2'two' in -1: 5'own' ; view 5'own'; view 6'six'; "},
-  });
+       {"2 renamed 'two'"}, "group 1'one' in -1: ; group 2'two' in -1: 5'own' ; view 5'own'; view 6'six'; ");
 }
 
 TEST_F(ChangeNumberTest, ALoadTakesWhatIsNewerAndKeepsWhatIsNewerStill) {
@@ -296,13 +254,13 @@ TEST_F(ChangeNumberTest, WhatWasMissedIsWhatAListHasNewerOrNoMore) {
 TEST_F(ChangeNumberTest, ClearingForgetsTheNumbers) {
   const Step clear = [](auto&) { ClearViewData(); };
   const Step load = [](auto&) { Load(10); };
-  Play({{"clearing",
-         {Views(V(5, "x", 1, 30, kModified), V(6, "", 1, 31, kDeleted), V(9, "x", 1, 32, kModified)),
-          Groups(G(2, "", 1, 33, kDeleted)), Rename(34, 1, "x"), clear, load,
-          Views(V(5, "FIVE", 1, 11), V(6, "SIX", -1, 11, kModified), V(9, "nine", 1, 11)),
-          Groups(G(2, "TWO", 1, 11), G(1, "ONE", -1, 12))},
-         {"5 changed", "top removed view 6", "1 removed group 2"},
-         "group 1'ONE' in -1: 5'FIVE' 9'nine' ; group 2'TWO' in 1: ; view 5'FIVE'; view 6'SIX'; view 9'nine'; "}});
+  Play("clearing",
+       {Views(V(5, "x", 1, 30, kModified), V(6, "", 1, 31, kDeleted), V(9, "x", 1, 32, kModified)),
+        Groups(G(2, "", 1, 33, kDeleted)), Rename(34, 1, "x"), clear, load,
+        Views(V(5, "FIVE", 1, 11), V(6, "SIX", -1, 11, kModified), V(9, "nine", 1, 11)),
+        Groups(G(2, "TWO", 1, 11), G(1, "ONE", -1, 12))},
+       {"5 changed", "top removed view 6", "1 removed group 2"},
+       "group 1'ONE' in -1: 5'FIVE' 9'nine' ; group 2'TWO' in 1: ; view 5'FIVE'; view 6'SIX'; view 9'nine'; ");
 }
 
 // --- The order itself

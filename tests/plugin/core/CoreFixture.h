@@ -15,6 +15,8 @@
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewObserverManager/ViewResourceUpdateManager.h"
+#include "ResourceStore/Element.h"
+#include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ResourceObserver.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "VantBase/Error.h"
@@ -26,6 +28,11 @@ using Vant::Base::Error::ErrorCode;
 
 using Texts = std::vector<std::string>;
 using Exchange = bool (*)(const std::string& request, std::string& response);
+
+template <class Singleton>
+Singleton& The() {
+  return Vant::Base::CSingleton<Singleton>::Instance();
+}
 
 // Texts noted on any thread, to be taken once.
 class Notes {
@@ -50,14 +57,14 @@ class LogRecorder : public Vant::Base::ILogSink, public Notes {
  public:
   bool Wants(int) const override { return true; }
   void Write(int level, const char* module, const std::string& text) override {
-    if (onLine) onLine(text);
+    if (onFill && text.find("init view_messgae data") != std::string::npos) onFill();
     const size_t place = text.rfind("[src/QorviViewPlugin/");
     const bool hasPlace = place != std::string::npos && text.ends_with(")]") &&
                           text.find_first_of("123456789", text.rfind('(')) != std::string::npos;
     Add(std::to_string(level) + " " + module + " " + (hasPlace ? text.substr(0, place) : text));
   }
-  // Called with each line, on the thread that logs; to be set before anything is logged.
-  std::function<void(const std::string& text)> onLine;
+  // Called by a load of views between the text that it is handed and the fill; to be set before anything is logged.
+  std::function<void()> onFill;
 };
 
 inline std::string InfoLine(const std::string& text) {
@@ -106,17 +113,18 @@ inline std::string Numbered(QorviViewPlugin::ChangeNumber number, std::string li
 class ScriptedServer : public Notes {
  public:
   ScriptedServer() {
-    Network().SetTransport([this](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send) {
-      if (onRequest) onRequest();
-      std::string text = send.GetVal_Method() + " " + send.GetVal_URL() + " " + send.GetVal_send_data();
-      const std::string list = send.GetVal_Request_Data() + " within " + std::to_string(send.GetVal_Timeout());
-      Add(text + (list == " within 0" ? "" : " asks " + list));
-      recv.SetVal_Receive_Data(m_body);
-      recv.SetVal_Error_code(m_error);
-      return m_arrives;
-    });
+    The<BizShared::CNetCommManager>().SetTransport(
+        [this](NetLink::CClientRecvInfo& recv, const NetLink::CClientSendInfo& send) {
+          if (onRequest) onRequest();
+          std::string text = send.GetVal_Method() + " " + send.GetVal_URL() + " " + send.GetVal_send_data();
+          const std::string list = send.GetVal_Request_Data() + " within " + std::to_string(send.GetVal_Timeout());
+          Add(text + (list == " within 0" ? "" : " asks " + list));
+          recv.SetVal_Receive_Data(m_body);
+          recv.SetVal_Error_code(m_error);
+          return m_arrives;
+        });
   }
-  ~ScriptedServer() { Network().SetTransport(nullptr); }
+  ~ScriptedServer() { The<BizShared::CNetCommManager>().SetTransport(nullptr); }
 
   void Answer(const std::string& body, bool arrives = true, const ErrorCode& error = ErrorCode()) {
     m_arrives = arrives;
@@ -129,9 +137,6 @@ class ScriptedServer : public Notes {
   std::function<void()> onRequest;
 
  private:
-  static BizShared::CNetCommManager& Network() {
-    return Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
-  }
   bool m_arrives = false;
   std::string m_body;
   ErrorCode m_error{1, 7, 0, ""};
@@ -207,11 +212,15 @@ class CoreTest : public testing::Test {
     Vant::Base::SetLogSink(nullptr);
   }
 
-  static QorviViewPlugin::CViewGroupManager& Manager() {
-    return Vant::Base::CSingleton<QorviViewPlugin::CViewGroupManager>::Instance();
-  }
-  static ResourceStore::CViewGroupManager& Downloads() {
-    return Vant::Base::CSingleton<ResourceStore::CViewGroupManager>::Instance();
+  static QorviViewPlugin::CViewGroupManager& Manager() { return The<QorviViewPlugin::CViewGroupManager>(); }
+  static ResourceStore::CViewGroupManager& Downloads() { return The<ResourceStore::CViewGroupManager>(); }
+  static ResourceStore::COrlUserManager& Users() { return The<ResourceStore::COrlUserManager>(); }
+  static ResourceStore::CElementManager& Elements() { return The<ResourceStore::CElementManager>(); }
+  // A first load, where the download has ended.
+  static bool LoadWhatIsDownloaded() {
+    std::string groups;
+    std::string views;
+    return IsInitViewGroupFinish("", groups) && IsInitViewFinish("", views);
   }
   // Puts objects into the cache without a notice.
   static void CacheView(const QorviViewPlugin::ViewInfo& view) { EXPECT_TRUE(Manager().InsertViewToCache(view, true)); }
@@ -253,6 +262,8 @@ class CoreTest : public testing::Test {
     Downloads().SetViewsUpdateCallback(nullptr);
     Downloads().SetViewGroupsUpdateCallback(nullptr);
     Downloads().SetDownloadedData("", "", false);
+    Users().ResetDownload();
+    Elements().Clear();
     ClearViewData();
   }
 

@@ -2,7 +2,6 @@
 // The manager's edits: the server first, then, silently, the cache.
 #include "CoreFixture.h"
 #include "QorviViewPlugin/FirstLoad.h"
-#include "ResourceStore/OrlUserManager.h"
 
 namespace core_test {
 namespace {
@@ -95,13 +94,7 @@ TEST_F(EditTest, WhatIsChangedAfterAnotherClientsMoveShowsInTheOldGroupsList) {
 
 // --- The server's users
 
-class UsersTest : public CoreTest {
- protected:
-  ~UsersTest() override { Users().ResetDownload(); }
-  static ResourceStore::COrlUserManager& Users() {
-    return Vant::Base::CSingleton<ResourceStore::COrlUserManager>::Instance();
-  }
-};
+class UsersTest : public CoreTest {};
 
 TEST_F(UsersTest, EachCallWaitsForADownloadOfItsOwn) {
   using User = ResourceStore::CUserInfo;

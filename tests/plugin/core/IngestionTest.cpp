@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the manager makes of downloaded data and change documents.
 #include "CoreFixture.h"
-#include "ResourceStore/Element.h"
 
 namespace core_test {
 namespace {
@@ -60,14 +59,12 @@ TEST_F(IngestionTest, FirstLoadsGoIntoTheCacheAndLeaveWhatIsThere) {
 class PendingChecksTest : public IngestionTest {
  protected:
   PendingChecksTest() { CacheView(View(9)); }
-  ~PendingChecksTest() override { Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance().Clear(); }
 
   static void PutElements(std::vector<std::pair<unsigned int, int>> idsAndTypes) {
-    auto& elements = Vant::Base::CSingleton<ResourceStore::CElementManager>::Instance();
-    elements.Clear();
+    Elements().Clear();
     std::vector<std::shared_ptr<ResourceStore::CElement>> made;
     for (auto [id, type] : idsAndTypes) made.push_back(std::make_shared<ResourceStore::CElement>(id, type, "", 1));
-    elements.PutElements(made);
+    Elements().PutElements(made);
   }
   static void Watch(std::initializer_list<int> types) {
     for (int type : types) Manager().GetViewByID(9)->SetResourceFlag(type, true);

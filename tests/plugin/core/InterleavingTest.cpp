@@ -60,9 +60,7 @@ struct Family {
 
 class InterleavingTest : public CoreTest {
  protected:
-  static BizShared::CNetCommManager& Network() {
-    return Vant::Base::CSingleton<BizShared::CNetCommManager>::Instance();
-  }
+  static BizShared::CNetCommManager& Network() { return The<BizShared::CNetCommManager>(); }
 
   // One story in one order from a fresh start.
   class Run {
@@ -97,9 +95,7 @@ class InterleavingTest : public CoreTest {
       Downloads().SetViewGroupsUpdateCallback([this](const std::string& data) { m_queue.emplace_back(true, data); });
     }
     void Load() {
-      std::string response;
-      IsInitViewGroupFinish("", response);
-      IsInitViewFinish("", response);
+      LoadWhatIsDownloaded();
       TakeCallbacks();
     }
     void DeliverAll() {
@@ -118,43 +114,35 @@ class InterleavingTest : public CoreTest {
         case What::Event: {
           const Commit& event = m_server.commits[m_heard++];
           const bool isOwn = event.op.isOwn && !m_isRenewed;
-          Downloads().TakeChange(event.number,
-                                 std::string(isOwn ? "Own" : "") + (m_family.isGroup ? "ViewGroups" : "Views"),
-                                 m_server.Event(event));
-          break;
+          const std::string kind = std::string(isOwn ? "Own" : "") + (m_family.isGroup ? "ViewGroups" : "Views");
+          return Downloads().TakeChange(event.number, kind, m_server.Event(event));
         }
         case What::Callback:
           Downloads().TellDueChanges();
-          Deliver();
-          break;
+          return Deliver();
         case What::Platform:
         case What::Library:
         case What::Answer:
           if (step.what != What::Library) EndOnPlatform(m_server.commits[step.n], m_tickets[step.n]);
           if (step.what != What::Platform) EndInLibrary(m_server.commits[step.n]);
-          break;
+          return;
         case What::Handout:
-          // Stands between the texts that the load is handed and the fill.
-          m_test.log->onLine = [this](const std::string& text) {
-            if (text.find("init view_messgae data") == std::string::npos) return;
+          m_test.log->onFill = [this] {
             TakeCallbacks();
             while (m_at < m_order->size() && (*m_order)[m_at].what != What::Fill) Do((*m_order)[m_at++]);
           };
           Load();
-          m_test.log->onLine = nullptr;
-          break;
+          m_test.log->onFill = nullptr;
+          return;
         case What::Fill:
-          break;
+          return;
         case What::Clear:
-          ClearViewData();
-          break;
+          return ClearViewData();
         case What::Again:
-          Downloads().SetDownloadedAgain(m_server.List(true, step.n), m_server.List(false, step.n));
           m_heard = std::max(m_heard, step.n);
-          break;
+          return Downloads().SetDownloadedAgain(m_server.List(true, step.n), m_server.List(false, step.n));
         case What::Renew:
           m_isRenewed = true;
-          break;
       }
     }
 

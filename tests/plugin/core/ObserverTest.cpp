@@ -11,9 +11,7 @@ using namespace QorviViewPlugin;
 
 class ObserverTest : public CoreTest {
  protected:
-  static CViewResourceUpdateManager& Registry() {
-    return Vant::Base::CSingleton<CViewResourceUpdateManager>::Instance();
-  }
+  static CViewResourceUpdateManager& Registry() { return The<CViewResourceUpdateManager>(); }
   static void Notify(int type, const std::string& id) {
     Registry().UpdateResourceInfo(ResourceData::IResourceObserver::Param(id, 7),
                                   static_cast<ResourceData::ResourceType>(type));

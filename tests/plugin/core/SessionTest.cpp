@@ -22,11 +22,11 @@ struct Session {
   // Runs it with the record that its error starts as, and leaves there what it became.
   std::function<bool(ErrorCode&)> run;
   std::string sent;
-  // What stands between the function's name and "success" or "failed" in the log.
-  std::string before = "[" + name + "] ";
-  std::string beforeTransportFailure = before;
   // Text of the line before the request, which the body follows; empty for none.
   std::string announced = "";
+  // What stands between the function's name and "success" or "failed" in the log.
+  std::string beforeTransportFailure = "[" + name + "] ";
+  std::string before = "[" + name + "] ";
 };
 
 template <class Cms, class... Arguments>
@@ -57,22 +57,20 @@ std::vector<Session> Sessions() {
       {"CmsAddView::AddCmsView", Scheme::AddView, Run(&CmsAddView::AddCmsView, kSentView),
        "POST " + views + " " + view},
       {"CmsModifyView::ModifyCmsView", Scheme::Status, Run(&CmsModifyView::ModifyCmsView, kSentView),
-       "PUT " + views + "/17 " + view, "[CmsModifyView::ModifyCmsView] ", ""},
+       "PUT " + views + "/17 " + view, "", ""},
       {"CmsDeleteView::DeleteCmsView", Scheme::Status, Run(&CmsDeleteView::DeleteCmsView, 4294967295u),
        "DELETE " + views + "/4294967295 "},
       {"CmsOrderView::OrderCmsView", Scheme::Status, Run(&CmsOrderView::OrderCmsView, kMove),
        "PUT " + views + R"(/Move {"ViewMoveRequest":{"Type":1,"ViewGroupID":2,"UserID":8,"IDs":"3,7,12"}})"},
       {"CmsViewGroupList::GetCmsViewGroupList", Scheme::List, Run(&CmsViewGroupList::GetCmsViewGroupList, 5),
-       "GET " + groups + R"(  asks {"ViewGroupsRequest":{"ClientResourceVersion":5}} within 30000)", ""},
+       "GET " + groups + R"(  asks {"ViewGroupsRequest":{"ClientResourceVersion":5}} within 30000)", "", "", ""},
       {"CmsAddViewGroup::AddCmsViewGroup", Scheme::AddGroup, Run(&CmsAddViewGroup::AddCmsViewGroup, kSentGroup),
-       "POST " + groups + " " + group, "[CmsAddViewGroup::AddCmsViewGroup] ", "[CmsAddViewGroup::AddCmsViewGroup] ",
-       "add plan group data: "},
+       "POST " + groups + " " + group, "add plan group data: "},
       {"CmsModifyViewGroup::ModifyCmsViewGroup", Scheme::Status,
        Run(&CmsModifyViewGroup::ModifyCmsViewGroup, kSentGroup), "PUT " + groups + "/4 " + group,
-       "[CmsModifyViewGroup::ModifyCmsViewGroup] ", "[CmsModifyViewGroup::ModifyCmsViewGroup] ",
        "update plan group data: "},
       {"CmsDeleteViewGroup::DeleteCmsViewGroup", Scheme::Status, Run(&CmsDeleteViewGroup::DeleteCmsViewGroup, 4u),
-       "DELETE " + groups + "/4 ", "[CmsDeleteViewGroup::DeleteCmsViewGroup] ", " "},
+       "DELETE " + groups + "/4 ", "", " "},
       {"CmsOrderViewGroup::OrderCmsViewGroup", Scheme::Status, Run(&CmsOrderViewGroup::OrderCmsViewGroup, kMove),
        "PUT " + groups + R"(/Move {"ViewMoveRequest":{"Type":2,"ViewGroupID":2,"UserID":8,"IDs":","}})"},
       {"CmsViewConfig::GetDefualtViewConfig", Scheme::Config,

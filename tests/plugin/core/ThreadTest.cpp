@@ -21,9 +21,7 @@ class ThreadTest : public CoreTest {
   // Starts a first load of these views, which stops while it fills until the gate is opened.
   std::future<std::string> StartHeldLoad(const std::string& views) {
     Downloads().SetDownloadedData("", ViewsDocument(views), true);
-    log->onLine = [this](const std::string& text) {
-      if (text.find("init view_messgae data") != std::string::npos) filling.Pass();
-    };
+    log->onFill = [this] { filling.Pass(); };
     auto load = std::async(std::launch::async, LoadViews);
     EXPECT_TRUE(filling.WaitUntilReached());
     return load;
