@@ -33,9 +33,6 @@ class DownloadStatusTest : public DownloadTest {
     }
     return states;
   }
-  static std::string ErrorOf(const DownloadStatus& status) {
-    return std::to_string(status.error.GetMainError()) + "-" + std::to_string(status.error.GetSubError());
-  }
   bool Reaches(DownloadState state) {
     return Eventually([state] { return Manager().GetDownloadStatus().state == state; });
   }
@@ -59,7 +56,7 @@ TEST_F(DownloadStatusTest, GoesFromConnectingToReadyAndBack) {
   EXPECT_TRUE(Manager().IsViewDownloadSuccess()) << "what is ready can be loaded";
   const DownloadStatus ready = Manager().GetDownloadStatus();
   EXPECT_GE(ready.since, before);
-  EXPECT_EQ(ErrorOf(ready), "0-0");
+  EXPECT_EQ(Numbers(ready.error), "0/0");
   Manager().Stop();
   EXPECT_EQ(Manager().GetDownloadStatus().state, DownloadState::NotStarted);
   EXPECT_EQ(States(), "CDRN");
@@ -69,10 +66,10 @@ TEST_F(DownloadStatusTest, GoesFromConnectingToReadyAndBack) {
 
 TEST_F(DownloadStatusTest, SaysWhyALastAttemptFailedAndThatTheNextDidNot) {
   const std::pair<ScriptedSite::Override, std::string> cases[] = {
-      {[](const Request&, Connection& c) { c.Reply(503, ""); }, "4-503"},
-      {[](const Request&, Connection& c) { c.ReplyError(500, 100, 8); }, "100-8"},
-      {[](const Request&, Connection& c) { c.Close(); }, "1-52"},
-      {[](const Request&, Connection& c) { c.Reply(200, "<html>"); }, "-1--1"},
+      {[](const Request&, Connection& c) { c.Reply(503, ""); }, "4/503"},
+      {[](const Request&, Connection& c) { c.ReplyError(500, 100, 8); }, "100/8"},
+      {[](const Request&, Connection& c) { c.Close(); }, "1/52"},
+      {[](const Request&, Connection& c) { c.Reply(200, "<html>"); }, "-1/-1"},
   };
   for (const auto& [failure, error] : cases) {
     m_site.AnswerOnce("V0/Areas", failure);
@@ -82,8 +79,8 @@ TEST_F(DownloadStatusTest, SaysWhyALastAttemptFailedAndThatTheNextDidNot) {
     Manager().Stop();
     EXPECT_EQ(States(), "CFDRN") << error;
     ASSERT_GE(Told().size(), 3u);
-    EXPECT_EQ(ErrorOf(Told()[1]), error);
-    EXPECT_EQ(ErrorOf(Told()[2]), error) << "the last error stays known";
+    EXPECT_EQ(Numbers(Told()[1].error), error);
+    EXPECT_EQ(Numbers(Told()[2].error), error) << "the last error stays known";
   }
 }
 
@@ -97,7 +94,7 @@ TEST_F(DownloadStatusTest, TellsARefusedConnectionFromOtherFailures) {
   Manager().Start();
   ASSERT_TRUE(Reaches(DownloadState::Failing));
   const DownloadStatus first = Manager().GetDownloadStatus();
-  EXPECT_EQ(ErrorOf(first), "1-7");
+  EXPECT_EQ(Numbers(first.error), "1/7");
   EXPECT_EQ(first.systemError, ECONNREFUSED);
   ASSERT_TRUE(Eventually([&] { return Told().size() >= 4; })) << "each failure is told";
   EXPECT_EQ(Manager().GetDownloadStatus().since, first.since) << "it has been failing since the first";
@@ -109,7 +106,7 @@ TEST_F(DownloadStatusTest, ALostStreamIsAFailureUntilItsSuccessorOpens) {
   m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Reply(503, ""); });
   m_site.EndStream();  // in order: no failure by itself
   ASSERT_TRUE(Eventually([&] { return States() == "CDRFR"; })) << States() << ", though nothing came on the new stream";
-  EXPECT_EQ(ErrorOf(Manager().GetDownloadStatus()), "4-503");
+  EXPECT_EQ(Numbers(Manager().GetDownloadStatus().error), "4/503");
   EXPECT_TRUE(Manager().IsViewDownloadSuccess());
 
   CNetCommManager::Instance().SetToken("renewed");

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
 #include <random>
+#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,25 +52,12 @@ TEST_F(JsonDocument, ATextIsReadFromTextsAndNumbers) {
 TEST_F(JsonDocument, AFloatIsReadFromNumbersAndTextsThatAreWhollyOne) {
   constexpr float kMax = std::numeric_limits<float>::max();
   const std::string zeros(400, '0');
-  const std::pair<float, std::vector<std::string>> cases[] = {
-      {3.0F, {"3"}},
-      {0.25F, {"0.25", R"("0.250000")"}},
-      {2.5F, {"0." + zeros + "25e401"}},
-      {-100.0F, {R"("-1e2")"}},
-      {100.0F, {R"("1E+2")"}},
-      {7.0F, {R"("007")"}},
-      {1.0F, {"\"1" + zeros + "e-400\""}},
-      {0.5F, {"\"" + zeros + ".5\""}},
-      {18446744073709551615.0F, {"18446744073709551615"}},
-      {kMax, {"1e300", R"("1e999")", R"("1e99999999999999999999")", "\"1" + zeros + "e-1\""}},
-      {-kMax, {"-1e300", R"("-1e999")"}},
-      {0.0F, {R"("1e-999")", R"("1e-99999999999999999999")", R"("0e99999999999999999999")", R"("0.0e999")"}},
-      {0.0F, {"\"0." + zeros + "1e2\""}},
-      {kNone, {R"("")", R"("1,5")", R"("1.")", R"(".5")", R"("+1")", R"(" 1")", R"("1 ")", R"("1e")", R"("0x10")"}},
-      {kNone, {R"("nan")", R"("inf")", R"("-infinity")", "true", "null", "[1]"}},
-  };
-  for (const auto& [expected, texts] : cases) {
-    for (const std::string& json : texts) EXPECT_EQ(Holding(json).get_float_v("/v", kNone), expected) << json;
+  const std::map<std::string, float> named{{"none", kNone}, {"max", kMax}, {"-max", -kMax}};
+  for (const auto& [json, expected] : Cases(JSON_TEXTS)) {
+    const auto name = named.find(expected[0]);
+    EXPECT_EQ(Holding(std::regex_replace(json, std::regex("Z"), zeros)).get_float_v("/v", kNone),
+              name == named.end() ? std::stof(expected[0]) : name->second)
+        << json;
   }
   // Too small for a double: zero. Digits and exponents of any number make no difference.
   for (const std::string& tiny : {"0." + zeros + "1", "0." + zeros + "1e-20", std::string("-0.0000000001e-2147483639"),
@@ -79,20 +68,16 @@ TEST_F(JsonDocument, AFloatIsReadFromNumbersAndTextsThatAreWhollyOne) {
 }
 
 TEST_F(JsonDocument, OnlyTrueAndFalseAreRead) {
-  EXPECT_TRUE(Holding("true").get_bool_v("/v", false));
-  EXPECT_FALSE(Holding("false").get_bool_v("/v", true));
-  for (const char* json : {"1", "0", "\"true\"", "null", "[true]", "{}"}) {
-    EXPECT_TRUE(Holding(json).get_bool_v("/v", true)) << json;
-    EXPECT_FALSE(Holding(json).get_bool_v("/v", false)) << json;
+  for (const auto& [json, expected] : Cases(JSON_TEXTS)) {
+    for (const bool otherwise : {true, false}) {
+      EXPECT_EQ(Holding(json).get_bool_v("/v", otherwise), expected[0] == "none" ? otherwise : expected[0] == "true")
+          << json;
+    }
   }
 }
 
 TEST_F(JsonDocument, CountsElements) {
-  const std::pair<int, std::vector<const char*>> cases[] = {
-      {0, {"[]", "null"}}, {3, {"[1,null,3]"}}, {1, {"{}", "0", R"("")", "false"}}};
-  for (const auto& [expected, texts] : cases) {
-    for (const char* json : texts) EXPECT_EQ(Holding(json).get_cnt("/v"), expected) << json;
-  }
+  for (const auto& [json, expected] : Cases(JSON_TEXTS)) EXPECT_EQ(Holding(json).get_cnt("/v"), Int(expected)) << json;
   EXPECT_EQ(document.get_cnt("/absent"), 0);
 }
 
@@ -113,16 +98,12 @@ TEST_F(JsonDocument, ATextThatIsNotJsonLeavesNothingToRead) {
     EXPECT_EQ(document.get_cnt("/v"), 0) << text;
     EXPECT_EQ(document.get_str(0), "{}") << text;
   };
-  for (const char* text : {"", "{", R"({"v":1)", R"({"v":1}})", R"({"v":1} x)", "{v:1}", "[1,]", "nul"})
+  for (const auto& [text, expected] : Cases(JSON_TEXTS)) expectBad(text);
+  for (const std::string& text :
+       {std::string(), R"({"v":1)" + std::string(299, '3') + "e308}", std::string("{\"v\":\"a\nb\"}"),
+        std::string("{\"v\":1}\0", 8), std::string("{\"v\":1}\0{}", 10)}) {
     expectBad(text);
-  for (const std::string& number :
-       {std::string("01"), std::string("1e999"), std::string("-1.8e308"), std::string("1.7976931348623159e308"),
-        "1" + std::string(299, '3') + "e308", std::string("1e99999999999999999999"), std::string("NaN"),
-        std::string(R"("\ud800")")}) {
-    expectBad(R"({"v":)" + number + "}");
   }
-  for (const std::string& tail : {std::string("\0", 1), std::string("\0{}", 3)}) expectBad(R"({"v":1})" + tail);
-  expectBad("{\"v\":\"a\nb\"}");
   for (const char* text : {" {\"v\" : 1} \n", "[]", "1", "null", "\"\""}) EXPECT_TRUE(document.set_str(text)) << text;
   EXPECT_EQ(document.get_cnt("/v"), 0);
 }

@@ -4,20 +4,13 @@
 #include <cstdlib>
 
 #include "../server/TestClient.h"
-#include "BizShared/UserCommonManager.h"
 #include "BizShared/details/RequestContext.h"
+#include "DownloadFixture.h"
 #include "ForkedChild.h"
-#include "PlatformCalls.h"
-#include "ResourceStore/OrlUserManager.h"
-#include "ResourceStore/ViewGroupManager.h"
-#include "ScriptedServer.h"
 #include "TestCertificate.h"
 
 namespace {
 
-using BizShared::CNetCommManager;
-using BizShared::CUserCommonManager;
-using ResourceStore::CViewGroupManager;
 using namespace testing_support;
 using Vant::Base::Error::ErrorCode;
 
@@ -25,19 +18,7 @@ class TlsTest : public server::test::ServerTest {
  protected:
   TlsTest() { Present({}); }
   // Not in the destructor: a process that forgets to clean up has its test here too.
-  void TearDown() override {
-    Manager().Stop();
-    Manager().SetViewsUpdateCallback({});
-    CUserCommonManager::Instance().Logout();
-    CNetCommManager::Instance().SetServer({});
-  }
-
-  static CViewGroupManager& Manager() { return CViewGroupManager::Instance(); }
-  static std::string ViewsText() {
-    std::string text;
-    Manager().GetViewsData(text);
-    return text;
-  }
+  void TearDown() override { EndDownloads(); }
 
   std::string File(const std::string& name) const { return m_folder / name; }
   // Has the server present such a certificate.
@@ -50,9 +31,7 @@ class TlsTest : public server::test::ServerTest {
   bool Follow() {
     ErrorCode error;
     CNetCommManager::Instance().SetServer(m_server->Url(), File("server.pem"));
-    if (!CUserCommonManager::Instance().Login("ann", "a", "test", error)) return false;
-    Manager().Start();
-    return Eventually([] { return Manager().IsViewDownloadSuccess(); });
+    return CUserCommonManager::Instance().Login("ann", "a", "test", error) && DownloadViews();
   }
 
   static void AddView(const std::string& name) {
@@ -76,19 +55,11 @@ class TlsTest : public server::test::ServerTest {
 };
 
 TEST_F(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
-  class Listener : public ResourceStore::IOrlUserObserver {
-   public:
-    void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
-      last = param.GetVal_enumState();
-      ++count;
-    }
-    std::atomic<int> last{-1}, count{0};
-  } listener;
   ASSERT_TRUE(Follow());
+  UserListener listener;
   auto& users = ResourceStore::COrlUserManager::Instance();
-  users.RegisterObserver(&listener);
   users.StartDownLoadOrlUser();
-  ASSERT_TRUE(Eventually([&] { return listener.count == 1; }));
+  ASSERT_TRUE(Eventually([&] { return listener.Count() == 1; }));
   AddView("before");  // its connection is kept
   EXPECT_EQ(SaidByForkedChild([&] {
               users.StartDownLoadOrlUser();
@@ -97,15 +68,15 @@ TEST_F(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
               Manager().Stop();
               Manager().Start();
               CUserCommonManager::Instance().Logout();
-              return std::to_string(listener.count) + " " + std::to_string(listener.last);
+              return std::to_string(listener.Count()) + ", " + listener.Ends().back();
             }),
-            "2 1");
+            "2, state 1 1/1000");
   AddView("after");
   AddViewElsewhere("elsewhere");
-  EXPECT_TRUE(Eventually([] { return ViewsText().find("\"elsewhere\"") != std::string::npos; }));
+  EXPECT_TRUE(Eventually([] { return TextOfViews().find("\"elsewhere\"") != std::string::npos; }));
   users.StartDownLoadOrlUser();
-  EXPECT_TRUE(Eventually([&] { return listener.count == 2 && listener.last == 0; }));
-  users.SyncUnregisterObserver(&listener);
+  EXPECT_TRUE(Eventually([&] { return listener.Count() == 2; }));
+  EXPECT_EQ(listener.Ends().back(), "state 0 0/0");
 }
 
 TEST_F(TlsTest, AServerThatIsNotWhoItShouldBeIsToldNoPassword) {

@@ -6,7 +6,6 @@
 #include "../Gate.h"
 #include "BizShared/details/Canceller.h"
 #include "DownloadFixture.h"
-#include "PlatformCalls.h"
 #include "ResourceStore/details/ChangeRelay.h"
 
 namespace {
@@ -193,14 +192,11 @@ class RelayTest : public testing::Test {
     std::string groups = kGroup, views = View(5, "v", 4);
     bool areNumbered = true;
 
-    ResourceStore::details::DownloadedList Groups() const {
-      const int said = areNumbered ? groupsNumber : 0;
-      return {testing_support::Groups(groups, said), static_cast<uint64_t>(groupsNumber), areNumbered};
+    ResourceStore::details::DownloadedList List(const char* kind, const std::string& elements, int number) const {
+      return {ListOf(kind, elements, areNumbered ? number : 0), static_cast<uint64_t>(number), areNumbered};
     }
-    ResourceStore::details::DownloadedList Views() const {
-      const int said = areNumbered ? viewsNumber : 0;
-      return {testing_support::Views(views, said), static_cast<uint64_t>(viewsNumber), areNumbered};
-    }
+    ResourceStore::details::DownloadedList Groups() const { return List("ViewGroup", groups, groupsNumber); }
+    ResourceStore::details::DownloadedList Views() const { return List("View", views, viewsNumber); }
   };
   static Step Load(const Lists& lists) {
     return [=](RelayTest& t) { t.relay->Downloaded(lists.Groups(), lists.Views()); };

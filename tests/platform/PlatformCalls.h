@@ -2,10 +2,13 @@
 // Requests through the platform's transport, and what became of them as texts.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 
 #include "BizShared/NetCommManager.h"
+#include "ScriptedServer.h"
 
 namespace testing_support {
 
@@ -27,5 +30,17 @@ inline std::string Send(const std::string& method, const std::string& url, const
   const bool answered = BizShared::CNetCommManager::Instance().ClientSynSend(recv, send, 0);
   return (answered ? "" : "failed ") + Numbers(recv->GetVal_Error_code()) + " " + recv->GetVal_Receive_Data();
 }
+
+// The transport before a scripted server.
+class ServingTest : public testing::Test {
+ protected:
+  ~ServingTest() override { Net().SetServer({}); }
+  static BizShared::CNetCommManager& Net() { return BizShared::CNetCommManager::Instance(); }
+  void Serve(ScriptedServer::Handler handler) {
+    m_server = std::make_unique<ScriptedServer>(std::move(handler));
+    Net().SetServer(m_server->Url());
+  }
+  std::unique_ptr<ScriptedServer> m_server;
+};
 
 }  // namespace testing_support

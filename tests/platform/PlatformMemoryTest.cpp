@@ -2,22 +2,13 @@
 // What becomes of the platform's own threads when memory runs out at any single moment of them, before a real server.
 #include "../FailingMemory.h"
 #include "../server/TestClient.h"
-#include "BizShared/NetCommManager.h"
-#include "BizShared/UserCommonManager.h"
-#include "ResourceStore/OrlUserManager.h"
-#include "ResourceStore/ViewGroupManager.h"
-#include "ResourceStore/details/StreamTimings.h"
-#include "ScriptedServer.h"
+#include "DownloadFixture.h"
 
 namespace {
 
-using namespace std::chrono_literals;
 using namespace failing_memory;
-using BizShared::CNetCommManager;
-using BizShared::CUserCommonManager;
+using namespace testing_support;
 using ResourceStore::COrlUserManager;
-using ResourceStore::CViewGroupManager;
-using testing_support::Eventually;
 using Vant::Base::Error::ErrorCode;
 
 class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore::IOrlUserObserver {
@@ -28,24 +19,7 @@ class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore
     ErrorCode error;
     EXPECT_TRUE(CUserCommonManager::Instance().Login("ann", "a", "test", error));
   }
-  ~PlatformMemoryTest() override {
-    Views().Stop();
-    Views().SetViewsUpdateCallback({});
-    CUserCommonManager::Instance().Logout();
-    CNetCommManager::Instance().SetServer({});
-    ResourceStore::details::SetStreamTimings({});
-  }
-
-  static CViewGroupManager& Views() { return CViewGroupManager::Instance(); }
-  static std::string ViewsText() {
-    std::string text;
-    Views().GetViewsData(text);
-    return text;
-  }
-  void Load() {
-    Views().Start();
-    ASSERT_TRUE(Eventually([] { return Views().IsViewDownloadSuccess(); }));
-  }
+  ~PlatformMemoryTest() override { EndDownloads(); }
 
   void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
     m_failedAllocations = Stop();
@@ -91,15 +65,15 @@ TEST_F(PlatformMemoryTest, TheUsersAreAllThereOrTheDownloadFails) {
 
 TEST_F(PlatformMemoryTest, TheListsComeWholeInTheEnd) {
   for (int i = 0; i < 3; ++i) ann.AddView("a view whose name is long, number " + std::to_string(i), -1, kPublic);
-  Load();
-  const std::string whole = ViewsText();
+  ASSERT_TRUE(DownloadViews());
+  const std::string whole = TextOfViews();
   for (const Want want : {Want::OneAllocation, Want::TwentyFromThere}) {
     for (long moment = 0, failed = 1; failed != 0; ++moment) {
-      Views().Stop();
+      Manager().Stop();
       FailAt(moment, want, NewThreads());
-      Load();
+      ASSERT_TRUE(DownloadViews());
       failed = Stop();
-      ASSERT_EQ(ViewsText(), whole) << moment;
+      ASSERT_EQ(TextOfViews(), whole) << moment;
       ASSERT_TRUE(failed != 0 || moment > 50);
     }
   }
@@ -108,7 +82,7 @@ TEST_F(PlatformMemoryTest, TheListsComeWholeInTheEnd) {
 TEST_F(PlatformMemoryTest, EveryChangeIsToldAndMerged) {
   std::mutex mutex;
   std::set<std::string> told;
-  Views().SetViewsUpdateCallback([&](const std::string& document) {
+  Manager().SetViewsUpdateCallback([&](const std::string& document) {
     const Spared spared;
     const size_t begin = document.find("change ");
     std::lock_guard<std::mutex> lock(mutex);
@@ -120,7 +94,7 @@ TEST_F(PlatformMemoryTest, EveryChangeIsToldAndMerged) {
   };
   const int32_t view = ann.AddView("one", -1, kPublic);
   Threads thread = NewThreads();
-  Load();
+  ASSERT_TRUE(DownloadViews());
   thread = ThreadsSince(thread);
   for (const Want want : {Want::OneAllocation, Want::TwentyFromThere}) {
     for (long moment = 0, failed = 1; failed != 0; ++moment) {
@@ -135,7 +109,7 @@ TEST_F(PlatformMemoryTest, EveryChangeIsToldAndMerged) {
         EXPECT_TRUE(Eventually([&] { return isTold(name); })) << name;
       }
       failed = Stop();
-      ASSERT_NE(ViewsText().find(names.back()), std::string::npos);
+      ASSERT_NE(TextOfViews().find(names.back()), std::string::npos);
       ASSERT_TRUE(failed != 0 || moment > 10) << moment;
     }
   }

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
 #include <set>
 #include <sstream>
 
 #include "../Gate.h"
-#include "PlatformCalls.h"
+#include "DownloadFixture.h"
 #include "ResourceStore/DownloadResource.h"
 #include "ResourceStore/Element.h"
-#include "ResourceStore/OrlUserManager.h"
-#include "ScriptedServer.h"
 
 namespace {
 
@@ -17,21 +13,10 @@ using namespace ResourceStore;
 using namespace testing_support;
 using Vant::Base::Error::ErrorCode;
 
-class ResourceDownloadsTest : public testing::Test {
+class ElementsTest : public ServingTest {
  protected:
-  ~ResourceDownloadsTest() override {
-    CElementManager::Instance().Clear();
-    BizShared::CNetCommManager::Instance().SetServer({});
-  }
-  void Serve(ScriptedServer::Handler handler) {
-    m_server = std::make_unique<ScriptedServer>(std::move(handler));
-    BizShared::CNetCommManager::Instance().SetServer(m_server->Url());
-  }
-  std::unique_ptr<ScriptedServer> m_server;
-};
-
-class ElementsTest : public ResourceDownloadsTest {
- protected:
+  ~ElementsTest() override { Elements().Clear(); }
+  static CElementManager& Elements() { return CElementManager::Instance(); }
   // Every id but 999 is an element of the asked type.
   void ServeElements() {
     Serve([](const Request& request, Connection& connection) {
@@ -45,47 +30,45 @@ class ElementsTest : public ResourceDownloadsTest {
       connection.ReplyData("{\"ElementList\":{\"Element\":[" + elements + "]}}");
     });
   }
-  static bool Fetch(const std::set<unsigned>& ids, std::vector<comm_method::ResourceType> types, ErrorCode& error) {
+  bool Fetch(const std::set<unsigned>& ids, std::vector<comm_method::ResourceType> types) {
     auto request = std::make_shared<CDownloadLogicalResource>();
     request->SetVal_extra_ids(ids);
     request->SetVal_source_type(types);
     request->SetVal_extra_request_type(ExtraRequestTypeElementIds);
     return CDownloadResourceStore::Instance().SynIncrementalDownloadLogicalResource(error, request);
   }
+
+  ErrorCode error;  // of the last fetch
 };
 
 TEST_F(ElementsTest, AsksForWhatIsMissingInPortions) {
   ServeElements();
-  ErrorCode error;
   std::set<unsigned> ids;
   for (unsigned id = 1; id <= 1001; ++id) ids.insert(id);
-  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}, error));
+  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}));
   ASSERT_EQ(m_server->Requests().size(), 3u);
   EXPECT_TRUE(m_server->Requests()[2].target.ends_with("/V0/Elements?Type=1001&IDs=1001"));
   ids.insert(4294967295u);
-  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}, error));
+  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}));
   ASSERT_EQ(m_server->Requests().size(), 4u);
   EXPECT_TRUE(m_server->Requests()[3].target.ends_with("&IDs=999,4294967295")) << "an unknown one is asked for again";
 
-  CElementManager& elements = CElementManager::Instance();
-  EXPECT_EQ(elements.GetCameraElementName(7), "n7");
-  EXPECT_EQ(elements.FindCameraElementByID(7)->GetWorkStationID(), 4u);
-  EXPECT_EQ(elements.GetCameraElementName(999), "");
-  EXPECT_EQ(elements.FindCameraElementByID(999), nullptr);
+  EXPECT_EQ(Elements().GetCameraElementName(7), "n7");
+  EXPECT_EQ(Elements().FindCameraElementByID(7)->GetWorkStationID(), 4u);
+  EXPECT_EQ(Elements().GetCameraElementName(999), "");
+  EXPECT_EQ(Elements().FindCameraElementByID(999), nullptr);
 }
 
 TEST_F(ElementsTest, FilesElementsUnderTheirType) {
   ServeElements();
-  ErrorCode error;
-  ASSERT_TRUE(Fetch({1}, {comm_method::ResourceTypeDoor, comm_method::ResourceTypeRadar}, error));
-  ASSERT_TRUE(Fetch({2}, {comm_method::ResourceTypeElement1027, comm_method::ResourceTypeElevator}, error));
-  CElementManager& elements = CElementManager::Instance();
+  ASSERT_TRUE(Fetch({1}, {comm_method::ResourceTypeDoor, comm_method::ResourceTypeRadar}));
+  ASSERT_TRUE(Fetch({2}, {comm_method::ResourceTypeElement1027, comm_method::ResourceTypeElevator}));
   CWorkStationManager& sites = CWorkStationManager::Instance();
-  EXPECT_EQ(elements.GetDoorElementName(1), "n1");
-  EXPECT_EQ(elements.GetElevatorElementName(2), "n2");
-  EXPECT_EQ(elements.FindRadarElementByID(1)->GetType(), 1006);
-  EXPECT_EQ(elements.FindOtherElementByID(1), nullptr);
-  EXPECT_EQ(elements.FindOtherElementByID(2)->GetType(), 1027);
+  EXPECT_EQ(Elements().GetDoorElementName(1), "n1");
+  EXPECT_EQ(Elements().GetElevatorElementName(2), "n2");
+  EXPECT_EQ(Elements().FindRadarElementByID(1)->GetType(), 1006);
+  EXPECT_EQ(Elements().FindOtherElementByID(1), nullptr);
+  EXPECT_EQ(Elements().FindOtherElementByID(2)->GetType(), 1027);
   EXPECT_EQ(sites.FindCameraElementByID(1), nullptr);
   EXPECT_NE(sites.FindDoorElementByID(1), nullptr);
   EXPECT_NE(sites.FindRadarElementByID(1), nullptr);
@@ -100,42 +83,18 @@ TEST_F(ElementsTest, AFailureKeepsWhatHadArrived) {
     }
     connection.ReplyError(403, 100, 4);
   });
-  ErrorCode error;
-  EXPECT_FALSE(Fetch({1}, {comm_method::ResourceTypeCamera, comm_method::ResourceTypeDoor}, error));
+  EXPECT_FALSE(Fetch({1}, {comm_method::ResourceTypeCamera, comm_method::ResourceTypeDoor}));
   EXPECT_EQ(Numbers(error), "100/4");
   EXPECT_EQ(error.GetCasadingErrorInfo(), "from below");
-  EXPECT_EQ(CElementManager::Instance().GetCameraElementName(1), "one");
-  EXPECT_EQ(CElementManager::Instance().FindCameraElementByID(1)->GetWorkStationID(), 4294967295u);
-  EXPECT_FALSE(CElementManager::Instance().HasElement(comm_method::ResourceTypeCamera, 4294967295u));
+  EXPECT_EQ(Elements().GetCameraElementName(1), "one");
+  EXPECT_EQ(Elements().FindCameraElementByID(1)->GetWorkStationID(), 4294967295u);
+  EXPECT_FALSE(Elements().HasElement(comm_method::ResourceTypeCamera, 4294967295u));
   m_server.reset();
-  EXPECT_FALSE(Fetch({2}, {comm_method::ResourceTypeCamera}, error));
+  EXPECT_FALSE(Fetch({2}, {comm_method::ResourceTypeCamera}));
   EXPECT_EQ(error.GetMainError(), 1);
 }
 
-// Notes how downloads end.
-class Listener : public IOrlUserObserver {
- public:
-  Listener() { COrlUserManager::Instance().RegisterObserver(this); }
-  ~Listener() { COrlUserManager::Instance().SyncUnregisterObserver(this); }
-  void OnUserListNotify(CIOrlUserObserverParam& param) override {
-    if (m_during) m_during();
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_ends.push_back("state " + std::to_string(param.GetVal_enumState()) + " " +
-                     Numbers(param.GetVal_stru_error_code()));
-  }
-  std::vector<std::string> Ends() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_ends;
-  }
-  size_t Count() const { return Ends().size(); }
-  std::function<void()> m_during;
-
- private:
-  mutable std::mutex m_mutex;
-  std::vector<std::string> m_ends;
-};
-
-class UsersTest : public ResourceDownloadsTest {
+class UsersTest : public ServingTest {
  protected:
   ~UsersTest() override { COrlUserManager::Instance().ResetDownload(); }
   static COrlUserManager& Manager() { return COrlUserManager::Instance(); }
@@ -159,7 +118,7 @@ TEST_F(UsersTest, EveryDownloadEndsWithANotification) {
     connection.ReplyData(R"({"UserList":{"User":[{"ID":2,"Name":"b","Online":1,"PTZControlPermission":3},)"
                          R"({"ID":1,"Name":"a","Online":0,"PTZControlPermission":0}]}})");
   });
-  Listener listener;
+  UserListener listener;
   Manager().RegisterObserver(&listener);
   Manager().RegisterObserver(nullptr);
   std::string seen;
@@ -187,7 +146,7 @@ TEST_F(UsersTest, ARequestDuringADownloadIsFollowedByANotificationOfItsOwn) {
     if (++asked == 1) first.Pass();
     connection.ReplyData("{}");
   });
-  Listener listener;
+  UserListener listener;
   Manager().StartDownLoadOrlUser();
   ASSERT_TRUE(first.WaitUntilReached());
   Manager().StartDownLoadOrlUser();
@@ -200,7 +159,7 @@ TEST_F(UsersTest, ARequestDuringADownloadIsFollowedByANotificationOfItsOwn) {
 TEST_F(UsersTest, WithdrawingWaitsForARunningNotificationUnlessItIsMadeFromIt) {
   Manager().SetDownload({}, {});
   Gate running;
-  Listener listener;
+  UserListener listener;
   listener.m_during = [&] { running.Pass(); };
   Manager().StartDownLoadOrlUser();
   ASSERT_TRUE(running.WaitUntilReached());
@@ -209,14 +168,14 @@ TEST_F(UsersTest, WithdrawingWaitsForARunningNotificationUnlessItIsMadeFromIt) {
   running.Open();
   other.get();
 
-  Listener first, second;
+  UserListener first, second;
   first.m_during = [&] {
     Manager().SyncUnregisterObserver(&first);
     Manager().SyncUnregisterObserver(&second);  // stands behind it and is not called any more
   };
   Manager().StartDownLoadOrlUser();
   EXPECT_TRUE(Eventually([&] { return first.Count() == 1; }));
-  Listener third;
+  UserListener third;
   Manager().StartDownLoadOrlUser();
   EXPECT_TRUE(Eventually([&] { return third.Count() == 1; }));
   EXPECT_EQ(first.Count() + second.Count(), 1u);
