@@ -39,6 +39,7 @@ TEST_F(CompletionTest, EachPlaceOfALineTakesWhatFitsThere) {
       {"viewctl tree Station/", {"Station/Platforms/\tgroup 2"}},
       {"viewctl watch --group Bus", {"Bus terminal/\tgroup 6"}},
       {"viewctl mv 102 pub", {"public/\tPublic views"}},
+      {"viewctl rm Station/", {"Station/Forecourt\tview 102", "Station/Platforms/\tgroup 2"}},
       {"viewctl share 132 ken", {"kenji"}},
       {"viewctl find x --kind ca", {"camera"}},
       {"viewctl find Driv", {"Drivers' room\tdoor 2208"}},
@@ -59,7 +60,9 @@ TEST_F(CompletionTest, EachPlaceOfALineTakesWhatFitsThere) {
     EXPECT_EQ(outcome.err, "") << line;
   }
   EXPECT_EQ(Lines(Complete("viewctl show Station/Fore").out).size(), 1u);
-  EXPECT_FALSE(Has(Complete("viewctl tree Station/").out, "Forecourt")) << "a tree is of a folder";
+  for (const char* line : {"viewctl tree Station/", "viewctl watch --group Station/"}) {
+    EXPECT_FALSE(Has(Complete(line).out, "Forecourt")) << line << " takes a folder";
+  }
 }
 
 TEST_F(CompletionTest, WhatCannotBeAskedIsNotTold) {

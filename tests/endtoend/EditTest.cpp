@@ -93,6 +93,8 @@ TEST_F(EditTest, AViewThatHasOneNumberTwiceStaysEditable) {
                 .status,
             0);
   EXPECT_EQ(Edit("sed -i s/magnified/near/ $1").status, 0);
+  const std::string moved = Edit("sed -i 's/\"Sequence\": 2/\"Sequence\": 3/' $1", {"--dry-run"}).out;
+  EXPECT_TRUE(Has(moved, "page 1, window 2: gone, ") && Has(moved, "page 1, window 3: new, ")) << moved;
   // The line at which the third one stands.
   const Outcome third = Edit("grep -q '^// ^ ' $1 || sed -i 's/\"Sequence\": 2/\"Sequence\": 1/' $1");
   EXPECT_EQ(third.status, 2);

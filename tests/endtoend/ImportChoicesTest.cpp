@@ -101,6 +101,8 @@ TEST_F(ImportChoicesTest, AMapPutsOthersInTheirPlace) {
   const std::string open = R"({"Kind":"camera","ID":"9031","Name":"Platform 1, edge 1","To":""})";
   ASSERT_TRUE(Has(map, open)) << map;
   EXPECT_EQ(Admin({"show", "Station/Platforms/Platforms 1–2/Platform 1 edge, mapped"}).status, 2);
+  const Outcome unfilled = Admin({"import", file, "--map", File("map.json"), "--dry-run"});
+  EXPECT_TRUE(Has(unfilled.err, "Warning: 1 resource not on this server")) << unfilled.err;
 
   for (const char* entry : {R"({"Kind":"camera","ID":"9031","To":"2031"})",
                             R"({"Kind":"camera","Name":"Platform 1, edge 1","To":"platform 1, edge 1"})"}) {
