@@ -76,6 +76,7 @@ class TlsTest : public server::test::ServerTest {
 };
 
 TEST_F(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
+  if (!kHasFork) GTEST_SKIP() << "there is no fork() here";
   class Listener : public ResourceStore::IOrlUserObserver {
    public:
     void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
