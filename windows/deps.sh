@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# What the Windows build needs beside the cross compiler, built once from Debian's own sources: Qt Core, Boost.Thread and
-# libcurl with Windows' own TLS. Says on stdout in which folder it stands: one below
+# What the Windows build needs beside the cross compiler, built once from Debian's own sources: Qt Core, Boost.Thread,
+# libcurl with Windows' own TLS, and GoogleTest. Says on stdout in which folder it stands: one below
 # ${XDG_CACHE_HOME:-~/.cache}/qorvi-windows, by the content of this file and the compiler's version.
 #
 # usage: windows/deps.sh [--where]    --where builds nothing
@@ -166,6 +166,24 @@ endif()
 END
 }
 
+# Debian has the sources themselves in a package.
+build_gtest() {
+  local source=/usr/src/googletest/googletest
+  cp -r $source/include/gtest "$prefix/include"
+  archive libgtest.a -I$source -I$source/include -- $source/src/gtest-all.cc
+  archive libgtest_main.a -I$source/include -- $source/src/gtest_main.cc
+  package GTest <<'END'
+if(NOT TARGET GTest::gtest)
+  foreach(library gtest gtest_main)
+    add_library(GTest::${library} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(GTest::${library} SYSTEM INTERFACE ${prefix}/include)
+    target_link_libraries(GTest::${library} INTERFACE ${prefix}/lib/lib${library}.a)
+  endforeach()
+  target_link_libraries(GTest::gtest_main INTERFACE GTest::gtest)
+endif()
+END
+}
+
 # The same Qt as this machine's, whose tools for the build (moc, rcc, qmake) are used.
 build_qt() {
   local tool
@@ -215,7 +233,7 @@ if [[ ! -f $prefix/complete ]]; then
   link_tools
   link_headers
   package_headers
-  for name in boost curl qt; do step $name; done
+  for name in gtest boost curl qt; do step $name; done
   touch "$prefix/complete"
   rm -rf "$work"
   say "built in $((SECONDS - began)) s: $(du -sh "$prefix" | cut -f1)"

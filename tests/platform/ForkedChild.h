@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <chrono>
 #include <cstdio>
@@ -12,6 +14,15 @@
 #include <thread>
 
 namespace testing_support {
+
+#ifdef _WIN32
+// Windows has no fork(): tests that need one are left out there.
+constexpr bool kHasFork = false;
+inline std::string SaidByForkedChild(const std::function<std::string()>&) {
+  return {};
+}
+#else
+constexpr bool kHasFork = true;
 
 #ifdef __SANITIZE_ADDRESS__
 // AddressSanitizer's allocator, unlike the C library's, is not made ready for fork(): what another thread has locked
@@ -57,5 +68,6 @@ inline std::string SaidByForkedChild(const std::function<std::string()>& say) {
   waitpid(child, &status, 0);
   return WIFEXITED(status) ? said : said + "(killed)";
 }
+#endif
 
 }  // namespace testing_support

@@ -55,6 +55,7 @@ class TlsTest : public server::test::ServerTest {
 };
 
 TEST_F(TlsTest, AChildByForkMayEndWithoutItsParentNoticing) {
+  if (!kHasFork) GTEST_SKIP() << "there is no fork() here";
   ASSERT_TRUE(Follow());
   UserListener listener;
   auto& users = ResourceStore::COrlUserManager::Instance();

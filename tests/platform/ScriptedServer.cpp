@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ScriptedServer.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <cctype>
 #include <cstdlib>
-#include <stdexcept>
+
+#include "system/Sockets.h"
 
 namespace testing_support {
 
@@ -43,7 +39,7 @@ void Connection::ReplyError(int status, int module, int code) {
 
 bool Connection::Send(std::string_view bytes) {
   while (!bytes.empty()) {
-    ssize_t sent = send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const ptrdiff_t sent = test_sockets::Send(m_socket, bytes.data(), bytes.size());
     if (sent <= 0) return false;
     bytes.remove_prefix(static_cast<size_t>(sent));
   }
@@ -58,7 +54,7 @@ void Connection::Stall() {
 
 bool Connection::Receive(std::string& buffer) {
   char bytes[4096];
-  ssize_t received = recv(m_socket, bytes, sizeof bytes, 0);
+  const ptrdiff_t received = test_sockets::Receive(m_socket, bytes, sizeof bytes);
   if (received > 0) buffer.append(bytes, static_cast<size_t>(received));
   return received > 0;
 }
@@ -87,31 +83,21 @@ bool Connection::ReadRequest(std::string& buffer, Request& request) {
 }
 
 ScriptedServer::ScriptedServer(Handler handler) : m_handler(std::move(handler)) {
-  m_listener = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* generic = reinterpret_cast<sockaddr*>(&address);
-  if (bind(m_listener, generic, size) != 0 || listen(m_listener, 64) != 0 ||
-      getsockname(m_listener, generic, &size) != 0) {
-    throw std::runtime_error("cannot listen on 127.0.0.1");
-  }
-  m_port = ntohs(address.sin_port);
+  m_listener = test_sockets::Listen(m_port);
   m_acceptor = std::thread([this] { Accept(); });
 }
 
 void ScriptedServer::Stop() {
   if (m_stopping.exchange(true)) return;
-  shutdown(m_listener, SHUT_RDWR);
+  test_sockets::StopListening(m_listener);
   m_acceptor.join();
-  close(m_listener);
+  test_sockets::CloseListener(m_listener);
   {
     std::lock_guard<std::mutex> lock(m_mutex);
-    for (int socket : m_sockets) shutdown(socket, SHUT_RDWR);
+    for (int socket : m_sockets) test_sockets::ShutDown(socket);
   }
   for (std::thread& thread : m_threads) thread.join();
-  for (int socket : m_sockets) close(socket);
+  for (int socket : m_sockets) test_sockets::Close(socket);
 }
 
 std::vector<Request> ScriptedServer::Requests() const {
@@ -121,7 +107,7 @@ std::vector<Request> ScriptedServer::Requests() const {
 
 void ScriptedServer::Accept() {
   while (!m_stopping) {
-    int socket = accept(m_listener, nullptr, nullptr);
+    int socket = test_sockets::Accept(m_listener);
     if (socket < 0) return;
     ++m_accepted;
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -143,7 +129,7 @@ void ScriptedServer::Serve(int socket) {
     m_handler(request, connection);
     request = {};
   }
-  shutdown(socket, SHUT_RDWR);
+  test_sockets::ShutDown(socket);
 }
 
 }  // namespace testing_support

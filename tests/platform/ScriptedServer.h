@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -65,7 +66,7 @@ class ScriptedServer {
 
   Handler m_handler;
   int m_listener = -1;
-  int m_port = 0;
+  uint16_t m_port = 0;
   std::atomic<int> m_accepted{0};
   std::atomic<bool> m_stopping{false};
   mutable std::mutex m_mutex;  // guards what follows

@@ -149,6 +149,7 @@ TEST_F(TransportTest, ServesManyThreadsAtOnceAndKeepsEightConnections) {
 }
 
 TEST_F(TransportTest, AChildByForkSendsNothingWhateverTheOtherThreadsWereAbout) {
+  if (!testing_support::kHasFork) GTEST_SKIP() << "there is no fork() here";
   Serve([](const Request& request, Connection& connection) { connection.Reply(200, request.body); });
   ASSERT_EQ(Send("POST", "/x", "kept"), "0/0 kept");
   std::atomic<bool> over{false};

@@ -9,6 +9,10 @@ int64_t ProcessId() {
   return getpid();
 }
 
+bool HasLostThreadsOf(int64_t process) {
+  return process != getpid();
+}
+
 int ErrnoOfSocketError(int number) {
   return number;
 }

@@ -4,14 +4,21 @@
 // clang-format off
 #include <winsock2.h>
 #include <windows.h>
+#include <winternl.h>
 // clang-format on
 
 #include <cerrno>
+
+extern "C" NTSYSAPI BOOLEAN NTAPI RtlDllShutdownInProgress();
 
 namespace base {
 
 int64_t ProcessId() {
   return GetCurrentProcessId();
+}
+
+bool HasLostThreadsOf(int64_t) {
+  return RtlDllShutdownInProgress() != FALSE;
 }
 
 int ErrnoOfSocketError(int number) {

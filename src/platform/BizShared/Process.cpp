@@ -23,7 +23,7 @@ bool ClaimProcess() {
 
 bool IsForkedChild() {
   const int64_t owner = s_owner;
-  return owner != 0 && owner != base::ProcessId();
+  return owner != 0 && base::HasLostThreadsOf(owner);
 }
 
 Vant::Base::Error::ErrorCode ForkedChildError() {
