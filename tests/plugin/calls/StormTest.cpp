@@ -17,11 +17,6 @@ using namespace std::chrono_literals;
 constexpr int kThreads = 16;
 constexpr int kObjects = 12;
 
-std::chrono::seconds Duration() {
-  const char* const seconds = std::getenv("STORM_SECONDS");
-  return std::chrono::seconds(seconds ? std::atoi(seconds) : 2);
-}
-
 // Every state of a view is made from one mark: its name and the element in each window.
 std::string ViewElement(int id, int mark, int method) {
   const std::string element = std::to_string(mark);
@@ -149,6 +144,8 @@ TEST_F(StormTest, SixteenThreadsCallEverythingWhileChangesComeIn) {
   Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "ada", true, 0)}, {});
   server.Answer(Accepted(R"({"View":{"ID":900,"Type":1},"ViewGroup":{"ID":901}})"));
 
+  const char* const seconds = std::getenv("STORM_SECONDS");
+  const std::chrono::seconds duration(seconds ? std::atoi(seconds) : 2);
   std::vector<std::thread> threads;
   std::vector<std::string> faults(kThreads);
   std::latch start(kThreads);
@@ -156,7 +153,7 @@ TEST_F(StormTest, SixteenThreadsCallEverythingWhileChangesComeIn) {
     threads.emplace_back([&, n] {
       start.arrive_and_wait();
       std::mt19937 random(static_cast<unsigned int>(n));
-      const auto end = std::chrono::steady_clock::now() + Duration();
+      const auto end = std::chrono::steady_clock::now() + duration;
       while (faults[n].empty() && std::chrono::steady_clock::now() < end) faults[n] = Act(n % 9, random);
     });
   }

@@ -66,9 +66,6 @@ class ChangeNumberTest : public CoreTest {
       EXPECT_TRUE(edit(newId, error));
     };
   }
-  static Step ModifyView(ChangeNumber number, unsigned int id, const std::string& name, unsigned int group) {
-    return Own(number, [=](auto&, auto& error) { return Manager().ModifyView(View(id, group, name), error); });
-  }
   static Step Rename(ChangeNumber number, unsigned int id, const std::string& name) {
     return Own(number, [=](auto&, auto& error) { return Manager().ModifyViewGroup(Group(id, 77, name), error); });
   }
@@ -187,8 +184,8 @@ TEST_F(ChangeNumberTest, WhatHasNoNumberIsTakenAsItComes) {
   Play("groups too", {Rename(20, 2, "own"), Groups(""), Groups(G(2, "theirs", 1, 3, kModified))},
        {"2 renamed 'theirs'"}, "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; ");
   Play("own edits",
-       {ModifyView(0, 5, "own", 2), Views(V(5, "older", 1, 10, kModified)), Rename(0, 2, "own"),
-        Groups(G(2, "two", -1, 12, kModified))},
+       {Own(0, [](auto&, auto& error) { return Manager().ModifyView(View(5, 2, "own"), error); }),
+        Views(V(5, "older", 1, 10, kModified)), Rename(0, 2, "own"), Groups(G(2, "two", -1, 12, kModified))},
        {"2 renamed 'two'"}, "group 1'one' in -1: ; group 2'two' in -1: 5'own' ; view 5'own'; view 6'six'; ");
 }
 
