@@ -136,13 +136,16 @@ class RandomEdits {
             }};
   }
 
+  void FillIn(ViewRecord& view) {
+    view.cycleTime = static_cast<int>(Below(100));
+    view.windows = 1 + static_cast<uint32_t>(Below(4));
+  }
   Edit AddView(Player& player) {
     ViewRecord view;
     view.owner = Chance(600) ? kPublic : player.user;
     view.group = PickFolder(player.model.Groups(), view.owner);
     view.name = NewName();
-    view.cycleTime = static_cast<int>(Below(100));
-    view.windows = 1 + static_cast<uint32_t>(Below(4));
+    FillIn(view);
     return {"AddPlan", PlanRequest(view), [&player, view](const test::ScriptClient::Answer& answer) mutable {
               view.id = std::stoll(host::TextOf(answer.response, "ID"));
               player.model.OwnViewAdded(view);
@@ -152,8 +155,7 @@ class RandomEdits {
   Edit ModifyView(Player& player, ViewRecord view) {
     if (Chance(700)) view.name = NewName();
     if (Chance(400)) view.group = PickFolder(player.model.Groups(), view.owner);
-    view.cycleTime = static_cast<int>(Below(100));
-    view.windows = 1 + static_cast<uint32_t>(Below(4));
+    FillIn(view);
     return {"UpdatePlan", PlanRequest(view), [&player, view](const auto&) { player.model.OwnViewModified(view); },
             view.shared};
   }
