@@ -136,16 +136,13 @@ class RandomEdits {
             }};
   }
 
-  void FillIn(ViewRecord& view) {
-    view.cycleTime = static_cast<int>(Below(100));
-    view.windows = 1 + static_cast<uint32_t>(Below(4));
-  }
   Edit AddView(Player& player) {
     ViewRecord view;
     view.owner = Chance(600) ? kPublic : player.user;
     view.group = PickFolder(player.model.Groups(), view.owner);
     view.name = NewName();
-    FillIn(view);
+    view.cycleTime = static_cast<int>(Below(100));
+    view.windows = 1 + static_cast<uint32_t>(Below(4));
     return {"AddPlan", PlanRequest(view), [&player, view](const test::ScriptClient::Answer& answer) mutable {
               view.id = std::stoll(host::TextOf(answer.response, "ID"));
               player.model.OwnViewAdded(view);
@@ -155,7 +152,8 @@ class RandomEdits {
   Edit ModifyView(Player& player, ViewRecord view) {
     if (Chance(700)) view.name = NewName();
     if (Chance(400)) view.group = PickFolder(player.model.Groups(), view.owner);
-    FillIn(view);
+    view.cycleTime = static_cast<int>(Below(100));
+    view.windows = 1 + static_cast<uint32_t>(Below(4));
     return {"UpdatePlan", PlanRequest(view), [&player, view](const auto&) { player.model.OwnViewModified(view); },
             view.shared};
   }
