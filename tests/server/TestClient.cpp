@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TestClient.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
 #include <rapidjson/pointer.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+#include "system/Sockets.h"
 
 namespace server::test {
 
@@ -44,45 +40,28 @@ std::string HeadOf(const std::string& method, const std::string& path, const std
 
 }  // namespace
 
-Wire::Wire(uint16_t port, const std::string& first, const char* from)
-    : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const int on = 1;
-  setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  sockaddr_in own{};
-  own.sin_family = AF_INET;
-  if (from) inet_pton(AF_INET, from, &own.sin_addr);
-  setsockopt(m_socket, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &on, sizeof on);
-  if (bind(m_socket, reinterpret_cast<sockaddr*>(&own), sizeof own) != 0 ||
-      connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-    close(m_socket);
-    throw std::runtime_error("cannot connect to the server");
-  }
+Wire::Wire(uint16_t port, const std::string& first, const char* from) : m_socket(test_sockets::Connect(port, from)) {
   Send(first);
 }
 
 Wire::~Wire() {
-  close(m_socket);
+  test_sockets::Close(m_socket);
 }
 
 void Wire::Send(const std::string& bytes) {
   for (size_t sent = 0; sent < bytes.size();) {
-    const ssize_t count = send(m_socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    const ptrdiff_t count = test_sockets::Send(m_socket, bytes.data() + sent, bytes.size() - sent);
     if (count <= 0) return;  // the server may have heard enough
     sent += static_cast<size_t>(count);
   }
 }
 
 bool Wire::Receive(std::string& received, std::chrono::milliseconds patience) {
-  pollfd readable{m_socket, POLLIN, 0};
-  if (poll(&readable, 1, static_cast<int>(patience.count())) <= 0) {
+  if (!test_sockets::IsReadableWithin(m_socket, static_cast<int>(patience.count()))) {
     throw std::runtime_error("nothing came from the server in time");
   }
   char piece[65536];
-  const ssize_t count = recv(m_socket, piece, sizeof piece, 0);
+  const ptrdiff_t count = test_sockets::Receive(m_socket, piece, sizeof piece);
   if (count > 0) received.append(piece, static_cast<size_t>(count));
   return count > 0;
 }
