@@ -176,19 +176,6 @@ void AddRow(Row row, const std::vector<double>& values) {
   s_rows.push_back(std::move(row));
 }
 
-std::string Time(double ns) {
-  char text[32];
-  if (ns <= 0) return "";
-  if (ns < 1e3) {
-    std::snprintf(text, sizeof text, "%.1f ns", ns);
-  } else if (ns < 1e6) {
-    std::snprintf(text, sizeof text, "%.2f us", ns / 1e3);
-  } else {
-    std::snprintf(text, sizeof text, "%.2f ms", ns / 1e6);
-  }
-  return text;
-}
-
 std::string Number(double value) {
   char text[32];
   std::snprintf(text, sizeof text, value >= 100 ? "%.0f" : "%.2f", value);
@@ -221,8 +208,8 @@ void PrintRows(std::FILE* out) {
   for (const Row& row : s_rows) {
     const bool hasGoal = row.goal.limit > 0;
     const std::string unit = *row.text.unit ? std::string(" ") + row.text.unit : "";
-    PrintRow(out, {row.text.name, row.text.beside, Time(row.sideTime), Time(row.peerTime), Number(row.value) + unit,
-                   Number(row.low) + "-" + Number(row.high),
+    PrintRow(out, {row.text.name, row.text.beside, TimeText(row.sideTime), TimeText(row.peerTime),
+                   Number(row.value) + unit, Number(row.low) + "-" + Number(row.high),
                    hasGoal ? (row.goal.atLeast ? ">= " : "<= ") + Number(row.goal.limit) : "",
                    !hasGoal     ? ""
                    : IsMet(row) ? "yes"
@@ -269,6 +256,19 @@ void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side
   AddRow({row, goal, 0, 0, 0, Quantile(sideTimes, 0.5), Quantile(peerTimes, 0.5)}, ratios);
 }
 
+std::string TimeText(double ns) {
+  char text[32];
+  if (ns <= 0) return "";
+  if (ns < 1e3) {
+    std::snprintf(text, sizeof text, "%.1f ns", ns);
+  } else if (ns < 1e6) {
+    std::snprintf(text, sizeof text, "%.2f us", ns / 1e3);
+  } else {
+    std::snprintf(text, sizeof text, "%.2f ms", ns / 1e6);
+  }
+  return text;
+}
+
 void Measure(const std::string& key, const Side& side) {
   if (IsProfiled(key, side)) return;
   Sampler sampler(side);
@@ -278,6 +278,11 @@ void Measure(const std::string& key, const Side& side) {
     times.push_back(sampler.Sample());
     return times.back() / 1e9;
   });
+}
+
+double MedianTime(const std::string& key) {
+  const auto times = s_times.find(key);
+  return times == s_times.end() ? 0 : Quantile(times->second, 0.5);
 }
 
 void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey) {

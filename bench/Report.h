@@ -51,6 +51,10 @@ void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side
 void Measure(const std::string& key, const Side& side);
 // The row of the time kept under `key` beside the one under `baseKey`. A limit of 0 is none.
 void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey);
+// The median of the times kept under `key`, in nanoseconds; 0 where there are none.
+double MedianTime(const std::string& key);
+// A time as the table tells it; empty for 0.
+std::string TimeText(double ns);
 // Adds a plain figure, sampled `samples` times.
 void AddFigure(const RowText& row, const Goal& goal, int samples, const std::function<double()>& figure);
 

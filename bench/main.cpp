@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Report.h"
+#include "Scale.h"
 #include "Suites.h"
 
 namespace bench {
@@ -49,7 +50,12 @@ int Run(int argc, char** argv) {
   RunSuite("answers", AnswersSuite);
   RunSuite("growth", GrowthSuite);
   RunSuite("server", ServerSuite);
-  return PrintTable();
+  const int code = PrintTable();
+  if (!TellScale(s_options.outputFolder + "/scale.svg")) {
+    std::fprintf(stderr, "bench: scale.svg could not be written\n");
+    return 1;
+  }
+  return code;
 }
 
 }  // namespace

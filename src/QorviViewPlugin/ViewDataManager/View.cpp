@@ -72,59 +72,73 @@ bool ShowsUnknownElement(const ViewInfo& view, int type) {
   return false;
 }
 
+MemberViews::MemberViews(const MemberViews& other) {
+  m_byId.reserve(other.m_byId.size());
+  for (const Member& member : other.m_members) Append(member.id, member.view);
+}
+
+void MemberViews::Swap(MemberViews& other) noexcept {
+  m_members.swap(other.m_members);
+  m_byId.swap(other.m_byId);
+}
+
 void MemberViews::Append(std::shared_ptr<CView> view) {
-  const size_t place = NextPlace();
-  Places entry{{view->GetID(), place}};
-  m_views.emplace_hint(m_views.end(), place, std::move(view));
-  m_places.merge(entry);  // moves the node, which cannot fail
+  const unsigned int id = view->GetID();
+  Append(id, std::move(view));
+}
+
+void MemberViews::Append(unsigned int id, std::shared_ptr<CView> view) {
+  Members joining;
+  joining.push_back({id, std::move(view), {}});
+  const auto member = joining.begin();
+  const auto [known, isFirst] = m_byId.try_emplace(id, MembersOfId{member, member});
+  if (!isFirst) known->second.last = known->second.last->nextOfId = member;
+  m_members.splice(m_members.end(), joining);
 }
 
 void MemberViews::Append(MemberViews&& others) {
-  if (m_views.empty()) {
-    m_views.swap(others.m_views);
-    m_places.swap(others.m_places);
+  if (m_members.empty()) {
+    Swap(others);
     return;
   }
-  const size_t first = NextPlace();
-  while (!others.m_views.empty()) {
-    auto node = others.m_views.extract(others.m_views.begin());
-    node.key() += first;
-    m_views.insert(m_views.end(), std::move(node));
+  // No more buckets for now: there may be no memory for them. The next member that is appended alone makes them.
+  const float usualLoad = m_byId.max_load_factor();
+  m_byId.max_load_factor(1e6F);
+  while (!others.m_byId.empty()) {
+    auto joining = m_byId.insert(others.m_byId.extract(others.m_byId.begin()));
+    if (joining.inserted) continue;
+    MembersOfId& known = joining.position->second;
+    known.last->nextOfId = joining.node.mapped().first;
+    known.last = joining.node.mapped().last;
   }
-  while (!others.m_places.empty()) {
-    auto node = others.m_places.extract(others.m_places.begin());
-    node.value().second += first;
-    m_places.insert(std::move(node));
-  }
-}
-
-size_t MemberViews::NextPlace() const {
-  return m_views.empty() ? 0 : m_views.rbegin()->first + 1;
+  m_byId.max_load_factor(usualLoad);
+  m_members.splice(m_members.end(), others.m_members);
 }
 
 bool MemberViews::Remove(unsigned int id) {
-  const auto entry = FirstOf(id);
-  if (entry == m_places.end()) return false;
-  m_views.erase(entry->second);
-  m_places.erase(entry);
+  const auto known = m_byId.find(id);
+  if (known == m_byId.end()) return false;
+  auto& [first, last] = known->second;
+  const auto leaving = first;
+  if (leaving == last) {
+    m_byId.erase(known);
+  } else {
+    first = leaving->nextOfId;
+  }
+  m_members.erase(leaving);
   return true;
 }
 
 std::shared_ptr<CView> MemberViews::Find(unsigned int id) const {
-  const auto entry = FirstOf(id);
-  return entry == m_places.end() ? nullptr : m_views.at(entry->second);
+  const auto known = m_byId.find(id);
+  return known == m_byId.end() ? nullptr : known->second.first->view;
 }
 
 std::vector<std::shared_ptr<CView>> MemberViews::All() const {
   std::vector<std::shared_ptr<CView>> views;
-  views.reserve(m_views.size());
-  for (const auto& [place, view] : m_views) views.push_back(view);
+  views.reserve(m_members.size());
+  for (const Member& member : m_members) views.push_back(member.view);
   return views;
-}
-
-MemberViews::Places::const_iterator MemberViews::FirstOf(unsigned int id) const {
-  const auto entry = m_places.lower_bound({id, 0});
-  return entry != m_places.end() && entry->first == id ? entry : m_places.end();
 }
 
 CViewGroup::CViewGroup(const CViewGroup& other)

@@ -2,9 +2,10 @@
 // The cached objects: CView and CViewGroup. Any thread.
 #pragma once
 
+#include <list>
 #include <map>
 #include <memory>
-#include <set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -87,9 +88,18 @@ bool ShowsUnknownElement(const ViewInfo& view, int type);
 
 // The members of a group, in the order in which they joined it; the same view, or several of one id, may be there more
 // than once. A member is known by the id that its view had when it joined. Adding, finding or removing one costs the
-// logarithm of their number. One thread at a time.
+// same whatever their number. One thread at a time.
 class MemberViews {
  public:
+  MemberViews() = default;
+  MemberViews(const MemberViews& other);
+  MemberViews(MemberViews&& other) noexcept { Swap(other); }
+  MemberViews& operator=(MemberViews other) noexcept {
+    Swap(other);
+    return *this;
+  }
+
+  void Swap(MemberViews& other) noexcept;
   // Where memory runs out, nothing is appended.
   void Append(std::shared_ptr<CView> view);
   // Takes the others over behind its own, in their order; cannot fail.
@@ -101,13 +111,21 @@ class MemberViews {
   std::vector<std::shared_ptr<CView>> All() const;
 
  private:
-  using Places = std::set<std::pair<unsigned int, size_t>>;
-  size_t NextPlace() const;
-  // Of the first member with that id, or the end.
-  Places::const_iterator FirstOf(unsigned int id) const;
+  struct Member;
+  using Members = std::list<Member>;
+  struct Member {
+    unsigned int id;
+    std::shared_ptr<CView> view;
+    Members::iterator nextOfId;  // set for all but the last one of the id
+  };
+  struct MembersOfId {
+    Members::iterator first, last;
+  };
 
-  std::map<size_t, std::shared_ptr<CView>> m_views;  // by place in the order
-  Places m_places;                                   // id and place of each
+  void Append(unsigned int id, std::shared_ptr<CView> view);
+
+  Members m_members;
+  std::unordered_map<unsigned int, MembersOfId> m_byId;
 };
 
 // One cached group with its member views, which are the objects of the view table. A copy shares the members.

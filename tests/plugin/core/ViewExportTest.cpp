@@ -2,6 +2,11 @@
 // The exported wrappers: what they share and what they copy.
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
 
+#include <algorithm>
+#include <random>
+#include <utility>
+#include <vector>
+
 #include "CoreFixture.h"
 #include "ModelText.h"
 
@@ -112,6 +117,73 @@ TEST_F(LookUpTest, AGroupKeepsMembersOnceEachInTheOrderOfTheirLastArrival) {
   EXPECT_TRUE(group->ClearMemberViews());
   EXPECT_EQ(Members(1), "");
   EXPECT_EQ(copy.FindMemberView(3)->GetName(), "") << "the copy keeps its own list";
+}
+
+// The list as it is described: one vector, searched from its front.
+class PlainMembers {
+ public:
+  using Entry = std::pair<unsigned int, std::shared_ptr<CView>>;
+
+  void Append(unsigned int id, const std::shared_ptr<CView>& view) { m_entries.emplace_back(id, view); }
+  void Append(const PlainMembers& others) {
+    m_entries.insert(m_entries.end(), others.m_entries.begin(), others.m_entries.end());
+  }
+  bool Remove(unsigned int id) {
+    const auto entry = First(id);
+    if (entry == m_entries.end()) return false;
+    m_entries.erase(entry);
+    return true;
+  }
+  std::shared_ptr<CView> Find(unsigned int id) {
+    const auto entry = First(id);
+    return entry == m_entries.end() ? nullptr : entry->second;
+  }
+  std::vector<std::shared_ptr<CView>> All() const {
+    std::vector<std::shared_ptr<CView>> views;
+    for (const Entry& entry : m_entries) views.push_back(entry.second);
+    return views;
+  }
+
+ private:
+  std::vector<Entry>::iterator First(unsigned int id) { return std::ranges::find(m_entries, id, &Entry::first); }
+
+  std::vector<Entry> m_entries;
+};
+
+TEST(MemberViewsTest, SeveralOfOneIdStandInTheirOrderWhateverJoinsAndLeaves) {
+  std::mt19937 dice(11);
+  const auto roll = [&](unsigned int sides) { return static_cast<unsigned int>(dice() % sides); };
+  MemberViews members;
+  PlainMembers plain;
+  const auto appendTo = [&](MemberViews& some, PlainMembers& plainly) {
+    const unsigned int id = 1 + roll(6);
+    const auto view = std::make_shared<CView>(View(id));
+    some.Append(view);
+    plainly.Append(id, view);
+    if (roll(4) == 0) view->SetInfo(View(9));  // known by its old id all the same
+  };
+  for (int step = 0; step < 3000; ++step) {
+    const unsigned int what = roll(10);
+    if (what < 4) {
+      appendTo(members, plain);
+    } else if (what < 8) {
+      const unsigned int id = 1 + roll(6);
+      ASSERT_EQ(members.Remove(id), plain.Remove(id)) << step;
+    } else if (what == 8) {
+      MemberViews others;
+      PlainMembers plainOthers;
+      for (unsigned int count = roll(5); count > 0; --count) appendTo(others, plainOthers);
+      members.Append(std::move(others));
+      plain.Append(plainOthers);
+    } else {
+      const MemberViews copy = members;
+      while (members.Remove(1 + roll(6))) {
+      }
+      members = copy;
+    }
+    ASSERT_EQ(members.All(), plain.All()) << step;
+    for (unsigned int id = 1; id <= 9; ++id) ASSERT_EQ(members.Find(id), plain.Find(id)) << step << ", id " << id;
+  }
 }
 
 }  // namespace
