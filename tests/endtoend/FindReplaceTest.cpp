@@ -57,6 +57,11 @@ TEST_F(FindReplaceTest, EveryRoleOfAResourceIsFound) {
               expected.empty() ? "No view uses \"フェリー*\"; * stands for any part of a name, as in \"*gate*\"\n" : "")
         << line;
   }
+  const std::string all = Maria({"find", "*", "--json"}).out;
+  EXPECT_NE(all.find(R"("ID":"2031")"), std::string::npos);
+  for (const char* none : {R"("ID":"-1")", R"("ID":"0")", R"("ID":"")", R"("Kind":"")"}) {
+    EXPECT_EQ(all.find(none), std::string::npos) << none << " is no resource";
+  }
   EXPECT_EQ(Maria({"find", "2208", "--json"}).out,
             "[\n{\"View\":\"120\",\"Page\":1,\"Window\":4,\"Role\":\"related\",\"Kind\":\"door\",\"ID\":\"2208\","
             "\"Name\":\"Drivers' room\",\"Site\":\"2\",\"Shared\":false,\"Path\":\"public/Bus terminal/Bus hall\"}]\n");
