@@ -7,7 +7,8 @@ usage: tools/check_includes.py [FOLDER]
 FOLDER is src/ unless said. Complaints name both files, and the exit status is 1, when a file includes one of a room that
 its own room may not include, when files include each other in a circle (a header and the file that implements it counted
 as one), when the rooms themselves make a circle, and when rooms.txt has what is not there: a file outside all rooms, a room
-without files, an arrow without includes.
+without files, an arrow without includes. So it is when a file outside base/ includes a header that one kind of system has
+alone.
 """
 
 import graphlib
@@ -17,6 +18,9 @@ import re
 import sys
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*"([^"]+)"', re.M)
+SYSTEMS_OWN = re.compile(
+    r'^[ \t]*#[ \t]*include[ \t]*<((?:arpa|net|netinet|sys)/[^>]+|(?:dirent|dlfcn|fcntl|grp|io|netdb|poll|pthread|pwd|sched|'
+    r'semaphore|signal|spawn|termios|unistd|windows|winsock2|ws2tcpip)\.h|csignal)>', re.M)
 # What an include's path may be relative to, beside the file's own folder.
 ROOTS = [pathlib.Path(), pathlib.Path("platform")]
 
@@ -63,7 +67,10 @@ def complaints_about(src):
         if not room:
             complaints.append(f"{file} is in no room of {src}/rooms.txt")
             continue
-        for match in INCLUDE.finditer(file.read_text()):
+        text = file.read_text()
+        if room != "base":
+            complaints += [f"{file} includes {name}, which is for {src}/base alone" for name in SYSTEMS_OWN.findall(text)]
+        for match in INCLUDE.finditer(text):
             included = next((folder / match[1] for folder in [path.parent, *ROOTS] if (src / folder / match[1]).is_file()), None)
             if not included:
                 complaints.append(f"{file} includes {match[1]}, which is not there")

@@ -6,6 +6,7 @@
 #include <QVector>
 #include <algorithm>
 
+#include "base/system/Files.h"
 #include "host/Failure.h"
 #include "host/Look.h"
 #include "host/Terminal.h"
@@ -50,7 +51,7 @@ std::string CutLine(const std::string& line, size_t columns) {
 
 LogFile::LogFile(const std::string& file, bool toStderr, bool withTime) : m_toStderr(toStderr), m_withTime(withTime) {
   if (file.empty()) return;
-  m_file.open(file, std::ios::binary | std::ios::app);
+  m_file.open(base::PathOf(file), std::ios::binary | std::ios::app);
   if (!m_file) throw Failure(kUsage, "The log file " + file + " cannot be written; name another one with --log-file");
 }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Look.h"
 
-#include <QByteArray>
+#include <QtGlobal>
 
+#include "base/system/Console.h"
 #include "host/Terminal.h"
 
 namespace host {
@@ -10,8 +11,8 @@ namespace {
 
 Look g_look;
 
-bool WantsColours() {
-  return qEnvironmentVariableIsEmpty("NO_COLOR") && !qEnvironmentVariableIsEmpty("TERM") && qgetenv("TERM") != "dumb";
+bool WantsColours(base::Stream stream) {
+  return qEnvironmentVariableIsEmpty("NO_COLOR") && base::HasColours(stream);
 }
 
 std::string Styled(Style style, const std::string& text) {
@@ -38,11 +39,11 @@ void Mention(const std::string& line) {
 }
 
 std::string StyledOut(Style style, const std::string& text) {
-  return IsTerminalOut() && WantsColours() ? Styled(style, text) : text;
+  return IsTerminalOut() && WantsColours(base::Stream::kOut) ? Styled(style, text) : text;
 }
 
 std::string StyledErr(Style style, const std::string& text) {
-  return IsTerminalErr() && WantsColours() ? Styled(style, text) : text;
+  return IsTerminalErr() && WantsColours(base::Stream::kErr) ? Styled(style, text) : text;
 }
 
 const char* Ellipsis() {

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/Password.h"
 
-#include <QByteArray>
 #include <QProcess>
 #include <fstream>
 
+#include "base/system/Files.h"
+#include "base/system/Process.h"
 #include "host/Failure.h"
 #include "host/PasswordPrompt.h"
+#include "host/Shell.h"
 #include "host/Terminal.h"
 
 namespace host {
@@ -17,7 +19,7 @@ bool HasByteOrderMark(const std::string& line) {
 }
 
 std::string FirstLine(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
+  std::ifstream stream(base::PathOf(file), std::ios::binary);
   std::string line;
   if (!stream || (!std::getline(stream, line) && stream.bad())) {
     throw Failure(kUsage, "The password file " + file + " cannot be read: is it there, and yours to read?");
@@ -43,7 +45,7 @@ std::string PrintedBy(const std::string& command) {
   QProcess process;
   process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   process.setInputChannelMode(QProcess::ForwardedInputChannel);
-  process.start("/bin/sh", {"-c", QString::fromStdString(command)});
+  StartInShell(process, QString::fromStdString(command));
   const bool isDone =
       process.waitForFinished(kCommandLimit) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
   const std::string advice = "; run it by itself to see why: " + command;
@@ -59,7 +61,7 @@ std::string PrintedBy(const std::string& command) {
 
 std::string PasswordFor(const GlobalOptions& options) {
   if (!options.passwordFile.empty()) return FirstLine(options.passwordFile);
-  if (qEnvironmentVariableIsSet("VIEWCTL_PASSWORD")) return qgetenv("VIEWCTL_PASSWORD").toStdString();
+  if (const auto password = base::Environment("VIEWCTL_PASSWORD")) return *password;
   if (!options.passwordCommand.empty()) return PrintedBy(options.passwordCommand);
   if (CanAsk() && !options.isUnattended)
     return AskForPassword(Printable("Password of " + options.user + " at " + options.server));

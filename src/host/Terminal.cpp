@@ -5,14 +5,8 @@
 #include <iostream>
 #include <string>
 
+#include "base/system/Console.h"
 #include "drawing/SafeText.h"
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <sys/ioctl.h>
-#include <unistd.h>
-#endif
 
 namespace host {
 
@@ -25,47 +19,25 @@ std::string Counted(size_t count, const std::string& what) {
 }
 
 bool IsTerminalOut() {
-#ifdef _WIN32
-  return _isatty(_fileno(stdout)) != 0;
-#else
-  return isatty(STDOUT_FILENO) != 0;
-#endif
+  return base::IsTerminal(base::Stream::kOut);
 }
 
 bool IsTerminalErr() {
-#ifdef _WIN32
-  return _isatty(_fileno(stderr)) != 0;
-#else
-  return isatty(STDERR_FILENO) != 0;
-#endif
+  return base::IsTerminal(base::Stream::kErr);
 }
-
-namespace {
-
-int ColumnsOf([[maybe_unused]] int descriptor, int otherwise) {
-#ifndef _WIN32
-  winsize size{};
-  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-#endif
-  return otherwise;
-}
-
-}  // namespace
 
 int ColumnsOut() {
-  return ColumnsOf(1, 100);
+  constexpr int kUsual = 100;
+  const int columns = base::ColumnsOf(base::Stream::kOut);
+  return columns > 0 ? columns : kUsual;
 }
 
 size_t ColumnsErr() {
-  return static_cast<size_t>(ColumnsOf(2, 0));
+  return static_cast<size_t>(base::ColumnsOf(base::Stream::kErr));
 }
 
 bool CanAsk() {
-#ifdef _WIN32
-  return _isatty(_fileno(stdin)) != 0 && IsTerminalErr();
-#else
-  return isatty(STDIN_FILENO) != 0 && IsTerminalErr();
-#endif
+  return base::IsTerminal(base::Stream::kIn) && IsTerminalErr();
 }
 
 bool Ask(const std::string& question) {

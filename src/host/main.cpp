@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <QCoreApplication>
 #include <cstdio>
+#include <vector>
 
+#include "base/system/Console.h"
+#include "base/system/Process.h"
 #include "host/Failure.h"
 #include "host/LogFile.h"
 #include "host/Look.h"
@@ -53,15 +56,15 @@ int Run(const host::GlobalOptions& options, const host::Run& chosen) {
   return status;
 }
 
-int ReadAndRun(CLI::App& app, int argc, char** argv) {
+int ReadAndRun(CLI::App& app, const std::vector<const char*>& arguments) {
   host::GlobalOptions options;
   host::Run chosen;
   host::UseHelpText(app);
   host::AddGlobalOptions(app, options);
   AddCommands(app, chosen);
   try {
-    app.parse(argc, argv);
-    host::RefuseEmptyValues(app, {argv + 1, argv + argc});
+    app.parse(static_cast<int>(arguments.size()), arguments.data());
+    host::RefuseEmptyValues(app, {arguments.begin() + 1, arguments.end()});
     if (!chosen) return Fail(host::kUsage, "Name a command (viewctl --help lists them)");
     host::CompleteOptions(app, options);
     host::RefuseIgnoredOptions(app, options);
@@ -82,6 +85,7 @@ int ReadAndRun(CLI::App& app, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  base::PrepareStreams();
   QCoreApplication qt(argc, argv);
   QCoreApplication::setApplicationName("viewctl");
   QCoreApplication::setApplicationVersion(VIEWCTL_VERSION);
@@ -89,5 +93,5 @@ int main(int argc, char** argv) {
   CLI::App app("Lists, draws, copies and repairs saved views through QorviViewPlugin", "viewctl");
   app.require_subcommand(0, 1);  // without one the parser would not name a command it does not know
   app.fallthrough();
-  return ReadAndRun(app, argc, argv);
+  return ReadAndRun(app, base::Arguments(argc, argv));
 }

@@ -1,14 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // `viewserver`: the reference management server as a program.
-#include <sys/resource.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/signal_set.hpp>
 #include <charconv>
-#include <csignal>
-#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <optional>
@@ -16,6 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/system/Console.h"
+#include "base/system/Process.h"
+#include "base/system/StopSignal.h"
 #include "server/ViewServer.h"
 #include "server/commands/Commands.h"
 #include "server/login/Secrets.h"
@@ -38,15 +35,11 @@ bool ParseListen(const std::string& text, server::ViewServerOptions& options) {
 // Each client holds a connection or two for as long as it runs, and each connection a descriptor. Where there are fewer
 // of those, the connections must be fewer: those that are idle make room by that number.
 void AllowManyConnections(server::HttpLimits& limits) {
-  constexpr rlim_t kOthers = 100;  // the store, the log, connections that are ending
-  rlimit limit{};
-  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-  limit.rlim_cur = limit.rlim_max;
-  setrlimit(RLIMIT_NOFILE, &limit);
-  getrlimit(RLIMIT_NOFILE, &limit);
-  if (limit.rlim_cur >= limits.maxConnections + kOthers) return;
-  limits.maxConnections = static_cast<size_t>(std::max(limit.rlim_cur, kOthers + kOthers) - kOthers);
-  std::cerr << "viewserver: " << limit.rlim_cur << " file descriptors suffice for " << limits.maxConnections
+  constexpr uint64_t kOthers = 100;  // the store, the log, connections that are ending
+  const std::optional<uint64_t> open = base::RaiseOpenFiles();
+  if (!open || *open >= limits.maxConnections + kOthers) return;
+  limits.maxConnections = static_cast<size_t>(std::max(*open, kOthers + kOthers) - kOthers);
+  std::cerr << "viewserver: " << *open << " file descriptors suffice for " << limits.maxConnections
             << " connections only" << std::endl;
 }
 
@@ -69,10 +62,7 @@ void AddLimits(CLI::App& app, server::HttpLimits& limits) {
 }
 
 int Serve(server::ViewServerOptions options) {
-  boost::asio::io_context io;
-  boost::asio::signal_set signals(io, SIGTERM, SIGINT);
-  signals.async_wait([](const boost::system::error_code&, int) {});
-
+  base::WatchForStop();
   AllowManyConnections(options.limits);
   // Hashing the passwords of a new seed takes its time, and the first line of stdout is the address.
   if (!options.seedFile.empty()) std::cerr << "viewserver: applying the seed " << options.seedFile << std::endl;
@@ -83,14 +73,14 @@ int Serve(server::ViewServerOptions options) {
   }
   viewServer.Start();
   std::cout << "Listening on " << viewServer.Url() << std::endl;
-  io.run();
+  base::AwaitStop();
   viewServer.Stop();
   return 0;
 }
 
 // From VIEWSERVER_PASSWORD or the first line of standard input; never an argument, which others on the machine see.
 std::string ReadPassword() {
-  if (const char* password = std::getenv("VIEWSERVER_PASSWORD")) return password;
+  if (const auto password = base::Environment("VIEWSERVER_PASSWORD")) return *password;
   std::string password;
   std::getline(std::cin, password);
   if (!password.empty() && password.back() == '\r') password.pop_back();
@@ -178,7 +168,9 @@ class Operator {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // who reads what is logged may end before the server does
+  base::PrepareStreams();
+  base::IgnoreBrokenPipes();  // who reads what is logged may end before the server does
+  const std::vector<const char*> arguments = base::Arguments(argc, argv);
   server::ViewServerOptions options;
   std::string listen = "127.0.0.1:8090";
 
@@ -208,7 +200,7 @@ int main(int argc, char** argv) {
   const Operator commands(app, options);
 
   try {
-    app.parse(argc, argv);
+    app.parse(static_cast<int>(arguments.size()), arguments.data());
     if (!ParseListen(listen, options)) throw CLI::ValidationError("--listen", "not HOST:PORT");
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? 0 : 2;

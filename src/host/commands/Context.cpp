@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/commands/Context.h"
 
-#include <QByteArray>
 #include <algorithm>
 #include <array>
 
+#include "base/system/Process.h"
 #include "host/Configuration.h"
 #include "host/Failure.h"
 #include "host/Suggestion.h"
@@ -26,10 +26,10 @@ bool IsLeftOpen(const CLI::App& app, const char* option) {
 
 // Empty where it is not set.
 std::string Variable(const char* name) {
-  if (qEnvironmentVariableIsSet(name) && qEnvironmentVariableIsEmpty(name)) {
-    throw Failure(kUsage, std::string(name) + " is set to nothing: set it, or unset it");
-  }
-  return qgetenv(name).toStdString();
+  const std::optional<std::string> value = base::Environment(name);
+  if (!value) return {};
+  if (value->empty()) throw Failure(kUsage, std::string(name) + " is set to nothing: set it, or unset it");
+  return *value;
 }
 
 void TakeFrom(const CLI::App& app, const NamedServer& server, GlobalOptions& options) {

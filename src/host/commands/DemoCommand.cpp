@@ -3,7 +3,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "host/StopSignal.h"
+#include "base/system/StopSignal.h"
 #include "host/commands/Commands.h"
 #include "host/demo/Tour.h"
 
@@ -40,7 +40,7 @@ int RunDemo(const GlobalOptions& options) {
   if (!options.server.empty() || !options.dataDir.empty()) {
     throw Failure(kUsage, "demo makes a server of its own, so --server and --data do not go with it");
   }
-  WatchForStop();
+  base::WatchForStop();
   const QByteArray site = SampleSite();
   QTemporaryDir folder;
   if (!folder.isValid()) throw Failure(kRefused, "No folder for the demo: " + folder.errorString().toStdString());

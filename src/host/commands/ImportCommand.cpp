@@ -3,6 +3,7 @@
 #include <optional>
 #include <set>
 
+#include "base/system/StopSignal.h"
 #include "host/Client.h"
 #include "host/Editing.h"
 #include "host/ImportPlan.h"
@@ -10,7 +11,6 @@
 #include "host/JsonText.h"
 #include "host/Names.h"
 #include "host/SavedFile.h"
-#include "host/StopSignal.h"
 #include "host/Terminal.h"
 #include "host/commands/Commands.h"
 #include "host/commands/Format.h"
@@ -121,7 +121,7 @@ class Importing {
     if (m_wanted.skipUnknown) {
       for (const UnknownUse& one : unknown) choices.skip.insert(m_file.views[one.view]);
     }
-    WatchForStop();
+    base::WatchForStop();
     ImportRun run(m_plugin, std::move(existing), std::move(choices));
     const int status = run.Run(steps);
     if (retry) SaveRest(run.Unfinished(), *retry);

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "base/system/Files.h"
 #include "host/Client.h"
 #include "host/JsonText.h"
 #include "host/Notices.h"
@@ -91,7 +92,7 @@ int RunScript(const GlobalOptions& options, const ScriptOptions& script) {
   const std::string& file = script.file;
   std::ifstream stream;
   if (file != "-") {
-    stream.open(file, std::ios::binary);
+    stream.open(base::PathOf(file), std::ios::binary);
     // A folder opens, but nothing can be read from it.
     if (!stream || (stream.peek(), stream.bad()))
       throw Failure(kUsage, "The script " + file + " cannot be read: is it there, and yours to read?");

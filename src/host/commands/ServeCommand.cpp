@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // viewctl serve: the embedded server alone.
 #include <cstdio>
-#include <thread>
 
+#include "base/system/StopSignal.h"
 #include "host/Connection.h"
 #include "host/Failure.h"
-#include "host/StopSignal.h"
 #include "host/commands/Commands.h"
 
 namespace host {
@@ -35,13 +34,13 @@ int RunServe(const GlobalOptions& options, const ServeOptions& serve) {
   ReadAddress(serve.listen, embedded);
   embedded.seedFile = serve.seed;
   embedded.dataFile = StoreFile(options.dataDir);
-  WatchForStop();
+  base::WatchForStop();
   const auto server = StartEmbeddedServer(embedded, [](const std::string& password) {
     std::printf("User admin, password %s (shown this once)\n", password.c_str());
   });
   std::printf("Listening on %s\n", server->Url().c_str());
   std::fflush(stdout);
-  while (!StopAsked()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  base::AwaitStop();
   return kDone;
 }
 

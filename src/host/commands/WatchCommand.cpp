@@ -3,6 +3,7 @@
 #include <optional>
 #include <set>
 
+#include "base/system/StopSignal.h"
 #include "host/Client.h"
 #include "host/Ids.h"
 #include "host/JsonText.h"
@@ -11,7 +12,6 @@
 #include "host/Names.h"
 #include "host/NoticeText.h"
 #include "host/ServerWatch.h"
-#include "host/StopSignal.h"
 #include "host/ViewTree.h"
 #include "host/commands/Commands.h"
 
@@ -78,7 +78,7 @@ class WatchLoop {
   }
 
   void Run() {
-    while (!StopAsked()) {
+    while (!base::StopAsked()) {
       const std::vector<Notice> notices = m_notices.Take(std::chrono::milliseconds(100));
       for (const std::string& sentence : m_server.Take()) Say(Printable(sentence));
       if (m_text && !notices.empty()) m_text->Refresh();
@@ -105,7 +105,7 @@ int RunWatch(const GlobalOptions& options, const WatchOptions& watched) {
     throw Failure(kUsage, "Say what to watch: --view VIEW, --group GROUP or --all");
   }
 
-  WatchForStop();
+  base::WatchForStop();
   NoticeQueue notices;  // outlives the client, which notifies it
   Client client(options, Texts::kTranslated);
   client.Load();

@@ -5,8 +5,8 @@
 #include <QTemporaryFile>
 #include <cstdio>
 
+#include "base/system/StopSignal.h"
 #include "host/Drawer.h"
-#include "host/StopSignal.h"
 #include "host/TreeText.h"
 #include "host/ViewText.h"
 
@@ -246,7 +246,7 @@ void Tour::Hears(Side& side, const Notice& expected) {
   const auto end = std::chrono::steady_clock::now() + kNoticeLimit;
   while (std::chrono::steady_clock::now() < end) {
     const auto notice = side.NextNotice(std::chrono::milliseconds(100));
-    if (StopAsked()) throw Failure(kRefused, "The demo was stopped");
+    if (base::StopAsked()) throw Failure(kRefused, "The demo was stopped");
     if (!notice) continue;
     Tell("    " + side.Name() + " hears: " + InWords(*notice));
     if (SameEvent(*notice, expected)) return;

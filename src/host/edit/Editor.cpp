@@ -5,10 +5,11 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryFile>
-#include <csignal>
 
+#include "base/system/StopSignal.h"
 #include "host/Failure.h"
 #include "host/InputFile.h"
+#include "host/Shell.h"
 
 namespace host {
 namespace {
@@ -17,22 +18,8 @@ QString EditorCommand() {
   for (const char* name : {"VISUAL", "EDITOR"}) {
     if (!qEnvironmentVariableIsEmpty(name)) return qEnvironmentVariable(name);
   }
-  return "vi";
+  return UsualEditor();
 }
-
-void Ignore(int) {}
-
-// Ctrl-C in an editor is the editor's. Not SIG_IGN, which the editor would inherit.
-class WithoutInterrupt {
- public:
-  WithoutInterrupt() : m_before(std::signal(SIGINT, Ignore)) {}
-  ~WithoutInterrupt() { std::signal(SIGINT, m_before); }
-  WithoutInterrupt(const WithoutInterrupt&) = delete;
-  WithoutInterrupt& operator=(const WithoutInterrupt&) = delete;
-
- private:
-  void (*const m_before)(int);
-};
 
 }  // namespace
 
@@ -50,12 +37,12 @@ EditFile::~EditFile() {
 }
 
 void EditFile::Edit() {
-  const WithoutInterrupt ignored;
+  const base::WithoutInterrupt ignored;  // Ctrl-C in an editor is the editor's
   const QString command = EditorCommand();
   QProcess process;
   process.setProcessChannelMode(QProcess::ForwardedChannels);
   process.setInputChannelMode(QProcess::ForwardedInputChannel);
-  process.start("/bin/sh", {"-c", command + " \"$1\"", "sh", QString::fromStdString(m_file)});
+  StartInShell(process, command, QString::fromStdString(m_file));
   const bool isDone =
       process.waitForFinished(-1) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
   if (isDone) return;

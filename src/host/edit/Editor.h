@@ -14,7 +14,8 @@ class EditFile {
   EditFile(const EditFile&) = delete;
   EditFile& operator=(const EditFile&) = delete;
 
-  // Opens it in VISUAL, EDITOR or vi, and waits. Throws Failure kUsage where that cannot be run, or fails.
+  // Opens it in VISUAL, EDITOR or the usual editor, and waits. Throws Failure kUsage where that cannot be run, or
+  // fails.
   void Edit();
   // Throw Failure.
   std::string Read() const;

@@ -3,11 +3,11 @@
 
 #include <cstdio>
 
+#include "base/system/StopSignal.h"
 #include "host/Failure.h"
 #include "host/JsonText.h"
 #include "host/Look.h"
 #include "host/Names.h"
-#include "host/StopSignal.h"
 #include "host/Terminal.h"
 #include "host/edit/EditableView.h"
 
@@ -59,7 +59,7 @@ int ImportRun::Run(const std::vector<ImportStep>& steps) {
 }
 
 bool ImportRun::MayGoOn() {
-  if (StopAsked()) {
+  if (base::StopAsked()) {
     m_isInterrupted = true;
     Note("interrupted; what was made stays, run it again to go on");
     return false;

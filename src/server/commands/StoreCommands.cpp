@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "base/system/Files.h"
 #include "server/commands/Commands.h"
 #include "server/site/Site.h"
 #include "server/store/FileLock.h"
@@ -33,28 +34,33 @@ void Settle(const std::string& file) {
 // Gives what is to be replaced another name. Its own it keeps where the disk can do that, lest there is a moment
 // without a store. Its log goes: beside another file it would be taken for that one's.
 std::string PutAside(const std::string& file) {
-  if (!fs::exists(file)) return {};
+  const fs::path path = base::PathOf(file);
+  if (!fs::exists(path)) return {};
   Settle(file);
   std::string aside = FreeName(file + ".replaced");
   std::error_code cannotLink;
-  fs::create_hard_link(file, aside, cannotLink);
-  if (fs::exists(file + "-wal")) fs::rename(file + "-wal", aside + "-wal");
-  fs::remove(file + "-shm");
-  if (cannotLink) fs::rename(file, aside);
+  fs::create_hard_link(path, base::PathOf(aside), cannotLink);
+  const fs::path log = base::PathOf(file + "-wal");
+  if (fs::exists(log)) fs::rename(log, base::PathOf(aside + "-wal"));
+  fs::remove(base::PathOf(file + "-shm"));
+  if (cannotLink) fs::rename(path, base::PathOf(aside));
   return aside;
 }
 
 }  // namespace
 
 void BackUp(const std::string& data, const std::string& file) {
-  if (fs::symlink_status(file).type() != fs::file_type::not_found) throw std::runtime_error(file + " is there already");
+  if (fs::symlink_status(base::PathOf(file)).type() != fs::file_type::not_found) {
+    throw std::runtime_error(file + " is there already");
+  }
   { const Database known(data, Database::Use::kReading); }
   StoreCopy(data, file).Become(file);
 }
 
 std::string Restore(const std::string& data, const std::string& file) {
   const std::string store = StoreFile(data);
-  if (fs::exists(store) && fs::exists(file) && fs::equivalent(store, file)) {
+  const fs::path replacedPath = base::PathOf(store), path = base::PathOf(file);
+  if (fs::exists(replacedPath) && fs::exists(path) && fs::equivalent(replacedPath, path)) {
     throw std::runtime_error(file + " is the store itself");
   }
   NeedSound(file);

@@ -13,6 +13,8 @@
 #include <stdexcept>
 #include <unordered_set>
 
+#include "base/system/Files.h"
+
 namespace server::wire {
 
 namespace {
@@ -65,7 +67,7 @@ rapidjson::Document Parse(const std::string& text) {
 }
 
 rapidjson::Document ReadFile(const std::string& what, const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
+  std::ifstream stream(base::PathOf(file), std::ios::binary);
   std::stringstream text;
   if (stream) text << stream.rdbuf();
   if (!stream || text.str().empty()) throw std::runtime_error("cannot read " + what);

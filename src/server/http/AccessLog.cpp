@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/http/AccessLog.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <climits>
-#include <csignal>
 #include <cstdio>
-#include <ctime>
 #include <exception>
 #include <stdexcept>
 #include <utility>
+
+#include "base/system/StopSignal.h"
 
 namespace server {
 
@@ -41,19 +36,15 @@ std::string Quoted(const std::string& text) {
 std::string TimeText(std::chrono::system_clock::time_point time) {
   constexpr std::array<const char*, 12> kMonths{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
-  std::tm utc{};
-  gmtime_r(&seconds, &utc);
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(day);
+  const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(time - day));
   std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "[%02d/%s/%d:%02d:%02d:%02d +0000]", utc.tm_mday,
-                kMonths.at(static_cast<size_t>(utc.tm_mon)), utc.tm_year + 1900, utc.tm_hour, utc.tm_min, utc.tm_sec);
+  std::snprintf(text.data(), text.size(), "[%02u/%s/%d:%02d:%02d:%02d +0000]", static_cast<unsigned>(date.day()),
+                kMonths.at(static_cast<unsigned>(date.month()) - 1), static_cast<int>(date.year()),
+                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
   return text.data();
-}
-
-int Open(const std::string& file) {
-  const int opened = file == "-" ? STDERR_FILENO : open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0640);
-  if (opened == -1) throw std::runtime_error("cannot write access log " + file);
-  return opened;
 }
 
 }  // namespace
@@ -87,7 +78,10 @@ std::string LineOf(const AccessEntry& entry) {
          Quoted(entry.referer) + ' ' + Quoted(entry.agent) + '\n';
 }
 
-AccessLog::AccessLog(const std::string& file) : m_file(Open(file)), m_thread([this] { Run(); }) {}
+AccessLog::AccessLog(const std::string& file) : m_file(file) {
+  if (!m_file.IsOpen()) throw std::runtime_error("cannot write access log " + file);
+  m_thread = std::thread([this] { Run(); });
+}
 
 AccessLog::~AccessLog() {
   {
@@ -96,7 +90,6 @@ AccessLog::~AccessLog() {
     m_changed.NotifyAll();
   }
   m_thread.join();
-  if (m_file != STDERR_FILENO) close(m_file);
 }
 
 void AccessLog::Add(const AccessEntry& entry) noexcept {
@@ -116,10 +109,7 @@ void AccessLog::Add(const AccessEntry& entry) noexcept {
 
 void AccessLog::Run() {
   // Who reads the log may end: that must not end the process.
-  sigset_t brokenPipe;
-  sigemptyset(&brokenPipe);
-  sigaddset(&brokenPipe, SIGPIPE);
-  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
+  base::IgnoreBrokenPipesInThread();
   base::MutexLock lock(m_mutex);
   while (true) {
     m_changed.Wait(lock, [this]() REQUIRES(m_mutex) { return m_isEnding || !m_lines.empty(); });
@@ -139,13 +129,12 @@ void AccessLog::Run() {
 // Waits for who reads it, but not at the end.
 void AccessLog::Write(std::string_view text) {
   while (!text.empty()) {
-    pollfd writable{m_file, POLLOUT, 0};
     const bool isEnding = IsEnding();
-    if (poll(&writable, 1, isEnding ? 0 : 200) <= 0) {
+    if (!m_file.AwaitSpace(isEnding ? 0 : 200)) {
       if (isEnding) return;
       continue;
     }
-    const ssize_t count = write(m_file, text.data(), std::min<size_t>(text.size(), PIPE_BUF));
+    const int64_t count = m_file.Write(text);
     if (count < 0) return;  // a full disk, say: the line is lost
     text.remove_prefix(static_cast<size_t>(count));
   }

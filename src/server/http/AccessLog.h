@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "base/Mutex.h"
+#include "base/system/Files.h"
 
 namespace server {
 
@@ -43,7 +44,7 @@ class AccessLog {
   void Write(std::string_view text);
   bool IsEnding();
 
-  const int m_file;
+  const base::AppendedFile m_file;
   base::Mutex m_mutex;  // leaf
   base::Condition m_changed;
   std::list<std::string> m_lines GUARDED_BY(m_mutex);  // a list: an empty one takes no memory

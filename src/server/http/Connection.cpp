@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "server/http/Connection.h"
 
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
@@ -12,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/system/Sockets.h"
 #include "server/http/RequestHead.h"
 
 namespace server {
@@ -24,19 +22,6 @@ namespace {
 
 constexpr uint32_t kMaxHead = 64 << 10;
 constexpr size_t kPiece = 4096;  // so much of a head, or more, is read at a time; it needs no share of the memory
-
-void Set(int socket, int level, int name, int value) {
-  setsockopt(socket, level, name, &value, sizeof value);
-}
-
-// A peer that has gone without a word is found within a minute, whether there is something to send it or not.
-void FindDeadPeers(int socket) {
-  Set(socket, SOL_SOCKET, SO_KEEPALIVE, 1);
-  Set(socket, IPPROTO_TCP, TCP_KEEPIDLE, 20);
-  Set(socket, IPPROTO_TCP, TCP_KEEPINTVL, 10);
-  Set(socket, IPPROTO_TCP, TCP_KEEPCNT, 3);
-  Set(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, 50000);
-}
 
 }  // namespace
 
@@ -65,7 +50,7 @@ void Connection::Start() {
   m_peer = Plain(socket.remote_endpoint(ignored).address());
   if (!BecomeStranger()) return;
   socket.set_option(asio::ip::tcp::no_delay(true), ignored);
-  FindDeadPeers(socket.native_handle());
+  base::FindDeadPeer(static_cast<std::intptr_t>(socket.native_handle()));
   if (m_stream.IsTls()) {
     m_stream.Tcp().expires_after(m_connections.settings.readTimeout);
     m_stream.AsyncHandshake([self = shared_from_this()](error_code error) {

@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/system/Sockets.h"
 #include "server/http/Connections.h"
 
 namespace server {
@@ -78,7 +79,7 @@ class HttpServer::Impl {
       const tcp::endpoint endpoint =
           *resolver.resolve(settings.host, std::to_string(settings.port), tcp::resolver::passive).begin();
       m_acceptor.open(endpoint.protocol());
-      m_acceptor.set_option(tcp::acceptor::reuse_address(true));
+      base::TakePortAlone(static_cast<std::intptr_t>(m_acceptor.native_handle()));
       m_acceptor.bind(endpoint);
       m_acceptor.listen(1024);
       m_port = m_acceptor.local_endpoint().port();

@@ -3,9 +3,7 @@
 
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Transaction.h>
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/system/Files.h"
 #include "server/store/StoreIdentity.h"
 #include "server/store/StoreUpgrade.h"
 
@@ -70,8 +69,7 @@ SQLite::Database Open(const std::string& file, Database::Use use) {
   const bool isMade = MayMake(use);
   if (!isMade) NeedStore(file);
   // It holds the hashes of passwords and tokens. SQLite gives the files that it makes beside it the same permissions.
-  const int made = isMade ? open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600) : -1;
-  if (made >= 0) close(made);
+  if (isMade) base::MakePrivateFile(file);  // nothing where it is there
   try {
     // To read as well: else a log that is empty would stay beside the file. What may not be written is read all the
     // same.

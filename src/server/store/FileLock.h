@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/system/Files.h"
+
 namespace server {
 
 class FileInUse : public std::runtime_error {
@@ -18,12 +20,9 @@ class FileLock {
   // ":memory:" needs none. Throws FileInUse with one plain line when somebody else has it, std::runtime_error when it
   // cannot be made.
   explicit FileLock(const std::string& dataFile);
-  ~FileLock();
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
 
  private:
-  int m_descriptor = -1;
+  base::HeldFile m_file;
 };
 
 }  // namespace server

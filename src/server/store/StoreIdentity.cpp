@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "base/system/Files.h"
+
 namespace server {
 
 namespace fs = std::filesystem;
@@ -37,18 +39,18 @@ int VersionOfStore(SQLite::Database& database, const std::string& file) {
 
 std::string StoreFile(const std::string& name) {
   if (name == ":memory:") return name;
-  fs::path path = name;
+  fs::path path = base::PathOf(name);
   std::error_code ignored;
   for (int links = 0; links < kMostLinks && fs::is_symlink(path, ignored); ++links) {
     path = path.parent_path() / fs::read_symlink(path, ignored);  // an absolute target takes the place of all
   }
   const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", ignored);
-  return ignored ? path.string() : (folder / path.filename()).string();
+  return base::NameOf(ignored ? path : folder / path.filename());
 }
 
 bool IsStoreThere(const std::string& file) {
   std::error_code error;
-  return fs::file_size(file, error) > 0 && !error;
+  return fs::file_size(base::PathOf(file), error) > 0 && !error;
 }
 
 void NeedStore(const std::string& file) {
@@ -57,7 +59,7 @@ void NeedStore(const std::string& file) {
 
 std::string FreeName(const std::string& wanted) {
   std::string name = wanted;
-  for (int n = 2; fs::symlink_status(name).type() != fs::file_type::not_found; ++n) {
+  for (int n = 2; fs::symlink_status(base::PathOf(name)).type() != fs::file_type::not_found; ++n) {
     name = wanted + "-" + std::to_string(n);
   }
   return name;

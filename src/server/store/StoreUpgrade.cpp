@@ -4,13 +4,13 @@
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
 #include <SQLiteCpp/Transaction.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
+#include "base/system/Files.h"
 #include "server/documents/Requests.h"
 #include "server/store/StoreCopy.h"
 #include "server/store/StoreIdentity.h"
@@ -66,7 +66,7 @@ class Former {
     }
   }
   ~Former() {
-    if (!m_isKept) unlink(m_name.c_str());
+    if (!m_isKept) base::RemoveFile(m_name);
   }
   Former(const Former&) = delete;
   Former& operator=(const Former&) = delete;
