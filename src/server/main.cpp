@@ -59,6 +59,9 @@ void AddLimits(CLI::App& app, server::HttpLimits& limits) {
          "memory for requests being received or worked on [" + std::to_string(limits.maxBodyBytes >> 20) + "]")
       ->type_name("MIB")
       ->check(CLI::Range(1, 1000000));
+  app.add_flag_callback(
+      "--no-compression", [&limits] { limits.compresses = false; },
+      "send lists as they are, also to clients that take them compressed");
 }
 
 int Serve(server::ViewServerOptions options) {

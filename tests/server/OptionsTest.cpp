@@ -105,6 +105,13 @@ class OptionsTest : public ServerTest {
     for (int i = 0; i < 5; ++i) client.AddGroup("G", -1, 1);
     return client.Listen(0).Status() == 410;
   }
+  bool PlainList() {
+    const Client client(m_program->Port(), m_tokens[0]);
+    for (int i = 0; i < 6; ++i) client.AddView("a view", -1, -1);
+    const std::string asked =
+        RequestLines("GET " + kRoot + "V0/Views", m_tokens[0], "Connection: close\r\nAccept-Encoding: zstd\r\n");
+    return ParseAnswer(Wire(m_program->Port(), asked).ReceiveAll()).headers.count("content-encoding") == 0;
+  }
 
  private:
   std::unique_ptr<ServerProgram> m_program;
@@ -126,6 +133,7 @@ TEST_F(OptionsTest, EachSetsItsOwnLimit) {
       {{"--max-waiting-bodies", "1"}, &Probes::BodiesOfMany, &Probes::LogInsFromMany},
       {{"--max-waiting-bodies-per-user", "1"}, &Probes::BodiesOfOne, &Probes::BodiesOfMany},
       {{"--max-body-memory", "2"}, &Probes::LargeBody, &Probes::ConnectionsOfOne},
+      {{"--no-compression"}, &Probes::PlainList, &Probes::LargeBody},
       {{"--keep-changes", "3"}, &Probes::OldChange, &Probes::LargeBody},
       {{"--keep-change-bytes", "300"}, &Probes::OldChange, &Probes::LargeBody},
   };

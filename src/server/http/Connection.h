@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "server/http/AccessLog.h"
+#include "server/http/Compression.h"
 #include "server/http/Connections.h"
 #include "server/http/Stream.h"
 
@@ -82,6 +83,8 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   void PollReply(bool keepAlive);
   // Any thread.
   void WakeForReply();
+  // For who wants that.
+  bool IsCompressible() const;
   void SendPart(uint64_t bytes);
   void SendChunk();
   void OnSent();
@@ -125,6 +128,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   HttpRequest m_request;
   bool m_isHead = false;  // the request wants no body
   bool m_isHttp10 = false;
+  Coding m_coding = Coding::kNone;  // that the client wants
 
   std::optional<Answers::Owed> m_owed;      // while a request is worked on, and until an edit's reply is sent
   std::shared_ptr<PendingReply> m_pending;  // until it is there

@@ -25,15 +25,23 @@ const char* Reason(int status) {
   return http::obsolete_reason(static_cast<http::status>(status)).data();
 }
 
+uint64_t LengthOf(const HttpReply& reply) {
+  return reply.source ? reply.source->Length() : reply.body.size();
+}
+
 // HTTP/1.0 closes unless it is told that the connection is kept, HTTP/1.1 keeps it unless it is told of the end.
-std::string ReplyHead(const HttpReply& reply, bool keepAlive, bool isHttp10) {
+std::string ReplyHead(const HttpReply& reply, Coding coding, bool isCompressible, bool keepAlive, bool isHttp10) {
   std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " " + Reason(reply.status) + "\r\n";
   if (reply.events) {
     head += "Content-Type: text/event-stream\r\nCache-Control: no-store\r\nX-Accel-Buffering: no\r\n";
+  } else if (coding != Coding::kNone) {
+    head.append("Content-Type: application/json; charset=utf-8\r\nContent-Encoding: ").append(NameOf(coding));
+    head += "\r\nTransfer-Encoding: chunked\r\n";
   } else {
-    const uint64_t length = reply.source ? reply.source->Length() : reply.body.size();
-    head += "Content-Type: application/json; charset=utf-8\r\nContent-Length: " + std::to_string(length) + "\r\n";
+    head +=
+        "Content-Type: application/json; charset=utf-8\r\nContent-Length: " + std::to_string(LengthOf(reply)) + "\r\n";
   }
+  if (isCompressible) head += "Vary: Accept-Encoding\r\n";
   for (const auto& [name, value] : reply.headers) head.append(name).append(": ").append(value).append("\r\n");
   if (!keepAlive) head += "Connection: close\r\n";
   if (keepAlive && isHttp10) head += "Connection: keep-alive\r\n";
@@ -76,7 +84,10 @@ void Connection::SendNow(HttpReply reply, bool keepAlive) {
   m_request.body = {};
   m_share.Release();
   if (m_reply.events || m_reply.source) m_reply.body.clear();
-  m_head = ReplyHead(m_reply, m_keepAlive, m_isHttp10);
+  const bool isCompressible = IsCompressible();
+  const Coding coding = isCompressible ? m_coding : Coding::kNone;
+  m_head = ReplyHead(m_reply, coding, isCompressible, m_keepAlive, m_isHttp10);
+  if (!m_isHead && coding != Coding::kNone) m_reply.source = CompressedBody(coding, std::move(m_reply));
   if (m_isHead) {
     m_reply.events = nullptr;
     m_reply.source = nullptr;
@@ -122,6 +133,13 @@ void Connection::WakeForReply() {
   } catch (const std::exception&) {
     // Want of memory: the timer will see the reply.
   }
+}
+
+// Edits' replies are short, and a log-in's holds a secret: how short it gets beside what somebody else has chosen would
+// tell of it. What is cut is cut where it stands.
+bool Connection::IsCompressible() const {
+  return m_connections.settings.compresses && m_request.method == "GET" && !m_reply.events && !m_reply.cut &&
+         LengthOf(m_reply) >= kLeastCompressed;
 }
 
 void Connection::SendPart(uint64_t bytes) {

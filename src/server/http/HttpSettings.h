@@ -21,6 +21,7 @@ struct HttpLimits {
   size_t maxWaitingLogins = 4096, maxWaitingLoginsPerAddress = 256;
   // Those above the lane's size. A user may be several programs, each of which sends some at once.
   size_t maxWaitingBodies = 128, maxWaitingBodiesPerUser = 32;
+  bool compresses = true;  // what clients read, where they ask for that
 };
 
 struct HttpSettings : HttpLimits {

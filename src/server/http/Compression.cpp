@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "server/http/Compression.h"
+
+#include <zlib.h>
+#include <zstd.h>
+
+#include <algorithm>
+#include <array>
+#include <boost/beast/core/string.hpp>
+#include <charconv>
+#include <new>
+#include <utility>
+
+namespace server {
+
+namespace {
+
+// The lowest level at which a list comes to a twentieth of its text or little more.
+constexpr int kGzipLevel = 6;
+constexpr int kZstdLevel = 1;
+constexpr int kZstdWindow = 16;  // 64 KiB: half a megabyte for each reply under way, a third of what is usual
+constexpr size_t kPiece = size_t{64} << 10;  // of a text, between which other connections have their turn
+
+std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t";
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+// Cuts off what stands before the separator, which goes too.
+std::string_view CutOff(std::string_view& text, char separator) {
+  const size_t end = std::min(text.find(separator), text.size());
+  const std::string_view before = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return Trimmed(before);
+}
+
+// 1 where there is none, 0 where it is no number from 0 to 1.
+double QualityOf(std::string_view parameters) {
+  while (!parameters.empty()) {
+    std::string_view value = CutOff(parameters, ';');
+    if (!boost::beast::iequals(CutOff(value, '='), "q")) continue;
+    double quality = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), quality);
+    const bool isQuality = error == std::errc() && end == value.data() + value.size() && quality >= 0 && quality <= 1;
+    return isQuality ? quality : 0;
+  }
+  return 1;
+}
+
+class Compressor {
+ public:
+  Compressor() = default;
+  virtual ~Compressor() = default;
+  Compressor(const Compressor&) = delete;
+  Compressor& operator=(const Compressor&) = delete;
+
+  // Appends what there is of the compressed text with this piece, all of it with the last one. Throws std::bad_alloc.
+  virtual void Add(std::string_view piece, bool isLast, std::string& compressed) = 0;
+
+ protected:
+  std::array<char, size_t{16} << 10> m_buffer{};
+};
+
+class GzipCompressor : public Compressor {
+ public:
+  GzipCompressor() {
+    constexpr int kGzipWindow = 15 + 16;  // 32 KiB, and gzip's head and sum around
+    if (deflateInit2(&m_stream, kGzipLevel, Z_DEFLATED, kGzipWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
+      throw std::bad_alloc();
+    }
+  }
+  ~GzipCompressor() override { deflateEnd(&m_stream); }
+
+  void Add(std::string_view piece, bool isLast, std::string& compressed) override {
+    m_stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(piece.data()));
+    m_stream.avail_in = static_cast<uInt>(piece.size());
+    do {
+      m_stream.next_out = reinterpret_cast<Bytef*>(m_buffer.data());
+      m_stream.avail_out = static_cast<uInt>(m_buffer.size());
+      deflate(&m_stream, isLast ? Z_FINISH : Z_NO_FLUSH);
+      compressed.append(m_buffer.data(), m_buffer.size() - m_stream.avail_out);
+    } while (m_stream.avail_out == 0);
+  }
+
+ private:
+  z_stream m_stream{};
+};
+
+class ZstdCompressor : public Compressor {
+ public:
+  ZstdCompressor() : m_context(ZSTD_createCCtx()) {
+    if (!m_context) throw std::bad_alloc();
+    ZSTD_CCtx_setParameter(m_context, ZSTD_c_compressionLevel, kZstdLevel);
+    ZSTD_CCtx_setParameter(m_context, ZSTD_c_windowLog, kZstdWindow);
+    ZSTD_CCtx_setParameter(m_context, ZSTD_c_checksumFlag, 1);  // else damage might pass for another text
+  }
+  ~ZstdCompressor() override { ZSTD_freeCCtx(m_context); }
+
+  void Add(std::string_view piece, bool isLast, std::string& compressed) override {
+    ZSTD_inBuffer in{piece.data(), piece.size(), 0};
+    bool isThrough = false;
+    while (!isThrough) {
+      ZSTD_outBuffer out{m_buffer.data(), m_buffer.size(), 0};
+      const size_t left = ZSTD_compressStream2(m_context, &out, &in, isLast ? ZSTD_e_end : ZSTD_e_continue);
+      if (ZSTD_isError(left)) throw std::bad_alloc();  // nothing else can go wrong
+      compressed.append(m_buffer.data(), out.pos);
+      isThrough = isLast ? left == 0 : in.pos == in.size;
+    }
+  }
+
+ private:
+  ZSTD_CCtx* const m_context;
+};
+
+// A text in pieces.
+class TextSource : public BodySource {
+ public:
+  explicit TextSource(std::string text) : m_text(std::move(text)) {}
+
+  uint64_t Length() const override { return m_text.size(); }
+  bool Next(std::string& chunk) override {
+    if (m_at == m_text.size()) return false;
+    chunk.assign(m_text, m_at, kPiece);
+    m_at += chunk.size();
+    return true;
+  }
+
+ private:
+  const std::string m_text;
+  size_t m_at = 0;
+};
+
+class CompressedSource : public BodySource {
+ public:
+  CompressedSource(std::unique_ptr<Compressor> compressor, std::shared_ptr<BodySource> text)
+      : m_compressor(std::move(compressor)), m_text(std::move(text)) {}
+
+  uint64_t Length() const override { return 0; }
+  bool Next(std::string& chunk) override {
+    if (m_isSent) return false;
+    m_compressed.clear();
+    while (m_compressed.empty()) {
+      m_isSent = !m_text->Next(m_piece);
+      m_compressor->Add(m_isSent ? "" : m_piece, m_isSent, m_compressed);
+    }
+    std::array<char, 16> length{};
+    const auto [end, error] = std::to_chars(length.data(), length.data() + length.size(), m_compressed.size(), 16);
+    chunk.assign(length.data(), end).append("\r\n").append(m_compressed).append("\r\n");
+    if (m_isSent) chunk += "0\r\n\r\n";
+    return true;
+  }
+
+ private:
+  const std::unique_ptr<Compressor> m_compressor;
+  const std::shared_ptr<BodySource> m_text;
+  std::string m_piece, m_compressed;
+  bool m_isSent = false;
+};
+
+std::unique_ptr<Compressor> MakeCompressor(Coding coding) {
+  if (coding == Coding::kZstd) return std::make_unique<ZstdCompressor>();
+  return std::make_unique<GzipCompressor>();
+}
+
+}  // namespace
+
+const char* NameOf(Coding coding) {
+  switch (coding) {
+    case Coding::kGzip:
+      return "gzip";
+    case Coding::kZstd:
+      return "zstd";
+    case Coding::kNone:
+      break;
+  }
+  return "";
+}
+
+Coding WantedCoding(std::string_view acceptEncoding) {
+  constexpr double kUnsaid = -1;
+  double gzip = kUnsaid, zstd = kUnsaid, asItIs = kUnsaid, others = 0;
+  while (!acceptEncoding.empty()) {
+    std::string_view entry = CutOff(acceptEncoding, ',');
+    const std::string_view name = CutOff(entry, ';');
+    const auto is = [&name](const char* coding) { return boost::beast::iequals(name, coding); };
+    if (is("gzip") || is("x-gzip")) gzip = QualityOf(entry);
+    if (is("zstd")) zstd = QualityOf(entry);
+    if (is("identity")) asItIs = QualityOf(entry);
+    if (name == "*") others = QualityOf(entry);
+  }
+  if (gzip == kUnsaid) gzip = others;
+  if (zstd == kUnsaid) zstd = others;
+  if (asItIs == kUnsaid) asItIs = others;
+  const double best = std::max(gzip, zstd);
+  if (best <= 0 || asItIs > best) return Coding::kNone;
+  return zstd == best ? Coding::kZstd : Coding::kGzip;
+}
+
+std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply&& reply) {
+  auto text = reply.source ? std::move(reply.source) : std::make_shared<TextSource>(std::move(reply.body));
+  return std::make_shared<CompressedSource>(MakeCompressor(coding), std::move(text));
+}
+
+}  // namespace server

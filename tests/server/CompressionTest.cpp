@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+// Compressed replies, as libcurl undoes them.
+#include "server/http/Compression.h"
+
+#include <curl/curl.h>
+
+#include <random>
+
+#include "EchoHandler.h"
+#include "TestClient.h"
+#include "server/http/HttpServer.h"
+
+namespace server::test {
+namespace {
+
+TEST(WantedCoding, IsTheBestOfThoseThatAreAccepted) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"", ""},
+      {"gzip", "gzip"},
+      {"zstd", "zstd"},
+      {"GZip", "gzip"},
+      {"x-gzip", "gzip"},
+      {"deflate, gzip, br, zstd", "zstd"},
+      {"gzip, deflate, br", "gzip"},
+      {"br, deflate", ""},
+      {"gzipped, zst", ""},
+      {" zstd\t; q=0.4 ,\tgzip ;Q=0.5", "gzip"},
+      {"zstd;q=0.5,gzip;q=0.5", "zstd"},
+      {"zstd;q=0,gzip;q=0.001", "gzip"},
+      {"zstd;q=0.000, gzip;q=0", ""},
+      {"*", "zstd"},
+      {"*;q=0.1, gzip", "gzip"},
+      {"zstd;q=0, *", "gzip"},
+      {"*;q=0", ""},
+      {"*;q=0.5, zstd;q=0.3", "gzip"},
+      {"*;q=0.5, gzip;q=0.3, zstd;q=0.3", ""},
+      {"identity", ""},
+      {"identity;q=0, gzip;q=0.2", "gzip"},
+      {"identity;q=0", ""},
+      {"identity, gzip;q=0.9", ""},
+      {"identity;q=0.5, gzip;q=0.5", "gzip"},
+      {"gzip;q=1.1", ""},
+      {"gzip;q=-1", ""},
+      {"gzip;q=", ""},
+      {"gzip;q=1x", ""},
+      {"gzip;level=9;q=0", ""},
+      {",,gzip,,", "gzip"},
+  };
+  for (const auto& [said, wanted] : cases) EXPECT_STREQ(NameOf(WantedCoding(said)), wanted) << said;
+}
+
+// The text of that size, one that gets short or one that does not.
+std::string TextOfSize(size_t size, bool isRandom) {
+  std::mt19937 dice(5);
+  std::string text;
+  text.reserve(size);
+  while (text.size() < size) text += isRandom ? static_cast<char>(dice()) : "abcdefghij"[text.size() / 7 % 10];
+  return text;
+}
+
+class InPieces : public BodySource {
+ public:
+  explicit InPieces(std::string text) : m_text(std::move(text)) {}
+  uint64_t Length() const override { return m_text.size(); }
+  bool Next(std::string& chunk) override {
+    if (m_at == m_text.size()) return false;
+    chunk = m_text.substr(m_at, m_piece++);
+    m_at += chunk.size();
+    return true;
+  }
+
+ private:
+  const std::string m_text;
+  size_t m_at = 0, m_piece = 0;  // the first piece is empty
+};
+
+// "/text?SIZE" and "/random?SIZE", or in pieces "/text/source?SIZE".
+class Texts : public Echo {
+ public:
+  HttpReply Handle(const HttpRequest& request) override {
+    HttpReply reply;
+    reply.body = TextOfSize(std::stoul(request.query), request.path.starts_with("/random"));
+    if (request.path.ends_with("/source")) reply.source = std::make_shared<InPieces>(std::exchange(reply.body, ""));
+    return reply;
+  }
+};
+
+struct Fetched {
+  std::string head, body;
+  long status = 0, connections = 0;
+  curl_off_t onTheWire = 0;
+};
+
+class CompressionTest : public ::testing::Test {
+ protected:
+  CompressionTest() { Serve(); }
+  ~CompressionTest() override { curl_easy_cleanup(m_easy); }
+
+  void Serve() {
+    m_settings.host = "127.0.0.1";
+    m_server = std::make_unique<HttpServer>(m_settings, m_texts);
+  }
+  // Over one connection, as far as that is kept. Without `wanted` the client says nothing of codings.
+  Fetched Fetch(const std::string& target, const char* wanted, const char* method = "GET",
+                long version = CURL_HTTP_VERSION_1_1) {
+    Fetched fetched;
+    curl_easy_reset(m_easy);
+    curl_easy_setopt(m_easy, CURLOPT_URL, ("http://127.0.0.1:" + std::to_string(m_server->Port()) + target).c_str());
+    curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(m_easy, CURLOPT_TIMEOUT, 20L);
+    curl_easy_setopt(m_easy, CURLOPT_HTTP_VERSION, version);
+    curl_easy_setopt(m_easy, CURLOPT_ACCEPT_ENCODING, wanted);
+    curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, method);
+    curl_easy_setopt(m_easy, CURLOPT_NOBODY, std::string(method) == "HEAD" ? 1L : 0L);
+    curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &CompressionTest::Append);
+    curl_easy_setopt(m_easy, CURLOPT_HEADERFUNCTION, &CompressionTest::Append);
+    curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, &fetched.body);
+    curl_easy_setopt(m_easy, CURLOPT_HEADERDATA, &fetched.head);
+    EXPECT_EQ(curl_easy_perform(m_easy), CURLE_OK) << target;
+    curl_easy_getinfo(m_easy, CURLINFO_RESPONSE_CODE, &fetched.status);
+    curl_easy_getinfo(m_easy, CURLINFO_NUM_CONNECTS, &fetched.connections);
+    curl_easy_getinfo(m_easy, CURLINFO_SIZE_DOWNLOAD_T, &fetched.onTheWire);
+    return fetched;
+  }
+  static bool Says(const Fetched& fetched, const std::string& line) {
+    return fetched.head.find("\r\n" + line + "\r\n") != std::string::npos;
+  }
+
+  HttpSettings m_settings;
+
+ private:
+  static size_t Append(char* data, size_t size, size_t count, void* text) {
+    static_cast<std::string*>(text)->append(data, size * count);
+    return size * count;
+  }
+
+  Texts m_texts;
+  std::unique_ptr<HttpServer> m_server;
+  CURL* m_easy = curl_easy_init();
+};
+
+TEST_F(CompressionTest, BodiesOfEverySizeArriveAsTheyAre) {
+  ASSERT_EQ(Fetch("/text?1", nullptr).status, 200);  // the connection that all others use
+  for (const std::string coding : {"gzip", "zstd"}) {
+    for (const char* path : {"/text", "/random", "/text/source"}) {
+      for (const size_t size : {size_t{0}, size_t{1023}, size_t{1024}, size_t{16383}, size_t{16384}, size_t{16385},
+                                size_t{65535}, size_t{65536}, size_t{65537}, size_t{3} << 20}) {
+        const std::string what = coding + " " + path + "?" + std::to_string(size);
+        const Fetched fetched = Fetch(path + ("?" + std::to_string(size)), coding.c_str());
+        EXPECT_EQ(fetched.status, 200) << what;
+        EXPECT_EQ(fetched.connections, 0) << what;
+        EXPECT_TRUE(fetched.body == TextOfSize(size, path == std::string("/random"))) << what;
+        const bool isCompressed = size >= 1024;
+        EXPECT_EQ(Says(fetched, "Content-Encoding: " + coding), isCompressed) << what << fetched.head;
+        EXPECT_EQ(Says(fetched, "Transfer-Encoding: chunked"), isCompressed) << what;
+        EXPECT_EQ(Says(fetched, "Vary: Accept-Encoding"), isCompressed) << what;
+        EXPECT_EQ(Says(fetched, "Content-Length: " + std::to_string(size)), !isCompressed) << what;
+        if (isCompressed && path != std::string("/random")) {
+          EXPECT_LT(fetched.onTheWire, static_cast<curl_off_t>(100 + size / 8)) << what;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(CompressionTest, OnlyWhatIsReadByWhoAsksIsCompressed) {
+  const auto isPlain = [](const Fetched& fetched, bool varies) {
+    return fetched.body == TextOfSize(5000, false) && Says(fetched, "Content-Length: 5000") &&
+           fetched.head.find("Content-Encoding") == std::string::npos &&
+           Says(fetched, "Vary: Accept-Encoding") == varies;
+  };
+  EXPECT_TRUE(isPlain(Fetch("/text?5000", nullptr), true)) << "says nothing";
+  EXPECT_TRUE(isPlain(Fetch("/text?5000", "br"), true));
+  EXPECT_TRUE(isPlain(Fetch("/text?5000", "gzip", "GET", CURL_HTTP_VERSION_1_0), true)) << "knows no chunks";
+  EXPECT_TRUE(isPlain(Fetch("/text?5000", "gzip", "POST"), false)) << "an edit";
+  EXPECT_TRUE(isPlain(Fetch("/text?5000", "gzip", "PUT"), false)) << "an edit";
+  const Fetched head = Fetch("/text?5000", "gzip", "HEAD");
+  EXPECT_TRUE(Says(head, "Content-Encoding: gzip")) << head.head;
+  EXPECT_TRUE(Says(head, "Transfer-Encoding: chunked")) << head.head;
+  EXPECT_EQ(Fetch("/text?5000", "gzip").body, TextOfSize(5000, false)) << "the head had no body behind it";
+  m_settings.compresses = false;
+  Serve();
+  EXPECT_TRUE(isPlain(Fetch("/text?5000", "gzip"), false)) << "where it is turned off";
+}
+
+}  // namespace
+}  // namespace server::test
