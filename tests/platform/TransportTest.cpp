@@ -116,6 +116,43 @@ TEST_F(TransportTest, TellsRepliesFromFailures) {
   EXPECT_EQ(Send("GET", "/"), "failed 1/7 ");
 }
 
+TEST_F(TransportTest, UnpacksWhatTheServerHasCompressed) {
+  static constexpr char kGzip[] =
+      "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\xab\x56\x4a\x54\xb2\x52\x2a\xcb\x4c\x2d\x57\x18\x74\x84"
+      "\x52\x2d\x00\x36\x00\x7a\x59\x9e\x00\x00\x00";
+  static constexpr char kZstd[] =
+      "\x28\xb5\x2f\xfd\x04\x68\xa5\x00\x00\x68\x7b\x22\x61\x22\x3a\x22\x76\x69\x65\x77\x20\x22\x7d\x01"
+      "\x00\x0e\x50\xc5\x0b\xb1\x2c\xab\xa8";
+  std::string text = R"({"a":")";
+  for (int n = 0; n < 30; ++n) text += "view ";
+  text += R"("})";
+  const std::map<std::string, std::string> packed{{"gzip", std::string(kGzip, sizeof kGzip - 1)},
+                                                  {"zstd", std::string(kZstd, sizeof kZstd - 1)}};
+  Serve([&](const Request& request, Connection& connection) {  // the body says the coding
+    const std::string& what = request.target;
+    const std::string head = "Content-Encoding: " + request.body + "\r\n";
+    if (what == "/text") return connection.Reply(200, text, head);
+    const std::string& whole = packed.at(request.body);
+    if (what == "/whole") return connection.Reply(200, whole, head);
+    if (what == "/damaged") {
+      std::string damaged = whole;
+      damaged[damaged.size() / 2] ^= 0x10;
+      return connection.Reply(200, damaged, head);
+    }
+    connection.Close();
+    connection.Send("HTTP/1.1 200 OK\r\n" + head + "Transfer-Encoding: chunked\r\n\r\n9\r\n" + whole.substr(0, 9) +
+                    "\r\n");
+  });
+  for (const char* coding : {"gzip", "zstd"}) {
+    EXPECT_EQ(Send("PUT", "/whole", coding), "0/0 " + text) << coding;
+    EXPECT_EQ(Send("PUT", "/damaged", coding), "failed 1/61 ") << coding;
+    EXPECT_EQ(Send("PUT", "/text", coding), "failed 1/61 ") << coding;
+    EXPECT_EQ(Send("PUT", "/cut", coding), "failed 1/18 ") << coding;
+    EXPECT_NE(m_server->Requests().at(0).headers.at("accept-encoding").find(coding), std::string::npos);
+  }
+  EXPECT_EQ(Send("PUT", "/text", "rot13"), "failed 1/61 ");
+}
+
 TEST_F(TransportTest, AnEditWhoseAnswerIsLostIsNotMadeTwice) {
   Serve([](const Request& request, Connection& connection) {
     if (request.target == "/warm-up") return connection.Reply(200, "ok");
