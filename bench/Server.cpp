@@ -72,6 +72,8 @@ class Curl {
     curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, method);
     curl_easy_setopt(m_easy, CURLOPT_HTTPHEADER, m_headers);
     curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(m_easy, CURLOPT_ACCEPT_ENCODING, m_coding);
+    curl_easy_setopt(m_easy, CURLOPT_MAX_RECV_SPEED_LARGE, m_speed);
     if (!body.empty()) {
       curl_easy_setopt(m_easy, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
       curl_easy_setopt(m_easy, CURLOPT_POSTFIELDS, body.c_str());
@@ -80,6 +82,18 @@ class Curl {
     curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, this);
     Check(curl_easy_perform(m_easy) == CURLE_OK, std::string("request failed: ") + method + " " + path);
     return m_reply;
+  }
+  // What is asked for from now on: how replies are compressed, null as they are, and how many bytes of them are taken
+  // in a second, 0 without a limit.
+  void Take(const char* coding, curl_off_t speed = 0) {
+    m_coding = coding;
+    m_speed = speed;
+  }
+  // Those of the last reply's body.
+  double BytesOnTheWire() const {
+    curl_off_t bytes = 0;
+    curl_easy_getinfo(m_easy, CURLINFO_SIZE_DOWNLOAD_T, &bytes);
+    return static_cast<double>(bytes);
   }
   bool IsAccepted(const char* method, const std::string& path, const std::string& body = "") {
     return Send(method, path, body).find(R"("ErrorCode":0)") != std::string::npos;
@@ -94,6 +108,8 @@ class Curl {
   std::string m_url;
   CURL* m_easy;
   curl_slist* m_headers = nullptr;
+  const char* m_coding = nullptr;
+  curl_off_t m_speed = 0;
   std::string m_reply;
 };
 
@@ -115,6 +131,29 @@ void MeasureList(Curl& curl, const SiteSize& site) {
         return static_cast<double>(bytes) / seconds / 1e6;
       });
   Check(curl.Send("GET", kViews) == list, "the server's list is not the seeded site");
+}
+
+void MeasureCompression(Curl& curl, const SiteSize& site) {
+  const std::string list = ViewListText(site);
+  for (const char* coding : {"zstd", "gzip"}) {
+    AddFigure({"list of " + std::string(site.name) + " over the wire, " + coding, "its text", "%"}, {6}, 3, [&] {
+      curl.Take(coding);
+      Check(curl.Send("GET", kViews) == list, std::string("another list through ") + coding);
+      return 100 * curl.BytesOnTheWire() / static_cast<double>(list.size());
+    });
+  }
+  curl.Take(nullptr);
+}
+
+// From the request to the whole text, beside the same without compression.
+void MeasureThinWire(Curl& curl, const SiteSize& site, int megabits) {
+  const auto seconds = [&](const char* coding) {
+    curl.Take(coding, curl_off_t{megabits} * 1000000 / 8);
+    return Seconds([&] { curl.Send("GET", kViews); });
+  };
+  AddFigure({"list of " + std::string(site.name) + " at " + std::to_string(megabits) + " Mbit/s, zstd", "as it is"},
+            {1}, 3, [&] { return seconds("zstd") / seconds(nullptr); });
+  curl.Take(nullptr);
 }
 
 void MeasureBareInserts(const std::string& file, const std::string& body, int count, const std::string& synchronous) {
@@ -209,25 +248,49 @@ void MeasureRoundTrip(Curl& curl, const server::ViewServer& server, const std::s
   ClearViewData();
 }
 
+// A server with the site, and a session of its user.
+struct SeededServer {
+  explicit SeededServer(const SiteSize& site) : server(OptionsFor(folder, site)) {
+    server.Start();
+    const auto session = server.OpenLocalSession("bench");
+    if (!session) throw std::runtime_error("no session");
+    token = session->token;
+  }
+
+  Folder folder;
+  server::ViewServer server;
+  std::string token;
+
+ private:
+  static server::ViewServerOptions OptionsFor(const Folder& folder, const SiteSize& site) {
+    std::ofstream(folder.File("seed.json"), std::ios::binary) << SeedText(site);
+    server::ViewServerOptions options;
+    options.dataFile = folder.File("site.db");
+    options.seedFile = folder.File("seed.json");
+    return options;
+  }
+};
+
 }  // namespace
 
 void ServerSuite() {
   SiteSize site = kMedium;
   if (TheOptions().isShort) site.views /= 10;
-  const Folder folder;
-  std::ofstream(folder.File("seed.json"), std::ios::binary) << SeedText(site);
-  server::ViewServerOptions options;
-  options.dataFile = folder.File("site.db");
-  options.seedFile = folder.File("seed.json");
-  server::ViewServer server(options);
-  server.Start();
-  const auto session = server.OpenLocalSession("bench");
-  if (!session) throw std::runtime_error("no session");
-  Curl curl(server.Url(), session->token);
+  {
+    const SeededServer small(kSmall);
+    Curl curl(small.server.Url(), small.token);
+    MeasureThinWire(curl, kSmall, 10);
+  }
+  const SeededServer seeded(site);
+  const server::ViewServer& server = seeded.server;
+  Curl curl(server.Url(), seeded.token);
   MeasureList(curl, site);
-  MeasureEdits(curl, site, folder);
-  MeasureEditsOfSeveral(server, session->token, site, folder);
-  MeasureRoundTrip(curl, server, session->token);
+  MeasureCompression(curl, site);
+  MeasureThinWire(curl, site, 100);
+  MeasureThinWire(curl, site, 1000);
+  MeasureEdits(curl, site, seeded.folder);
+  MeasureEditsOfSeveral(server, seeded.token, site, seeded.folder);
+  MeasureRoundTrip(curl, server, seeded.token);
 }
 
 }  // namespace bench
