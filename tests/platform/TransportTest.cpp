@@ -143,12 +143,17 @@ TEST_F(TransportTest, UnpacksWhatTheServerHasCompressed) {
     connection.Send("HTTP/1.1 200 OK\r\n" + head + "Transfer-Encoding: chunked\r\n\r\n9\r\n" + whole.substr(0, 9) +
                     "\r\n");
   });
+  Send("PUT", "/whole", "gzip");
+  const std::string asked = m_server->Requests().at(0).headers["accept-encoding"];
+#ifdef _WIN32
+  if (asked.find("gzip") == std::string::npos) GTEST_SKIP() << "libcurl was built without zlib and libzstd";
+#endif
   for (const char* coding : {"gzip", "zstd"}) {
     EXPECT_EQ(Send("PUT", "/whole", coding), "0/0 " + text) << coding;
     EXPECT_EQ(Send("PUT", "/damaged", coding), "failed 1/61 ") << coding;
     EXPECT_EQ(Send("PUT", "/text", coding), "failed 1/61 ") << coding;
     EXPECT_EQ(Send("PUT", "/cut", coding), "failed 1/18 ") << coding;
-    EXPECT_NE(m_server->Requests().at(0).headers.at("accept-encoding").find(coding), std::string::npos);
+    EXPECT_NE(asked.find(coding), std::string::npos) << asked;
   }
   EXPECT_EQ(Send("PUT", "/text", "rot13"), "failed 1/61 ");
 }

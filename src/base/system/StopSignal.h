@@ -20,7 +20,7 @@ class WithoutInterrupt {
   WithoutInterrupt& operator=(const WithoutInterrupt&) = delete;
 
  private:
-  void (*m_before)(int) = nullptr;
+  [[maybe_unused]] void (*m_before)(int) = nullptr;  // nothing on Windows
 };
 
 // Writing to a pipe that nobody reads fails instead of ending the process: in all threads, or in the calling one.

@@ -20,7 +20,7 @@
 #define QORVI_EXPORT_DEFINED
 #endif
 
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)  // which has one kind of formats
 #define QORVI_PRINTF(formatIndex, firstArgument) __attribute__((format(gnu_printf, formatIndex, firstArgument)))
 #elif defined(__GNUC__)
 #define QORVI_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
