@@ -39,6 +39,10 @@ TEST_F(ViewDownloadTest, DownloadsTheListsThenFollowsAfterTheGroupsNumber) {
   EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"},{"ID":6,"Name":"six"})"));
   EXPECT_EQ(m_site.Targets("V0/Changes").front(), "/NXAPI/Vantorel/Platform/V0/Changes?After=10");
   EXPECT_EQ(m_site.Server().Requests()[1].target, "/NXAPI/Vantorel/Platform/V0/ViewGroups") << "areas, groups, views";
+  for (const auto& request : m_site.Server().Requests()) {
+    const bool isStream = request.target.find("V0/Changes") != std::string::npos;
+    EXPECT_EQ(request.headers.contains("accept-encoding"), !isStream) << request.target;
+  }
 
   Manager().Stop();
   EXPECT_FALSE(Manager().IsViewDownloadSuccess());

@@ -19,9 +19,9 @@ namespace {
 constexpr int kGzipLevel = 6;
 constexpr int kZstdLevel = 1;
 constexpr int kZstdWindow = 16;  // 64 KiB: half a megabyte for each reply under way, a third of what is usual
-constexpr size_t kPiece = size_t{64} << 10;  // of a text, between which other connections have their turn
+constexpr size_t kTextPiece = size_t{64} << 10;  // of a text, between which other connections have their turn
 
-std::string_view Trimmed(std::string_view text) {
+std::string_view WithoutBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t";
   text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
@@ -32,7 +32,7 @@ std::string_view CutOff(std::string_view& text, char separator) {
   const size_t end = std::min(text.find(separator), text.size());
   const std::string_view before = text.substr(0, end);
   text.remove_prefix(std::min(end + 1, text.size()));
-  return Trimmed(before);
+  return WithoutBlanks(before);
 }
 
 // 1 where there is none, 0 where it is no number from 0 to 1.
@@ -121,7 +121,7 @@ class TextSource : public BodySource {
   uint64_t Length() const override { return m_text.size(); }
   bool Next(std::string& chunk) override {
     if (m_at == m_text.size()) return false;
-    chunk.assign(m_text, m_at, kPiece);
+    chunk.assign(m_text, m_at, kTextPiece);
     m_at += chunk.size();
     return true;
   }
