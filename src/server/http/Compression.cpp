@@ -197,8 +197,9 @@ Coding WantedCoding(std::string_view acceptEncoding) {
   return zstd == best ? Coding::kZstd : Coding::kGzip;
 }
 
-std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply&& reply) {
-  auto text = reply.source ? std::move(reply.source) : std::make_shared<TextSource>(std::move(reply.body));
+std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply& reply) {
+  auto text =
+      reply.source ? std::exchange(reply.source, nullptr) : std::make_shared<TextSource>(std::exchange(reply.body, {}));
   return std::make_shared<CompressedSource>(MakeCompressor(coding), std::move(text));
 }
 

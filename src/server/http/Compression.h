@@ -23,9 +23,9 @@ Coding WantedCoding(std::string_view acceptEncoding);
 // A smaller body is sent as it is.
 constexpr uint64_t kLeastCompressed = 1024;
 
-// The body of `reply`, its source's or its text, compressed, in the chunks of HTTP/1.1 as they go over the wire, with
-// the one that ends it: nobody knows its Length. Nothing of it is there before it is asked for, and nothing is kept but
-// the compressor's window. Throws std::bad_alloc, as its Next does. REQUIRES: not kNone.
-std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply&& reply);
+// Takes the body out of `reply`, its source's or its text, and gives it compressed, in the chunks of HTTP/1.1 as they
+// go over the wire, with the one that ends it: nobody knows its Length. Nothing of it is there before it is asked for,
+// and nothing is kept but the compressor's window. Throws std::bad_alloc, as its Next does. REQUIRES: not kNone.
+std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply& reply);
 
 }  // namespace server

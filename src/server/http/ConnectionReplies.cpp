@@ -87,7 +87,7 @@ void Connection::SendNow(HttpReply reply, bool keepAlive) {
   const bool isCompressible = IsCompressible();
   const Coding coding = isCompressible ? m_coding : Coding::kNone;
   m_head = ReplyHead(m_reply, coding, isCompressible, m_keepAlive, m_isHttp10);
-  if (!m_isHead && coding != Coding::kNone) m_reply.source = CompressedBody(coding, std::move(m_reply));
+  if (!m_isHead && coding != Coding::kNone) m_reply.source = CompressedBody(coding, m_reply);
   if (m_isHead) {
     m_reply.events = nullptr;
     m_reply.source = nullptr;
