@@ -309,7 +309,7 @@ void GrowthSuite() {
   std::vector<unsigned int> sizes{1000, 10000, 100000};
   if (TheOptions().isShort) sizes = {1000, 10000};
   // The smallest once more at the end: a machine that grows slower or faster meanwhile does so for either size.
-  std::vector<unsigned int> order{100};
+  std::vector<unsigned int> order{100};  // for the picture alone
   order.insert(order.end(), sizes.begin(), sizes.end());
   order.push_back(sizes.front());
   for (size_t n = 0; n < order.size(); ++n) {

@@ -3,17 +3,13 @@
 
 #include <stdexcept>
 
+#include "server/http/RequestHead.h"
+
 namespace server {
 
 namespace ip = boost::asio::ip;
 
 namespace {
-
-std::string_view Trimmed(std::string_view text) {
-  const size_t begin = text.find_first_not_of(" \t");
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
-}
 
 // "1.2.3.4", "1.2.3.4:567", "2001:db8::1", "[2001:db8::1]:567".
 std::optional<Address> ParseAddress(std::string_view text) {

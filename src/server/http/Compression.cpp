@@ -11,6 +11,8 @@
 #include <new>
 #include <utility>
 
+#include "server/http/RequestHead.h"
+
 namespace server {
 
 namespace {
@@ -22,18 +24,13 @@ constexpr int kZstdLevel = 1;
 constexpr int kZstdWindow = 18;
 constexpr size_t kTextPiece = size_t{64} << 10;  // of a text, between which other connections have their turn
 
-std::string_view WithoutBlanks(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t";
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-// Cuts off what stands before the separator, which goes too.
+// Cuts off what stands before the separator, which goes too. (Beast's ext_list gives an entry at the end that has no
+// parameters those of the entry before it.)
 std::string_view CutOff(std::string_view& text, char separator) {
   const size_t end = std::min(text.find(separator), text.size());
   const std::string_view before = text.substr(0, end);
   text.remove_prefix(std::min(end + 1, text.size()));
-  return WithoutBlanks(before);
+  return Trimmed(before);
 }
 
 // 1 where there is none, 0 where it is no number from 0 to 1.

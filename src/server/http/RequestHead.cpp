@@ -66,6 +66,12 @@ std::string_view WithoutOrigin(std::string_view target) {
 
 }  // namespace
 
+std::string_view Trimmed(std::string_view text) {
+  const size_t begin = text.find_first_not_of(" \t");
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
+
 std::string Joined(const RequestMessage& message, beast::string_view name) {
   std::string list;
   const auto fields = message.equal_range(name);

@@ -6,6 +6,7 @@
 #include <boost/beast/http/string_body.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "server/http/HttpHandler.h"
 
@@ -23,5 +24,7 @@ void ReadHead(const RequestMessage& message, HttpRequest& request);
 bool WantsContinue(const RequestMessage& message);
 // All fields of that name as one list.
 std::string Joined(const RequestMessage& message, boost::beast::string_view name);
+// Without the blanks and tabs around it.
+std::string_view Trimmed(std::string_view text);
 
 }  // namespace server
