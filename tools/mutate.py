@@ -2,12 +2,13 @@
 # SPDX-License-Identifier: Apache-2.0
 """Asks whether the tests notice faults: puts one after another into the source and runs the tests on each.
 
-usage: tools/mutate.py [--list] SEED [COUNT] [AREA...]
+usage: tools/mutate.py [--list | --again] SEED [COUNT] [AREA...]
 
 COUNT faults (20 unless said) go into each AREA (all unless said), at places that SEED and the committed tree decide. They
 are put into a copy of the tree in build/mutate, never into the tree itself. What became of each is a line of
-build/mutate/SEED.txt, with a table at the end; asked again on the same commit, only what has no line yet is run. --list
-shows the places and builds nothing. The exit status is 0 if in each area the tests noticed nine faults of ten.
+build/mutate/SEED.txt, with a table at the end; asked again on the same commit, only what has no line yet is run. --again,
+after tests have been added, keeps what was noticed by an earlier commit with the same src/ and runs only what survived.
+--list shows the places and builds nothing. The exit status is 0 if in each area the tests noticed nine faults of ten.
 
 A fault that does not compile, or after which the area's object files are what they were, counts for nothing: the next
 place is drawn in its stead.
@@ -190,6 +191,13 @@ def described(place):
     return f"{name}:{line + 1}:{start - line_start + 1}", kind, text.split("\n")[line].strip(), after
 
 
+def sources_of(commit):
+    """What the commit's src/ is; None of a commit that is not here."""
+    asked = subprocess.run(["git", "rev-parse", "--verify", "--quiet", f"{commit}:src"], cwd=ROOT, text=True,
+                           stdout=subprocess.PIPE)
+    return asked.stdout.strip() or None
+
+
 # --- building and testing -----------------------------------------------------------------------------------------
 
 def write_tree():
@@ -244,12 +252,13 @@ def all_tests():
     return tests
 
 
-def complaint(command, seconds):
-    """None if the program ends well; otherwise what it says of it."""
+def complaint(command, seconds, only="*"):
+    """None if the program ends well; otherwise the first test that fails, or what else it says of it."""
     TEMPORARY.mkdir(exist_ok=True)
+    environment = dict(os.environ, TMPDIR=str(TEMPORARY), GTEST_FAIL_FAST="1", GTEST_FILTER=only)
     with tempfile.TemporaryFile("w+", errors="replace") as output:
         process = subprocess.Popen(LIMITS + command, cwd=TEMPORARY, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
-                                   env=dict(os.environ, TMPDIR=str(TEMPORARY)), start_new_session=True)
+                                   env=environment, start_new_session=True)
         try:
             status = process.wait(seconds)
         except subprocess.TimeoutExpired:
@@ -270,7 +279,9 @@ def complaint(command, seconds):
 def lasting_complaint(command, seconds):
     """The same of a program that complains twice: on a busy machine a test may fail without a fault."""
     said = complaint(command, seconds)
-    return said if said in (None, "hangs") else complaint(command, seconds)
+    if said in (None, "hangs"):
+        return said
+    return complaint(command, seconds, said if "." in said else "*") or complaint(command, seconds)
 
 
 def first_complaint(tests, costs, names):
@@ -345,8 +356,8 @@ def table(records):
 
 
 def main(arguments):
-    only_list = "--list" in arguments
-    arguments = [argument for argument in arguments if argument != "--list"]
+    only_list, again = ("--list" in arguments), ("--again" in arguments)
+    arguments = [argument for argument in arguments if argument not in ("--list", "--again")]
     count = int(arguments.pop(1)) if len(arguments) > 1 and arguments[1].isdigit() else 20
     seed, areas = (arguments or [""])[0], arguments[1:] or list(AREAS)
     if not re.fullmatch(r"[\w-]+", seed) or not set(areas) <= AREAS.keys():
@@ -368,7 +379,11 @@ def main(arguments):
     commit = subprocess.run(["git", "rev-parse", "HEAD"], cwd=ROOT, check=True, text=True, stdout=subprocess.PIPE).stdout.strip()
     results = WORK / f"{seed}.txt"
     lines = results.read_text().splitlines() if results.exists() else []
-    known = [line.split("\t") for line in lines if line.count("\t") == 6] if lines[:1] == [commit] else []
+    known = [line.split("\t") for line in lines if line.count("\t") == 6]
+    if again and lines and sources_of(lines[0]) == sources_of(commit):
+        known = [record for record in known if record[0] != "survived"]
+    elif lines[:1] != [commit]:
+        known = []
     known = {tuple(record[1:4]): record for record in known}
 
     configure()
