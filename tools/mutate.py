@@ -319,14 +319,25 @@ def measured(tests, commit):
     return costs
 
 
+def own_tests(area, tests):
+    return [name for name, (_, folder) in tests.items() if folder in AREAS[area][1]]
+
+
+def targets_of(area, tests):
+    """What is built for the area's own tests; some are scripts, or another's program once more."""
+    programs = [pathlib.Path(tests[name][0][0]) for name in own_tests(area, tests)]
+    started = {"host": {"viewctl"}, "server": {"viewserver"}}.get(area, set())
+    return sorted({program.name for program in programs if BUILD in program.parents} | started)
+
+
 def outcome(place, area, unchanged, tests, costs):
     """(caught, survived, same or no-build; by what)"""
     file = TREE / place[0]
     text = file.read_text()
-    own = [name for name, (_, folder) in tests.items() if folder in AREAS[area][1]]
+    own = own_tests(area, tests)
     try:
         file.write_text(faulty(text, place))
-        if not build(*own, *(["viewctl"] if area == "host" else ["viewserver"] if area == "server" else [])):
+        if not build(*targets_of(area, tests)):
             return "no-build", "-"
         if objects(area) == unchanged:
             return "same", "-"
@@ -390,6 +401,9 @@ def main(arguments):
     tests = all_tests()
     costs = measured(tests, commit)
     unchanged = {area: objects(area) for area in areas}
+    for area in areas:
+        if not build(*targets_of(area, tests)):
+            sys.exit(f"mutate: the tests of {area} do not build by themselves: see build/mutate/build.log")
     records = []
     with open(results, "w") as out:
         print(commit, file=out)

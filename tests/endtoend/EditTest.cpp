@@ -43,10 +43,11 @@ class EditTest : public testing::Test {
 };
 
 TEST_F(EditTest, WhatIsChangedIsShownByPageAndWindowAndThenSaved) {
-  const std::string camera = "sed -i 's/\"2031\"/\"2032\"/' $1";
+  const std::string camera = "sed -i 's/\"2031\"/\"2032\"/; s/\"TopX\": 600/\"TopX\": 610/' $1";
   const Outcome dry = Edit(camera, {"--dry-run"});
   EXPECT_EQ(dry.status, 0) << dry.err;
   EXPECT_TRUE(Has(dry.out, "page 1, window 0: ResourceID \"2031\" -> \"2032\"\n")) << dry.out << dry.err;
+  EXPECT_TRUE(Has(dry.out, "page 1, window 0: ZoomWindowList.ZoomWindow[2].TopX 600 -> 610\n")) << dry.out;
   EXPECT_TRUE(Has(Maria({"show", "110"}).out, "id 2031"));
   const Outcome saved = Edit(camera);
   EXPECT_EQ(saved.out, dry.out);

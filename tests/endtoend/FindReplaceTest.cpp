@@ -165,6 +165,13 @@ TEST_F(FindReplaceTest, RelationsAndDoorsAreReplacedAndOthersViewsLeft) {
   EXPECT_TRUE(Has(shared.out, "left view 137 ")) << shared.out << shared.err;
   EXPECT_EQ(shared.status, 0);
   EXPECT_EQ(Maria({"show", "137", "--json"}).out, kenjis);
+
+  const char* turned = R"({"Name":"turned","Type":0,"PlanPages":[{"PlanItems":[{"Sequence":1,"ResourceType":1001,
+      "ResourceID":"2031","SiteID":"1","PresetId":0,"CruiseIndex":2,"TrackIndex":0}]}]})";
+  const Outcome added = Maria({"call", "AddPlan", QString(turned).remove('\n')});
+  EXPECT_EQ(added.status, 0) << added.err;
+  const std::string rows = Maria({"replace", "2031", "2032", "--dry-run"}).out;
+  EXPECT_TRUE(Has(rows, "turned: 1 place; check that it fits: cruise 2\n")) << rows;
 }
 
 TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {

@@ -125,6 +125,19 @@ TEST_F(ReportTest, ItsWordsAreThese) {
   EXPECT_EQ(Shown(said), Shown(Expected("words")));
 }
 
+TEST_F(ReportTest, ABrowserIsToldToRunNoOtherScript) {
+  const ReportReader page(Report("maria"));
+  const QByteArray script = QCryptographicHash::hash(page.Script().toUtf8(), QCryptographicHash::Sha256);
+  QStringList told;
+  for (const Node* meta : page.All("meta")) {
+    for (const QXmlStreamAttribute& one : meta->attributes) told += one.name() + "=" + one.value();
+  }
+  EXPECT_EQ(told.mid(0, 5).join("\n").toStdString(),
+            "charset=utf-8\nhttp-equiv=Content-Security-Policy\ncontent=default-src 'none'; base-uri 'none'; "
+            "form-action 'none'; style-src 'unsafe-inline'; script-src 'sha256-" +
+                script.toBase64().toStdString() + "'\nname=viewport\ncontent=width=device-width, initial-scale=1");
+}
+
 TEST_F(ReportTest, WhatOpensFirstIsMarked) {
   const struct {
     const char* chosen;

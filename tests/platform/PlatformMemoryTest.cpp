@@ -24,6 +24,7 @@ class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore
   void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
     m_failedAllocations = Stop();
     m_outcome = param.GetVal_stru_error_code().GetMainError();
+    EXPECT_EQ(m_outcome != 0, param.GetVal_enumState() == ResourceStore::CIOrlUserObserverParam::Failed);
     ++m_notifications;
   }
   // Downloads the users on `thread`; false where no allocation failed.
