@@ -23,6 +23,7 @@
 #include "SiteData.h"
 #include "Suites.h"
 #include "server/ViewServer.h"
+#include "server/http/Compression.h"
 
 namespace bench {
 
@@ -143,6 +144,10 @@ void MeasureCompression(Curl& curl, const SiteSize& site) {
     });
   }
   curl.Take(nullptr);
+  const auto change = std::make_shared<const std::string>(ChangeText(site, 1, 1, 1, 1));
+  AddFigure({"change of a view over the wire, gzip", "its text", "%"}, {15}, 1, [&] {
+    return 100 * static_cast<double>(server::PackedEvents().Pack(change)->size()) / static_cast<double>(change->size());
+  });
 }
 
 // From the request to the whole text, beside the same without compression.

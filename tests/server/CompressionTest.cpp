@@ -61,7 +61,7 @@ std::string TextOfSize(size_t size, bool isRandom) {
 class InPieces : public BodySource {
  public:
   explicit InPieces(std::string text) : m_text(std::move(text)) {}
-  uint64_t Length() const override { return m_text.size(); }
+  std::optional<uint64_t> Length() const override { return m_text.size(); }
   bool Next(std::string& chunk) override {
     if (m_at == m_text.size()) return false;
     chunk = m_text.substr(m_at, m_piece++);
@@ -74,15 +74,45 @@ class InPieces : public BodySource {
   size_t m_at = 0, m_piece = 0;  // the first piece is empty
 };
 
-// "/text?SIZE" and "/random?SIZE", or in pieces "/text/source?SIZE".
+const std::vector<std::string> kEvents = {"id: 1\ndata: " + TextOfSize(100, false) + "\n\n", "\n", ": nothing\n\n",
+                                          "data: " + TextOfSize(200000, false) + "\n\n", TextOfSize(40000, true),
+                                          "data: end\n\n"};
+
+// Each event once what its listener has is what was given. Ends with the last.
+class OneByOne : public EventSource {
+ public:
+  explicit OneByOne(std::atomic<size_t>& received) : m_received(received) {}
+  bool Take(std::vector<Text>& events) override {
+    if (m_next == kEvents.size()) return m_received < m_given;
+    if (m_received < m_given) return true;
+    events.push_back(std::make_shared<std::string>(kEvents[m_next]));
+    m_given += kEvents[m_next++].size();
+    return true;
+  }
+  bool KeepAlive() override { return true; }
+  bool IsSilent() const override { return true; }
+  void OnReady(std::function<void()>) override {}
+
+ private:
+  const std::atomic<size_t>& m_received;
+  size_t m_next = 0, m_given = 0;
+};
+
+// "/text?SIZE" and "/random?SIZE", or in pieces "/text/source?SIZE"; "/events".
 class Texts : public Echo {
  public:
   HttpReply Handle(const HttpRequest& request) override {
     HttpReply reply;
+    if (request.path == "/events") {
+      reply.events = std::make_shared<OneByOne>(received);
+      return reply;
+    }
     reply.body = TextOfSize(std::stoul(request.query), request.path.starts_with("/random"));
     if (request.path.ends_with("/source")) reply.source = std::make_shared<InPieces>(std::exchange(reply.body, ""));
     return reply;
   }
+
+  std::atomic<size_t> received{0};  // by the client, of what it asks for now
 };
 
 struct Fetched {
@@ -98,12 +128,14 @@ class CompressionTest : public ::testing::Test {
 
   void Serve() {
     m_settings.host = "127.0.0.1";
+    m_settings.heartbeat = std::chrono::milliseconds(5);
     m_server = std::make_unique<HttpServer>(m_settings, m_texts);
   }
   // Over one connection, as far as that is kept. Without `wanted` the client says nothing of codings.
   Fetched Fetch(const std::string& target, const char* wanted, const char* method = "GET",
                 long version = CURL_HTTP_VERSION_1_1) {
     Fetched fetched;
+    m_texts.received = 0;
     curl_easy_reset(m_easy);
     curl_easy_setopt(m_easy, CURLOPT_URL, ("http://127.0.0.1:" + std::to_string(m_server->Port()) + target).c_str());
     curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
@@ -112,11 +144,13 @@ class CompressionTest : public ::testing::Test {
     curl_easy_setopt(m_easy, CURLOPT_ACCEPT_ENCODING, wanted);
     curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, method);
     curl_easy_setopt(m_easy, CURLOPT_NOBODY, std::string(method) == "HEAD" ? 1L : 0L);
-    curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &CompressionTest::Append);
+    curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &CompressionTest::Receive);
     curl_easy_setopt(m_easy, CURLOPT_HEADERFUNCTION, &CompressionTest::Append);
-    curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, &fetched.body);
+    curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(m_easy, CURLOPT_HEADERDATA, &fetched.head);
+    m_received.clear();
     EXPECT_EQ(curl_easy_perform(m_easy), CURLE_OK) << target;
+    fetched.body = std::move(m_received);
     curl_easy_getinfo(m_easy, CURLINFO_RESPONSE_CODE, &fetched.status);
     curl_easy_getinfo(m_easy, CURLINFO_NUM_CONNECTS, &fetched.connections);
     curl_easy_getinfo(m_easy, CURLINFO_SIZE_DOWNLOAD_T, &fetched.onTheWire);
@@ -134,7 +168,15 @@ class CompressionTest : public ::testing::Test {
     return size * count;
   }
 
+  static size_t Receive(char* data, size_t size, size_t count, void* test) {
+    auto& self = *static_cast<CompressionTest*>(test);
+    self.m_received.append(data, size * count);
+    self.m_texts.received = self.m_received.size();
+    return size * count;
+  }
+
   Texts m_texts;
+  std::string m_received;
   std::unique_ptr<HttpServer> m_server;
   CURL* m_easy = curl_easy_init();
 };
@@ -161,6 +203,47 @@ TEST_F(CompressionTest, BodiesOfEverySizeArriveAsTheyAre) {
       }
     }
   }
+}
+
+// None comes before the client has read the one before it.
+TEST_F(CompressionTest, EventsArriveAtOnceAndAsTheyAre) {
+  std::string all;
+  for (const std::string& event : kEvents) all += event;
+  const std::pair<const char*, bool> cases[] = {{nullptr, false},       {"gzip", true}, {"zstd", false},
+                                                {"zstd, gzip", true},   {"*", true},    {"identity, gzip;q=0.9", false},
+                                                {"gzip;q=0.1", true}};
+  for (const auto& [said, isCompressed] : cases) {
+    const std::string what = said ? said : "nothing";
+    const Fetched fetched = Fetch("/events", said);
+    EXPECT_TRUE(fetched.body == all) << what << ' ' << fetched.body.size();
+    EXPECT_EQ(Says(fetched, "Content-Encoding: gzip"), isCompressed) << what << fetched.head;
+    EXPECT_EQ(fetched.onTheWire < 50000, isCompressed) << what << ' ' << fetched.onTheWire;
+  }
+  EXPECT_TRUE(Fetch("/events", "gzip", "GET", CURL_HTTP_VERSION_1_0).body == all);
+  m_settings.compresses = false;
+  Serve();
+  EXPECT_FALSE(Says(Fetch("/events", "gzip"), "Content-Encoding: gzip"));
+}
+
+TEST(PackedEventsTest, AnEventIsPackedOnceForAllWhoHearIt) {
+  PackedEvents packed;
+  const auto event = [](size_t size) { return std::make_shared<const std::string>(TextOfSize(size, true)); };
+  std::vector<Text> events, first;
+  for (int i = 0; i < 32; ++i) {
+    events.push_back(event(100));
+    first.push_back(packed.Pack(events.back()));
+  }
+  for (size_t i = 0; i < events.size(); ++i) EXPECT_EQ(packed.Pack(events[i]), first[i]) << i;
+  EXPECT_NE(packed.Pack(event(100)), first[0]) << "the same text, another event";
+  EXPECT_NE(packed.Pack(events[0]), first[0]) << "33 others were kept";
+  const Text large = event(2 << 20);
+  EXPECT_NE(packed.Pack(large), packed.Pack(large)) << "too large to be kept";
+  std::weak_ptr<const std::string> kept;
+  for (int i = 0; i < 12; ++i) {
+    const Text one = packed.Pack(event(100 << 10));
+    if (i == 0) kept = one;
+  }
+  EXPECT_TRUE(kept.expired()) << "a mebibyte is held";
 }
 
 TEST_F(CompressionTest, OnlyWhatIsReadByWhoAsksIsCompressed) {

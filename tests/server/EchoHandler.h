@@ -17,7 +17,7 @@ namespace server::test {
 
 class Endless : public BodySource {
  public:
-  uint64_t Length() const override { return uint64_t{1} << 40; }
+  std::optional<uint64_t> Length() const override { return uint64_t{1} << 40; }
   bool Next(std::string& chunk) override {
     chunk.assign(1 << 16, 'x');
     return true;

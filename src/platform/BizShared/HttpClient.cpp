@@ -191,8 +191,8 @@ void HttpClient::Lane::SetUp() {
   Set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
   // Younger than any usual server's patience with an idle connection.
   Set(CURLOPT_MAXAGE_CONN, 20L);
-  // Whatever libcurl can undo; but who compresses a stream on its way might hold an event back.
-  if (!request.receive) Set(CURLOPT_ACCEPT_ENCODING, "");
+  // Whatever libcurl can undo; of a stream what servers flush after each event.
+  Set(CURLOPT_ACCEPT_ENCODING, request.receive ? "gzip" : "");
   if (!request.caFile.empty()) Set(CURLOPT_CAINFO, request.caFile.c_str());
   Set(CURLOPT_WRITEFUNCTION, &Lane::OnBody);
   Set(CURLOPT_WRITEDATA, this);

@@ -51,7 +51,7 @@ class ListReply : public BodySource {
     if (!m_list.elements.empty()) m_length += m_list.elements.size() - 1;  // commas
   }
 
-  uint64_t Length() const override { return m_length; }
+  std::optional<uint64_t> Length() const override { return m_length; }
 
   bool Next(std::string& chunk) override {
     const size_t count = m_list.elements.size();

@@ -23,6 +23,10 @@ constexpr int kZstdLevel = 1;
 // 256 KiB: with less a list takes a quarter more; a reply under way holds a mebibyte with it.
 constexpr int kZstdWindow = 18;
 constexpr size_t kTextPiece = size_t{64} << 10;  // of a text, between which other connections have their turn
+constexpr int kDeflateWindow = 15;               // 32 KiB
+// Enough that listeners who hear a change one after another find what has been compressed for the first of them.
+constexpr size_t kKeptEvents = 32;
+constexpr size_t kKeptEventBytes = size_t{1} << 20;
 
 // Cuts off what stands before the separator, which goes too. (Beast's ext_list gives an entry at the end that has no
 // parameters those of the entry before it.)
@@ -46,6 +50,29 @@ double QualityOf(std::string_view parameters) {
   return 1;
 }
 
+struct Qualities {
+  double gzip, zstd, asItIs;
+};
+
+Qualities QualitiesOf(std::string_view acceptEncoding) {
+  constexpr double kUnsaid = -1;
+  Qualities said{kUnsaid, kUnsaid, kUnsaid};
+  double others = 0;
+  while (!acceptEncoding.empty()) {
+    std::string_view entry = CutOff(acceptEncoding, ',');
+    const std::string_view name = CutOff(entry, ';');
+    const auto is = [&name](const char* coding) { return boost::beast::iequals(name, coding); };
+    if (is("gzip") || is("x-gzip")) said.gzip = QualityOf(entry);
+    if (is("zstd")) said.zstd = QualityOf(entry);
+    if (is("identity")) said.asItIs = QualityOf(entry);
+    if (name == "*") others = QualityOf(entry);
+  }
+  for (double* quality : {&said.gzip, &said.zstd, &said.asItIs}) {
+    if (*quality == kUnsaid) *quality = others;
+  }
+  return said;
+}
+
 class Compressor {
  public:
   Compressor() = default;
@@ -63,7 +90,7 @@ class Compressor {
 class GzipCompressor : public Compressor {
  public:
   GzipCompressor() {
-    constexpr int kGzipWindow = 15 + 16;  // 32 KiB, and gzip's head and sum around
+    constexpr int kGzipWindow = kDeflateWindow + 16;  // with gzip's head and sum around
     if (deflateInit2(&m_stream, kGzipLevel, Z_DEFLATED, kGzipWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
       throw std::bad_alloc();
     }
@@ -111,12 +138,31 @@ class ZstdCompressor : public Compressor {
   ZSTD_CCtx* const m_context;
 };
 
+// That ends where a byte does and needs nothing of what stood before it.
+std::string DeflatedAlone(const std::string& text) {
+  z_stream stream{};
+  if (deflateInit2(&stream, kGzipLevel, Z_DEFLATED, -kDeflateWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
+    throw std::bad_alloc();
+  }
+  const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, deflateEnd);
+  constexpr size_t kFlushMark = 16;  // what the flush may add
+  std::string deflated(deflateBound(&stream, text.size()) + kFlushMark, '\0');
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+  stream.avail_in = static_cast<uInt>(text.size());
+  stream.next_out = reinterpret_cast<Bytef*>(deflated.data());
+  stream.avail_out = static_cast<uInt>(deflated.size());
+  deflate(&stream, Z_FULL_FLUSH);
+  deflated.resize(deflated.size() - stream.avail_out);
+  deflated.shrink_to_fit();
+  return deflated;
+}
+
 // A text in pieces.
 class TextSource : public BodySource {
  public:
   explicit TextSource(std::string text) : m_text(std::move(text)) {}
 
-  uint64_t Length() const override { return m_text.size(); }
+  std::optional<uint64_t> Length() const override { return m_text.size(); }
   bool Next(std::string& chunk) override {
     if (m_at == m_text.size()) return false;
     chunk.assign(m_text, m_at, kTextPiece);
@@ -134,25 +180,20 @@ class CompressedSource : public BodySource {
   CompressedSource(std::unique_ptr<Compressor> compressor, std::shared_ptr<BodySource> text)
       : m_compressor(std::move(compressor)), m_text(std::move(text)) {}
 
-  uint64_t Length() const override { return 0; }
+  std::optional<uint64_t> Length() const override { return std::nullopt; }
   bool Next(std::string& chunk) override {
-    if (m_isSent) return false;
-    m_compressed.clear();
-    while (m_compressed.empty()) {
+    chunk.clear();
+    while (chunk.empty() && !m_isSent) {
       m_isSent = !m_text->Next(m_piece);
-      m_compressor->Add(m_isSent ? "" : m_piece, m_isSent, m_compressed);
+      m_compressor->Add(m_isSent ? "" : m_piece, m_isSent, chunk);
     }
-    std::array<char, 16> length{};
-    const auto [end, error] = std::to_chars(length.data(), length.data() + length.size(), m_compressed.size(), 16);
-    chunk.assign(length.data(), end).append("\r\n").append(m_compressed).append("\r\n");
-    if (m_isSent) chunk += "0\r\n\r\n";
-    return true;
+    return !chunk.empty();
   }
 
  private:
   const std::unique_ptr<Compressor> m_compressor;
   const std::shared_ptr<BodySource> m_text;
-  std::string m_piece, m_compressed;
+  std::string m_piece;
   bool m_isSent = false;
 };
 
@@ -176,29 +217,46 @@ const char* NameOf(Coding coding) {
 }
 
 Coding WantedCoding(std::string_view acceptEncoding) {
-  constexpr double kUnsaid = -1;
-  double gzip = kUnsaid, zstd = kUnsaid, asItIs = kUnsaid, others = 0;
-  while (!acceptEncoding.empty()) {
-    std::string_view entry = CutOff(acceptEncoding, ',');
-    const std::string_view name = CutOff(entry, ';');
-    const auto is = [&name](const char* coding) { return boost::beast::iequals(name, coding); };
-    if (is("gzip") || is("x-gzip")) gzip = QualityOf(entry);
-    if (is("zstd")) zstd = QualityOf(entry);
-    if (is("identity")) asItIs = QualityOf(entry);
-    if (name == "*") others = QualityOf(entry);
-  }
-  if (gzip == kUnsaid) gzip = others;
-  if (zstd == kUnsaid) zstd = others;
-  if (asItIs == kUnsaid) asItIs = others;
-  const double best = std::max(gzip, zstd);
-  if (best <= 0 || asItIs > best) return Coding::kNone;
-  return zstd == best ? Coding::kZstd : Coding::kGzip;
+  const Qualities wanted = QualitiesOf(acceptEncoding);
+  const double best = std::max(wanted.gzip, wanted.zstd);
+  if (best <= 0 || wanted.asItIs > best) return Coding::kNone;
+  return wanted.zstd == best ? Coding::kZstd : Coding::kGzip;
+}
+
+Coding WantedStreamCoding(std::string_view acceptEncoding) {
+  const Qualities wanted = QualitiesOf(acceptEncoding);
+  return wanted.gzip > 0 && wanted.gzip >= wanted.asItIs ? Coding::kGzip : Coding::kNone;
 }
 
 std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply& reply) {
   auto text =
       reply.source ? std::exchange(reply.source, nullptr) : std::make_shared<TextSource>(std::exchange(reply.body, {}));
   return std::make_shared<CompressedSource>(MakeCompressor(coding), std::move(text));
+}
+
+Text PackedEvents::Begin() {
+  // Of RFC 1952: deflated, with no name, time or system told.
+  static const Text s_head = std::make_shared<std::string>("\x1f\x8b\x08\0\0\0\0\0\0\xff", 10);
+  return s_head;
+}
+
+Text PackedEvents::Pack(const Text& event) {
+  const std::weak_ptr<const std::string> key = event;
+  {
+    const base::MutexLock lock(m_mutex);
+    for (const Packed& latest : m_latest) {
+      if (!key.owner_before(latest.event) && !latest.event.owner_before(key)) return latest.packed;
+    }
+  }
+  Text packed = std::make_shared<std::string>(DeflatedAlone(*event));
+  const base::MutexLock lock(m_mutex);
+  m_latest.push_back({key, packed});
+  m_bytes += packed->size();
+  while (m_latest.size() > kKeptEvents || m_bytes > kKeptEventBytes) {
+    m_bytes -= m_latest.front().packed->size();
+    m_latest.pop_front();
+  }
+  return packed;
 }
 
 }  // namespace server

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Replies whose body is compressed while it is sent.
+// Replies whose body is compressed while it is sent, and events that are compressed.
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/Mutex.h"
 #include "server/http/HttpHandler.h"
 
 namespace server {
@@ -19,13 +21,35 @@ const char* NameOf(Coding coding);
 // What a client that says so wants most, of what there is; zstd where it is all the same. A client that says nothing
 // wants none, and gets none where it wants nothing that there is.
 Coding WantedCoding(std::string_view acceptEncoding);
+// The same of an event stream: kGzip or kNone.
+Coding WantedStreamCoding(std::string_view acceptEncoding);
 
 // A smaller body is sent as it is.
 constexpr uint64_t kLeastCompressed = 1024;
 
-// Takes the body out of `reply`, its source's or its text, and gives it compressed, in the chunks of HTTP/1.1 as they
-// go over the wire, with the one that ends it: nobody knows its Length. Nothing of it is there before it is asked for,
-// and nothing is kept but the compressor's window. Throws std::bad_alloc, as its Next does. REQUIRES: not kNone.
+// Takes the body out of `reply`, its source's or its text, and gives it compressed; nobody knows its Length. Nothing of
+// it is there before it is asked for, and nothing is kept but the compressor's window. Throws std::bad_alloc, as its
+// Next does. REQUIRES: not kNone.
 std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply& reply);
+
+// Events of streams, each compressed by itself, so that it can follow any other: what many listeners hear is compressed
+// once, and no listener has a window of its own. Any thread.
+class PackedEvents {
+ public:
+  // What a compressed stream begins with.
+  static Text Begin();
+  // Throws std::bad_alloc.
+  Text Pack(const Text& event);
+
+ private:
+  struct Packed {
+    std::weak_ptr<const std::string> event;
+    Text packed;
+  };
+
+  base::Mutex m_mutex;  // leaf
+  std::deque<Packed> m_latest GUARDED_BY(m_mutex);
+  size_t m_bytes GUARDED_BY(m_mutex) = 0;  // packed
+};
 
 }  // namespace server

@@ -111,6 +111,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   template <class Action>
   void OrEnd(const Action& action);
   void SendEvents();
+  void PackEvents();
   void EndEvents() noexcept;
 
   Connections& m_connections;
@@ -128,7 +129,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   HttpRequest m_request;
   bool m_isHead = false;  // the request wants no body
   bool m_isHttp10 = false;
-  Coding m_coding = Coding::kNone;  // that the client wants
+  Coding m_coding = Coding::kNone, m_streamCoding = Coding::kNone;  // that the client wants
 
   std::optional<Answers::Owed> m_owed;      // while a request is worked on, and until an edit's reply is sent
   std::shared_ptr<PendingReply> m_pending;  // until it is there
@@ -144,6 +145,8 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   size_t m_sent = 0;           // of them
   bool m_writing = false;
   bool m_commentDue = false;
+  bool m_packsEvents = false;
+  bool m_isStreamBegun = false;  // the head of what is packed has been sent
   bool m_ended = false;
   std::atomic<bool> m_wakeUnderway{false};
 };

@@ -3,6 +3,7 @@
 #include <array>
 #include <boost/asio/post.hpp>
 #include <boost/asio/write.hpp>
+#include <boost/beast/http/chunk_encode.hpp>
 #include <boost/beast/http/status.hpp>
 #include <memory>
 #include <utility>
@@ -25,23 +26,21 @@ const char* Reason(int status) {
   return http::obsolete_reason(static_cast<http::status>(status)).data();
 }
 
-uint64_t LengthOf(const HttpReply& reply) {
+std::optional<uint64_t> LengthOf(const HttpReply& reply) {
   return reply.source ? reply.source->Length() : reply.body.size();
 }
 
 // HTTP/1.0 closes unless it is told that the connection is kept, HTTP/1.1 keeps it unless it is told of the end.
 std::string ReplyHead(const HttpReply& reply, Coding coding, bool isCompressible, bool keepAlive, bool isHttp10) {
   std::string head = "HTTP/1.1 " + std::to_string(reply.status) + " " + Reason(reply.status) + "\r\n";
-  if (reply.events) {
-    head += "Content-Type: text/event-stream\r\nCache-Control: no-store\r\nX-Accel-Buffering: no\r\n";
-  } else if (coding != Coding::kNone) {
-    head.append("Content-Type: application/json; charset=utf-8\r\nContent-Encoding: ").append(NameOf(coding));
-    head += "\r\nTransfer-Encoding: chunked\r\n";
-  } else {
-    head +=
-        "Content-Type: application/json; charset=utf-8\r\nContent-Length: " + std::to_string(LengthOf(reply)) + "\r\n";
+  head += reply.events ? "Content-Type: text/event-stream\r\nCache-Control: no-store\r\nX-Accel-Buffering: no\r\n"
+                       : "Content-Type: application/json; charset=utf-8\r\n";
+  if (coding != Coding::kNone) head.append("Content-Encoding: ").append(NameOf(coding)) += "\r\n";
+  if (!reply.events) {
+    head += coding != Coding::kNone ? "Transfer-Encoding: chunked\r\n"
+                                    : "Content-Length: " + std::to_string(LengthOf(reply).value()) + "\r\n";
   }
-  if (isCompressible) head += "Vary: Accept-Encoding\r\n";
+  if (isCompressible && !reply.events) head += "Vary: Accept-Encoding\r\n";
   for (const auto& [name, value] : reply.headers) head.append(name).append(": ").append(value).append("\r\n");
   if (!keepAlive) head += "Connection: close\r\n";
   if (keepAlive && isHttp10) head += "Connection: keep-alive\r\n";
@@ -85,9 +84,13 @@ void Connection::SendNow(HttpReply reply, bool keepAlive) {
   m_share.Release();
   if (m_reply.events || m_reply.source) m_reply.body.clear();
   const bool isCompressible = IsCompressible();
-  const Coding coding = isCompressible ? m_coding : Coding::kNone;
+  const Coding coding = !isCompressible ? Coding::kNone : m_reply.events ? m_streamCoding : m_coding;
   m_head = ReplyHead(m_reply, coding, isCompressible, m_keepAlive, m_isHttp10);
-  if (!m_isHead && coding != Coding::kNone) m_reply.source = CompressedBody(coding, m_reply);
+  if (m_reply.events) {
+    m_packsEvents = coding != Coding::kNone;
+  } else if (!m_isHead && coding != Coding::kNone) {
+    m_reply.source = CompressedBody(coding, m_reply);
+  }
   if (m_isHead) {
     m_reply.events = nullptr;
     m_reply.source = nullptr;
@@ -138,8 +141,8 @@ void Connection::WakeForReply() {
 // Edits' replies are short, and a log-in's holds a secret: how short it gets beside what somebody else has chosen would
 // tell of it. What is cut is cut where it stands.
 bool Connection::IsCompressible() const {
-  return m_connections.settings.compresses && m_request.method == "GET" && !m_reply.events && !m_reply.cut &&
-         LengthOf(m_reply) >= kLeastCompressed;
+  return m_connections.settings.compresses && m_request.method == "GET" && !m_reply.cut &&
+         (m_reply.events || LengthOf(m_reply) >= kLeastCompressed);
 }
 
 void Connection::SendPart(uint64_t bytes) {
@@ -152,12 +155,21 @@ void Connection::SendPart(uint64_t bytes) {
 }
 
 void Connection::SendChunk() {
-  if (!m_reply.source->Next(m_chunk)) return OnSent();
+  const bool isLengthKnown = m_reply.source->Length().has_value();
+  const bool isMore = m_reply.source->Next(m_chunk);
+  if (!isMore && isLengthKnown) return OnSent();
   ExpireWrite(m_chunk.size());
-  asio::async_write(m_stream, asio::buffer(m_chunk), [self = shared_from_this()](error_code error, size_t bytes) {
+  auto then = [self = shared_from_this(), isMore](error_code error, size_t bytes) {
     self->Count(bytes);
-    if (!error) self->SendChunk();
-  });
+    if (!error) isMore ? self->SendChunk() : self->OnSent();
+  };
+  if (isLengthKnown) {
+    asio::async_write(m_stream, asio::buffer(m_chunk), std::move(then));
+  } else if (isMore) {
+    asio::async_write(m_stream, http::make_chunk(asio::buffer(m_chunk)), std::move(then));
+  } else {
+    asio::async_write(m_stream, http::make_chunk_last(), std::move(then));
+  }
 }
 
 void Connection::OnSent() {
@@ -295,6 +307,7 @@ void Connection::SendEvents() {
     m_sent = 0;
     if (!m_reply.events->Take(m_events)) return EndEvents();
     if (std::exchange(m_commentDue, false)) m_events.push_back(kComment);
+    if (m_packsEvents) PackEvents();
     if (m_events.empty()) return m_reply.events->HasMore() ? Wake() : void();
   }
   std::vector<asio::const_buffer> buffers;
@@ -315,6 +328,11 @@ void Connection::SendEvents() {
     if (end == self->m_events.size()) self->m_events.clear();
     self->PumpEvents();
   });
+}
+
+void Connection::PackEvents() {
+  for (Text& event : m_events) event = m_connections.packedEvents.Pack(event);
+  if (!std::exchange(m_isStreamBegun, true)) m_events.insert(m_events.begin(), PackedEvents::Begin());
 }
 
 void Connection::EndEvents() noexcept {

@@ -15,6 +15,7 @@
 #include "server/http/Addresses.h"
 #include "server/http/Answers.h"
 #include "server/http/BodyBudget.h"
+#include "server/http/Compression.h"
 #include "server/http/HttpHandler.h"
 #include "server/http/HttpSettings.h"
 #include "server/http/Strangers.h"
@@ -74,6 +75,7 @@ struct Connections {
   Strangers strangers;
   BodyBudget bodies;
   Answers answers;
+  PackedEvents packedEvents;
   const std::shared_ptr<WakeGate> wakeGate = std::make_shared<WakeGate>();
   // One for each thread. Connections die with them, so that what connections use is declared before.
   std::vector<std::unique_ptr<boost::asio::io_context>> ios;

@@ -31,8 +31,8 @@ struct HttpRequest {
 class BodySource {
  public:
   virtual ~BodySource() = default;
-  // The bytes of all pieces together; of a compressed body nobody asks for it.
-  virtual uint64_t Length() const = 0;
+  // The bytes of all pieces together. Nothing where only the last piece tells: none of them is empty then.
+  virtual std::optional<uint64_t> Length() const = 0;
   // Replaces `chunk` by the next piece; false when there was none left.
   virtual bool Next(std::string& chunk) = 0;
 };
