@@ -12,6 +12,7 @@
 #include <string>
 
 #include "ModelCheck.h"
+#include "Peers.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 #include "Report.h"
@@ -178,6 +179,7 @@ void MeasureSite(const SiteSize& size, const Goal& goal) {
     AddRatio({"first load, " + name + ", every log line wanted", "bare DOM parse"}, {}, Loading(), Parsing(text));
     Vant::Base::SetLogSink(std::make_shared<Sink>(5));
   }
+  if (size.name != kLarge.name) CompareReaders(size, text, [&] { return Parsing(text); });
   if (size.name == kSmall.name) {
     ComparePeers(size, text);
     MeasureOtherForms(text);

@@ -19,9 +19,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-double Now(bool byWallClock) {
+double Now(Watch watch) {
+  constexpr clockid_t kClocks[] = {CLOCK_THREAD_CPUTIME_ID, CLOCK_PROCESS_CPUTIME_ID, CLOCK_MONOTONIC};
   timespec time{};
-  clock_gettime(byWallClock ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID, &time);
+  clock_gettime(kClocks[static_cast<int>(watch)], &time);
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
@@ -112,17 +113,17 @@ class Sampler {
 
  private:
   double Seconds(size_t count) {
-    const bool byWallClock = m_side.byWallClock;
+    const Watch watch = m_side.watch;
     if (!m_side.after) {
-      const double begin = Now(byWallClock);
+      const double begin = Now(watch);
       for (size_t n = 0; n < count; ++n) m_side.run();
-      return Now(byWallClock) - begin;
+      return Now(watch) - begin;
     }
     double total = 0;
     for (size_t n = 0; n < count; ++n) {
-      const double begin = Now(byWallClock);
+      const double begin = Now(watch);
       m_side.run();
-      total += Now(byWallClock) - begin;
+      total += Now(watch) - begin;
       m_side.after();
     }
     return total;
@@ -139,9 +140,9 @@ std::pair<double, double> SampleByWallClock(const Side& side, const Side& peer) 
   const size_t runs = TheOptions().isShort ? 11 : 75;
   std::vector<double> times, peerTimes;
   const auto timed = [](const Side& one) {
-    const double begin = Now(true);
+    const double begin = Now(Watch::kWall);
     one.run();
-    return (Now(true) - begin) * 1e9;
+    return (Now(Watch::kWall) - begin) * 1e9;
   };
   for (size_t n = 0; n < runs; ++n) {
     times.push_back(timed(side));
@@ -239,7 +240,7 @@ void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side
   RunNow(row.name + " : " + row.beside, Repetitions(ours.IsLong() || theirs.IsLong()), [&](benchmark::State& state) {
     const bool oursFirst = ratios.size() % 2 == 0;
     double sideTime = 0, peerTime = 0;
-    if (side.byWallClock) {
+    if (side.watch == Watch::kWall) {
       std::tie(sideTime, peerTime) = SampleByWallClock(side, peer);
     } else {
       if (oursFirst) sideTime = ours.Sample();

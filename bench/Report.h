@@ -35,14 +35,19 @@ struct RowText {
   const char* unit = "";  // of a plain figure
 };
 
+// What a side's time is.
+enum class Watch {
+  kThread,   // this thread's processor time, which other programs disturb least
+  kProcess,  // all threads' processor time
+  kWall,     // by the clock on the wall: both sides of a ratio need it, of one unit and with nothing after a run
+};
+
 // One side of a comparison. `run` is measured; `after`, where there is one, follows each run and is not.
 struct Side {
   std::function<void()> run;
   std::function<void()> after = {};
   double units = 1;  // things done in one run: times are given for one of them
-  // By the clock on the wall, for what other threads do: both sides of a ratio then need it, of one unit and with
-  // nothing after a run. Else by this thread's processor time, which other programs disturb less.
-  bool byWallClock = false;
+  Watch watch = Watch::kThread;
 };
 
 // Measures `side` against `peer`, turn and turn about, and adds the row of their ratio.

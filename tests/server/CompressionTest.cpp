@@ -74,8 +74,11 @@ class InPieces : public BodySource {
   size_t m_at = 0, m_piece = 0;  // the first piece is empty
 };
 
-const std::vector<std::string> kEvents = {"id: 1\ndata: " + TextOfSize(100, false) + "\n\n", "\n", ": nothing\n\n",
-                                          "data: " + TextOfSize(200000, false) + "\n\n", TextOfSize(40000, true),
+const std::vector<std::string> kEvents = {"id: 1\ndata: " + TextOfSize(100, false) + "\n\n",
+                                          "\n",
+                                          ": nothing\n\n",
+                                          "data: " + TextOfSize(200000, false) + "\n\n",
+                                          TextOfSize(40000, true),
                                           "data: end\n\n"};
 
 // Each event once what its listener has is what was given. Ends with the last.
@@ -209,8 +212,8 @@ TEST_F(CompressionTest, BodiesOfEverySizeArriveAsTheyAre) {
 TEST_F(CompressionTest, EventsArriveAtOnceAndAsTheyAre) {
   std::string all;
   for (const std::string& event : kEvents) all += event;
-  const std::pair<const char*, bool> cases[] = {{nullptr, false},       {"gzip", true}, {"zstd", false},
-                                                {"zstd, gzip", true},   {"*", true},    {"identity, gzip;q=0.9", false},
+  const std::pair<const char*, bool> cases[] = {{nullptr, false},     {"gzip", true}, {"zstd", false},
+                                                {"zstd, gzip", true}, {"*", true},    {"identity, gzip;q=0.9", false},
                                                 {"gzip;q=0.1", true}};
   for (const auto& [said, isCompressed] : cases) {
     const std::string what = said ? said : "nothing";

@@ -129,9 +129,20 @@ std::string Event::Brief() const {
   return name + " " + (method.IsInt() ? "+*-"[method.GetInt()] : '?') + Plain(At(Element(), "/ID"));
 }
 
-EventStream::EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more)
-    : m_wire(std::make_unique<Wire>(
-          port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after) + more, token) + "\r\n")) {
+namespace {
+
+int EndUnpacking(z_stream* stream) {
+  const int result = inflateEnd(stream);
+  delete stream;
+  return result;
+}
+
+}  // namespace
+
+EventStream::EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more, bool isPacked)
+    : m_wire(std::make_unique<Wire>(port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after) + more, token) +
+                                              (isPacked ? "Accept-Encoding: gzip\r\n\r\n" : "\r\n"))),
+      m_unpacked(nullptr, EndUnpacking) {
   while (m_received.find("\r\n\r\n") == std::string::npos && m_wire->Receive(m_received)) {
   }
   const Answer head = ParseAnswer(m_received);
@@ -140,6 +151,33 @@ EventStream::EventStream(uint16_t port, const std::string& token, int64_t after,
     m_history = history->second;
   }
   m_received.erase(0, m_received.find("\r\n\r\n") + 4);
+  if (!head.headers.contains("content-encoding")) return;
+  constexpr int kGzip = 15 + 16;
+  m_unpacked.reset(new z_stream{});
+  if (inflateInit2(m_unpacked.get(), kGzip) != Z_OK) throw std::bad_alloc();
+  m_packed.swap(m_received);
+  Unpack();
+}
+
+bool EventStream::Receive() {
+  if (!m_unpacked) return m_wire->Receive(m_received);
+  if (!m_wire->Receive(m_packed)) return false;
+  Unpack();
+  return true;
+}
+
+void EventStream::Unpack() {
+  m_unpacked->next_in = reinterpret_cast<Bytef*>(m_packed.data());
+  m_unpacked->avail_in = static_cast<uInt>(m_packed.size());
+  char piece[4096];
+  do {
+    m_unpacked->next_out = reinterpret_cast<Bytef*>(piece);
+    m_unpacked->avail_out = sizeof piece;
+    const int result = inflate(m_unpacked.get(), Z_SYNC_FLUSH);
+    if (result != Z_OK && result != Z_BUF_ERROR) throw std::runtime_error("the stream cannot be unpacked");
+    m_received.append(piece, sizeof piece - m_unpacked->avail_out);
+  } while (m_unpacked->avail_out == 0);
+  m_packed.clear();
 }
 
 bool EventStream::IsNote(size_t end) const {
@@ -150,7 +188,7 @@ int64_t EventStream::NextNote() {
   while (true) {
     const size_t end = m_received.find("\n\n");
     if (end == std::string::npos) {
-      if (!m_wire->Receive(m_received)) return -1;
+      if (!Receive()) return -1;
       continue;
     }
     const bool isComment = m_received[0] == ':';
@@ -169,7 +207,7 @@ Event EventStream::Next() {
     if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no event came in time");
     if (end != std::string::npos) {
       m_received.erase(0, end + 2);
-    } else if (!m_wire->Receive(m_received)) {
+    } else if (!Receive()) {
       return event;
     }
   }

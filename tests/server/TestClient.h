@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
+#include <zlib.h>
 
 #include <chrono>
 #include <filesystem>
@@ -71,7 +72,8 @@ struct Event {
 class EventStream {
  public:
   // `more` of the query: "&History=..."
-  EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more = "");
+  EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more = "",
+              bool isPacked = false);
   int Status() const { return m_status; }
   const std::string& History() const { return m_history; }
   Event Next();                       // skips comments, and notes: an `id` alone
@@ -80,8 +82,12 @@ class EventStream {
 
  private:
   bool IsNote(size_t end) const;  // what stands first and ends there
+  bool Receive();                 // more of the events; false at their end
+  void Unpack();
 
   std::unique_ptr<Wire> m_wire;
+  std::unique_ptr<z_stream, int (*)(z_stream*)> m_unpacked;  // of a packed stream
+  std::string m_packed;
   std::string m_received, m_history;
   int m_status = 0;
 };
@@ -126,6 +132,7 @@ class Client {
   std::string Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const;
   int64_t Sequence() const;
   EventStream Listen(int64_t after, const std::string& more = "") const { return {m_port, m_token, after, more}; }
+  EventStream ListenPacked(int64_t after) const { return {m_port, m_token, after, "", true}; }
   EventStream Listen() const { return Listen(Sequence()); }
 
  private:
