@@ -27,7 +27,11 @@ endforeach()
 
 install(DIRECTORY examples docs DESTINATION ${CMAKE_INSTALL_DATADIR}/qorvi COMPONENT dev)
 if(QORVI_BUILD_PROGRAMS)
-  install(TARGETS viewctl viewserver viewdraw RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  set(programs viewctl viewserver)
+  if(QORVI_BUILD_DRAWING)
+    list(APPEND programs viewdraw)
+  endif()
+  install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(FILES data/site.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qorvi COMPONENT tools)
   foreach(completion bash:bash-completion/completions:viewctl zsh:zsh/site-functions:_viewctl
           fish:fish/vendor_completions.d:viewctl.fish)

@@ -33,8 +33,8 @@ if(QORVI_WERROR)
   target_compile_options(qorvi_options INTERFACE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
 endif()
 if(WIN32)
-  # Windows 10 and later; of its headers no macros min and max, and not what nobody needs.
-  target_compile_definitions(qorvi_options INTERFACE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
+  # Windows 10 and later; of its headers no macros min, max and GetObject, and not what nobody needs.
+  target_compile_definitions(qorvi_options INTERFACE _WIN32_WINNT=0x0A00 NOGDI NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # RapidJSON 1.1 predates the rewritten comparison operators of C++20.

@@ -24,11 +24,18 @@ const char* NameOf(DrawingFormat format) {
   }
 }
 
+QString ProgramFile() {
+  return QStandardPaths::findExecutable("viewdraw", {QCoreApplication::applicationDirPath()});
+}
+
 }  // namespace
 
+bool Drawer::IsInstalled() {
+  return !ProgramFile().isEmpty();
+}
+
 Drawer::Drawer() {
-  const QString folder = QCoreApplication::applicationDirPath();
-  const QString program = QStandardPaths::findExecutable("viewdraw", {folder});
+  const QString program = ProgramFile();
   if (program.isEmpty()) throw Failure(kUsage, "Pictures are drawn by viewdraw, which was not found beside viewctl");
   m_process.setStandardErrorFile(QProcess::nullDevice());
   m_process.start(program, QStringList());

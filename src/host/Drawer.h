@@ -17,6 +17,9 @@ struct DrawingOptions {
 // draws links what viewdraw links.
 class Drawer {
  public:
+  // Not every installation has viewdraw.
+  static bool IsInstalled();
+
   // Throws Failure kUsage where there is no viewdraw.
   Drawer();
   ~Drawer();

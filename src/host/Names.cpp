@@ -206,11 +206,11 @@ Failure Names::NotThere(const std::string& text, Wanted wanted) const {
   const std::string what = kWords[static_cast<int>(wanted)];
   const std::string name = WithoutPrefix(text);
   if (IsId(name)) return {kRefused, "There is no " + what + " " + text + "; viewctl tree lists what there is"};
-  const std::string near = NearPath(name, wanted);
+  const std::string nearest = NearPath(name, wanted);
   const std::string advice =
-      near.empty() || near == name
+      nearest.empty() || nearest == name
           ? ": it takes an id or a path from the top, such as Station/Forecourt; viewctl tree lists them"
-          : "; did you mean \"" + near + "\"? (viewctl tree lists them)";
+          : "; did you mean \"" + nearest + "\"? (viewctl tree lists them)";
   return {kUsage, "There is no " + what + " \"" + text + "\"" + advice};
 }
 

@@ -91,7 +91,8 @@ int main(int argc, char** argv) {
   QCoreApplication::setApplicationVersion(VIEWCTL_VERSION);
 
   CLI::App app("Lists, draws, copies and repairs saved views through QorviViewPlugin", "viewctl");
-  app.require_subcommand(0, 1);  // without one the parser would not name a command it does not know
+  app.allow_windows_style_options(false);  // a path may begin with a slash on Windows, too
+  app.require_subcommand(0, 1);            // without one the parser would not name a command it does not know
   app.fallthrough();
   return ReadAndRun(app, base::Arguments(argc, argv));
 }

@@ -178,6 +178,7 @@ int main(int argc, char** argv) {
   std::string listen = "127.0.0.1:8090";
 
   CLI::App app("Reference management server for views and view groups");
+  app.allow_windows_style_options(false);  // a path may begin with a slash on Windows, too
   app.fallthrough();
   app.add_option("--data", options.dataFile, "the store, made when absent")->required()->type_name("FILE");
   app.add_option("--listen", listen, "where to listen; port 0 picks one")

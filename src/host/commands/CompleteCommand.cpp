@@ -160,6 +160,7 @@ Candidates FromServer(GlobalOptions options, const std::string& kind, const std:
 // The options that say which server, as the line gives them so far.
 GlobalOptions ConnectionOf(const TypedLine& line, const std::string& command) {
   CLI::App app("", "viewctl");
+  app.allow_windows_style_options(false);
   GlobalOptions options;
   AddGlobalOptions(app, options);
   app.add_subcommand(command, "");

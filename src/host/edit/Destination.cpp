@@ -56,9 +56,9 @@ Destination FindDestination(const ViewTree& tree, const std::string& text) {
 std::string AdviceOnMissing(const ViewTree& tree, const Destination& place) {
   std::vector<std::string> names;
   for (const size_t below : tree.folders[place.folder].folders) names.push_back(tree.folders[below].name);
-  const std::string near = Nearest(place.rest[0], names);
-  if (near.empty()) return "; viewctl mkdir makes one";
-  return "; did you mean " + PathText(tree, place.folder) + "/" + EscapedName(near) + "? (viewctl mkdir makes one)";
+  const std::string nearest = Nearest(place.rest[0], names);
+  if (nearest.empty()) return "; viewctl mkdir makes one";
+  return "; did you mean " + PathText(tree, place.folder) + "/" + EscapedName(nearest) + "? (viewctl mkdir makes one)";
 }
 
 const TreeView* ViewNamed(const ViewTree& tree, size_t folder, const std::string& name) {
