@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Views carried from one server to another.
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 
 #include "ViewctlRunner.h"
@@ -135,23 +130,6 @@ TEST_F(ExportImportTest, WhatTheServerRefusesIsReportedAndTheRestIsMade) {
   EXPECT_EQ(LinesWith(outcome, "failed folder public/bad\\u000aname: "), 1) << outcome.out;
   EXPECT_EQ(LinesWith(outcome, "failed view public/bad\\u000aname/lost: its folder was not made"), 1) << outcome.out;
   EXPECT_EQ(LastLine(outcome), "Made 2 folders and 1 view, skipped 0 folders and 0 views, failed 2");
-}
-
-TEST_F(ExportImportTest, ADeviceOrAPipeIsWrittenIntoAndAFileReplaced) {
-  const Site site;
-  EXPECT_EQ(RunAs(site, "maria", {"export", "130", "-o", "/dev/null"}).status, 0);
-  EXPECT_EQ(RunAs(site, "maria", {"export", "130", "-o", "/dev/full"}).status, 2);
-  const std::string pipe = File("pipe").toStdString();
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  const int end = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
-  EXPECT_EQ(RunAs(site, "maria", {"export", "130", "-o", File("pipe")}).status, 0);
-  std::string content(4096, ' ');
-  content.resize(static_cast<size_t>(std::max<ssize_t>(read(end, content.data(), content.size()), 0)));
-  close(end);
-  EXPECT_EQ(content, Export(site, "maria", {"130"}));
-  struct stat left {};
-  ASSERT_EQ(stat(pipe.c_str(), &left), 0);
-  EXPECT_TRUE(S_ISFIFO(left.st_mode));
 }
 
 TEST_F(ExportImportTest, ADryRunMakesNoStore) {

@@ -3,7 +3,7 @@
 #include <QFile>
 
 #include "../platform/ScriptedSite.h"
-#include "TerminalRunner.h"
+#include "ViewctlRunner.h"
 
 namespace test {
 namespace {
@@ -89,19 +89,6 @@ TEST_F(FolderCommandsTest, NothingIsDeletedUnlessSomebodySaysYes) {
   Expect({"rm", "137", "--yes"}, 1, "failed view 137");
   Expect({"rm", "110", "group:6", "--yes"}, 0, "Deleted 2 things, left 0, failed 0");
   EXPECT_FALSE(IsThere("110") || IsThere("119"));
-}
-
-TEST_F(FolderCommandsTest, OnATerminalItAsksBeforeItDeletes) {
-  for (const char* answer : {"\n", "no\n", "yes\n"}) {
-    OnTerminal rm(m_site.As("maria") + QStringList{"rm", "110", "111"}, "sample-maria");
-    EXPECT_TRUE(Has(rm.SaysUntil("[y/N] "), "Delete 2 things? [y/N] "));
-    rm.Type(answer);
-    const Outcome outcome = rm.Finish();
-    const bool isDeleted = *answer == 'y';
-    EXPECT_EQ(outcome.status, isDeleted ? 0 : 2) << outcome.out;
-    EXPECT_EQ(Has(outcome.out, "Nothing was deleted\r\n"), !isDeleted) << outcome.out;
-    EXPECT_NE(IsThere("110"), isDeleted);
-  }
 }
 
 TEST_F(FolderCommandsTest, WhatFailsAgainAndAgainIsGivenUpOnlyWhereTheServerWasAsked) {

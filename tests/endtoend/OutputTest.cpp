@@ -115,5 +115,18 @@ TEST_F(OutputTest, ColoursAndProgressAreForTerminalsThatWantThem) {
   EXPECT_FALSE(Has(pipe.out + pipe.err, "\033") || Has(pipe.out + pipe.err, progress)) << pipe.out << pipe.err;
 }
 
+TEST_F(OutputTest, OnATerminalRmAsksBeforeItDeletes) {
+  for (const char* answer : {"\n", "no\n", "yes\n"}) {
+    OnTerminal rm(m_site.As("maria") + QStringList{"rm", "110", "111"}, "sample-maria");
+    EXPECT_TRUE(Has(rm.SaysUntil("[y/N] "), "Delete 2 things? [y/N] "));
+    rm.Type(answer);
+    const Outcome outcome = rm.Finish();
+    const bool isDeleted = *answer == 'y';
+    EXPECT_EQ(outcome.status, isDeleted ? 0 : 2) << outcome.out;
+    EXPECT_EQ(Has(outcome.out, "Nothing was deleted\r\n"), !isDeleted) << outcome.out;
+    EXPECT_EQ(Maria({"show", "110"}).status == 0, !isDeleted);
+  }
+}
+
 }  // namespace
 }  // namespace test

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "server/ViewServer.h"
+#include "system/StoppableProcess.h"
 
 namespace test {
 
@@ -88,7 +89,7 @@ class Site {
 inline QProcessEnvironment EnvironmentWith(const std::string& password) {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   for (const char* name : {"VIEWCTL_PASSWORD", "VIEWCTL_SERVER", "VIEWCTL_USER", "NO_COLOR"}) environment.remove(name);
-  environment.insert("VIEWCTL_CONFIG", "/dev/null");
+  environment.insert("VIEWCTL_CONFIG", QProcess::nullDevice());
   if (!password.empty()) environment.insert("VIEWCTL_PASSWORD", QString::fromStdString(password));
   return environment;
 }
@@ -99,6 +100,7 @@ class Running {
   Running(const QStringList& arguments, const std::string& password, const QString& program = VIEWCTL_FILE) {
     NeedApplication();
     m_process.setProcessEnvironment(EnvironmentWith(password));
+    test_programs::MakeStoppable(m_process);
     m_process.start(program, arguments);
   }
   ~Running() { Kill(); }
@@ -113,12 +115,7 @@ class Running {
   // What is left of stdout and stderr.
   std::string Output() { return m_process.readAllStandardOutput().toStdString(); }
   std::string Errors() { return m_process.readAllStandardError().toStdString(); }
-  // The processes that it has started.
-  std::vector<qint64> Children() const {
-    const std::string id = std::to_string(m_process.processId());
-    std::istringstream list(ReadFile("/proc/" + id + "/task/" + id + "/children"));
-    return {std::istream_iterator<qint64>(list), {}};
-  }
+  qint64 Id() const { return m_process.processId(); }
   // Ends the input and waits for the exit status; -1: killed, or never ended.
   int Finish() {
     m_process.closeWriteChannel();
@@ -126,7 +123,7 @@ class Running {
   }
   // The same after asking the process to terminate.
   int Terminate() {
-    m_process.terminate();
+    test_programs::AskToStop(m_process);
     return WaitForEnd();
   }
   void Kill() {

@@ -24,6 +24,7 @@
 #include "RandomEdits.h"
 #include "ServerProcess.h"
 #include "StoreReader.h"
+#include "base/system/Files.h"
 #include "host/JsonText.h"
 
 namespace {
@@ -53,8 +54,7 @@ class RandomModelTest : public ::testing::TestWithParam<Mode>, protected RandomE
  protected:
   RandomModelTest() : RandomEdits(Given("RANDOM_MODEL_SEED", std::random_device()()), GetParam() == Mode::Crossing) {
     std::cout << "seed " << m_seed << std::endl;
-    std::string pattern = (std::filesystem::temp_directory_path() / "random-model-XXXXXX").string();
-    m_folder = mkdtemp(pattern.data());
+    m_folder = base::MakeTemporaryFolder("random-model-");
     const QStringList options = m_isLogShort ? QStringList{"--keep-changes", "12"} : QStringList();
     m_server = std::make_unique<ServerProcess>(m_folder, kSeed, FaultPlan(m_seed), options);
     m_store = std::make_unique<StoreReader>(m_server->StoreFile());

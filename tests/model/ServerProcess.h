@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "system/StoppableProcess.h"
+
 // Those of the file that have the text in them.
 inline size_t CountLines(const std::string& file, const std::string& text) {
   size_t count = 0;
@@ -29,7 +31,7 @@ class ServerProcess {
     Start();
   }
   ~ServerProcess() {
-    m_process.terminate();
+    test_programs::AskToStop(m_process);
     if (!m_process.waitForFinished(kWaitMs)) Kill();
   }
 
@@ -48,6 +50,7 @@ class ServerProcess {
                           "--seed",   folder + "/seed.json",
                           "--listen", "[127.0.0.1]:" + QString::number(m_port)};
     if (m_hasFaults) arguments << "--faults" << folder + "/faults.json";
+    test_programs::MakeStoppable(m_process);
     m_process.start(VIEWSERVER_FILE, arguments + m_options);
     while (!m_process.canReadLine()) {
       if (m_process.waitForReadyRead(kWaitMs)) continue;

@@ -20,7 +20,7 @@ class TlsTest : public server::test::ServerTest {
   // Not in the destructor: a process that forgets to clean up has its test here too.
   void TearDown() override { EndDownloads(); }
 
-  std::string File(const std::string& name) const { return m_folder / name; }
+  std::string File(const std::string& name) const { return (m_folder / name).string(); }
   // Has the server present such a certificate.
   void Present(const Certificate& certificate) {
     MakeCertificate(File("server.pem"), certificate);

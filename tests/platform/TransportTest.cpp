@@ -145,9 +145,6 @@ TEST_F(TransportTest, UnpacksWhatTheServerHasCompressed) {
   });
   Send("PUT", "/whole", "gzip");
   const std::string asked = m_server->Requests().at(0).headers["accept-encoding"];
-#ifdef _WIN32
-  if (asked.find("gzip") == std::string::npos) GTEST_SKIP() << "libcurl was built without zlib and libzstd";
-#endif
   for (const char* coding : {"gzip", "zstd"}) {
     EXPECT_EQ(Send("PUT", "/whole", coding), "0/0 " + text) << coding;
     EXPECT_EQ(Send("PUT", "/damaged", coding), "failed 1/61 ") << coding;

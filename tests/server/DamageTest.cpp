@@ -34,7 +34,8 @@ class DamageTest : public ServerTest {
 
   void Damage(const std::string& sql) {
     m_server.reset();
-    std::filesystem::copy_file(File() + ".sound", File(), std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(File());
+    std::filesystem::copy_file(File() + ".sound", File());
     SQLite::Database(File(), SQLite::OPEN_READWRITE, kStoreWaitMs).exec(sql);
   }
 

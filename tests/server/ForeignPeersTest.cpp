@@ -2,7 +2,9 @@
 // Peers that are not ours: a proxy that delays and cuts, curl, nginx as docs/proxies.md has it.
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <list>

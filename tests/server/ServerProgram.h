@@ -1,84 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-// A program as a process of its own, and `viewserver` as one.
+// `viewserver` as a process of its own.
 #pragma once
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <csignal>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
+
+#include "base/system/Files.h"
+#include "system/Program.h"
 
 namespace server::test {
 
-// Ends with the object: SIGTERM, and after ten seconds SIGKILL.
-class Program {
- public:
-  explicit Program(const std::vector<std::string>& command) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    std::vector<char*> arguments;
-    for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
-    m_pid = fork();
-    if (m_pid == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      execvp(arguments[0], arguments.data());
-      _exit(127);
-    }
-    close(ends[1]);
-    m_output = ends[0];
-  }
-  ~Program() {
-    if (!m_isOver) kill(m_pid, SIGTERM);
-    for (int i = 0; i < 1000 && !HasEnded(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    if (!m_isOver) kill(m_pid, SIGKILL), waitpid(m_pid, &m_status, 0);
-    close(m_output);
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  pid_t Pid() const { return m_pid; }
-  bool HasEnded() {
-    m_isOver = m_isOver || waitpid(m_pid, &m_status, WNOHANG) == m_pid;
-    return m_isOver;
-  }
-  // The next line that it writes, or what there is of it after a minute.
-  std::string Line() {
-    std::string line;
-    pollfd readable{m_output, POLLIN, 0};
-    for (char c = 0; c != '\n' && poll(&readable, 1, 60000) > 0 && read(m_output, &c, 1) == 1;) line += c;
-    return line;
-  }
-  // All that it writes until it ends.
-  std::string All() {
-    std::string all;
-    for (std::string line = Line(); !line.empty(); line = Line()) all += line;
-    return all;
-  }
-
- private:
-  pid_t m_pid = 0;
-  int m_output = -1;
-  int m_status = 0;
-  bool m_isOver = false;
-};
+using test_programs::Program;
 
 class TestFolder {
  public:
-  TestFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "viewserver-test-XXXXXX").string();
-    m_path = mkdtemp(pattern.data());
-  }
+  TestFolder() : m_path(base::PathOf(base::MakeTemporaryFolder("viewserver-test-"))) {}
   ~TestFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(m_path, ignored);
@@ -102,13 +42,13 @@ class ServerProgram {
   uint16_t Port() const { return m_port; }
   // The most memory that it has had.
   long PeakMebibytes() const {
-    std::ifstream status("/proc/" + std::to_string(m_program.Pid()) + "/status");
+    std::ifstream status("/proc/" + std::to_string(m_program.Id()) + "/status");
     for (std::string line; std::getline(status, line);) {
       if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6)) / 1024;
     }
     return -1;
   }
-  void ForgetPeak() const { std::ofstream("/proc/" + std::to_string(m_program.Pid()) + "/clear_refs") << 5; }
+  void ForgetPeak() const { std::ofstream("/proc/" + std::to_string(m_program.Id()) + "/clear_refs") << 5; }
 
  private:
   uint16_t AwaitPort() {

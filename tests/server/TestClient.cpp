@@ -8,6 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "base/system/Files.h"
 #include "system/Sockets.h"
 
 namespace server::test {
@@ -290,11 +291,13 @@ namespace {
 
 // In memory where that can be had: waiting for a disk, edit by edit, would be most of the tests' time.
 std::filesystem::path NewFolder() {
-  const std::filesystem::path memory = "/dev/shm";
-  const bool isThere = access(memory.c_str(), W_OK) == 0;
-  std::string pattern =
-      ((isThere ? memory : std::filesystem::temp_directory_path()) / "viewserver-test-XXXXXX").string();
-  return mkdtemp(pattern.data());
+  const std::filesystem::path folder = base::PathOf(base::MakeTemporaryFolder("viewserver-test-"));
+  if (std::filesystem::path::preferred_separator != '/') return folder;
+  const std::filesystem::path inMemory = std::filesystem::path("/dev/shm") / folder.filename();
+  std::error_code none;
+  if (!std::filesystem::create_directory(inMemory, none)) return folder;
+  std::filesystem::remove(folder);
+  return inMemory;
 }
 
 // The content of a store with the three users. Hashing their passwords takes its time, so it is made once.
@@ -307,10 +310,9 @@ const std::string& StoreWithUsers() {
     std::ofstream(options.seedFile) << R"({"Users":[{"ID":1,"Name":"ann","Password":"a","PTZControlPermission":5},
         {"ID":2,"Name":"bob","Password":"b"},{"ID":3,"Name":"cid","Password":"c"}]})";
     { ViewServer server(options); }
-    std::stringstream content;
-    content << std::ifstream(options.dataFile, std::ios::binary).rdbuf();
+    const std::string content = Bytes(options.dataFile);
     std::filesystem::remove_all(folder);
-    return content.str();
+    return content;
   }();
   return s_store;
 }
@@ -341,6 +343,12 @@ void ServerTest::Restart(const ViewServerOptions& options) {
   ann = LogIn("ann");
   bob = LogIn("bob");
   cid = LogIn("cid");
+}
+
+std::string Bytes(const std::string& file) {
+  std::ostringstream bytes;
+  if (std::filesystem::exists(file)) bytes << std::ifstream(file, std::ios::binary).rdbuf();
+  return bytes.str();
 }
 
 std::string FailureOf(const std::function<void()>& action) {

@@ -142,6 +142,9 @@ class Client {
   std::string m_token;
 };
 
+// All that is in a file; nothing where there is none.
+std::string Bytes(const std::string& file);
+
 // A server with the users ann (1), bob (2) and cid (3), and nothing else.
 class ServerTest : public ::testing::Test {
  protected:

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <thread>
 
@@ -11,6 +10,7 @@
 #include "ResourceStore/ResourceObserver.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "host/Plugin.h"
+#include "system/Libraries.h"
 
 namespace {
 
@@ -29,13 +29,7 @@ ResourceStore::COrlUserManager& Users() {
 }
 
 bool IsMapped(const std::string& path) {
-  const std::string name = path.substr(path.rfind('/') + 1);
-  std::ifstream maps("/proc/self/maps");
-  EXPECT_TRUE(maps);
-  for (std::string line; std::getline(maps, line);) {
-    if (line.find(name) != std::string::npos) return true;
-  }
-  return false;
+  return test_libraries::IsLoaded(path.substr(path.rfind('/') + 1));
 }
 
 struct CountingObserver : ResourceData::IResourceObserver {

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+// An access log whose reader is slow or gone.
+#include "server/http/AccessLog.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+
+#include "EchoHandler.h"
+#include "TestClient.h"
+#include "server/http/HttpServer.h"
+
+namespace server::test {
+namespace {
+
+TEST(AccessLogTest, WhoReadsItMayEnd) {
+  const auto file = std::filesystem::temp_directory_path() / ("access-end-" + std::to_string(getpid()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
+  HttpSettings settings;
+  settings.host = "127.0.0.1";
+  settings.accessLog = file.string();
+  Echo echo;
+  auto server = std::make_unique<HttpServer>(settings, echo);
+  close(reader);
+  for (int i = 0; i < 3; ++i) {
+    Wire wire(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
+    EXPECT_EQ(ParseAnswer(wire.ReceiveAll()).status, 200);
+  }
+  server.reset();  // the log is written by now
+  std::filesystem::remove(file);
+}
+
+TEST(AccessLogTest, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
+  constexpr long kRequests = 25000;  // more than the pipe and two batches hold
+  const auto file = std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  const int pipe = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  auto log = std::make_unique<AccessLog>(file.string());
+  std::filesystem::remove(file);
+  AccessEntry entry{"127.0.0.5", "-", {}, "GET /a HTTP/1.1", 200, 0, "", ""};
+  for (long i = 0; i < kRequests; ++i) log->Add(entry);
+
+  std::string text;
+  pollfd readable{pipe, POLLIN, 0};
+  long written = 0, lost = 0, said = 0;
+  while (written + lost < kRequests && poll(&readable, 1, 20000) > 0) {
+    char piece[4096];
+    const ssize_t count = read(pipe, piece, sizeof piece);
+    if (count > 0) text.append(piece, static_cast<size_t>(count));
+    for (size_t end; (end = text.find('\n')) != std::string::npos; text.erase(0, end + 1)) {
+      if (std::sscanf(text.c_str(), "viewserver: %ld requests are not in the access log", &said) == 1) {
+        lost += said;
+      } else {
+        ++written;
+      }
+    }
+  }
+  EXPECT_EQ(written + lost, kRequests);
+  EXPECT_GT(lost, 0);
+  for (long i = 0; i < kRequests; ++i) log->Add(entry);
+  const auto began = std::chrono::steady_clock::now();
+  log.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(20)) << "nor does its end";
+  close(pipe);
+}
+
+}  // namespace
+}  // namespace server::test
