@@ -15,7 +15,7 @@ flags=(--target=x86_64-w64-mingw32 -fsyntax-only -nostdinc
   -isystem "$gcc/c++" -isystem "$gcc/c++/x86_64-w64-mingw32" -isystem "$(clang++ -print-resource-dir)/include"
   -isystem /usr/x86_64-w64-mingw32/include -isystem "$deps/include" -isystem "$deps/include/QtCore"
   -I"$root/src" -I"$root/src/platform" -include "$root/src/json/AllocationFailure.h"
-  -D_WIN32_WINNT=0x0A00 -DNOMINMAX -DWIN32_LEAN_AND_MEAN -DCURL_STATICLIB -DSPDLOG_FMT_EXTERNAL -DFMT_HEADER_ONLY
+  -D_WIN32_WINNT=0x0A00 -DNOGDI -DNOMINMAX -DWIN32_LEAN_AND_MEAN -DCURL_STATICLIB -DSPDLOG_FMT_EXTERNAL -DFMT_HEADER_ONLY
   -Wall -Wextra -Wshadow -Wpedantic -Wshorten-64-to-32 -Wmicrosoft -Wignored-attributes -Wthread-safety -Werror
   -Wno-ambiguous-reversed-operator)  # RapidJSON 1.1 predates the rewritten comparison operators of C++20
 

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Makes the zips for hosts on Windows out of a build folder: libraries, import libraries, headers and CMake package in one,
-# their symbols in the other. Then it unpacks the first one somewhere else, builds a host from what is in it alone, and runs
-# that under Wine against a viewserver of this machine's, where viewctl makes the change that the host has to hear of.
+# Makes the zips for Windows out of a build folder: for hosts libraries, import libraries, headers and CMake package in one,
+# their symbols in another; viewctl and viewserver with the libraries in a third. Then it unpacks the first one somewhere
+# else, builds a host from what is in it alone, and runs that under Wine against a viewserver of this machine's, where viewctl
+# makes the change that the host has to hear of.
 #
 # usage: windows/package.sh BUILD PROGRAMS
 set -euo pipefail
@@ -34,15 +35,26 @@ part_symbols() {
   done
 }
 
+# install_to FOLDER COMPONENT...
+install_to() {
+  local folder=$packages/$1 component
+  for component in "${@:2}"; do
+    cmake --install "$build" --prefix "$folder" --component "$component" >>"$build/install.log"
+  done
+  cp "$here/../LICENSE" "$folder"
+}
+
 pack() {
-  rm -rf "$packages"
+  rm -rf "$packages" "$build/install.log"
   mkdir -p "$packages"
-  cmake --install "$build" --prefix "$packages/$name" >"$build/install.log"
+  install_to "$name" runtime dev
   rm -rf "$packages/$name/lib/pkgconfig"
-  cp "$here/../LICENSE" "$packages/$name"
   part_symbols
+  install_to "$name-tools" runtime tools
+  rm -rf "$packages/$name-tools/share/"{bash-completion,fish,zsh}
+  $target-strip --strip-unneeded "$packages/$name-tools/bin/"*.{dll,exe}
   local folder
-  for folder in "$name" "$name-symbols"; do
+  for folder in "$name" "$name-symbols" "$name-tools"; do
     (cd "$packages" && cmake -E tar cf "$folder.zip" --format=zip "$folder")
     rm -rf "${packages:?}/$folder"
   done

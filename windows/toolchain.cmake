@@ -18,6 +18,10 @@ endif()
 # Nothing of this machine's own libraries is found.
 set(CMAKE_FIND_ROOT_PATH ${QORVI_WINDOWS_DEPS} /usr/${target})
 set(CMAKE_PREFIX_PATH ${QORVI_WINDOWS_DEPS})
+# The packages there say more than CMake's own modules would find.
+set(CMAKE_FIND_PACKAGE_PREFER_CONFIG ON)
+set(ENV{PKG_CONFIG_LIBDIR} ${QORVI_WINDOWS_DEPS}/lib/pkgconfig)
+set(ENV{PKG_CONFIG_PATH} "")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
