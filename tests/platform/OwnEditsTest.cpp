@@ -109,8 +109,10 @@ TEST_F(OwnEditsTest, NumbersThatBeginAnewInAnotherRunAreToldByEmptyDocuments) {
   Load();
   Manager().Stop();
   m_site.SetNumbered(kGroup, View(5, "v", 4), 20);
+  const int asked = m_site.Count("V0/ViewGroups");
   Load();
   ExpectCalls(2, {"G " + Groups(""), "V " + Views("")});
+  EXPECT_EQ(m_site.Count("V0/ViewGroups"), asked + 1) << "they are as new as the views";
 }
 
 TEST_F(OwnEditsTest, TheStreamsNumbersGoWithTheirHistory) {

@@ -71,6 +71,13 @@ TEST_F(TransportTest, RefusesUrlsThatWouldChangeTheirMeaningOnTheWay) {
   EXPECT_EQ(Send("GET", "/a?x=/../y") + Send("GET", "/a..b/...") + Send("POST", "/%00%20"), "0/0 ok0/0 ok0/0 ok");
 }
 
+TEST_F(TransportTest, SendsNothingWithoutBothObjects) {
+  auto recv = std::make_shared<NetLink::CClientRecvInfo>();
+  std::shared_ptr<NetLink::CClientRecvInfo> none;
+  EXPECT_FALSE(Net().ClientSynSend(recv, nullptr, 0));
+  EXPECT_FALSE(Net().ClientSynSend(none, std::make_shared<NetLink::CClientSendInfo>(), 0));
+}
+
 TEST_F(TransportTest, TellsRepliesFromFailures) {
   Serve([](const Request& request, Connection& connection) {
     const std::string& what = request.target;

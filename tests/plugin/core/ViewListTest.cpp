@@ -8,6 +8,7 @@
 #include "../../Cases.h"
 #include "CoreFixture.h"
 #include "ModelText.h"
+#include "QorviViewPlugin/ViewDataManager/document/FlatText.h"
 
 namespace core_test {
 namespace {
@@ -53,6 +54,18 @@ std::string ViewText(const std::string& windows) {
          R"("SequenceIndex":4,"ChangeNumber":"51","CycleTime":20,"AutoCycle":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
          R"("PlanViewItem":[)" +
          windows + R"(]},{"SpliteType":1}],"Method":1})";
+}
+
+// Else the whole list would be left to the plain reader.
+TEST(FlatText, TakesWholeNumbersOf32Bits) {
+  for (const int number : {0, 7, -1, 10, 2147483647, -2147483647 - 1}) {
+    const std::string text = "[" + std::to_string(number) + "]";
+    FlatText flat(text);
+    const FlatPart* const array = flat.Parse();
+    ASSERT_NE(array, nullptr) << text;
+    EXPECT_EQ(array[1].kind, FlatPart::Kind::Int) << text;
+    EXPECT_EQ(array[1].number, number);
+  }
 }
 
 TEST(ViewList, IsReadAsByPathsWhateverItsForm) {
