@@ -81,7 +81,7 @@ run_host() {
   "$programs/viewserver" --data "$1/views.db" --seed "$here/../data/site.json" --listen 127.0.0.1:0 >"$1/server.txt" 2>&1 &
   server=$!
   # shellcheck disable=SC2064
-  trap "kill $server 2>/dev/null || true; rm -rf '$(dirname "$1")'" EXIT
+  trap "kill $server 2>/dev/null || true; '$here/wine' --stop; rm -rf '$(dirname "$1")'" EXIT
   wait_for "Listening on" "$1/server.txt"
   url=$(sed -n 's/^Listening on //p' "$1/server.txt")
   VIEWS_PASSWORD=sample-admin "$here/wine" "$1/bin/host.exe" "$url" admin 100 >"$1/host.txt" 2>&1 &
