@@ -30,16 +30,25 @@ bool LessByCodePoint(const QString& left, const QString& right) {
   });
 }
 
-// A collator is not to be used by two threads at once, and is costly to make.
+QCollator MakeNaturalOrder() {
+  QCollator made(QLocale(QLocale::English, QLocale::UnitedStates));
+  made.setNumericMode(true);
+  made.setCaseSensitivity(Qt::CaseInsensitive);
+  return made;
+}
+
+// A collator is not to be used by two threads at once. It is costly to make but on Windows, where mingw-w64 takes a
+// thread's memory away before what stands in it is destroyed.
+#ifdef _WIN32
+QCollator NaturalOrder() {
+  return MakeNaturalOrder();
+}
+#else
 const QCollator& NaturalOrder() {
-  thread_local const QCollator collator = [] {
-    QCollator made(QLocale(QLocale::English, QLocale::UnitedStates));
-    made.setNumericMode(true);
-    made.setCaseSensitivity(Qt::CaseInsensitive);
-    return made;
-  }();
+  thread_local const QCollator collator = MakeNaturalOrder();
   return collator;
 }
+#endif
 
 }  // namespace
 
