@@ -27,6 +27,8 @@ constexpr int kDeflateWindow = 15;               // 32 KiB
 // Enough that listeners who hear a change one after another find what has been compressed for the first of them.
 constexpr size_t kKeptEvents = 32;
 constexpr size_t kKeptEventBytes = size_t{1} << 20;
+// Some milliseconds, in which the thread serves nobody else.
+constexpr size_t kLongestDeflated = size_t{256} << 10;
 
 // Cuts off what stands before the separator, which goes too. (Beast's ext_list gives an entry at the end that has no
 // parameters those of the entry before it.)
@@ -141,9 +143,8 @@ class ZstdCompressor : public Compressor {
 // That ends where a byte does and needs nothing of what stood before it.
 std::string DeflatedAlone(const std::string& text) {
   z_stream stream{};
-  if (deflateInit2(&stream, kGzipLevel, Z_DEFLATED, -kDeflateWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
-    throw std::bad_alloc();
-  }
+  const int level = text.size() > kLongestDeflated ? Z_NO_COMPRESSION : kGzipLevel;
+  if (deflateInit2(&stream, level, Z_DEFLATED, -kDeflateWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK) throw std::bad_alloc();
   const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, deflateEnd);
   constexpr size_t kFlushMark = 16;  // what the flush may add
   std::string deflated(deflateBound(&stream, text.size()) + kFlushMark, '\0');
@@ -216,16 +217,12 @@ const char* NameOf(Coding coding) {
   return "";
 }
 
-Coding WantedCoding(std::string_view acceptEncoding) {
+Codings WantedCodings(std::string_view acceptEncoding) {
   const Qualities wanted = QualitiesOf(acceptEncoding);
-  const double best = std::max(wanted.gzip, wanted.zstd);
-  if (best <= 0 || wanted.asItIs > best) return Coding::kNone;
-  return wanted.zstd == best ? Coding::kZstd : Coding::kGzip;
-}
-
-Coding WantedStreamCoding(std::string_view acceptEncoding) {
-  const Qualities wanted = QualitiesOf(acceptEncoding);
-  return wanted.gzip > 0 && wanted.gzip >= wanted.asItIs ? Coding::kGzip : Coding::kNone;
+  Codings codings;
+  if (wanted.gzip > 0 && wanted.gzip >= wanted.asItIs) codings.ofStream = codings.ofBody = Coding::kGzip;
+  if (wanted.zstd > 0 && wanted.zstd >= std::max(wanted.gzip, wanted.asItIs)) codings.ofBody = Coding::kZstd;
+  return codings;
 }
 
 std::shared_ptr<BodySource> CompressedBody(Coding coding, HttpReply& reply) {
@@ -245,15 +242,20 @@ Text PackedEvents::Pack(const Text& event) {
   {
     const base::MutexLock lock(m_mutex);
     for (const Packed& latest : m_latest) {
-      if (!key.owner_before(latest.event) && !latest.event.owner_before(key)) return latest.packed;
+      if (key.owner_before(latest.event) || latest.event.owner_before(key)) continue;
+      if (Text packed = latest.packed.lock()) return packed;
     }
   }
   Text packed = std::make_shared<std::string>(DeflatedAlone(*event));
   const base::MutexLock lock(m_mutex);
-  m_latest.push_back({key, packed});
+  m_latest.push_back({key, packed, packed});
   m_bytes += packed->size();
-  while (m_latest.size() > kKeptEvents || m_bytes > kKeptEventBytes) {
-    m_bytes -= m_latest.front().packed->size();
+  for (Packed& oldest : m_latest) {
+    if (m_bytes <= kKeptEventBytes) break;
+    if (const Text gone = std::exchange(oldest.kept, nullptr)) m_bytes -= gone->size();
+  }
+  if (m_latest.size() > kKeptEvents) {
+    if (m_latest.front().kept) m_bytes -= m_latest.front().kept->size();
     m_latest.pop_front();
   }
   return packed;

@@ -75,7 +75,7 @@ void Connection::AwaitRequest() {
   m_connections.strangers.SetBusy(*this, false);
   m_request = {};
   m_isHead = m_isHttp10 = false;  // for what is no request, either
-  m_coding = m_streamCoding = Coding::kNone;
+  m_codings = {};
   m_parser.emplace();
   m_parser->header_limit(kMaxHead);
   m_parser->body_limit(boost::none);  // set once the head tells who asks
@@ -133,11 +133,7 @@ void Connection::TakeHead() {
   m_isHttp10 = message.version() < 11;
   server::ReadHead(message, m_request);
   // HTTP/1.0 has no chunks, and so no body whose length shows at its end.
-  if (!m_isHttp10 && m_connections.settings.compresses) {
-    const std::string accepted = Joined(message, "Accept-Encoding");
-    m_coding = WantedCoding(accepted);
-    m_streamCoding = WantedStreamCoding(accepted);
-  }
+  if (!m_isHttp10) m_codings = WantedCodings(Joined(message, "Accept-Encoding"));
   const Address client = m_connections.proxies.Client(m_peer, Joined(message, "X-Forwarded-For"));
   m_request.peer = client.to_string();
   m_request.network = NetworkOf(client);

@@ -111,7 +111,6 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   template <class Action>
   void OrEnd(const Action& action);
   void SendEvents();
-  void PackEvents();
   void EndEvents() noexcept;
 
   Connections& m_connections;
@@ -129,7 +128,7 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   HttpRequest m_request;
   bool m_isHead = false;  // the request wants no body
   bool m_isHttp10 = false;
-  Coding m_coding = Coding::kNone, m_streamCoding = Coding::kNone;  // that the client wants
+  Codings m_codings;  // that the client wants
 
   std::optional<Answers::Owed> m_owed;      // while a request is worked on, and until an edit's reply is sent
   std::shared_ptr<PendingReply> m_pending;  // until it is there
@@ -146,7 +145,6 @@ class Connection final : public Stranger, public std::enable_shared_from_this<Co
   bool m_writing = false;
   bool m_commentDue = false;
   bool m_packsEvents = false;
-  bool m_isStreamBegun = false;  // the head of what is packed has been sent
   bool m_ended = false;
   std::atomic<bool> m_wakeUnderway{false};
 };

@@ -37,8 +37,8 @@ std::string ReplyHead(const HttpReply& reply, Coding coding, bool isCompressible
                        : "Content-Type: application/json; charset=utf-8\r\n";
   if (coding != Coding::kNone) head.append("Content-Encoding: ").append(NameOf(coding)) += "\r\n";
   if (!reply.events) {
-    head += coding != Coding::kNone ? "Transfer-Encoding: chunked\r\n"
-                                    : "Content-Length: " + std::to_string(LengthOf(reply).value()) + "\r\n";
+    const std::optional<uint64_t> length = LengthOf(reply);
+    head += length ? "Content-Length: " + std::to_string(*length) + "\r\n" : "Transfer-Encoding: chunked\r\n";
   }
   if (isCompressible && !reply.events) head += "Vary: Accept-Encoding\r\n";
   for (const auto& [name, value] : reply.headers) head.append(name).append(": ").append(value).append("\r\n");
@@ -84,13 +84,11 @@ void Connection::SendNow(HttpReply reply, bool keepAlive) {
   m_share.Release();
   if (m_reply.events || m_reply.source) m_reply.body.clear();
   const bool isCompressible = IsCompressible();
-  const Coding coding = !isCompressible ? Coding::kNone : m_reply.events ? m_streamCoding : m_coding;
+  const Codings codings = isCompressible ? m_codings : Codings();
+  const Coding coding = m_reply.events ? codings.ofStream : codings.ofBody;
+  m_packsEvents = m_reply.events && coding != Coding::kNone;
+  if (!m_reply.events && coding != Coding::kNone) m_reply.source = CompressedBody(coding, m_reply);
   m_head = ReplyHead(m_reply, coding, isCompressible, m_keepAlive, m_isHttp10);
-  if (m_reply.events) {
-    m_packsEvents = coding != Coding::kNone;
-  } else if (!m_isHead && coding != Coding::kNone) {
-    m_reply.source = CompressedBody(coding, m_reply);
-  }
   if (m_isHead) {
     m_reply.events = nullptr;
     m_reply.source = nullptr;
@@ -234,6 +232,7 @@ void Connection::StartEvents() {
   });
   m_chunk.resize(512);
   OrEnd([this] {
+    if (m_packsEvents) m_events.push_back(PackedEvents::Begin());
     WatchForEnd();
     StartHeartbeat();
   });
@@ -307,7 +306,9 @@ void Connection::SendEvents() {
     m_sent = 0;
     if (!m_reply.events->Take(m_events)) return EndEvents();
     if (std::exchange(m_commentDue, false)) m_events.push_back(kComment);
-    if (m_packsEvents) PackEvents();
+    if (m_packsEvents) {
+      for (Text& event : m_events) event = m_connections.packedEvents.Pack(event);
+    }
     if (m_events.empty()) return m_reply.events->HasMore() ? Wake() : void();
   }
   std::vector<asio::const_buffer> buffers;
@@ -328,11 +329,6 @@ void Connection::SendEvents() {
     if (end == self->m_events.size()) self->m_events.clear();
     self->PumpEvents();
   });
-}
-
-void Connection::PackEvents() {
-  for (Text& event : m_events) event = m_connections.packedEvents.Pack(event);
-  if (!std::exchange(m_isStreamBegun, true)) m_events.insert(m_events.begin(), PackedEvents::Begin());
 }
 
 void Connection::EndEvents() noexcept {
