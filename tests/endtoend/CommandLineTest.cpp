@@ -164,6 +164,12 @@ TEST_F(CommandLineTest, TheHelpSaysTrulyWhereThePluginIsLookedFor) {
   const Outcome alone = test::Run({"tree"}, {}, {}, folder.filePath("bin/viewctl"));
   EXPECT_EQ(alone.status, 2);
   EXPECT_TRUE(Has(alone.err, "QorviViewPlugin was not found in ../lib")) << alone.err;
+  // Nor is there a viewdraw, without which the tour ends well.
+  const QString plugin = QFileInfo(QString(VIEWCTL_FILE)).dir().filePath("../lib/libQorviViewPlugin.so");
+  const Outcome demo = test::Run({"demo", "--plugin", plugin}, {}, {}, folder.filePath("bin/viewctl"));
+  EXPECT_EQ(demo.status, 0) << demo.err;
+  EXPECT_TRUE(Has(demo.out, "which is not here. In letters \"Platform 1 edge, magnified\" is:\n\nPlatform 1 edge"));
+  EXPECT_TRUE(Has(demo.out, "┘\n\nThat was the tour; the server and its folder go away with it.\n")) << demo.out;
 }
 
 TEST_F(CommandLineTest, EveryCommandTakesPathsToo) {

@@ -97,9 +97,8 @@ void Tour::Run() {
   OpenAtStart();
   DeleteView();
   FolderAndContent();
-  DrawOne();
-  Tell("\nThat was the tour; the server and its folder go away with it" +
-       std::string(Drawer::IsInstalled() ? ", the picture stays." : "."));
+  const std::string isLeft = DrawOne() ? ", the picture stays." : ".";
+  Tell("\nThat was the tour; the server and its folder go away with it" + isLeft);
 }
 
 void Tour::LookAround() {
@@ -228,7 +227,7 @@ void Tour::FolderAndContent() {
   Hears(m_maria, Event(kStation, kChildRemoved, folder));
 }
 
-void Tour::DrawOne() {
+bool Tour::DrawOne() {
   Chapter("A picture to take along");
   std::string plan;
   Require(m_plugin.Ask("GetPlanDetail", ObjectText().Add("ID", kMagnified).Text(), plan), "the view is still there");
@@ -238,7 +237,7 @@ void Tour::DrawOne() {
     std::string page = DescribePage(drawing::ReadPage(read, 1), ColumnsOut());
     page.pop_back();
     Tell(page);
-    return;
+    return false;
   }
   const std::string picture = Drawer().Draw(ValidUtf8(plan), 1, {});
   QTemporaryFile file(QDir::temp().filePath("viewctl-demo-XXXXXX.svg"));
@@ -247,6 +246,7 @@ void Tour::DrawOne() {
   Require(file.open() && file.write(picture.data(), size) == size && file.flush(), "the picture can be written");
   Tell("\"Platform 1 edge, magnified\" is drawn in " + file.fileName().toStdString());
   Tell("viewctl report -o site.html draws all of them, with an index of what is shown where.");
+  return true;
 }
 
 rapidjson::Document Tour::Do(Side& side, const std::string& function, const std::string& request) {

@@ -21,7 +21,7 @@ class Tour {
   void OpenAtStart();
   void DeleteView();
   void FolderAndContent();
-  void DrawOne();
+  bool DrawOne();  // false where nothing draws pictures
 
   // Makes a call that must answer true, and hands out the answer.
   rapidjson::Document Do(Side& side, const std::string& function, const std::string& request);
