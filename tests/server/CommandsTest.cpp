@@ -18,9 +18,6 @@ namespace {
 
 class CommandsTest : public ServerTest {
  protected:
-  std::string File() const { return Options().dataFile; }
-  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-
   std::string Users(const std::string& file) const {
     std::ostringstream out;
     ListUsers(file, out);

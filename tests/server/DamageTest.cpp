@@ -30,8 +30,6 @@ class DamageTest : public ServerTest {
     std::filesystem::copy_file(File(), File() + ".sound");
   }
 
-  std::string File() const { return Options().dataFile; }
-
   void Damage(const std::string& sql) {
     m_server.reset();
     std::filesystem::remove(File());

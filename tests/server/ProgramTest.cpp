@@ -19,11 +19,7 @@
 namespace server::test {
 namespace {
 
-class ProgramTest : public ServerTest {
- protected:
-  std::string File() const { return Options().dataFile; }
-  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-};
+using ProgramTest = ServerTest;
 
 // Processes of their own: SQLite tells the threads of one apart by other means.
 TEST_F(ProgramTest, SeveralMayMakeAStoreAtOnce) {

@@ -160,6 +160,8 @@ class ServerTest : public ::testing::Test {
     change(options);
     Restart(options);
   }
+  std::string File() const { return Options().dataFile; }  // the store
+  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
   std::string WriteFile(const std::string& name, const std::string& text) const;
   Client LogIn(const std::string& user) const;  // a new session
 

@@ -58,8 +58,6 @@ class UpgradeTest : public ServerTest {
     std::filesystem::create_directory(m_folder);
   }
 
-  std::string File() const { return Options().dataFile; }
-
   // A store of version 1 as a process left it that was killed: its last rows are in the WAL.
   void MakeOldStore(const std::string& more = "") {
     const std::string made = File() + ".made";

@@ -12,7 +12,7 @@ namespace test_programs {
 // SIGTERM, or on Windows the break key for a process of a group of its own. False where nobody can be asked: Wine has
 // no console unless it is started on a terminal.
 bool AskToStop(int64_t process);
-// On Windows: with which flags a process is made that can be asked so. It has this one's console.
+// On Windows alone: with which flags a process is made that can be asked so. It has this one's console.
 std::uint32_t FlagsOfStoppable(std::uint32_t flags);
 
 // Ends with the object: asked to stop, and after ten seconds killed.

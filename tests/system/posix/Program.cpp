@@ -24,10 +24,6 @@ bool AskToStop(int64_t process) {
   return kill(static_cast<pid_t>(process), SIGTERM) == 0;
 }
 
-std::uint32_t FlagsOfStoppable(std::uint32_t flags) {
-  return flags;
-}
-
 Program::Program(const std::vector<std::string>& command) : m_process(std::make_unique<Process>()) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
