@@ -83,13 +83,14 @@ step() {
 
 # key NAME: of all that decides how it is built. Comments are not in it.
 key() {
-  local helper other
+  local helper other text
+  text=$(declare -f "build_$1")
+  for helper in archive library_package package pkg_config; do
+    [[ $text != *" $helper "* ]] || text+=$'\n'$(declare -f $helper)
+  done
   {
     echo "$compiler"
-    declare -f "build_$1"
-    for helper in archive package pkg_config; do
-      [[ $(declare -f "build_$1") != *" $helper "* ]] || declare -f $helper
-    done
+    echo "$text"
     for other in ${links[$1]-}; do key "$other"; done
   } | sha256sum | head -c 16
 }
@@ -152,6 +153,17 @@ package() {
   } >"$prefix/lib/cmake/$1/$1Config.cmake"
 }
 
+# library_package NAME TARGET LIBRARY: such a package of one static library.
+library_package() {
+  package "$1" <<END
+if(NOT TARGET $2)
+  add_library($2 STATIC IMPORTED GLOBAL)
+  set_target_properties($2 PROPERTIES IMPORTED_LOCATION \${prefix}/lib/$3)
+  target_include_directories($2 SYSTEM INTERFACE \${prefix}/include)
+endif()
+END
+}
+
 # pkg_config NAME LIBRARY... [-- FLAG...]: the same for pkg-config.
 pkg_config() {
   local name=$1 libraries=()
@@ -204,13 +216,7 @@ build_zlib() {
   cp "$source"/{zlib,zconf}.h "$prefix/include"
   archive libz.a -D_LARGEFILE64_SOURCE=1 -- "$source"/{adler32,compress,crc32,deflate,infback,inffast,inflate,inftrees,trees,uncompr,zutil}.c \
     "$source"/{gzclose,gzlib,gzread,gzwrite}.c
-  package ZLIB <<'END'
-if(NOT TARGET ZLIB::ZLIB)
-  add_library(ZLIB::ZLIB INTERFACE IMPORTED GLOBAL)
-  target_include_directories(ZLIB::ZLIB SYSTEM INTERFACE ${prefix}/include)
-  target_link_libraries(ZLIB::ZLIB INTERFACE ${prefix}/lib/libz.a)
-endif()
-END
+  library_package ZLIB ZLIB::ZLIB libz.a
   pkg_config zlib -lz
 }
 
@@ -219,13 +225,6 @@ build_zstd() {
   local lib=$work/src/libzstd/lib
   cp "$lib"/{zstd,zstd_errors}.h "$prefix/include"
   archive libzstd.a -DZSTD_DISABLE_ASM -I"$lib" -- "$lib"/{common,compress,decompress}/*.c
-  package zstd <<'END'
-if(NOT TARGET zstd::libzstd_static)
-  add_library(zstd::libzstd_static INTERFACE IMPORTED GLOBAL)
-  target_include_directories(zstd::libzstd_static SYSTEM INTERFACE ${prefix}/include)
-  target_link_libraries(zstd::libzstd_static INTERFACE ${prefix}/lib/libzstd.a)
-endif()
-END
   pkg_config libzstd -lzstd
 }
 
@@ -259,13 +258,7 @@ build_sqlite() {
   archive libsqlite3.a -DSQLITE_THREADSAFE=1 -DSQLITE_ENABLE_COLUMN_METADATA -DSQLITE_SECURE_DELETE \
     -DSQLITE_ENABLE_UNLOCK_NOTIFY -DSQLITE_ENABLE_DBSTAT_VTAB -DSQLITE_MAX_VARIABLE_NUMBER=250000 -- \
     "$work/sqlite/sqlite3.c"
-  package SQLite3 <<'END'
-if(NOT TARGET SQLite::SQLite3)
-  add_library(SQLite::SQLite3 INTERFACE IMPORTED GLOBAL)
-  target_include_directories(SQLite::SQLite3 SYSTEM INTERFACE ${prefix}/include)
-  target_link_libraries(SQLite::SQLite3 INTERFACE ${prefix}/lib/libsqlite3.a)
-endif()
-END
+  library_package SQLite3 SQLite::SQLite3 libsqlite3.a
 }
 
 build_sqlitecpp() {
