@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Runs viewctl.exe and viewserver.exe under Wine: the demo's tour, each of the two against this machine's other one, in a
-# folder whose name has blanks and umlauts, a store that another server holds, and a report of what cannot be drawn.
+# folder whose name has blanks and umlauts, a store that another server holds, a picture without viewdraw, and Ctrl-C.
 #
 # usage: windows/programs_test.sh BUILD PROGRAMS    PROGRAMS: the folder of this machine's viewctl and viewserver
 set -euo pipefail
@@ -94,6 +94,9 @@ tour
 say "the demo's tour ends well"
 serve on_windows "$folder/views.db"
 work
+status=0
+on_windows viewctl --server "$url" --user maria draw 110 -o "$folder/110.svg" 2>"$folder/draw.err" || status=$?
+((status == 2)) && grep -q "viewdraw, which was not found" "$folder/draw.err" || die "draw: $status, $(cat "$folder/draw.err")"
 status=0
 on_windows viewserver --data "$folder/views.db" --listen 127.0.0.1:0 >"$folder/second.txt" 2>&1 || status=$?
 ((status != 0)) || die "a second server takes the same store"
