@@ -25,13 +25,13 @@ bool IsElementKnown(int type, unsigned int elementId) {
 
 }  // namespace
 
-CView::CView(const CView& other) : CNonThreadSafe(other), m_info(other.m_info), mapResourceFlag(other.Flags()) {}
+CView::CView(const CView& other) : CNonThreadSafe(other), m_info(other.m_info), mapResourceFlag(other.CopyOfFlags()) {}
 
 CView& CView::operator=(const CView& other) {
   if (this == &other) return *this;
   m_info = other.m_info;
-  std::map<int, bool> flags = other.Flags();
-  MutexLock lock(m_flagLock);
+  std::unique_ptr<ResourceFlags> flags = other.CopyOfFlags();
+  MutexLock lock(s_flagLock);
   mapResourceFlag.swap(flags);
   return *this;
 }
@@ -41,22 +41,24 @@ bool CView::SetInfo(ViewInfo info) {
   return true;
 }
 
-std::map<int, bool> CView::Flags() const {
-  MutexLock lock(m_flagLock);
-  return mapResourceFlag;
+std::unique_ptr<CView::ResourceFlags> CView::CopyOfFlags() const {
+  MutexLock lock(s_flagLock);
+  return mapResourceFlag ? std::make_unique<ResourceFlags>(*mapResourceFlag) : nullptr;
 }
 
 void CView::SetResourceFlag(int type, bool flag) {
-  MutexLock lock(m_flagLock);
-  mapResourceFlag[type] = flag;
+  MutexLock lock(s_flagLock);
+  if (!mapResourceFlag) mapResourceFlag = std::make_unique<ResourceFlags>();
+  (*mapResourceFlag)[type] = flag;
 }
 
 bool CView::CheckResourceExist(int type) const {
   bool flag = false;
   {
-    MutexLock lock(m_flagLock);
-    const auto entry = mapResourceFlag.find(type);
-    if (entry == mapResourceFlag.end()) return false;
+    MutexLock lock(s_flagLock);
+    if (!mapResourceFlag) return false;
+    const auto entry = mapResourceFlag->find(type);
+    if (entry == mapResourceFlag->end()) return false;
     flag = entry->second;
   }
   const bool showsUnknown = ShowsUnknownElement(*Info(), type);

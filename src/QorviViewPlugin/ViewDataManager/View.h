@@ -69,17 +69,20 @@ class CView : public Vant::Base::CNonThreadSafe {
 
   // Marks whether elements of that resource type are watched. Marks, and the pending checks that depend on them, exist
   // for programs outside this repository only.
-  void SetResourceFlag(int type, bool flag) EXCLUDES(m_flagLock);
+  void SetResourceFlag(int type, bool flag) EXCLUDES(s_flagLock);
   // The mark; but false when the type was never marked or a window of that type shows an element that the platform does
   // not know.
-  bool CheckResourceExist(int type) const EXCLUDES(m_flagLock);
+  bool CheckResourceExist(int type) const EXCLUDES(s_flagLock);
 
  private:
-  std::map<int, bool> Flags() const EXCLUDES(m_flagLock);
+  using ResourceFlags = std::map<int, bool>;
+
+  std::unique_ptr<ResourceFlags> CopyOfFlags() const EXCLUDES(s_flagLock);
 
   RecordSlot<ViewInfo> m_info;
-  mutable Mutex m_flagLock;  // leaf lock
-  std::map<int, bool> mapResourceFlag GUARDED_BY(m_flagLock);
+  // Few views are marked, if any, so that a view has room for neither marks nor a lock of its own. A leaf lock.
+  static inline Mutex s_flagLock;
+  std::unique_ptr<ResourceFlags> mapResourceFlag GUARDED_BY(s_flagLock);
 };
 
 // Whether a window of that type, one of the four checked ones (camera, door, radar, elevator), shows an element that

@@ -5,6 +5,7 @@
 #include "../../Gate.h"
 #include "CoreFixture.h"
 #include "QorviViewPlugin/ViewDataManager/ViewExport.h"
+#include "QorviViewPlugin/base/Locks.h"
 
 namespace core_test {
 namespace {
@@ -85,6 +86,29 @@ TEST_F(ThreadTest, ChangesThatArriveWhileQueuedOnesAreAppliedComeAfterThem) {
   EXPECT_EQ(load.get(), kLoadedAnswer);
   add("4");
   EXPECT_EQ(Members(1), "1'' 2'' 3'' 4'' ");
+}
+
+// Or readers without end would keep changes from the cache.
+TEST(SharedMutexTest, WhoWaitsToWriteGoesBeforeWhoComesToReadAfterwards) {
+  SharedMutex mutex;
+  bool isWritten = false;
+  std::future<void> writer;
+  std::future<bool> reader;
+  {
+    const ReadLock earlier(mutex);
+    writer = std::async(std::launch::async, [&] {
+      const WriteLock lock(mutex);
+      isWritten = true;
+    });
+    EXPECT_EQ(writer.wait_for(500ms), std::future_status::timeout);
+    reader = std::async(std::launch::async, [&] {
+      const ReadLock lock(mutex);
+      return isWritten;
+    });
+    EXPECT_EQ(reader.wait_for(100ms), std::future_status::timeout);
+  }
+  EXPECT_TRUE(reader.get());
+  writer.get();
 }
 
 TEST_F(ThreadTest, AFloodOfChangesDoesNotKeepALoadFromEnding) {
