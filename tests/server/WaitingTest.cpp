@@ -10,6 +10,7 @@
 #include <ctime>
 #include <deque>
 #include <future>
+#include <map>
 #include <numeric>
 #include <set>
 #include <thread>
@@ -264,34 +265,42 @@ TEST_F(WaitingTest, SharingWithTenThousandHoldsNobodyLongerThan50Milliseconds) {
 }
 
 TEST_F(WaitingTest, ManyReadsAreAnsweredWhileALargeEditIsMade) {
-  constexpr int kViews = 8000, kUsers = 10000;  // as many as a view may be shared with at once
-  std::string seed, ids, users;
-  for (int i = 1; i <= kViews; ++i) {
-    seed += (i == 1 ? "" : ",") + std::string(R"({"ID":)") + std::to_string(i) + R"(,"Name":"V","UserID":1})";
-    ids += (i == 1 ? "" : ",") + std::to_string(i);
+  // A busy machine may give the reader no moment in an edit. Then there are others.
+  constexpr int kRounds = 5, kViews = 8000, kUsers = 10000;  // as many as a view may be shared with at once
+  std::string seed, users;
+  for (int id = 1; id <= kRounds * kViews; ++id) {
+    seed += (id == 1 ? "" : ",") + std::string(R"({"ID":)") + std::to_string(id) + R"(,"Name":"V","UserID":1})";
   }
   m_server.reset();
   for (int32_t user : AddUsers(kUsers)) users += (users.empty() ? "" : ",") + std::to_string(user);
   RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", R"({"Views":[)" + seed + "]}"); });
-  const std::string group = std::to_string(ann.AddGroup("G", -1, kAnn));
-  for (const Request& edit :
-       {Request{"PUT", "V0/Views/Move", MoveBody(1, std::stoi(group), ids)},
-        Request{"POST", "V1/View/1/Share", ShareBody(users)}, Request{"DELETE", "V0/ViewGroups/" + group, ""}}) {
-    const int64_t before = bob.Sequence();
-    std::atomic<bool> isDone{false};
-    std::thread editor([&] {
-      EXPECT_EQ(ann.Request(edit.method, edit.path, edit.body).Outcome(), "0/0 200");
-      isDone = true;
-    });
-    // Changes of which others are to come show that readers are let in meanwhile.
-    std::set<int64_t> seen;
-    while (!isDone) seen.insert(bob.Sequence());
-    editor.join();
-    const int64_t last = bob.Sequence();
-    seen.erase(before);
-    seen.erase(last);
-    EXPECT_EQ(seen.empty(), last == before + 1) << edit.path;
-    RecordProperty(edit.method + std::string("_seen_between"), static_cast<int>(seen.size()));
+  std::map<std::string, size_t> seenBetween{{"PUT", 0}, {"DELETE", 0}};
+  for (int round = 0; round < kRounds && std::min(seenBetween["PUT"], seenBetween["DELETE"]) == 0; ++round) {
+    const int first = 1 + round * kViews;
+    std::string ids;
+    for (int id = first; id < first + kViews; ++id) ids += (ids.empty() ? "" : ",") + std::to_string(id);
+    const std::string group = std::to_string(ann.AddGroup("G", -1, kAnn));
+    for (const Request& edit : {Request{"PUT", "V0/Views/Move", MoveBody(1, std::stoi(group), ids)},
+                                Request{"POST", "V1/View/" + std::to_string(first) + "/Share", ShareBody(users)},
+                                Request{"DELETE", "V0/ViewGroups/" + group, ""}}) {
+      const int64_t before = bob.Sequence();
+      std::atomic<bool> isDone{false};
+      std::thread editor([&] {
+        EXPECT_EQ(ann.Request(edit.method, edit.path, edit.body).Outcome(), "0/0 200");
+        isDone = true;
+      });
+      // Changes of which others are to come show that readers are let in meanwhile.
+      std::set<int64_t> seen;
+      while (!isDone) seen.insert(bob.Sequence());
+      editor.join();
+      seen.erase(before);
+      seen.erase(bob.Sequence());
+      seenBetween[edit.method] += seen.size();
+    }
+  }
+  for (const auto& [method, seen] : seenBetween) {
+    EXPECT_EQ(seen > 0, method != "POST") << method << " (sharing is one change)";
+    RecordProperty(method + "_seen_between", static_cast<int>(seen));
   }
 }
 
