@@ -10,8 +10,9 @@ build/mutate/SEED.txt, with a table at the end; asked again on the same commit, 
 after tests have been added, keeps what was noticed by an earlier commit with the same src/ and runs only what survived.
 --list shows the places and builds nothing. The exit status is 0 if in each area the tests noticed nine faults of ten.
 
-A fault that does not compile, or after which the area's object files are what they were, counts for nothing: the next
-place is drawn in its stead.
+A fault that does not compile, after which the area's object files are what they were, or that tools/harmless_faults.txt
+lists because nobody can tell the program with it from the right one, counts for nothing: the next place is drawn in its
+stead.
 """
 
 import concurrent.futures
@@ -38,6 +39,7 @@ def say(text):
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build/mutate"
 TREE, BUILD, TEMPORARY = WORK / "tree", WORK / "build", WORK / "tmp"
+HARMLESS = "tools/harmless_faults.txt"
 
 # Each area's folders in src/, and in tests/ those of the tests that are asked first.
 AREAS = {
@@ -60,6 +62,7 @@ NO_CODE = re.compile(
       | (?P<string>"(?:\\.|[^"\\\n])*")
       | (?P<char>(?<![0-9A-Fa-f])'(?:\\.|[^'\\\n])+')
       | (?P<checked>\bstatic_assert\s*\([^;]*;)
+      | (?P<reserved>\breserve\([^;]*;)
       | (?P<annotation>\b(?:CAPABILITY|GUARDED_BY|ACQUIRE|ACQUIRE_SHARED|RELEASE|RELEASE_GENERIC|REQUIRES|REQUIRES_SHARED
           |EXCLUDES)\([^)]*\))""",
     re.X | re.M | re.S)
@@ -189,6 +192,22 @@ def described(place):
     line, line_start = text.count("\n", 0, start), text.rfind("\n", 0, start) + 1
     after = faulty(text, place).split("\n")[line].strip()
     return f"{name}:{line + 1}:{start - line_start + 1}", kind, text.split("\n")[line].strip(), after
+
+
+def harmless_faults():
+    """The (file, line before, line after) of HARMLESS. Each line there has these and a reason, with tabs in between."""
+    faults = set()
+    for n, line in enumerate((TREE / HARMLESS).read_text().splitlines(), 1):
+        if line and not line.startswith("#"):
+            fields = line.split("\t")
+            if len(fields) != 4 or not all(fields):
+                sys.exit(f"mutate: {HARMLESS}:{n}: not file, line before, line after and reason")
+            name, before, _, _ = fields
+            file = TREE / name
+            if not file.is_file() or before not in (line.strip() for line in file.read_text().splitlines()):
+                sys.exit(f"mutate: {HARMLESS}:{n}: {name} has no such line any more")
+            faults.add(tuple(fields[:3]))
+    return faults
 
 
 def sources_of(commit):
@@ -381,6 +400,7 @@ def main(arguments):
     except BlockingIOError:
         sys.exit("mutate: another one is at work in build/mutate")
     write_tree()
+    harmless = harmless_faults()
     if only_list:
         for area in areas:
             for place, _ in zip(drawn_places(seed, area), range(count)):
@@ -415,6 +435,8 @@ def main(arguments):
                 if counted == count:
                     break
                 where, kind, before, after = described(place)
+                if (place[0], before, after) in harmless:
+                    continue
                 record = known.get((area, where, kind))
                 if not record:
                     start = time.monotonic()
