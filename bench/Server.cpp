@@ -20,8 +20,10 @@
 #include "QorviViewPlugin/ViewDataManager/ViewGroupManager.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 #include "Report.h"
+#include "ResourceStore/ViewGroupManager.h"
 #include "SiteData.h"
 #include "Suites.h"
+#include "ThinWire.h"
 #include "server/ViewServer.h"
 #include "server/http/Compression.h"
 
@@ -74,7 +76,6 @@ class Curl {
     curl_easy_setopt(m_easy, CURLOPT_HTTPHEADER, m_headers);
     curl_easy_setopt(m_easy, CURLOPT_PROXY, "");
     curl_easy_setopt(m_easy, CURLOPT_ACCEPT_ENCODING, m_coding);
-    curl_easy_setopt(m_easy, CURLOPT_MAX_RECV_SPEED_LARGE, m_speed);
     if (!body.empty()) {
       curl_easy_setopt(m_easy, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
       curl_easy_setopt(m_easy, CURLOPT_POSTFIELDS, body.c_str());
@@ -84,12 +85,8 @@ class Curl {
     Check(curl_easy_perform(m_easy) == CURLE_OK, std::string("request failed: ") + method + " " + path);
     return m_reply;
   }
-  // What is asked for from now on: how replies are compressed, null as they are, and how many bytes of them are taken
-  // in a second, 0 without a limit.
-  void Take(const char* coding, curl_off_t speed = 0) {
-    m_coding = coding;
-    m_speed = speed;
-  }
+  // How replies are asked for from now on; null is as they are.
+  void Take(const char* coding) { m_coding = coding; }
   // Those of the last reply's body.
   double BytesOnTheWire() const {
     curl_off_t bytes = 0;
@@ -110,7 +107,6 @@ class Curl {
   CURL* m_easy;
   curl_slist* m_headers = nullptr;
   const char* m_coding = nullptr;
-  curl_off_t m_speed = 0;
   std::string m_reply;
 };
 
@@ -120,6 +116,29 @@ double Seconds(Run run) {
   run();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
+
+// A server with the site, and a session of its user.
+struct SeededServer {
+  explicit SeededServer(const SiteSize& site) : server(OptionsFor(folder, site)) {
+    server.Start();
+    const auto session = server.OpenLocalSession("bench");
+    if (!session) throw std::runtime_error("no session");
+    token = session->token;
+  }
+
+  Folder folder;
+  server::ViewServer server;
+  std::string token;
+
+ private:
+  static server::ViewServerOptions OptionsFor(const Folder& folder, const SiteSize& site) {
+    std::ofstream(folder.File("seed.json"), std::ios::binary) << SeedText(site);
+    server::ViewServerOptions options;
+    options.dataFile = folder.File("site.db");
+    options.seedFile = folder.File("seed.json");
+    return options;
+  }
+};
 
 void MeasureList(Curl& curl, const SiteSize& site) {
   const std::string list = ViewListText(site);
@@ -150,15 +169,34 @@ void MeasureCompression(Curl& curl, const SiteSize& site) {
   });
 }
 
-// From the request to the whole text, beside the same without compression.
-void MeasureThinWire(Curl& curl, const SiteSize& site, int megabits) {
-  const auto seconds = [&](const char* coding) {
-    curl.Take(coding, curl_off_t{megabits} * 1000000 / 8);
-    return Seconds([&] { curl.Send("GET", kViews); });
+// From the start of the platform's download to the library's model, through that wire.
+double SecondsToModel(const SiteSize& site, const std::string& url, const std::string& token) {
+  auto& downloads = ResourceStore::CViewGroupManager::Instance();
+  BizShared::CNetCommManager::Instance().SetServer(url);
+  BizShared::CNetCommManager::Instance().SetToken(token);
+  std::string response;
+  const double seconds = Seconds([&] {
+    downloads.Start();
+    while (!downloads.IsViewDownloadSuccess()) std::this_thread::sleep_for(std::chrono::microseconds(200));
+    Check(IsInitViewGroupFinish("", response) && IsInitViewFinish("", response), "the site was not loaded");
+  });
+  Check(Manager().GetViewByID(site.views) != nullptr, "the last view has not come");
+  downloads.Stop();
+  ClearViewData();
+  BizShared::CNetCommManager::Instance().SetServer("");
+  return seconds;
+}
+
+// Beside the same with the list as it is.
+void MeasureThinWire(const SeededServer& seeded, const SiteSize& site, int megabits) {
+  const auto seconds = [&](ThinWire::Replies replies) {
+    const ThinWire wire(seeded.server.Url(), megabits * 1e6, replies);
+    return SecondsToModel(site, wire.Url(), seeded.token);
   };
-  AddFigure({"list of " + std::string(site.name) + " at " + std::to_string(megabits) + " Mbit/s, zstd", "as it is"},
-            {1}, 3, [&] { return seconds("zstd") / seconds(nullptr); });
-  curl.Take(nullptr);
+  AddFigure(
+      {"request to model of " + std::string(site.name) + " at " + std::to_string(megabits) + " Mbit/s, compressed",
+       "as it is"},
+      {1}, 3, [&] { return seconds(ThinWire::Replies::kAsAsked) / seconds(ThinWire::Replies::kUncompressed); });
 }
 
 void MeasureBareInserts(const std::string& file, const std::string& body, int count, const std::string& synchronous) {
@@ -232,7 +270,7 @@ void MeasureRoundTrip(Curl& curl, const server::ViewServer& server, const std::s
   BizShared::CNetCommManager::Instance().SetServer(server.Url());
   BizShared::CNetCommManager::Instance().SetToken(token);
   ViewInfo view = MakeView(site, 1);
-  auto& manager = Vant::Base::CSingleton<CViewGroupManager>::Instance();
+  auto& manager = Manager();
   manager.InsertViewToCache(view, true);
   const std::string request = UpdateRequest(1, view.idViewGroup);
   std::string response;
@@ -253,46 +291,19 @@ void MeasureRoundTrip(Curl& curl, const server::ViewServer& server, const std::s
   ClearViewData();
 }
 
-// A server with the site, and a session of its user.
-struct SeededServer {
-  explicit SeededServer(const SiteSize& site) : server(OptionsFor(folder, site)) {
-    server.Start();
-    const auto session = server.OpenLocalSession("bench");
-    if (!session) throw std::runtime_error("no session");
-    token = session->token;
-  }
-
-  Folder folder;
-  server::ViewServer server;
-  std::string token;
-
- private:
-  static server::ViewServerOptions OptionsFor(const Folder& folder, const SiteSize& site) {
-    std::ofstream(folder.File("seed.json"), std::ios::binary) << SeedText(site);
-    server::ViewServerOptions options;
-    options.dataFile = folder.File("site.db");
-    options.seedFile = folder.File("seed.json");
-    return options;
-  }
-};
-
 }  // namespace
 
 void ServerSuite() {
   SiteSize site = kMedium;
   if (TheOptions().isShort) site.views /= 10;
-  {
-    const SeededServer small(kSmall);
-    Curl curl(small.server.Url(), small.token);
-    MeasureThinWire(curl, kSmall, 10);
-  }
+  MeasureThinWire(SeededServer(kSmall), kSmall, 10);
   const SeededServer seeded(site);
   const server::ViewServer& server = seeded.server;
   Curl curl(server.Url(), seeded.token);
   MeasureList(curl, site);
   MeasureCompression(curl, site);
-  MeasureThinWire(curl, site, 100);
-  MeasureThinWire(curl, site, 1000);
+  MeasureThinWire(seeded, site, 100);
+  MeasureThinWire(seeded, site, 1000);
   MeasureEdits(curl, site, seeded.folder);
   MeasureEditsOfSeveral(server, seeded.token, site, seeded.folder);
   MeasureRoundTrip(curl, server, seeded.token);
