@@ -17,29 +17,40 @@ rapidjson::Value::StringRefType KeyRef(const char* key) {
 
 const rapidjson::Value* IJSONStruct::Find(const Value& value, const char* key) {
   if (!value.IsObject()) return nullptr;
-  const auto found = value.FindMember(Value(KeyRef(key)));
-  return found == value.MemberEnd() ? nullptr : &found->value;
+  const Value name(KeyRef(key));
+  if (m_inOrder < value.MemberCount()) {
+    const auto next = value.MemberBegin() + m_inOrder;
+    if (next->name == name) {
+      // Nothing before it has this name, or the first would count.
+      ++m_inOrder;
+      return &next->value;
+    }
+  }
+  const auto found = value.FindMember(name);
+  if (found == value.MemberEnd()) return nullptr;
+  m_inOrder = kOutOfOrder;
+  return &found->value;
 }
 
 void IJSONStruct::ReadInteger(const Value& value, const char* key, Integer& field) {
   const Value* found = Find(value, key);
   if (!found || !found->IsInt()) return;
   field = found->GetInt();
-  m_readKeys.insert(key);
+  NoteRead(key);
 }
 
 void IJSONStruct::ReadBoolean(const Value& value, const char* key, Boolean& field) {
   const Value* found = Find(value, key);
   if (!found || !found->IsBool()) return;
   field = found->GetBool();
-  m_readKeys.insert(key);
+  NoteRead(key);
 }
 
 void IJSONStruct::ReadText(const Value& value, const char* key, Text& field) {
   const Value* found = Find(value, key);
   if (!found || !found->IsString()) return;
   field = found->GetString();
-  m_readKeys.insert(key);
+  NoteRead(key);
 }
 
 bool IJSONStruct::IsLeftOut(const char* key) const {

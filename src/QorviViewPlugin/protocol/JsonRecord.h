@@ -79,7 +79,7 @@ struct IJSONStruct {
   // For a nested object or an array, which is moved from.
   void AddValue(Value& object, const char* key, Value& value, Allocator& allocator) const;
 
-  // The keys whose values this adapter has read.
+  // The keys whose values this adapter has read. Those of nested adapters, which nobody can ask, stay empty.
   std::unordered_set<std::string> m_readKeys;
   // May be null, which restricts nothing.
   std::shared_ptr<JSONKeyFilter> m_keyFilter;
@@ -88,10 +88,22 @@ struct IJSONStruct {
   // Adapters are local objects that nobody deletes through the interface.
   ~IJSONStruct() = default;
 
+  // Before the members of an object are read.
+  void BeginObject() { m_inOrder = 0; }
+
  private:
   // The member's value, or null when there is none.
-  static const Value* Find(const Value& value, const char* key);
+  const Value* Find(const Value& value, const char* key);
+  void NoteRead(const char* key) {
+    if (!m_isNested) m_readKeys.insert(key);
+  }
   bool IsLeftOut(const char* key) const;
+
+  bool m_isNested = false;
+  // Members mostly stand in the order in which they are asked for. So many at the beginning have been found there, each
+  // once; kOutOfOrder since one stood elsewhere.
+  static constexpr rapidjson::SizeType kOutOfOrder = UINT32_MAX;
+  rapidjson::SizeType m_inOrder = 0;
 };
 
 struct JSONStructAdapter : IJSONStruct {
@@ -141,19 +153,21 @@ void IJSONStruct::ReadNested(const Value& value, const char* key, Data& field) {
   const Value* found = Find(value, key);
   if (!found || !found->IsObject()) return;
   AdapterOf<Data> nested(&field);
+  static_cast<IJSONStruct&>(nested).m_isNested = true;
   nested.FromJSON(*found);
-  m_readKeys.insert(key);
+  NoteRead(key);
 }
 
 template <class Data>
 void IJSONStruct::ReadSequence(const Value& value, const char* key, Sequence<Data>& field) {
   const Value* found = Find(value, key);
   if (!found || !found->IsArray()) return;
-  m_readKeys.insert(key);
+  NoteRead(key);
   field.reserve(field.size() + found->Size());
   for (const Value& element : found->GetArray()) {
     Data data;
     AdapterOf<Data> nested(&data);
+    static_cast<IJSONStruct&>(nested).m_isNested = true;
     nested.FromJSON(element);
     field.push_back(std::move(data));
   }
@@ -182,6 +196,7 @@ void RecordAdapter<Record>::ReadField(const rapidjson::Value& value, const char*
 
 template <class Record>
 void RecordAdapter<Record>::FromJSON(const rapidjson::Value& value) {
+  BeginObject();
   ForEachField<Data>([&](const auto& field) { ReadField(value, field.key, m_pData->*field.member); });
 }
 
