@@ -162,6 +162,17 @@ TEST_F(TransportTest, UnpacksWhatTheServerHasCompressed) {
   EXPECT_EQ(Send("PUT", "/text", "rot13"), "failed 1/61 ");
 }
 
+TEST_F(TransportTest, AReplyThatUnpacksToMoreThanAGibibyteIsRefused) {
+  std::string packed("\x28\xb5\x2f\xfd\x00\x38", 6);
+  for (int n = 0; n < 8193; ++n) packed += std::string("\x02\x00\x10 ", 4);  // a blank 131,072 times
+  Serve([&](const Request& request, Connection& connection) {
+    if (request.target == "/") return connection.Reply(200, "{}");
+    connection.Reply(200, packed, "Content-Encoding: zstd\r\n");
+  });
+  EXPECT_EQ(Send("GET", "/blanks"), "failed 1/63 ");
+  EXPECT_EQ(Send("GET", "/"), "0/0 {}");
+}
+
 TEST_F(TransportTest, AnEditWhoseAnswerIsLostIsNotMadeTwice) {
   Serve([](const Request& request, Connection& connection) {
     if (request.target == "/warm-up") return connection.Reply(200, "ok");

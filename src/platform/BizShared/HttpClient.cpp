@@ -98,6 +98,7 @@ class HttpClient::Lane {
   CURLcode m_setUp = CURLE_OK;
   int m_timesSent = 0;
   bool m_headComplete = false;
+  bool m_isTooLarge = false;
   bool m_hasBegun = false;  // to hand out
   bool m_hasSucceeded = false;
 };
@@ -131,6 +132,7 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   m_piece.clear();
   m_timesSent = 0;
   m_headComplete = false;
+  m_isTooLarge = false;
   m_hasBegun = false;
   m_setUp = m_multi && m_easy ? CURLE_OK : CURLE_OUT_OF_MEMORY;
   if (m_setUp == CURLE_OK) SetUp();
@@ -139,6 +141,7 @@ HttpReply HttpClient::Lane::Perform(const HttpRequest& request) {
   // curl would send an edit again when a kept connection dies before the first byte of the answer; the server may have
   // carried it out by then, so it ends here as what it is: an empty reply.
   if (m_timesSent > 1 && m_reply.curlCode == CURLE_ABORTED_BY_CALLBACK) m_reply.curlCode = CURLE_GOT_NOTHING;
+  if (m_isTooLarge) m_reply.curlCode = CURLE_FILESIZE_EXCEEDED;
   // curl takes a reply whose head is cut off for one without a body.
   if (m_reply.curlCode == CURLE_OK && !m_headComplete) m_reply.curlCode = CURLE_PARTIAL_FILE;
   if (m_easy) {
@@ -266,7 +269,10 @@ size_t HttpClient::Lane::OnBody(char* data, size_t size, size_t count, void* sel
   size_t length = size * count;
   lane.m_lastByte = Clock::now();
   std::string& target = lane.m_request->receive && lane.m_reply.status == 200 ? lane.m_piece : lane.m_reply.body;
-  if (target.size() + length > kMaxBody) return 0;
+  if (target.size() + length > kMaxBody) {
+    lane.m_isTooLarge = true;
+    return 0;
+  }
   try {
     target.append(data, length);
   } catch (...) {
