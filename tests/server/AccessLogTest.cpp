@@ -13,36 +13,32 @@
 
 #include "EchoHandler.h"
 #include "TestClient.h"
-#include "server/http/HttpServer.h"
 
 namespace server::test {
 namespace {
 
-TEST(AccessLogTest, WhoReadsItMayEnd) {
-  const auto file = std::filesystem::temp_directory_path() / ("access-end-" + std::to_string(getpid()));
-  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
-  const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK);
-  HttpSettings settings;
-  settings.host = "127.0.0.1";
-  settings.accessLog = file.string();
-  Echo echo;
-  auto server = std::make_unique<HttpServer>(settings, echo);
+class AccessLogTest : public HttpSideTest<Echo> {
+ protected:
+  AccessLogTest() { EXPECT_EQ(mkfifo(m_file.c_str(), 0600), 0); }
+  ~AccessLogTest() override { std::filesystem::remove(m_file); }
+
+  const std::filesystem::path m_file =
+      std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));
+};
+
+TEST_F(AccessLogTest, WhoReadsItMayEnd) {
+  const int reader = open(m_file.c_str(), O_RDONLY | O_NONBLOCK);
+  settings.accessLog = m_file.string();
+  Serve();
   close(reader);
-  for (int i = 0; i < 3; ++i) {
-    Wire wire(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
-    EXPECT_EQ(ParseAnswer(wire.ReceiveAll()).status, 200);
-  }
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Wire(server->Port(), Head("GET /a", kClose)).NextStatus(), 200);
   server.reset();  // the log is written by now
-  std::filesystem::remove(file);
 }
 
-TEST(AccessLogTest, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
+TEST_F(AccessLogTest, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
   constexpr long kRequests = 25000;  // more than the pipe and two batches hold
-  const auto file = std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));
-  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
-  const int pipe = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  auto log = std::make_unique<AccessLog>(file.string());
-  std::filesystem::remove(file);
+  const int pipe = open(m_file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  auto log = std::make_unique<AccessLog>(m_file.string());
   AccessEntry entry{"127.0.0.5", "-", {}, "GET /a HTTP/1.1", 200, 0, "", ""};
   for (long i = 0; i < kRequests; ++i) log->Add(entry);
 
@@ -64,9 +60,7 @@ TEST(AccessLogTest, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
   EXPECT_EQ(written + lost, kRequests);
   EXPECT_GT(lost, 0);
   for (long i = 0; i < kRequests; ++i) log->Add(entry);
-  const auto began = std::chrono::steady_clock::now();
-  log.reset();
-  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(20)) << "nor does its end";
+  EXPECT_LT(TimeOf([&log] { log.reset(); }), std::chrono::seconds(20)) << "nor does its end";
   close(pipe);
 }
 

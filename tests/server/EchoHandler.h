@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// A handler of the tests' own, for the HTTP side alone.
+// The HTTP side alone, with a handler of the tests' own.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <map>
@@ -10,8 +12,10 @@
 #include <vector>
 
 #include "../Gate.h"
+#include "TestClient.h"
 #include "base/Mutex.h"
 #include "server/http/HttpHandler.h"
+#include "server/http/HttpServer.h"
 
 namespace server::test {
 
@@ -91,6 +95,32 @@ class Echo : public HttpHandler {
   testing_support::Gate m_gate;
   base::Mutex m_mutex;
   std::vector<std::string> m_logins GUARDED_BY(m_mutex);
+};
+
+// The field of who is a user for it.
+inline std::string As(int user) {
+  return Bearer("user" + std::to_string(user));
+}
+
+// In tables of texts they stand as "\r\n".
+inline std::string WithLineEnds(std::string text) {
+  for (size_t at = 0; (at = text.find("\\r\\n", at)) != std::string::npos;) text.replace(at, 4, "\r\n");
+  return text;
+}
+
+template <class Handler>
+class HttpSideTest : public ::testing::Test {
+ protected:
+  HttpSideTest() {
+    settings.host = "127.0.0.1";
+    settings.maxConnections = 20;
+    settings.maxConnectionsPerUser = 3;
+  }
+  void Serve() { server = std::make_unique<HttpServer>(settings, handler); }
+
+  HttpSettings settings;
+  Handler handler;
+  std::unique_ptr<HttpServer> server;
 };
 
 }  // namespace server::test

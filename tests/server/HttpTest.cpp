@@ -15,19 +15,16 @@
 namespace server::test {
 namespace {
 
-class HttpTest : public ::testing::Test {
+class HttpTest : public HttpSideTest<Echo> {
  protected:
   HttpTest() {
-    settings.host = "127.0.0.1";
     settings.heartbeat = std::chrono::milliseconds(50);
-    settings.maxConnections = 20;
-    settings.maxConnectionsPerUser = 3;
-    server = std::make_unique<HttpServer>(settings, echo);
+    Serve();
   }
   // For what is slow by purpose. Elsewhere a busy machine may take its time.
   void DropSlowOnes() {
     settings.readTimeout = settings.writeTimeout = std::chrono::seconds(1);
-    server = std::make_unique<HttpServer>(settings, echo);
+    Serve();
   }
 
   // The one answer of a connection that ends with it, and so has to say that it ends.
@@ -37,21 +34,11 @@ class HttpTest : public ::testing::Test {
     const bool isTold = end != answer.headers.end() && end->second == "close";
     return std::to_string(answer.status) + " " + answer.body + (isTold ? "" : " without a word of the end");
   }
-
-  HttpSettings settings;
-  Echo echo;
-  std::unique_ptr<HttpServer> server;
 };
-
-// In tables of texts they stand as "\r\n".
-std::string WithLineEnds(std::string text) {
-  for (size_t at = 0; (at = text.find("\\r\\n", at)) != std::string::npos;) text.replace(at, 4, "\r\n");
-  return text;
-}
 
 TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
   const std::string put = "PUT /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n";
-  const std::string token = "Authorization: Bearer trusted\r\n";
+  const std::string token = Bearer("trusted");
   const std::string big(70000, 'b');
   std::vector<testing_support::Case> cases = testing_support::Cases(TABLES "Requests.txt");
   for (const auto& [sent, expected] : {
@@ -60,10 +47,10 @@ TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
            {put + token + "Content-Length: 1048576\r\n\r\n" + std::string(1 << 20, 'b'), "200 PUT|/a||trusted|1048576"},
            {put + token + "Content-Length: 1048577\r\n\r\n" + std::string((1 << 20) + 1, 'b'), "413 too large"},
            {put + "Transfer-Encoding: chunked\r\n\r\n11170\r\n" + big + "\r\n0\r\n\r\n", "413 too large"},
-           {"GET /a HTTP/1.1\r\nHost: t\r\nX: " + big + "\r\n\r\n", "413 too large"},
-           {"GET /" + big + " HTTP/1.1\r\nHost: t\r\n\r\n", "413 too large"},
-           {"HEAD /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n", "200 "},
-           {"HEAD /events HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n", "200 "},
+           {Head("GET /a", "X: " + big + "\r\n"), "413 too large"},
+           {Head("GET /" + big), "413 too large"},
+           {Head("HEAD /a", kClose), "200 "},
+           {Head("HEAD /events", kClose), "200 "},
            {std::string(2000, '\xff') + "\r\n\r\n", "400 malformed"},
        }) {
     cases.push_back({sent, {expected}});
@@ -74,10 +61,8 @@ TEST_F(HttpTest, RequestsOfManyFormsAreReadAndOthersRefused) {
 
 TEST_F(HttpTest, OneConnectionCarriesManyRequestsAlsoAheadOfTheirAnswers) {
   const auto began = std::chrono::steady_clock::now();
-  Wire wire(
-      server->Port(),
-      "GET /1 HTTP/1.1\r\nHost: t\r\n\r\nGET /slow HTTP/1.1\r\nHost: t\r\n\r\nGET /late HTTP/1.1\r\nHost: t\r\n\r\n");
-  wire.Send("PUT /4 HTTP/1.1\r\nHost: t\r\nConnection: close\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+  Wire wire(server->Port(), Head("GET /1") + Head("GET /slow") + Head("GET /late"));
+  wire.Send(Head("PUT /4", kClose + "Expect: 100-continue\r\nContent-Length: 2\r\n"));
   std::string received;
   while (received.find("100 Continue\r\n\r\n") == std::string::npos && wire.Receive(received)) {
   }
@@ -104,14 +89,14 @@ TEST_F(HttpTest, AConnectionOfHttp10IsKeptWhereTheClientAsksForItAndToldSo) {
 
 TEST_F(HttpTest, ClientsThatStallAreDropped) {
   DropSlowOnes();
-  const std::string stalls[] = {"", "GET /a HT", "PUT /a HTTP/1.1\r\nHost: t\r\nContent-Length: 5\r\n\r\nhi"};
-  for (const std::string& stall : stalls) {
+  for (const std::string& stall :
+       {std::string(), std::string("GET /a HT"), Head("PUT /a", "Content-Length: 5\r\n") + "hi"}) {
     EXPECT_EQ(Wire(server->Port(), stall).ReceiveAll(), "") << stall;
   }
-  Wire slowReader(server->Port(), "GET /endless HTTP/1.1\r\nHost: t\r\n\r\n");
-  Wire rests(server->Port(), "GET /before HTTP/1.1\r\nHost: t\r\n\r\n");
+  Wire slowReader(server->Port(), Head("GET /endless"));
+  Wire rests(server->Port(), Head("GET /before"));
   std::this_thread::sleep_for(std::chrono::seconds(3));
-  rests.Send("GET /after HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
+  rests.Send(Head("GET /after", kClose));
   EXPECT_NE(rests.ReceiveAll().find("|/after|"), std::string::npos) << "between requests there is more time";
   size_t read = 0;
   for (std::string received; read < (100 << 20) && slowReader.Receive(received); received.clear()) {
@@ -128,41 +113,38 @@ TEST_F(HttpTest, AByteNowAndThenKeepsNoConnection) {
                                                        {put + "Transfer-Encoding: chunked\r\n\r\n", "1\r\nx\r\n"}};
   for (const auto& [head, piece] : drips) {
     Wire wire(server->Port(), head);
-    const auto end = std::chrono::steady_clock::now() + kPatience;  // far more than it may take
-    bool isOpen = true;
-    while (isOpen && std::chrono::steady_clock::now() < end) {
-      wire.Send(piece);
+    const auto isDropped = [&wire, &sent = piece] {
+      wire.Send(sent);
       std::string received;
       try {
-        isOpen = wire.Receive(received, std::chrono::milliseconds(100));
+        return !wire.Receive(received, std::chrono::milliseconds(100));
       } catch (const std::runtime_error&) {  // nothing came yet
+        return false;
       }
-    }
-    EXPECT_FALSE(isOpen) << head;
+    };
+    EXPECT_TRUE(Eventually(isDropped)) << head;
   }
 }
 
 TEST_F(HttpTest, AUserHoldsSoManyConnectionsAndNoMore) {
   std::deque<Wire> wires;
   for (int i = 0; i < 7; ++i) wires.emplace_back(server->Port());
-  const auto ask = [&wires](size_t wire, const std::string& user) {
-    wires[wire].Send("GET /a HTTP/1.1\r\nHost: t\r\nAuthorization: Bearer user" + user + "\r\n\r\n");
-    std::string received;
-    wires[wire].Receive(received);
-    return ParseAnswer(received).status;
+  const auto ask = [&wires](size_t wire, int user) {
+    wires[wire].Send(Head("GET /a", As(user)));
+    return wires[wire].NextStatus();
   };
-  for (size_t wire : {0, 1, 2}) EXPECT_EQ(ask(wire, "1"), 200);
-  EXPECT_EQ(ask(3, "1"), 429);
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(ask(4, "2"), 200) << "a connection counts once";
-  EXPECT_EQ(ask(0, "2"), 200) << "and for the user it is used by";
-  EXPECT_EQ(ask(1, "1"), 200);
-  EXPECT_EQ(ask(5, "1"), 200) << "one became free";
-  EXPECT_EQ(ask(2, "2"), 200);
-  EXPECT_EQ(ask(6, "2"), 429);
+  for (size_t wire : {0, 1, 2}) EXPECT_EQ(ask(wire, 1), 200);
+  EXPECT_EQ(ask(3, 1), 429);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(ask(4, 2), 200) << "a connection counts once";
+  EXPECT_EQ(ask(0, 2), 200) << "and for the user it is used by";
+  EXPECT_EQ(ask(1, 1), 200);
+  EXPECT_EQ(ask(5, 1), 200) << "one became free";
+  EXPECT_EQ(ask(2, 2), 200);
+  EXPECT_EQ(ask(6, 2), 429);
 }
 
 TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
-  const std::string received = Wire(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n").ReceiveAll();
+  const std::string received = Wire(server->Port(), Head("GET /events")).ReceiveAll();
   EXPECT_NE(received.find("Content-Type: text/event-stream\r\n"), std::string::npos);
   EXPECT_NE(received.find("X-Accel-Buffering: no\r\n"), std::string::npos)
       << "a proxy is to pass each event on at once";
@@ -172,54 +154,44 @@ TEST_F(HttpTest, AnEventStreamGivesSignsOfLifeUntilItsSourceEnds) {
 TEST_F(HttpTest, ConnectionsBeyondTheLimitAreTurnedAwayUntilOthersEnd) {
   std::deque<Wire> wires;
   for (int i = 0; i < 20; ++i) {
-    const std::string user = "Authorization: Bearer user" + std::to_string(i / 3);
-    std::string received;
-    ASSERT_TRUE(
-        wires.emplace_back(server->Port(), "GET /a HTTP/1.1\r\nHost: t\r\n" + user + "\r\n\r\n").Receive(received));
+    ASSERT_NE(wires.emplace_back(server->Port(), Head("GET /a", As(i / 3))).NextStatus(), 0);
   }
   EXPECT_EQ(Wire(server->Port()).ReceiveAll(), "");
   wires.clear();
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  std::string answer;
-  while (answer.rfind("200", 0) != 0 && std::chrono::steady_clock::now() < end) {
-    answer = Exchange("GET /a HTTP/1.1\r\nHost: t\r\nConnection: close\r\n\r\n");
-  }
-  EXPECT_EQ(answer, "200 GET|/a|||");
+  EXPECT_TRUE(Eventually([this] { return Exchange(Head("GET /a", kClose)) == "200 GET|/a|||"; }));
 }
 
 TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
-  Wire events(server->Port(), "GET /events HTTP/1.1\r\nHost: t\r\n\r\n");
+  Wire events(server->Port(), Head("GET /events"));
   std::deque<Wire> slow;
-  for (int i = 0; i < 15; ++i) slow.emplace_back(server->Port(), "GET /slow HTTP/1.1\r\nHost: t\r\n\r\n");
-  Wire late(server->Port(), "GET /late HTTP/1.1\r\nHost: t\r\n\r\n");
-  std::string received;
-  events.Receive(received);
+  for (int i = 0; i < 15; ++i) slow.emplace_back(server->Port(), Head("GET /slow"));
+  Wire late(server->Port(), Head("GET /late"));
+  events.NextStatus();
   const uint16_t port = server->Port();
   server.reset();
   events.ReceiveAll();
   for (Wire& wire : slow) wire.ReceiveAll();
   late.ReceiveAll();
-  EXPECT_LT(echo.slowAnswers, 15) << "what has not begun is left";
+  EXPECT_LT(handler.slowAnswers, 15) << "what has not begun is left";
   EXPECT_THROW(Wire again(port), std::runtime_error);
 }
 
 TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
   const auto file = std::filesystem::temp_directory_path() / ("access-" + std::to_string(server->Port()));
   settings.accessLog = file.string();
-  server = std::make_unique<HttpServer>(settings, echo);
-  const std::string close = " HTTP/1.1\r\nHost: t\r\nConnection: close\r\n";
-  const std::string requests[] = {
-      "GET http://u:secret@t/a?b=secret&secret&c=" + close +
-          "Authorization: Bearer user7\r\nUser-Agent: \"x\xff\ty\r\n" + "Referer: http://u:secret@t/p?q=secret\r\n\r\n",
-      "HEAD /a" + close + "Authorization: Bearer secret\r\n\r\n", "GET /events" + close + "\r\n", "hello\r\n\r\n"};
-  for (const std::string& request : requests) Wire(server->Port(), request, "127.0.0.5").ReceiveAll();
+  Serve();
+  const std::string fields = As(7) + "User-Agent: \"x\xff\ty\r\nReferer: http://u:secret@t/p?q=secret\r\n";
+  const std::pair<std::string, std::string> cases[] = {
+      {Head("GET http://u:secret@t/a?b=secret&secret&c=", kClose + fields),
+       R"(7 \[T\] "GET /a\?b=\*&\*&c=\* HTTP/1.1" 200 32 "http://t/p" "\\x22x\\xff\\x09y")"},
+      {Head("HEAD /a", kClose + Bearer("secret")), R"(- \[T\] "HEAD /a HTTP/1.1" 200 - "-" "-")"},
+      {Head("GET /events", kClose), R"(- \[T\] "GET /events HTTP/1.1" 200 41 "-" "-")"},
+      {"hello\r\n\r\n", R"(- \[T\] "-" 400 9 "-" "-")"}};
+  for (const auto& [request, _] : cases) Wire(server->Port(), request, "127.0.0.5").ReceiveAll();
   server.reset();
   std::ifstream log(file);
-  const std::string expected[] = {R"(7 \[T\] "GET /a\?b=\*&\*&c=\* HTTP/1.1" 200 32 "http://t/p" "\\x22x\\xff\\x09y")",
-                                  R"(- \[T\] "HEAD /a HTTP/1.1" 200 - "-" "-")",
-                                  R"(- \[T\] "GET /events HTTP/1.1" 200 41 "-" "-")", R"(- \[T\] "-" 400 9 "-" "-")"};
   std::string line;
-  for (std::string pattern : expected) {
+  for (auto [request, pattern] : cases) {
     std::getline(log, line);
     pattern.replace(pattern.find('T'), 1, R"(\d\d/[A-Z][a-z][a-z]/\d{4}:\d\d:\d\d:\d\d \+0000)");
     EXPECT_TRUE(std::regex_match(line, std::regex(R"(127\.0\.0\.5 - )" + pattern))) << line;
@@ -228,15 +200,15 @@ TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
   log.close();
   std::filesystem::remove(file);
   settings.accessLog = "/nowhere/at/all";
-  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+  EXPECT_THROW(Serve(), std::runtime_error);
 }
 
 TEST_F(HttpTest, AnAddressInUseIsRefusedWithOneLine) {
   settings.port = server->Port();
-  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+  EXPECT_THROW(Serve(), std::runtime_error);
   settings.port = 0;
   settings.certFile = settings.keyFile = "nowhere.pem";
-  EXPECT_THROW(HttpServer(settings, echo), std::runtime_error);
+  EXPECT_THROW(Serve(), std::runtime_error);
 }
 
 }  // namespace

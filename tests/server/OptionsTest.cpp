@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What `viewserver` is told by its options is what it does, each of them for itself: a probe feels a limit where its
 // option sets it low, and not where another option does that is easily taken for it, nor where none does.
+#include <algorithm>
 #include <deque>
 #include <functional>
 
@@ -9,19 +10,6 @@
 
 namespace server::test {
 namespace {
-
-std::string RequestLines(const std::string& line, const std::string& token, const std::string& more = "",
-                         const std::string& body = "") {
-  std::string head = line + " HTTP/1.1\r\nHost: t\r\n" + more;
-  if (!token.empty()) head += "Authorization: Bearer " + token + "\r\n";
-  if (more.empty()) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
-  return head + "\r\n" + body;
-}
-
-int Status(Wire& wire) {
-  std::string received;
-  return wire.Receive(received) ? ParseAnswer(received + "\r\n\r\n").status : 0;
-}
 
 class OptionsTest : public ServerTest {
  public:
@@ -39,18 +27,17 @@ class OptionsTest : public ServerTest {
   Wire& Open(std::deque<Wire>& wires, const std::string& sent, const std::string& from = "127.0.0.1") const {
     return wires.emplace_back(m_program->Port(), sent, from.c_str());
   }
+  Client As(size_t user) const { return {m_program->Port(), m_tokens[user]}; }
   // Whether some are refused for what others do.
   static bool IsRefused(std::deque<Wire>& wires, int with = 503) {
-    int count = 0;
-    for (Wire& wire : wires) count += Status(wire) == with;
-    return count > 0;
+    return std::ranges::count(wires, with, &Wire::NextStatus) > 0;
   }
 
   bool StrangersFrom(const std::function<std::string(int)>& address) const {
     std::deque<Wire> wires;
-    for (int i = 0; i < 6; ++i) Status(Open(wires, RequestLines("GET /a", ""), address(i)));
-    wires[0].Send(RequestLines("GET /a", ""));
-    return Status(wires[0]) == 0;
+    for (int i = 0; i < 6; ++i) Open(wires, Head("GET /a"), address(i)).NextStatus();
+    wires[0].Send(Head("GET /a"));
+    return wires[0].NextStatus() == 0;
   }
   bool StrangersFromMany() {
     return StrangersFrom([](int i) { return "127.0.1." + std::to_string(1 + i); });
@@ -60,7 +47,7 @@ class OptionsTest : public ServerTest {
   }
   bool ConnectionsOfOne() {
     std::deque<Wire> wires;
-    for (int i = 0; i < 3; ++i) Open(wires, RequestLines("GET " + kRoot + "V0/Areas", m_tokens[0]));
+    for (int i = 0; i < 3; ++i) Open(wires, Head("GET " + kRoot + "V0/Areas", Bearer(m_tokens[0])));
     return IsRefused(wires, 429);
   }
   // Names and addresses are used once, for whom many log-ins fail is not looked at.
@@ -69,7 +56,7 @@ class OptionsTest : public ServerTest {
     for (int i = 0; i < 8; ++i) {
       const std::string name = std::to_string(m_wave) + "-" + std::to_string(i);
       const std::string body = R"({"Session":{"UserName":")" + name + R"(","Password":"x"}})";
-      Open(wires, RequestLines("POST " + kRoot + "V0/Sessions", "", "", body), address(i));
+      Open(wires, Client().Written("POST", "V0/Sessions", body), address(i));
     }
     ++m_wave;
     return IsRefused(wires);
@@ -87,7 +74,7 @@ class OptionsTest : public ServerTest {
     const std::string body = ViewBody("V", -1, -1, numbers + "]");
     std::deque<Wire> wires;
     for (size_t i = 0; i < 3; ++i) {
-      const std::string whole = RequestLines("POST " + kRoot + "V0/Views", m_tokens[i % users], "", body);
+      const std::string whole = As(i % users).Written("POST", "V0/Views", body);
       Open(wires, whole.substr(0, whole.size() - 1));
     }
     for (Wire& wire : wires) wire.Send("}");
@@ -97,19 +84,18 @@ class OptionsTest : public ServerTest {
   bool BodiesOfOne() { return BodiesOf(1); }
   bool LargeBody() {
     const std::string announced = "Expect: 100-continue\r\nContent-Length: 1500000\r\n";
-    Wire wire(m_program->Port(), RequestLines("POST " + kRoot + "V0/Views", m_tokens[0], announced));
-    return Status(wire) == 503;
+    return Wire(m_program->Port(), Head("POST " + kRoot + "V0/Views", Bearer(m_tokens[0]) + announced)).NextStatus() ==
+           503;
   }
   bool OldChange() {
-    const Client client(m_program->Port(), m_tokens[0]);
+    const Client client = As(0);
     for (int i = 0; i < 5; ++i) client.AddGroup("G", -1, 1);
     return client.Listen(0).Status() == 410;
   }
   bool PlainList() {
-    const Client client(m_program->Port(), m_tokens[0]);
-    for (int i = 0; i < 6; ++i) client.AddView("a view", -1, -1);
+    for (int i = 0; i < 6; ++i) As(0).AddView("a view", -1, -1);
     const std::string asked =
-        RequestLines("GET " + kRoot + "V0/Views", m_tokens[0], "Connection: close\r\nAccept-Encoding: zstd\r\n");
+        Head("GET " + kRoot + "V0/Views", Bearer(m_tokens[0]) + kClose + "Accept-Encoding: zstd\r\n");
     return ParseAnswer(Wire(m_program->Port(), asked).ReceiveAll()).headers.count("content-encoding") == 0;
   }
 
@@ -144,10 +130,7 @@ TEST_F(OptionsTest, EachSetsItsOwnLimit) {
     Start(c.option);
     EXPECT_FALSE((this->*c.feelsNot)());
     // Where the machine is so busy that nothing has to wait, there is a next time.
-    bool isFelt = false;
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    while (!isFelt && std::chrono::steady_clock::now() < end) isFelt = (this->*c.feels)();
-    EXPECT_TRUE(isFelt);
+    EXPECT_TRUE(Eventually([&] { return (this->*c.feels)(); }));
   }
 }
 

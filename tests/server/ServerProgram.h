@@ -3,35 +3,17 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "base/system/Files.h"
+#include "TestClient.h"
 #include "system/Program.h"
 
 namespace server::test {
 
 using test_programs::Program;
-
-class TestFolder {
- public:
-  TestFolder() : m_path(base::PathOf(base::MakeTemporaryFolder("viewserver-test-"))) {}
-  ~TestFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-  std::string Write(const std::string& name, const std::string& text) const {
-    std::ofstream(m_path / name, std::ios::binary) << text;
-    return (m_path / name).string();
-  }
-  std::string Path() const { return m_path.string(); }
-
- private:
-  std::filesystem::path m_path;
-};
 
 class ServerProgram {
  public:
@@ -58,7 +40,7 @@ class ServerProgram {
   }
   std::vector<std::string> Command(const std::string& seed, const std::vector<std::string>& options) const {
     std::vector<std::string> command{
-        VIEWSERVER_FILE, "--data",     m_folder.Path() + "/site.db", "--seed", m_folder.Write("seed.json", seed),
+        VIEWSERVER_FILE, "--data",     m_folder.Path("site.db"), "--seed", m_folder.WriteFile("seed.json", seed),
         "--listen",      "127.0.0.1:0"};
     command.insert(command.end(), options.begin(), options.end());
     return command;

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 #include "base/system/Files.h"
 #include "system/Sockets.h"
@@ -34,9 +35,19 @@ std::string Plain(const Value& value) {
   return value.IsInt() ? std::to_string(value.GetInt()) : "-";
 }
 
-std::string HeadOf(const std::string& method, const std::string& path, const std::string& token) {
-  std::string head = method + " " + kRoot + path + " HTTP/1.1\r\nHost: test\r\nConnection: close\r\n";
-  return token.empty() ? head : head + "Authorization: Bearer " + token + "\r\n";
+std::string HeadOf(const std::string& method, const std::string& path, const std::string& token,
+                   const std::string& more) {
+  return Head(method + " " + kRoot + path, kClose + Bearer(token) + more);
+}
+
+int EndUnpacking(z_stream* stream) {
+  const int result = inflateEnd(stream);
+  delete stream;
+  return result;
+}
+
+bool IsNote(const std::string& block) {
+  return block.starts_with("id: ") && block.find('\n') == std::string::npos;
 }
 
 }  // namespace
@@ -67,6 +78,11 @@ bool Wire::Receive(std::string& received, std::chrono::milliseconds patience) {
   return count > 0;
 }
 
+int Wire::NextStatus() {
+  std::string received;
+  return Receive(received) ? ParseAnswer(received + "\r\n\r\n").status : 0;
+}
+
 std::string Wire::ReceiveAll() {
   std::string received;
   while (Receive(received)) {
@@ -92,6 +108,10 @@ const Value& Answer::Data() const {
 std::string Answer::DataText() const {
   const size_t begin = body.find("\"Data\":");
   return begin == std::string::npos ? "none" : body.substr(begin + 7, body.size() - begin - 9);
+}
+
+std::string Answer::Token() const {
+  return Plain(At(Data(), "/Session/Token"));
 }
 
 std::string Answer::Ids(const std::string& kind) const {
@@ -130,19 +150,9 @@ std::string Event::Brief() const {
   return name + " " + (method.IsInt() ? "+*-"[method.GetInt()] : '?') + Plain(At(Element(), "/ID"));
 }
 
-namespace {
-
-int EndUnpacking(z_stream* stream) {
-  const int result = inflateEnd(stream);
-  delete stream;
-  return result;
-}
-
-}  // namespace
-
 EventStream::EventStream(uint16_t port, const std::string& token, int64_t after, const std::string& more, bool isPacked)
-    : m_wire(std::make_unique<Wire>(port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after) + more, token) +
-                                              (isPacked ? "Accept-Encoding: gzip\r\n\r\n" : "\r\n"))),
+    : m_wire(std::make_unique<Wire>(port, HeadOf("GET", "V0/Changes?After=" + std::to_string(after) + more, token,
+                                                 isPacked ? "Accept-Encoding: gzip\r\n" : ""))),
       m_unpacked(nullptr, EndUnpacking) {
   while (m_received.find("\r\n\r\n") == std::string::npos && m_wire->Receive(m_received)) {
   }
@@ -181,40 +191,32 @@ void EventStream::Unpack() {
   m_packed.clear();
 }
 
-bool EventStream::IsNote(size_t end) const {
-  return m_received.rfind("id: ", 0) == 0 && m_received.find('\n') == end;
+std::string EventStream::NextBlock() {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);  // signs of life do not put it off
+  while (std::chrono::steady_clock::now() < deadline) {
+    const size_t end = m_received.find("\n\n");
+    if (end == std::string::npos) {
+      if (!Receive()) return "";
+      continue;
+    }
+    const std::string block = m_received.substr(0, end);
+    m_received.erase(0, end + 2);
+    if (block[0] != ':') return block;
+  }
+  throw std::runtime_error("no event came in time");
 }
 
 int64_t EventStream::NextNote() {
-  while (true) {
-    const size_t end = m_received.find("\n\n");
-    if (end == std::string::npos) {
-      if (!Receive()) return -1;
-      continue;
-    }
-    const bool isComment = m_received[0] == ':';
-    if (!isComment && !IsNote(end)) return -1;
-    const std::string line = m_received.substr(0, end);
-    m_received.erase(0, end + 2);
-    if (!isComment) return std::stoll(line.substr(4));
-  }
+  const std::string block = NextBlock();
+  return IsNote(block) ? std::stoll(block.substr(4)) : -1;
 }
 
 Event EventStream::Next() {
+  std::string block = NextBlock();
+  while (IsNote(block)) block = NextBlock();
   Event event;
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);  // signs of life do not put it off
-  size_t end = 0;
-  while ((end = m_received.find("\n\n")) == std::string::npos || m_received[0] == ':' || IsNote(end)) {
-    if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error("no event came in time");
-    if (end != std::string::npos) {
-      m_received.erase(0, end + 2);
-    } else if (!Receive()) {
-      return event;
-    }
-  }
-  std::istringstream block(m_received.substr(0, end));
-  m_received.erase(0, end + 2);
-  for (std::string line; std::getline(block, line);) {
+  std::istringstream lines(block);
+  for (std::string line; std::getline(lines, line);) {
     if (line.rfind("id: ", 0) == 0) event.number = std::stoll(line.substr(4));
     if (line.rfind("event: ", 0) == 0) event.name = line.substr(7);
     if (line.rfind("data: ", 0) == 0) event.text = line.substr(6);
@@ -234,7 +236,7 @@ Answer Client::Request(const std::string& method, const std::string& path, const
 }
 
 std::string Client::Written(const std::string& method, const std::string& path, const std::string& body) const {
-  return HeadOf(method, path, m_token) + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+  return HeadOf(method, path, m_token, "Content-Length: " + std::to_string(body.size()) + "\r\n") + body;
 }
 
 Answer Client::Do(const std::string& line) const {
@@ -267,6 +269,14 @@ int64_t Client::Sequence() const {
   return std::stoll(Get("V0/ViewGroups").headers.at("resource-sequence"));
 }
 
+std::string Head(const std::string& line, const std::string& fields) {
+  return line + " HTTP/1.1\r\nHost: t\r\n" + fields + "\r\n";
+}
+
+std::string Bearer(const std::string& token) {
+  return token.empty() ? "" : "Authorization: Bearer " + token + "\r\n";
+}
+
 std::string ViewBody(const std::string& name, int32_t folder, int32_t owner, const std::string& more) {
   return R"({"View":{"ID":-1,"Name":")" + name + R"(","ViewGroupID":)" + std::to_string(folder) + R"(,"UserID":)" +
          std::to_string(owner) + R"(,"SequenceIndex":-1,"AutoCycle":0,"CycleTime":10)" + more + "}}";
@@ -287,52 +297,56 @@ std::string ShareBody(const std::string& users) {
   return R"({"ViewShare":{"ShareUsers":")" + users + "\"}}";
 }
 
-namespace {
-
-// In memory where that can be had: waiting for a disk, edit by edit, would be most of the tests' time.
-std::filesystem::path NewFolder() {
-  const std::filesystem::path folder = base::PathOf(base::MakeTemporaryFolder("viewserver-test-"));
-  if (std::filesystem::path::preferred_separator != '/') return folder;
-  const std::filesystem::path inMemory = std::filesystem::path("/dev/shm") / folder.filename();
-  std::error_code none;
-  if (!std::filesystem::create_directory(inMemory, none)) return folder;
-  std::filesystem::remove(folder);
-  return inMemory;
+std::string Ballast(size_t size) {
+  return R"(,"Ballast":")" + std::string(size, 'x') + '"';
 }
+
+namespace {
 
 // The content of a store with the three users. Hashing their passwords takes its time, so it is made once.
 const std::string& StoreWithUsers() {
   static const std::string s_store = [] {
-    const std::filesystem::path folder = NewFolder();
+    const TestFolder folder(true);
     ViewServerOptions options;
-    options.dataFile = (folder / "site.db").string();
-    options.seedFile = (folder / "users.json").string();
-    std::ofstream(options.seedFile) << R"({"Users":[{"ID":1,"Name":"ann","Password":"a","PTZControlPermission":5},
-        {"ID":2,"Name":"bob","Password":"b"},{"ID":3,"Name":"cid","Password":"c"}]})";
+    options.dataFile = folder.Path("site.db");
+    options.seedFile = folder.WriteFile("users.json", R"({"Users":[
+        {"ID":1,"Name":"ann","Password":"a","PTZControlPermission":5},
+        {"ID":2,"Name":"bob","Password":"b"},{"ID":3,"Name":"cid","Password":"c"}]})");
     { ViewServer server(options); }
-    const std::string content = Bytes(options.dataFile);
-    std::filesystem::remove_all(folder);
-    return content;
+    return Bytes(options.dataFile);
   }();
   return s_store;
 }
 
 }  // namespace
 
-ServerTest::ServerTest() : m_folder(NewFolder()) {
-  WriteFile("site.db", StoreWithUsers());
-  Restart(Options());
+TestFolder::TestFolder(bool isInMemory) : m_folder(base::PathOf(base::MakeTemporaryFolder("viewserver-test-"))) {
+  if (!isInMemory || std::filesystem::path::preferred_separator != '/') return;
+  const std::filesystem::path inMemory = std::filesystem::path("/dev/shm") / m_folder.filename();
+  std::error_code none;
+  if (!std::filesystem::create_directory(inMemory, none)) return;
+  std::filesystem::remove(m_folder);
+  m_folder = inMemory;
 }
 
-ServerTest::~ServerTest() {
-  m_server.reset();
+TestFolder::~TestFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(m_folder, ignored);
 }
 
+std::string TestFolder::WriteFile(const std::string& name, const std::string& text) const {
+  std::ofstream(m_folder / name, std::ios::binary) << text;
+  return Path(name);
+}
+
+ServerTest::ServerTest() : TestFolder(true) {
+  WriteFile("site.db", StoreWithUsers());
+  Restart(Options());
+}
+
 ViewServerOptions ServerTest::Options() const {
   ViewServerOptions options;
-  options.dataFile = (m_folder / "site.db").string();
+  options.dataFile = Path("site.db");
   return options;
 }
 
@@ -360,10 +374,25 @@ std::string FailureOf(const std::function<void()>& action) {
   return "";
 }
 
-std::string ServerTest::WriteFile(const std::string& name, const std::string& text) const {
-  const std::filesystem::path file = m_folder / name;
-  std::ofstream(file, std::ios::binary) << text;
-  return file.string();
+std::string ErrorsOf(const std::function<void()>& action) {
+  testing::internal::CaptureStderr();
+  action();
+  return testing::internal::GetCapturedStderr();
+}
+
+std::chrono::milliseconds TimeOf(const std::function<void()>& action) {
+  const auto began = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began);
+}
+
+bool Eventually(const std::function<bool()>& isTrue, std::chrono::seconds patience) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  while (!isTrue()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
 }
 
 Client ServerTest::LogIn(const std::string& user) const {

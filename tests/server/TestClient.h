@@ -36,6 +36,7 @@ class Wire {
   void Send(const std::string& bytes);
   // Adds what comes next to `received`; false at the end of the connection.
   bool Receive(std::string& received, std::chrono::milliseconds patience = kPatience);
+  int NextStatus();          // of the answer that comes next; 0 at the end of the connection
   std::string ReceiveAll();  // up to the end of the connection
 
  private:
@@ -53,6 +54,7 @@ struct Answer {
   std::string Outcome() const;           // the same and the HTTP status
   const rapidjson::Value& Data() const;  // "Data" of the envelope; null where there is none
   std::string DataText() const;          // the same as it was written
+  std::string Token() const;             // that a log-in is answered with
   // The elements of that kind ("View": those of "ViewList") as "id,id,...".
   std::string Ids(const std::string& kind) const;
 };
@@ -81,8 +83,8 @@ class EventStream {
   std::string NextBriefs(int count);  // their briefs joined by "; "
 
  private:
-  bool IsNote(size_t end) const;  // what stands first and ends there
-  bool Receive();                 // more of the events; false at their end
+  std::string NextBlock();  // that is no comment; nothing at their end
+  bool Receive();           // more of the events; false at their end
   void Unpack();
 
   std::unique_ptr<Wire> m_wire;
@@ -92,13 +94,24 @@ class EventStream {
   int m_status = 0;
 };
 
+// A request's head, for who sends it without a Client. `fields` end with line ends.
+std::string Head(const std::string& line, const std::string& fields = "");
+inline const std::string kClose = "Connection: close\r\n";
+std::string Bearer(const std::string& token);  // the field, or nothing without a token
+
 std::string ViewBody(const std::string& name, int32_t folder, int32_t owner, const std::string& more = "");
 std::string GroupBody(const std::string& name, int32_t parent, int32_t owner, int32_t isShared = -1);
 std::string MoveBody(int type, int32_t folder, const std::string& ids);
 std::string ShareBody(const std::string& users);
+std::string Ballast(size_t size);  // a member of a body, and so long
 
 // What the std::runtime_error that it throws says; nothing where it throws none.
 std::string FailureOf(const std::function<void()>& action);
+// What is written to stderr meanwhile.
+std::string ErrorsOf(const std::function<void()>& action);
+std::chrono::milliseconds TimeOf(const std::function<void()>& action);
+// Whether it comes true in time.
+bool Eventually(const std::function<bool()>& isTrue, std::chrono::seconds patience = kPatience);
 
 // One session of one user.
 class Client {
@@ -130,6 +143,9 @@ class Client {
   std::string GroupIds() const { return Get("V0/ViewGroups").Ids("ViewGroup"); }
   // The values of some keys of a listed "View" or "ViewGroup", with blanks between them and "-" for what is not there.
   std::string Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const;
+  Answer Share(int32_t view, const std::string& users) const {
+    return Post("V1/View/" + std::to_string(view) + "/Share", ShareBody(users));
+  }
   int64_t Sequence() const;
   EventStream Listen(int64_t after, const std::string& more = "") const { return {m_port, m_token, after, more}; }
   EventStream ListenPacked(int64_t after) const { return {m_port, m_token, after, "", true}; }
@@ -145,13 +161,25 @@ class Client {
 // All that is in a file; nothing where there is none.
 std::string Bytes(const std::string& file);
 
+// Goes with all that is in it.
+class TestFolder {
+ public:
+  // In memory where that can be had: waiting for a disk, edit by edit, would be most of the tests' time.
+  explicit TestFolder(bool isInMemory = false);
+  ~TestFolder();
+  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+  std::string WriteFile(const std::string& name, const std::string& text) const;
+
+ protected:
+  std::filesystem::path m_folder;
+};
+
 // A server with the users ann (1), bob (2) and cid (3), and nothing else.
-class ServerTest : public ::testing::Test {
+class ServerTest : public ::testing::Test, protected TestFolder {
  protected:
   static constexpr int32_t kAnn = 1, kBob = 2, kPublic = -1;
 
   ServerTest();
-  ~ServerTest() override;
 
   ViewServerOptions Options() const;
   void Restart(const ViewServerOptions& options);
@@ -160,12 +188,12 @@ class ServerTest : public ::testing::Test {
     change(options);
     Restart(options);
   }
+  void RestartWithSeed(const std::string& text) {
+    RestartWith([&](auto& options) { options.seedFile = WriteFile("seed.json", text); });
+  }
   std::string File() const { return Options().dataFile; }  // the store
-  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-  std::string WriteFile(const std::string& name, const std::string& text) const;
-  Client LogIn(const std::string& user) const;  // a new session
+  Client LogIn(const std::string& user) const;             // a new session
 
-  std::filesystem::path m_folder;
   std::unique_ptr<ViewServer> m_server;
   Client ann, bob, cid;
 };
