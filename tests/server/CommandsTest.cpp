@@ -28,32 +28,32 @@ class CommandsTest : public ServerTest {
     std::ostringstream out;
     return CheckStore(file, out) == 0 ? "" : out.str();
   }
+  std::string WhyNoSecondServer(const std::string& file) const {
+    ViewServerOptions options = Options();
+    options.dataFile = file;
+    return FailureOf([&options] { ViewServer second(options); });
+  }
   void Serve(const std::string& file) {
     RestartWith([&file](auto& options) { options.dataFile = file; });
   }
 };
 
 TEST_F(CommandsTest, AUserWhoIsDeletedLeavesNothingPrivateAndIsHeardToGo) {
-  const int32_t group = bob.AddGroup("G", -1, kBob);
-  const int32_t inner = bob.AddGroup("inner", group, kBob);
-  const int32_t shared = bob.AddView("bob's", inner, kBob);
-  const int32_t secret = bob.AddView("secret", -1, kBob);
-  const int32_t open = bob.AddView("public", -1, kPublic);
-  const int32_t hers = ann.AddView("ann's", -1, kAnn);
-  const auto share = [](const Client& owner, int32_t id, const char* with) {
-    owner.Post("V1/View/" + std::to_string(id) + "/Share", ShareBody(with));
-  };
-  share(bob, shared, "1");
-  share(ann, hers, "2,3");
+  bob.AddView("shared", bob.AddGroup("inner", bob.AddGroup("G", -1, kBob), kBob), kBob);
+  bob.AddView("secret", -1, kBob);
+  bob.AddView("public", -1, kPublic);
+  ann.AddView("ann's", -1, kAnn);
+  bob.Share(1, "1");
+  ann.Share(4, "2,3");
   bob.Put("V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":1}})");
   EventStream listening = bob.Listen();
   EventStream concerned = ann.Listen();
   DeleteUser(File(), "bob");
   EXPECT_EQ(bob.Get("V0/Views").Outcome(), "101/2 401");
   EXPECT_EQ(listening.Next().Brief(), "end");
-  EXPECT_EQ(concerned.Next().Brief(), "Views -" + std::to_string(shared));
-  EXPECT_EQ(ann.ViewIds(), std::to_string(open) + "," + std::to_string(hers));
-  EXPECT_EQ(cid.Show("View", hers, {"SharedUserName"}), "ann");
+  EXPECT_EQ(concerned.Next().Brief(), "Views -1");
+  EXPECT_EQ(ann.ViewIds(), "3,4");
+  EXPECT_EQ(cid.Show("View", 4, {"SharedUserName"}), "ann");
   EXPECT_EQ(ann.Get("V0/Users").Ids("User"), "1,3");
   EXPECT_EQ(Users(File()), "1\tann\n3\tcid\n");
   EXPECT_EQ(Check(File()), "");
@@ -74,19 +74,18 @@ TEST_F(CommandsTest, AUserWhoIsDeletedLeavesNothingPrivateAndIsHeardToGo) {
   AddUser(File(), "dora", "d");
   EXPECT_EQ(Users(File()), "3\tcid\n4\tdora\n") << "no number is given again";
   Serve(File());
-  EXPECT_EQ(cid.ViewIds() + cid.GroupIds(), std::to_string(open));
+  EXPECT_EQ(cid.ViewIds() + cid.GroupIds(), "3");
   EXPECT_EQ(Check(File()), "");
-  EXPECT_GT(secret, 0);
 }
 
 TEST_F(CommandsTest, ARenamedUserStaysWhoItIs) {
-  const int32_t view = bob.AddView("V", -1, kBob);
-  bob.Post("V1/View/" + std::to_string(view) + "/Share", ShareBody("1"));
+  bob.AddView("V", -1, kBob);
+  bob.Share(1, "1");
   EventStream stream = bob.Listen();
   RenameUser(File(), "bob", "robert");
-  EXPECT_EQ(ann.Show("View", view, {"SharedUserName"}), "robert");
-  EXPECT_EQ(bob.AddView("W", -1, kBob), view + 1) << "the session goes on";
-  EXPECT_EQ(stream.Next().Brief(), "OwnViews +" + std::to_string(view + 1));
+  EXPECT_EQ(ann.Show("View", 1, {"SharedUserName"}), "robert");
+  EXPECT_EQ(bob.AddView("W", -1, kBob), 2) << "the session goes on";
+  EXPECT_EQ(stream.Next().Brief(), "OwnViews +2");
   for (const auto& [name, newName, why] :
        {std::tuple("robert", "ann", "there is a user of that name"),
         {"bob", "x", "no such user"},
@@ -167,15 +166,11 @@ TEST_F(CommandsTest, OneServerAtATimeUsesAStoreByWhateverName) {
   std::filesystem::create_symlink("absolute", Path("relative"));
   std::filesystem::create_directory_symlink(m_folder, Path("folder"));
   for (const char* name : {"absolute", "relative", "folder/site.db", "./relative"}) {
-    ViewServerOptions options = Options();
-    options.dataFile = Path(name);
-    EXPECT_EQ(FailureOf([&] { ViewServer second(options); }), "another server uses " + options.dataFile);
+    EXPECT_EQ(WhyNoSecondServer(Path(name)), "another server uses " + Path(name));
   }
   std::filesystem::create_symlink("to be made", Path("dangling"));
   Serve(Path("to be made"));
-  ViewServerOptions options = Options();
-  options.dataFile = Path("dangling");
-  EXPECT_THROW(ViewServer second(options), std::runtime_error);
+  EXPECT_NE(WhyNoSecondServer(Path("dangling")), "");
 }
 
 TEST_F(CommandsTest, ABackupTakenWhileTheServerServesIsWholeAndCanBeRestored) {
@@ -183,7 +178,7 @@ TEST_F(CommandsTest, ABackupTakenWhileTheServerServesIsWholeAndCanBeRestored) {
   std::atomic<int64_t> answered{0};
   std::thread editor([&] {
     for (int i = 0; !done || i < 5; ++i) {
-      ann.AddView("V", -1, kPublic, R"(,"PlanPages":[],"Ballast":")" + std::string(20000, 'x') + "\"");
+      ann.AddView("V", -1, kPublic, Ballast(20000));
       answered = ann.Sequence();
     }
   });
@@ -213,7 +208,7 @@ TEST_F(CommandsTest, ABackupTakenWhileTheServerServesIsWholeAndCanBeRestored) {
 }
 
 TEST_F(CommandsTest, AFailedRestoreLeavesTheStore) {
-  ann.AddView("V", -1, kAnn, R"(,"PlanPages":[],"Ballast":")" + std::string(20000, 'x') + "\"");
+  ann.AddView("V", -1, kAnn, Ballast(20000));
   m_server.reset();
   BackUp(File(), Path("copy.db"));
   std::string damaged = Bytes(Path("copy.db"));

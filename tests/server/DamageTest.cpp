@@ -2,7 +2,6 @@
 // Damaged stores: what is damaged is left out and said, the rest is served, and nothing is without end.
 #include <SQLiteCpp/Database.h>
 
-#include <fstream>
 #include <random>
 #include <sstream>
 
@@ -23,7 +22,7 @@ class DamageTest : public ServerTest {
     const std::string pages = R"(,"PlanPages":[{"SpliteType":4,"PlanViewItem":[{"SequenceIndex":1,"Xtop":0.25}]}])";
     ann.AddView("inside", 3, kAnn, pages);
     ann.AddView("shared", -1, kAnn, pages);
-    ann.Post("V1/View/2/Share", ShareBody("2"));
+    ann.Share(2, "2");
     ann.AddGroup("open", -1, kPublic);
     ann.AddView("public", 4, kPublic, pages);
     m_server.reset();
@@ -39,9 +38,7 @@ class DamageTest : public ServerTest {
 
   // What the start with the damaged store says.
   std::string Start() {
-    testing::internal::CaptureStderr();
-    Restart(Options());
-    return testing::internal::GetCapturedStderr();
+    return ErrorsOf([this] { Restart(Options()); });
   }
 
   // What is wrong, without the line that sums it up.
@@ -122,11 +119,9 @@ TEST_F(DamageTest, NothingIsEndlessInACircleOfGroups) {
 TEST_F(DamageTest, WhatIsDamagedIsNeitherOverwrittenNorItsIdGivenAgain) {
   Damage(
       "UPDATE views SET name = '' WHERE id = 3; UPDATE groups SET name = '' WHERE id = 4; DELETE FROM sqlite_sequence");
-  WriteFile("seed.json",
-            R"({"ViewGroups":[{"ID":4,"Name":"mine"}],"Views":[{"ID":3,"Name":"mine"},{"ID":9,"Name":"V"}]})");
-  testing::internal::CaptureStderr();
-  RestartWith([this](auto& options) { options.seedFile = (m_folder / "seed.json").string(); });
-  const std::string said = testing::internal::GetCapturedStderr();
+  const char* const seed =
+      R"({"ViewGroups":[{"ID":4,"Name":"mine"}],"Views":[{"ID":3,"Name":"mine"},{"ID":9,"Name":"V"}]})";
+  const std::string said = ErrorsOf([&] { RestartWithSeed(seed); });
   EXPECT_NE(said.find("seed: view 3 is damaged in the store and stays as it is"), std::string::npos) << said;
   EXPECT_EQ(Sees(ann), "1,2,3 1,2,9");
   EXPECT_EQ(ann.AddView("new", -1, kAnn), 10);
@@ -134,7 +129,7 @@ TEST_F(DamageTest, WhatIsDamagedIsNeitherOverwrittenNorItsIdGivenAgain) {
   EXPECT_EQ(Stored("name FROM views WHERE id = 3") + Stored("name FROM groups WHERE id = 4"), "");
   SQLite::Database(File(), SQLite::OPEN_READWRITE, kStoreWaitMs)
       .exec("UPDATE views SET name = 'whole again' WHERE id = 3");
-  RestartWith([this](auto& options) { options.seedFile = (m_folder / "seed.json").string(); });
+  RestartWithSeed(seed);
   EXPECT_EQ(ann.Show("View", 3, {"Name"}), "mine") << "once repaired it is a seeded view like others";
 }
 
@@ -148,28 +143,13 @@ TEST_F(DamageTest, ADamagedChangeIsHeardOfByNobodyAndTheOthersAreHeard) {
 // Where the numbers of one history have ended must be known, or a client would go on after another's.
 TEST_F(DamageTest, DamagedHistoriesAreForgottenAndNoDamageOfTheLogKeepsEditsAway) {
   const std::string first = Stored("id FROM epochs ORDER BY number DESC");
-  const struct {
-    std::string sql;
-    int status;  // of who goes on in the first history
-    bool isFound = true;
-  } cases[] = {
-      {"DELETE FROM sqlite_sequence", 200},
-      {"UPDATE sqlite_sequence SET seq = 9223372036854775807 WHERE name = 'epochs'", 200, false},
-      {"UPDATE changes SET bytes = 9223372036854775807", 410},  // more than is kept
-      {"UPDATE changes SET bytes = 'x'", 410},
-      {"UPDATE epochs SET number = 9223372036854775800 + number", 410},
-      {"UPDATE epochs SET first_change = -9223372036854775807 - 1", 410},
-      {"INSERT INTO epochs (id, first_change) VALUES ('later', 1000)", 410},
-      {"INSERT INTO epochs (id, first_change) VALUES (x'FF', 3)", 410},
-      {"INSERT INTO epochs (id, first_change) VALUES ('later', 'x')", 410},
-      {"INSERT INTO epochs (id, first_change) VALUES ('later', 3), ('earlier', 2)", 410},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.sql);
-    Damage(c.sql);
-    EXPECT_EQ(!Check().empty(), c.isFound);
+  // Of each damage the status of who goes on in the first history, and whether `check` has nothing to say of it.
+  for (const auto& [sql, expected] : testing_support::Cases(TABLES "Damages.txt")) {
+    SCOPED_TRACE(sql);
+    Damage(sql);
+    const std::string unseen = Check().empty() ? " unseen" : "";
     Start();
-    EXPECT_EQ(ann.Listen(1, "&History=" + first).Status(), c.status);
+    EXPECT_EQ(std::to_string(ann.Listen(1, "&History=" + first).Status()) + unseen, expected.at(0));
     const std::string current = ann.Get("V0/Views").headers.at("resource-history");
     EventStream stream = ann.Listen(8, "&History=" + current);
     EXPECT_EQ(ann.AddView("new", -1, kAnn), 4);
@@ -188,9 +168,7 @@ TEST_F(DamageTest, ManyFindingsAreSaidInABoundedNumberOfLines) {
 
 // Bytes of the file itself: the server refuses to start with one line, or it serves lists that are whole.
 TEST_F(DamageTest, WhereverBytesAreFlippedListsAreWellFormed) {
-  std::stringstream content;
-  content << std::ifstream(File() + ".sound", std::ios::binary).rdbuf();
-  const std::string sound = content.str();
+  const std::string sound = Bytes(File() + ".sound");
   std::mt19937 random(1);
   int served = 0;
   testing::internal::CaptureStderr();
@@ -217,8 +195,7 @@ TEST_F(DamageTest, WhereverBytesAreFlippedListsAreWellFormed) {
       if (!session) return;
       server.Start();
       const Client client(server.Port(), session->token);
-      const Answer groups = client.Get("V0/ViewGroups");
-      if (groups.status != 200) return;  // the sessions are damaged
+      if (client.Get("V0/ViewGroups").status != 200) return;  // the sessions are damaged
       ++served;
       for (const char* path : {"V0/ViewGroups", "V0/Views", "V0/Users", "V0/Elements"}) {
         const Answer answer = client.Get(path);

@@ -40,20 +40,11 @@ std::string With(const std::string& text, const std::string& value) {
 
 // Whole texts made of one that is right.
 std::vector<std::string> FaultyTexts(const std::string& right) {
-  std::vector<std::string> texts = {"",
-                                    " ",
-                                    "null",
-                                    "5",
-                                    "\"text\"",
-                                    "[]",
-                                    "[" + right + "]",
-                                    right + "x",
-                                    right + right,
-                                    right + ",",
-                                    right.substr(1),
-                                    "\xef\xbb\xbf" + right,
-                                    "\xff\xfe" + right,
-                                    right + std::string("\0", 1)};
+  std::vector<std::string> texts = {"", " ", "null", "5", "\"text\"", "[]", "[" + right + "]", right.substr(1)};
+  for (const char* before : {"\xef\xbb\xbf", "\xff\xfe"}) texts.push_back(before + right);
+  for (const std::string& after : {std::string("x"), right, std::string(","), std::string(1, '\0')}) {
+    texts.push_back(right + after);
+  }
   for (size_t length = 1; length < right.size(); length += 7) texts.push_back(right.substr(0, length));
   std::string wide;
   for (char c : right) (wide += c) += '\0';
@@ -61,23 +52,12 @@ std::vector<std::string> FaultyTexts(const std::string& right) {
   return texts;
 }
 
-// As they stand in a document, with a value to come.
-struct Place {
-  const char* method;
-  const char* path;
-  std::string body;
-};
-const Place kBodies[] = {
-    {"POST", "V0/Views", R"({"View":{"Name":"x","UserID":1,"PlanPages":[],"More":@}})"},
-    {"PUT", "V0/Views/1", R"({"View":{"Name":"x","PlanPages":[{"PlanViewItem":[{"More":@}]}]}})"},
-    {"PUT", "V0/Views/Move", R"({"ViewMoveRequest":{"Type":1,"ViewGroupID":1,"IDs":"1","More":@}})"},
-    {"POST", "V1/View/1/Share", R"({"ViewShare":{"ShareUsers":"2","More":@}})"},
-    {"POST", "V0/ViewGroups", R"({"ViewGroup":{"Name":"x","UserID":1,"More":@}})"},
-    {"PUT", "V0/ViewGroups/1", R"({"ViewGroup":{"Name":"x","More":@}})"},
-    {"PUT", "V0/ViewGroups/Move", R"({"ViewMoveRequest":{"Type":2,"ViewGroupID":-1,"IDs":"1","More":@}})"},
-    {"PUT", "V1/View/Default/Config", R"({"ViewRequest":{"Type":1,"ID":7,"More":@}})"},
-    {"POST", "V0/Sessions", R"({"Session":{"UserName":"ann","Password":"a","More":@}})"},
-};
+// Those made of a text with a good value in its place, and the text with each faulty one there.
+std::vector<std::string> FaultyOnes(const std::string& text, const std::string& good) {
+  std::vector<std::string> texts = FaultyTexts(With(text, good));
+  for (const std::string& value : FaultyValues()) texts.push_back(With(text, value));
+  return texts;
+}
 
 class FaultyJsonTest : public ServerTest {};
 
@@ -88,20 +68,18 @@ TEST_F(FaultyJsonTest, ABodyThatIsNearlyJsonIsRefusedAndChangesNothing) {
     return ann.Get("V0/Views").body + ann.Get("V0/ViewGroups").body + ann.Get("V1/View/Default/Config").body;
   };
   const std::string before = state();
-  for (const Place& place : kBodies) {
-    std::vector<std::string> bodies = FaultyTexts(With(place.body, "1"));
-    for (const std::string& value : FaultyValues()) bodies.push_back(With(place.body, value));
-    for (const std::string& body : bodies) {
-      ASSERT_EQ(ann.Request(place.method, place.path, body).Outcome(), "100/6 400")
-          << place.method << ' ' << place.path << ' ' << body.substr(0, 300);
+  for (const std::string& right : Values("Bodies", {})) {
+    const size_t body = right.find('{');
+    for (const std::string& faulty : FaultyOnes(right.substr(body), "1")) {
+      const std::string request = right.substr(0, body) + faulty;
+      ASSERT_EQ(ann.Do(request).Outcome(), "100/6 400") << request.substr(0, 300);
     }
   }
   EXPECT_EQ(state(), before);
-  for (const Place& place : kBodies) {
+  for (const std::string& right : Values("Bodies", {})) {
     for (const std::string& value : GoodValues()) {
-      if (place.path == std::string("V0/Sessions") && value != "null") continue;  // a log-in takes its time
-      EXPECT_EQ(ann.Request(place.method, place.path, With(place.body, value)).Outcome(), "0/0 200")
-          << place.path << ' ' << value;
+      if (right.starts_with("POST V0/Sessions") && value != "null") continue;  // a log-in takes its time
+      EXPECT_EQ(ann.Do(With(right, value)).Outcome(), "0/0 200") << With(right, value);
     }
   }
 }
@@ -116,9 +94,7 @@ TEST_F(FaultyJsonTest, AFileThatIsNearlyJsonIsRefusedWithOneLine) {
       {plan, R"({"Rules":[{"Fault":"ColleagueEdit","Colleague":{"User":"bob","Method":"PUT","Path":"p","Body":@}}]})"},
   };
   for (const auto& [read, text] : files) {
-    std::vector<std::string> faulty = FaultyTexts(With(text, "{}"));
-    for (const std::string& value : FaultyValues()) faulty.push_back(With(text, value));
-    for (const std::string& content : faulty) {
+    for (const std::string& content : FaultyOnes(text, "{}")) {
       const std::string why = FailureOf([&, use = read] { use(content); });
       ASSERT_NE(why, "") << content.substr(0, 300);
       ASSERT_EQ(why.find('\n'), std::string::npos) << why;
