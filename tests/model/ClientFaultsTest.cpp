@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a client believes when exchanges and change streams go wrong, and how it comes right.
 
-#include <chrono>
 #include <regex>
 #include <set>
-#include <thread>
 
+#include "../Cases.h"
 #include "../endtoend/ScriptClient.h"
 #include "../server/TestClient.h"
 
@@ -67,24 +66,15 @@ class ClientFaultsTest : public ServerTest {
   }
 
   static std::string Text(const Notice& notice) {
-    return notice.id + " " + std::to_string(notice.state) + " " + notice.name + notice.childId;
+    const std::string what = notice.name + notice.childId;
+    return notice.id + " " + std::to_string(notice.state) + (what.empty() ? "" : " " + what);
   }
 };
 
 TEST_F(ClientFaultsTest, AnEditIsCachedWhenItSucceedsAndHeardOfWhenItTookEffectAllTheSame) {
-  // Each after those above it. A view that is told as changed is listed once more in its group.
-  const struct {
-    const char *function, *request, *cached, *heard, *notice;
-  } edits[] = {
-      {"AddPlan", R"({"Name":"X","GroupID":"1","Type":0})", "G[V W X] H[]", "G[V W X] H[]", "1 3 3"},
-      {"AddPlanGroup", R"({"Name":"I","ParentID":"-1","Type":0})", "G[V W X] H[] I[]", "G[V W X] H[] I[]",
-       "4294967295 3 3"},
-      {"UpdatePlan", R"({"ID":"1","Name":"V2","GroupID":"1","Type":0})", "G[V2 W X] H[] I[]", "G[V2 V2 W X] H[] I[]",
-       "1 7 "},
-      {"UpdatePlanGroup", R"({"ID":"1","Name":"G2"})", "G2[V2 W X] H[] I[]", "G2[V2 V2 W X] H[] I[]", "1 2 G2"},
-      {"DeletePlan", R"({"ID":"2"})", "G2[V2 X] H[] I[]", "G2[V2 V2 X] H[] I[]", "1 4 2"},
-      {"DeletePlanGroup", R"({"ID":"2"})", "G2[V2 X] I[]", "G2[V2 V2 X] I[]", "4294967295 4 2"},
-  };
+  // Each after those above it: the tree where it is cached with its answer, the tree where it is heard of, and as what.
+  // A view that is told as changed is listed once more in its group.
+  const auto edits = testing_support::Cases(EDITS);
   const std::string before = "G[V W] H[]";
   const std::string after = "G2[V2 X] I[]";
   enum Outcome { kSucceeds, kFails, kFailsButTakesEffect };
@@ -108,23 +98,24 @@ TEST_F(ClientFaultsTest, AnEditIsCachedWhenItSucceedsAndHeardOfWhenItTookEffectA
     for (const char* id : {kTop.c_str(), "1"}) client.Observe(kGroupType, id);
     client.Observe(kViewType, "1");
     EXPECT_EQ(Tree(client), before);
-    for (const auto& edit : edits) {
-      SCOPED_TRACE(edit.function);
+    for (const auto& [edit, expected] : edits) {
+      SCOPED_TRACE(edit);
       const std::string known = Tree(client) + Records(client);
-      const auto answer = client.Call(edit.function, edit.request);
+      const size_t blank = edit.find(' ');
+      const auto answer = client.Call(edit.substr(0, blank), edit.substr(blank + 1));
       // An add that is answered with nothing at all fails without a word: the id tells.
-      const bool isSilent = c.fault == R"("EmptyBody")" && std::string(edit.function).rfind("Add", 0) == 0;
+      const bool isSilent = c.fault == R"("EmptyBody")" && edit.starts_with("Add");
       EXPECT_EQ(answer.result, c.outcome == kSucceeds || isSilent) << answer.text;
       if (isSilent) {
         EXPECT_EQ(answer.text, R"({"ErrorInfo":"","ID":"-1"})");
       }
       if (c.outcome == kSucceeds) {
-        EXPECT_EQ(Tree(client), edit.cached);
+        EXPECT_EQ(Tree(client), expected.at(0));
       } else if (c.outcome == kFails) {
         EXPECT_EQ(Tree(client) + Records(client), known);
       } else {
-        EXPECT_EQ(Text(client.NextNotice()), edit.notice);
-        EXPECT_EQ(Tree(client), edit.heard);
+        EXPECT_EQ(Text(client.NextNotice()), expected.at(2));
+        EXPECT_EQ(Tree(client), expected.at(1));
       }
     }
     const std::string records = Records(client);
@@ -147,13 +138,8 @@ TEST_F(ClientFaultsTest, AnAnswerWithAWrongKindSomewhereIsTakenWholeOrNotAtAll) 
     const auto answer = client.Call("UpdatePlan", R"({"ID":"1","GroupID":"1","Type":0,"Name":")" + name + "\"}");
     const auto isCached = [&] { return Records(client).find(R"("Name":")" + name + '"') != std::string::npos; };
     // The server has taken them all: what is not cached with the answer is heard of.
-    bool isThere = isCached();
-    EXPECT_TRUE(isThere || !answer.result) << answer.text;
-    for (int tries = 0; !isThere && tries < 500; ++tries) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-      isThere = isCached();
-    }
-    EXPECT_TRUE(isThere) << answer.text;
+    EXPECT_TRUE(isCached() || !answer.result) << answer.text;
+    EXPECT_TRUE(Eventually(isCached)) << answer.text;
     taken += answer.result;
   }
   EXPECT_GT(taken, 5) << "what is no part of the outcome is not missed";

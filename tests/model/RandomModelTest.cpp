@@ -60,8 +60,7 @@ class RandomModelTest : public ::testing::TestWithParam<Mode>, protected RandomE
     m_store = std::make_unique<StoreReader>(m_server->StoreFile());
     m_truth = m_store->Tables();
     m_heard = m_store->LastChange();
-    const auto login = server::test::Client(m_server->Port(), "").LogIn("admin", "c");
-    m_admin = server::test::Client(m_server->Port(), login.Data()["Session"]["Token"].GetString());
+    m_admin = {m_server->Port(), server::test::Client(m_server->Port(), "").LogIn("admin", "c").Token()};
     m_adminSession = m_store->NewestSession(kAdmin);
     for (Player& player : m_players) StartPlayer(player);
   }
