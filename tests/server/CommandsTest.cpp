@@ -4,7 +4,6 @@
 
 #include <SQLiteCpp/Database.h>
 
-#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <sstream>

@@ -2,6 +2,7 @@
 // Damaged stores: what is damaged is left out and said, the rest is served, and nothing is without end.
 #include <SQLiteCpp/Database.h>
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 

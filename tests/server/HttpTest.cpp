@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The HTTP side alone, with a handler of the test's: what clients may send, how slow they may be, what ends.
-#include <cstdio>
 #include <deque>
 #include <fstream>
 #include <regex>

@@ -4,11 +4,9 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <fstream>
 #include <thread>
 
 #include "ServerProgram.h"

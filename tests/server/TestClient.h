@@ -13,10 +13,8 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "server/ViewServer.h"
 

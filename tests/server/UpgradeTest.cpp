@@ -9,6 +9,7 @@
 #include <set>
 #include <thread>
 
+#include "../Cases.h"
 #include "TestClient.h"
 #include "server/login/Accounts.h"
 #include "server/store/Database.h"
@@ -97,22 +98,9 @@ TEST_F(UpgradeTest, ListsAreTheOldOnesWithTheNumberOfEachObjectsLastKeptChange) 
   MakeOldStore();
   Restart(Options());
   EXPECT_EQ(ann.Sequence(), 46);
-  const auto group = {"Name", "ParentViewGroupID", "UserID", "IsSharedView", "SequenceIndex", "ChangeNumber"};
-  EXPECT_EQ(ann.Show("ViewGroup", 1, group), "Open -1 -1 -1 1 40");
-  EXPECT_EQ(ann.Show("ViewGroup", 2, group), "Own -1 1 1 1 41");
-  const auto view = {"GUID",      "Name",      "ViewGroupID",  "UserID",         "SequenceIndex",
-                     "AutoCycle", "CycleTime", "SharedUserID", "SharedUserName", "ChangeNumber"};
-  EXPECT_EQ(ann.Show("View", 2, view), "g2 plain -1 1 1 -1 -1 - - 43");
-  EXPECT_EQ(ann.Show("View", 10, view), "g10 old 1 -1 1 0 10 - - 40");
-  EXPECT_EQ(ann.Show("View", 11, view), "g11 shared \"s\" 2 1 1 1 30 - - 46");
-  EXPECT_EQ(bob.Show("View", 11, view), "g11 shared \"s\" -1 1 1 1 30 1 ann 46");
-  EXPECT_EQ(ann.ViewIds() + " " + bob.ViewIds() + " " + bob.GroupIds(), "2,10,11 10,11 1");
-  const std::string documents[] = {R"(,"ChangeNumber":"43"},)", R"(,"ChangeNumber":"40","PlanPages":[]},)",
-                                   R"(,"ChangeNumber":"46","PlanPages":[{"SpliteType":4}],"Ratio":0.25,)"
-                                   R"("Extra":{"ChangeNumber":"ä"}}])"};
-  const std::string views = ann.Get("V0/Views").body;
-  for (const std::string& document : documents) EXPECT_NE(views.find(document), std::string::npos) << views;
-  EXPECT_EQ(bob.Get("V1/View/Default/Config").DataText(), R"({"Config":{"Type":1,"ID":11}})");
+  for (const auto& [asked, expected] : testing_support::Cases(TABLES "Upgraded.txt")) {
+    EXPECT_EQ((asked.starts_with("ann") ? ann : bob).Get(asked.substr(4)).DataText(), expected.at(0)) << asked;
+  }
   EXPECT_EQ(ann.Put("V0/Views/10", ViewBody("new", 1, kPublic)).DataText(), R"({"ChangeNumber":"47"})");
   EXPECT_EQ(bob.Show("View", 10, {"Name", "ChangeNumber"}), "new 47");
   EXPECT_EQ(ann.AddView("V", -1, kAnn), 12);
@@ -132,27 +120,13 @@ TEST_F(UpgradeTest, AClientThatGoesOnHearsTheOldEventsWithTheirNumbers) {
   MakeOldStore();
   Restart(Options());
   EXPECT_EQ(ann.Listen(39).Status(), 410);
-  const std::string start =
-      R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{"ViewList":{"View":[)";
-  const auto event = [&start](const char* name, const char* from, const char* number, const char* method) {
-    return start + R"({"ID":11,"Name":")" + name + R"(",)" + from + R"(,"ChangeNumber":")" + number +
-           R"(","PlanPages":[{"SpliteType":4}],"Ratio":0.25,"Extra":{"ChangeNumber":"ä"},"Method":)" + method +
-           "}]}}}}";
-  };
-  const char* const inGroup = R"("ViewGroupID":2)";
-  EventStream owner = ann.Listen(41);
-  EXPECT_EQ(owner.Next().text, event("first", inGroup, "42", "0"));
-  EXPECT_EQ(owner.NextBriefs(2), "Views +2; Views -13");
-  EXPECT_EQ(owner.Next().text, event(R"(shared \"s\")", inGroup, "46", "1"));
-
-  EventStream sharer = bob.Listen(40);
-  const char* const shared = R"("SharedUserID":1)";
-  EXPECT_EQ(sharer.Next().text, event("first", shared, "44", "0"));
-  EXPECT_EQ(sharer.Next().text, start + R"({"ID":13,"ChangeNumber":"45","Method":2}]}}}})");
-  EXPECT_EQ(sharer.Next().text, event(R"(shared \"s\")", shared, "46", "1"));
-  EventStream all = ann.Listen(40);
-  for (const char* number : {"41", "42", "43", "45", "46"})
-    EXPECT_STREQ(all.Next().Element()["ChangeNumber"].GetString(), number);
+  for (const auto& [asked, expected] : testing_support::Cases(TABLES "Upgraded.txt")) {
+    EventStream stream = (asked.starts_with("ann") ? ann : bob).Listen(std::stoll(asked.substr(4)));
+    for (const std::string& told : expected) {
+      const Event event = stream.Next();
+      EXPECT_EQ(event.name + " " + event.text, told) << asked;
+    }
+  }
 }
 
 TEST_F(UpgradeTest, TheOldStoreIsKeptBesideIt) {
