@@ -32,29 +32,29 @@ TEST_F(EditsTest, AGroupIsListedWithTheServersMembers) {
 }
 
 TEST_F(EditsTest, ReplacingTakesNameFolderCycleAndPagesAndKeepsTheRest) {
-  const int32_t folder = ann.AddGroup("F", -1, kAnn);
+  ann.AddGroup("F", -1, kAnn);
   ann.AddView("first", -1, kAnn);
-  const int32_t id = ann.AddView("V", -1, kAnn, R"(,"PlanPages":[{"SpliteType":1}],"Extra":1)");
-  ann.Share(id, "2");
-  const std::string guid = ann.Show("View", id, {"GUID"});
+  ann.AddView("V", -1, kAnn, R"(,"PlanPages":[{"SpliteType":1}],"Extra":1)");
+  ann.Share(2, "2");
+  const std::string guid = ann.Show("View", 2, {"GUID"});
   const std::string body = R"({"View":{"ID":77,"Name":"W","ViewGroupID":1,"UserID":2,"SequenceIndex":50,)"
                            R"("AutoCycle":1,"CycleTime":30}})";
   ASSERT_EQ(ann.Put("V0/Views/2", body).Error(), "0/0");
   // Its place is the one from when it was added.
-  EXPECT_EQ(ann.Show("View", id, {"Name", "ViewGroupID", "AutoCycle", "CycleTime", "Extra", "UserID", "SequenceIndex"}),
+  EXPECT_EQ(ann.Show("View", 2, {"Name", "ViewGroupID", "AutoCycle", "CycleTime", "Extra", "UserID", "SequenceIndex"}),
             "W 1 1 30 - 1 2");
   EXPECT_EQ(ann.Get("V0/Views").body.find("PlanPages"), std::string::npos);
-  EXPECT_EQ(ann.Show("View", id, {"GUID"}), guid);
+  EXPECT_EQ(ann.Show("View", 2, {"GUID"}), guid);
   EXPECT_EQ(bob.ViewIds(), "2") << "still shared";
 
-  const int32_t group = ann.AddGroup("G", folder, kAnn);
-  const int32_t open = ann.AddGroup("open", -1, kPublic);
+  ann.AddGroup("G", 1, kAnn);
+  ann.AddGroup("open", -1, kPublic);
   ASSERT_EQ(ann.Put("V0/ViewGroups/2", GroupBody("H", -1, -1, 1)).Error(), "0/0");
   ASSERT_EQ(ann.Put("V0/ViewGroups/3", GroupBody("open", -1, -1, 1)).Error(), "0/0");
   const auto keys = {"Name", "ParentViewGroupID", "UserID", "IsSharedView"};
-  EXPECT_EQ(ann.Show("ViewGroup", group, keys), "H 1 1 1");
-  EXPECT_EQ(ann.Show("ViewGroup", folder, keys), "F -1 1 -1") << "never 0";
-  EXPECT_EQ(bob.Show("ViewGroup", open, keys), "open -1 -1 -1") << "what has no owner is not shared";
+  EXPECT_EQ(ann.Show("ViewGroup", 2, keys), "H 1 1 1");
+  EXPECT_EQ(ann.Show("ViewGroup", 1, keys), "F -1 1 -1") << "never 0";
+  EXPECT_EQ(bob.Show("ViewGroup", 3, keys), "open -1 -1 -1") << "what has no owner is not shared";
 }
 
 TEST_F(EditsTest, NewThingsStandLastInTheirOwnersFolderAndMovingSetsFolderAndOrder) {

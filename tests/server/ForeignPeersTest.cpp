@@ -74,28 +74,26 @@ class ForeignPeersTest : public ServerTest {};
 
 TEST_F(ForeignPeersTest, AProxyThatDelaysAndCutsSpoilsNothingButItsOwnRequests) {
   BadProxy proxy(m_server->Port());
-  const std::string token = ann.LogIn("ann", "a").Token();
-  const Client delayed(proxy.Port(), token);
-  const int32_t view = delayed.AddView("before", -1, kAnn);
+  const Client delayed(proxy.Port(), ann.LogIn("ann", "a").Token());
+  delayed.AddView("before", -1, kAnn);
   EXPECT_EQ(delayed.Get("V0/Views").body, ann.Get("V0/Views").body);
   EventStream stream = delayed.Listen();
-  const std::string path = "V0/Views/" + std::to_string(view);
   int made = 0;
   for (size_t cut = 10; cut < 500; cut += 37) {
     proxy.CutAfter(cut);
     const std::string name = "cut after " + std::to_string(cut);
     std::string told;
     try {
-      told = delayed.Put(path, ViewBody(name, -1, kAnn)).Outcome();
+      told = delayed.Put("V0/Views/1", ViewBody(name, -1, kAnn)).Outcome();
     } catch (const std::runtime_error&) {
     }
-    const bool isMade = ann.Show("View", view, {"Name"}) == name;
+    const bool isMade = ann.Show("View", 1, {"Name"}) == name;
     made += isMade;
     EXPECT_TRUE(isMade || told != "0/0 200") << name;
   }
   EXPECT_GT(made, 0);
   EXPECT_LT(made, 14);
-  for (int i = 0; i < made; ++i) EXPECT_EQ(stream.Next().Brief(), "OwnViews *" + std::to_string(view));
+  for (int i = 0; i < made; ++i) EXPECT_EQ(stream.Next().Brief(), "OwnViews *1");
 }
 
 bool IsInstalled(const std::string& program) {
