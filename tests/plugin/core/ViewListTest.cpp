@@ -191,10 +191,11 @@ TEST(ViewList, OfAnyLengthIsReadAsByPaths) {
 
 // Texts are read many characters at a time: whatever ends one or may not stand in it, at every place.
 TEST(ViewList, IsReadAsByPathsWhateverStandsInATextAndWhere) {
-  const std::string inner[] = {
-      "\\n",      "\\u00e9",           "\\u20AC", "\\u0000", "\\\"", "\\\\", "\\/", "\\b\\f\\r\\t", "\\ud83d\\ude00",
-      "\\ud83d",  "\\ude00",           "\\u12g4", "\\u12",   "\\x",  "\\",   "\"",  "\x1f",         "\x7f",
-      "\xc3\xa9", std::string(1, '\0')};
+  std::vector<std::string> inner{"\x1f", "\x7f", "\xc3\xa9", std::string(1, '\0')};
+  std::istringstream escapes(
+      R"(\n \u00e9 \u20AC \u0000 \" \\ \/ \b\f\r\t \ud83d\ude00 \ud83d \ude00 \u12g4 \u00`0 \u12 \x \ " )"
+      R"(\u007f\u0080 \u07ff\u0800 \ud7ff\ue000 \uffff)");
+  for (std::string escape; escapes >> escape;) inner.push_back(escape);
   for (const std::string& part : inner) {
     for (size_t before = 0; before <= 34; ++before) {
       const std::string text = '"' + std::string(before, 'b') + part + std::string(before % 3 * 8, 'a') + '"';
