@@ -3,52 +3,29 @@
 
 #include <gtest/gtest.h>
 
+#include "../Cases.h"
+
 namespace host {
 namespace {
 
-std::string Faults(const char* exchange, const std::string& request) {
-  std::string all;
-  for (const std::string& fault : FaultsOf(exchange, request)) all += (all.empty() ? "" : "\n") + fault;
-  return all;
-}
-
+// Those that docs/viewctl.md shows are held by ViewctlDocTest.
 TEST(RequestCheckTest, EachFaultIsToldWithItsPlace) {
-  const auto windows = [](const std::string& list) { return R"({"PlanPages":[{},{"PlanItems":)" + list + "}]}"; };
-  const std::tuple<const char*, std::string, const char*> rows[] = {
-      {"AddPlan", "{", "the request is no JSON at line 1, column 2"},
-      {"AddPlan", "{\n \"Name\": \"a\",\n \"Type\" 0}", "the request is no JSON at line 3, column 9"},
-      {"AddPlan", R"({"Name":"a"} {})", "the request is no JSON at line 1, column 14"},
-      {"AddPlan", "[]", "the request is no object"},
-      {"AddPlan", R"({"Nmae":"a"})", "there is no key \"Nmae\"; did you mean \"Name\"?"},
-      {"AddPlan", R"({"name":"a"})", "there is no key \"name\"; did you mean \"Name\"?"},
-      {"AddPlan", R"({"Colour":"a"})", "there is no key \"Colour\""},
-      {"AddPlan", R"({"Type":"1"})", "Type: it takes a whole number of 32 bits"},
-      {"AddPlan", R"({"Type":1.0})", "Type: it takes a whole number of 32 bits"},
-      {"AddPlan", R"({"GroupID":8})", "GroupID: it takes a text"},
-      {"AddPlan", R"({"Name":"a","Name":"b"})", "\"Name\" is there twice, and only the first counts"},
-      {"AddPlanGroup", R"({"is_share_viewgroup":0})", "is_share_viewgroup: it takes true or false"},
-      {"AddPlan", windows("{}"), "PlanPages[2].PlanItems: it takes a list"},
-      {"AddPlan", windows("[7]"), "PlanPages[2].PlanItems[1]: it takes an object"},
-      {"AddPlan", windows(R"([{},{"Emap":[]}])"), "PlanPages[2].PlanItems[2].Emap: it takes an object"},
-      {"AddPlan", windows(R"([{"CycleInfo":{"CycleResourceID":[{"ResuorceID":"1"}]}}])"),
-       "PlanPages[2].PlanItems[1].CycleInfo.CycleResourceID[1]: there is no key \"ResuorceID\"; did you mean "
-       "\"ResourceID\"?"},
-      {"AddPlan", R"({"Nmae":"a","Type":true})",
-       "there is no key \"Nmae\"; did you mean \"Name\"?\nType: it takes a whole number of 32 bits"},
-      {"UpdatePlan", R"({"ID":"5"})",
-       "\"PlanPages\" is missing, so the view would lose all its pages: give those that it is to keep, as "
-       "GetPlanDetail "
-       "answers them, or [] for none"},
-      {"UpdatePlan", R"({"ID":"5","PlanPages":[]})", ""},
-      {"GetPlanConfig", "", ""},
-      {"AddPlan", windows(R"([{"ResourceID":"5","Emap":{"PosX":"1"}}])"), ""},
-  };
-  for (const auto& [exchange, request, expected] : rows) EXPECT_EQ(Faults(exchange, request), expected) << request;
+  for (const auto& [call, expected] : testing_support::Cases(TABLES "Faults.txt")) {
+    const size_t blank = call.find(' ');
+    std::string faults;
+    for (const std::string& fault : FaultsOf(call.substr(0, blank), call.substr(blank + 1))) faults += fault + "\n";
+    std::string lines;
+    for (const std::string& line : expected) lines += line + "\n";
+    EXPECT_EQ(faults, lines) << call;
+  }
+  EXPECT_TRUE(FaultsOf("GetPlanConfig", "").empty());
+  EXPECT_EQ(FaultsOf("AddPlan", "{\n \"Name\": \"a\",\n \"Type\" 0}"),
+            std::vector<std::string>{"the request is no JSON at line 3, column 9"});
 }
 
 TEST(RequestCheckTest, EveryExchangeIsKnown) {
   for (const std::string& exchange : ExchangeNames()) {
-    EXPECT_NE(Faults(exchange.c_str(), R"({"no such key":1})"), "") << exchange;
+    EXPECT_FALSE(FaultsOf(exchange, R"({"no such key":1})").empty()) << exchange;
     const bool changes = exchange.starts_with("Add") || exchange.starts_with("Update") ||
                          exchange.starts_with("Delete") || exchange.starts_with("Set") ||
                          exchange.starts_with("ViewShare");
