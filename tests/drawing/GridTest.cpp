@@ -35,28 +35,23 @@ TEST(GridTest, ADivisionMakesItsGrid) {
 }
 
 TEST(GridTest, WindowsStandByTheirNumbersAndNoneIsLost) {
-  struct Row {
-    const char* what;
-    int division;
-    std::vector<int> numbers;
-    std::vector<int> cells;  // the number that each cell shows; -1: no window
-  };
-  const Row rows[] = {
+  // The division, the numbers of its windows, and those that the cells show; -1: no window.
+  const std::tuple<const char*, int, std::vector<int>, std::vector<int>> rows[] = {
       {"by number, not by order", 4, {3, 0, 2}, {0, -1, 2, 3}},
       {"two of one number", 4, {1, 1}, {1, 1, -1, -1}},
       {"outside the grid", 4, {9, -5, 1}, {9, 1, -5, -1}},
       {"more than the division says", 1, {0, 1, 2}, {0, 1, 2}},
   };
-  for (const Row& row : rows) {
+  for (const auto& [what, division, numbers, cells] : rows) {
     std::string windows;
-    for (const int number : row.numbers) windows += (windows.empty() ? "" : ",") + Camera(number);
-    const Page page = OnePage(row.division, "", windows);
+    for (const int number : numbers) windows += (windows.empty() ? "" : ",") + Camera(number);
+    const Page page = OnePage(division, "", windows);
     std::vector<int> shown;
     for (const drawing::Cell& cell : MakeGrid(page).cells) {
       shown.push_back(cell.window ? cell.window->number : -1);
       EXPECT_TRUE(!cell.window || cell.number == cell.window->number);
     }
-    EXPECT_EQ(shown, row.cells) << row.what;
+    EXPECT_EQ(shown, cells) << what;
   }
 }
 
