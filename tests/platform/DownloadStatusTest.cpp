@@ -65,11 +65,11 @@ TEST_F(DownloadStatusTest, GoesFromConnectingToReadyAndBack) {
 }
 
 TEST_F(DownloadStatusTest, SaysWhyALastAttemptFailedAndThatTheNextDidNot) {
-  const std::pair<ScriptedSite::Override, std::string> cases[] = {
-      {[](const Request&, Connection& c) { c.Reply(503, ""); }, "4/503"},
-      {[](const Request&, Connection& c) { c.ReplyError(500, 100, 8); }, "100/8"},
+  const std::pair<Answer, std::string> cases[] = {
+      {Replying(503), "4/503"},
+      {Refusing(500, 100, 8), "100/8"},
       {[](const Request&, Connection& c) { c.Close(); }, "1/52"},
-      {[](const Request&, Connection& c) { c.Reply(200, "<html>"); }, "-1/-1"},
+      {Replying(200, "<html>"), "-1/-1"},
   };
   for (const auto& [failure, error] : cases) {
     m_site.AnswerOnce("V0/Areas", failure);
@@ -85,12 +85,7 @@ TEST_F(DownloadStatusTest, SaysWhyALastAttemptFailedAndThatTheNextDidNot) {
 }
 
 TEST_F(DownloadStatusTest, TellsARefusedConnectionFromOtherFailures) {
-  std::string url;
-  {
-    ScriptedServer gone([](const Request&, Connection&) {});
-    url = gone.Url();
-  }
-  CNetCommManager::Instance().SetServer(url);
+  CNetCommManager::Instance().SetServer(ScriptedServer({}).Url());  // gone by then
   Manager().Start();
   ASSERT_TRUE(Reaches(DownloadState::Failing));
   const DownloadStatus first = Manager().GetDownloadStatus();
@@ -103,7 +98,7 @@ TEST_F(DownloadStatusTest, TellsARefusedConnectionFromOtherFailures) {
 TEST_F(DownloadStatusTest, ALostStreamIsAFailureUntilItsSuccessorOpens) {
   Load();
   ASSERT_TRUE(Eventually([&] { return m_site.Streams() == 1; })) << "the first stream would take the answer";
-  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Reply(503, ""); });
+  m_site.AnswerOnce("V0/Changes", Replying(503));
   m_site.EndStream();  // in order: no failure by itself
   ASSERT_TRUE(Eventually([&] { return States() == "CDRFR"; })) << States() << ", though nothing came on the new stream";
   EXPECT_EQ(Numbers(Manager().GetDownloadStatus().error), "4/503");

@@ -17,13 +17,10 @@ namespace testing_support {
 
 #ifdef _WIN32
 // Windows has no fork(): tests that need one are left out there.
-constexpr bool kHasFork = false;
 inline std::string SaidByForkedChild(const std::function<std::string()>&) {
   return {};
 }
 #else
-constexpr bool kHasFork = true;
-
 #ifdef __SANITIZE_ADDRESS__
 // AddressSanitizer's allocator, unlike the C library's, is not made ready for fork(): what another thread has locked
 // there stays locked in the child. The search for leaks at exit locks all of it, so a child goes without; and a thread

@@ -117,9 +117,8 @@ TEST_F(OwnEditsTest, NumbersThatBeginAnewInAnotherRunAreToldByEmptyDocuments) {
 
 TEST_F(OwnEditsTest, TheStreamsNumbersGoWithTheirHistory) {
   m_site.SetHistory("first");
-  m_site.AnswerOnce("V0/Views", [](const Request&, Connection& c) {  // the server was ended between the two lists
-    c.Reply(200, Views(""), "Resource-Sequence: 50\r\nResource-History: other\r\n");
-  });
+  // The server was ended between the two lists.
+  m_site.AnswerOnce("V0/Views", Replying(200, Views(""), "Resource-Sequence: 50\r\nResource-History: other\r\n"));
   Load();
   EXPECT_EQ(m_site.Count("V0/Views"), 2);
   const auto expectNext = [&](const char* query) {
@@ -138,10 +137,7 @@ TEST_F(OwnEditsTest, TheStreamsNumbersGoWithTheirHistory) {
   // Another history's numbers count for nothing, though they are higher.
   m_site.SetHistory("third");
   m_site.SetNumbered(kGroup, View(5, "w", 3), 60);
-  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) {
-    c.Close();
-    c.Send("HTTP/1.1 410 Gone\r\nResource-History: third\r\nContent-Length: 0\r\n\r\n");
-  });
+  m_site.AnswerOnce("V0/Changes", Replying(410, "", "Resource-History: third\r\n"));
   m_site.EndStream();
   ExpectCalls(2, {"G " + Groups(""), "V " + Views(R"({"ID":5,"Name":"w","Method":1})")});
   ASSERT_TRUE(Eventually([&] { return m_site.Targets("V0/Changes").back().ends_with("?After=60&History=third"); }));
@@ -227,8 +223,8 @@ class RelayTest : public testing::Test {
     return [=](RelayTest& t) {
       NetLink::CClientSendInfo send;
       send.SetVal_URL(kPlatformRoot + name);
-      const std::string answer = R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":)" + std::to_string(error) +
-                                 R"(,"Data":{"View":{"ID":6},"ChangeNumber":")" + std::to_string(number) + "\"}}}";
+      const std::string data = R"({"View":{"ID":6},"ChangeNumber":")" + std::to_string(number) + "\"}";
+      const std::string answer = Envelope(data, error);
       t.relay->OnEditEnds(ticket, send, number == 0 ? "" : answer);
       t.relay->TellDue();
     };
@@ -253,6 +249,7 @@ class RelayTest : public testing::Test {
 
 TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
   const Step load = Load({50, 50}), again = Again({60, 60}), send = Send();
+  const std::string group = "V0/ViewGroups/1";
   const Step handOutGroups = HandOut(ListKind::Groups), handOutViews = HandOut(ListKind::Views);
   Expect({
       {"answered during the download that just holds it", {send, End(1, 50), load, again}, {}},
@@ -272,13 +269,9 @@ TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
       {"the last passed over, answered before", {load, send, End(1, 60), again}, {"V 5#4/1"}},
       {"added, and passed over", {load, send, End(1, 60, "V0/Views"), again}, {"V 6#60/2"}},
       {"heard of, and answered after a download", {load, send, Hear(51), again, End(1, 51)}, {}},
-      {"of a group whose list held it before the gap",
-       {Load({60, 50}), send, again, End(1, 55, "V0/ViewGroups/1")},
-       {}},
-      {"of a group, passed over", {load, send, again, End(1, 55, "V0/ViewGroups/1")}, {"G 1#3/1"}},
-      {"of a group, passed over by the groups' list alone",
-       {load, Again({70, 60}), send, End(1, 65, "V0/ViewGroups/1")},
-       {"G 1#3/1"}},
+      {"of a group whose list held it", {Load({60, 50}), send, again, End(1, 55, group)}, {}},
+      {"of a group, passed over", {load, send, again, End(1, 55, group)}, {"G 1#3/1"}},
+      {"of a group, passed over by its list alone", {load, Again({70, 60}), send, End(1, 65, group)}, {"G 1#3/1"}},
       {"answered for an ID that no ID can be", {load, send, End(1, 51, "V0/Views/4294967301"), Hear(51)}, {"V 5#51/1"}},
       {"refused with a number", {load, send, Hear(51), End(1, 51, "V0/Views/5", 4)}, {"V 5#51/1"}},
       {"lost before its event", {load, send, End(1, 0), Hear(51)}, {"V 5#51/1"}},
@@ -286,9 +279,7 @@ TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
       {"two on their way, the first of them lost", {load, send, send, Hear(51), End(1, 0), End(2, 51)}, {}},
       {"two on their way, both lost", {load, send, send, Hear(51), End(2, 0), End(1, 0)}, {"V 5#51/1"}},
       {"lost while a later one is on its way", {load, send, Hear(51), send, End(1, 0)}, {"V 5#51/1"}},
-      {"answered after two later ones were lost",
-       {load, send, Hear(51), send, send, End(2, 0), End(1, 51), End(3, 0)},
-       {}},
+      {"answered after two later were lost", {load, send, Hear(51), send, send, End(2, 0), End(1, 51), End(3, 0)}, {}},
       {"of a run before, answered there", {load, send, End(1, 51), Clear(), load, Hear(51)}, {"V 5#51/1"}},
       {"passed over eight downloads ago", {load, send, again, AgainAndAgain(7, 61), End(1, 60)}, {"V 5#4/1"}},
       {"passed over too long ago", {load, send, again, AgainAndAgain(8, 61), End(1, 60)}, {}},
@@ -317,7 +308,7 @@ TEST_F(RelayTest, TellsTheDifferenceThenWhatADownloadPassedOver) {
                          "G 1#54/1", "V 5#52/1", "V 7#60/2"}));
 }
 
-TEST_F(RelayTest, NumbersBeginAnewOnlyWhereSomeWereGiven) {
+TEST_F(RelayTest, NumbersBeginAnewAndOwnEditsAreToldOnlyWhereSomeWereGiven) {
   const auto run = [](int number) {
     return [=](RelayTest& t) {
       Clear()(t);
@@ -325,6 +316,8 @@ TEST_F(RelayTest, NumbersBeginAnewOnlyWhereSomeWereGiven) {
     };
   };
   const Step unnumbered = Load({50, 50, kGroup, View(5, "v", 4), false});
+  const auto bare = [](int number) { return Lists{number, number, kGroup, View(5, "v", 0), false}; };
+  const Step handOut = HandOut(ListKind::Views);
   Expect({
       {"by lists", {run(50), run(50), run(49), run(49), run(20), run(30)}, {"G", "V", "G", "V"}},
       {"by events", {unnumbered, Hear(51, "Views"), Clear(), unnumbered, Clear(), unnumbered}, {"V 5#51/1", "G", "V"}},
@@ -336,18 +329,12 @@ TEST_F(RelayTest, NumbersBeginAnewOnlyWhereSomeWereGiven) {
       {"after lost changes, whereby an answer is another server's",
        {run(50), Send(), End(1, 70), Again({20, 20, kGroup, View(5, "w", 2) + "," + View(6, "w", 3)}), Hear(70)},
        {"G", "V 5#0/1 6#0/0", "V 5#70/1"}},
+      {"by none, whatever comes first, answers and events, and whether downloads and runs go on or back",
+       {Load(bare(50)), Send(), End(1, -1), handOut, HearUnnumbered(51), Send(), HearUnnumbered(52), handOut, End(2, 0),
+        HearUnnumbered(53), Send(), End(3, -1), Again(bare(60)), Send(), End(4, -1), Again(bare(40)), Clear(),
+        Load(bare(30)), HearUnnumbered(31)},
+       {}},
   });
-}
-
-TEST_F(RelayTest, TellsNothingOfOwnEditsWhereASiteHasNoNumbers) {
-  const auto lists = [](int number) { return Lists{number, number, kGroup, View(5, "v", 0), false}; };
-  const Step handOut = HandOut(ListKind::Views);
-  // Whatever comes first, answers and events, and whether downloads and runs go on or back.
-  Expect({{"all of it",
-           {Load(lists(50)), Send(), End(1, -1), handOut, HearUnnumbered(51), Send(), HearUnnumbered(52), handOut,
-            End(2, 0), HearUnnumbered(53), Send(), End(3, -1), Again(lists(60)), Send(), End(4, -1), Again(lists(40)),
-            Clear(), Load(lists(30)), HearUnnumbered(31)},
-           {}}});
 }
 
 TEST_F(RelayTest, TellsNothingOnceTheRunHasBeenCancelled) {

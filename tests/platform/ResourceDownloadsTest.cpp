@@ -30,7 +30,8 @@ class ElementsTest : public ServingTest {
       connection.ReplyData("{\"ElementList\":{\"Element\":[" + elements + "]}}");
     });
   }
-  bool Fetch(const std::set<unsigned>& ids, std::vector<comm_method::ResourceType> types) {
+  bool Fetch(const std::set<unsigned>& ids,
+             const std::vector<comm_method::ResourceType>& types = {comm_method::ResourceTypeCamera}) {
     auto request = std::make_shared<CDownloadLogicalResource>();
     request->SetVal_extra_ids(ids);
     request->SetVal_source_type(types);
@@ -45,11 +46,11 @@ TEST_F(ElementsTest, AsksForWhatIsMissingInPortions) {
   ServeElements();
   std::set<unsigned> ids;
   for (unsigned id = 1; id <= 1001; ++id) ids.insert(id);
-  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}));
+  ASSERT_TRUE(Fetch(ids));
   ASSERT_EQ(m_server->Requests().size(), 3u);
   EXPECT_TRUE(m_server->Requests()[2].target.ends_with("/V0/Elements?Type=1001&IDs=1001"));
   ids.insert(4294967295u);
-  ASSERT_TRUE(Fetch(ids, {comm_method::ResourceTypeCamera}));
+  ASSERT_TRUE(Fetch(ids));
   ASSERT_EQ(m_server->Requests().size(), 4u);
   EXPECT_TRUE(m_server->Requests()[3].target.ends_with("&IDs=999,4294967295")) << "an unknown one is asked for again";
 
@@ -90,7 +91,7 @@ TEST_F(ElementsTest, AFailureKeepsWhatHadArrived) {
   EXPECT_EQ(Elements().FindCameraElementByID(1)->GetWorkStationID(), 4294967295u);
   EXPECT_FALSE(Elements().HasElement(comm_method::ResourceTypeCamera, 4294967295u));
   m_server.reset();
-  EXPECT_FALSE(Fetch({2}, {comm_method::ResourceTypeCamera}));
+  EXPECT_FALSE(Fetch({2}));
   EXPECT_EQ(error.GetMainError(), 1);
 }
 

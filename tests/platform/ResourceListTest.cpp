@@ -43,25 +43,16 @@ std::string Read(const std::string& text) {
   return lines;
 }
 
-// The running test's cases in LIST_TEXTS.
-void ExpectCases() {
+TEST(ListDocumentTest, FindsTheElementsOfAListTheirNumbersAndNothingElse) {
   for (const auto& [text, expected] : Cases(LIST_TEXTS)) {
     std::string lines;
     for (const std::string& line : expected) lines += line.empty() ? "" : line + "\n";
     EXPECT_EQ(Read(text.front() == '[' ? Document(text.substr(1, text.size() - 2)) : text), lines) << text;
   }
-}
-
-TEST(ListDocumentTest, FindsTheElementsOfAListAndNothingElse) {
-  ExpectCases();
   const std::string one = Document(R"({"ID":1})");
   for (const std::string& text : {one.substr(1), one + "x", one + std::string("\0{}", 3), std::string()}) {
     EXPECT_EQ(Read(text), "not JSON") << text;
   }
-}
-
-TEST(ListDocumentTest, ReadsTheNumbersOfElementsWhereverTheyStand) {
-  ExpectCases();
 }
 
 TEST(ListDocumentTest, ReadsTheNumberOfTheListItself) {
@@ -83,8 +74,7 @@ TEST(ListDocumentTest, ReadsTheEnvelopeAtAnyDepthOfNesting) {
   ASSERT_TRUE(
       ReadListDocument(R"({"ErrorCode":0,"ResponseStatus":{"Data":{"ErrorCode":0}}})", kViewNames, false, document));
   EXPECT_EQ(document.errorCode, -1) << "an absent code is an error";
-  std::string deep(300000, '[');
-  deep += std::string(300000, ']');
+  const std::string deep = std::string(300000, '[') + std::string(300000, ']');
   ASSERT_TRUE(ReadListDocument(Document(R"({"ID":1,"Deep":)" + deep + "}"), kViewNames, true, document));
   EXPECT_EQ(document.elements.size(), 1u);
 }
@@ -175,22 +165,19 @@ TEST(ResourceListTest, TheDifferenceSaysWhatIsNewChangedOrGoneAndNoneThatDiffers
   const std::string present =
       R"({"ID":4,"ChangeNumber":"12","Method":0},{"ID":2,"N":"B","ChangeNumber":"11","Method":1},{"ID":6,"Method":0})";
   const std::string unnumbered = R"({"ID":4,"Method":0},{"ID":2,"N":"B","Method":1},{"ID":6,"Method":0})";
-  const struct {
-    ResourceList::Numbers numbers;
-    bool isNumbered;
-    std::string present, removed;
-  } cases[] = {
-      {ResourceList::Numbers::Kept, true, present, R"({"ID":5,"ChangeNumber":"20","Method":2})"},
-      {ResourceList::Numbers::Kept, false, present, R"({"ID":5,"Method":2})"},
-      {ResourceList::Numbers::LeftOut, true, unnumbered, R"({"ID":5,"Method":2})"},
+  using Numbers = ResourceList::Numbers;
+  const std::tuple<Numbers, std::string, std::string, std::string> cases[] = {
+      {Numbers::Kept, Numbered(20, after), present, R"({"ID":5,"ChangeNumber":"20","Method":2})"},
+      {Numbers::Kept, Document(after), present, R"({"ID":5,"Method":2})"},
+      {Numbers::LeftOut, Numbered(20, after), unnumbered, R"({"ID":5,"Method":2})"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [numbers, list, stays, goes] : cases) {
     ResourceList older(kViewNames), newer(kViewNames);
     older.Set(Numbered(10, before), 10);
-    newer.Set(c.isNumbered ? Numbered(20, after) : Document(after), 20);
-    const ResourceList::Difference difference = older.DifferenceTo(newer, c.numbers);
-    EXPECT_EQ(difference.present, Document(c.present));
-    EXPECT_EQ(difference.removed, Document(c.removed));
+    newer.Set(list, 20);
+    const ResourceList::Difference difference = older.DifferenceTo(newer, numbers);
+    EXPECT_EQ(difference.present, Document(stays));
+    EXPECT_EQ(difference.removed, Document(goes));
   }
 }
 

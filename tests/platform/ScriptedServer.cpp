@@ -25,13 +25,6 @@ void Connection::Reply(int status, std::string_view body, std::string_view heade
        std::string(headers) + "\r\n" + std::string(body));
 }
 
-void Connection::ReplyData(std::string_view data, std::string_view headers) {
-  Reply(
-      200,
-      R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":)" + std::string(data) + "}}",
-      headers);
-}
-
 void Connection::ReplyError(int status, int module, int code) {
   Reply(status, R"({"ResponseStatus":{"ErrorModule":)" + std::to_string(module) + R"(,"ErrorCode":)" +
                     std::to_string(code) + R"(,"CascadingErrorInfo":"from below"}})");

@@ -22,14 +22,19 @@ struct Request {
   std::string body;
 };
 
+// A reply of a management server that holds such data.
+inline std::string Envelope(std::string_view data, int errorCode = 0) {
+  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":)" + std::to_string(errorCode) +
+         R"(,"CascadingErrorInfo":"","Data":)" + std::string(data) + "}}";
+}
+
 // One accepted connection, used by the handler on the connection's thread.
 class Connection {
  public:
   explicit Connection(int socket) : m_socket(socket) {}
   // A whole reply; `headers` are complete lines.
   void Reply(int status, std::string_view body, std::string_view headers = {});
-  // An envelope with `data` as its Data.
-  void ReplyData(std::string_view data, std::string_view headers = {});
+  void ReplyData(std::string_view data, std::string_view headers = {}) { Reply(200, Envelope(data), headers); }
   void ReplyError(int status, int module, int code);
   // Bytes as they are; false when the client is gone.
   bool Send(std::string_view bytes);

@@ -14,8 +14,7 @@ namespace testing_support {
 // Number 0: the list does not say how far it goes.
 inline std::string ListOf(const std::string& kind, const std::string& elements, int number = 0) {
   const std::string said = number == 0 ? "" : R"("ChangeNumber":")" + std::to_string(number) + R"(",)";
-  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":0,"CascadingErrorInfo":"","Data":{)" + said + '"' + kind +
-         R"(List":{")" + kind + R"(":[)" + elements + "]}}}}";
+  return Envelope("{" + said + '"' + kind + R"(List":{")" + kind + R"(":[)" + elements + "]}}");
 }
 inline std::string Views(const std::string& elements, int number = 0) {
   return ListOf("View", elements, number);
@@ -23,15 +22,30 @@ inline std::string Views(const std::string& elements, int number = 0) {
 inline std::string Groups(const std::string& elements, int number = 0) {
   return ListOf("ViewGroup", elements, number);
 }
+inline constexpr const char* kAdminsSession = R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})";
 inline std::string Event(int number, const std::string& type, const std::string& data) {
   return "id: " + std::to_string(number) + "\nevent: " + type + "\ndata: " + data + "\n\n";
 }
 
+// What a request is answered with.
+using Answer = std::function<void(const Request&, Connection&)>;
+inline Answer Replying(int status, const std::string& body = {}, const std::string& headers = {}) {
+  return [=](const Request&, Connection& connection) { connection.Reply(status, body, headers); };
+}
+inline Answer ReplyingData(const std::string& data) {
+  return Replying(200, Envelope(data));
+}
+inline Answer Refusing(int status, int module, int code) {
+  return [=](const Request&, Connection& connection) { connection.ReplyError(status, module, code); };
+}
+inline Answer Stalling() {
+  return [](const Request&, Connection& connection) { connection.Stall(); };
+}
+
+// Whoever logs in is its admin.
 class ScriptedSite {
  public:
-  using Override = std::function<void(const Request&, Connection&)>;
-
-  ScriptedSite() : m_server([this](const Request& request, Connection& connection) { Answer(request, connection); }) {}
+  ScriptedSite() : m_server([this](const Request& request, Connection& connection) { Serve(request, connection); }) {}
   ~ScriptedSite() {
     EndStreams();
     m_server.Stop();
@@ -50,9 +64,9 @@ class ScriptedSite {
   }
 
   // The next requests for `name` ("V0/Views", "V0/Changes", ...) are answered by these, one each, instead.
-  void AnswerOnce(const std::string& name, Override override) {
+  void AnswerOnce(const std::string& name, Answer answer) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_overrides.emplace(name, std::move(override));
+    m_answers.emplace(name, std::move(answer));
   }
 
   // Sends text on the change stream that is open; waits for one.
@@ -78,7 +92,7 @@ class ScriptedSite {
   // Ends the stream, of which the server then has forgotten too much, and waits for the next.
   void LoseChanges() {
     const int opened = StreamsOpened();
-    AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+    AnswerOnce("V0/Changes", Refusing(410, 100, 6));
     EndStream();
     ASSERT_TRUE(Eventually([&] { return StreamsOpened() > opened; }));
   }
@@ -119,20 +133,17 @@ class ScriptedSite {
     m_lists[name] = {text, number};
   }
 
-  void Answer(const Request& request, Connection& connection) {
-    std::string name = Name(request);
-    Override override;
+  void Serve(const Request& request, Connection& connection) {
+    const std::string name = Name(request);
+    Answer answer;
     List list;
     {
       std::lock_guard<std::mutex> lock(m_mutex);
-      if (auto found = m_overrides.find(name); found != m_overrides.end()) {
-        override = std::move(found->second);
-        m_overrides.erase(found);
-      }
+      if (auto found = m_answers.find(name); found != m_answers.end()) answer = m_answers.extract(found).mapped();
       list = m_lists[name];
     }
-    if (override) {
-      override(request, connection);
+    if (answer) {
+      answer(request, connection);
     } else if (name == "V0/Changes") {
       ServeStream(connection);
     } else {
@@ -178,10 +189,11 @@ class ScriptedSite {
 
   mutable std::mutex m_mutex;  // guards all but the server
   std::condition_variable m_changed;
-  std::map<std::string, List> m_lists{{"V0/Areas", {ListOf("Area", R"({"ID":3,"Name":"Yard"})"), 0}},
+  std::map<std::string, List> m_lists{{"V0/Sessions", {Envelope(kAdminsSession), 0}},
+                                      {"V0/Areas", {ListOf("Area", R"({"ID":3,"Name":"Yard"})"), 0}},
                                       {"V0/ViewGroups", {Groups(R"({"ID":1,"Name":"g"})"), 10}},
                                       {"V0/Views", {Views(R"({"ID":5,"Name":"v"})"), 12}}};
-  std::multimap<std::string, Override> m_overrides;
+  std::multimap<std::string, Answer> m_answers;
   std::string m_text, m_history;
   int m_streams = 0;
   int m_newestStream = 0;

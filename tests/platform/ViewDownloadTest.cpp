@@ -28,8 +28,8 @@ TEST_F(ViewDownloadTest, DownloadsTheListsThenFollowsAfterTheGroupsNumber) {
   EXPECT_EQ(TextOfViews(), Views(R"({"ID":5,"Name":"v"})"));
   EXPECT_EQ(ResourceStore::CElementManager::Instance().GetAreaNameByID(3), "Yard");
 
-  m_site.Stream(Event(11, "Views", Views(R"({"ID":5,"Name":"old","Method":1})")) +
-                Event(12, "OwnViews", Views(R"({"ID":5,"Name":"old","Method":1})")) +
+  const std::string old = Views(R"({"ID":5,"Name":"old","Method":1})");
+  m_site.Stream(Event(11, "Views", old) + Event(12, "OwnViews", old) +
                 Event(12, "ViewGroups", Groups(R"({"ID":1,"Name":"late duplicate","Method":1})")) +
                 Event(13, "Views", Views(kView6)) + Event(13, "Views", Views(R"({"ID":6,"Method":2})")) +
                 ": comment\n\n<html>\n\ndata: no number\n\nid: x\ndata: y\n\n" + Event(14, "Weather", "{}") +
@@ -64,18 +64,18 @@ struct NotingSink : Vant::Base::ILogSink {
 
 TEST_F(ViewDownloadTest, FetchesAListAgainUntilItIsWhole) {
   const std::string sequence = "Resource-Sequence: 1\r\n";
-  const std::vector<ScriptedSite::Override> failures = {
-      [](const Request&, Connection& c) { c.Reply(500, ""); },
-      [](const Request&, Connection& c) { c.ReplyError(500, 100, 8); },
-      [&](const Request&, Connection& c) { c.Reply(200, "<html>rubbish", sequence); },
-      [&](const Request&, Connection& c) { c.Reply(200, "", sequence); },
+  const std::vector<Answer> failures = {
+      Replying(500),
+      Refusing(500, 100, 8),
+      Replying(200, "<html>rubbish", sequence),
+      Replying(200, "", sequence),
       [](const Request&, Connection& c) { c.Close(); },
       [&](const Request&, Connection& c) {
         c.Close();
         c.Send("HTTP/1.1 200 OK\r\nContent-Length: 999\r\n" + sequence + "\r\n{\"ResponseStatus\"");
       },
-      [](const Request&, Connection& c) { c.ReplyData("{}"); },  // no number: V0/Areas may do without
-      [](const Request&, Connection& c) { c.ReplyData("{}", "Resource-Sequence: many\r\n"); },
+      ReplyingData("{}"),  // no number: V0/Areas may do without
+      Replying(200, Envelope("{}"), "Resource-Sequence: many\r\n"),
   };
   for (const char* list : {"V0/ViewGroups", "V0/Views"}) {
     for (const auto& failure : failures) m_site.AnswerOnce(list, failure);
@@ -145,7 +145,7 @@ TEST_F(ViewDownloadTest, ASilentStreamCountsAsLost) {
   SetTimings({10ms, 40ms, 150ms, 20s});
   Load();
   EXPECT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") >= 3; }));
-  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.Stall(); });  // not even a header
+  m_site.AnswerOnce("V0/Changes", Stalling());  // not even a header
   int before = m_site.Count("V0/Changes");
   EXPECT_TRUE(Eventually([&] { return m_site.Count("V0/Changes") >= before + 3; }));
   EXPECT_TRUE(Manager().IsViewDownloadSuccess());
@@ -177,7 +177,7 @@ TEST_F(ViewDownloadTest, TheStreamFollowsAtOnceOnAnotherDownload) {
   SetTimings({1000ms, 1000ms, 30s, 20s});
   Load();
   ASSERT_TRUE(Eventually([&] { return m_site.Streams() == 1; })) << "the first stream would take the answer";
-  m_site.AnswerOnce("V0/Changes", [](const Request&, Connection& c) { c.ReplyError(410, 100, 6); });
+  m_site.AnswerOnce("V0/Changes", Refusing(410, 100, 6));
   m_site.EndStream();
   const int opened = m_site.StreamsOpened();
   ASSERT_TRUE(Eventually([&] { return m_site.Count("V0/Views") >= 2; }));
@@ -209,17 +209,15 @@ TEST_F(ViewDownloadTest, ARenewedSessionGetsAStreamOfItsOwn) {
 
 TEST_F(ViewDownloadTest, StopsAtOnceWhateverItIsDoing) {
   SetTimings({60s, 60s, 60s, 60s});
-  const ScriptedSite::Override stall = [](const Request&, Connection& c) { c.Stall(); };
-  const ScriptedSite::Override fail = [](const Request&, Connection& c) { c.Reply(500, ""); };
   auto expectPromptStop = [](const char* what) {
     auto began = std::chrono::steady_clock::now();
     Manager().Stop();
     EXPECT_LT(std::chrono::steady_clock::now() - began, 5s) << what;
   };
   for (const char* list : {"V0/Areas", "V0/ViewGroups", "V0/Views", "V0/Changes"}) {
-    for (bool stalling : {true, false}) {
+    for (const Answer& answer : {Stalling(), Replying(500)}) {
       int before = m_site.Count(list);
-      m_site.AnswerOnce(list, stalling ? stall : fail);
+      m_site.AnswerOnce(list, answer);
       Manager().Start();
       EXPECT_TRUE(Eventually([&] { return m_site.Count(list) > before; })) << list;
       expectPromptStop(list);
@@ -238,10 +236,10 @@ TEST_F(ViewDownloadTest, StopsAtOnceWhateverItIsDoing) {
 // The process of a host that never stops anything: a stream is open, a download of users hangs, and main returns.
 [[noreturn]] void RunForgetfulHost() {
   static ScriptedSite site;  // outlives what the platform makes later
-  site.AnswerOnce("V0/Users", [](const Request&, Connection& c) { c.Stall(); });
+  site.AnswerOnce("V0/Users", Stalling());
   CNetCommManager::Instance().SetServer(site.Url());
-  CViewGroupManager::Instance().SetViewsUpdateCallback([](const std::string&) {});
-  CViewGroupManager::Instance().Start();
+  Manager().SetViewsUpdateCallback([](const std::string&) {});
+  Manager().Start();
   ResourceStore::COrlUserManager::Instance().StartDownLoadOrlUser();
   bool running = Eventually([] { return site.Streams() == 1 && site.Count("V0/Users") == 1; });
   std::exit(running ? 0 : 1);
