@@ -79,8 +79,6 @@ class ScriptClient {
   }
   void FinishObserve() { ReadAnswer(); }
 
-  // Whether there are notices that came before the last answer.
-  bool HasNotices() const { return !m_notices.empty(); }
   Notice NextNotice() {
     while (m_notices.empty()) {
       if (!TakeNotice(ReadLine())) throw std::runtime_error("an answer where a notice was awaited");

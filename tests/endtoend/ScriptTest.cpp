@@ -27,13 +27,13 @@ TEST_F(ScriptTest, EachLineIsAnsweredWithOneLine) {
 }
 
 TEST_F(ScriptTest, WrongLinesAreAnsweredAndTheScriptGoesOnAlsoFromAFile) {
-  const std::string file = TheSite().Folder() + "/script.jsonl";
+  const QString file = TheSite().File("script.jsonl");
   WriteFile(file, "what\n\n{\"call\":\"NoSuchCall\"}\n{\"call\":\"InitEnvir\"}");
-  const Outcome outcome = RunAs(TheSite(), "admin", {"script", QString::fromStdString(file)});
+  const Outcome outcome = RunAs(TheSite(), "admin", {"script", file});
   EXPECT_EQ(outcome.status, 1);
   const auto lines = Lines(outcome.out);
   ASSERT_EQ(lines.size(), 4u) << outcome.out;
-  for (size_t i = 0; i < 3; ++i) EXPECT_EQ(lines[i].rfind("{\"error\":\"", 0), 0u) << lines[i];
+  for (size_t i = 0; i < 3; ++i) EXPECT_TRUE(lines[i].starts_with("{\"error\":\"")) << lines[i];
   EXPECT_EQ(lines[3], R"({"call":"InitEnvir","result":true,"response":""})");
 }
 
@@ -46,7 +46,7 @@ std::string Between(const std::string& text, size_t& at, const std::string& begi
 
 // An example is "Request to `Function`" and perhaps "Response", each followed by a block of JSON.
 TEST(DocumentedExamplesTest, EveryExampleIsAnsweredAsWritten) {
-  const std::string document = ReadFile(DOCS_DIR "/exchanges.md");
+  const std::string document = ReadFile(std::string(DOCS_DIR "/exchanges.md"));
   const std::string end = "\n```\n";
   std::set<std::string> shown;
   const Site site;

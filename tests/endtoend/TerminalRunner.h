@@ -54,7 +54,7 @@ class OnTerminal {
     }
     const bool isEnded = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(1000);
     const bool isNormal = isEnded && m_process.exitStatus() == QProcess::NormalExit;
-    return {isNormal ? m_process.exitCode() : -1, m_said, {}};
+    return {isNormal ? m_process.exitCode() : -1, m_said, {}, {}};
   }
 
  private:
@@ -68,10 +68,9 @@ class OnTerminal {
     char text[4096];
     const ssize_t size = (one.revents & POLLIN) != 0 ? read(m_master, text, sizeof text) : 0;
     if (size > 0) m_said.append(text, static_cast<size_t>(size));
-    if ((one.revents & POLLHUP) != 0 && size <= 0) QProcessEnds();
+    if ((one.revents & POLLHUP) != 0 && size <= 0) m_process.waitForFinished(50);
     return size > 0 || m_process.state() != QProcess::NotRunning;
   }
-  void QProcessEnds() { m_process.waitForFinished(50); }
 
   int m_master = -1;
   std::string m_said;

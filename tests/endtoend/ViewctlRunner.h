@@ -43,8 +43,15 @@ inline std::string ReadFile(const std::string& name) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+inline std::string ReadFile(const QString& name) {
+  return ReadFile(name.toStdString());
+}
+
 inline void WriteFile(const std::string& name, const std::string& text) {
   std::ofstream(name, std::ios::binary) << text;
+}
+inline void WriteFile(const QString& name, const std::string& text) {
+  WriteFile(name.toStdString(), text);
 }
 
 // A server on a port of its own, with the sample site unless `seeded` says otherwise; gone with the object. In it,
@@ -58,16 +65,17 @@ class Site {
   }
   // With a site of one's own, which has the users.
   explicit Site(const std::string& seed) {
-    const std::string file = Folder() + "/seed.json";
-    std::ofstream(file, std::ios::binary) << seed;
-    Start(file);
+    WriteFile(File("seed.json"), seed);
+    Start(File("seed.json").toStdString());
   }
 
   std::string Url() const { return m_server->Url(); }
-  std::string Folder() const { return m_folder.path().toStdString(); }
+  QString Address() const { return QString::fromStdString(Url()); }
+  // A place for a file of the test's.
+  QString File(const QString& name) const { return m_folder.filePath(name); }
   // Arguments that log in as that user. The password comes from RunAs.
   QStringList As(const std::string& user) const {
-    return {"--server", QString::fromStdString(Url()), "--user", QString::fromStdString(user)};
+    return {"--server", Address(), "--user", QString::fromStdString(user)};
   }
 
  private:
@@ -153,7 +161,33 @@ struct Outcome {
   int status = -1;
   std::string out;
   std::string err;
+  std::string command;  // what was run
+
+  std::string LastLine() const {
+    const auto lines = Lines(out);
+    return lines.empty() ? "" : lines.back();
+  }
 };
+inline std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+  return stream << outcome.command << "\n" << outcome.out << outcome.err;
+}
+
+// Expects that status and, in all that was said, that part.
+inline void ExpectSaid(const Outcome& outcome, int status, const std::string& part) {
+  EXPECT_EQ(outcome.status, status) << outcome;
+  EXPECT_TRUE(Has(outcome.out + outcome.err, part)) << "no " << part << " of " << outcome;
+}
+// Expects that status and that part of a message, and nothing on stdout.
+inline void ExpectMessage(const Outcome& outcome, int status, const std::string& part) {
+  EXPECT_EQ(outcome.status, status) << outcome;
+  EXPECT_TRUE(Has(outcome.err, part)) << "no " << part << " of " << outcome;
+  EXPECT_EQ(outcome.out, "") << outcome;
+}
+
+// The arguments of a line; a pair of '"' holds together what has blanks.
+inline QStringList Words(const QString& line) {
+  return QProcess::splitCommand(line);
+}
 
 // Runs a program to its end, viewctl unless said.
 inline Outcome Run(const QStringList& arguments, const std::string& password = {}, const std::string& input = {},
@@ -161,12 +195,17 @@ inline Outcome Run(const QStringList& arguments, const std::string& password = {
   Running process(arguments, password, program);
   process.Write(input);
   const int status = process.Finish();
-  return {status, process.Output(), process.Errors()};
+  return {status, process.Output(), process.Errors(), arguments.join(' ').toStdString()};
 }
 // The same as a user of the site, whose passwords are all "sample-" and the name.
 inline Outcome RunAs(const Site& site, const std::string& user, const QStringList& command,
                      const std::string& input = {}) {
   return Run(site.As(user) + command, "sample-" + user, input);
+}
+
+// Runs of a shell that finds viewctl by its name.
+inline Outcome RunShell(const QString& script, const QString& argument = {}, const QString& shell = "sh") {
+  return Run({"-c", "PATH=$(dirname '" VIEWCTL_FILE "'):$PATH; " + script, shell, argument}, {}, {}, shell);
 }
 
 // Tests that share a site.
@@ -176,6 +215,24 @@ class SiteTest : public testing::Test {
     static Site site;
     return site;
   }
+  static Outcome Maria(const QStringList& command, const std::string& input = {}) {
+    return RunAs(TheSite(), "maria", command, input);
+  }
+};
+
+// Tests that have a site for themselves.
+class OwnSiteTest : public testing::Test {
+ protected:
+  Outcome Maria(const QStringList& command) const { return RunAs(m_site, "maria", command); }
+  Outcome Admin(const QStringList& command) const { return RunAs(m_site, "admin", command); }
+  QString File(const char* name) const { return m_site.File(name); }
+  // The same, with that in it.
+  QString File(const char* name, const std::string& content) const {
+    WriteFile(File(name), content);
+    return File(name);
+  }
+
+  Site m_site;
 };
 
 }  // namespace test

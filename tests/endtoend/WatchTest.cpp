@@ -6,20 +6,13 @@
 namespace test {
 namespace {
 
-using testing_support::ScriptedSite;
-
 TEST(WatchTest, SaysWhenItLosesTheServerAndWhenItHasCaughtUp) {
-  ScriptedSite site;
-  site.AnswerOnce("V0/Sessions", [](const auto&, auto& connection) {
-    connection.ReplyData(R"({"Session":{"Token":"t","UserID":1,"UserName":"admin"}})");
-  });
+  testing_support::ScriptedSite site;
   Running watch({"watch", "--all", "--server", QString::fromStdString(site.Url())}, "any");
   ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
   for (const int status : {503, 500}) {
     // Attempts that fail one after the other are one loss.
-    for (int i = 0; i < 2; ++i) {
-      site.AnswerOnce("V0/Changes", [status](const auto&, auto& connection) { connection.Reply(status, ""); });
-    }
+    for (int i = 0; i < 2; ++i) site.AnswerOnce("V0/Changes", testing_support::Replying(status));
     site.EndStream();
     const std::string lost = watch.NextErrorLine();
     EXPECT_TRUE(lost.starts_with("Lost the server: ") && lost.ends_with("; trying again")) << lost;
@@ -32,7 +25,6 @@ TEST(WatchTest, SaysWhenItLosesTheServerAndWhenItHasCaughtUp) {
 
 TEST(WatchTest, TellsInWordsWhatAndWhere) {
   const Site site;
-  const auto maria = [&](const QStringList& command) { ASSERT_EQ(RunAs(site, "maria", command).status, 0); };
   Running watch(site.As("kenji") + QStringList{"watch", "--all", "--text"}, "sample-kenji");
   ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
   const std::pair<QStringList, std::vector<std::string>> edits[] = {
@@ -44,7 +36,7 @@ TEST(WatchTest, TellsInWordsWhatAndWhere) {
       {{"replace", "2031", "2032", "--in", "group:2"}, {"view 107 public/Station/Platforms/All platforms: changed"}},
   };
   for (const auto& [command, lines] : edits) {
-    maria(command);
+    ASSERT_EQ(RunAs(site, "maria", command).status, 0);
     for (const std::string& expected : lines) {
       const std::string line = watch.NextLine();
       EXPECT_EQ(line.substr(0, line.find('T')).size(), 10u) << line;
