@@ -11,20 +11,8 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
-class ImportChoicesTest : public testing::Test {
+class ImportChoicesTest : public OwnSiteTest {
  protected:
-  Outcome Admin(const QStringList& command, const std::string& input = {}) {
-    return RunAs(m_site, "admin", command, input);
-  }
-  QString File(const char* name) const { return m_folder.filePath(name); }
-  QString File(const char* name, const std::string& content) const {
-    WriteFile(File(name).toStdString(), content);
-    return File(name);
-  }
-  static std::string LastLine(const Outcome& outcome) {
-    const auto lines = Lines(outcome.out);
-    return lines.empty() ? "" : lines.back();
-  }
   std::string Export(const QStringList& what) { return Admin(QStringList{"export", "-o", "-"} + what).out; }
   // Many views of long names, so that an import of them stands still before its end while nobody reads what it says.
   static std::string Many(int count) {
@@ -35,11 +23,6 @@ class ImportChoicesTest : public testing::Test {
     }
     return R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[)" + views + "]}";
   }
-
-  Site m_site;
-
- private:
-  QTemporaryDir m_folder;
 };
 
 TEST_F(ImportChoicesTest, WhatIsNotOnTheServerIsToldByViewAndWindow) {
@@ -49,19 +32,14 @@ TEST_F(ImportChoicesTest, WhatIsNotOnTheServerIsToldByViewAndWindow) {
     return RunAs(empty, "admin", QStringList{"import", file} + options);
   };
   const Outcome skipped = import({"--skip-unknown"});
-  EXPECT_EQ(LastLine(skipped), "Made 3 folders and 0 views, skipped 0 folders and 1 view, failed 0") << skipped.out;
-  EXPECT_TRUE(Has(skipped.out, "magnified: it shows what is not on this server\n")) << skipped.out;
+  EXPECT_EQ(skipped.LastLine(), "Made 3 folders and 0 views, skipped 0 folders and 1 view, failed 0") << skipped.out;
+  ExpectSaid(skipped, 0, "magnified: it shows what is not on this server\n");
   const Outcome made = import({});
-  EXPECT_EQ(made.status, 0);
-  EXPECT_TRUE(Has(made.err,
-                  "public/Station/Platforms/Platforms 1–2/Platform 1 edge, magnified, page 1, window 0: "
-                  "camera 2031 \"Platform 1, edge 1\" is not on this server\n"))
-      << made.err;
-  EXPECT_TRUE(Has(made.err, "Warning: 1 resource not on this server;")) << made.err;
-  const Outcome below = import({"--into", "Station", "--dry-run"});
-  EXPECT_TRUE(Has(below.err, "public/Station/Station/Platforms/Platforms 1–2/Platform 1 edge, magnified, page 1"))
-      << below.err;
-  EXPECT_EQ(LastLine(made), "Made 0 folders and 1 view, skipped 3 folders and 0 views, failed 0");
+  ExpectSaid(made, 0,
+             "public/Station/Platforms/Platforms 1–2/Platform 1 edge, magnified, page 1, window 0: "
+             "camera 2031 \"Platform 1, edge 1\" is not on this server\n");
+  ExpectSaid(made, 0, "Warning: 1 resource not on this server;");
+  EXPECT_EQ(made.LastLine(), "Made 0 folders and 1 view, skipped 3 folders and 0 views, failed 0");
   EXPECT_FALSE(Has(Admin({"import", file}).err, "Warning")) << "where they come from all are there";
 }
 
@@ -86,7 +64,7 @@ TEST_F(ImportChoicesTest, NamesAreAnExtraOfTheExportOnly) {
   const std::string head = plain.substr(0, plain.rfind(']'));
   EXPECT_EQ(named.substr(0, head.size()), head);
   EXPECT_TRUE(Has(named, "\"Name\": \"Drivers' room\"")) << named;
-  EXPECT_EQ(LastLine(Admin({"import", File("n.json", named), "--update"})),
+  EXPECT_EQ(Admin({"import", File("n.json", named), "--update"}).LastLine(),
             "Made 0 folders and 0 views, updated 0 views, skipped 1 folder and 3 views, failed 0");
 }
 
@@ -95,21 +73,20 @@ TEST_F(ImportChoicesTest, AMapPutsOthersInTheirPlace) {
   const std::string foreign = Replaced(Export({"110", "--with-names"}), "\"2031\"", "\"9031\"");
   const QString file = File("foreign.json", Replaced(foreign, "magnified", "mapped"));
   const Outcome written = Admin({"import", file, "--write-map", File("map.json")});
-  EXPECT_EQ(written.status, 0) << written.err;
-  EXPECT_TRUE(Has(written.err, "nothing was imported")) << written.err;
-  std::string map = ReadFile(File("map.json").toStdString());
+  ExpectSaid(written, 0, "nothing was imported");
+  const QString view = "Station/Platforms/Platforms 1–2/Platform 1 edge, mapped";
+  EXPECT_EQ(Admin({"show", view}).status, 2);
+  ExpectSaid(Admin({"import", file, "--map", File("map.json"), "--dry-run"}), 0,
+             "Warning: 1 resource not on this server");
+  const std::string map = ReadFile(File("map.json"));
   const std::string open = R"({"Kind":"camera","ID":"9031","Name":"Platform 1, edge 1","To":""})";
   ASSERT_TRUE(Has(map, open)) << map;
-  EXPECT_EQ(Admin({"show", "Station/Platforms/Platforms 1–2/Platform 1 edge, mapped"}).status, 2);
-  const Outcome unfilled = Admin({"import", file, "--map", File("map.json"), "--dry-run"});
-  EXPECT_TRUE(Has(unfilled.err, "Warning: 1 resource not on this server")) << unfilled.err;
 
   for (const char* entry : {R"({"Kind":"camera","ID":"9031","To":"2031"})",
                             R"({"Kind":"camera","Name":"Platform 1, edge 1","To":"platform 1, edge 1"})"}) {
     const QString filled = File("filled.json", Replaced(map, open, entry));
     const Outcome made = Admin({"import", file, "--map", filled});
     EXPECT_FALSE(Has(made.err, "Warning")) << made.err;
-    const QString view = "Station/Platforms/Platforms 1–2/Platform 1 edge, mapped";
     EXPECT_EQ(Replaced(Export({view}), "mapped", "magnified"), original) << entry;
     EXPECT_EQ(Admin({"rm", view, "--yes"}).status, 0);
   }
@@ -122,7 +99,6 @@ TEST_F(ImportChoicesTest, AMapWithAMistakeChangesNothing) {
   };
   const std::tuple<std::string, int, const char*> cases[] = {
       {"no", 2, "The map is not JSON"},
-      {R"({"Format":"viewctl-export","Version":1})", 2, "--write-map makes one to fill in"},
       {map(R"({"Kind":"camera","To":"1"})"), 2, "Resources[1]: it has neither \"ID\" nor \"Name\""},
       {map(R"({"Kind":"camra","ID":"1","To":"1"})"), 2, "Resources[1]: \"camra\" is no kind of resource"},
       {map(R"({"Kind":"camera","ID":"x","To":"1"})"), 2, "Resources[1]: \"ID\" is no id"},
@@ -133,10 +109,7 @@ TEST_F(ImportChoicesTest, AMapWithAMistakeChangesNothing) {
   };
   const std::string before = Export({});
   for (const auto& [content, status, part] : cases) {
-    const Outcome outcome = Admin({"import", file, "--map", File("map.json", content)});
-    EXPECT_EQ(outcome.status, status) << outcome.err;
-    EXPECT_TRUE(Has(outcome.err, part)) << outcome.err;
-    EXPECT_EQ(outcome.out, "");
+    ExpectMessage(Admin({"import", file, "--map", File("map.json", content)}), status, part);
   }
   EXPECT_EQ(Export({}), before);
 }
@@ -147,10 +120,10 @@ TEST_F(ImportChoicesTest, AnUpdateMakesViewsEqualToTheFile) {
   EXPECT_EQ(Admin({"replace", "2031", "2032"}).status, 0);
   EXPECT_EQ(Admin({"rm", "109", "--yes"}).status, 0);
   const std::string changed = Export({"group:2"});
-  EXPECT_TRUE(Has(Admin({"import", file, "--update", "--dry-run"}).out, "would update view public/Station/Platforms/"));
+  ExpectSaid(Admin({"import", file, "--update", "--dry-run"}), 0, "would update view public/Station/Platforms/");
   EXPECT_EQ(Export({"group:2"}), changed);
   const Outcome updated = Admin({"import", file, "--update"});
-  EXPECT_EQ(LastLine(updated), "Made 0 folders and 1 view, updated 2 views, skipped 4 folders and 6 views, failed 0");
+  EXPECT_EQ(updated.LastLine(), "Made 0 folders and 1 view, updated 2 views, skipped 4 folders and 6 views, failed 0");
   EXPECT_EQ(Export({"group:2"}), before);
 }
 
@@ -159,8 +132,7 @@ TEST_F(ImportChoicesTest, SeveralFilesAreOneAndStandardInputIsAFile) {
   const QString station = File("station.json", Export({"group:1"}));
   const QString platforms = File("platforms.json", Export({"group:2"}));
   const std::string bus = Export({"group:6"});
-  const Outcome outcome = RunAs(copy, "admin", {"import", platforms, station, "-"}, bus);
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(RunAs(copy, "admin", {"import", platforms, station, "-"}, bus).status, 0);
   EXPECT_EQ(RunAs(copy, "admin", {"export", "-o", "-"}).out, Export({"group:1", "group:6"})) << "none is doubled";
 }
 
@@ -169,13 +141,11 @@ TEST_F(ImportChoicesTest, WhatFailedGoesIntoAFileForAnotherTime) {
   const std::string bad = Replaced(good, "good", "bad\\u0001");
   const QString file =
       File("f.json", R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[)" + good + "," + bad + "]}");
-  const Outcome outcome = Admin({"import", file, "--retry", File("rest.json")});
-  EXPECT_EQ(outcome.status, 1);
-  EXPECT_TRUE(Has(outcome.err, "1 view left for another time: viewctl import ")) << outcome.err;
-  const std::string rest = ReadFile(File("rest.json").toStdString());
+  ExpectSaid(Admin({"import", file, "--retry", File("rest.json")}), 1, "1 view left for another time: viewctl import ");
+  const std::string rest = ReadFile(File("rest.json"));
   EXPECT_TRUE(Has(rest, "bad") && !Has(rest, "good")) << rest;
   const Outcome again = Admin({"import", File("rest.json", Replaced(rest, "\\u0001", "ly named"))});
-  EXPECT_EQ(LastLine(again), "Made 0 folders and 1 view, skipped 1 folder and 0 views, failed 0");
+  EXPECT_EQ(again.LastLine(), "Made 0 folders and 1 view, skipped 1 folder and 0 views, failed 0");
 }
 
 TEST_F(ImportChoicesTest, BrokenOffItSaysSoAndASecondOneCompletesIt) {
@@ -194,7 +164,7 @@ TEST_F(ImportChoicesTest, BrokenOffItSaysSoAndASecondOneCompletesIt) {
     }
   }
   EXPECT_EQ(Admin({"import", file}).status, 0);
-  EXPECT_EQ(LastLine(Admin({"import", file})), "Made 0 folders and 0 views, skipped 1 folder and 900 views, failed 0");
+  EXPECT_EQ(Admin({"import", file}).LastLine(), "Made 0 folders and 0 views, skipped 1 folder and 900 views, failed 0");
   const std::string all = Export({"Many"});
   size_t views = 0;
   for (const std::string& line : Lines(all)) views += Has(line, "\"Name\": \"v") ? 1u : 0u;
