@@ -5,27 +5,21 @@
 namespace test {
 namespace {
 
-class EditTest : public testing::Test {
+class EditTest : public OwnSiteTest {
  protected:
   // The editor is a shell script, of which $1 is the file.
-  Outcome Edit(const std::string& script, const QStringList& options = {}) {
-    const std::string file = m_site.Folder() + "/editor.sh";
-    WriteFile(file, script);
-    std::remove(Log().c_str());
-    const QString line = QString::fromStdString("EDITOR='sh " + file + "' exec '" VIEWCTL_FILE "' \"$@\"");
-    return test::Run(QStringList{"-c", line, "sh"} + m_site.As("maria") + QStringList{"edit", "110"} + options +
-                         QStringList{"--log-file", QString::fromStdString(Log())},
-                     "sample-maria", {}, "sh");
+  Outcome Edit(const std::string& script, const QString& option = {}) {
+    QFile::remove(File("log"));
+    return RunShell("EDITOR='sh " + File("editor.sh", script) + "' VIEWCTL_PASSWORD=sample-maria viewctl " +
+                    m_site.As("maria").join(' ') + " edit 110 " + option + " --log-file " + File("log"));
   }
-  std::string Log() const { return m_site.Folder() + "/log"; }
-  Outcome Maria(const QStringList& command) { return RunAs(m_site, "maria", command); }
   // `replace` of the camera that view 110 shows, as another client makes it.
   std::string OtherClient() const {
     return "VIEWCTL_PASSWORD=sample-admin '" VIEWCTL_FILE "' --server " + m_site.Url() +
            " replace 2031 2033 --in group:3 >/dev/null 2>&1\n"
            // Until the edit, which is waiting, has heard of it.
            "i=0; until grep -q ViewDataResourceUpdate " +
-           Log() + " || [ $i -ge 300 ]; do sleep 0.1; i=$((i+1)); done; sleep 0.3\n";
+           File("log").toStdString() + " || [ $i -ge 300 ]; do sleep 0.1; i=$((i+1)); done; sleep 0.3\n";
   }
   // The file that a message says to have kept, which then is removed.
   static std::string TakeKept(const std::string& message) {
@@ -38,51 +32,47 @@ class EditTest : public testing::Test {
     std::remove(file.c_str());
     return text;
   }
-
-  Site m_site;
 };
 
 TEST_F(EditTest, WhatIsChangedIsShownByPageAndWindowAndThenSaved) {
   const std::string camera = "sed -i 's/\"2031\"/\"2032\"/; s/\"TopX\": 600/\"TopX\": 610/' $1";
-  const Outcome dry = Edit(camera, {"--dry-run"});
-  EXPECT_EQ(dry.status, 0) << dry.err;
-  EXPECT_TRUE(Has(dry.out, "page 1, window 0: ResourceID \"2031\" -> \"2032\"\n")) << dry.out << dry.err;
-  EXPECT_TRUE(Has(dry.out, "page 1, window 0: ZoomWindowList.ZoomWindow[2].TopX 600 -> 610\n")) << dry.out;
-  EXPECT_TRUE(Has(Maria({"show", "110"}).out, "id 2031"));
+  const Outcome dry = Edit(camera, "--dry-run");
+  ExpectSaid(dry, 0, "page 1, window 0: ResourceID \"2031\" -> \"2032\"\n");
+  ExpectSaid(dry, 0, "page 1, window 0: ZoomWindowList.ZoomWindow[2].TopX 600 -> 610\n");
+  ExpectSaid(Maria({"show", "110"}), 0, "id 2031");
   const Outcome saved = Edit(camera);
   EXPECT_EQ(saved.out, dry.out);
-  EXPECT_TRUE(Has(saved.err, "Saved view 110")) << saved.err;
-  EXPECT_TRUE(Has(Maria({"show", "110"}).out, "id 2032"));
-  const Outcome nothing = Edit("true");
-  EXPECT_EQ(nothing.status, 0);
-  EXPECT_TRUE(Has(nothing.err, "Nothing was changed")) << nothing.err;
+  ExpectSaid(saved, 0, "Saved view 110");
+  ExpectSaid(Maria({"show", "110"}), 0, "id 2032");
+  ExpectSaid(Edit("true"), 0, "Nothing was changed");
 }
 
-TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLines) {
-  const std::string before = Maria({"show", "110", "--json"}).out;
+TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLinesAndIsKeptWhenRefused) {
   // The first time a mistake is made, the second time the note below it is looked for and the mistake mended.
   const Outcome mended = Edit(
       "if grep -q Nmae $1; then grep -A1 -n Nmae $1 >&2; sed -i s/Nmae/Name/ $1;\n"
       "else sed -i 's/\"Name\": \"Plat/\"Nmae\": \"Flat/' $1; fi");
-  EXPECT_EQ(mended.status, 0) << mended.err;
-  EXPECT_TRUE(Has(mended.err, "4:// ^ there is no key \"Nmae\"; did you mean \"Name\"?")) << mended.err;
-  EXPECT_TRUE(Has(mended.out, "name: \"Platform 1 edge, magnified\" -> \"Flatform 1 edge, magnified\"")) << mended.out;
+  ExpectSaid(mended, 0, "4:// ^ there is no key \"Nmae\"; did you mean \"Name\"?");
+  ExpectSaid(mended, 0, "name: \"Platform 1 edge, magnified\" -> \"Flatform 1 edge, magnified\"");
 
-  const std::pair<const char*, const char*> mistakes[] = {
-      {"sed -i '$d' $1", "this is no JSON, at column "},
-      {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": true,/' $1", "line 3: it takes a whole number of 32 bits"},
-      {"sed -i /RoundTime/d $1", "line 1: \"RoundTime\" is missing"},
-      {"sed -i 's/\"AutoCycle\".*/\"AutoCycle\": 1e99999999999,/' $1", "this is no JSON, at "},
-      {"sed -i 's/\"Sequence\": 1,/\"Sequence\": 0,/' $1",
-       "there is a window 0 on the page already; give another number"},
-      {"sed -i s/Sequence/Sequense/ $1", "there is no key \"Sequense\"; did you mean \"Sequence\"?"},
+  const std::string once = "grep -q '^// ^ ' $1 || ";  // and left as it comes back
+  const std::tuple<std::string, int, const char*> mistakes[] = {
+      {once + "sed -i '$d' $1", 2, "this is no JSON, at column "},
+      {once + "sed -i 's/\"AutoCycle\".*/\"AutoCycle\": true,/' $1", 2, "line 3: it takes a whole number of 32 bits"},
+      {once + "sed -i /RoundTime/d $1", 2, "line 1: \"RoundTime\" is missing"},
+      {once + "sed -i 's/\"AutoCycle\".*/\"AutoCycle\": 1e99999999999,/' $1", 2, "this is no JSON, at "},
+      {once + "sed -i s/Sequence/Sequense/ $1", 2, "there is no key \"Sequense\"; did you mean \"Sequence\"?"},
+      // Each time another mistake: it would come back for ever.
+      {"sed -i s/RoundTime/RoundTimee/ $1", 2, "line 4: there is no key \"RoundTimeee\""},
+      {"sed -i 's/\"2031\"/\"7777\"/' $1", 1, "The server has no camera 7777, so nothing was changed"},
+      {"sed -i 's/\"Name\": \"Flatform 1 edge, magnified\"/\"Name\": \"Platform 2\"/' $1", 1,
+       "There is a view of the name Platform 2 in the folder; choose another name"},
   };
   const std::string saved = Maria({"show", "110", "--json"}).out;
-  for (const auto& [script, part] : mistakes) {
-    const Outcome outcome = Edit("grep -q '^// ^ ' $1 || " + std::string(script));
-    EXPECT_EQ(outcome.status, 2) << script << outcome.err;
-    EXPECT_TRUE(Has(outcome.err, part)) << script << "\n" << outcome.err;
-    EXPECT_TRUE(Has(TakeKept(outcome.err), "// ^ ")) << outcome.err;
+  for (const auto& [script, status, part] : mistakes) {
+    const Outcome outcome = Edit(script);
+    ExpectSaid(outcome, status, part);
+    EXPECT_TRUE(Has(TakeKept(outcome.err), status == 2 ? "// ^ " : "\"PlanPages\"")) << script << outcome;
   }
   EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
 }
@@ -94,7 +84,7 @@ TEST_F(EditTest, AViewThatHasOneNumberTwiceStaysEditable) {
                 .status,
             0);
   EXPECT_EQ(Edit("sed -i s/magnified/near/ $1").status, 0);
-  const std::string moved = Edit("sed -i 's/\"Sequence\": 2/\"Sequence\": 3/' $1", {"--dry-run"}).out;
+  const std::string moved = Edit("sed -i 's/\"Sequence\": 2/\"Sequence\": 3/' $1", "--dry-run").out;
   EXPECT_TRUE(Has(moved, "page 1, window 2: gone, ") && Has(moved, "page 1, window 3: new, ")) << moved;
   // The line at which the third one stands.
   const Outcome third = Edit("grep -q '^// ^ ' $1 || sed -i 's/\"Sequence\": 2/\"Sequence\": 1/' $1");
@@ -106,43 +96,18 @@ TEST_F(EditTest, AViewThatHasOneNumberTwiceStaysEditable) {
             text.find("\"Sequence\": 1", text.find("\"Sequence\": 1") + 1));
 }
 
-TEST_F(EditTest, WhatWouldNotBeRightIsRefusedAndTheTextKept) {
-  const std::string saved = Maria({"show", "110", "--json"}).out;
-  const struct {
-    const char* script;
-    int status;
-    const char* part;
-  } cases[] = {
-      {"sed -i 's/\"2031\"/\"7777\"/' $1", 1, "The server has no camera 7777, so nothing was changed"},
-      {"sed -i 's/\"Name\": \"Platform 1 edge, magnified\"/\"Name\": \"Platform 2\"/' $1", 1,
-       "There is a view of the name Platform 2 in the folder; choose another name"},
-      // Each time another mistake: it would come back for ever.
-      {"sed -i s/RoundTime/RoundTimee/ $1", 2, "line 4: there is no key \"RoundTimeee\""},
-  };
-  for (const auto& c : cases) {
-    const Outcome outcome = Edit(c.script);
-    EXPECT_EQ(outcome.status, c.status) << c.script << outcome.err;
-    EXPECT_TRUE(Has(outcome.err, c.part)) << c.script << "\n" << outcome.err;
-    EXPECT_NE(TakeKept(outcome.err), "nothing was kept");
-  }
-  EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
-}
-
 TEST_F(EditTest, AnotherClientsChangeIsShownAndNotLost) {
   const std::string rename = OtherClient() + "sed -i s/magnified/mine/ $1";
   const Outcome refused = Edit(rename);
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(Has(refused.out, "-> \"Platform 1 edge, mine\"")) << refused.out;
-  EXPECT_TRUE(Has(refused.err,
-                  "Another client has changed the view meanwhile:\n  page 1, window 0: ResourceID "
-                  "\"2031\" -> \"2033\""))
-      << refused.err;
-  EXPECT_TRUE(Has(TakeKept(refused.err), "edge, mine")) << refused.err;
-  EXPECT_TRUE(Has(Maria({"show", "110"}).out, "magnified\""));
+  ExpectSaid(refused, 1, "-> \"Platform 1 edge, mine\"");
+  ExpectSaid(refused, 1,
+             "Another client has changed the view meanwhile:\n  page 1, window 0: ResourceID \"2031\" -> \"2033\"");
+  EXPECT_TRUE(Has(TakeKept(refused.err), "edge, mine")) << refused;
+  ExpectSaid(Maria({"show", "110"}), 0, "magnified\"");
   ASSERT_EQ(Maria({"replace", "2033", "2031", "--in", "group:3"}).status, 0);
-  EXPECT_EQ(Edit(rename, {"--force"}).status, 0);
-  const std::string now = Maria({"show", "110"}).out;
-  EXPECT_TRUE(Has(now, "edge, mine\"") && Has(now, "id 2031")) << now;
+  EXPECT_EQ(Edit(rename, "--force").status, 0);
+  ExpectSaid(Maria({"show", "110"}), 0, "edge, mine\"");
+  ExpectSaid(Maria({"show", "110"}), 0, "id 2031");
 }
 
 TEST_F(EditTest, ATerminalIsAskedFirst) {

@@ -156,7 +156,6 @@ TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
       {{"replace", "2031", "*edge*"}, 2, "The camera \"*edge*\" may be any of 2031, 2032"},
       {{"replace", "Platform 1, edge*", "2001"}, 2, "may be any of "},
       {{"replace", "2031", "2032", "--in", "110"}, 1, "110 is a view"},
-      {{"replace", "2031", "2032", "--kind", "camra"}, 2, "\"camra\" is no kind of resource: say one of camera, "},
       {{"undo", later}, 2, "is of version 2, and this viewctl knows version 1"},
       {{"undo", elsewhere}, 2, "is of edits at http://x"},
       {{"undo", File("none.json")}, 2, "cannot be read"},

@@ -30,7 +30,6 @@ TEST(ErrorText, IsTheListedOneForEachErrorOfServerTransportAndLibrary) {
 }
 
 TEST(ErrorText, PutsTheCascadingTextBehindAndNamesUnknownPairsByNumber) {
-  EXPECT_EQ(TextOf(2, 20), "The folder is not known here");
   EXPECT_EQ(TextOf(2, 20, "site 3"), "The folder is not known here: site 3");
   EXPECT_EQ(TextOf(100, 9), "Error 100-9");
   EXPECT_EQ(TextOf(-1, -1), "Error -1--1");

@@ -38,9 +38,7 @@ TEST_F(TransportTest, SendsWhatTheRequestSays) {
       EXPECT_EQ(request.target, "/a/./%2e%2e//b\xc3\xa9");
       EXPECT_EQ(request.body, body);
       EXPECT_EQ(request.headers["authorization"], "Bearer t0k");
-      if (!body.empty()) {
-        EXPECT_EQ(request.headers["content-type"], "application/json");
-      }
+      EXPECT_TRUE(body.empty() || request.headers["content-type"] == "application/json") << method;
     }
   }
   EXPECT_EQ(Send("GET", "/list?a=b", {}, 0, "request data"), "0/0 ok");
