@@ -80,15 +80,12 @@ void ReadResources(const ReportReader& page, const QString& section, Table& uses
 
 class ReportTest : public SiteTest {
  protected:
-  QString File(const char* name) const { return m_folder.filePath(name); }
-
-  std::string Report(const std::string& user) const {
-    const Outcome outcome = RunAs(TheSite(), user, {"report", "-o", File("site.html")});
+  static std::string Report(const std::string& user) {
+    const QString file = TheSite().File("site.html");
+    const Outcome outcome = RunAs(TheSite(), user, {"report", "-o", file});
     EXPECT_EQ(outcome.status, 0) << outcome;
-    return ReadFile(File("site.html"));
+    return ReadFile(file);
   }
-
-  QTemporaryDir m_folder;
 };
 
 TEST_F(ReportTest, EachViewStandsThereOnceWithItsFolderOwnerAndPages) {
