@@ -97,6 +97,8 @@ struct IJSONStruct {
   void NoteRead(const char* key) {
     if (!m_isNested) m_readKeys.insert(key);
   }
+  template <class Data>
+  static void ReadRecordWithin(const Value& value, Data& data);
   bool IsLeftOut(const char* key) const;
 
   bool m_isNested = false;
@@ -149,12 +151,17 @@ std::string SerializeJsonResponse(IJSONStruct& record);
 // --- Definitions
 
 template <class Data>
+void IJSONStruct::ReadRecordWithin(const Value& value, Data& data) {
+  AdapterOf<Data> adapter(&data);
+  static_cast<IJSONStruct&>(adapter).m_isNested = true;
+  adapter.FromJSON(value);
+}
+
+template <class Data>
 void IJSONStruct::ReadNested(const Value& value, const char* key, Data& field) {
   const Value* found = Find(value, key);
   if (!found || !found->IsObject()) return;
-  AdapterOf<Data> nested(&field);
-  static_cast<IJSONStruct&>(nested).m_isNested = true;
-  nested.FromJSON(*found);
+  ReadRecordWithin(*found, field);
   NoteRead(key);
 }
 
@@ -166,9 +173,7 @@ void IJSONStruct::ReadSequence(const Value& value, const char* key, Sequence<Dat
   field.reserve(field.size() + found->Size());
   for (const Value& element : found->GetArray()) {
     Data data;
-    AdapterOf<Data> nested(&data);
-    static_cast<IJSONStruct&>(nested).m_isNested = true;
-    nested.FromJSON(element);
+    ReadRecordWithin(element, data);
     field.push_back(std::move(data));
   }
 }
