@@ -9,6 +9,7 @@
 #include "../Cases.h"
 #include "EchoHandler.h"
 #include "TestClient.h"
+#include "server/http/AccessLog.h"
 #include "server/http/HttpServer.h"
 
 namespace server::test {
@@ -173,6 +174,20 @@ TEST_F(HttpTest, EndingTheServerEndsWhatIsUnderway) {
   late.ReceiveAll();
   EXPECT_LT(handler.slowAnswers, 15) << "what has not begun is left";
   EXPECT_THROW(Wire again(port), std::runtime_error);
+}
+
+TEST(AccessLine, TellsTheDayAsInEnglishWhateverTheMonth) {
+  std::string months;
+  for (unsigned month = 1; month <= 12; ++month) {
+    AccessEntry entry;
+    entry.time =
+        std::chrono::sys_days(std::chrono::year(2024) / month / 9) + std::chrono::seconds(3 * 3600 + 4 * 60 + 5);
+    const std::string line = LineOf(entry);
+    months += line.substr(line.find('[') + 4, 4);
+    EXPECT_NE(line.find("[09/"), std::string::npos) << line;
+    EXPECT_NE(line.find("/2024:03:04:05 +0000]"), std::string::npos) << line;
+  }
+  EXPECT_EQ(months, "Jan/Feb/Mar/Apr/May/Jun/Jul/Aug/Sep/Oct/Nov/Dec/");
 }
 
 TEST_F(HttpTest, TheAccessLogHasEachRequestInTheCombinedFormAndNoSecrets) {
