@@ -21,7 +21,7 @@ template <class Record>
 class RecordSlot {
  public:
   RecordSlot() : m_record(std::make_shared<const Record>()) {}
-  explicit RecordSlot(std::shared_ptr<const Record> record) : m_record(std::move(record)) {}
+  explicit RecordSlot(Record record) : m_record(std::make_shared<const Record>(std::move(record))) {}
   RecordSlot(const RecordSlot& other) : m_record(other.Get()) {}
   RecordSlot& operator=(const RecordSlot& other) {
     if (this != &other) Set(other.Get());
@@ -48,8 +48,7 @@ class RecordSlot {
 class CView : public Vant::Base::CNonThreadSafe {
  public:
   CView() = default;
-  explicit CView(ViewInfo info) : CView(std::make_shared<const ViewInfo>(std::move(info))) {}
-  explicit CView(std::shared_ptr<const ViewInfo> info) : m_info(std::move(info)) {}
+  explicit CView(ViewInfo info) : m_info(std::move(info)) {}
   CView(const CView& other);
   CView& operator=(const CView& other);
 
@@ -136,7 +135,7 @@ class MemberViews {
 class CViewGroup : public Vant::Base::CNonThreadSafe {
  public:
   CViewGroup() = default;
-  explicit CViewGroup(ViewGroupInfo info) : m_info(std::make_shared<const ViewGroupInfo>(std::move(info))) {}
+  explicit CViewGroup(ViewGroupInfo info) : m_info(std::move(info)) {}
   CViewGroup(const CViewGroup& other);
   CViewGroup& operator=(const CViewGroup& other);
 

@@ -70,12 +70,8 @@ std::optional<CViewGroupManager::ViewsOfList> CViewGroupManager::ReadViews(const
   ViewsOfList list;
   list.completeUpTo = read.completeUpTo;
   PendingChecks pending = PendingChecksOf(read.views);
-  // First all records and then all that a look-up touches, so that this stands close together in memory.
-  std::vector<std::shared_ptr<const ViewInfo>> records;
-  records.reserve(read.views.size());
-  for (ViewInfo& info : read.views) records.push_back(std::make_shared<const ViewInfo>(std::move(info)));
-  list.views.reserve(records.size());
-  for (auto& record : records) list.views.push_back(std::make_shared<CView>(std::move(record)));
+  list.views.reserve(read.views.size());
+  for (ViewInfo& info : read.views) list.views.push_back(std::make_shared<CView>(std::move(info)));
   if (!pending.empty()) SetPendingChecks(pending);
   return list;
 }
@@ -150,11 +146,13 @@ void CViewGroupManager::MergeViews(CachedViews& views) {
 void CViewGroupManager::LoadViews(const std::string& data, std::string& cascadingErrorInfo) {
   const auto list = ReadViews(data, cascadingErrorInfo);
   if (!list) return;
+  MembersByGroup members;
   CachedViews table;
   table.reserve(list->views.size());
-  for (const auto& view : list->views) table.emplace(view->GetID(), view);
-  MembersByGroup members;
-  for (const auto& view : list->views) members[view->GetViewGroupID()].Append(view);
+  for (const auto& view : list->views) {
+    members[view->GetViewGroupID()].Append(view);
+    table.emplace(view->GetID(), view);
+  }
   MutexLock order(m_viewOrderLock);
   bool mergesFreely = list->completeUpTo == 0;
   {
