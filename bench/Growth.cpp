@@ -286,8 +286,8 @@ void AddGrowthRows(const std::vector<unsigned int>& sizes) {
     addGrowth(what, 2.5);
   }
   const std::string largest = ViewCount(sizes.back());
-  AddGrowth({"GetViewByID" + largest, "look-up in a bare std::unordered_map" + largest}, 4, "GetViewByID" + largest,
-            "look-up in a bare std::unordered_map" + largest);
+  AddRatioOfTimes({"GetViewByID" + largest, "look-up in a bare std::unordered_map"}, {4}, "GetViewByID" + largest,
+                  "look-up in a bare std::unordered_map" + largest);
   for (const char* what : {"look-up in a bare std::map", "look-up in a bare std::unordered_map",
                            "remove and add in a bare std::map", "remove and add in a bare std::unordered_map"}) {
     addGrowth(what, 0);

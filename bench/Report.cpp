@@ -286,7 +286,7 @@ double MedianTime(const std::string& key) {
   return times == s_times.end() ? 0 : Quantile(times->second, 0.5);
 }
 
-void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey) {
+void AddRatioOfTimes(const RowText& row, const Goal& goal, const std::string& key, const std::string& baseKey) {
   const std::vector<double>& times = s_times[key];
   const std::vector<double>& baseTimes = s_times[baseKey];
   if (times.empty() || baseTimes.empty()) return;
@@ -295,7 +295,11 @@ void AddGrowth(const RowText& row, double limit, const std::string& key, const s
   ratios.reserve(times.size());
   for (double time : times) ratios.push_back(time / base);
   const double undisturbed = Quantile(times, 0) / Quantile(baseTimes, 0);
-  AddRow({row, {limit, false, limit > 0}, 0, 0, 0, Quantile(times, 0.5), base, undisturbed}, ratios);
+  AddRow({row, goal, 0, 0, 0, Quantile(times, 0.5), base, undisturbed}, ratios);
+}
+
+void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey) {
+  AddRatioOfTimes(row, {limit, false, limit > 0}, key, baseKey);
 }
 
 void AddFigure(const RowText& row, const Goal& goal, int samples, const std::function<double()>& figure) {

@@ -52,9 +52,11 @@ struct Side {
 
 // Measures `side` against `peer`, turn and turn about, and adds the row of their ratio.
 void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side& peer);
-// Measures a side alone and keeps its times under `key`, for AddGrowth.
+// Measures a side alone and keeps its times under `key`, for the next two.
 void Measure(const std::string& key, const Side& side);
-// The row of the time kept under `key` beside the one under `baseKey`. A limit of 0 is none.
+// The row of the time kept under `key` beside the one under `baseKey`.
+void AddRatioOfTimes(const RowText& row, const Goal& goal, const std::string& key, const std::string& baseKey);
+// The same where both are of one thing in sites of different sizes. A limit of 0 is none.
 void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey);
 // The median of the times kept under `key`, in nanoseconds; 0 where there are none.
 double MedianTime(const std::string& key);

@@ -81,8 +81,8 @@ TEST(JsonRecordTest, ReadingAgainKeepsWhatTheTextDoesNotSayAndAppendsToSequences
   Sample data;
   SampleJSONStruct record(&data);
   ASSERT_TRUE(ParseJsonRequest(record, R"({"Count":1,"Nested":{"No":1,"Label":"a"},"Parts":[{"No":1}]})"));
-  ASSERT_TRUE(ParseJsonRequest(
-      record, R"({"Open":true,"Name":"a\u0000b","Nested":{"No":2},"Open":false,"Parts":[{"No":2}]})"));
+  ASSERT_TRUE(
+      ParseJsonRequest(record, R"({"Open":true,"Name":"a\u0000b","Nested":{"No":2},"Open":false,"Parts":[{"No":2}]})"));
   ASSERT_FALSE(ParseJsonRequest(record, R"({"Count":9)"));
   EXPECT_EQ(data.Name, "a");
   EXPECT_EQ(Written(data), R"({"Count":1,"Open":true,"Name":"a","Nested":{"No":2,"Label":"a"},)"
