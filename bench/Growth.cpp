@@ -151,6 +151,9 @@ class NewerEachTime {
   std::vector<size_t> m_places;
 };
 
+constexpr char kBareChange[] = "replace a record in a bare std::unordered_map";
+constexpr char kBareLookUp[] = "look-up in a bare std::unordered_map";
+
 // A changed view, and one that goes and comes again.
 void MeasureChanges(const SiteSize& site, const std::string& count) {
   std::vector<ViewInfo> changed;
@@ -174,6 +177,17 @@ void MeasureChanges(const SiteSize& site, const std::string& count) {
                                             },
                                             {},
                                             units});
+  std::unordered_map<unsigned int, std::shared_ptr<const ViewInfo>> records;
+  for (unsigned int id = 1; id <= site.views; ++id) {
+    records.emplace(id, std::make_shared<const ViewInfo>(MakeView(site, id)));
+  }
+  Measure(kBareChange + count, {[&] {
+                                  for (const ViewInfo& view : changed) {
+                                    records[view.idView] = std::make_shared<const ViewInfo>(view);
+                                  }
+                                },
+                                {},
+                                units});
 }
 
 void MeasureNotices(unsigned int views, const std::string& count) {
@@ -276,25 +290,26 @@ double LongestLookUpBesideALoad(const SiteSize& site) {
 
 void AddGrowthRows(const std::vector<unsigned int>& sizes) {
   const std::string base = ViewCount(sizes.front());
-  const auto addGrowth = [&](const std::string& what, double limit) {
+  const auto addGrowth = [&](const std::string& what, double limit, const std::string& yardstick = {}) {
     for (size_t n = 1; n < sizes.size(); ++n) {
       const std::string count = ViewCount(sizes[n]);
-      AddGrowth({what + count, base.substr(2)}, limit, what + count, what + base);
+      AddGrowth({what + count, base.substr(2)}, limit, what + count, what + base,
+                {yardstick + count, yardstick + base});
     }
   };
-  for (const char* what : {"GetViewByID", "change a view", "remove and add a view", "notice to its observer"}) {
-    addGrowth(what, 2.5);
-  }
+  addGrowth("GetViewByID", 2.5, kBareLookUp);
+  addGrowth("change a view", 2.5, kBareChange);
+  addGrowth("remove and add a view", 2.5, kBareChange);
+  addGrowth("notice to its observer", 2.5);
   const std::string largest = ViewCount(sizes.back());
-  AddRatioOfTimes({"GetViewByID" + largest, "look-up in a bare std::unordered_map"}, {4}, "GetViewByID" + largest,
-                  "look-up in a bare std::unordered_map" + largest);
-  for (const char* what : {"look-up in a bare std::map", "look-up in a bare std::unordered_map",
-                           "remove and add in a bare std::map", "remove and add in a bare std::unordered_map"}) {
+  AddRatioOfTimes({"GetViewByID" + largest, kBareLookUp}, {4}, "GetViewByID" + largest, kBareLookUp + largest);
+  for (const char* what : {"look-up in a bare std::map", kBareLookUp, kBareChange, "remove and add in a bare std::map",
+                           "remove and add in a bare std::unordered_map"}) {
     addGrowth(what, 0);
   }
   for (const auto& [what, limit] : {std::pair{"change a view", 2.5}, std::pair{"remove and add a view", 2.0}}) {
-    const std::string count = largest + " in one group";
-    AddGrowth({what + count, base.substr(2)}, limit, what + count, what + base + " in one group");
+    const std::string few = base + " in one group", many = largest + " in one group";
+    AddGrowth({what + many, base.substr(2)}, limit, what + many, what + few, {kBareChange + many, kBareChange + few});
   }
   AddGrowth({"changed view in a document of 500", "in one of 1"}, 2.5, "changed view in a document of 500",
             "changed view in a document of 1");

@@ -56,8 +56,14 @@ void AddRatio(const RowText& row, const Goal& goal, const Side& side, const Side
 void Measure(const std::string& key, const Side& side);
 // The row of the time kept under `key` beside the one under `baseKey`.
 void AddRatioOfTimes(const RowText& row, const Goal& goal, const std::string& key, const std::string& baseKey);
-// The same where both are of one thing in sites of different sizes. A limit of 0 is none.
-void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey);
+// Keys of the least that does the same to the memory of sites of these sizes.
+struct Yardstick {
+  std::string key, baseKey;
+};
+// The same where both are of one thing in sites of different sizes. A limit of 0 is none. The short run fails by what
+// is steeper than the yardstick in that run: how much of a larger site the caches hold is the machine's affair.
+void AddGrowth(const RowText& row, double limit, const std::string& key, const std::string& baseKey,
+               const Yardstick& yardstick = {});
 // The median of the times kept under `key`, in nanoseconds; 0 where there are none.
 double MedianTime(const std::string& key);
 // A time as the table tells it; empty for 0.
