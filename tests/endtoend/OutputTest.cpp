@@ -79,7 +79,7 @@ TEST_F(OutputTest, ColoursAndProgressAreForTerminalsThatWantThem) {
                                                                 {{"TERM=dumb"}, "", false, true},
                                                                 {{}, "--quiet", true, false}};
   for (const auto& [variables, option, hasColours, hasProgress] : cases) {
-    const auto said = [&](const QString& command) {
+    const auto said = [&, &option = option, &variables = variables](const QString& command) {
       return OnTerminal(m_site.As("maria") + Words(command + " " + option), "sample-maria", variables).Finish().out;
     };
     EXPECT_EQ(Has(said("tree"), bold), hasColours);

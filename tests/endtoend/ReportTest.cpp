@@ -250,7 +250,9 @@ TEST_F(HostileReportTest, NamesStayText) {
           {"h3", QRegularExpression("^My views / " + QRegularExpression::escape(name) + "$")},
           {"p", QRegularExpression("preset 2 “" + QRegularExpression::escape(name) + "”")}};
       for (const auto& [tag, text] : places) {
-        EXPECT_EQ(std::ranges::count_if(page.All(tag), [&](const Node* node) { return node->text.contains(text); }), 1)
+        EXPECT_EQ(std::ranges::count_if(page.All(tag),
+                                        [&text = text](const Node* node) { return node->text.contains(text); }),
+                  1)
             << tag << " " << written;
       }
     }
