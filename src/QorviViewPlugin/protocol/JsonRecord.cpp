@@ -15,39 +15,22 @@ rapidjson::Value::StringRefType KeyRef(const char* key) {
 
 }  // namespace
 
-const rapidjson::Value* IJSONStruct::Find(const Value& value, const char* key) {
-  if (!value.IsObject()) return nullptr;
-  const Value name(KeyRef(key));
-  if (m_inOrder < value.MemberCount()) {
-    const auto next = value.MemberBegin() + m_inOrder;
-    if (next->name == name) {
-      // Nothing before it has this name, or the first would count.
-      ++m_inOrder;
-      return &next->value;
-    }
-  }
-  const auto found = value.FindMember(name);
-  if (found == value.MemberEnd()) return nullptr;
-  m_inOrder = kOutOfOrder;
-  return &found->value;
-}
-
-void IJSONStruct::ReadInteger(const Value& value, const char* key, Integer& field) {
-  const Value* found = Find(value, key);
+void IJSONStruct::ReadInteger(Members& members, const char* key, Integer& field) {
+  const Value* found = members.Find(key);
   if (!found || !found->IsInt()) return;
   field = found->GetInt();
   NoteRead(key);
 }
 
-void IJSONStruct::ReadBoolean(const Value& value, const char* key, Boolean& field) {
-  const Value* found = Find(value, key);
+void IJSONStruct::ReadBoolean(Members& members, const char* key, Boolean& field) {
+  const Value* found = members.Find(key);
   if (!found || !found->IsBool()) return;
   field = found->GetBool();
   NoteRead(key);
 }
 
-void IJSONStruct::ReadText(const Value& value, const char* key, Text& field) {
-  const Value* found = Find(value, key);
+void IJSONStruct::ReadText(Members& members, const char* key, Text& field) {
+  const Value* found = members.Find(key);
   if (!found || !found->IsString()) return;
   field = found->GetString();
   NoteRead(key);

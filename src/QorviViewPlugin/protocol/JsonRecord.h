@@ -29,6 +29,7 @@
 
 #include "QorviViewPlugin/base/FieldList.h"
 #include "QorviViewPlugin/base/JsonWriter.h"
+#include "json/MemberFinder.h"
 
 namespace QorviVideoComm {
 
@@ -58,19 +59,20 @@ inline rapidjson::Value::StringRefType WrittenText(const std::string& text) {
 struct IJSONStruct {
   using Value = rapidjson::Value;
   using Allocator = rapidjson::Document::AllocatorType;
+  using Members = json::MemberFinder<const Value>;
 
   virtual void FromJSON(const rapidjson::Value& value) = 0;
   // The answer refers to the bound structure's own texts. Write it before the structure changes or dies.
   virtual rapidjson::Value ToJSON(rapidjson::Document::AllocatorType& allocator) = 0;
 
-  // Each reads one key of `value` into the field and notes the key, if it is there and of the right kind.
-  void ReadInteger(const Value& value, const char* key, Integer& field);
-  void ReadBoolean(const Value& value, const char* key, Boolean& field);
-  void ReadText(const Value& value, const char* key, Text& field);
+  // Each reads one key of an object's members into the field and notes the key, if it is there and of the right kind.
+  void ReadInteger(Members& members, const char* key, Integer& field);
+  void ReadBoolean(Members& members, const char* key, Boolean& field);
+  void ReadText(Members& members, const char* key, Text& field);
   template <class Data>
-  void ReadNested(const Value& value, const char* key, Data& field);
+  void ReadNested(Members& members, const char* key, Data& field);
   template <class Data>
-  void ReadSequence(const Value& value, const char* key, Sequence<Data>& field);
+  void ReadSequence(Members& members, const char* key, Sequence<Data>& field);
 
   // Each adds one member to `object` unless the key filter leaves it out. The key must outlive the object.
   void AddInteger(Value& object, const char* key, Integer value, Allocator& allocator) const;
@@ -88,12 +90,7 @@ struct IJSONStruct {
   // Adapters are local objects that nobody deletes through the interface.
   ~IJSONStruct() = default;
 
-  // Before the members of an object are read.
-  void BeginObject() { m_inOrder = 0; }
-
  private:
-  // The member's value, or null when there is none.
-  const Value* Find(const Value& value, const char* key);
   void NoteRead(const char* key) {
     if (!m_isNested) m_readKeys.insert(key);
   }
@@ -102,10 +99,6 @@ struct IJSONStruct {
   bool IsLeftOut(const char* key) const;
 
   bool m_isNested = false;
-  // Members mostly stand in the order in which they are asked for. So many at the beginning have been found there, each
-  // once; kOutOfOrder since one stood elsewhere.
-  static constexpr rapidjson::SizeType kOutOfOrder = UINT32_MAX;
-  rapidjson::SizeType m_inOrder = 0;
 };
 
 struct JSONStructAdapter : IJSONStruct {
@@ -136,7 +129,7 @@ struct RecordAdapter : JSONStructAdapter {
 
  private:
   template <class Type>
-  void ReadField(const rapidjson::Value& value, const char* key, Type& field);
+  void ReadField(Members& members, const char* key, Type& field);
   template <class Type>
   void AddField(rapidjson::Value& object, const char* key, Type& field, Allocator& allocator);
 };
@@ -158,16 +151,16 @@ void IJSONStruct::ReadRecordWithin(const Value& value, Data& data) {
 }
 
 template <class Data>
-void IJSONStruct::ReadNested(const Value& value, const char* key, Data& field) {
-  const Value* found = Find(value, key);
+void IJSONStruct::ReadNested(Members& members, const char* key, Data& field) {
+  const Value* found = members.Find(key);
   if (!found || !found->IsObject()) return;
   ReadRecordWithin(*found, field);
   NoteRead(key);
 }
 
 template <class Data>
-void IJSONStruct::ReadSequence(const Value& value, const char* key, Sequence<Data>& field) {
-  const Value* found = Find(value, key);
+void IJSONStruct::ReadSequence(Members& members, const char* key, Sequence<Data>& field) {
+  const Value* found = members.Find(key);
   if (!found || !found->IsArray()) return;
   NoteRead(key);
   field.reserve(field.size() + found->Size());
@@ -185,24 +178,24 @@ inline constexpr bool kIsSequence<Sequence<Data>> = true;
 
 template <class Record>
 template <class Type>
-void RecordAdapter<Record>::ReadField(const rapidjson::Value& value, const char* key, Type& field) {
+void RecordAdapter<Record>::ReadField(Members& members, const char* key, Type& field) {
   if constexpr (std::is_same_v<Type, Integer>) {
-    ReadInteger(value, key, field);
+    ReadInteger(members, key, field);
   } else if constexpr (std::is_same_v<Type, Boolean>) {
-    ReadBoolean(value, key, field);
+    ReadBoolean(members, key, field);
   } else if constexpr (std::is_same_v<Type, Text>) {
-    ReadText(value, key, field);
+    ReadText(members, key, field);
   } else if constexpr (kIsSequence<Type>) {
-    ReadSequence(value, key, field);
+    ReadSequence(members, key, field);
   } else {
-    ReadNested(value, key, field);
+    ReadNested(members, key, field);
   }
 }
 
 template <class Record>
 void RecordAdapter<Record>::FromJSON(const rapidjson::Value& value) {
-  BeginObject();
-  ForEachField<Data>([&](const auto& field) { ReadField(value, field.key, m_pData->*field.member); });
+  Members members(&value);
+  ForEachField<Data>([&](const auto& field) { ReadField(members, field.key, m_pData->*field.member); });
 }
 
 template <class Record>
