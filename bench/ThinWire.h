@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <list>
 #include <mutex>
 #include <string>
@@ -15,7 +16,7 @@ class ThinWire {
  public:
   enum class Replies { kAsAsked, kUncompressed };
 
-  // Throws std::runtime_error where there is no socket. With kUncompressed the server is not told what coding its
+  // Throws std::runtime_error where it cannot listen. With kUncompressed the server is not told what coding its
   // clients take.
   ThinWire(const std::string& serverUrl, double bitsPerSecond, Replies replies);
   ~ThinWire();  // breaks what is connected
@@ -34,14 +35,12 @@ class ThinWire {
 
   const double m_bytesPerSecond;
   const Replies m_replies;
-  int m_serverPort = 0;
-  int m_port = 0;
-  int m_listener = -1;
+  const uint16_t m_server;
+  uint16_t m_port = 0;
+  const int m_listener;
   std::mutex m_bucketLock;
   std::chrono::steady_clock::time_point m_freeAt;  // when what has been let through has passed
-  std::mutex m_connectionsLock;
-  bool m_ends = false;
-  std::list<Connection> m_connections;
+  std::list<Connection> m_connections;             // of m_thread, until that has ended
   std::thread m_thread;
 };
 

@@ -26,6 +26,12 @@ sockaddr_in Loopback(uint16_t port) {
   return address;
 }
 
+// What is sent goes at once.
+void SetPrompt(int socket) {
+  const int on = 1;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
 }  // namespace
 
 int Listen(uint16_t& port) {
@@ -41,7 +47,9 @@ int Listen(uint16_t& port) {
 }
 
 int Accept(int listener) {
-  return accept(listener, nullptr, nullptr);
+  const int client = accept(listener, nullptr, nullptr);
+  SetPrompt(client);
+  return client;
 }
 
 void StopListening(int listener) {
@@ -55,11 +63,11 @@ void CloseListener(int listener) {
 int Connect(uint16_t port, const char* from) {
   const int made = New();
   const sockaddr_in address = Loopback(port);
-  const int on = 1;
-  setsockopt(made, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  SetPrompt(made);
   sockaddr_in own{};
   own.sin_family = AF_INET;
   if (from) inet_pton(AF_INET, from, &own.sin_addr);
+  const int on = 1;
   setsockopt(made, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &on, sizeof on);
   if (bind(made, reinterpret_cast<sockaddr*>(&own), sizeof own) == 0 &&
       connect(made, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {

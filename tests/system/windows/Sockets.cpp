@@ -42,6 +42,12 @@ sockaddr_in Loopback(uint16_t port) {
   return address;
 }
 
+// What is sent goes at once.
+void SetPrompt(SOCKET socket) {
+  const char on = 1;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
 }  // namespace
 
 int Listen(uint16_t& port) {
@@ -58,6 +64,7 @@ int Listen(uint16_t& port) {
 
 int Accept(int listener) {
   const SOCKET accepted = accept(HandleOf(listener), nullptr, nullptr);
+  SetPrompt(accepted);
   return accepted == INVALID_SOCKET ? -1 : static_cast<int>(accepted);
 }
 
@@ -71,8 +78,7 @@ void CloseListener(int) {}
 int Connect(uint16_t port, const char* from) {
   const SOCKET made = New();
   const sockaddr_in address = Loopback(port);
-  const char on = 1;
-  setsockopt(made, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  SetPrompt(made);
   sockaddr_in own{};
   own.sin_family = AF_INET;
   if (from) inet_pton(AF_INET, from, &own.sin_addr);
