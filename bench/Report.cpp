@@ -281,24 +281,26 @@ void Measure(const std::string& key, const Side& side) {
   });
 }
 
-double MedianTime(const std::string& key) {
-  const auto times = s_times.find(key);
-  return times == s_times.end() ? 0 : Quantile(times->second, 0.5);
-}
-
 namespace {
+
+// Those kept under the key; none where it has not been measured.
+const std::vector<double>& TimesOf(const std::string& key) {
+  static const std::vector<double> none;
+  const auto times = s_times.find(key);
+  return times == s_times.end() ? none : times->second;
+}
 
 // By the lowest times of either: those are what a busy machine changes least. 0 where one has not been measured.
 double UndisturbedRatio(const std::string& key, const std::string& baseKey) {
-  const std::vector<double>& times = s_times[key];
-  const std::vector<double>& baseTimes = s_times[baseKey];
+  const std::vector<double>& times = TimesOf(key);
+  const std::vector<double>& baseTimes = TimesOf(baseKey);
   return times.empty() || baseTimes.empty() ? 0 : Quantile(times, 0) / Quantile(baseTimes, 0);
 }
 
 void AddRowOfTimes(const RowText& row, const Goal& goal, const std::string& key, const std::string& baseKey,
                    double undisturbed) {
-  const std::vector<double>& times = s_times[key];
-  const std::vector<double>& baseTimes = s_times[baseKey];
+  const std::vector<double>& times = TimesOf(key);
+  const std::vector<double>& baseTimes = TimesOf(baseKey);
   if (times.empty() || baseTimes.empty()) return;
   const double base = Quantile(baseTimes, 0.5);
   std::vector<double> ratios;
@@ -308,6 +310,11 @@ void AddRowOfTimes(const RowText& row, const Goal& goal, const std::string& key,
 }
 
 }  // namespace
+
+double MedianTime(const std::string& key) {
+  const std::vector<double>& times = TimesOf(key);
+  return times.empty() ? 0 : Quantile(times, 0.5);
+}
 
 void AddRatioOfTimes(const RowText& row, const Goal& goal, const std::string& key, const std::string& baseKey) {
   AddRowOfTimes(row, goal, key, baseKey, UndisturbedRatio(key, baseKey));
