@@ -132,7 +132,24 @@ std::string WithQuotesChanged(std::string text, const std::string& name) {
   return text;
 }
 
-// What the fast reader leaves to the plain one, wholly or view by view.
+// The text with each of the two names where the other stood.
+std::string WithNamesExchanged(const std::string& text, const std::string& one, const std::string& other) {
+  std::string exchanged;
+  exchanged.reserve(text.size());
+  for (size_t at = 0; at < text.size(); ++at) {
+    exchanged += text[at];
+    if (text[at] != '"') continue;
+    for (const auto& [from, to] : {std::pair{one, other}, std::pair{other, one}}) {
+      if (text.compare(at + 1, from.size() + 2, from + "\":") != 0) continue;
+      exchanged += to;
+      at += from.size();
+      break;
+    }
+  }
+  return exchanged;
+}
+
+// What the fast reader leaves to the plain one, wholly or view by view, or reads in another way.
 void MeasureOtherForms(const std::string& text) {
   const auto reading = [](const std::string& form, auto read) {
     return Side{[&form, read] {
@@ -145,6 +162,7 @@ void MeasureOtherForms(const std::string& text) {
   for (const auto& [name, form] :
        {std::pair{"numbers as texts", WithQuotesChanged(text, "WindowNo")},
         std::pair{"texts as numbers", WithQuotesChanged(text, "SequenceIndex")},
+        std::pair{"members in another order", WithNamesExchanged(text, "SiteID", "WindowNo")},
         std::pair{"blanks behind", text + std::string(1000, ' ')}, std::pair{"garbage behind", text + "x"}}) {
     AddRatio({"view list with " + std::string(name) + ", S", "the plain reader"}, {1.3},
              reading(form, QorviViewPlugin::ReadViewList), reading(form, QorviViewPlugin::ReadViewListByPaths));

@@ -2,13 +2,17 @@
 // The reader of view lists beside the plain one, which asks the platform's document for every value by its path.
 #include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
 #include <random>
 #include <sstream>
 
 #include "../../Cases.h"
 #include "CoreFixture.h"
 #include "ModelText.h"
-#include "QorviViewPlugin/ViewDataManager/document/FlatText.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 
 namespace core_test {
 namespace {
@@ -50,22 +54,90 @@ const std::string kEmap =
     R"({"ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1.5","PosY":"2.5","ScaleSize":3,"ExtendInfo":"layer"}})";
 
 std::string ViewText(const std::string& windows) {
-  return R"({"ID":9,"GUID":"g","Name":"Entr\u00e9e","ViewGroupID":1,"UserID":3,"SharedUserID":7,"SharedUserName":"u",)"
-         R"("SequenceIndex":4,"ChangeNumber":"51","CycleTime":20,"AutoCycle":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
+  return R"({"ID":9,"GUID":"g","Name":"Entr\u00e9e","ViewGroupID":1,"UserID":3,"SequenceIndex":4,"AutoCycle":1,"CycleTime":20,)"
+         R"("SharedUserID":7,"SharedUserName":"u","ChangeNumber":"51","PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
          R"("PlanViewItem":[)" +
          windows + R"(]},{"SpliteType":1}],"Method":1})";
 }
 
-// Else the whole list would be left to the plain reader.
-TEST(FlatText, TakesWholeNumbersOf32Bits) {
-  for (const int number : {0, 7, -1, 10, 2147483647, -2147483647 - 1}) {
-    const std::string text = "[" + std::to_string(number) + "]";
-    FlatText flat(text);
-    const FlatPart* const array = flat.Parse();
-    ASSERT_NE(array, nullptr) << text;
-    EXPECT_EQ(array[1].kind, FlatPart::Kind::Int) << text;
-    EXPECT_EQ(array[1].number, number);
+enum class Way { AsAsked, InAnyOrder, ByPaths };
+
+// How a view is read: the result would be the same in any way, but not the cost.
+Way WayOfReading(const std::string& view) {
+  UsualText text(view);
+  TextCursor cursor(text);
+  const auto isRead = [&](TextCursor::Order order) {
+    cursor.Begin(text.Begin(), order);
+    ReadView(cursor, DocumentOrigin::Download);
+    return cursor.End() == text.End();
+  };
+  if (isRead(TextCursor::Order::AsAsked)) return Way::AsAsked;
+  return cursor.IsInOtherOrder() && isRead(TextCursor::Order::Any) ? Way::InAnyOrder : Way::ByPaths;
+}
+
+// The members of each object in another order, some of them left out.
+void Shuffle(rapidjson::Value& value, rapidjson::Document::AllocatorType& memory, std::mt19937& random) {
+  if (value.IsArray()) {
+    for (auto& element : value.GetArray()) Shuffle(element, memory, random);
   }
+  if (!value.IsObject()) return;
+  std::vector<rapidjson::Value::Member*> members;
+  for (auto& member : value.GetObject()) members.push_back(&member);
+  for (size_t n = members.size(); n > 1; --n) {
+    if (random() % 2 == 0) std::swap(members[n - 1], members[random() % n]);
+  }
+  rapidjson::Value shuffled(rapidjson::kObjectType);
+  for (auto* member : members) {
+    if (random() % 16 == 0) continue;
+    Shuffle(member->value, memory, random);
+    shuffled.AddMember(member->name, member->value, memory);
+  }
+  value = shuffled;
+}
+
+std::string Shuffled(const std::string& view, std::mt19937& random) {
+  rapidjson::Document document;
+  document.Parse(view.c_str());
+  Shuffle(document, document.GetAllocator(), random);
+  rapidjson::StringBuffer out;
+  rapidjson::Writer<rapidjson::StringBuffer> writer(out);
+  document.Accept(writer);
+  return out.GetString();
+}
+
+TEST(AView, IsReadInOnePassWhereItIsUsual) {
+  const std::string usual = ViewText(kWindow + "," + kEmap);
+  for (const auto& [view, way] : std::initializer_list<std::pair<std::string, Way>>{
+           {usual, Way::AsAsked},
+           {R"({ "ID" : 2147483647 , "UserID" : -2147483648 , "SequenceIndex" : 0 })", Way::AsAsked},
+           {R"({"ID":1,"PlanPages":[],"More":[{"a":1.5,"b":"\n"}]})", Way::AsAsked},
+           {R"({"ID":1,"PlanPages":{"PlanViewItem":{"Cycle":null}}})", Way::AsAsked},
+           {R"({"ID":1,"Name":"Stra\u00dfe","AutoCycle":-1})", Way::AsAsked},
+           {R"({"ID":1,"More":{"ID":2},"Name":"n"})", Way::InAnyOrder},
+           {R"({"PlanPages":[{"PlanViewItem":[{"WindowNo":1,"SiteID":2}],"SpliteType":1}],"Method":1,"ID":1})",
+            Way::InAnyOrder},
+           {R"({"Method":1,"PlanPages":[],"ChangeNumber":"5","CycleTime":1,"Name":"n","GUID":"g","ID":1})",
+            Way::InAnyOrder},
+           {R"({"ID":2147483648})", Way::ByPaths},
+           {R"({"ID":"1"})", Way::ByPaths},
+           {R"({"ID":1,"ID":1})", Way::ByPaths},
+           {R"({"Name":"n","ID":1,"More":2,"Name":"n"})", Way::ByPaths},
+           {R"({"ID":1,"PlanPages":[1]})", Way::ByPaths}}) {
+    EXPECT_EQ(WayOfReading(view), way) << view;
+    ExpectSame(ViewsDocument(view));
+  }
+}
+
+TEST(ViewList, IsReadAsByPathsInWhateverOrderItsMembersStand) {
+  std::mt19937 random(27);
+  const std::string view = ViewText(kWindow + "," + kEmap + "," + kWindow);
+  int inAnyOrder = 0;
+  for (int round = 0; round < 2000; ++round) {
+    const std::string first = Shuffled(view, random), second = Shuffled(view, random);
+    ASSERT_NO_FATAL_FAILURE(ExpectSame(ViewsDocument(first + "," + second)));
+    inAnyOrder += WayOfReading(first) == Way::InAnyOrder;
+  }
+  EXPECT_GT(inAnyOrder, 1900);
 }
 
 TEST(ViewList, IsReadAsByPathsWhateverItsForm) {
@@ -143,10 +215,10 @@ TEST(ViewList, IsReadAsByPathsWhateverNamesNeighboursHave) {
 }
 
 TEST(ViewList, IsReadAsByPathsWhenCutOffOrChangedAnywhere) {
-  const std::string text =
-      Accepted(R"({"ChangeNumber":"52","ViewList":{"View":[)" + ViewText(kWindow) + "," + ViewText(kEmap) + "]}}");
-  for (size_t size = 0; size < text.size(); ++size) ExpectSame(text.substr(0, size));
   std::mt19937 random(20);
+  const std::string text = Accepted(R"({"ChangeNumber":"52","ViewList":{"View":[)" + ViewText(kWindow) + "," +
+                                    Shuffled(ViewText(kEmap), random) + "]}}");
+  for (size_t size = 0; size < text.size(); ++size) ExpectSame(text.substr(0, size));
   const auto below = [&random](size_t limit) { return static_cast<size_t>(random() % limit); };
   const std::string letters = "{}[]\",:\\0159-.eE tfnu" + std::string(1, '\0');
 #ifdef NDEBUG

@@ -12,7 +12,7 @@
 
 #include "QorviViewPlugin/ViewDataManager/ViewRecords.h"
 #include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
-#include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/TextCursor.h"
 
 namespace QorviViewPlugin {
 
@@ -31,7 +31,7 @@ enum class DocumentOrigin { ListReply, Download };
 
 // Read the element that the cursor stands at. Missing keys never fail: numbers become -1 ("Method" 0), texts empty.
 ViewInfo ReadView(PathCursor& element, DocumentOrigin origin);
-ViewInfo ReadView(ValueCursor& element, DocumentOrigin origin);
+ViewInfo ReadView(TextCursor& element, DocumentOrigin origin);
 ViewGroupInfo ReadViewGroup(PathCursor& element, DocumentOrigin origin);
 // Appends the groups of a reply or of downloaded data, in its order.
 void ReadViewGroups(const NetLink::CRapidJsonProto& reply, DocumentOrigin origin, std::vector<ViewGroupInfo>& groups);

@@ -96,12 +96,12 @@ void ReadCenterMark(Cursor& at, CalibrationInfo& mark) {
 template <class Cursor>
 void ReadZoomWindows(Cursor& at, CameraGridStruct& window) {
   const auto group = at.Enter("ZoomWindowList");
-  if (at.Count("ZoomWindow") < 1) return;
-  window.zoom_mode = static_cast<ZoomMode>(at.Number("ZoomMode"));
+  const int zoomMode = at.Number("ZoomMode");
   ReadEach(at, "ZoomWindow", window.local_wins, [&at](LocalWindowInfo& zoomWindow) {
     zoomWindow.ZoomWindowNo = at.Number("No");
     ReadMilliCorners(at, zoomWindow.win_coordinate);
   });
+  if (!window.local_wins.empty()) window.zoom_mode = static_cast<ZoomMode>(zoomMode);
 }
 
 template <class Cursor>
@@ -132,11 +132,19 @@ void ReadWindow(Cursor& at, DocumentOrigin origin, CameraGridStruct& window) {
     ReadFishEye(at, "FishEyeInfo", window);
   }
   if (at.Count("Cycle") == 1) ReadCycle(at, window.single_cycle);
-  if (window.enum_resource_type_ == ResourceTypeEmap) ReadEmap(at, window);
+  if (window.enum_resource_type_ == ResourceTypeEmap) {
+    ReadEmap(at, window);
+  } else {
+    at.PassOver("Emap");
+  }
   window.enable_calibration = at.Count("CenterMark") >= 1;
   if (window.enable_calibration) ReadCenterMark(at, window.calibration_info);
   // Of other resource types zoom windows are not kept.
-  if (window.enum_resource_type_ == ResourceTypeCamera) ReadZoomWindows(at, window);
+  if (window.enum_resource_type_ == ResourceTypeCamera) {
+    ReadZoomWindows(at, window);
+  } else {
+    at.PassOver("ZoomWindowList");
+  }
   if (at.Count("RelatedZoomWindow") > 0) {
     const auto group = at.Enter("RelatedZoomWindow");
     window.relate_view_win_no = at.Text("ViewItemWindowNo");
@@ -162,6 +170,7 @@ std::string CoordinateText(NetLink::CRapidJsonProto& document, std::string_view 
   return VeltControl::QStringToString(QString::number(static_cast<double>(value), 'g', 6));
 }
 
+// Names are asked for in the order in which servers write them, which is the cheapest.
 template <class Cursor>
 ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
   ViewInfo view;
@@ -171,14 +180,14 @@ ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
   view.idViewGroup = AsUnsigned(element.Number("ViewGroupID"));
   view.idUser = AsUnsigned(element.Number("UserID"));
   view.enumViewType = TypeOfOwner(view.idUser);
+  view.nSequenceIndex = element.Number("SequenceIndex");
+  view.nAutoCycle = element.Number("AutoCycle");
+  view.nCycleTime = element.Number("CycleTime");
   if (origin == DocumentOrigin::Download) {
-    view.strSharedUserName = element.Text("SharedUserName");
     view.bShared = element.Number("SharedUserID") != -1;
     if (view.bShared) view.enumViewType = ViewTypeShared;
+    view.strSharedUserName = element.Text("SharedUserName");
   }
-  view.nSequenceIndex = element.Number("SequenceIndex");
-  view.nCycleTime = element.Number("CycleTime");
-  view.nAutoCycle = element.Number("AutoCycle");
   view.nChangeNumber = ReadChangeNumber(element.TextInPlace("ChangeNumber"));
   ReadEach(element, "PlanPages", view.vcPages, [&](ViewPage& page) { ReadPage(element, origin, view.idView, page); });
   view.nMethod = element.Number("Method", ChangeAdded);
@@ -190,7 +199,7 @@ ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
 ViewInfo ReadView(PathCursor& element, DocumentOrigin origin) {
   return ReadViewAt(element, origin);
 }
-ViewInfo ReadView(ValueCursor& element, DocumentOrigin origin) {
+ViewInfo ReadView(TextCursor& element, DocumentOrigin origin) {
   return ReadViewAt(element, origin);
 }
 

@@ -8,21 +8,19 @@
 #include <string_view>
 #include <utility>
 
-#include "QorviViewPlugin/ViewDataManager/document/FlatText.h"
 #include "QorviViewPlugin/ViewDataManager/document/PathCursor.h"
 #include "QorviViewPlugin/ViewDataManager/document/ReplyEnvelope.h"
-#include "QorviViewPlugin/ViewDataManager/document/ValueCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/TextCursor.h"
+#include "QorviViewPlugin/ViewDataManager/document/UsualText.h"
 #include "QorviViewPlugin/ViewDataManager/document/ViewDocument.h"
 
 namespace QorviViewPlugin {
 namespace {
 
-using Kind = FlatPart::Kind;
-
 // Goes through a text once. It stops, with nothing said, at whatever is not the one usual form.
 class UsualList {
  public:
-  explicit UsualList(const std::string& text) : m_text(text) {}
+  explicit UsualList(const std::string& text) : m_text(text), m_at(m_text.Begin()), m_cursor(m_text) {}
 
   enum class Outcome { Usual, Other, Malformed };
 
@@ -30,50 +28,61 @@ class UsualList {
   Outcome Read() {
     if (!ReadObject({"ResponseStatus"}, [this](std::string_view) { return ReadStatus(); })) return Outcome::Other;
     // A NUL may end a text for the platform's document.
-    if (m_text.Skip() != '\0') return Outcome::Malformed;
-    return m_text.IsAtEnd() && m_errorCode == 0 ? Outcome::Usual : Outcome::Other;
+    if (Skip() != '\0') return Outcome::Malformed;
+    return m_at == m_text.End() && m_errorCode == 0 ? Outcome::Usual : Outcome::Other;
   }
 
   ErrorCode Status() const { return {m_errorModule, m_errorCode, kSubSystemCode, m_cascadingErrorInfo}; }
   ViewList Take() { return std::move(m_list); }
 
  private:
-  // Hands the values of these members to `read`, which has to take each from the stream, and passes over others. Each
-  // of them may stand there once.
+  // The next character that is not blank; NUL at the end.
+  char Skip() {
+    m_at = SkipBlanks(m_at);
+    return *m_at;
+  }
+  bool Take(char expected) {
+    if (Skip() != expected) return false;
+    ++m_at;
+    return true;
+  }
+  // Goes on behind what was read; false where that was null.
+  bool GoOn(const char* end) {
+    if (end) m_at = end;
+    return end != nullptr;
+  }
+
+  // Hands the values of these members to `read`, which has to go on behind each, and passes over others. Each of them
+  // may stand there once.
   template <class Read>
   bool ReadObject(std::initializer_list<std::string_view> names, Read read) {
-    if (!m_text.Take('{')) return false;
+    if (!Take('{')) return false;
     unsigned int seen = 0;
     do {
-      if (m_text.Skip() != '"') return false;
-      const FlatPart* const key = m_text.Parse();
-      if (!key) return false;
-      const auto known = std::find(names.begin(), names.end(), key->Text());
-      if (!m_text.Take(':')) return false;
+      std::string_view name;
+      Skip();
+      if (!GoOn(m_text.Name(m_at, name))) return false;
+      const auto known = std::find(names.begin(), names.end(), name);
       if (known == names.end()) {
-        if (!m_text.Parse()) return false;
+        if (!GoOn(m_text.Pass(m_at))) return false;
       } else {
         const unsigned int mark = 1u << (known - names.begin());
         if (seen & mark) return false;
         seen |= mark;
         if (!read(*known)) return false;
       }
-    } while (m_text.Take(','));
-    return m_text.Take('}');
+    } while (Take(','));
+    return Take('}');
   }
 
   bool ReadStatus() {
     return ReadObject({"ErrorModule", "ErrorCode", "CascadingErrorInfo", "Data"}, [this](std::string_view name) {
       if (name == "Data") return ReadData();
-      const FlatPart* const value = m_text.Parse();
-      if (!value) return false;
-      if (name == "CascadingErrorInfo") {
-        m_cascadingErrorInfo = value->Text();
-        return value->kind == Kind::Text;
-      }
-      if (value->kind != Kind::Int) return false;
-      if (name == "ErrorModule") m_errorModule = value->number;
-      if (name == "ErrorCode") m_errorCode = value->number;
+      if (name == "ErrorModule") return GoOn(m_text.Int(m_at, m_errorModule));
+      if (name == "ErrorCode") return GoOn(m_text.Int(m_at, m_errorCode));
+      std::string_view text;
+      if (!GoOn(m_text.Text(m_at, text))) return false;
+      m_cascadingErrorInfo = text;
       return true;
     });
   }
@@ -81,44 +90,56 @@ class UsualList {
   bool ReadData() {
     return ReadObject({"ViewList", "ChangeNumber"}, [this](std::string_view name) {
       if (name == "ViewList") return ReadObject({"View"}, [this](std::string_view) { return ReadViews(); });
-      const FlatPart* const value = m_text.Parse();
-      if (!value || value->kind != Kind::Text) return false;
-      m_list.completeUpTo = ReadChangeNumber(value->Text());
+      std::string_view text;
+      if (!GoOn(m_text.Text(m_at, text))) return false;
+      m_list.completeUpTo = ReadChangeNumber(text);
       return true;
     });
   }
 
   // An empty list is not worth a line: it is read by paths.
   bool ReadViews() {
-    if (!m_text.Take('[')) return false;
+    if (!Take('[')) return false;
     do {
-      if (!ReadNextView()) return false;
-    } while (m_text.Take(','));
-    return m_text.Take(']');
+      if (Skip() != '{' || !ReadNextView()) return false;
+    } while (Take(','));
+    return Take(']');
   }
 
   bool ReadNextView() {
-    if (m_text.Skip() != '{') return false;
-    const size_t begin = m_text.Offset();
-    const FlatPart* const value = m_text.Parse();
-    if (!value) return false;
-    ValueCursor cursor(*value);
-    m_list.views.push_back(ReadView(cursor, DocumentOrigin::Download));
-    if (cursor.IsUnusual()) {
-      // A server that writes all of its views so is not asked again and again.
-      constexpr size_t kEnough = 8;
-      if (++m_unusual == m_list.views.size() && m_unusual == kEnough) return false;
-      NetLink::CRapidJsonProto document;
-      document.set_str(m_text.From(begin));
-      PathCursor paths(document);
-      m_list.views.back() = ReadView(paths, DocumentOrigin::Download);
+    const char* const begin = m_at;
+    ViewInfo& view = m_list.views.emplace_back();
+    if (ReadView(view)) return true;
+    if (m_cursor.IsInOtherOrder()) {
+      m_order = TextCursor::Order::Any;
+      const bool isRead = ReadView(view);
+      if (!AreAllViews(++m_otherOrder)) m_order = TextCursor::Order::AsAsked;
+      if (isRead) return true;
     }
+    if (AreAllViews(++m_unusual) || !GoOn(m_text.Pass(begin))) return false;
+    NetLink::CRapidJsonProto document;
+    document.set_str(std::string(begin, m_at));
+    PathCursor paths(document);
+    view = QorviViewPlugin::ReadView(paths, DocumentOrigin::Download);
     return true;
   }
 
-  FlatText m_text;
+  bool ReadView(ViewInfo& view) {
+    m_cursor.Begin(m_at, m_order);
+    view = QorviViewPlugin::ReadView(m_cursor, DocumentOrigin::Download);
+    return GoOn(m_cursor.End());
+  }
+
+  // Whether so many are all, and enough to tell how a server writes: what cannot be read is not tried again and again.
+  bool AreAllViews(size_t count) const { return count == m_list.views.size() && count == 8; }
+
+  UsualText m_text;
+  const char* m_at;
+  TextCursor m_cursor;
   ViewList m_list;
-  size_t m_unusual = 0;  // views that were read by paths
+  TextCursor::Order m_order = TextCursor::Order::AsAsked;
+  size_t m_otherOrder = 0;  // views whose members do not stand as they are asked for
+  size_t m_unusual = 0;     // views that were read by paths
   int m_errorModule = -1;
   int m_errorCode = -1;
   std::string m_cascadingErrorInfo;

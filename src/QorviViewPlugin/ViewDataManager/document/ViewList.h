@@ -18,9 +18,8 @@ struct ViewList {
 // `list` becomes what the text holds, in its order. False, with `list` untouched, when the envelope reports an error or
 // cannot be read. `error` becomes the envelope's status.
 //
-// A list of the usual form is read view by view, each through a list of its parts, so that the text never stands in
-// memory a second time as a tree. Whatever is unusual, in a view or in the envelope, is left to the platform's
-// document: the result is always that of ReadViewListByPaths.
+// A list of the usual form goes straight from the text into the views, in one pass. Whatever is unusual, in a view or
+// in the envelope, is left to the platform's document: the result is always that of ReadViewListByPaths.
 bool ReadViewList(const std::string& text, Vant::Base::Error::ErrorCode& error, ViewList& list);
 
 // The same through the platform's document alone.
