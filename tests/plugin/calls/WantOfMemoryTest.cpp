@@ -20,7 +20,9 @@ constexpr char kViews[] =
     R"({"ID":5,"Name":"five","ViewGroupID":1,"PlanPages":[{"PlanViewItem":[{"WindowNo":1,"ResourceType":1001,)"
     R"("ResourceID":9,"RelateResourceName":"a resource with a long name","Cycle":{"CycleName":"round the whole house",)"
     R"("ID":[{"SiteID":1,"ResourceID":2}]},"Emap":{"ExtendInfo":"of the second floor"},"RelatedZoomWindow":)"
-    R"({"ZoomWindowList":{"ZoomWindow":[{"No":1}]}}}]}]},{"ID":6,"Name":"a name that no small string holds","ViewGroupID":2},{"ID":7,"Name":"seven"})";
+    R"({"ZoomWindowList":{"ZoomWindow":[{"No":1}]}}}]}]},{"ID":6,"Name":"a name that no small string holds","ViewGroupID":2,)"
+    R"("PlanPages":[{"PlanViewItem":[{"RelateResourceName":"a long name \u0026 an escape in it","Cycle":{"CycleName":)"
+    R"("round the whole house","ID":[{"SiteID":1,"ResourceID":2}]},"RelatedZoomWindow":{"ViewItemWindowNo":"17"}}]}]},{"ID":7,"Name":"seven"})";
 constexpr char kPlan[] =
     R"("Name":"a plan with a name of some length","GroupID":"2","PlanPages":[{"windowDivision":4,"PlanItems":)"
     R"([{"Sequence":0,"ResourceType":1001,"ResourceID":"9"},{"Sequence":1,"ResourceType":1001,"ResourceID":"10"}]}]})";

@@ -38,9 +38,9 @@ class PathCursor {
   // Reads, with the document's rules for values of another kind.
   int Number(std::string_view key, int absent = -1) { return m_document.get_int_v(Full(key), absent); }
   std::string Text(std::string_view key) { return m_document.get_v(Full(key), {}); }
-  // For templates that take either cursor: TextCursor answers the first without a copy, and reads objects faster from
-  // which it has been told what will not be read.
+  // For templates that take either cursor. TextCursor answers this without a copy.
   std::string TextInPlace(std::string_view key) { return Text(key); }
+  // This member will not be read, which TextCursor likes to know.
   void PassOver(std::string_view) {}
   int Count(std::string_view key) { return m_document.get_cnt(Full(key)); }
 
@@ -54,10 +54,10 @@ class PathCursor {
   size_t m_length;
 };
 
-// Appends what `read` makes of the elements of the list `key`. It is called with each new entry, the cursor, of either
-// kind, standing at its element.
-template <class Cursor, class Entry, class Read>
-void ReadEach(Cursor& at, std::string_view key, std::vector<Entry>& entries, const Read& read) {
+// Appends what `read` makes of the elements of the list `key`. It is called with each new entry, the cursor standing at
+// its element.
+template <class Entry, class Read>
+void ReadEach(PathCursor& at, std::string_view key, std::vector<Entry>& entries, const Read& read) {
   const int count = std::max(at.Count(key), 0);
   entries.reserve(entries.size() + static_cast<size_t>(count));
   for (int n = 1; n <= count; ++n) {

@@ -21,7 +21,7 @@ TextCursor::TextCursor(UsualText& text) : m_text(text) {
 void TextCursor::Begin(const char* object, Order order) {
   m_text.ForgetTexts();
   m_order = order;
-  m_isStopped = m_isInOtherOrder = false;
+  m_isStopped = m_mayBeInOtherOrder = false;
   m_places.clear();
   m_members.clear();
   Push(object);
@@ -84,7 +84,7 @@ void TextCursor::Took(const char* end) {
   place.value = nullptr;
   if (!end) {
     Stop();
-  } else if (!place.isBehind) {
+  } else if (!place.wasPassed) {
     Advance(place, end);
   }
 }
@@ -95,21 +95,23 @@ TextCursor::Member* TextCursor::FindMember(const Place& place, std::string_view 
   return found == m_members.end() ? nullptr : &*found;
 }
 
-// The name of a member that is passed over; answers where its value is, or null where the name was there before. With
-// Order::AsAsked only the marks are known of those.
+// The name of a member that is passed over; answers where its value is, or null where the name may not come. With
+// Order::AsAsked all has been asked for by then: it may be no name of those, of which only the marks are known, so that
+// few others are taken for one of them.
 const char* TextCursor::NextName(Place& place, std::string_view& name) {
   const char* const value = m_text.Name(place.at, name);
   const std::uint8_t mark = value ? json::NameMark(name) : 0;
   const bool isMarked = value && HasMark(place, mark);
-  m_isInOtherOrder = isMarked && m_order == Order::AsAsked;
-  const bool mayBeKnown = isMarked && (m_order == Order::AsAsked || FindMember(place, name));
-  if (!value || mayBeKnown || m_members.size() == m_members.capacity()) {
-    Stop();
-    return nullptr;
+  if (m_order == Order::AsAsked) {
+    m_mayBeInOtherOrder = isMarked;
+    if (value && !isMarked) return value;
+  } else if (value && !(isMarked && FindMember(place, name)) && m_members.size() < m_members.capacity()) {
+    SetMark(place, mark);
+    m_members.push_back({name, value});
+    return value;
   }
-  SetMark(place, mark);
-  if (m_order == Order::Any) m_members.push_back({name, value});
-  return value;
+  Stop();
+  return nullptr;
 }
 
 const char* TextCursor::FindSlowly(std::string_view key) {
@@ -124,7 +126,7 @@ const char* TextCursor::FindSlowly(std::string_view key) {
 const char* TextCursor::FindInAnyOrder(Place& place, std::string_view key) {
   if (m_isStopped) return nullptr;
   Member* member = HasMark(place, json::NameMark(key)) ? FindMember(place, key) : nullptr;
-  place.isBehind = member != nullptr;
+  place.wasPassed = member != nullptr;
   while (!member && place.at) {
     std::string_view name;
     const char* const value = NextName(place, name);

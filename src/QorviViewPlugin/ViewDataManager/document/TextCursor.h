@@ -21,7 +21,8 @@ namespace QorviViewPlugin {
 //
 // The order of the questions matters to the cost, and with Order::AsAsked to whether it can read the object at all:
 // whatever is not there where it is asked for is taken as absent, and if it comes later, the cursor stops. With
-// Order::Any it looks further, and goes through some values twice. Ask for no name twice, but for Count before Enter.
+// Order::Any it looks further, and goes through what it passes over once more when it is asked for. Ask for no name
+// twice, but for Count before Enter.
 //
 // One thread at a time; the text must outlive the cursor.
 class TextCursor {
@@ -36,8 +37,8 @@ class TextCursor {
   void Begin(const char* object, Order order);
   // Passes over what is left of that object, and answers the place behind it; null if it is not a usual one.
   const char* End();
-  // Whether the order was the reason: with Order::Any it may be one.
-  bool IsInOtherOrder() const { return m_isInOtherOrder; }
+  // Whether the order may have been the reason, so that the object may be usual with Order::Any.
+  bool MayBeInOtherOrder() const { return m_mayBeInOtherOrder; }
 
   // Leaves the level that it entered when it goes out of scope. Levels are left in the reverse order.
   class Level {
@@ -67,6 +68,7 @@ class TextCursor {
     const char* const value = Find(key);
     return value ? CountValue(value) : 0;
   }
+  // This member will not be read.
   void PassOver(std::string_view key) { Find(key); }
 
   // The elements of a list, one after another, each of which is entered by Next and left by the next one. An object in
@@ -77,8 +79,8 @@ class TextCursor {
     List(const List&) = delete;
     ~List();
     bool Next();
-    // How many elements to expect, which is a guess.
-    std::uint32_t& Usual() const { return m_cursor.m_usualCounts[m_mark]; }
+    // How many elements the last list of that name had, which is a guess at those of this one.
+    std::uint32_t& LastCount() const { return m_cursor.m_lastCounts[m_mark]; }
 
    private:
     void LeaveElement();
@@ -98,9 +100,9 @@ class TextCursor {
     const char* end = nullptr;    // behind the object, once that is reached
     const char* value = nullptr;  // of the member that was found last, while it has not been read
     std::string_view key;         // its name
-    bool isBehind = false;        // `at` is beyond that value already
+    bool wasPassed = false;       // `at` is beyond that value already
     std::size_t firstMember = 0;
-    std::array<std::uint64_t, 4> marks{};  // of the names that must not come any more
+    std::array<std::uint64_t, 4> marks{};  // of the names that were asked for, or with Order::Any have been seen
   };
   struct Member {
     std::string_view name;
@@ -127,24 +129,23 @@ class TextCursor {
   UsualText& m_text;
   Order m_order = Order::AsAsked;
   bool m_isStopped = false;
-  bool m_isInOtherOrder = false;
-  std::vector<Place> m_places;                     // the innermost last
-  std::vector<Member> m_members;                   // with Order::Any, those that `at` is beyond, of all levels
-  std::array<std::uint32_t, 256> m_usualCounts{};  // of lists, by their names' marks
+  bool m_mayBeInOtherOrder = false;
+  std::vector<Place> m_places;                    // the innermost last
+  std::vector<Member> m_members;                  // with Order::Any, those that `at` is beyond, of all levels
+  std::array<std::uint32_t, 256> m_lastCounts{};  // of lists, by their names' marks
 };
 
 // As PathCursor's. No more memory is kept than the list needs.
 template <class Entry, class Read>
 void ReadEach(TextCursor& at, std::string_view key, std::vector<Entry>& entries, const Read& read) {
   TextCursor::List list(at, key);
-  constexpr std::uint32_t kMost = 64;  // no more are provided for by a guess
   while (list.Next()) {
-    if (entries.empty()) entries.reserve(list.Usual());
+    if (entries.empty()) entries.reserve(list.LastCount());
     read(entries.emplace_back());
   }
   if (entries.size() != entries.capacity()) entries.shrink_to_fit();
-  const auto count = static_cast<std::uint32_t>(std::min<std::size_t>(entries.size(), kMost));
-  list.Usual() = std::max(list.Usual(), count);
+  constexpr std::size_t kMost = 64;  // more are not provided for by a guess
+  if (!entries.empty()) list.LastCount() = static_cast<std::uint32_t>(std::min(entries.size(), kMost));
 }
 
 // What finds a member is put where it is asked for, so that its name's length and mark are known to the compiler.

@@ -23,8 +23,16 @@ int CodeOf(const char* digits) {
   return code;
 }
 
-bool IsSurrogate(int code) {
-  return code >= 0xD800 && code < 0xE000;
+// Behind "\u": one character, of two such escapes where the first is a surrogate. Null for anything else.
+const char* CodePoint(const char* digits, int& code) {
+  code = CodeOf(digits);
+  const char* const behind = digits + 4;
+  if (code < 0xD800 || code >= 0xE000) return code < 0 ? nullptr : behind;
+  if (code >= 0xDC00 || behind[0] != '\\' || behind[1] != 'u') return nullptr;
+  const int low = CodeOf(behind + 2);
+  if (low < 0xDC00 || low >= 0xE000) return nullptr;
+  code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+  return behind + 6;
 }
 
 char* Append(char* to, int code) {
@@ -35,7 +43,12 @@ char* Append(char* to, int code) {
     byte(0xC0 | code >> 6);
     byte(0x80 | (code & 0x3F));
   } else {
-    byte(0xE0 | code >> 12);
+    if (code < 0x10000) {
+      byte(0xE0 | code >> 12);
+    } else {
+      byte(0xF0 | code >> 18);
+      byte(0x80 | (code >> 12 & 0x3F));
+    }
     byte(0x80 | (code >> 6 & 0x3F));
     byte(0x80 | (code & 0x3F));
   }
@@ -52,10 +65,10 @@ char Unescaped(char c) {
 // An escape, appended to what `to` points at, if anything.
 const char* Escape(const char* at, char** to) {
   if (at[1] == 'u') {
-    const int code = CodeOf(at + 2);
-    if (code < 0 || IsSurrogate(code)) return nullptr;
-    if (to) *to = Append(*to, code);
-    return at + 6;
+    int code = 0;
+    at = CodePoint(at + 2, code);
+    if (at && to) *to = Append(*to, code);
+    return at;
   }
   const char c = Unescaped(at[1]);
   if (c == '\0') return nullptr;
@@ -94,9 +107,11 @@ const char* UsualText::Int(const char* at, int& number) {
   const bool isNegative = *at == '-';
   std::uint64_t digits = 0;
   at = Digits(isNegative ? at + 1 : at, digits);
+  if (!at || *at == '.' || *at == 'e' || *at == 'E') return nullptr;
   const std::int64_t value = isNegative ? -static_cast<std::int64_t>(digits) : static_cast<std::int64_t>(digits);
+  if (value != static_cast<int>(value)) return nullptr;
   number = static_cast<int>(value);
-  return at && number == value && *at != '.' && *at != 'e' && *at != 'E' ? at : nullptr;
+  return at;
 }
 
 const char* UsualText::Name(const char* at, std::string_view& name) const {

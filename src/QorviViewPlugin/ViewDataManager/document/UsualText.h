@@ -39,8 +39,8 @@ inline bool IsSameName(std::string_view a, std::string_view b) {
 
 // Its functions read what stands at `at`, where no blank is, look at each of its characters, and answer the place
 // behind it. Null where they give up: at what is not JSON, and at what is rare in a list of views: names that hold
-// escapes, surrogates, numbers with an exponent or of more than 18 digits, nesting that is deeper than any view's. One
-// thread at a time; the text must outlive this.
+// escapes, numbers with an exponent or of more than 18 digits, nesting that is deeper than any view's. One thread at a
+// time; the text must outlive this.
 class UsualText {
  public:
   explicit UsualText(const std::string& text) : m_begin(text.data()), m_end(m_begin + text.size()) {}
@@ -52,7 +52,7 @@ class UsualText {
 
   // Any value.
   const char* Pass(const char* at, int depth = 0) const;
-  // A whole number of 32 bits, and nothing else.
+  // A whole number of 32 bits, and nothing else. `number` stays as it is where this gives up.
   static const char* Int(const char* at, int& number);
   // A text. What has escapes is decoded and holds until ForgetTexts, the rest stays where it is.
   const char* Text(const char* at, std::string_view& text);

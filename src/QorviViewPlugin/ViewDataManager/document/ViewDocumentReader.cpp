@@ -11,6 +11,9 @@
 namespace QorviViewPlugin {
 namespace {
 
+// Members are asked for in the order in which clients and servers write them, here and in all of the functions below:
+// that is the cheapest for TextCursor.
+
 // What the server calls an e-map in downloaded data.
 constexpr int kServerEmap = 7000;
 
@@ -170,7 +173,6 @@ std::string CoordinateText(NetLink::CRapidJsonProto& document, std::string_view 
   return VeltControl::QStringToString(QString::number(static_cast<double>(value), 'g', 6));
 }
 
-// Names are asked for in the order in which servers write them, which is the cheapest.
 template <class Cursor>
 ViewInfo ReadViewAt(Cursor& element, DocumentOrigin origin) {
   ViewInfo view;

@@ -110,13 +110,15 @@ class UsualList {
     const char* const begin = m_at;
     ViewInfo& view = m_list.views.emplace_back();
     if (ReadView(view)) return true;
-    if (m_cursor.IsInOtherOrder()) {
+    if (m_cursor.MayBeInOtherOrder()) {
       m_order = TextCursor::Order::Any;
       const bool isRead = ReadView(view);
-      if (!AreAllViews(++m_otherOrder)) m_order = TextCursor::Order::AsAsked;
+      ++m_otherOrder;
+      if (!AreTheFirst(m_otherOrder)) m_order = TextCursor::Order::AsAsked;
       if (isRead) return true;
     }
-    if (AreAllViews(++m_unusual) || !GoOn(m_text.Pass(begin))) return false;
+    ++m_unusual;
+    if (AreTheFirst(m_unusual) || !GoOn(m_text.Pass(begin))) return false;
     NetLink::CRapidJsonProto document;
     document.set_str(std::string(begin, m_at));
     PathCursor paths(document);
@@ -130,8 +132,12 @@ class UsualList {
     return GoOn(m_cursor.End());
   }
 
-  // Whether so many are all, and enough to tell how a server writes: what cannot be read is not tried again and again.
-  bool AreAllViews(size_t count) const { return count == m_list.views.size() && count == 8; }
+  // Whether so many views of a kind are all that were read, and tell how the server writes: the rest is not tried in
+  // the usual way first.
+  bool AreTheFirst(size_t count) const {
+    constexpr size_t kEnough = 8;
+    return count == m_list.views.size() && count == kEnough;
+  }
 
   UsualText m_text;
   const char* m_at;
@@ -148,8 +154,9 @@ class UsualList {
 }  // namespace
 
 bool ReadViewList(const std::string& text, ErrorCode& error, ViewList& list) {
-  const auto usual = std::make_unique<UsualList>(text);
+  auto usual = std::make_unique<UsualList>(text);
   const UsualList::Outcome outcome = usual->Read();
+  if (outcome != UsualList::Outcome::Usual) usual.reset();  // before as much is read in another way
   // All malformed texts are read alike, and this one without going through it once more.
   if (outcome == UsualList::Outcome::Malformed) return ReadViewListByPaths("]", error, list);
   if (outcome == UsualList::Outcome::Other) return ReadViewListByPaths(text, error, list);
