@@ -41,6 +41,14 @@ TEST_F(ImportChoicesTest, WhatIsNotOnTheServerIsToldByViewAndWindow) {
   ExpectSaid(made, 0, "Warning: 1 resource not on this server;");
   EXPECT_EQ(made.LastLine(), "Made 0 folders and 1 view, skipped 3 folders and 0 views, failed 0");
   EXPECT_FALSE(Has(Admin({"import", file}).err, "Warning")) << "where they come from all are there";
+
+  const QString all = File("all.json", Export({}));
+  size_t unknown = 0;
+  for (const std::string& line : Lines(RunAs(empty, "admin", {"import", all, "--dry-run"}).err)) {
+    unknown += Has(line, " is not on this server");
+  }
+  ExpectSaid(RunAs(empty, "admin", {"import", all, "--skip-unknown"}), 0,
+             "\nand " + std::to_string(unknown - 20) + " more; --dry-run tells all\n");
 }
 
 TEST_F(ImportChoicesTest, ThePathsThatAreToldAreTakenBack) {

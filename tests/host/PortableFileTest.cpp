@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QTemporaryDir>
 #include <chrono>
+#include <fstream>
 #include <regex>
 
 #include "../Cases.h"
@@ -12,6 +14,7 @@
 #include "host/ImportPlan.h"
 #include "host/JsonText.h"
 #include "host/Plugin.h"
+#include "host/SavedFile.h"
 
 namespace host {
 namespace {
@@ -45,6 +48,16 @@ TEST(PortableFileTest, TheSameContentGivesTheSameBytesAndIsReadBack) {
   EXPECT_EQ(read.folders.size(), 3u);
   EXPECT_EQ(read.views.size(), 3u);
   EXPECT_EQ(WritePortable(read), text);
+}
+
+TEST(SavedFileTest, HoldsWhatWasWrittenHoweverShort) {
+  const QTemporaryDir folder;
+  const std::string name = folder.filePath("saved").toStdString();
+  for (const std::string content : {"old", "x", "", "yz"}) {
+    SavedFile(name).Write(content);
+    std::ifstream file(name, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), content);
+  }
 }
 
 TEST(PortableFileTest, AWrongFileIsRefusedWithItsPlace) {
