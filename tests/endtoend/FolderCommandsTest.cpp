@@ -47,6 +47,8 @@ TEST_F(FolderCommandsTest, WhatCannotBeMovedIsToldAndStays) {
   Expect({"mv", "110", "Station/Forecourt"}, 1, "there is a view of that name, view 102; give another name");
   Expect({"mv", "102", "Station"}, 1, "it is there already");
   Expect({"mv", "110", "private"}, 1, "a view stays public, or its owner's; viewctl cp makes a copy");
+  Expect({"mv", "132", "shared"}, 1, "no view can be put beside the shared folders; name one of them, or private");
+  Expect({"cp", "103", "shared/copy"}, 1, "no view can be put beside the shared folders");
   Expect({"mv", "group:2", "Bus terminal"}, 1, "a folder can only be renamed where it is");
   Expect({"mv", "137", "private/My rounds"}, 1, "shared with you, and its owner's to edit");
   Expect({"mv", "110", "999"}, 1, "There is no group 999");
@@ -107,6 +109,26 @@ TEST(SharingTest, ThoseWhoDidNotGetItAreTriedAsOftenAsWasSaid) {
     const QString url = QString::fromStdString(site.Url());
     EXPECT_EQ(test::Run({"share", "5", "ann", "--retry", retry, "--server", url}, "any").status, status);
     EXPECT_EQ(site.Count("V1/View/5/Share"), requests) << retry;
+  }
+}
+
+TEST(FailingServerTest, IsAskedNoMoreAfterAWhile) {
+  QStringList move = {"mv"};
+  std::string views;
+  for (int id = 11; id <= 16; ++id) {
+    const std::string number = std::to_string(id);
+    views += (views.empty() ? "" : ",") + (R"({"ID":)" + number) + R"(,"ViewGroupID":-1,"UserID":-1,"Name":"v)" +
+             number + R"(","PlanPages":[{"PlanViewItem":[{"ResourceType":7000,"ResourceID":5}]}]})";
+    move << QString::number(id);
+  }
+  for (const auto& [command, end] : {std::pair(move + QStringList{"g"}, "Moved 0 things, left 0, failed 5\n"),
+                                     {{"replace", "--kind", "map", "5", "6"}, "Changed 0 views, left 0, failed 5\n"}}) {
+    ScriptedSite site;
+    site.SetNumbered(R"({"ID":1,"ParentViewGroupID":-1,"UserID":-1,"Name":"g"})", views, 3);
+    for (int id = 11; id <= 16; ++id) site.AnswerOnce("V0/Views/" + std::to_string(id), Refusing(500, 100, 8));
+    ExpectSaid(test::Run(command + QStringList{"--server", QString::fromStdString(site.Url())}, "any"), 1,
+               std::string("gave up after 5 failures in a row\n") + end);
+    EXPECT_EQ(site.Count("V0/Views/16"), 0);
   }
 }
 

@@ -71,6 +71,10 @@ class Mover {
   std::string Target(const Thing& thing) const { return PathText(m_tree, {true, "", m_to.folder, NewName(thing)}); }
 
   std::string View(const Thing& thing) {
+    // The server would put it at the top of the user's own views.
+    if (m_tree.folders[m_to.folder].kind == kShared && m_tree.folders[m_to.folder].parent == m_to.folder) {
+      return "no view can be put beside the shared folders; name one of them, or private";
+    }
     if (const TreeView* there = ViewNamed(m_tree, m_to.folder, NewName(thing))) {
       return there->id == thing.id ? "it is there already"
                                    : "there is a view of that name, view " + there->id + "; give another name";
