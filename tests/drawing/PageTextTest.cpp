@@ -32,6 +32,8 @@ TEST(PageTextTest, BoxesJoinAndNamesAreCutByTheColumnsTheyTake) {
 TEST(PageTextTest, ANameThatJustFitsIsNotCut) {
   for (const auto& [name, shown] : {std::pair("A name of 21 columns.", "A name of 21 columns."),
                                     {"きっぷうりばの窓口は.", "きっぷうりばの窓口は."},
+                                    // The first and the last wide syllable, and a mark upon a wide letter.
+                                    {"가힣か\u3099 in 21 columns.", "가힣か\u3099 in 21 columns."},
                                     {"A name of 22 columns..", "A name of 22 columns…"},
                                     {"きっぷうりばの窓口は..", "きっぷうりばの窓口は…"}}) {
     const std::string text = host::DescribePage(OnePage(1, "", Window(0, name)), 27);

@@ -27,6 +27,7 @@ TEST_F(CommandLineTest, AMistakeIsToldInOneLineWithWhatToDo) {
       {{"tree", "--timeout=0"}, 2, "viewctl: --timeout: \"0\" is no whole number from 1 to 86400 (viewctl tree --help"},
       {{"--timeout", "86401"}, 2, "from 1 to 86400 (viewctl --help lists what there is)"},
       {{"draw", "1", "--page", "1st"}, 2, "viewctl: --page: \"1st\" is no whole number of 32 bits"},
+      {{"tree", "--depth", "1", "--depth"}, 2, "viewctl: --depth has no value: how many levels"},
       {{"default", "--type", "99999999999"}, 2, "viewctl: --type: \"99999999999\" is no whole number of 32 bits"},
       {{"--server=", "tree"}, 2, "--server: the value is empty"},
       {{"tree", "--user", ""}, 2, "--user: the value is empty"},
@@ -98,6 +99,10 @@ TEST_F(CommandLineTest, ManualPagesSayWhatTheHelpSays) {
   }
   ExpectSaid(test::Run({"man", "replace"}), 0,
              "\\fB\\-\\-undo\\fR \\fIFILE\\fR\na new file, with which viewctl undo takes it back\n");
+  ExpectSaid(
+      test::Run({"man", "import"}), 0,
+      ".SH NOTES\n.nf\nWhat is made has new ids and is shared with nobody; a default view that was deleted is to be "
+      "set anew\n(viewctl share, viewctl default). A second import makes nothing twice.\n.fi\n");
   EXPECT_TRUE(Has(ReadFile(folder.filePath("viewctl.1")), ".TP\n\\fBreplace\\fR\nanother resource"));
   // Where there is no mandoc, nobody asks it. A page has no date, so that the same program makes the same bytes.
   const QString lint = "! command -v mandoc >/dev/null || mandoc -T lint -W warning '" + folder.path() +
@@ -126,6 +131,7 @@ TEST_F(CommandLineTest, EveryCommandTakesPathsToo) {
   EXPECT_EQ(Maria({"export", "-o", "-", "Station/Platforms"}).out, Maria({"export", "-o", "-", "group:2"}).out);
   const std::string own = Maria({"export", "-o", "-", "private"}).out;
   EXPECT_TRUE(Has(own, "\"Kind\": \"private\"") && !Has(own, "\"Kind\": \"public\"")) << own;
+  EXPECT_TRUE(own.ends_with("\n  }\n ]\n}\n")) << "and nothing behind it: " << own;
   // Several views are shown, or none.
   EXPECT_EQ(Maria({"show", "110", "102"}).out, Maria({"show", path}).out + "\n" + Maria({"show", "102"}).out);
   ExpectMessage(Maria({"show", "110", "9999"}), 1, "There is no view 9999");
@@ -142,6 +148,7 @@ TEST_F(CommandLineTest, ATreeIsShownInPart) {
   EXPECT_EQ(Lines(Maria({"tree", "group:1", "--counts"}).out).front(), "Station/  (group 1)  4 folders, 18 views");
   ExpectSaid(Maria({"tree", "group:3", "--json"}), 0, R"([{"ID":"3","Name":"Platforms 1–2")");
   EXPECT_EQ(Maria({"tree", "--depth", "-1"}).status, 2);
+  EXPECT_EQ(Maria({"tree", "--depth", "1000000"}).status, 0) << "the most that may be said";
 }
 
 TEST_F(CommandLineTest, ARequestWithFaultsIsNotSentUnlessRaw) {

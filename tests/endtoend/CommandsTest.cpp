@@ -94,7 +94,8 @@ TEST_F(CommandsTest, TheEmbeddedServerKeepsItsStoreBetweenRuns) {
 TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingShown) {
   testing_support::ScriptedSite site;
   const std::string spoilt = "\"Name\":\"\xffpoilt";
-  site.SetNumbered(R"({"ID":1,"ParentViewGroupID":-1,"UserID":-1,)" + spoilt + "\"}",
+  site.SetNumbered(R"({"ID":1,"ParentViewGroupID":-1,"UserID":-1,)" + spoilt +
+                       R"("},{"ID":2,"ParentViewGroupID":-1,"UserID":-1,"Name":"Whole"})",
                    R"({"ID":1,"ViewGroupID":-1,"UserID":-1,)" + spoilt +
                        R"( view"},{"ID":2,"ViewGroupID":-1,"UserID":-1,"Name":"Sound"})",
                    3);
@@ -124,13 +125,17 @@ TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingSh
 
 TEST_F(CommandsTest, ServePrintsItsAddressAndEndsWhenAsked) {
   const QTemporaryDir folder;
-  Running serve({"serve", "--listen", "127.0.0.1:0", "--data", folder.path()}, "");
+  const QString seed = folder.filePath("seed.json");
+  WriteFile(seed, R"({"Users":[],"Areas":[],"Elements":[],"Views":[],"ViewGroups":[{"ID":4,"Name":"Sown",)"
+                  R"("ParentViewGroupID":-1,"UserID":-1,"IsSharedView":-1}]})");
+  Running serve({"serve", "--listen", "127.0.0.1:0", "--data", folder.path(), "--seed", seed}, "");
   const std::string user = serve.NextLine();
   std::smatch password;
   ASSERT_TRUE(std::regex_match(user, password, std::regex("User admin, password (.+) \\(shown this once\\)"))) << user;
   const std::string address = serve.NextLine();
   ASSERT_EQ(address.rfind("Listening on http://127.0.0.1:", 0), 0u) << address;
-  ExpectSaid(test::Run({"--server", QString::fromStdString(address.substr(13)), "tree"}, password[1]), 0, "");
+  ExpectSaid(test::Run({"--server", QString::fromStdString(address.substr(13)), "tree"}, password[1]), 0,
+             "Sown/  (group 4)\n");
   ExpectMessage(test::Run({"tree", "--data", folder.path()}), 3,
                 "views.db is being served by another program: give that one's address with --server");
   EXPECT_EQ(serve.Terminate(), 0);

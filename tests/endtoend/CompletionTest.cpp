@@ -31,7 +31,9 @@ TEST_F(CompletionTest, EachPlaceOfALineTakesWhatFitsThere) {
     EXPECT_EQ(outcome.out.empty(), expected.empty()) << outcome;
     EXPECT_EQ(outcome.err, "") << line;
   }
-  for (const char* line : {"viewctl import ", "viewctl export -o "}) EXPECT_EQ(Complete(line).out, ":files\n") << line;
+  for (const char* line : {"viewctl import ", "viewctl export -o ", "viewctl --data "}) {
+    EXPECT_EQ(Complete(line).out, ":files\n") << line;
+  }
   EXPECT_EQ(Lines(Complete("viewctl show Station/Fore").out).size(), 1u);
   for (const char* line : {"viewctl tree Station/", "viewctl watch --group Station/"}) {
     EXPECT_FALSE(Has(Complete(line).out, "Forecourt")) << line << " takes a folder";

@@ -33,6 +33,7 @@ TEST_F(ContextTest, TheLineCountsMoreThanVariablesAndTheseMoreThanTheFile) {
       {"VIEWCTL_SERVER=" + TheSite().Address() + " VIEWCTL_USER=maria VIEWCTL_PASSWORD=sample-maria viewctl tree", 0,
        ""},
       {"VIEWCTL_SERVER= viewctl tree", 2, "VIEWCTL_SERVER is set to nothing: set it, or unset it"},
+      {"VIEWCTL_SERVER= viewctl man tree", 0, ".TH VIEWCTL\\-TREE 1"},  // which asks no server
       {file + "VIEWCTL_USER= viewctl tree", 2, "VIEWCTL_USER is set to nothing: set it, or unset it"},
       {file + "viewctl --server mian tree", 2, "nor a server that config names; did you mean main? (viewctl servers"},
   };
@@ -49,6 +50,9 @@ TEST_F(ContextTest, TheServersOfTheFileAreListedAndCompleted) {
             "[\n{\"Name\":\"main\",\"URL\":\"http://a:1\",\"User\":\"maria\",\"Default\":true},\n"
             "{\"Name\":\"other\",\"URL\":\"http://b:2\",\"User\":\"\",\"Default\":false}]\n");
   EXPECT_EQ(Shell(file + "__complete --line 'viewctl --server o'").out, "other\thttp://b:2\n");
+  // A backslash behind which nothing was typed yet is part of the name.
+  Configure("[a\\b]\nurl = http://a:1\n");
+  EXPECT_EQ(Shell(file + "__complete --line 'viewctl --server a\\'").out, "a\\b\thttp://a:1\n");
   EXPECT_EQ(Shell("viewctl servers").err, "No server is named in /dev/null\n");
 }
 

@@ -32,6 +32,7 @@ TEST_F(ExportImportTest, AnExportOfAnImportHasTheSameBytesAndASecondImportMakesN
   for (const char* part : {"GUID", "AppCode", "\"ID\"", "\"ResourceName\"", "UserID", "OwnerId", "maria\""}) {
     EXPECT_FALSE(Has(exported, part)) << part;
   }
+  EXPECT_TRUE(Has(exported, "\"Name\": \"Forecourt\",\n   \"AutoCycle\": 1,\n   \"RoundTime\": 20,\n")) << exported;
 
   const Outcome dry = Import(copy, "admin", exported, {"--dry-run"});
   EXPECT_EQ(dry.LastLine(), "Would make 11 folders and 36 views, skipped 0 folders and 0 views, failed 0");

@@ -28,6 +28,7 @@ TEST_F(FindReplaceTest, EveryRoleOfAResourceIsFound) {
       {{"find", "platform 1, edge ?"}, {"110 1 0 shown camera 2031 Platform 1, edge 1"}},
       {{"find", "*edge 1", "--kind", "camera"}, {"107 1 0 cycle camera 2031 Platform 1, edge 1"}},
       {{"find", "きっぷうりば", "--kind", "area"}, {"128 1 0 cycle area"}},
+      {{"find", "2604"}, {"105 1 11 shown type 2004 2604 Fire panel public/Station/Doors and lifts"}},
   };
   for (const auto& [command, expected] : cases) {
     const Outcome outcome = Maria(command);
@@ -39,6 +40,8 @@ TEST_F(FindReplaceTest, EveryRoleOfAResourceIsFound) {
     }
   }
   ExpectMessage(Maria({"find", "フェリー*"}), 0, "No view uses \"フェリー*\"; * stands for any part of a name");
+  // Behind "--" nothing is an option, and so none without a value.
+  ExpectMessage(Maria({"find", "--", "--x="}), 0, "No view uses \"--x=\"; * stands for any part of a name");
   const std::string all = Maria({"find", "*", "--json"}).out;
   EXPECT_TRUE(Has(all, R"("ID":"2031")"));
   for (const char* none : {R"("ID":"-1")", R"("ID":"0")", R"("ID":"")", R"("Kind":"")"}) {

@@ -73,7 +73,7 @@ TEST_F(OutputTest, QuietLeavesOutAllButFailures) {
 }
 
 TEST_F(OutputTest, ColoursAndProgressAreForTerminalsThatWantThem) {
-  const std::string red = "\033[31m", bold = "\033[1;34m", progress = " of ";
+  const std::string red = "\033[31m", bold = "\033[1;34m", progress = "\rReading views 1 of 39\r";
   const std::tuple<QStringList, QString, bool, bool> cases[] = {{{}, "", true, true},
                                                                 {{"NO_COLOR=1"}, "", false, true},
                                                                 {{"TERM=dumb"}, "", false, true},
@@ -91,15 +91,17 @@ TEST_F(OutputTest, ColoursAndProgressAreForTerminalsThatWantThem) {
 }
 
 TEST_F(OutputTest, OnATerminalRmAsksBeforeItDeletes) {
-  for (const char* answer : {"\n", "no\n", "yes\n"}) {
-    OnTerminal rm(m_site.As("maria") + QStringList{"rm", "110", "111"}, "sample-maria");
+  const std::pair<std::string, QString> cases[] = {
+      {"\n", "110 111"}, {"no\n", "110 111"}, {"yes\n", "110 111"}, {"Y\n", "102 103"}};
+  for (const auto& [answer, views] : cases) {
+    OnTerminal rm(m_site.As("maria") + Words("rm " + views), "sample-maria");
     EXPECT_TRUE(Has(rm.SaysUntil("[y/N] "), "Delete 2 things? [y/N] "));
     rm.Type(answer);
     const Outcome outcome = rm.Finish();
-    const bool isDeleted = *answer == 'y';
+    const bool isDeleted = answer[0] == 'y' || answer[0] == 'Y';
     EXPECT_EQ(outcome.status, isDeleted ? 0 : 2) << outcome.out;
     EXPECT_EQ(Has(outcome.out, "Nothing was deleted\r\n"), !isDeleted) << outcome.out;
-    EXPECT_EQ(Maria({"show", "110"}).status == 0, !isDeleted);
+    EXPECT_EQ(Maria(Words("show " + views)).status == 0, !isDeleted);
   }
 }
 

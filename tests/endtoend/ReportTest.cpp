@@ -260,6 +260,8 @@ TEST_F(HostileReportTest, NamesStayText) {
     ReadResources(page, "gone", gone, names);
     EXPECT_EQ(gone.keys(), QStringList({"camera 77", "door 5"}));
     EXPECT_TRUE(SectionOf(page, "unused")->text.contains("Each resource of the server is shown")) << "there are none";
+    EXPECT_EQ(std::ranges::count_if(page.All("li"), [](const Node* node) { return node->text == "Empty"; }), 8)
+        << "those of the names, and that of the shared views";
   }
 }
 
@@ -267,6 +269,7 @@ TEST_F(HostileReportTest, TheFolderHoldsTheDrawingsAndNothingThatIsNoLongerShown
   ASSERT_EQ(Viewctl({"report", "--into-folder", File("a/folder")}).status, 0);
   const QStringList first = FilesIn("a/folder");
   EXPECT_EQ(first.size(), 1 + static_cast<int>(std::size(kNames)));
+  EXPECT_EQ(first.filter(QRegularExpression("^view-[0-9]+-page-1-")).size(), first.size() - 1) << "pages count from 1";
   const ReportReader page(ReadFile(File("a/folder/index.html")));
   ASSERT_EQ(page.All("img").size(), std::size(kNames));
   for (const Node* image : page.All("img")) {

@@ -10,11 +10,12 @@
 namespace host {
 namespace {
 
-// public: North (4) { Roof (5), "In/out" (8), Gate (9) }, twins Twin (10), Twin (11), a view 4; private: Gate (6)
+// public: North (4) { Roof (5), "In/out" (8), Gate (9) }, twins Twin (10), Twin (11), a view 4; private: Gate (6),
+// private (12)
 const ViewTree& Tree() {
   static const ViewTree tree{
       {{"-1", "Public views", kPublic, 0, {3}, {{"10", "Twin", false}, {"11", "Twin", false}, {"4", "Four", false}}},
-       {"-1", "My views", kPrivate, 1, {}, {{"6", "Gate", false}}},
+       {"-1", "My views", kPrivate, 1, {}, {{"6", "Gate", false}, {"12", "private", false}}},
        {"-1", "Shared views", kShared, 2, {}, {}},
        {"4", "North", kPublic, 0, {4}, {{"8", "In/out", false}, {"9", "Gate", false}}},
        {"5", "Roof", kPublic, 3, {}, {}}}};
@@ -52,6 +53,7 @@ TEST(NamesTest, OnlyWhatIsNearIsSuggested) {
                                                       {"exprt", "; did you mean export?"},
                                                       {"resourceid", "; did you mean ResourceID?"},
                                                       {"ResuorceId", "; did you mean ResourceID?"},
+                                                      {"shoxx", ""},  // two letters of five
                                                       {"nonsense", ""},
                                                       {"", ""}};
   for (const auto& [text, expected] : rows) EXPECT_EQ(Suggestion(text, names), expected) << text;

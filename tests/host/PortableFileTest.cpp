@@ -83,6 +83,7 @@ TEST(ImportPlanTest, WhatOthersSharedIsNotTheUsersToMatch) {
                        {"-1", "private", kPrivate, 1, {}, {{"5", "Gate", false}}},
                        {"-1", "shared", kShared, 2, {}, {{"6", "Gate", true}}}}};
   EXPECT_EQ(ExistingIn(tree).views.size(), 1u);
+  EXPECT_TRUE(ExistingIn(tree).folders.empty()) << "those of the top need no id";
 }
 
 // As when somebody deletes a group between two listings.

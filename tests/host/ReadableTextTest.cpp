@@ -124,6 +124,10 @@ TEST(ReadableTextTest, TheTreeIsDrawnAndWritten) {
       R"({"ID":"-1","Name":"private","Type":1,"Folders":[],"Views":[]},)"
       R"({"ID":"-1","Name":"shared","Type":2,"Folders":[],)"
       R"("Views":[{"ID":"7","Name":"From \"maria\"","Shared":true}]}])");
+  // The list's end counts, whatever lay behind it once.
+  ViewTree shorter{{{"-1", "public", kPublic, 0, {}, {}}, {"-1", "private", kPrivate, 1, {}, {}}}};
+  shorter.folders.pop_back();
+  EXPECT_EQ(DescribeTree(shorter), "public\n");
 }
 
 TEST(ReadableTextTest, AViewIsToldWithEveryExtraOfItsWindows) {

@@ -219,6 +219,13 @@ TEST_F(ChangeNumberTest, ALoadTakesWhatIsNewerAndKeepsWhatIsNewerStill) {
                      ""),
             "group 1'listed' in -1: ; group 2'before' in -1: ; group 4'later' in -1: ; group 6'own' in 1: ; "
             "group 7'listed' in 1: ; group 8'bare' in -1: ; ");
+  // Who is a member already keeps the place, and the last leftover of a changed one stays beside its new record.
+  const Step members = Views(V(6, "six", 1, 11), V(5, "before", 1, 3), V(5, "older", 1, 10, kModified),
+                             V(5, "changed", 1, 11, kModified), V(7, "in no group", -1, 13));
+  EXPECT_EQ(
+      loadLate({Groups(G(1, "one", -1, 1)), members}, kGroups, Joined(V(5, "listed", 1, 12), V(6, "listed", 1, 3))),
+      "group 1'one' in -1: 6'six' 5'changed' 5'listed' ; group 2'two' in 1: ; "
+      "view 5'listed'; view 6'six'; view 7'in no group'; ");
 }
 
 template <class Info>
