@@ -153,7 +153,9 @@ TEST(AView, IsReadInOnePassWhereItIsUsual) {
            {R"({"ID":1,"I\u0044":2})", Way::ByPaths},
            {R"({"Name":"n","ID":1,"More":2,"Name":"n"})", Way::ByPaths},
            {R"({"PlanPages":[{"PlanViewItem":[{"SiteID":1,"WindowNo":2,"SiteID":3}]}],"ID":1})", Way::ByPaths},
-           {R"({"ID":1,"PlanPages":[1]})", Way::ByPaths}}) {
+           {R"({"ID":1,"PlanPages":[1]})", Way::ByPaths},
+           {R"({"ID":1,"":1,"":2})", Way::AsAsked},
+           {R"({"":1,"":2,"ID":1})", Way::ByPaths}}) {
     EXPECT_EQ(WayOfReading(view), way) << view;
     ExpectSame(ViewsDocument(view));
   }
@@ -222,27 +224,6 @@ TEST(ViewList, IsReadAsByPathsWhateverAWindowHolds) {
   ExpectSame(ViewsDocument(ViewText(R"({"Emap":{"PosX":"1"},"ZoomWindowList":{"ZoomWindow":{"No":1}},)"
                                     R"("Xtop":"1","SequenceIndex":"2","ResourceType":7001})")));
   ExpectSame(ViewsDocument(ViewText(R"({"ZoomWindowList":{"ZoomWindow":[{"No":1}]},"ResourceType":1001},1,null,[])")));
-}
-
-// Elements need not have the names of those before them.
-TEST(ViewList, IsReadAsByPathsWhateverNamesNeighboursHave) {
-  const std::string windows[] = {R"({"SequenceIndex":"3","SiteID":1,"WindowNo":2})",
-                                 R"({"WindowNo":4,"SiteID":5,"SequenceIndex":"6"})",
-                                 R"({"WindowNo":7,"SiteID":8})",
-                                 R"({"WindowNo":9,"SiteID":10,"SequenceIndex":"11","StreamType":1,"TrackIndex":2})",
-                                 R"({"WindowNo":12,"SiteID":13,"WindowNo":14,"SequenceIndex":"15","SiteID":16})",
-                                 R"({"WindowNo":17,"StreamType":2,"SiteID":18,"WindowNo":19,"TrackIndex":20})",
-                                 R"({"Window\u004eo":21,"SiteID":22,"WindowN":23,"WindowNo2":24})",
-                                 R"({"WindowNo:"25,"SiteID":26})",
-                                 R"({"":1,"":2})",
-                                 R"(["WindowNo"])",
-                                 "{}",
-                                 "7"};
-  for (const std::string& first : windows) {
-    for (const std::string& second : windows) {
-      ExpectSame(ViewsDocument(ViewText(first + "," + second + "," + first)));
-    }
-  }
 }
 
 TEST(ViewList, IsReadAsByPathsWhenCutOffOrChangedAnywhere) {
