@@ -98,6 +98,10 @@ TEST_F(CommandLineTest, ManualPagesSayWhatTheHelpSays) {
     EXPECT_TRUE(Has(page, "\\fB\\-\\-server\\fR \\fIURL\\fR\n")) << page;
   }
   ExpectSaid(test::Run({"man", "replace"}), 0,
+             ".SH SYNOPSIS\n\\fBviewctl replace\\fR [\\fIOPTIONS\\fR] \\fIOLD\\fR \\fINEW\\fR\n.SH "
+             "ARGUMENTS\n.TP\n\\fIOLD\\fR\n"
+             "the resource that is used now: its id, or its name\n.TP\n\\fINEW\\fR\n");
+  ExpectSaid(test::Run({"man", "replace"}), 0,
              "\\fB\\-\\-undo\\fR \\fIFILE\\fR\na new file, with which viewctl undo takes it back\n");
   ExpectSaid(
       test::Run({"man", "import"}), 0,

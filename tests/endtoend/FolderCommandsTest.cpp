@@ -140,6 +140,8 @@ TEST_F(FolderCommandsTest, TheDefaultViewIsToldAndSet) {
   Expect({"default", "132", "--type", "7"}, 0, "");
   EXPECT_EQ(Maria({"default", "--json"}).out,
             "{\"ID\":\"132\",\"Type\":7,\"Path\":\"private/My rounds/Cash office\"}\n");
+  Expect({"call", "SetClientViewConfig", R"({"view_type":1,"view_id":"999"})"}, 0, "");
+  Expect({"default"}, 0, "view 999  (not to be seen)\n");
   Expect({"default", "--none"}, 0, "");
   EXPECT_EQ(Maria({"default", "--json"}).out, "{\"ID\":\"\",\"Type\":1,\"Path\":\"\"}\n");
   EXPECT_EQ(Maria({"default"}).out, "");
