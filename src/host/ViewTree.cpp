@@ -2,6 +2,7 @@
 #include "host/ViewTree.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "VeltControl/VeltControl.h"
@@ -97,8 +98,22 @@ class TreeReader {
     }
   }
 
-  // A group keeps a view that somebody else moved away, and names one that somebody else changed twice: "ParentID"
-  // says where a view really lies, and its id counts once.
+  // A group keeps a view that somebody else moved away: "ParentID" says where a view lies. Of one that somebody else
+  // changed twice there may be earlier states as well, even in other groups: which is the last one its detail says.
+  void Put(TreeView view, size_t index) {
+    const auto [place, isNew] = m_views.emplace(view.id, index);
+    if (!isNew) {
+      rapidjson::Document detail;
+      const std::string request = ObjectText().Add("ID", view.id).Add("NeedResourceName", false).Text();
+      if (!m_plugin.Ask("GetPlanDetail", request, detail)) return;
+      if (TextOf(detail, "GroupID") != m_tree.folders[index].id) return;
+      view.name = TextOf(detail, "Name");
+      std::erase_if(m_tree.folders[place->second].views, [&](const TreeView& old) { return old.id == view.id; });
+      place->second = index;
+    }
+    m_tree.folders[index].views.push_back(std::move(view));
+  }
+
   void ListViews(size_t index) {
     TreeFolder& folder = m_tree.folders[index];
     rapidjson::Document answer;
@@ -108,8 +123,8 @@ class TreeReader {
       return;
     }
     for (const auto& plan : ListOf(answer, "Plans").GetArray()) {
-      if (TextOf(plan, "ParentID") != folder.id || !m_views.insert(TextOf(plan, "ID")).second) continue;
-      folder.views.push_back({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view"), {}});
+      if (TextOf(plan, "ParentID") != folder.id) continue;
+      Put({TextOf(plan, "ID"), TextOf(plan, "name"), FlagOf(plan, "is_share_view"), {}}, index);
     }
     // Views of one name come in no fixed order.
     std::stable_sort(folder.views.begin(), folder.views.end(), [](const TreeView& left, const TreeView& right) {
@@ -121,7 +136,7 @@ class TreeReader {
   const Plugin& m_plugin;
   ViewTree m_tree;
   std::set<std::string> m_groups;
-  std::set<std::string> m_views;
+  std::map<std::string, size_t> m_views;  // in which folder each stands
 };
 
 }  // namespace

@@ -23,6 +23,20 @@ TEST(WatchTest, SaysWhenItLosesTheServerAndWhenItHasCaughtUp) {
   EXPECT_EQ(watch.Output(), "") << "stdout is for notices";
 }
 
+TEST(WatchTest, GroupsThatLieInEachOtherAreLookedThroughOnce) {
+  using namespace testing_support;
+  ScriptedSite site;
+  Running watch({"watch", "--all", "--server", QString::fromStdString(site.Url())}, "any");
+  ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
+  site.Stream(Event(13, "ViewGroups", Groups(R"({"ID":1,"ParentViewGroupID":2,"Name":"g","Method":1})")) +
+              Event(14, "ViewGroups", Groups(R"({"ID":2,"ParentViewGroupID":1,"Name":"h","Method":0})")) +
+              Event(15, "Views", Views(R"({"ID":5,"Name":"w","Method":1})")));
+  for (const char* part :
+       {R"("id":"1","enum_state":2,"name":"g")", R"("child_id":"2")", R"("id":"5","enum_state":7)"}) {
+    ASSERT_TRUE(Has(watch.NextLine(10000), part)) << part;
+  }
+}
+
 TEST(WatchTest, TellsInWordsWhatAndWhere) {
   const Site site;
   Running watch(site.As("kenji") + QStringList{"watch", "--all", "--text"}, "sample-kenji");
@@ -32,6 +46,8 @@ TEST(WatchTest, TellsInWordsWhatAndWhere) {
       {{"mv", "Station/New", "Station/Newer"}, {"group 13 public/Station/Newer: renamed, \"New\" -> \"Newer\""}},
       {{"default", "102"}, {}},
       {{"mv", "102", "Station/Square"}, {"view 102 public/Station/Square: renamed, \"Forecourt\" -> \"Square\""}},
+      {{"mv", "102", "Bus terminal"}, {"view 102 public/Bus terminal/Square: changed"}},
+      {{"mv", "102", "Station"}, {"view 102 public/Station/Square: changed"}},
       {{"rm", "Station/Newer", "--yes"}, {"group 13 public/Station/Newer: went"}},
       {{"replace", "2031", "2032", "--in", "group:2"}, {"view 107 public/Station/Platforms/All platforms: changed"}},
   };
