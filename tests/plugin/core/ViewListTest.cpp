@@ -267,22 +267,19 @@ TEST(ViewList, HoldsNoMoreThanItsViewsNeed) {
   for (const ViewPage& page : list.views[0].vcPages) EXPECT_EQ(page.vcWindows.capacity(), page.vcWindows.size());
 }
 
-// Processor time, the lowest of several.
 double Cost(Reader read, const std::string& text) {
-  double lowest = 0;
-  for (int round = 0; round < 7; ++round) {
-    ErrorCode error;
-    ViewList list;
-    const std::clock_t begin = std::clock();
-    read(text, error, list);
-    const auto cost = static_cast<double>(std::clock() - begin);
-    lowest = round == 0 ? cost : std::min(lowest, cost);
-  }
-  return lowest;
+  ErrorCode error;
+  ViewList list;
+  const std::clock_t begin = std::clock();
+  read(text, error, list);
+  return static_cast<double>(std::clock() - begin);
 }
 
-// Some 0.3 and 0.6 of it; more than the whole, were it tried in vain.
+// Some 0.4 and 0.7 of it; more than the whole, were it tried in vain.
 TEST(ViewList, OfTheUsualFormIsNotReadByPaths) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "a build with sanitizers costs otherwise";
+#endif
   std::mt19937 random(29);
   const std::string view = ViewText(kWindow + "," + kEmap + "," + kWindow);
   std::string usual = view, shuffled = Shuffled(view, random);
@@ -291,7 +288,13 @@ TEST(ViewList, OfTheUsualFormIsNotReadByPaths) {
     shuffled += "," + Shuffled(view, random);
   }
   for (const std::string& text : {ViewsDocument(usual), ViewsDocument(shuffled)}) {
-    EXPECT_LT(Cost(ReadViewList, text), 0.85 * Cost(ReadViewListByPaths, text));
+    // Turn and turn about, and the lowest of each: the machine may do other work.
+    double cost = Cost(ReadViewList, text), byPaths = Cost(ReadViewListByPaths, text);
+    for (int round = 0; round < 40; ++round) {
+      cost = std::min(cost, Cost(ReadViewList, text));
+      byPaths = std::min(byPaths, Cost(ReadViewListByPaths, text));
+    }
+    EXPECT_LT(cost, 0.85 * byPaths);
   }
 }
 
