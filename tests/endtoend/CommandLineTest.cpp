@@ -42,6 +42,7 @@ TEST_F(CommandLineTest, AMistakeIsToldInOneLineWithWhatToDo) {
       {maria + QStringList{"resources", "--kind", "camra"}, 2, "\"camra\" is no kind of resource: say one of camera"},
       {maria + QStringList{"call", "InitEnvir"}, 2, "There is no exchange InitEnvir"},
       {{"call", "Nonsense", "--server", "http://127.0.0.1:1"}, 2, "There is no exchange Nonsense"},
+      {{"--server", "http://127.0.0.1:1", "replace", "1", "2", "--kind", "camra"}, 2, "\"camra\" is no kind"},
       {{"--server", "http://127.0.0.1:1", "script"}, 3, "could not be reached; check the host and port in --server"},
       {{"--server", "gopher://127.0.0.1:1", "tree"}, 3, "begins with http:// or https://"},
       {{"--server", QString(url).replace("http:", "https:"), "tree"}, 3, "does it speak https? try http://"},
@@ -121,7 +122,9 @@ TEST_F(CommandLineTest, TheHelpSaysTrulyWhereThePluginIsLookedFor) {
   ASSERT_TRUE(QDir(folder.path()).mkpath("bin"));
   const QString copy = folder.filePath("bin/viewctl");
   ASSERT_TRUE(QFile::copy(VIEWCTL_FILE, copy));
-  ExpectMessage(test::Run({"tree"}, {}, {}, copy), 2, "QorviViewPlugin was not found in ../lib");
+  const Outcome none = test::Run({"tree"}, {}, {}, copy);
+  ExpectMessage(none, 2, "QorviViewPlugin was not found in ../lib");
+  ExpectMessage(none, 2, "../lib/qorvi and ./, as seen from viewctl; name it with --plugin FILE\n");
   // Nor is there a viewdraw, without which the tour ends well.
   const Outcome demo = test::Run({"demo", "--plugin", PLUGIN_FILE}, {}, {}, copy);
   ExpectSaid(demo, 0, "which is not here. In letters \"Platform 1 edge, magnified\" is:\n\nPlatform 1 edge");
@@ -143,7 +146,7 @@ TEST_F(CommandLineTest, EveryCommandTakesPathsToo) {
 
 TEST_F(CommandLineTest, ATreeIsShownInPart) {
   EXPECT_EQ(Lines(Maria({"tree", "Station/Platforms"}).out).front(), "Platforms/  (group 2)");
-  EXPECT_EQ(Lines(Maria({"tree", "group:2", "--depth", "1"}).out).size(), 5u) << "two folders and two views below it";
+  EXPECT_EQ(Lines(Maria({"tree", "group:1", "--depth", "1"}).out).size(), 9u) << "two folders and six views below it";
   EXPECT_EQ(Maria({"tree", "group:1", "--name", "*edge*"}).out,
             "Station/  (group 1)\n"
             "└── Platforms/  (group 2)\n"

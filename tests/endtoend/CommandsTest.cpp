@@ -128,7 +128,8 @@ TEST_F(CommandsTest, ServePrintsItsAddressAndEndsWhenAsked) {
   const QString seed = folder.filePath("seed.json");
   WriteFile(seed, R"({"Users":[],"Areas":[],"Elements":[],"Views":[],"ViewGroups":[{"ID":4,"Name":"Sown",)"
                   R"("ParentViewGroupID":-1,"UserID":-1,"IsSharedView":-1}]})");
-  Running serve({"serve", "--listen", "127.0.0.1:0", "--data", folder.path(), "--seed", seed}, "");
+  // In brackets, as an IPv6 address stands, which not every machine has.
+  Running serve({"serve", "--listen", "[127.0.0.1]:0", "--data", folder.path(), "--seed", seed}, "");
   const std::string user = serve.NextLine();
   std::smatch password;
   ASSERT_TRUE(std::regex_match(user, password, std::regex("User admin, password (.+) \\(shown this once\\)"))) << user;
@@ -145,6 +146,8 @@ TEST_F(CommandsTest, TheFirstPasswordIsToldAlsoWhenTheAddressIsTaken) {
   const QTemporaryDir folder;
   const QString taken = TheSite().Address().mid(7);
   ExpectSaid(test::Run({"serve", "--listen", taken, "--data", folder.path()}), 3, "User admin, password ");
+  // No address in the brackets does not mean all of them.
+  ExpectSaid(test::Run({"serve", "--listen", "[]:0", "--data", folder.path()}), 3, "cannot listen on []:0: ");
 }
 
 TEST_F(CommandsTest, ThePasswordMayStandInAFileAndTheLogGoesToOne) {
@@ -171,7 +174,9 @@ TEST_F(CommandsTest, TheDemoEndsWell) {
   EXPECT_EQ(demo.err, "");
   std::smatch drawn;
   ASSERT_TRUE(std::regex_search(demo.out, drawn, std::regex("is drawn in (.+\\.svg)\n"))) << demo.out;
-  EXPECT_TRUE(Has(ReadFile(drawn[1]), "<title>Platform 1 edge, magnified</title>")) << drawn[1];
+  const std::string picture = ReadFile(drawn[1]);
+  EXPECT_TRUE(Has(picture, "<title>Platform 1 edge, magnified</title>")) << drawn[1];
+  EXPECT_TRUE(Has(picture, "<g fill=\"#e9edf2\"")) << "its ground is light: " << drawn[1];
   std::remove(drawn[1].str().c_str());
   for (const auto& [begin, lines] : testing_support::Cases(TABLES "Demo.txt")) {
     std::string rest = begin + "\n";

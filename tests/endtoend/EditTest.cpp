@@ -35,8 +35,10 @@ class EditTest : public OwnSiteTest {
 };
 
 TEST_F(EditTest, WhatIsChangedIsShownByPageAndWindowAndThenSaved) {
-  const std::string camera = "sed -i 's/\"2031\"/\"2032\"/; s/\"TopX\": 600/\"TopX\": 610/' $1";
+  const std::string camera =
+      "sed -i 's/\"2031\"/\"2032\"/; s/\"TopX\": 600/\"TopX\": 610/; s/\"AutoCycle\": 0/\"AutoCycle\": 1/' $1";
   const Outcome dry = Edit(camera, "--dry-run");
+  ExpectSaid(dry, 0, "AutoCycle: 0 -> 1\n");
   ExpectSaid(dry, 0, "page 1, window 0: ResourceID \"2031\" -> \"2032\"\n");
   ExpectSaid(dry, 0, "page 1, window 0: ZoomWindowList.ZoomWindow[2].TopX 600 -> 610\n");
   ExpectSaid(Maria({"show", "110"}), 0, "id 2031");
@@ -74,6 +76,9 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLinesAndIsKeptWhenRefused
     ExpectSaid(outcome, status, part);
     EXPECT_TRUE(Has(TakeKept(outcome.err), status == 2 ? "// ^ " : "\"PlanPages\"")) << script << outcome;
   }
+  // One in the last line is noted once, and not again behind the text.
+  const std::string line = R"({"Name":"x","AutoCycle":0,"PlanPages":[]})";
+  EXPECT_EQ(TakeKept(Edit(once + "echo '" + line + "' > $1").err), line + "\n// ^ \"RoundTime\" is missing\n");
   EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
 }
 

@@ -84,6 +84,14 @@ TEST_F(ExportImportTest, IntoAGroupKeepsFoldersAndReportsOtherContent) {
   ExpectSaid(Import(m_site, "maria", changed), 0, "is there with other content, kept\n");
   EXPECT_EQ(Export(m_site, "maria", ids), bus);
   EXPECT_EQ(Import(m_site, "maria", bus, {"--into", "999"}).status, 1);
+
+  // Of two folders of one path it goes into the one that is named.
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(Maria({"call", "AddPlanGroup", R"({"Name":"Twin","ParentID":"-1","Type":1})"}).status, 0);
+  }
+  EXPECT_EQ(Import(m_site, "maria", bus, {"--into", "15"}).status, 0);
+  EXPECT_EQ(Maria({"tree", "group:14"}).out, "Twin/  (group 14)\n");
+  ExpectSaid(Maria({"tree", "group:15"}), 0, "└── Weather and news  (view 145)\n");
 }
 
 TEST_F(ExportImportTest, WhatTheServerRefusesIsReportedAndTheRestIsMade) {

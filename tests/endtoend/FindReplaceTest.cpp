@@ -154,6 +154,8 @@ TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
   const QString undo = File("undo.json");
   const QString later = File("later.json", R"({"Format":"viewctl-undo","Version":2})");
   const QString elsewhere = File("elsewhere.json", R"({"Format":"viewctl-undo","Version":1,"Server":"http://x"})");
+  const QString noId = File("no-id.json", R"({"Format":"viewctl-undo","Version":1,"Views":[)"
+                                          R"({"ID":"110","Before":[],"After":[]},{"ID":"x"}]})");
   const std::tuple<QStringList, int, const char*> cases[] = {
       {{"replace", "2031", "7777", "--undo", undo}, 1, "The server has no camera 7777, so nothing was changed"},
       {{"replace", "2031", "*edge*"}, 2, "The camera \"*edge*\" may be any of 2031, 2032"},
@@ -161,6 +163,7 @@ TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
       {{"replace", "2031", "2032", "--in", "110"}, 1, "110 is a view"},
       {{"undo", later}, 2, "is of version 2, and this viewctl knows version 1"},
       {{"undo", elsewhere}, 2, "is of edits at http://x"},
+      {{"undo", noId}, 2, "viewctl: Views[2]: \"ID\" is no id\n"},
       {{"undo", File("none.json")}, 2, "cannot be read"},
   };
   for (const auto& [command, status, part] : cases) ExpectMessage(Maria(command), status, part);

@@ -23,6 +23,8 @@ TEST_F(FolderCommandsTest, FoldersAreMadeWhereTheyAreSaidToLie) {
   Expect({"mkdir", "-p", "Station/New/Deep", "private/My rounds/Late"}, 0, "Made 3 folders, left 0, failed 0");
   Expect({"mkdir", "-p", "Station/New"}, 0, "left folder public/Station/New: is there");
   Expect({"mkdir", "bad\nname"}, 1, "The name is not valid");
+  Expect({"mkdir", "public/public"}, 0, "made folder public/public: ");
+  Expect({"mkdir", "-p", "public"}, 0, "left folder public: is there\n");
   const Outcome dry = test::Run({"mkdir", "New", "--dry-run", "--data", File("new")});
   EXPECT_EQ(dry.status, 0);
   EXPECT_FALSE(Has(dry.err, "new store") || QFile::exists(File("new"))) << "a dry run makes no store" << dry;

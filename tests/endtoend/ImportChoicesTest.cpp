@@ -48,7 +48,8 @@ TEST_F(ImportChoicesTest, WhatIsNotOnTheServerIsToldByViewAndWindow) {
     unknown += Has(line, " is not on this server");
   }
   ExpectSaid(RunAs(empty, "admin", {"import", all, "--skip-unknown"}), 0,
-             "\nand " + std::to_string(unknown - 20) + " more; --dry-run tells all\n");
+             "\npublic/Bus terminal/Bays 1–16, page 1, window 3: camera 2100 is not on this server\nand " +
+                 std::to_string(unknown - 20) + " more; --dry-run tells all\n");
 }
 
 TEST_F(ImportChoicesTest, ThePathsThatAreToldAreTakenBack) {

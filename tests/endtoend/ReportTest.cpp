@@ -119,6 +119,7 @@ TEST_F(ReportTest, ItsWordsAreThese) {
     said[part] = node->text.simplified().replace(varies, "...");
   }
   EXPECT_EQ(Shown(said), Shown(Expected("words")));
+  EXPECT_EQ(page.All("label").at(0)->Get("for"), "search") << "what a screen reader calls the field by";
 }
 
 TEST_F(ReportTest, ABrowserIsToldToRunNoOtherScript) {
@@ -273,7 +274,9 @@ TEST_F(HostileReportTest, TheFolderHoldsTheDrawingsAndNothingThatIsNoLongerShown
   const ReportReader page(ReadFile(File("a/folder/index.html")));
   ASSERT_EQ(page.All("img").size(), std::size(kNames));
   for (const Node* image : page.All("img")) {
-    const ReportReader drawing(ReadFile(File("a/folder/") + image->Get("src")));
+    const std::string file = ReadFile(File("a/folder/") + image->Get("src"));
+    EXPECT_TRUE(file.starts_with("<svg xmlns=\"http://www.w3.org/2000/svg\" ")) << "else no browser shows the image";
+    const ReportReader drawing(file);
     const Node& svg = drawing.Everything().at(0);
     for (const char* side : {"width", "height"}) EXPECT_EQ(svg.Get(side), image->Get(side));
     EXPECT_EQ(svg.Get("viewBox"), "0 0 " + svg.Get("width") + " " + svg.Get("height"));

@@ -45,6 +45,8 @@ TEST(NamesTest, AThingIsNamedByIdKindOrPathAndAMistakeToldWithWhatIsThere) {
     const std::string path = PathText(Tree(), Names(Tree()).View(id));
     EXPECT_EQ(Names(Tree()).View(path).id, id) << "a path leads back: " << path;
   }
+  // A backslash at the end escapes nothing, whatever lies behind the text.
+  EXPECT_EQ(SplitPath(std::string_view("a\\/b").substr(0, 2)), std::vector<std::string>{"a\\"});
 }
 
 TEST(NamesTest, OnlyWhatIsNearIsSuggested) {
@@ -54,6 +56,7 @@ TEST(NamesTest, OnlyWhatIsNearIsSuggested) {
                                                       {"resourceid", "; did you mean ResourceID?"},
                                                       {"ResuorceId", "; did you mean ResourceID?"},
                                                       {"shoxx", ""},  // two letters of five
+                                                      {"sh", ""},     // two letters too few
                                                       {"nonsense", ""},
                                                       {"", ""}};
   for (const auto& [text, expected] : rows) EXPECT_EQ(Suggestion(text, names), expected) << text;

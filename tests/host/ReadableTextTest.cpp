@@ -71,9 +71,12 @@ TEST(ReadableTextTest, EachByteThatIsNoUtf8IsReplacedAndNothingElse) {
     EXPECT_EQ(ValidUtf8(text), expected) << expected;
     EXPECT_EQ(IsUtf8(text), text == expected) << expected;
   }
+  EXPECT_EQ(ValidUtf8(std::string_view("\xC2\xA9").substr(0, 1)), r) << "what lies behind a text is none of it";
   rapidjson::Document document;
   ASSERT_TRUE(ParseAnswer("{\"Name\":\"\xF0\x9F\"}", document));
   EXPECT_EQ(TextOf(document, "Name"), r + r);
+  EXPECT_FALSE(ParseJson("{", document));
+  EXPECT_TRUE(document.IsNull()) << "nothing is left of what was parsed before";
 }
 
 TEST(ReadableTextTest, ARequestIsReadAsThePluginReadsIt) {
