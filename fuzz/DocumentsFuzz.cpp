@@ -4,6 +4,7 @@
 #include "FuzzInput.h"
 #include "PluginHost.h"
 #include "QorviViewPlugin/QorviViewPlugin.h"
+#include "QorviViewPlugin/ViewDataManager/document/ViewList.h"
 #include "ResourceStore/ResourceObserver.h"
 #include "ResourceStore/ViewGroupManager.h"
 
@@ -16,6 +17,17 @@ class Listener : public ResourceData::IResourceObserver {
   }
 };
 
+// Whether a list comes to the same in one pass and through the platform's document.
+bool IsReadAlike(const std::string& views) {
+  using namespace QorviViewPlugin;
+  Vant::Base::Error::ErrorCode error, errorByPaths;
+  ViewList list, listByPaths;
+  const bool isRead = ReadViewList(views, error, list);
+  return isRead == ReadViewListByPaths(views, errorByPaths, listByPaths) && list.views == listByPaths.views &&
+         list.completeUpTo == listByPaths.completeUpTo && error.GetSubError() == errorByPaths.GetSubError() &&
+         error.GetCasadingErrorInfo() == errorByPaths.GetCasadingErrorInfo();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -23,7 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::AnswerRequestsWith("");
   fuzz::Input input(data, size);
   const std::string groups = input.Text();
-  fuzz::Load(groups, input.Text());
+  const std::string views = input.Text();
+  fuzz::Require(IsReadAlike(views), "both readers of lists read the same");
+  fuzz::Load(groups, views);
   fuzz::ReadEverything();
 
   Listener listener;
