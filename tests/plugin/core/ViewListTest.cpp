@@ -97,23 +97,25 @@ void Shuffle(rapidjson::Value& value, rapidjson::Document::AllocatorType& memory
   value = shuffled;
 }
 
+template <class Writer>
+std::string Written(const rapidjson::Document& document) {
+  rapidjson::StringBuffer out;
+  Writer writer(out);
+  document.Accept(writer);
+  return out.GetString();
+}
+
 std::string Shuffled(const std::string& view, std::mt19937& random) {
   rapidjson::Document document;
   document.Parse(view.c_str());
   Shuffle(document, document.GetAllocator(), random);
-  rapidjson::StringBuffer out;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(out);
-  document.Accept(writer);
-  return out.GetString();
+  return Written<rapidjson::Writer<rapidjson::StringBuffer>>(document);
 }
 
 std::string Pretty(const std::string& view) {
   rapidjson::Document document;
   document.Parse(view.c_str());
-  rapidjson::StringBuffer out;
-  rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(out);
-  document.Accept(writer);
-  return out.GetString();
+  return Written<rapidjson::PrettyWriter<rapidjson::StringBuffer>>(document);
 }
 
 // Members that no reader knows, of names that take long to tell apart.
@@ -307,8 +309,8 @@ TEST(ViewList, OfAnyLengthIsReadAsByPaths) {
   ExpectSame(text);
   std::string escapes;
   for (int n = 0; n < 10000; ++n) escapes += "\\u00e9";
-  const std::string long_name = R"({"ID":1,"Name":")" + escapes + "\"}";
-  ExpectSame(ViewsDocument(long_name + "," + long_name));
+  const std::string longName = R"({"ID":1,"Name":")" + escapes + "\"}";
+  ExpectSame(ViewsDocument(longName + "," + longName));
   const std::string odd = R"({"ID":"5","UserID":1.5})";
   for (int count : {7, 8, 9}) {
     std::string first = odd;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "QorviViewPlugin/ViewDataManager/document/UsualText.h"
 
+#include <rapidjson/encodings.h>
+
 namespace QorviViewPlugin {
 namespace {
 
@@ -35,25 +37,12 @@ const char* CodePoint(const char* digits, int& code) {
   return behind + 6;
 }
 
-char* Append(char* to, int code) {
-  const auto byte = [&to](int bits) { *to++ = static_cast<char>(bits); };
-  if (code < 0x80) {
-    byte(code);
-  } else if (code < 0x800) {
-    byte(0xC0 | code >> 6);
-    byte(0x80 | (code & 0x3F));
-  } else {
-    if (code < 0x10000) {
-      byte(0xE0 | code >> 12);
-    } else {
-      byte(0xF0 | code >> 18);
-      byte(0x80 | (code >> 12 & 0x3F));
-    }
-    byte(0x80 | (code >> 6 & 0x3F));
-    byte(0x80 | (code & 0x3F));
-  }
-  return to;
-}
+// Where RapidJSON's encoder writes to.
+struct Bytes {
+  using Ch = char;
+  void Put(char c) { *to++ = c; }
+  char* to;
+};
 
 // What stands for itself behind a backslash, or for a control character; NUL for anything else.
 char Unescaped(char c) {
@@ -67,7 +56,10 @@ const char* Escape(const char* at, char** to) {
   if (at[1] == 'u') {
     int code = 0;
     at = CodePoint(at + 2, code);
-    if (at && to) *to = Append(*to, code);
+    if (!at || !to) return at;
+    Bytes bytes{*to};
+    rapidjson::UTF8<>::Encode(bytes, static_cast<unsigned int>(code));
+    *to = bytes.to;
     return at;
   }
   const char c = Unescaped(at[1]);
