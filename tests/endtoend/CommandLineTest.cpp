@@ -13,44 +13,12 @@ class CommandLineTest : public SiteTest {};
 
 // Those that docs/viewctl.md lists are held by ViewctlDocTest.
 TEST_F(CommandLineTest, AMistakeIsToldInOneLineWithWhatToDo) {
-  const QString url = TheSite().Address(), none = TheSite().File("none");
-  const QString empty = TheSite().File("empty"), marked = TheSite().File("marked"), file = TheSite().File("exported");
-  WriteFile(empty, "\n");
-  WriteFile(marked, "\xEF\xBB\xBFsample-maria\n");
-  WriteFile(file, R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[]})");
-  const QStringList maria = TheSite().As("maria");
-  const std::tuple<QStringList, int, std::string> cases[] = {
-      {{"help", "__complete"}, 2, "There is no command __complete"},
-      {{"--sever=x", "show", "110"}, 2, "viewctl show has no option --sever; did you mean --server?"},
-      {{"--json", "tree"}, 2, "--json stands behind viewctl tree"},
-      {{"export"}, 2, "viewctl: -o is missing: the file; \"-\" is stdout"},
-      {{"tree", "--timeout=0"}, 2, "viewctl: --timeout: \"0\" is no whole number from 1 to 86400 (viewctl tree --help"},
-      {{"--timeout", "86401"}, 2, "from 1 to 86400 (viewctl --help lists what there is)"},
-      {{"draw", "1", "--page", "1st"}, 2, "viewctl: --page: \"1st\" is no whole number of 32 bits"},
-      {{"tree", "--depth", "1", "--depth"}, 2, "viewctl: --depth has no value: how many levels"},
-      {{"default", "--type", "99999999999"}, 2, "viewctl: --type: \"99999999999\" is no whole number of 32 bits"},
-      {{"--server=", "tree"}, 2, "--server: the value is empty"},
-      {{"tree", "--user", ""}, 2, "--user: the value is empty"},
-      {{"import", file, "--into", ""}, 2, "--into: the value is empty"},
-      {{"tree", "--server", url}, 2, "VIEWCTL_PASSWORD"},
-      {maria + QStringList{"tree", "--password-file", empty}, 2, "is empty: its first line is the password"},
-      {maria + QStringList{"tree", "--password-file", marked}, 2, "begins with a byte-order mark"},
-      {maria + QStringList{"tree", "--plugin", none}, 2, none.toStdString()},
-      {maria + QStringList{"draw", "Station"}, 1, "Station is a folder; viewctl tree 1 shows it"},
-      {maria + QStringList{"import", file, "--into", "110", "--dry-run"}, 1, "110 is a view; viewctl show 110"},
-      {maria + QStringList{"export", "view:1", "-o", none}, 1, "There is no view or group view:1; viewctl tree"},
-      {maria + QStringList{"resources", "--kind", "camra"}, 2, "\"camra\" is no kind of resource: say one of camera"},
-      {maria + QStringList{"call", "InitEnvir"}, 2, "There is no exchange InitEnvir"},
-      {{"call", "Nonsense", "--server", "http://127.0.0.1:1"}, 2, "There is no exchange Nonsense"},
-      {{"--server", "http://127.0.0.1:1", "replace", "1", "2", "--kind", "camra"}, 2, "\"camra\" is no kind"},
-      {{"--server", "http://127.0.0.1:1", "script"}, 3, "could not be reached; check the host and port in --server"},
-      {{"--server", "gopher://127.0.0.1:1", "tree"}, 3, "begins with http:// or https://"},
-      {{"--server", QString(url).replace("http:", "https:"), "tree"}, 3, "does it speak https? try http://"},
-      {{"--server", url, "tree"}, 3, "Wrong user name or password; check --user, and the password in"},
-  };
-  for (const auto& [arguments, status, part] : cases) {
-    const Outcome outcome = test::Run(arguments, arguments.startsWith("--server") ? "sample-maria" : "");
-    ExpectMessage(outcome, status, part);
+  WriteFile(TheSite().File("empty"), "\n");
+  WriteFile(TheSite().File("marked"), "\xEF\xBB\xBFsample-maria\n");
+  WriteFile(TheSite().File("exported"), R"({"Format":"viewctl-export","Version":1,"Folders":[],"Views":[]})");
+  for (const auto& [status, command, parts] : RowsOf(TABLES "CommandLine.txt", TheSite())) {
+    const Outcome outcome = test::Run(Words(command), command.startsWith("--server ") ? "sample-maria" : "");
+    ExpectMessage(outcome, status, parts.at(0));
     EXPECT_EQ(Lines(outcome.err).size(), 1u) << outcome;
   }
 }
@@ -98,16 +66,7 @@ TEST_F(CommandLineTest, ManualPagesSayWhatTheHelpSays) {
     EXPECT_EQ(page, test::Run({"man", name}).out);
     EXPECT_TRUE(Has(page, "\\fB\\-\\-server\\fR \\fIURL\\fR\n")) << page;
   }
-  ExpectSaid(test::Run({"man", "replace"}), 0,
-             ".SH SYNOPSIS\n\\fBviewctl replace\\fR [\\fIOPTIONS\\fR] \\fIOLD\\fR \\fINEW\\fR\n.SH "
-             "ARGUMENTS\n.TP\n\\fIOLD\\fR\n"
-             "the resource that is used now: its id, or its name\n.TP\n\\fINEW\\fR\n");
-  ExpectSaid(test::Run({"man", "replace"}), 0,
-             "\\fB\\-\\-undo\\fR \\fIFILE\\fR\na new file, with which viewctl undo takes it back\n");
-  ExpectSaid(
-      test::Run({"man", "import"}), 0,
-      ".SH NOTES\n.nf\nWhat is made has new ids and is shared with nobody; a default view that was deleted is to be "
-      "set anew\n(viewctl share, viewctl default). A second import makes nothing twice.\n.fi\n");
+  for (const Row& row : RowsOf(TABLES "CommandLine.txt", TheSite())) ExpectRow(test::Run(Words(row.command)), row);
   EXPECT_TRUE(Has(ReadFile(folder.filePath("viewctl.1")), ".TP\n\\fBreplace\\fR\nanother resource"));
   // Where there is no mandoc, nobody asks it. A page has no date, so that the same program makes the same bytes.
   const QString lint = "! command -v mandoc >/dev/null || mandoc -T lint -W warning '" + folder.path() +

@@ -15,16 +15,9 @@ namespace {
 class CommandsTest : public SiteTest {};
 
 TEST_F(CommandsTest, EachPrintsWhatTheUserMaySee) {
-  const std::pair<QStringList, std::vector<const char*>> cases[] = {
-      {{"tree"},
-       {"Public views\n├── ", "/  (group 12)", "Night shift, doors  (view 133)",
-        "夜間巡回  (view 137, shared with you)", "To be filled  (view 130)"}},
-      {{"users"}, {"\n2       yes      1    maria\n"}},
-      {{"call", "GetPlanConfig"}, {R"({"LoadAll":true,)"}},
-  };
-  for (const auto& [command, parts] : cases) {
-    const Outcome outcome = Maria(command);
-    for (const char* part : parts) ExpectSaid(outcome, 0, part);
+  for (const Row& row : RowsOf(TABLES "Commands.txt", TheSite())) {
+    const Outcome outcome = Maria(Words(row.command));
+    ExpectRow(outcome, row);
     EXPECT_FALSE(Has(outcome.out, "フェリー乗り場")) << "kenji's own view";
     EXPECT_EQ(outcome.err, "") << "nothing is edited";
   }
@@ -100,22 +93,13 @@ TEST_F(CommandsTest, WhatIsNoUtf8IsShownAsReplacedAndKeepsNothingElseFromBeingSh
                        R"( view"},{"ID":2,"ViewGroupID":-1,"UserID":-1,"Name":"Sound"})",
                    3);
   const QStringList login = {"--server", QString::fromStdString(site.Url())};
-  const std::string replaced = "\xEF\xBF\xBDpoilt";
   // A request that the library reads is passed on as it is, and no fault is found with it.
   const std::string request = "{\"ID\":\"1\",\"Other\":\"\xff\"}";
-  const std::pair<QStringList, std::vector<std::string>> commands[] = {
-      {{"tree"}, {replaced + "/  (group 1)", replaced + " view  (view 1)", "Sound  (view 2)"}},
-      {{"tree", "--json"}, {R"({"ID":"1","Name":")" + replaced + '"', R"("Name":"Sound")"}},
-      {{"show", "1"}, {'"' + replaced + " view\"  (view 1)"}},
-      {{"show", "1", "--json"}, {R"("Name":")" + replaced + " view\""}},
-      {{"call", "--raw", "GetPlanDetail", "-"}, {R"("Name":")" + replaced + " view\""}},
-      {{"export", "-o", "-"}, {'"' + replaced + " view\"", '"' + replaced + '"', "\"Sound\""}},
-  };
-  for (const auto& [command, parts] : commands) {
-    const Outcome outcome = test::Run(login + command, "any", request);
-    for (const std::string& part : parts) ExpectSaid(outcome, 0, part);
+  for (const Row& row : RowsOf(TABLES "Commands.txt", TheSite())) {
+    const Outcome outcome = test::Run(login + Words(row.command), "any", request);
+    ExpectRow(outcome, row);
     EXPECT_TRUE(host::IsUtf8(outcome.out)) << outcome;
-    EXPECT_EQ(outcome.err, command[0] == "export"
+    EXPECT_EQ(outcome.err, row.command.startsWith("export")
                                ? "Exported 2 views\nWarning: bytes that are no UTF-8 were exported as "
                                  "U+FFFD in view 1, group 1\n"
                                : "")

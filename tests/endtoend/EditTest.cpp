@@ -58,23 +58,11 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLinesAndIsKeptWhenRefused
   ExpectSaid(mended, 0, "name: \"Platform 1 edge, magnified\" -> \"Flatform 1 edge, magnified\"");
 
   const std::string once = "grep -q '^// ^ ' $1 || ";  // and left as it comes back
-  const std::tuple<std::string, int, const char*> mistakes[] = {
-      {once + "sed -i '$d' $1", 2, "this is no JSON, at column "},
-      {once + "sed -i 's/\"AutoCycle\".*/\"AutoCycle\": true,/' $1", 2, "line 3: it takes a whole number of 32 bits"},
-      {once + "sed -i /RoundTime/d $1", 2, "line 1: \"RoundTime\" is missing"},
-      {once + "sed -i 's/\"AutoCycle\".*/\"AutoCycle\": 1e99999999999,/' $1", 2, "this is no JSON, at "},
-      {once + "sed -i s/Sequence/Sequense/ $1", 2, "there is no key \"Sequense\"; did you mean \"Sequence\"?"},
-      // Each time another mistake: it would come back for ever.
-      {"sed -i s/RoundTime/RoundTimee/ $1", 2, "line 4: there is no key \"RoundTimeee\""},
-      {"sed -i 's/\"2031\"/\"7777\"/' $1", 1, "The server has no camera 7777, so nothing was changed"},
-      {"sed -i 's/\"Name\": \"Flatform 1 edge, magnified\"/\"Name\": \"Platform 2\"/' $1", 1,
-       "There is a view of the name Platform 2 in the folder; choose another name"},
-  };
   const std::string saved = Maria({"show", "110", "--json"}).out;
-  for (const auto& [script, status, part] : mistakes) {
-    const Outcome outcome = Edit(script);
-    ExpectSaid(outcome, status, part);
-    EXPECT_TRUE(Has(TakeKept(outcome.err), status == 2 ? "// ^ " : "\"PlanPages\"")) << script << outcome;
+  for (Row& row : RowsOf(TABLES "Edit.txt", m_site)) {
+    const Outcome outcome = Edit(row.command.replace("$ONCE ", once.c_str()).toStdString());
+    ExpectRow(outcome, row);
+    EXPECT_TRUE(Has(TakeKept(outcome.err), row.status == 2 ? "// ^ " : "\"PlanPages\"")) << row.command.toStdString();
   }
   // One in the last line is noted once, and not again behind the text.
   const std::string line = R"({"Name":"x","AutoCycle":0,"PlanPages":[]})";

@@ -20,19 +20,9 @@ class FindReplaceTest : public OwnSiteTest {
 };
 
 TEST_F(FindReplaceTest, EveryRoleOfAResourceIsFound) {
-  const std::pair<QStringList, std::vector<std::string>> cases[] = {
-      {{"find", "2031", "--kind", "camera"},
-       {"110 1 0 shown camera 2031 Platform 1, edge 1 public/Station/Platforms/Platforms 1–2/Platform 1 edge, "
-        "magnified",
-        "110 1 1 zoom link camera 2031 Platform 1, edge 1", "107 1 0 cycle camera 2031 Platform 1, edge 1"}},
-      {{"find", "platform 1, edge ?"}, {"110 1 0 shown camera 2031 Platform 1, edge 1"}},
-      {{"find", "*edge 1", "--kind", "camera"}, {"107 1 0 cycle camera 2031 Platform 1, edge 1"}},
-      {{"find", "きっぷうりば", "--kind", "area"}, {"128 1 0 cycle area"}},
-      {{"find", "2604"}, {"105 1 11 shown type 2004 2604 Fire panel public/Station/Doors and lifts"}},
-  };
-  for (const auto& [command, expected] : cases) {
-    const Outcome outcome = Maria(command);
-    EXPECT_EQ(outcome.status, 0) << outcome;
+  for (const auto& [status, command, expected] : RowsOf(TABLES "FindReplace.txt", m_site)) {
+    const Outcome outcome = Maria(Words(command));
+    EXPECT_EQ(outcome.status, status) << outcome;
     EXPECT_EQ(outcome.err, "");
     for (const std::string& start : expected) {
       EXPECT_TRUE(std::ranges::any_of(Rows(outcome.out), [&](const auto& row) { return row.starts_with(start); }))
@@ -65,12 +55,11 @@ TEST_F(FindReplaceTest, WhatTheServerHasIsListedByKindAndName) {
   EXPECT_EQ(all[179], "map 2501 Hub overview");
   EXPECT_EQ(all.back(), "area 3012 🚲 Bike park");
   EXPECT_EQ(Rows(Maria({"resources", "-o", "wide"}).out)[0], "KIND ID SITE NAME");
-  const std::pair<QStringList, std::vector<std::string>> cases[] = {
-      {{"resources", "--name", "drivers*"}, {"KIND ID NAME", "door 2208 Drivers' room"}},
-      {{"resources", "--kind", "area", "--name", "Platform 1"}, {"KIND ID NAME", "area 3003 Platform 1"}},
-      {{"resources", "--kind", "camera", "--name", "drivers*"}, {}},
-  };
-  for (const auto& [command, rows] : cases) EXPECT_EQ(Rows(Maria(command).out), rows);
+  for (const auto& [status, command, rows] : RowsOf(TABLES "FindReplace.txt", m_site)) {
+    const Outcome outcome = Maria(Words(command));
+    EXPECT_EQ(outcome.status, status) << outcome;
+    EXPECT_EQ(Rows(outcome.out), rows);
+  }
   EXPECT_EQ(Maria({"resources", "--kind", "web-page", "--name", "x"}).err,
             "The server has no web-page \"x\"; * stands for any part of a name\n");
   // One that no view shows is found by its name.
@@ -151,24 +140,15 @@ TEST_F(FindReplaceTest, RelationsAndDoorsAreReplacedAndOthersViewsLeft) {
 
 TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {
   const std::string before = Export();
-  const QString undo = File("undo.json");
-  const QString later = File("later.json", R"({"Format":"viewctl-undo","Version":2})");
-  const QString elsewhere = File("elsewhere.json", R"({"Format":"viewctl-undo","Version":1,"Server":"http://x"})");
-  const QString noId = File("no-id.json", R"({"Format":"viewctl-undo","Version":1,"Views":[)"
-                                          R"({"ID":"110","Before":[],"After":[]},{"ID":"x"}]})");
-  const std::tuple<QStringList, int, const char*> cases[] = {
-      {{"replace", "2031", "7777", "--undo", undo}, 1, "The server has no camera 7777, so nothing was changed"},
-      {{"replace", "2031", "*edge*"}, 2, "The camera \"*edge*\" may be any of 2031, 2032"},
-      {{"replace", "Platform 1, edge*", "2001"}, 2, "may be any of "},
-      {{"replace", "2031", "2032", "--in", "110"}, 1, "110 is a view"},
-      {{"undo", later}, 2, "is of version 2, and this viewctl knows version 1"},
-      {{"undo", elsewhere}, 2, "is of edits at http://x"},
-      {{"undo", noId}, 2, "viewctl: Views[2]: \"ID\" is no id\n"},
-      {{"undo", File("none.json")}, 2, "cannot be read"},
-  };
-  for (const auto& [command, status, part] : cases) ExpectMessage(Maria(command), status, part);
+  File("later.json", R"({"Format":"viewctl-undo","Version":2})");
+  File("elsewhere.json", R"({"Format":"viewctl-undo","Version":1,"Server":"http://x"})");
+  File("no-id.json",
+       R"({"Format":"viewctl-undo","Version":1,"Views":[{"ID":"110","Before":[],"After":[]},{"ID":"x"}]})");
+  for (const auto& [status, command, parts] : RowsOf(TABLES "FindReplace.txt", m_site)) {
+    ExpectMessage(Maria(Words(command)), status, parts.at(0));
+  }
   EXPECT_EQ(Export(), before);
-  EXPECT_FALSE(QFile::exists(undo));
+  EXPECT_FALSE(QFile::exists(File("undo.json")));
   EXPECT_EQ(Maria({"replace", "7778", "2032"}).LastLine(), "Changed 0 views, left 0, failed 0");
 }
 

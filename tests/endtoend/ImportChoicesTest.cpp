@@ -103,22 +103,9 @@ TEST_F(ImportChoicesTest, AMapPutsOthersInTheirPlace) {
 
 TEST_F(ImportChoicesTest, AMapWithAMistakeChangesNothing) {
   const QString file = File("e.json", Replaced(Export({"110"}), "\"2031\"", "\"9031\""));
-  const auto map = [](const std::string& entry) {
-    return R"({"Format":"viewctl-map","Version":1,"Resources":[)" + entry + "]}";
-  };
-  const std::tuple<std::string, int, const char*> cases[] = {
-      {"no", 2, "The map is not JSON"},
-      {map(R"({"Kind":"camera","To":"1"})"), 2, "Resources[1]: it has neither \"ID\" nor \"Name\""},
-      {map(R"({"Kind":"camra","ID":"1","To":"1"})"), 2, "Resources[1]: \"camra\" is no kind of resource"},
-      {map(R"({"Kind":"camera","ID":"x","To":"1"})"), 2, "Resources[1]: \"ID\" is no id"},
-      {map(R"({"Kind":"camera","ID":"9031","To":"7777"})"), 1, "becomes camera 7777, which the server does not have"},
-      {map(R"({"Kind":"camera","ID":"9031","To":"Nobody's"})"), 2,
-       "The server has no camera \"Nobody's\"; viewctl resources lists what it has"},
-      {map(R"({"Kind":"camera","Name":"Unknown","To":"2031"})"), 2, "is not among the export's names"},
-  };
   const std::string before = Export({});
-  for (const auto& [content, status, part] : cases) {
-    ExpectMessage(Admin({"import", file, "--map", File("map.json", content)}), status, part);
+  for (const auto& [status, map, parts] : RowsOf(TABLES "ImportChoices.txt", m_site)) {
+    ExpectMessage(Admin({"import", file, "--map", File("map.json", map.toStdString())}), status, parts.at(0));
   }
   EXPECT_EQ(Export({}), before);
 }

@@ -11,39 +11,17 @@ namespace {
 class OutputTest : public OwnSiteTest {};
 
 TEST_F(OutputTest, WhatListsOrReportsDoesSoAsJsonToo) {
-  const QString file = File("export", Maria({"export", "Station", "-o", "-"}).out);
-  const std::pair<const char*, const char*> lists[] = {
-      {"users --json", R"({"ID":2,"Online":true,"PTZ":1,"Name":"maria"})"},
-      {"find 2208 -o json", R"("Role":"related","Kind":"door","ID":"2208",)"},
-      {"tree -o json", R"("Name":"Forecourt")"},
-      {"resources --kind door --json", R"({"Kind":"door","ID":"2208","Name":"Drivers' room","Site":"2"})"},
-  };
-  for (const auto& [command, part] : lists) {
-    const Outcome outcome = Maria(Words(command));
+  File("export", Maria({"export", "Station", "-o", "-"}).out);
+  for (const Row& row : RowsOf(TABLES "Output.txt", m_site, "lists")) {
+    const Outcome outcome = Maria(Words(row.command));
     rapidjson::Document document;
     EXPECT_TRUE(host::ParseJson(outcome.out, document) && document.IsArray()) << outcome;
-    ExpectSaid(outcome, 0, part);
+    ExpectRow(outcome, row);
   }
-  const std::tuple<QString, int, const char*, const char*> reports[] = {
-      {"mkdir Station/A", 0, R"({"Outcome":"made","Kind":"group","ID":"13",)", R"({"Done":1,"Left":0,"Failed":0})"},
-      {"mkdir Station/A", 1, R"("Detail":"is there already"})", R"({"Done":0,"Left":0,"Failed":1})"},
-      {"mv 110 Station/A --dry-run", 0, R"({"Outcome":"would move","Kind":"view","ID":"110",)", R"("Done":1)"},
-      {"cp 110 Station/A", 0, R"({"Outcome":"copied","Kind":"view","ID":"110",)", R"("Done":1)"},
-      {"rm Station/A --yes", 0, R"({"Outcome":"deleted","Kind":"group","ID":"13",)", R"("Done":1)"},
-      {"share 132 kenji keni", 1, R"({"Outcome":"failed","Kind":"user","ID":"","Text":"with keni",)",
-       R"({"Done":1,"Left":0,"Failed":1})"},
-      {"replace 2031 2032 --undo " + file + "-undo", 0, R"("Outcome":"changed","Kind":"view",)", R"("Done":)"},
-      {"undo " + file + "-undo", 0, R"({"Outcome":"restored","Kind":"view",)", R"("Failed":0})"},
-      {"export -o " + file + "-2", 0, "", R"({"Views":36,"LeftOut":3,"ReplacedBytesIn":""})"},
-      {"report -o " + file + ".html", 0, "", R"({"Views":39,"Resources":)"},
-      {"import " + file, 0,
-       R"({"Outcome":"skipped","Kind":"folder","Place":"public / Station","Reason":"is there","Path":"public/Station"})",
-       R"({"MadeFolders":0,"MadeViews":0,"UpdatedViews":0,"SkippedFolders":5,"SkippedViews":18,"Failed":0,)"},
-  };
-  for (const auto& [command, status, part, sum] : reports) {
-    const Outcome outcome = Maria(Words(command + " --json"));
-    ExpectSaid(outcome, status, part);
-    EXPECT_TRUE(Has(outcome.LastLine(), sum)) << outcome;
+  for (const Row& row : RowsOf(TABLES "Output.txt", m_site, "reports, with their last lines")) {
+    const Outcome outcome = Maria(Words(row.command + " --json"));
+    ExpectRow(outcome, row);
+    EXPECT_TRUE(Has(outcome.LastLine(), row.parts.back())) << outcome;
     for (const std::string& line : Lines(outcome.out)) {
       rapidjson::Document document;
       EXPECT_TRUE(host::ParseJson(line, document) && document.IsObject()) << line;
@@ -59,16 +37,10 @@ TEST_F(OutputTest, AsciiDrawsWithSignsThatEveryTerminalHas) {
 }
 
 TEST_F(OutputTest, QuietLeavesOutAllButFailures) {
-  const std::pair<QString, std::string> cases[] = {
-      {"mkdir Station/A", ""},
-      {"export Station -o " + File("all"), ""},
-      {"import " + File("all"), ""},
-      {"mkdir Station/A Station/B",
-       "failed folder public/Station/A: is there already\nMade 1 folder, left 0, failed 1\n"},
-  };
-  for (const auto& [command, said] : cases) {
+  for (const auto& [status, command, said] : RowsOf(TABLES "Output.txt", m_site)) {
     const Outcome outcome = Maria(Words(command + " --quiet"));
-    EXPECT_EQ(outcome.out + outcome.err, said) << outcome.command;
+    EXPECT_EQ(outcome.status, status) << outcome;
+    EXPECT_EQ(outcome.out + outcome.err, said.at(0)) << outcome.command;
   }
 }
 

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <fstream>
 #include <iterator>
@@ -15,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "../Cases.h"
 #include "server/ViewServer.h"
 #include "system/StoppableProcess.h"
 
@@ -184,9 +186,48 @@ inline void ExpectMessage(const Outcome& outcome, int status, const std::string&
   EXPECT_EQ(outcome.out, "") << outcome;
 }
 
-// The arguments of a line; a pair of '"' holds together what has blanks.
+// The arguments of a line; a pair of ' or of " around one holds together what has blanks, or nothing.
 inline QStringList Words(const QString& line) {
-  return QProcess::splitCommand(line);
+  static const QRegularExpression word("'([^']*)'|\"([^\"]*)\"|\\S+");
+  QStringList words;
+  for (auto found = word.globalMatch(line); found.hasNext();) {
+    const QRegularExpressionMatch one = found.next();
+    words += one.captured(one.lastCapturedIndex());
+  }
+  return words;
+}
+
+// A row of a table: what is run, and what comes of it.
+struct Row {
+  int status = 0;
+  QString command;
+  std::vector<std::string> parts;  // of what is said
+};
+// The running test's table, or that of the name: lines "STATUS COMMAND", and below each the parts. $SITE stands for the
+// site's host and port, $FOLDER for where its files are, \n for a new line.
+inline std::vector<Row> RowsOf(const char* file, const Site& site, const std::string& name = {}) {
+  const auto filledIn = [&site](const std::string& text) {
+    QString filled = QString::fromStdString(text).replace("\\n", "\n");
+    return filled.replace("$SITE", site.Address().mid(7)).replace("$FOLDER", site.File({}));
+  };
+  std::vector<Row> rows;
+  for (const auto& [line, parts] : name.empty() ? testing_support::Cases(file) : testing_support::Cases(file, name)) {
+    const QString row = filledIn(line);
+    rows.push_back({row.section(' ', 0, 0).toInt(), row.section(' ', 1), {}});
+    for (const std::string& part : parts) rows.back().parts.push_back(filledIn(part).toStdString());
+  }
+  return rows;
+}
+// Expects that of the row: its status and each part. One behind "= " is all of stdout, which an empty one leaves empty.
+inline void ExpectRow(const Outcome& outcome, const Row& row) {
+  EXPECT_EQ(outcome.status, row.status) << outcome;
+  for (const std::string& part : row.parts) {
+    if (part.empty() || part.starts_with("= ")) {
+      EXPECT_EQ(outcome.out, part.empty() ? part : part.substr(2)) << outcome;
+    } else {
+      ExpectSaid(outcome, row.status, part);
+    }
+  }
 }
 
 // Runs a program to its end, viewctl unless said.
@@ -225,6 +266,10 @@ class OwnSiteTest : public testing::Test {
  protected:
   Outcome Maria(const QStringList& command) const { return RunAs(m_site, "maria", command); }
   Outcome Admin(const QStringList& command) const { return RunAs(m_site, "admin", command); }
+  // Goes through the running test's table as maria.
+  void ExpectTable(const char* file) const {
+    for (const Row& row : RowsOf(file, m_site)) ExpectRow(Maria(Words(row.command)), row);
+  }
   QString File(const char* name) const { return m_site.File(name); }
   // The same, with that in it.
   QString File(const char* name, const std::string& content) const {

@@ -41,18 +41,8 @@ TEST(WatchTest, TellsInWordsWhatAndWhere) {
   const Site site;
   Running watch(site.As("kenji") + QStringList{"watch", "--all", "--text"}, "sample-kenji");
   ASSERT_EQ(watch.NextErrorLine(), "Watching; Ctrl-C ends it");
-  const std::pair<QStringList, std::vector<std::string>> edits[] = {
-      {{"mkdir", "Station/New"}, {"group 13 public/Station/New: came"}},
-      {{"mv", "Station/New", "Station/Newer"}, {"group 13 public/Station/Newer: renamed, \"New\" -> \"Newer\""}},
-      {{"default", "102"}, {}},
-      {{"mv", "102", "Station/Square"}, {"view 102 public/Station/Square: renamed, \"Forecourt\" -> \"Square\""}},
-      {{"mv", "102", "Bus terminal"}, {"view 102 public/Bus terminal/Square: changed"}},
-      {{"mv", "102", "Station"}, {"view 102 public/Station/Square: changed"}},
-      {{"rm", "Station/Newer", "--yes"}, {"group 13 public/Station/Newer: went"}},
-      {{"replace", "2031", "2032", "--in", "group:2"}, {"view 107 public/Station/Platforms/All platforms: changed"}},
-  };
-  for (const auto& [command, lines] : edits) {
-    ASSERT_EQ(RunAs(site, "maria", command).status, 0);
+  for (const auto& [status, command, lines] : RowsOf(TABLES "Watch.txt", site)) {
+    ASSERT_EQ(RunAs(site, "maria", Words(command)).status, status);
     for (const std::string& expected : lines) {
       const std::string line = watch.NextLine();
       EXPECT_EQ(line.substr(0, line.find('T')).size(), 10u) << line;
