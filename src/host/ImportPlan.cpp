@@ -21,10 +21,13 @@ Place PlaceIn(const std::optional<Place>& into, const Place& place) {
   return moved;
 }
 
-Existing ExistingIn(const ViewTree& tree) {
+Existing ExistingIn(const ViewTree& tree, std::optional<size_t> part) {
   Existing existing;
+  std::vector<bool> counts(tree.folders.size(), !part);
   for (size_t i = 0; i < tree.folders.size(); ++i) {
     const TreeFolder& folder = tree.folders[i];
+    if (i == part || counts[folder.parent]) counts[i] = true;
+    if (!counts[i]) continue;
     const Place place{folder.kind, tree.PathOf(i)};
     if (folder.parent != i) existing.folders.emplace(place, folder.id);
     for (const TreeView& view : folder.views) {

@@ -19,7 +19,8 @@ struct Existing {
   std::map<std::pair<Place, std::string>, std::vector<std::string>> views;
 };
 
-Existing ExistingIn(const ViewTree& tree);
+// In the tree, or only in one of its folders, itself included: another one may have its path.
+Existing ExistingIn(const ViewTree& tree, std::optional<size_t> part = {});
 
 struct ImportStep {
   enum Action { kMakeFolder, kMakeView, kKeepFolder, kKeepView } action;

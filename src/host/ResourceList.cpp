@@ -5,6 +5,7 @@
 #include "ErrorText/ErrorText.h"
 #include "ResourceStore/Element.h"
 #include "host/Failure.h"
+#include "host/Ids.h"
 #include "host/JsonText.h"
 
 namespace host {
@@ -35,7 +36,7 @@ void ForEach(const std::string& list, const char* outer, const char* inner, cons
 
 ListedResource Listed(ResourceType type, const rapidjson::Value& entry) {
   const int site = NumberOf(entry, "SiteID", -1);
-  const std::string id = std::to_string(NumberOf(entry, "ID", -1));
+  const std::string id = UnsignedId(std::to_string(NumberOf(entry, "ID", -1)));
   return {{type, id}, TextOf(entry, "Name"), site == -1 ? "" : std::to_string(site)};
 }
 

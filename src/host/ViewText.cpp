@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "drawing/Kinds.h"
+#include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/Terminal.h"
 
@@ -130,7 +131,7 @@ Lines DescribeExtras(const Value& window) {
   DescribeMarks(window, extras);
   if (const int id = NumberOf(window, "RelateResourceID", -1); id != -1) {
     const int type = NumberOf(window, "RelateResourceType", -1);
-    extras.push_back("related " + drawing::WordOfRelated(type).toStdString() + " " + std::to_string(id) +
+    extras.push_back("related " + drawing::WordOfRelated(type).toStdString() + " " + UnsignedId(std::to_string(id)) +
                      Named(TextOf(window, "RelateResourceName")));
   }
   return extras;
@@ -157,7 +158,8 @@ std::string DescribeResource(const Value& window) {
   const int type = NumberOf(window, "ResourceType");
   if (type == 0) return "empty";
   std::string text = NameOfType(type) + Named(TextOf(window, "ResourceName"));
-  if (const std::string id = TextOf(window, "ResourceID"); id != "-1" && id != "0") text += ", id " + Printable(id);
+  if (const std::string id = UnsignedId(TextOf(window, "ResourceID")); IsOfSomething(id))
+    text += ", id " + Printable(id);
   // Every window has a stream, but only a camera has a use for it.
   if (const int stream = NumberOf(window, "StreamType"); drawing::KindOf(type) == WindowKind::kCamera && stream > 0) {
     text += ", stream " + std::to_string(stream);

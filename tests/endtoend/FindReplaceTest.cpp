@@ -132,6 +132,18 @@ TEST_F(FindReplaceTest, RelationsAndDoorsAreReplacedAndOthersViewsLeft) {
   ExpectSaid(Maria({"replace", camera, camera == "2001" ? "2002" : "2001"}), 0, "left view 137 ");
   EXPECT_EQ(Maria({"show", "137", "--json"}).out, kenjis);
 
+  // Ids that windows have as negative numbers.
+  const QStringList added = {
+      "call", "AddPlan",
+      R"({"Name":"maps","Type":1,"PlanPages":[{"PlanItems":[{"Sequence":1,)"
+      R"("ResourceType":7001,"ResourceID":"-294967296","RelateResourceType":1,"RelateResourceID":-294967296}]}]})"};
+  ASSERT_EQ(Maria(added).status, 0);
+  ExpectSaid(Maria({"replace", "--kind", "map", "4000000000", "4000000001", "--undo", File("maps.json")}), 0,
+             ": 2 places\n");
+  EXPECT_EQ(Rows(Maria({"find", "4000000001"}).out).size(), 3u) << "what the window shows and its relation";
+  ExpectSaid(Maria({"show", "private/maps"}), 0, "id 4000000001\n");
+  ExpectSaid(Maria({"undo", File("maps.json")}), 0, "restored view");
+
   const char* turned = R"({"Name":"turned","Type":0,"PlanPages":[{"PlanItems":[{"Sequence":1,"ResourceType":1001,
       "ResourceID":"2031","SiteID":"1","PresetId":0,"CruiseIndex":2,"TrackIndex":0}]}]})";
   EXPECT_EQ(Maria({"call", "AddPlan", QString(turned).remove('\n')}).status, 0);

@@ -74,8 +74,8 @@ class Importing {
 
   void FindInto() {
     if (m_wanted.into.empty()) return;
-    m_named = Names(m_tree).Folder(m_wanted.into);
-    m_into = Place{m_tree.folders[m_named.folder].kind, m_tree.PathOf(m_named.folder)};
+    m_intoFolder = Names(m_tree).Folder(m_wanted.into).folder;
+    m_into = Place{m_tree.folders[*m_intoFolder].kind, m_tree.PathOf(*m_intoFolder)};
   }
 
   void ApplyMap() {
@@ -113,9 +113,7 @@ class Importing {
   }
 
   int CarryOut(const std::vector<UnknownUse>& unknown, std::optional<SavedFile>& retry) {
-    Existing existing = ExistingIn(m_tree);
-    // Of several folders at one place the one that was named is meant.
-    if (m_into) existing.folders[*m_into] = m_named.id;
+    Existing existing = ExistingIn(m_tree, m_intoFolder);
     const auto steps = PlanImport(m_file, existing, m_into);
     ImportChoices choices{m_wanted.dryRun, m_wanted.json, m_wanted.update, {}};
     if (m_wanted.skipUnknown) {
@@ -141,8 +139,8 @@ class Importing {
   const ImportOptions& m_wanted;
   PortableFile m_file;
   const ViewTree m_tree;
-  Thing m_named;
-  std::optional<Place> m_into;
+  std::optional<size_t> m_intoFolder;
+  std::optional<Place> m_into;  // that folder's
 };
 
 int RunImport(const GlobalOptions& options, const ImportOptions& wanted) {

@@ -92,7 +92,11 @@ std::vector<ViewUses> FindUses(const Plugin& plugin, const ViewTree& tree, const
 }
 
 Resource RequireUsed(const Plugin& plugin, const ViewTree& tree, const Wanted& wanted) {
-  if (wanted.IsById()) return {*wanted.type, wanted.text};
+  if (wanted.IsById()) {
+    if (!IsOfSomething(wanted.text))
+      throw Failure(kUsage, "No " + KindWord(*wanted.type) + " has the id " + wanted.text + ", which stands for none");
+    return {*wanted.type, wanted.text};
+  }
   const std::set<Resource> used = ResourcesOf(FindUses(plugin, tree, wanted));
   if (!used.empty()) return RequireOne(used, wanted);
   throw Failure(kUsage, "No view uses a " + TextOf(wanted) + "; viewctl find \"*\" lists what is used");

@@ -6,6 +6,7 @@
 
 #include <set>
 
+#include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/PortableFile.h"
 #include "json/Numbers.h"
@@ -16,21 +17,21 @@ namespace {
 using rapidjson::Value;
 
 Resource ShownBy(const Value& window) {
-  return {NumberOf(window, "ResourceType"), TextOf(window, "ResourceID")};
-}
-
-bool IsResource(const Resource& resource) {
-  return resource.type != 0 && resource.id != "-1" && resource.id != "0" && !resource.id.empty();
+  return {NumberOf(window, "ResourceType"), UnsignedId(TextOf(window, "ResourceID"))};
 }
 
 Resource RelatedTo(const Value& window) {
-  const int id = NumberOf(window, "RelateResourceID", -1);
-  return {TypeOfRelated(NumberOf(window, "RelateResourceType", -1)), id < 0 ? "" : std::to_string(id)};
+  return {TypeOfRelated(NumberOf(window, "RelateResourceType", -1)),
+          UnsignedId(std::to_string(NumberOf(window, "RelateResourceID", -1)))};
 }
 
 ResourceType CycledType(const Value& cycle) {
   const int type = NumberOf(cycle, "cycle_type");
   return type == 0 ? kCameraType : type == 1 ? kAreaType : 0;
+}
+
+Resource CycledBy(ResourceType type, const Value& entry) {
+  return {type, UnsignedId(TextOf(entry, "ResourceID"))};
 }
 
 // The window whose zoom window this one shows; its own where it shows none.
@@ -67,13 +68,13 @@ class Collector {
     std::set<Resource> cycled;
     const Value& cycle = ObjectOf(window, "CycleInfo");
     for (const Value& entry : ListOf(cycle, "CycleResourceID").GetArray()) {
-      const Resource resource{CycledType(cycle), TextOf(entry, "ResourceID")};
+      const Resource resource = CycledBy(CycledType(cycle), entry);
       if (cycled.insert(resource).second) Add(Role::kCycle, resource);
     }
   }
 
   void Add(Role role, const Resource& resource) {
-    if (IsResource(resource)) m_uses.push_back({m_page, m_window, role, resource});
+    if (resource.type != 0 && IsOfSomething(resource.id)) m_uses.push_back({m_page, m_window, role, resource});
   }
 
   int m_page = 0;
@@ -96,12 +97,14 @@ class Replacement {
 
  private:
   void ChangeWindow(Value& window) {
-    ChangeIds(window, ShownBy(window));
+    if (const Substitute* other = SubstituteFor(ShownBy(window)))
+      ChangeIds(window, *other, SignedId(other->resource.id));
     ChangeRelation(window);
     if (!window.HasMember("CycleInfo")) return;
     const ResourceType type = CycledType(window["CycleInfo"]);
     for (Value& entry : window["CycleInfo"]["CycleResourceID"].GetArray()) {
-      ChangeIds(entry, {type, TextOf(entry, "ResourceID")});
+      const Substitute* other = SubstituteFor(CycledBy(type, entry));
+      if (other) ChangeIds(entry, *other, other->resource.id);
     }
   }
 
@@ -113,17 +116,15 @@ class Replacement {
     return &found->second;
   }
 
-  void ChangeIds(Value& object, const Resource& resource) {
-    const Substitute* other = SubstituteFor(resource);
-    if (!other) return;
-    Set(object, "ResourceID", other->resource.id);
-    if (!other->site.empty()) Set(object, "SiteID", other->site);
+  void ChangeIds(Value& object, const Substitute& other, const std::string& id) {
+    Set(object, "ResourceID", id);
+    if (!other.site.empty()) Set(object, "SiteID", other.site);
   }
 
   void ChangeRelation(Value& window) {
     const Substitute* other = SubstituteFor(RelatedTo(window));
     if (!other) return;
-    window["RelateResourceID"].SetInt(json::WholeNumber<int32_t>(other->resource.id).value_or(-1));
+    window["RelateResourceID"].SetInt(json::WholeNumber<int32_t>(SignedId(other->resource.id)).value_or(-1));
     Set(window, "RelateResourceName", other->name);
   }
 
