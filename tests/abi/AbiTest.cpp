@@ -4,10 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -22,18 +20,11 @@
 #include "ResourceStore/OrlUserManager.h"
 #include "ResourceStore/ViewGroupManager.h"
 #include "VantBase/Log.h"
+#include "system/Program.h"
 
 namespace {
 
 using Lines = std::set<std::string>;
-
-std::string OutputOf(const std::string& command) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
-  std::string text;
-  char piece[4096];
-  while (output && std::fgets(piece, sizeof piece, output.get())) text += piece;
-  return text;
-}
 
 // Not of the details, which the platform's libraries share among themselves, but for the log that the plugin calls.
 bool IsPromised(const std::string& name) {
@@ -51,7 +42,7 @@ void AddSymbols(const std::string& file, Lines& lines) {
   static const std::regex kSymbol("^[0-9a-f]+ ([0-9a-f]+ )?([A-Za-z]) (.+)$");
   const size_t from = file.rfind('/') + 4;  // after "lib"
   const std::string library = file.substr(from, file.find('.', from) - from);
-  std::istringstream symbols(OutputOf(NM_PROGRAM " -D -C -S --defined-only '" + file + "'"));
+  std::istringstream symbols(test_programs::Program({NM_PROGRAM, "-D", "-C", "-S", "--defined-only", file}).All());
   std::smatch part;
   for (std::string symbol; std::getline(symbols, symbol);) {
     if (!std::regex_match(symbol, part, kSymbol) || !IsPromised(part[3])) continue;
@@ -138,8 +129,7 @@ std::string Missing(const Lines& wanted, const Lines& there) {
 }
 
 Lines NotWeak(Lines lines) {
-  for (auto line = lines.begin(); line != lines.end();)
-    line = line->rfind("weak ", 0) == 0 ? lines.erase(line) : std::next(line);
+  std::erase_if(lines, [](const std::string& line) { return line.starts_with("weak "); });
   return lines;
 }
 

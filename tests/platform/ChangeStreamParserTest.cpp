@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
+
+#include "../Cases.h"
 
 namespace {
 
@@ -29,22 +32,13 @@ std::string ParseWhole(std::string_view stream, size_t limit = ChangeStreamParse
 }
 
 TEST(ChangeStreamParserTest, YieldsTheEventsOfAStream) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"id: 5\nevent: Views\ndata: {}\n\n", "5|Views|{}\n"},
-      {"id:5\r\nevent:Views\r\ndata:{}\r\n\r\n", "5|Views|{}\n"},
-      {"id: 5\revent: Views\rdata: {}\r\r", "5|Views|{}\n"},
-      {"\xEF\xBB\xBFid: 1\ndata: a\n\n", "1|message|a\n"},
-      {": comment\n\n: other\nid: 1\n:\ndata: a\n\n", "1|message|a\n"},
-      {"data: a\ndata:b\ndata:  c\n\n", "-|message|a\nb\n c\n"},
-      {"data\ndata\n\n", "-|message|\n\n"},
-      {"id: 7\nevent: X\n\nid: 8\ndata: a\n\n", "8|message|a\n"},                          // no data, no event
-      {"id: 7\n\n: comment\n\nid: 8\ndata: a\n\nid: 9\n\n\n", "7||\n8|message|a\n9||\n"},  // but an id alone
-      {"id: 1\nid: 2\nevent: A\nevent: B\ndata: x\n\n", "2|B|x\n"},
-      {"<html>\nid 3\n\nretry: 5\nwhatever: x\nid: 4\ndata: {\n\ndata: a:b\n\n", "4|message|{\n-|message|a:b\n"},
-      {"id: 1\ndata: cut off\n", ""},
-      {"\n\n\r\n\r\r", ""},
-  };
-  for (const auto& [stream, events] : cases) EXPECT_EQ(ParseWhole(stream), events) << stream;
+  for (const auto& [written, expected] : testing_support::Cases(STREAM_TEXTS)) {
+    std::string stream = written, events;
+    std::ranges::replace(stream, '~', '\n');
+    std::ranges::replace(stream, '^', '\r');
+    for (const std::string& line : expected) events += line + "\n";
+    EXPECT_EQ(ParseWhole(stream), events) << stream;
+  }
 }
 
 TEST(ChangeStreamParserTest, AnOversizeEventCostsItsDataAndNothingElse) {

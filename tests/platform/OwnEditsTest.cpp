@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Edits of the user's own at a site that says numbers: which of them the platform calls back, and how often.
 #include <algorithm>
+#include <iterator>
 #include <set>
+#include <sstream>
 
+#include "../Cases.h"
 #include "../Gate.h"
 #include "BizShared/details/Canceller.h"
 #include "DownloadFixture.h"
@@ -152,15 +155,12 @@ using Texts = std::vector<std::string>;
 // Whatever is told is noted as its kind and its ids with their numbers and methods.
 class RelayTest : public testing::Test {
  protected:
-  using Step = std::function<void(RelayTest&)>;
-  struct Row {
-    const char* what;
-    std::vector<Step> steps;
-    Texts told;
-  };
-
   void Start() {
     relay = std::make_unique<ChangeRelay>();
+    groups = kGroup;
+    views = View(5, "v", 4);
+    areNumbered = true;
+    told.clear();
     for (const ListKind kind : {ListKind::Groups, ListKind::Views}) {
       relay->Slot(kind).Set([this, kind](const std::string& text) {
         const bool ofViews = kind == ListKind::Views;
@@ -176,175 +176,103 @@ class RelayTest : public testing::Test {
       });
     }
   }
-  void Expect(std::initializer_list<Row> rows) {
-    for (const Row& row : rows) {
+  // The rows of the running test, each with a relay of its own.
+  void ExpectRows() {
+    for (const auto& [row, expected] : Cases(RELAY_STEPS)) {
       Start();
-      for (const Step& step : row.steps) step(*this);
-      EXPECT_EQ(std::exchange(told, {}), row.told) << row.what;
+      std::istringstream steps(row.substr(row.find(':') + 1));
+      for (std::string step; std::getline(steps, step, ',');) Do(step);
+      EXPECT_EQ(told, expected) << row;
     }
   }
 
-  // Both lists, each up to its number.
-  struct Lists {
-    int groupsNumber, viewsNumber;
-    std::string groups = kGroup, views = View(5, "v", 4);
-    bool areNumbered = true;
-
-    ResourceStore::details::DownloadedList List(const char* kind, const std::string& elements, int number) const {
-      return {ListOf(kind, elements, areNumbered ? number : 0), static_cast<uint64_t>(number), areNumbered};
+  // A step of a row.
+  void Do(const std::string& step) {
+    std::istringstream stream(step);
+    const Texts words{std::istream_iterator<std::string>(stream), {}};
+    if (const size_t times = step.find(" times "); times != std::string::npos) {
+      for (int i = std::stoi(words.at(0)); i > 0; --i) Do(step.substr(times + 7));
+      return;
     }
-    ResourceStore::details::DownloadedList Groups() const { return List("ViewGroup", groups, groupsNumber); }
-    ResourceStore::details::DownloadedList Views() const { return List("View", views, viewsNumber); }
-  };
-  static Step Load(const Lists& lists) {
-    return [=](RelayTest& t) { t.relay->Downloaded(lists.Groups(), lists.Views()); };
-  }
-  static Step Again(const Lists& lists) {
-    return [=](RelayTest& t) { t.relay->DownloadedAgain(lists.Groups(), lists.Views()); };
-  }
-  static Step Clear() {
-    return [](RelayTest& t) { t.relay->Clear(); };
-  }
-  static Step HandOut(ListKind kind) {
-    return [=](RelayTest& t) { t.relay->Text(kind); };
-  }
-  static Step Hear(int number, const char* type = "OwnViews", int id = 5, const char* method = "1") {
-    return [=](RelayTest& t) { t.relay->TakeEvent(number, type, Views(View(id, "v", number, method))); };
-  }
-  static Step HearUnnumbered(int number) {
-    return [=](RelayTest& t) { t.relay->TakeEvent(number, "OwnViews", Views(View(5, "v", 0, "1"))); };
-  }
-  // Edits by their tickets, which count from 1. Number 0: the answer is lost; -1: it says none. What is added has the
-  // ID 6.
-  static Step Send() {
-    return [](RelayTest& t) { t.relay->OnEditBegins(); };
-  }
-  static Step End(uint64_t ticket, int number, const std::string& name = "V0/Views/5", int error = 0) {
-    return [=](RelayTest& t) {
-      NetLink::CClientSendInfo send;
-      send.SetVal_URL(kPlatformRoot + name);
-      const std::string data = R"({"View":{"ID":6},"ChangeNumber":")" + std::to_string(number) + "\"}";
-      const std::string answer = Envelope(data, error);
-      t.relay->OnEditEnds(ticket, send, number == 0 ? "" : answer);
-      t.relay->TellDue();
+    const auto word = [&](size_t at, const std::string& otherwise) {
+      return at < words.size() ? words[at] : otherwise;
     };
+    // 0 where the word is none, of which the step makes something else.
+    const auto number = [&](size_t at, int otherwise) {
+      return at < words.size() ? std::atoi(words[at].c_str()) : otherwise;
+    };
+    const int first = number(1, 0), second = number(2, first);
+    const std::map<std::string, std::function<void()>> steps = {
+        {"groups", [&] { groups = Elements(words); }},
+        {"views", [&] { views = Elements(words); }},
+        {"unnumbered", [&] { areNumbered = false; }},
+        {"load", [&] { relay->Downloaded(List("ViewGroup", groups, first), List("View", views, second)); }},
+        {"again", [&] { relay->DownloadedAgain(List("ViewGroup", groups, first), List("View", views, second)); }},
+        {"clear", [&] { relay->Clear(); }},
+        {"text", [&] { relay->Text(word(1, "") == "groups" ? ListKind::Groups : ListKind::Views); }},
+        {"hear",
+         [&] {
+           const std::string view = View(number(3, 5), "v", number(5, first), word(4, "1"));
+           relay->TakeEvent(static_cast<uint64_t>(first), word(2, "OwnViews"), Views(view));
+         }},
+        {"send", [&] { relay->OnEditBegins(); }},
+        {"end", [&] { End(static_cast<uint64_t>(first), second, word(3, "V0/Views/5"), number(4, 0)); }},
+        {"edits",
+         [&] {
+           for (int i = 0; i < first; ++i) End(relay->OnEditBegins(), second + i, "V0/Views/5", 0);
+         }},
+    };
+    steps.at(words.at(0))();
   }
 
-  // So many edits, each sent and answered with the next number from there on.
-  static Step Edits(int count, int number) {
-    return [=](RelayTest& t) {
-      for (int i = 0; i < count; ++i) End(t.relay->OnEditBegins(), number + i)(t);
-    };
+  // Of elements as rows have them: "v5#4" is named v, has the ID 5, and was last changed by number 4.
+  static std::string Elements(const Texts& words) {
+    std::string elements;
+    for (size_t at = 1; at < words.size(); ++at) {
+      const std::string& word = words[at];
+      elements += (at > 1 ? "," : "") +
+                  View(std::stoi(word.substr(1)), word.substr(0, 1), std::stoi(word.substr(word.find('#') + 1)));
+    }
+    return elements;
   }
-  // So many downloads, each up to the next number from there on, or all up to that one.
-  static Step AgainAndAgain(int count, int number, int step = 1) {
-    return [=](RelayTest& t) {
-      for (int i = 0; i < count; ++i) Again({number + i * step, number + i * step})(t);
-    };
+  ResourceStore::details::DownloadedList List(const char* kind, const std::string& elements, int number) const {
+    return {ListOf(kind, elements, areNumbered ? number : 0), static_cast<uint64_t>(number), areNumbered};
+  }
+  // What is added has the ID 6.
+  void End(uint64_t ticket, int number, const std::string& name, int error) {
+    NetLink::CClientSendInfo send;
+    send.SetVal_URL(kPlatformRoot + name);
+    const std::string data = R"({"View":{"ID":6},"ChangeNumber":")" + std::to_string(number) + "\"}";
+    relay->OnEditEnds(ticket, send, number == 0 ? "" : Envelope(data, error));
+    relay->TellDue();
   }
 
   std::unique_ptr<ChangeRelay> relay;
+  std::string groups, views;  // that the lists to come hold
+  bool areNumbered = true;    // whether they say their numbers
   Texts told;
 };
 
 TEST_F(RelayTest, TellsEachOwnEditOnceOrNotAtAll) {
-  const Step load = Load({50, 50}), again = Again({60, 60}), send = Send();
-  const std::string group = "V0/ViewGroups/1";
-  const Step handOutGroups = HandOut(ListKind::Groups), handOutViews = HandOut(ListKind::Views);
-  Expect({
-      {"answered during the download that just holds it", {send, End(1, 50), load, again}, {}},
-      {"answered during the download before it", {send, End(1, 55), load, Hear(55), again}, {}},
-      {"answered, and heard of", {load, send, End(1, 51), Hear(51), again}, {}},
-      {"answered, and heard of as a colleague's", {load, send, End(1, 51), Hear(51, "Views")}, {"V 5#51/1"}},
-      {"a colleague's that the list holds", {load, Hear(50, "Views"), Hear(51, "Views")}, {"V 5#51/1"}},
-      {"heard of before the answer",
-       {load, send, send, Hear(51), handOutViews, End(2, 53, "V0/Views/7"), End(1, 51)},
-       {}},
-      {"handed out in between", {load, send, End(1, 51), handOutViews, Hear(51)}, {"V 5#51/1"}},
-      {"the others handed out in between", {load, send, End(1, 51, "V0/Views"), handOutGroups, Hear(51)}, {}},
-      {"the last that the first list held, answered late", {load, send, End(1, 50), again}, {}},
-      {"the same after the download", {load, send, again, End(1, 50)}, {}},
-      {"the first passed over", {load, send, again, End(1, 51)}, {"V 5#4/1"}},
-      {"the last passed over", {load, send, again, End(1, 60)}, {"V 5#4/1"}},
-      {"the last passed over, answered before", {load, send, End(1, 60), again}, {"V 5#4/1"}},
-      {"added, and passed over", {load, send, End(1, 60, "V0/Views"), again}, {"V 6#60/2"}},
-      {"heard of, and answered after a download", {load, send, Hear(51), again, End(1, 51)}, {}},
-      {"of a group whose list held it", {Load({60, 50}), send, again, End(1, 55, group)}, {}},
-      {"of a group, passed over", {load, send, again, End(1, 55, group)}, {"G 1#3/1"}},
-      {"of a group, passed over by its list alone", {load, Again({70, 60}), send, End(1, 65, group)}, {"G 1#3/1"}},
-      {"answered for an ID that no ID can be", {load, send, End(1, 51, "V0/Views/4294967301"), Hear(51)}, {"V 5#51/1"}},
-      {"refused with a number", {load, send, Hear(51), End(1, 51, "V0/Views/5", 4)}, {"V 5#51/1"}},
-      {"lost before its event", {load, send, End(1, 0), Hear(51)}, {"V 5#51/1"}},
-      {"added, and lost", {load, send, Hear(51, "OwnViews", 6, "0"), End(1, 0)}, {"V 6#51/0"}},
-      {"two on their way, the first of them lost", {load, send, send, Hear(51), End(1, 0), End(2, 51)}, {}},
-      {"two on their way, both lost", {load, send, send, Hear(51), End(2, 0), End(1, 0)}, {"V 5#51/1"}},
-      {"lost while a later one is on its way", {load, send, Hear(51), send, End(1, 0)}, {"V 5#51/1"}},
-      {"answered after two later were lost", {load, send, Hear(51), send, send, End(2, 0), End(1, 51), End(3, 0)}, {}},
-      {"of a run before, answered there", {load, send, End(1, 51), Clear(), load, Hear(51)}, {"V 5#51/1"}},
-      {"passed over eight downloads ago", {load, send, again, AgainAndAgain(7, 61), End(1, 60)}, {"V 5#4/1"}},
-      {"passed over too long ago", {load, send, again, AgainAndAgain(8, 61), End(1, 60)}, {}},
-      {"passed over before downloads of nothing new",
-       {load, send, again, AgainAndAgain(16, 60, 0), End(1, 60)},
-       {"V 5#4/1"}},
-      {"answered before many others", {load, Edits(65536, 51), Hear(51)}, {}},
-      {"answered before too many others", {load, Edits(65537, 51), Hear(51)}, {"V 5#51/1"}},
-  });
+  ExpectRows();
 }
 
 TEST_F(RelayTest, TellsTheDifferenceThenWhatADownloadPassedOver) {
-  const Lists before{50, 50, kGroup + "," + View(2, "goes", 7), View(5, "v", 4) + "," + View(7, "goes", 6)};
-  const Lists after{60, 60, View(1, "h", 54), View(5, "new", 52) + "," + View(8, "v", 51)};
-  const Step edits[] = {End(1, 52), End(2, 53, "V0/Views/7"), End(3, 54, "V0/ViewGroups/1"), End(4, 70, "V0/Views/8")};
-  Start();
-  Load(before)(*this);
-  Hear(51, "Views", 8)(*this);
-  for (const Step& end : edits) {
-    Send()(*this);
-    end(*this);
-  }
-  Again(after)(*this);
-  Hear(70, "OwnViews", 8)(*this);
-  EXPECT_EQ(told, (Texts{"V 8#51/1", "G 1#54/1", "V 7#60/2", "V 5#52/1", "G 2#60/2",  // the difference up to here
-                         "G 1#54/1", "V 5#52/1", "V 7#60/2"}));
+  ExpectRows();
 }
 
 TEST_F(RelayTest, NumbersBeginAnewAndOwnEditsAreToldOnlyWhereSomeWereGiven) {
-  const auto run = [](int number) {
-    return [=](RelayTest& t) {
-      Clear()(t);
-      Load({number, number})(t);
-    };
-  };
-  const Step unnumbered = Load({50, 50, kGroup, View(5, "v", 4), false});
-  const auto bare = [](int number) { return Lists{number, number, kGroup, View(5, "v", 0), false}; };
-  const Step handOut = HandOut(ListKind::Views);
-  Expect({
-      {"by lists", {run(50), run(50), run(49), run(49), run(20), run(30)}, {"G", "V", "G", "V"}},
-      {"by events", {unnumbered, Hear(51, "Views"), Clear(), unnumbered, Clear(), unnumbered}, {"V 5#51/1", "G", "V"}},
-      {"by both", {run(60), Hear(75), run(74), run(74)}, {"V 5#75/1", "G", "V"}},
-      {"by none", {unnumbered, Clear(), Load({49, 49, kGroup, "", false})}, {}},
-      {"after lost changes, the groups' alone", {run(50), Again({20, 60})}, {"G", "V"}},
-      {"after lost changes, by one", {run(50), Again({49, 50})}, {"G", "V"}},
-      {"after lost changes, the views' alone", {run(50), Again({60, 20})}, {"G", "V"}},
-      {"after lost changes, whereby an answer is another server's",
-       {run(50), Send(), End(1, 70), Again({20, 20, kGroup, View(5, "w", 2) + "," + View(6, "w", 3)}), Hear(70)},
-       {"G", "V 5#0/1 6#0/0", "V 5#70/1"}},
-      {"by none, whatever comes first, answers and events, and whether downloads and runs go on or back",
-       {Load(bare(50)), Send(), End(1, -1), handOut, HearUnnumbered(51), Send(), HearUnnumbered(52), handOut, End(2, 0),
-        HearUnnumbered(53), Send(), End(3, -1), Again(bare(60)), Send(), End(4, -1), Again(bare(40)), Clear(),
-        Load(bare(30)), HearUnnumbered(31)},
-       {}},
-  });
+  ExpectRows();
 }
 
 TEST_F(RelayTest, TellsNothingOnceTheRunHasBeenCancelled) {
   Start();
   BizShared::details::CCanceller canceller;
   relay->SetSleeper(&canceller);
-  Load({50, 50})(*this);
-  Hear(51, "Views")(*this);
+  Do("load 50");
+  Do("hear 51 Views");
   canceller.Cancel();
-  Hear(52, "Views")(*this);
+  Do("hear 52 Views");
   EXPECT_EQ(told, Texts{"V 5#51/1"});
 }
 

@@ -11,9 +11,10 @@ using namespace testing_support;
 using ResourceStore::COrlUserManager;
 using Vant::Base::Error::ErrorCode;
 
-class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore::IOrlUserObserver {
+class PlatformMemoryTest : public server::test::ServerTest {
  protected:
   PlatformMemoryTest() {
+    m_users.m_during = [this] { m_failedAllocations = Stop(); };
     ResourceStore::details::SetStreamTimings({1ms, 5ms, 30s, 20s});
     CNetCommManager::Instance().SetServer(m_server->Url());
     ErrorCode error;
@@ -21,12 +22,6 @@ class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore
   }
   ~PlatformMemoryTest() override { EndDownloads(); }
 
-  void OnUserListNotify(ResourceStore::CIOrlUserObserverParam& param) override {
-    m_failedAllocations = Stop();
-    m_outcome = param.GetVal_stru_error_code().GetMainError();
-    EXPECT_EQ(m_outcome != 0, param.GetVal_enumState() == ResourceStore::CIOrlUserObserverParam::Failed);
-    ++m_notifications;
-  }
   // Has `fail` work with a failure at each moment, from 0 on, until none happens any more, which it answers. So there
   // are more moments than `least`.
   static void AtEachMoment(long least, const std::function<bool(long, Want)>& fail) {
@@ -38,36 +33,35 @@ class PlatformMemoryTest : public server::test::ServerTest, public ResourceStore
   }
   // Downloads the users on `thread`; false where no allocation failed.
   bool DownloadUsers(long moment, Want want, const Threads& thread) {
-    const int before = m_notifications;
+    const size_t before = m_users.Count();
     FailAt(moment, want, thread);
     COrlUserManager::Instance().StartDownLoadOrlUser();
-    EXPECT_TRUE(Eventually([&] { return m_notifications > before; })) << moment;
+    EXPECT_TRUE(Eventually([&] { return m_users.Count() > before; })) << moment;
     return m_failedAllocations != 0;
   }
 
-  std::atomic<int> m_notifications{0};
-  std::atomic<int> m_outcome{0};
   std::atomic<long> m_failedAllocations{0};
+  UserListener m_users;
 };
 
 TEST_F(PlatformMemoryTest, TheUsersAreAllThereOrTheDownloadFails) {
-  auto& manager = COrlUserManager::Instance();
-  manager.RegisterObserver(this);
   Threads thread = NewThreads();
   DownloadUsers(1 << 30, Want::OneAllocation, thread);  // starts the thread, and binds what is bound late
   thread = ThreadsSince(thread);
   std::map<Want, int> failures;
   AtEachMoment(50, [&](long moment, Want want) {
     const bool failed = DownloadUsers(moment, want, thread);
-    failures[want] += m_outcome != 0;
+    const std::string end = m_users.Ends().back();
+    const bool isComplete = end == "state 0 0/0";
+    EXPECT_TRUE(isComplete || (end.starts_with("state 1 ") && !end.starts_with("state 1 0/"))) << end;
+    failures[want] += !isComplete;
     std::vector<std::shared_ptr<ResourceStore::CUserInfo>> users;
-    manager.GetOrlUsers(users);
+    COrlUserManager::Instance().GetOrlUsers(users);
     EXPECT_TRUE(users.size() == 3 && users[2]->GetVal_m_strUsername() == "cid") << moment;
-    EXPECT_TRUE(failed || m_outcome == 0);
+    EXPECT_TRUE(failed || isComplete);
     return failed;
   });
   for (const auto& [want, count] : failures) EXPECT_GT(count, 30);
-  manager.SyncUnregisterObserver(this);
 }
 
 TEST_F(PlatformMemoryTest, TheListsComeWholeInTheEnd) {

@@ -10,6 +10,7 @@
 
 #include "../Cases.h"
 #include "ResourceStore/details/ListDocument.h"
+#include "ScriptedSite.h"
 
 namespace {
 
@@ -19,17 +20,8 @@ using ResourceStore::details::ListElement;
 using ResourceStore::details::ReadListDocument;
 using ResourceStore::details::ResourceList;
 using testing_support::Cases;
-
-std::string WithData(const std::string& data, int errorCode = 0) {
-  return R"({"ResponseStatus":{"ErrorModule":0,"ErrorCode":)" + std::to_string(errorCode) +
-         R"(,"CascadingErrorInfo":"","Data":{)" + data + "}}}";
-}
-std::string Document(const std::string& elements, int errorCode = 0, const std::string& number = "") {
-  return WithData(number + R"("ViewList":{"View":[)" + elements + "]}", errorCode);
-}
-std::string Numbered(int number, const std::string& elements) {
-  return Document(elements, 0, R"("ChangeNumber":")" + std::to_string(number) + "\",");
-}
+using testing_support::Envelope;
+using testing_support::Views;
 
 // The texts of the elements, one a line, with their ids, methods and numbers in front.
 std::string Read(const std::string& text) {
@@ -47,9 +39,9 @@ TEST(ListDocumentTest, FindsTheElementsOfAListTheirNumbersAndNothingElse) {
   for (const auto& [text, expected] : Cases(LIST_TEXTS)) {
     std::string lines;
     for (const std::string& line : expected) lines += line.empty() ? "" : line + "\n";
-    EXPECT_EQ(Read(text.front() == '[' ? Document(text.substr(1, text.size() - 2)) : text), lines) << text;
+    EXPECT_EQ(Read(text.front() == '[' ? Views(text.substr(1, text.size() - 2)) : text), lines) << text;
   }
-  const std::string one = Document(R"({"ID":1})");
+  const std::string one = Views(R"({"ID":1})");
   for (const std::string& text : {one.substr(1), one + "x", one + std::string("\0{}", 3), std::string()}) {
     EXPECT_EQ(Read(text), "not JSON") << text;
   }
@@ -61,7 +53,7 @@ TEST(ListDocumentTest, ReadsTheNumberOfTheListItself) {
     const std::string data = std::regex_replace(text, std::regex("LIST"), list);
     for (const bool withElements : {false, true}) {
       ListDocument document;
-      ASSERT_TRUE(ReadListDocument(WithData(data), kViewNames, withElements, document)) << data;
+      ASSERT_TRUE(ReadListDocument(Envelope("{" + data + "}"), kViewNames, withElements, document)) << data;
       EXPECT_EQ(std::to_string(document.number), expected[0]) << data;
     }
   }
@@ -69,28 +61,29 @@ TEST(ListDocumentTest, ReadsTheNumberOfTheListItself) {
 
 TEST(ListDocumentTest, ReadsTheEnvelopeAtAnyDepthOfNesting) {
   ListDocument document;
-  ASSERT_TRUE(ReadListDocument(Document("", 7), kViewNames, false, document));
+  ASSERT_TRUE(ReadListDocument(Envelope("{}", 7), kViewNames, false, document));
   EXPECT_EQ(document.errorCode, 7);
   ASSERT_TRUE(
       ReadListDocument(R"({"ErrorCode":0,"ResponseStatus":{"Data":{"ErrorCode":0}}})", kViewNames, false, document));
   EXPECT_EQ(document.errorCode, -1) << "an absent code is an error";
   const std::string deep = std::string(300000, '[') + std::string(300000, ']');
-  ASSERT_TRUE(ReadListDocument(Document(R"({"ID":1,"Deep":)" + deep + "}"), kViewNames, true, document));
+  ASSERT_TRUE(ReadListDocument(Views(R"({"ID":1,"Deep":)" + deep + "}"), kViewNames, true, document));
   EXPECT_EQ(document.elements.size(), 1u);
 }
 
 TEST(ResourceListTest, KeepsTheReplyAsItCameUntilTheFirstChange) {
   ResourceList list(kViewNames);
   EXPECT_EQ(list.Text(), nullptr);
-  std::string reply = " " + Document(R"({"ID":1,"N":"a"}, {"ID":2,"N":"b"},{"Method":0,"ID":3})");
+  std::string reply = " " + Views(R"({"ID":1,"N":"a"}, {"ID":2,"N":"b"},{"Method":0,"ID":3})");
   list.Set(reply);
   EXPECT_EQ(*list.Text(), reply);
   EXPECT_FALSE(list.Apply("rubbish"));
-  EXPECT_FALSE(list.Apply(Document(R"({"ID":1,"Method":2})", 5))) << "a document with an error is no change";
+  EXPECT_FALSE(list.Apply(Envelope(R"({"ViewList":{"View":[{"ID":1,"Method":2}]}})", 5)))
+      << "a document with an error is no change";
   EXPECT_EQ(*list.Text(), reply);
-  EXPECT_TRUE(list.Apply(Document(R"({"ID":2,"N":"B","Method":1},{"ID":4,"N":"d","Method":0},{"ID":1,"Method":2},)"
-                                  R"({"ID":9,"Method":2},{"ID":3,"N":"?","Method":7},{"N":"no id"})")));
-  EXPECT_EQ(*list.Text(), Document(R"({"ID":2,"N":"B"},{"ID":3},{"ID":4,"N":"d"})"));
+  EXPECT_TRUE(list.Apply(Views(R"({"ID":2,"N":"B","Method":1},{"ID":4,"N":"d","Method":0},{"ID":1,"Method":2},)"
+                               R"({"ID":9,"Method":2},{"ID":3,"N":"?","Method":7},{"N":"no id"})")));
+  EXPECT_EQ(*list.Text(), Views(R"({"ID":2,"N":"B"},{"ID":3},{"ID":4,"N":"d"})"));
 }
 
 TEST(ResourceListTest, ManyChangesLeaveWhatAPlainMapHolds) {
@@ -101,17 +94,17 @@ TEST(ResourceListTest, ManyChangesLeaveWhatAPlainMapHolds) {
   };
   std::map<uint32_t, int> model;
   ResourceList list(kViewNames), older(kViewNames);
-  list.Set(Document(""));
-  older.Set(Document(""));
+  list.Set(Views(""));
+  older.Set(Views(""));
   for (int i = 0; i < 3000; ++i) {
     int id = pick(150);
     if (i == 1500) older.Set(*list.Text());
     if (pick(3) == 0 || (i > 2000 && pick(2) == 0)) {
       model.erase(static_cast<uint32_t>(id));
-      ASSERT_TRUE(list.Apply(Document("{\"ID\":" + std::to_string(id) + ",\"Method\":2}")));
+      ASSERT_TRUE(list.Apply(Views("{\"ID\":" + std::to_string(id) + ",\"Method\":2}")));
     } else {
       model[static_cast<uint32_t>(id)] = i;
-      ASSERT_TRUE(list.Apply(Document(element(id, i, i % 2 == 0 ? ",\"Method\":0" : ",\"Method\":1"))));
+      ASSERT_TRUE(list.Apply(Views(element(id, i, i % 2 == 0 ? ",\"Method\":0" : ",\"Method\":1"))));
     }
   }
   auto matches = [&](ResourceList& candidate) {
@@ -142,16 +135,14 @@ TEST(ResourceListTest, ATextOfNumbersGoesOnSayingTrueOnes) {
   const std::string changed = R"({"ID":1,"N":"A"},{"ID":2,"N":"B","ChangeNumber":"12"},{},{"ID":"x"},)"
                               R"({"ID":4,"ChangeNumber":"12"})";
   for (const bool isNumbered : {true, false}) {
-    const auto text = [&](int number, const std::string& of) {
-      return isNumbered ? Numbered(number, of) : Document(of);
-    };
+    const auto text = [&](int number, const std::string& of) { return Views(of, isNumbered ? number : 0); };
     ResourceList list(kViewNames);
     list.Set(text(10, elements), 10);
     ListElement last;
-    ASSERT_TRUE(list.Apply(Document(change), 12, last));
+    ASSERT_TRUE(list.Apply(Views(change), 12, last));
     EXPECT_EQ(*list.Text(), text(12, changed));
     EXPECT_EQ(*last.id, 1u);
-    ASSERT_TRUE(list.Apply(Document(""), 13, last));
+    ASSERT_TRUE(list.Apply(Views(""), 13, last));
     EXPECT_FALSE(list.Apply("rubbish", 14, last));
     EXPECT_EQ(list.Number(), 14u);
     EXPECT_EQ(*list.Text(), text(14, changed));
@@ -167,31 +158,31 @@ TEST(ResourceListTest, TheDifferenceSaysWhatIsNewChangedOrGoneAndNoneThatDiffers
   const std::string unnumbered = R"({"ID":4,"Method":0},{"ID":2,"N":"B","Method":1},{"ID":6,"Method":0})";
   using Numbers = ResourceList::Numbers;
   const std::tuple<Numbers, std::string, std::string, std::string> cases[] = {
-      {Numbers::Kept, Numbered(20, after), present, R"({"ID":5,"ChangeNumber":"20","Method":2})"},
-      {Numbers::Kept, Document(after), present, R"({"ID":5,"Method":2})"},
-      {Numbers::LeftOut, Numbered(20, after), unnumbered, R"({"ID":5,"Method":2})"},
+      {Numbers::Kept, Views(after, 20), present, R"({"ID":5,"ChangeNumber":"20","Method":2})"},
+      {Numbers::Kept, Views(after), present, R"({"ID":5,"Method":2})"},
+      {Numbers::LeftOut, Views(after, 20), unnumbered, R"({"ID":5,"Method":2})"},
   };
   for (const auto& [numbers, list, stays, goes] : cases) {
     ResourceList older(kViewNames), newer(kViewNames);
-    older.Set(Numbered(10, before), 10);
+    older.Set(Views(before, 10), 10);
     newer.Set(list, 20);
     const ResourceList::Difference difference = older.DifferenceTo(newer, numbers);
-    EXPECT_EQ(difference.present, Document(stays));
-    EXPECT_EQ(difference.removed, Document(goes));
+    EXPECT_EQ(difference.present, Views(stays));
+    EXPECT_EQ(difference.removed, Views(goes));
   }
 }
 
 TEST(ResourceListTest, TheStateOfAnObjectIsSaidWhereItHasANumber) {
   ResourceList list(kViewNames);
   EXPECT_EQ(list.StateOf(1, 1), "");
-  list.Set(Numbered(10, R"({"ID":1,"N":"a","ChangeNumber":"4"},{"ID":2,"N":"b"})"), 10);
-  EXPECT_EQ(list.StateOf(1, 0), Document(R"({"ID":1,"N":"a","ChangeNumber":"4","Method":0})"));
-  EXPECT_EQ(list.StateOf(1, 1), Document(R"({"ID":1,"N":"a","ChangeNumber":"4","Method":1})"));
+  list.Set(Views(R"({"ID":1,"N":"a","ChangeNumber":"4"},{"ID":2,"N":"b"})", 10), 10);
+  EXPECT_EQ(list.StateOf(1, 0), Views(R"({"ID":1,"N":"a","ChangeNumber":"4","Method":0})"));
+  EXPECT_EQ(list.StateOf(1, 1), Views(R"({"ID":1,"N":"a","ChangeNumber":"4","Method":1})"));
   EXPECT_EQ(list.StateOf(2, 1), "");
-  EXPECT_EQ(list.StateOf(3, 1), Document(R"({"ID":3,"ChangeNumber":"10","Method":2})"));
-  list.Set(Document(R"({"ID":1,"ChangeNumber":"4"})"), 10);
+  EXPECT_EQ(list.StateOf(3, 1), Views(R"({"ID":3,"ChangeNumber":"10","Method":2})"));
+  list.Set(Views(R"({"ID":1,"ChangeNumber":"4"})"), 10);
   EXPECT_EQ(list.StateOf(3, 1), "") << "a list without a number";
-  EXPECT_EQ(list.Nothing(), Document(""));
+  EXPECT_EQ(list.Nothing(), Views(""));
 }
 
 }  // namespace

@@ -47,7 +47,11 @@ class ScriptedSite {
  public:
   ScriptedSite() : m_server([this](const Request& request, Connection& connection) { Serve(request, connection); }) {}
   ~ScriptedSite() {
-    EndStreams();
+    {
+      std::lock_guard<std::mutex> lock(m_mutex);
+      m_allEnd = true;
+      m_changed.notify_all();
+    }
     m_server.Stop();
   }
 
@@ -137,28 +141,25 @@ class ScriptedSite {
     const std::string name = Name(request);
     Answer answer;
     List list;
+    std::string history;
     {
       std::lock_guard<std::mutex> lock(m_mutex);
       if (auto found = m_answers.find(name); found != m_answers.end()) answer = m_answers.extract(found).mapped();
       list = m_lists[name];
+      history = m_history;
     }
     if (answer) {
       answer(request, connection);
     } else if (name == "V0/Changes") {
-      ServeStream(connection);
+      ServeStream(connection, history);
     } else {
-      connection.Reply(200, list.text, "Resource-Sequence: " + std::to_string(list.number) + "\r\n" + History());
+      connection.Reply(200, list.text, "Resource-Sequence: " + std::to_string(list.number) + "\r\n" + history);
     }
   }
 
-  std::string History() const {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_history;
-  }
-
-  void ServeStream(Connection& connection) {
+  void ServeStream(Connection& connection, const std::string& history) {
     connection.Close();
-    connection.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n" + History() + "\r\n");
+    connection.Send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n" + history + "\r\n");
     std::unique_lock<std::mutex> lock(m_mutex);
     ++m_streams;
     const int self = ++m_newestStream;
@@ -178,12 +179,6 @@ class ScriptedSite {
     }
     --m_streams;
     m_end = false;
-    m_changed.notify_all();
-  }
-
-  void EndStreams() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_allEnd = true;
     m_changed.notify_all();
   }
 

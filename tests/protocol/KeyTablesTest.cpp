@@ -14,50 +14,42 @@ namespace {
 
 using namespace QorviViewPlugin_view_plugin_protocol;
 
+// The names of all keys, at any depth.
+template <class Record>
+std::vector<std::string> NamesIn();
+
 struct Key {
+  Key(const char* key, Integer value) : name(key), kind("integer"), fallback(std::to_string(value)) {}
+  Key(const char* key, Boolean value) : name(key), kind("boolean"), fallback(value ? "true" : "false") {}
+  Key(const char* key, const Text& value) : name(key), kind("string"), fallback('"' + value + '"') {}
+  template <class Record>
+  Key(const char* key, const std::vector<Record>&)
+      : name(key), kind("array"), fallback("[]"), inner(NamesIn<Record>()) {}
+  template <class Record>
+  Key(const char* key, const Record&) : name(key), kind("object"), inner(NamesIn<Record>()) {}
+
   std::string name, kind, fallback;
-  std::vector<std::string> inner;  // of an object, or of an array's elements, at any depth
+  std::vector<std::string> inner;  // of an object, or of an array's elements
 };
 using Keys = std::vector<Key>;
-
-template <class Record>
-Keys KeysOf();
-
-template <class Record>
-std::vector<std::string> InnerOf() {
-  std::vector<std::string> names;
-  for (const Key& key : KeysOf<Record>()) {
-    names.push_back(key.name);
-    names.insert(names.end(), key.inner.begin(), key.inner.end());
-  }
-  return names;
-}
-
-Key Describe(const std::string& name, Integer value) {
-  return {name, "integer", std::to_string(value), {}};
-}
-Key Describe(const std::string& name, Boolean value) {
-  return {name, "boolean", value ? "true" : "false", {}};
-}
-Key Describe(const std::string& name, const Text& value) {
-  return {name, "string", '"' + value + '"', {}};
-}
-template <class Record>
-Key Describe(const std::string& name, const std::vector<Record>&) {
-  return {name, "array", "[]", InnerOf<Record>()};
-}
-template <class Record>
-Key Describe(const std::string& name, const Record&) {
-  return {name, "object", "", InnerOf<Record>()};
-}
 
 template <class Record>
 Keys KeysOf() {
   const Record defaults{};
   Keys keys;
   QorviViewPlugin::ForEachField<Record>(
-      [&](const auto& field) { keys.push_back(Describe(field.key, defaults.*field.member)); });
+      [&](const auto& field) { keys.emplace_back(field.key, defaults.*field.member); });
   return keys;
+}
+
+template <class Record>
+std::vector<std::string> NamesIn() {
+  std::vector<std::string> names;
+  for (const Key& key : KeysOf<Record>()) {
+    names.push_back(key.name);
+    names.insert(names.end(), key.inner.begin(), key.inner.end());
+  }
+  return names;
 }
 
 // The lines of the table with that head in that section of the document, without head and rule.
