@@ -9,7 +9,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 
 #include "EchoHandler.h"
 #include "TestClient.h"
@@ -17,18 +16,16 @@
 namespace server::test {
 namespace {
 
-class AccessLogTest : public HttpSideTest<Echo> {
+class AccessLogTest : public HttpSideTest<Echo>, protected TestFolder {
  protected:
   AccessLogTest() { EXPECT_EQ(mkfifo(m_file.c_str(), 0600), 0); }
-  ~AccessLogTest() override { std::filesystem::remove(m_file); }
 
-  const std::filesystem::path m_file =
-      std::filesystem::temp_directory_path() / ("access-pipe-" + std::to_string(getpid()));
+  const std::string m_file = Path("access.log");
 };
 
 TEST_F(AccessLogTest, WhoReadsItMayEnd) {
   const int reader = open(m_file.c_str(), O_RDONLY | O_NONBLOCK);
-  settings.accessLog = m_file.string();
+  settings.accessLog = m_file;
   Serve();
   close(reader);
   for (int i = 0; i < 3; ++i) EXPECT_EQ(Wire(server->Port(), Head("GET /a", kClose)).NextStatus(), 200);
@@ -38,7 +35,7 @@ TEST_F(AccessLogTest, WhoReadsItMayEnd) {
 TEST_F(AccessLogTest, WaitsForNobodyWhoReadsItAndSaysHowManyLinesAreLost) {
   constexpr long kRequests = 25000;  // more than the pipe and two batches hold
   const int pipe = open(m_file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  auto log = std::make_unique<AccessLog>(m_file.string());
+  auto log = std::make_unique<AccessLog>(m_file);
   AccessEntry entry{"127.0.0.5", "-", {}, "GET /a HTTP/1.1", 200, 0, "", ""};
   for (long i = 0; i < kRequests; ++i) log->Add(entry);
 

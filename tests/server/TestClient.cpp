@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
+#include "../Cases.h"
 #include "base/system/Files.h"
 #include "system/Sockets.h"
 
@@ -245,6 +247,20 @@ Answer Client::Do(const std::string& line) const {
   return Request(line.substr(0, path - 1), line.substr(path, end - path), line.substr(std::min(end + 1, line.size())));
 }
 
+std::string Client::Told(const std::string& line) const {
+  std::istringstream words(line);
+  std::string method, kind;
+  int32_t id = 0;
+  words >> method >> kind;
+  if (method == "LIST") return Get("V0/" + kind + "s").Ids(kind);
+  if (method == "SHOW") {
+    words >> id;
+    return Show(kind, id, std::vector<std::string>(std::istream_iterator<std::string>(words), {}));
+  }
+  const Answer answer = Do(line);
+  return answer.Outcome() + " " + answer.DataText();
+}
+
 int32_t Client::Add(const std::string& kind, const std::string& body) const {
   const Answer answer = Post("V0/" + kind + "s", body);
   const Value& id = At(answer.Data(), "/" + kind + "/ID");
@@ -252,14 +268,14 @@ int32_t Client::Add(const std::string& kind, const std::string& body) const {
   return id.GetInt();
 }
 
-std::string Client::Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const {
+std::string Client::Show(const std::string& kind, int32_t id, const std::vector<std::string>& keys) const {
   const Answer list = Get("V0/" + kind + "s");
   const Value& elements = Elements(list.json, kind);
   if (!elements.IsArray()) return "no list";
   for (const Value& entry : elements.GetArray()) {
     if (At(entry, "/ID") != Value(id)) continue;
     std::string text;
-    for (const char* key : keys) text += (text.empty() ? "" : " ") + Plain(At(entry, "/" + std::string(key)));
+    for (const std::string& key : keys) text += (text.empty() ? "" : " ") + Plain(At(entry, "/" + key));
     return text;
   }
   return "gone";
@@ -398,6 +414,13 @@ bool Eventually(const std::function<bool()>& isTrue, std::chrono::seconds patien
 Client ServerTest::LogIn(const std::string& user) const {
   const auto session = m_server->OpenLocalSession(user);
   return session ? Client(m_server->Port(), session->token) : Client();
+}
+
+void ServerTest::Play(const char* file) const {
+  for (const auto& [line, expected] : testing_support::Cases(file)) {
+    const Client& client = line.starts_with("ann ") ? ann : line.starts_with("bob ") ? bob : cid;
+    EXPECT_EQ(client.Told(line.substr(4)), expected.at(0)) << line << ": " << expected.back();
+  }
 }
 
 }  // namespace server::test

@@ -10,11 +10,11 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
-#include <initializer_list>
 #include <map>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "server/ViewServer.h"
 
@@ -126,6 +126,8 @@ class Client {
   Answer Delete(const std::string& path) const { return Request("DELETE", path); }
   // The same as one line: "PUT V0/Views/1 {...}".
   Answer Do(const std::string& line) const;
+  // Outcome and data of such a line; the ids that "LIST View" lists; what is shown by "SHOW View 1 Name UserID".
+  std::string Told(const std::string& line) const;
   // Opens another session.
   Answer LogIn(const std::string& name, const std::string& password) const {
     return Post("V0/Sessions", R"({"Session":{"UserName":")" + name + R"(","Password":")" + password + "\"}}");
@@ -140,7 +142,7 @@ class Client {
   std::string ViewIds() const { return Get("V0/Views").Ids("View"); }
   std::string GroupIds() const { return Get("V0/ViewGroups").Ids("ViewGroup"); }
   // The values of some keys of a listed "View" or "ViewGroup", with blanks between them and "-" for what is not there.
-  std::string Show(const std::string& kind, int32_t id, std::initializer_list<const char*> keys) const;
+  std::string Show(const std::string& kind, int32_t id, const std::vector<std::string>& keys) const;
   Answer Share(int32_t view, const std::string& users) const {
     return Post("V1/View/" + std::to_string(view) + "/Share", ShareBody(users));
   }
@@ -191,6 +193,8 @@ class ServerTest : public ::testing::Test, protected TestFolder {
   }
   std::string File() const { return Options().dataFile; }  // the store
   Client LogIn(const std::string& user) const;             // a new session
+  // Of each line of the running test's table ("ann LIST View") what that client is told, and perhaps why.
+  void Play(const char* file) const;
 
   std::unique_ptr<ViewServer> m_server;
   Client ann, bob, cid;
