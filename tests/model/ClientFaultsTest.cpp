@@ -26,15 +26,15 @@ const char* const kSeed = R"({"Users":[{"ID":1,"Name":"ann","Password":"a"},{"ID
 
 class ClientFaultsTest : public ServerTest {
  protected:
-  // `rules` are those of a fault plan.
-  void RestartWithRules(const std::string& rules) {
+  // A client of a server with these rules of a fault plan.
+  ScriptClient StartWithRules(const std::string& rules) {
     RestartWith([&](auto& options) {
       options.dataFile = ":memory:";
       options.seedFile = WriteFile("seed.json", kSeed);
       options.faultsFile = WriteFile("plan.json", R"({"Seed":5,"Rules":[)" + rules + "]}");
     });
+    return {m_server->Url(), "ann", "a"};
   }
-  ScriptClient StartClient() const { return {m_server->Url(), "ann", "a"}; }
 
   // "G[V W] H[]": the public groups at the top with the names of their plans, sorted.
   static std::string Tree(ScriptClient& client) {
@@ -93,8 +93,7 @@ TEST_F(ClientFaultsTest, AnEditIsCachedWhenItSucceedsAndHeardOfWhenItTookEffectA
       rules += std::string(rules.empty() ? "" : ",") + R"({"Path":"V0/View*","Times":2,"Method":")" + method +
                R"(","Fault":)" + c.fault + "}";
     }
-    RestartWithRules(rules);
-    ScriptClient client = StartClient();
+    ScriptClient client = StartWithRules(rules);
     for (const char* id : {kTop.c_str(), "1"}) client.Observe(kGroupType, id);
     client.Observe(kViewType, "1");
     EXPECT_EQ(Tree(client), before);
@@ -130,8 +129,7 @@ TEST_F(ClientFaultsTest, AnEditIsCachedWhenItSucceedsAndHeardOfWhenItTookEffectA
 }
 
 TEST_F(ClientFaultsTest, AnAnswerWithAWrongKindSomewhereIsTakenWholeOrNotAtAll) {
-  RestartWithRules(R"({"Fault":"WrongKinds","Method":"PUT","Path":"V0/View*"})");
-  ScriptClient client = StartClient();
+  ScriptClient client = StartWithRules(R"({"Fault":"WrongKinds","Method":"PUT","Path":"V0/View*"})");
   int taken = 0;
   for (int i = 0; i < 40; ++i) {
     const std::string name = "V" + std::to_string(i);
@@ -147,19 +145,18 @@ TEST_F(ClientFaultsTest, AnAnswerWithAWrongKindSomewhereIsTakenWholeOrNotAtAll) 
 }
 
 TEST_F(ClientFaultsTest, AColleagueInBetweenWinsAndIsHeardOf) {
-  RestartWithRules(R"({"Fault":"ColleagueEdit","Method":"PUT","Path":"V0/Views/#",
-                       "Colleague":{"User":"bob","Method":"DELETE","Path":"V0/Views/#"}})");
-  ScriptClient client = StartClient();
+  ScriptClient client = StartWithRules(R"({"Fault":"ColleagueEdit","Method":"PUT","Path":"V0/Views/#",)"
+                                       R"("Colleague":{"User":"bob","Method":"DELETE","Path":"V0/Views/#"}})");
   client.Observe(kGroupType, "1");
   EXPECT_FALSE(client.Call("UpdatePlan", R"({"ID":"1","Name":"V2","GroupID":"1","Type":0})").result);
-  EXPECT_EQ(client.NextNotice().childId, "1");
+  EXPECT_EQ(Text(client.NextNotice()), "1 4 1");
   EXPECT_EQ(Tree(client), "G[W] H[]");
 }
 
 TEST_F(ClientFaultsTest, ChangesThatComeTwiceLateOrInPartAreTakenOnceAndInOrder) {
-  RestartWithRules(R"({"Fault":"DuplicateChange","Chance":0.3},{"Fault":"LateChange","Chance":0.2,"Milliseconds":30},
-                      {"Fault":"TruncateChange","Chance":0.2},{"Fault":"StallStream","Chance":0.1,"Milliseconds":50})");
-  ScriptClient client = StartClient();
+  ScriptClient client = StartWithRules(
+      R"({"Fault":"DuplicateChange","Chance":0.3},{"Fault":"LateChange","Chance":0.2,"Milliseconds":30},)"
+      R"({"Fault":"TruncateChange","Chance":0.2},{"Fault":"StallStream","Chance":0.1,"Milliseconds":50})");
   client.Observe(kGroupType, kTop);
   std::string expected;
   for (int i = 10; i < 40; ++i) {
@@ -167,12 +164,8 @@ TEST_F(ClientFaultsTest, ChangesThatComeTwiceLateOrInPartAreTakenOnceAndInOrder)
     expected += "G" + std::to_string(i) + "[] ";
   }
   bob.Delete("V0/ViewGroups/2");
-  for (int id = 3; id < 33; ++id) {
-    const Notice notice = client.NextNotice();
-    EXPECT_EQ(std::pair(notice.childId, notice.state), std::pair(std::to_string(id), 3));
-  }
-  const Notice last = client.NextNotice();
-  EXPECT_EQ(std::pair(last.childId, last.state), std::pair(std::string("2"), 4));
+  for (int id = 3; id < 33; ++id) EXPECT_EQ(Text(client.NextNotice()), kTop + " 3 " + std::to_string(id));
+  EXPECT_EQ(Text(client.NextNotice()), kTop + " 4 2");
   EXPECT_EQ(Tree(client), expected + "G[V W]");
 }
 

@@ -7,12 +7,6 @@
 namespace call_test {
 namespace {
 
-std::string Plan(const std::string& name, const std::string& id, const std::string& parentId, int type,
-                 const std::string& isShared = "false") {
-  return R"({"name":")" + name + R"(","Remark":"","ID":")" + id + R"(","ParentID":")" + parentId + R"(","Type":)" +
-         std::to_string(type) + R"(,"is_share_view":)" + isShared + "}";
-}
-
 class PlanCallsTest : public CallTest {};
 
 TEST_F(PlanCallsTest, PlansInNoGroupAreListedByTypeInNaturalOrderAndNotCounted) {
@@ -22,13 +16,7 @@ TEST_F(PlanCallsTest, PlansInNoGroupAreListedByTypeInNaturalOrderAndNotCounted) 
   CacheView(shared);
   CacheView(View(3, kNoId, "Public", 0));
   CacheView(View(4, 5, "In a group", 1));
-  const std::string expected = R"(true {"ErrorInfo":"","Total":0,"Plans":[)" + Plan("gate 9", "2", "-1", 1, "true") +
-                               "," + Plan("Gate 10", "1", "-1", 1) + "]}";
-  for (const char* id : {"-1", "-2", "-4"}) {
-    EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":")" + std::string(id) + R"(","Type":1})"), expected) << id;
-  }
-  EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"-1"})"),
-            R"(true {"ErrorInfo":"","Total":0,"Plans":[)" + Plan("Public", "3", "-1", 0) + "]}");
+  ExpectAnswers();
 }
 
 TEST_F(PlanCallsTest, AGroupListsAndCountsAllItsPlansWhateverTheirType) {
@@ -36,16 +24,11 @@ TEST_F(PlanCallsTest, AGroupListsAndCountsAllItsPlansWhateverTheirType) {
   CacheView(View(0xFFFFFFF0, 5, "b", 1));
   CacheView(View(2, 5, "A", 0));
   CacheView(View(3, 6, "c", 2));
-  EXPECT_EQ(
-      Call(GetPlansInGroup, R"({"GroupID":"5","Type":2})"),
-      R"(true {"ErrorInfo":"","Total":2,"Plans":[)" + Plan("A", "2", "5", 0) + "," + Plan("b", "-16", "5", 1) + "]}");
+  ExpectAnswers();
 }
 
 TEST_F(PlanCallsTest, AnUnknownGroupFailsAndUnreadableIdsAskForGroupZero) {
-  constexpr char kUnknown[] = R"(false {"ErrorInfo":"KaBeAUoxlQkKBOqwV","Total":0,"Plans":[]})";
-  for (const char* id : {"7", "-3", "abc"}) {
-    EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":")" + std::string(id) + "\"}"), kUnknown) << id;
-  }
+  ExpectAnswers();
   CacheGroup(Group(0));
   EXPECT_EQ(Call(GetPlansInGroup, R"({"GroupID":"abc"})"), R"(true {"ErrorInfo":"","Total":0,"Plans":[]})");
 }
@@ -66,22 +49,16 @@ std::string SentPlan(const std::string& sent) {
                           "PlanPages[1]/SpliteType", "PlanPages[2]/SpliteType"}) {
     text += At(sent, std::string("/View/") + key) + " ";
   }
+  text.pop_back();
   return text;
 }
 
 TEST_F(PlanCallsTest, AddingSendsThePlanWithItsOwnerAndAnswersTheNewId) {
-  const std::pair<std::string, std::string> cases[] = {
-      {R"({"GroupID":"5","Name":"n","Type":0,"AutoCycle":1,"RoundTime":20,"OwnerId":"99",)"
-       R"("PlanPages":[{"windowDivision":4},{"windowDivision":9}]})",
-       "5 -1 1 20 n (none) 4 9 "},
-      {R"({"GroupID":"-2","Type":2})", "-1 7 0 0  (none) (none) (none) "},
-      // Unlike the other calls this one does not read -4 as "in no group".
-      {R"({"GroupID":"-4","Type":1})", "-4 7 0 0  (none) (none) (none) "},
-  };
   server.Answer(Accepted(R"({"View":{"ID":4294967280}})"));
-  for (const auto& [request, plan] : cases) {
+  // Unlike the other calls this one does not read -4 as "in no group".
+  for (const auto& [request, plan] : testing_support::Cases(CALL_TEXTS)) {
     EXPECT_EQ(Call(AddPlan, request), R"(true {"ErrorInfo":"","ID":"-16"})");
-    EXPECT_EQ(SentPlan(Sent()), "POST /NXAPI/Vantorel/Platform/V0/Views " + plan) << request;
+    EXPECT_EQ(SentPlan(Sent()), "POST /NXAPI/Vantorel/Platform/V0/Views " + plan.at(0)) << request;
   }
 }
 
@@ -94,7 +71,7 @@ TEST_F(PlanCallsTest, ChangingSendsThePlanAndMovesItInTheCache) {
     EXPECT_EQ(Call(UpdatePlan, R"({"ID":"3","Name":"after","Type":1,"AutoCycle":1,"RoundTime":20,"GroupID":")" +
                                    groupId + R"(","PlanPages":[{"windowDivision":4}],"is_share_view":true})"),
               R"(true {"ErrorInfo":""})");
-    EXPECT_EQ(SentPlan(Sent()), "PUT /NXAPI/Vantorel/Platform/V0/Views/3 " + sentId + " 7 1 20 after 1 4 (none) ");
+    EXPECT_EQ(SentPlan(Sent()), "PUT /NXAPI/Vantorel/Platform/V0/Views/3 " + sentId + " 7 1 20 after 1 4 (none)");
   }
   EXPECT_EQ(Members(5) + ViewName(3), "after");
   Call(UpdatePlan, R"({"ID":"3","Type":0})");
@@ -121,22 +98,11 @@ TEST_F(PlanCallsTest, WhatTheUserHasEditedHasNoGuidUntilTheServerTellsItAnew) {
   EXPECT_EQ(guid("3"), "guid");
 }
 
-class PlanGroupCallsTest : public CallTest {
- protected:
-  static std::string Children(const std::string& parent, const std::string& type = "0") {
-    return Call(GetPlanGroups, R"({"ParentID":")" + parent + R"(","GroupType":)" + type + "}");
-  }
-};
+class PlanGroupCallsTest : public CallTest {};
 
 TEST_F(PlanGroupCallsTest, TheRootHasThreeFoldersWhateverTypeIsAskedFor) {
-  constexpr char kFolders[] =
-      R"(true {"ErrorInfo":"","Total":3,"PlanGroups":[)"
-      R"({"Name":"PublicView","ParentID":"-1","ID":"-1","Type":0,"is_share_viwgroup":false},)"
-      R"({"Name":"PrivateView","ParentID":"-1","ID":"-1","Type":1,"is_share_viwgroup":false},)"
-      R"({"Name":"Qorvi-Quellan.cb64d4b556f94f928e4082f241a47a7c.name","ParentID":"-1","ID":"-1","Type":2,)"
-      R"("is_share_viwgroup":false}]})";
   CacheGroup(Group(1));
-  for (const char* type : {"0", "9"}) EXPECT_EQ(Children("root", type), kFolders);
+  ExpectAnswers();
 }
 
 TEST_F(PlanGroupCallsTest, ChildrenAreListedByTypeButCountedAltogether) {
@@ -144,10 +110,7 @@ TEST_F(PlanGroupCallsTest, ChildrenAreListedByTypeButCountedAltogether) {
   CacheGroup(Group(5, 3, "public", 0));
   CacheGroup(Group(9, 3, "private", 1));
   CacheGroup(Group(6, 5, "elsewhere", 1));
-  EXPECT_EQ(Children("3", "1"),
-            R"(true {"ErrorInfo":"","Total":3,"PlanGroups":[)"
-            R"({"Name":"private","ParentID":"3","ID":"9","Type":1,"is_share_viwgroup":false},)"
-            R"({"Name":"private too","ParentID":"3","ID":"-16","Type":1,"is_share_viwgroup":false}]})");
+  ExpectAnswers();
 }
 
 TEST_F(PlanGroupCallsTest, TheParentsIdIsReadAsANumberWithTwoNamesForTheTop) {
@@ -156,38 +119,17 @@ TEST_F(PlanGroupCallsTest, TheParentsIdIsReadAsANumberWithTwoNamesForTheTop) {
   CacheGroup(top);
   CacheGroup(Group(2, 0, "below zero"));
   CacheGroup(Group(3, 0xFFFFFFFD, "below -3"));
-  constexpr char kTop[] = R"(true {"ErrorInfo":"","Total":1,"PlanGroups":[)"
-                          R"({"Name":"top","ParentID":"-1","ID":"1","Type":0,"is_share_viwgroup":true}]})";
-  for (const char* id : {"-1", "-2", "-4", " -4x"}) EXPECT_EQ(Children(id), kTop) << id;
-  for (const char* id : {"0", "Root", "root "}) EXPECT_EQ(At(Children(id), "/PlanGroups[1]/Name"), "below zero") << id;
-  EXPECT_EQ(At(Children("-3"), "/PlanGroups[1]/Name"), "below -3");
+  ExpectAnswers();
 }
 
 TEST_F(PlanGroupCallsTest, AddingSendsTheGroupWithItsOwnerAndAnswersTheNewId) {
-  const struct {
-    std::string request, parent, owner, shared;
-  } cases[] = {
-      {R"("ParentID":"4","Type":0)", "4", "-1", "-1"},
-      {R"("ParentID":"-2","Type":1)", "-1", "7", "-1"},
-      {R"("ParentID":"-4","Type":2,"is_share_viewgroup":true)", "-1", "7", "1"},
-      {R"("ParentID":"-3","Type":2)", "-3", "7", "-1"},
-  };
   server.Answer(Accepted(R"({"ViewGroup":{"ID":42}})"));
-  for (const auto& c : cases) {
-    EXPECT_EQ(Call(AddPlanGroup, R"({"Name":"n",)" + c.request + "}"), R"(true {"ErrorInfo":"","ID":"42"})");
-    EXPECT_EQ(Sent(), R"(POST /NXAPI/Vantorel/Platform/V0/ViewGroups {"ViewGroup":{"ID":-1,"Name":"n",)"
-                      R"("ParentViewGroupID":)" +
-                          c.parent + R"(,"UserID":)" + c.owner + R"(,"IsSharedView":)" + c.shared +
-                          R"(,"SequenceIndex":-1}})");
-  }
+  ExpectAnswers();
 }
 
 TEST_F(PlanGroupCallsTest, RenamingSendsNameAndFlagOnlyAndDoesNotFoldTheId) {
   server.Answer(Accepted());
-  EXPECT_EQ(Call(UpdatePlanGroup, R"({"ID":"-2","Name":"after","is_share_viewgroup":true,"ParentID":"8"})"),
-            R"(true {"ErrorInfo":""})");
-  EXPECT_EQ(Sent(), R"(PUT /NXAPI/Vantorel/Platform/V0/ViewGroups/4294967294 {"ViewGroup":{"ID":-2,"Name":"after",)"
-                    R"("ParentViewGroupID":-1,"UserID":-1,"IsSharedView":1,"SequenceIndex":-1}})");
+  ExpectAnswers();
 }
 
 TEST_F(PlanGroupCallsTest, DeletingAsksTheServerOnlyForAKnownGroup) {

@@ -98,11 +98,7 @@ TEST_F(PlanDetailTest, AnUnknownPlanHasNoFieldsAtAll) {
 
 TEST_F(PlanDetailTest, APlanIsToldWithItsOwnFields) {
   CacheView({0xFFFFFFF0, "guid", "name", kNoId, 2, kNoId, -1, 1, 20, {}, 0, true, "zoe"});
-  EXPECT_EQ(
-      Call(GetPlanDetail, R"({"AutoRun":5,"ID":"-16"})"),
-      R"(true {"ErrorInfo":"","GroupID":"-1","ID":"-16","Name":"name","Type":2,"AutoCycle":1,"RoundTime":20,)"
-      R"("AppCode":"guid","Remark":"","OwnerId":"","CreateTime":"","AutoRun":0,"PlanStartTime":"","PlanEndTime":"",)"
-      R"("PlanPages":[],"is_share_view":true,"share_user_name":"zoe"})");
+  ExpectAnswers();
 }
 
 TEST_F(PlanDetailTest, PagesWithoutWindowsAreLeftOut) {
@@ -189,24 +185,9 @@ TEST(PlanConversionTest, KindsOfContentDifferOnlyForTheEmptyWindow) {
   }
 }
 
-constexpr char kFullItem[] =
-    R"({"Sequence":3,"ResourceType":7001,"ResourceID":"11","SiteID":"12","ResourceName":"map",)"
-    R"("OnlineStatus":5,"ResourceCapability":"c","StreamType":2,"ConnectType":6,"CameraType":7,"PresetId":13,)"
-    R"("PresetName":"preset","IsDelete":true,"PermissionItem":"p","RelateResourceType":4,"RelateResourceID":14,)"
-    R"("RelateResourceName":"door","ExtendResource":"extend","DeviceID":8,"WindowNo":15,"Xtop":"0.125000","Ytop":"0.250000",)"
-    R"("Xbottom":"0.500000","Ybottom":"1.000000","PresetPointIndex":9,"CruiseIndex":16,"TrackIndex":17,)"
-    R"("FishEye":{"is_fisheye_open":true,"mount_type":1,"expand_mode":2,"window_no":4,)"
-    R"("FisheyeWndParam":[{"WndNo":1,"PosX":"1.5","PosY":"-2","Zoom":"3e1"},{"WndNo":2}]},)"
-    R"("Emap":{"LoadMode":2,"PosX":"x","PosY":"y","ScaleSize":18,"ExtendInfo":"more"},)"
-    R"("CenterMark":{"TopX":250,"TopY":500,"BottomX":750,"BottomY":1000,"StreamType":1},)"
-    R"("ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":100,"TopY":200,"BottomX":300,"BottomY":-400}]},)"
-    R"("RelatedZoomWindow":{"ViewItemWindowNo":"2","ZoomWindowNo":19},)"
-    R"("CycleInfo":{"cycle_type":2,"cycle_time":20,"CycleName":"round","CycleResourceID":[)"
-    R"({"SiteID":"21","ResourceID":"4294967295","ResourceName":"dropped"},{"SiteID":"x"}]}})";
-
 // Names, capabilities and the numbers that the model has no place for are gone; the window number is the sequence.
 TEST(PlanConversionTest, AWindowComesBackAsTheModelHoldsIt) {
-  const auto item = Read<protocol::PlanItem>(kFullItem);
+  const auto item = Read<protocol::PlanItem>(testing_support::Cases(CALL_TEXTS).at(0).text);
   auto expected = item;
   expected.ResourceName = expected.ResourceCapability = expected.PresetName = expected.PermissionItem = "";
   expected.ConnectType = expected.CameraType = expected.DeviceID = expected.PresetPointIndex = 0;
@@ -237,19 +218,9 @@ TEST(PlanConversionTest, ACameraWindowCarriesItsPresetsNameAsItsExtendText) {
 }
 
 TEST(PlanConversionTest, NumbersComeBackWithTheirSignAndUnreadableOnesAsZero) {
-  const std::pair<const char*, const char*> cases[] = {
-      {R"({"Sequence":-2,"WindowNo":-6})", R"("WindowNo":-2,)"},
-      {R"({"PresetId":-3})", R"("PresetId":-3,)"},
-      {R"({"ZoomWindowList":{"ZoomMode":-2}})", R"("ZoomWindowList":{"ZoomMode":-2,"ZoomWindow":[]})"},
-      {R"({"CruiseIndex":-4,"TrackIndex":-5})", R"("CruiseIndex":-4,"TrackIndex":-5,)"},
-      {R"({"SiteID":"-1","ResourceID":"-7"})", R"("ResourceID":"-7","SiteID":"-1",)"},
-      {R"({"SiteID":"","ResourceID":"abc"})", R"("ResourceID":"0","SiteID":"0",)"},
-      {R"({"Xtop":"","Ytop":"x","Xbottom":" .5y"})",
-       R"("Xtop":"0.000000","Ytop":"0.000000","Xbottom":"0.500000","Ybottom":"-1.000000",)"},
-  };
-  for (const auto& [read, expected] : cases) {
+  for (const auto& [read, expected] : testing_support::Cases(CALL_TEXTS)) {
     const std::string written = Written(ToPlanItem(ToWindow(Read<protocol::PlanItem>(read))));
-    EXPECT_NE(written.find(expected), std::string::npos) << read << written;
+    EXPECT_NE(written.find(expected.at(0)), std::string::npos) << read << written;
   }
 }
 

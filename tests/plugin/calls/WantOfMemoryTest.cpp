@@ -15,17 +15,9 @@ using failing_memory::FailAt;
 using failing_memory::Stop;
 using failing_memory::Want;
 
-constexpr char kGroups[] = R"({"ID":1,"Name":"one"},{"ID":2,"Name":"two","ParentViewGroupID":1})";
-constexpr char kViews[] =
-    R"({"ID":5,"Name":"five","ViewGroupID":1,"PlanPages":[{"PlanViewItem":[{"WindowNo":1,"ResourceType":1001,)"
-    R"("ResourceID":9,"RelateResourceName":"a resource with a long name","Cycle":{"CycleName":"round the whole house",)"
-    R"("ID":[{"SiteID":1,"ResourceID":2}]},"Emap":{"ExtendInfo":"of the second floor"},"RelatedZoomWindow":)"
-    R"({"ZoomWindowList":{"ZoomWindow":[{"No":1}]}}}]}]},{"ID":6,"Name":"a name that no small string holds","ViewGroupID":2,)"
-    R"("PlanPages":[{"PlanViewItem":[{"RelateResourceName":"a long name \u0026 an escape in it","Cycle":{"CycleName":)"
-    R"("round the whole house","ID":[{"SiteID":1,"ResourceID":2}]},"RelatedZoomWindow":{"ViewItemWindowNo":"17"}}]}]},{"ID":7,"Name":"seven"})";
-constexpr char kPlan[] =
-    R"("Name":"a plan with a name of some length","GroupID":"2","PlanPages":[{"windowDivision":4,"PlanItems":)"
-    R"([{"Sequence":0,"ResourceType":1001,"ResourceID":"9"},{"Sequence":1,"ResourceType":1001,"ResourceID":"10"}]}]})";
+// Elements of a list of groups, and of one of views.
+const auto kLists = testing_support::Cases(CALL_TEXTS, "WantOfMemoryTest");
+const std::string kGroups = kLists.at(0).text, kViews = kLists.at(1).text;
 
 // These elements, with the number of their change.
 std::string WithNumber(const std::string& elements, const std::string& number) {
@@ -94,60 +86,38 @@ class WantOfMemoryTest : public CallTest {
 
 TEST_F(WantOfMemoryTest, EveryExchangeFailsCleanlyAtEveryAllocation) {
   Users().SetDownload({std::make_shared<ResourceStore::CUserInfo>(1, "a user whose name is long", true, 0)}, {});
-  const struct {
-    const char* name;
-    Exchange exchange;
-    std::string request;
-    std::string reply;
-    std::string event = "";  // of the same edit, of a group or a view
-  } cases[] = {
-      {"GetPlanGroups", GetPlanGroups, R"({"ParentID":"1"})", ""},
-      {"GetPlanGroups of the root", GetPlanGroups, R"({"ParentID":"root"})", ""},
-      {"GetPlansInGroup", GetPlansInGroup, R"({"GroupID":"2"})", ""},
-      {"GetPlanDetail", GetPlanDetail, R"({"ID":"5"})", ""},
-      {"GetPlanConfig", GetPlanConfig, "{}", ""},
-      {"GetCurrentUser", GetCurrentUser, "{}", ""},
-      {"GetAllUserInfo", GetAllUserInfo, "{}", ""},
-      {"AddPlanGroup", AddPlanGroup, R"({"Name":"a group with a long name","ParentID":"1"})",
-       R"({"ViewGroup":{"ID":77}})", R"({"ID":77,"Name":"a group with a long name","ParentViewGroupID":1})"},
-      {"UpdatePlanGroup", UpdatePlanGroup, R"({"ID":"2","Name":"another name, as long"})", "{}",
-       R"({"ID":2,"Name":"another name, as long","ParentViewGroupID":1,"Method":1})"},
-      {"DeletePlanGroup", DeletePlanGroup, R"({"ID":"2"})", "{}", R"({"ID":2,"Method":2})"},
-      {"AddPlan", AddPlan, std::string("{") + kPlan, R"({"View":{"ID":77}})",
-       R"({"ID":77,"Name":"a plan with a name of some length","ViewGroupID":2})"},
-      {"UpdatePlan", UpdatePlan, std::string(R"({"ID":"5",)") + kPlan, "{}",
-       R"({"ID":5,"Name":"a plan with a name of some length","ViewGroupID":1,"Method":1})"},
-      {"DeletePlan", DeletePlan, R"({"ID":"5"})", "{}", R"({"ID":5,"Method":2})"},
-      {"ViewShareUsers", ViewShareUsers, R"({"share_users":"3","view_id":"5"})", "{}"},
-      {"GetClientViewConfig", GetClientViewConfig, "{}", R"({"Config":{"ID":5,"Type":1}})"},
-      {"SetClientViewConfig", SetClientViewConfig, R"({"view_type":1,"view_id":"5"})", "{}"},
-  };
   for (const bool isNumbered : {false, true}) {
-    for (const auto& c : cases) {
-      if (isNumbered && c.event.empty()) continue;
-      SCOPED_TRACE(std::string(c.name) + (isNumbered ? " with numbers" : ""));
-      const bool ofGroups = std::string(c.name).ends_with("Group");
-      const auto hear = [&] { Change(ofGroups, Document(ofGroups, WithNumber(c.event, "20"))); };
-      const std::string more = isNumbered ? std::string(c.reply == "{}" ? "" : ",") + R"("ChangeNumber":"20"})" : "}";
-      server.Answer(Accepted(c.reply.empty() ? "{}" : c.reply.substr(0, c.reply.size() - 1) + more));
+    for (const auto& row : testing_support::Cases(CALL_TEXTS)) {
+      const size_t blank = row.text.find(' ');
+      const std::string name = row.text.substr(0, blank), request = row.text.substr(blank + 1);
+      const std::string reply = row.expected.at(0);
+      // Of the same edit, of a group or a view.
+      const std::string event = row.expected.size() > 1 ? row.expected[1] : "";
+      if (isNumbered && event.empty()) continue;
+      SCOPED_TRACE(row.text + (isNumbered ? " with numbers" : ""));
+      const Exchange exchange = kExchanges.at(name);
+      const bool ofGroups = name.ends_with("Group");
+      const auto hear = [&] { Change(ofGroups, Document(ofGroups, WithNumber(event, "20"))); };
+      const std::string more = isNumbered ? std::string(reply == "{}" ? "" : ",") + R"("ChangeNumber":"20"})" : "}";
+      server.Answer(Accepted(reply.empty() ? "{}" : reply.substr(0, reply.size() - 1) + more));
       Load(isNumbered);
       const std::string before = Cache();
       if (isNumbered) hear();
       const std::string told = Cache();
       Load(isNumbered);
       std::string response;
-      ASSERT_TRUE(c.exchange(c.request, response));
+      ASSERT_TRUE(exchange(request, response));
       const std::string after = Cache();
       const auto call = [&] {
         response = "old";
-        return c.exchange(c.request, response);
+        return exchange(request, response);
       };
       AtEachMoment(
           2, [&] { Load(isNumbered); }, call,
           [&](bool succeeded, Want) {
             NetLink::CRapidJsonProto document;
             EXPECT_TRUE(document.set_str(response)) << response;
-            if (!succeeded && (c.exchange == AddPlan || c.exchange == AddPlanGroup)) {
+            if (!succeeded && name.starts_with("Add")) {
               EXPECT_TRUE(response == "{}" || At(response, "/ID") == "-1") << response;
             }
             // Memory may also run out when all is done and only the answer is left to be written.
@@ -207,23 +177,12 @@ TEST_F(WantOfMemoryTest, TheErrorTextOfALoadIsAnsweredByTheNextPollAtTheLatest) 
 }
 
 TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAgain) {
-  const struct {
-    bool ofGroups;
-    const char* elements;
-  } changes[] = {
-      {true, R"({"ID":77,"Name":"an added group of long name","ParentViewGroupID":1},{"ID":1,"Name":"ONE","Method":0},)"
-             R"({"ID":2,"Name":"a changed group of long name","Method":1},{"ID":78,"Name":"unknown","Method":1})"},
-      {true, R"({"ID":2,"Method":2},{"ID":78,"Method":2})"},
-      {false,
-       R"({"ID":77,"Name":"an added view of long name","ViewGroupID":2},{"ID":7,"Name":"again","ViewGroupID":1},)"
-       R"({"ID":6,"Name":"a changed view of long name","ViewGroupID":2,"Method":1},)"
-       R"({"ID":78,"ViewGroupID":2,"Method":1},{"ID":5,"ViewGroupID":1,"Method":2})"},
-  };
   NotingObserver observer;
   for (const bool isNumbered : {false, true}) {
-    for (const auto& c : changes) {
+    for (const auto& c : testing_support::Cases(CALL_TEXTS)) {
+      const bool ofGroups = c.expected.at(0) == "groups";
       const auto document = [&](const std::string& text, const char* number) {
-        return Document(c.ofGroups, isNumbered ? WithNumber(text, number) : text);
+        return Document(ofGroups, isNumbered ? WithNumber(text, number) : text);
       };
       // Views that overtook their group, and what waits for its object.
       const auto begin = [&] {
@@ -231,12 +190,12 @@ TEST_F(WantOfMemoryTest, AChangeWithANumberThatWasLostIsMadeWholeWhenItIsToldAga
         Observe(observer, kViewGroup, "2");
         Change(false, ViewsDocument(WithNumber(R"({"ID":8,"Name":"eight","ViewGroupID":77})", "11")));
       };
-      const auto change = [&c, told = document(c.elements, "20")] { return Change(c.ofGroups, told); };
+      const auto change = [ofGroups, told = document(c.text, "20")] { return Change(ofGroups, told); };
       // Without numbers it may be lost, but does no harm.
       const auto end = [&] {
         if (!isNumbered) Load(false);
         change();
-        Change(c.ofGroups, document(R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})", "19"));
+        Change(ofGroups, document(R"({"ID":78,"Name":"late","ParentViewGroupID":1,"ViewGroupID":1})", "19"));
         return Cache();
       };
       begin();

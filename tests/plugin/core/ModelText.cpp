@@ -44,8 +44,10 @@ std::string Show(const Value& value) {
   }
 }
 
+}  // namespace
+
 template <class Record>
-std::string DifferenceOf(const Record& base, const Record& actual) {
+std::string Difference(const Record& base, const Record& actual) {
   std::string text;
   ForEachField<Record>([&](const auto& field) {
     const std::string value = Show(actual.*field.member);
@@ -54,16 +56,8 @@ std::string DifferenceOf(const Record& base, const Record& actual) {
   return text;
 }
 
-}  // namespace
-
-std::string Difference(const CameraGridStruct& base, const CameraGridStruct& actual) {
-  return DifferenceOf(base, actual);
-}
-std::string Difference(const ViewInfo& base, const ViewInfo& actual) {
-  return DifferenceOf(base, actual);
-}
-std::string Difference(const ViewGroupInfo& base, const ViewGroupInfo& actual) {
-  return DifferenceOf(base, actual);
-}
+template std::string Difference(const CameraGridStruct&, const CameraGridStruct&);
+template std::string Difference(const ViewInfo&, const ViewInfo&);
+template std::string Difference(const ViewGroupInfo&, const ViewGroupInfo&);
 
 }  // namespace core_test

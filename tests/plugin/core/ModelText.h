@@ -9,10 +9,9 @@
 
 namespace core_test {
 
-// The fields in which `actual` differs from `base`, as "name=value" joined by blanks; texts in quotes.
-std::string Difference(const QorviViewPlugin::CameraGridStruct& base, const QorviViewPlugin::CameraGridStruct& actual);
-// The own fields; pages as "[split type 'custom split' windows n]".
-std::string Difference(const QorviViewPlugin::ViewInfo& base, const QorviViewPlugin::ViewInfo& actual);
-std::string Difference(const QorviViewPlugin::ViewGroupInfo& base, const QorviViewPlugin::ViewGroupInfo& actual);
+// The fields in which `actual` differs from `base`, as "name=value" joined by blanks; texts in quotes, a view's pages
+// as "[split type 'custom split' windows n]". Of CameraGridStruct, ViewInfo and ViewGroupInfo.
+template <class Record>
+std::string Difference(const Record& base, const Record& actual);
 
 }  // namespace core_test

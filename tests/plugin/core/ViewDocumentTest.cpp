@@ -37,22 +37,9 @@ CameraGridStruct ReadWindowText(const std::string& window, DocumentOrigin origin
   return view.vcPages.at(0).vcWindows.at(0);
 }
 
-// As they are written.
-const std::string kView =
-    R"("ID":17,"Name":"Lobby","ViewGroupID":3,"UserID":8,"SequenceIndex":5,"AutoCycle":1,"CycleTime":30,)";
-const std::string kWindow =
-    R"("SequenceIndex":2,"ResourceType":7001,"SiteID":31,"ResourceID":501,"RelateResourceID":77,)"
-    R"("RelateResourceName":"Gate \"A\"","RelateResourceType":1002,"ExtendResource":"http://example/","WindowNo":4,)"
-    R"("Xtop":"0.250000","Ytop":"-1.000000","Xbottom":"0.100000","Ybottom":"1.000000","PresetPointIndex":7,)"
-    R"("CruiseIndex":8,"TrackIndex":-1,"StreamType":2,"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":4,)"
-    R"("FishEyeInfo":[{"No":1,"PosX":"0.500000","PosY":"-0.500000","Zoom":"2.000000"},)"
-    R"({"No":2,"PosX":"0.000000","PosY":"0.000000","Zoom":"0.000000"}]},"Cycle":{"Type":1,"CycleTime":20,)"
-    R"("CycleName":"doors","ID":[{"SiteID":5,"ResourceID":9},{"SiteID":-1,"ResourceID":10}]},)"
-    R"("Emap":{"LoadMode":3,"PosX":"120.5","PosY":"30.25","ScaleSize":14,"ExtendInfo":"more"},)"
-    R"("CenterMark":{"TopX":123,"TopY":500,"BottomX":1000,"BottomY":-250,"StreamType":1},)"
-    R"("ZoomWindowList":{"ZoomMode":2,"ZoomWindow":[{"No":1,"TopX":250,"TopY":500,"BottomX":750,"BottomY":1000},)"
-    R"({"No":2,"TopX":-1000,"TopY":-1000,"BottomX":-1000,"BottomY":-1000}]},)"
-    R"("RelatedZoomWindow":{"ViewItemWindowNo":"3","ZoomWindowNo":1})";
+// The members of a view and of a window as they are written.
+const auto kWritten = testing_support::Cases(READ_TEXTS, "HoldsEveryGroupInTheServersOrder");
+const std::string kView = kWritten.at(0).text, kWindow = kWritten.at(1).text;
 
 // A view with that window, and what does not travel with it.
 ViewInfo ViewWithEverything() {
@@ -70,18 +57,8 @@ ViewInfo ViewWithEverything() {
 
 TEST(AWrittenView, HoldsEveryGroupInTheServersOrder) {
   ViewInfo view = ViewWithEverything();
-  EXPECT_EQ(Difference(ViewInfo(), view),
-            "idView=17 strGUID='g' strName='Lobby' idViewGroup=3 enumViewType=1 idUser=8 nSequenceIndex=5 nAutoCycle=1 "
-            "nCycleTime=30 vcPages=[4 '1x2' windows 1][1 '' windows 0] nMethod=1");
-  EXPECT_EQ(Difference(CameraGridStruct(), view.vcPages[0].vcWindows[0]),
-            "idView=17 uIndex=4 n_seq_index=2 camera_workstation_id=31 id_element_=501 enum_resource_type_=7001 "
-            "struRect=(0.25,-1,0.1,1) uPresetIndex=4294967303 uCruiseIndex=8 stream_type=2 map_center_x='120.5' "
-            "map_center_y='30.25' map_scale_size=14 map_more_info='more' relate_type=4 relate_id=77 "
-            "relate_name='Gate \"A\"' map_load_type=3 extend_resource='http://example/' enable_calibration=1 "
-            "calibration_info=((0.1234,0.5,1,-0.25),1) zoom_mode=2 "
-            "local_wins=[(1,(0.25,0.5,0.75,1))][(2,(-1,-1,-1,-1))] relate_view_win_no='3' relate_draw_box_no=1 "
-            "b_enable_fish_eye=1 fisheye_info=(1,2,4,[(1,0.5,-0.5,2)][(2,0,0,0)]) "
-            "single_cycle=(1,20,'doors',[(5,9)][(4294967295,10)])");
+  EXPECT_EQ(Difference(ViewInfo(), view), kWritten[0].expected.at(0));
+  EXPECT_EQ(Difference(CameraGridStruct(), view.vcPages[0].vcWindows[0]), kWritten[1].expected.at(0));
   view.bShared = true;
   EXPECT_EQ(WriteViewDocument(view),
             R"({"View":{)" + kView + R"("SharedUserID":1,"PlanPages":[{"SpliteType":4,"CustomSplite":"MXgy",)" +
@@ -95,13 +72,7 @@ TEST(AWrittenView, LeavesOutWhatANewWindowDoesNotHave) {
   window.single_cycle = {SingleWndCycleAreas, 20, "a cycle through nothing", {}};
   window.map_center_x = "not an e-map";
   window.zoom_mode = ZoomMode{3};  // written without zoom windows, too
-  EXPECT_EQ(WriteViewDocument(view),
-            R"({"View":{"ID":-1,"Name":"","ViewGroupID":-1,"UserID":-1,"SequenceIndex":-1,"AutoCycle":0,"CycleTime":0,)"
-            R"("PlanPages":[{"SpliteType":0,"CustomSplite":"","PlanViewItem":[{"SequenceIndex":-1,"ResourceType":1001,)"
-            R"("SiteID":-1,"ResourceID":-1,"RelateResourceID":-1,"RelateResourceName":"","RelateResourceType":-1,)"
-            R"("ExtendResource":"","WindowNo":0,"Xtop":"-1.000000","Ytop":"-1.000000","Xbottom":"-1.000000",)"
-            R"("Ybottom":"-1.000000","PresetPointIndex":-1,"CruiseIndex":-1,"TrackIndex":-1,"StreamType":0,)"
-            R"("ZoomWindowList":{"ZoomMode":3},"RelatedZoomWindow":{"ViewItemWindowNo":"","ZoomWindowNo":-1}}]}]}})");
+  EXPECT_EQ(WriteViewDocument(view), testing_support::Cases(READ_TEXTS).at(0).text);
 }
 
 TEST(AWrittenView, EscapesTextsAsRapidJsonDoes) {
@@ -197,19 +168,10 @@ TEST(AReadGroup, IsSharedOnlyWhereADownloadSaysOne) {
 }
 
 TEST(AReadChangeNumber, IsDecimalDigitsOrNone) {
-  const auto expectRead = [](const std::string& text, ChangeNumber number) {
-    const std::string element = R"({"ChangeNumber":)" + text + "}";
-    EXPECT_EQ(ReadViewText(element, DocumentOrigin::Download).nChangeNumber, number) << text;
-    EXPECT_EQ(ReadGroupText(element, DocumentOrigin::Download).nChangeNumber, number) << text;
-  };
-  expectRead("11", 11);
-  for (const std::string number : {"3", "9223372036854775808", "18446744073709551615"}) {
-    expectRead('"' + number + '"', std::stoull(number));
-  }
-  for (const char* none : {R"("18446744073709551616")", R"("0")", "0", R"("")", R"("x")", R"("-11")", "-11", R"(" 11")",
-                           R"("11.5")", "null", "true", "{}", R"(["11"])"}) {
-    expectRead(none, 0);
-  }
+  ExpectCases([](const std::string& element, DocumentOrigin origin) {
+    return std::to_string(ReadViewText(element, origin).nChangeNumber) + " " +
+           std::to_string(ReadGroupText(element, origin).nChangeNumber);
+  });
 }
 
 TEST(AWrittenView, ComesBackAsItWasButForTheKnownAsymmetries) {

@@ -41,31 +41,20 @@ void ExpectSame(const std::string& text) {
   ASSERT_EQ(Outcome(ReadViewList, text), Outcome(ReadViewListByPaths, text)) << text;
 }
 
-const std::string kWindow =
-    R"({"SequenceIndex":"3","ResourceType":1001,"SiteID":1,"ResourceID":-1,"RelateResourceID":7,)"
-    R"("RelateResourceName":"T\u00fcr","RelateResourceType":1002,"ExtendResource":"a\"b","WindowNo":2,)"
-    R"("Xtop":"0.25","Ytop":"-1.0","Xbottom":"1e2","Ybottom":"x","PresetPointIndex":4,"CruiseIndex":-1,)"
-    R"("TrackIndex":5,"StreamType":1,"FishEye":{"MountType":1,"ExpandMode":2,"FishParentNo":3,)"
-    R"("FishEyeInfo":[{"No":1,"PosX":"0.5","PosY":"1","Zoom":"2"},{"No":2}]},)"
-    R"("Cycle":{"Type":1,"CycleTime":9,"CycleName":"round","ID":[{"SiteID":1,"ResourceID":2},{"SiteID":3}]},)"
-    R"("CenterMark":{"TopX":250,"TopY":1,"BottomX":-5,"BottomY":1000,"StreamType":1},)"
-    R"("ZoomWindowList":{"ZoomMode":1,"ZoomWindow":[{"No":1,"TopX":250,"TopY":0,"BottomX":3,"BottomY":4}]},)"
-    R"("RelatedZoomWindow":{"ViewItemWindowNo":"-1","ZoomWindowNo":6},)"
-    R"("ExtendInfo":"{\"playParams\":{\"DigitZoom\":{\"Xtop\":\"0.75\"}}}"})";
-const std::string kEmap =
-    R"({"ResourceType":7000,"Emap":{"LoadMode":2,"PosX":"1.5","PosY":"2.5","ScaleSize":3,"ExtendInfo":"layer"}})";
+const auto kTexts = testing_support::Cases(LIST_DOCUMENTS, "A view of windows, a window, and one with an e-map");
+const std::string kWindow = kTexts.at(1).text, kEmap = kTexts.at(2).text;
 
-std::string ViewText(const std::string& windows) {
-  return R"({"ID":9,"GUID":"g","Name":"Entr\u00e9e","ViewGroupID":1,"UserID":3,"SequenceIndex":4,"AutoCycle":1,"CycleTime":20,)"
-         R"("SharedUserID":7,"SharedUserName":"u","ChangeNumber":"51","PlanPages":[{"SpliteType":4,"CustomSplite":"YWI=",)"
-         R"("PlanViewItem":[)" +
-         windows + R"(]},{"SpliteType":1}],"Method":1})";
+std::string Filled(std::string text, const std::string& name, const std::string& part) {
+  const size_t at = text.find(name);
+  return at == std::string::npos ? text : text.replace(at, name.size(), part);
 }
 
-enum class Way { AsAsked, InAnyOrder, ByPaths };
+std::string ViewText(const std::string& windows) {
+  return Filled(kTexts.at(0).text, "<windows>", windows);
+}
 
 // How a view is read: the result would be the same in any way, but not the cost.
-Way WayOfReading(const std::string& view) {
+std::string WayOfReading(const std::string& view) {
   UsualText text(view);
   TextCursor cursor(text);
   const auto isRead = [&](TextCursor::Order order) {
@@ -73,8 +62,8 @@ Way WayOfReading(const std::string& view) {
     ReadView(cursor, DocumentOrigin::Download);
     return cursor.End() == text.End();
   };
-  if (isRead(TextCursor::Order::AsAsked)) return Way::AsAsked;
-  return cursor.MayBeInOtherOrder() && isRead(TextCursor::Order::Any) ? Way::InAnyOrder : Way::ByPaths;
+  if (isRead(TextCursor::Order::AsAsked)) return "as asked";
+  return cursor.MayBeInOtherOrder() && isRead(TextCursor::Order::Any) ? "in any order" : "by paths";
 }
 
 // The members of each object in another order, some of them left out.
@@ -129,36 +118,15 @@ std::string Unknown(int from, int to) {
 TEST(AView, IsReadInOnePassWhereItIsUsual) {
   const std::string usual = ViewText(kWindow + "," + kEmap);
   std::mt19937 random(28);
-  for (const auto& [view, way] : std::initializer_list<std::pair<std::string, Way>>{
-           {usual, Way::AsAsked},
-           {R"({ "ID" : 2147483647 , "UserID" : -2147483648 , "SequenceIndex" : 0 })", Way::AsAsked},
-           {R"({"ID":1,"PlanPages":null})", Way::AsAsked},
-           {R"({"ID":1,"PlanPages":[],"More":[{"a":1.5,"b":"\n"}]})", Way::AsAsked},
-           {R"({"ID":1,"PlanPages":{"PlanViewItem":{"Cycle":null}}})", Way::AsAsked},
-           {R"({"ID":1,"Name":"Stra\u00dfe \ud83d\ude00","AutoCycle":-1})", Way::AsAsked},
-           {R"({"ID":1,"More":1,"More":2,"Author":3,"Icon":4})", Way::AsAsked},
-           {R"({"PlanPages":[{"PlanViewItem":[{"ResourceType":1002,"Emap":{},"CenterMark":{},"ZoomWindowList":{}}]}]})",
-            Way::AsAsked},
-           {Pretty(usual), Way::AsAsked},
-           {Pretty(Shuffled(usual, random)), Way::InAnyOrder},
-           {R"({"ID":1,"More":{"ID":2},"Name":"n"})", Way::InAnyOrder},
-           {R"({"PlanPages":[{"PlanViewItem":[{"WindowNo":1,"SiteID":2}],"SpliteType":1}],"Method":1,"ID":1})",
-            Way::InAnyOrder},
-           {R"({"Method":1,"PlanPages":[],"ChangeNumber":"5","CycleTime":1,"Name":"n","GUID":"g","ID":1})",
-            Way::InAnyOrder},
-           {R"({"Name":"n",)" + Unknown(0, 200) + R"("ID":1})", Way::InAnyOrder},
-           {R"({"Name":"n",)" + Unknown(0, 300) + R"("ID":1})", Way::ByPaths},
-           {R"({"Name":"n",)" + Unknown(0, 50) + Unknown(30, 31) + R"("ID":1})", Way::ByPaths},
-           {R"({"ID":2147483648})", Way::ByPaths},
-           {R"({"ID":"1"})", Way::ByPaths},
-           {R"({"ID":1,"ID":1})", Way::ByPaths},
-           {R"({"ID":1,"I\u0044":2})", Way::ByPaths},
-           {R"({"Name":"n","ID":1,"More":2,"Name":"n"})", Way::ByPaths},
-           {R"({"PlanPages":[{"PlanViewItem":[{"SiteID":1,"WindowNo":2,"SiteID":3}]}],"ID":1})", Way::ByPaths},
-           {R"({"ID":1,"PlanPages":[1]})", Way::ByPaths},
-           {R"({"ID":1,"":1,"":2})", Way::AsAsked},
-           {R"({"":1,"":2,"ID":1})", Way::ByPaths}}) {
-    EXPECT_EQ(WayOfReading(view), way) << view;
+  std::vector<testing_support::Case> views = testing_support::Cases(LIST_DOCUMENTS);
+  views.insert(views.end(), {{usual, {"as asked"}},
+                             {Pretty(usual), {"as asked"}},
+                             {Pretty(Shuffled(usual, random)), {"in any order"}},
+                             {R"({"Name":"n",)" + Unknown(0, 200) + R"("ID":1})", {"in any order"}},
+                             {R"({"Name":"n",)" + Unknown(0, 300) + R"("ID":1})", {"by paths"}},
+                             {R"({"Name":"n",)" + Unknown(0, 50) + Unknown(30, 31) + R"("ID":1})", {"by paths"}}});
+  for (const auto& [view, way] : views) {
+    EXPECT_EQ(WayOfReading(view), way.at(0)) << view;
     ExpectSame(ViewsDocument(view));
   }
 }
@@ -170,7 +138,7 @@ TEST(ViewList, IsReadAsByPathsInWhateverOrderItsMembersStand) {
   for (int round = 0; round < 1000; ++round) {
     const std::string first = Shuffled(view, random), second = Shuffled(view, random);
     ASSERT_NO_FATAL_FAILURE(ExpectSame(ViewsDocument(first + "," + second)));
-    inAnyOrder += WayOfReading(first) == Way::InAnyOrder;
+    inAnyOrder += WayOfReading(first) == "in any order";
   }
   EXPECT_GT(inAnyOrder, 950);
 }
@@ -190,13 +158,8 @@ TEST(ViewList, IsReadAsByPathsWhateverItsForm) {
            ViewsDocument(R"({"ID":1e-99999999999,"UserID":0.)" + std::string(400, '0') + "1}")}) {
     ExpectSame(document);
   }
-  for (auto [document, none] : testing_support::Cases(LIST_DOCUMENTS)) {
-    for (const auto& [name, text] :
-         {std::pair{"<view>", view}, std::pair{"<list>", list}, std::pair{"<status>", status}}) {
-      const size_t at = document.find(name);
-      if (at != std::string::npos) document.replace(at, std::string(name).size(), text);
-    }
-    ExpectSame(document);
+  for (const auto& [document, none] : testing_support::Cases(LIST_DOCUMENTS)) {
+    ExpectSame(Filled(Filled(Filled(document, "<view>", view), "<list>", list), "<status>", status));
   }
 }
 
