@@ -14,6 +14,7 @@
 #include "server/commands/Commands.h"
 #include "server/login/Accounts.h"
 #include "server/store/Database.h"
+#include "server/store/FileLock.h"
 
 namespace server::test {
 namespace {
@@ -79,6 +80,15 @@ TEST_F(ProgramTest, TheProgramsStatusTells) {
   RunAll();
   SQLite::Database(File(), SQLite::OPEN_READWRITE).exec("UPDATE views SET name = ''");
   EXPECT_EQ(Run("viewserver --data site.db check"), 1);
+}
+
+// The lock's descriptor is 0 then.
+TEST_F(ProgramTest, AStoreIsGivenBackWhereStandardInputIsClosedToo) {
+  const int input = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(FailureOf([this] { FileLock lock(Path("other.db")); }), "");
+  dup2(input, STDIN_FILENO);
+  close(input);
 }
 
 }  // namespace
