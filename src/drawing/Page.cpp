@@ -4,6 +4,7 @@
 #include <QJsonArray>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "drawing/SafeText.h"
 
@@ -16,6 +17,16 @@ QString Text(const QJsonObject& object, const char* key) {
 
 int Number(const QJsonObject& object, const char* key, int otherwise = 0) {
   return object[QLatin1String(key)].toInt(otherwise);
+}
+
+// Answers have a window's ids signed, and those in cycles unsigned.
+QString Id(const QJsonObject& object, const char* key) {
+  const QString text = Text(object, key);
+  bool isNumber = false;
+  const qint64 number = text.toLongLong(&isNumber);
+  if (!isNumber) return text;
+  const auto id = static_cast<quint32>(number);
+  return id == 0 || id == std::numeric_limits<quint32>::max() ? QString() : QString::number(id);
 }
 
 QJsonObject Object(const QJsonObject& object, const char* key) {
@@ -90,7 +101,7 @@ void ReadCycle(const QJsonObject& item, Window& window) {
   cycle.name = Text(read, "CycleName");
   for (const auto& entry : resources) {
     const QJsonObject resource = entry.toObject();
-    cycle.resources.push_back({Text(resource, "ResourceID"), Text(resource, "ResourceName").trimmed()});
+    cycle.resources.push_back({Id(resource, "ResourceID"), Text(resource, "ResourceName").trimmed()});
   }
 }
 
@@ -104,7 +115,8 @@ void ReadRelated(const QJsonObject& item, Window& window) {
   const int type = Number(item, "RelateResourceType", -1);
   const int id = Number(item, "RelateResourceID", -1);
   if (id == -1) return;
-  window.related = Related{KindOfRelated(type), WordOfRelated(type), id, Text(item, "RelateResourceName")};
+  window.related = Related{KindOfRelated(type), WordOfRelated(type), QString::number(static_cast<quint32>(id)),
+                           Text(item, "RelateResourceName")};
 }
 
 Window ReadWindow(const QJsonObject& item) {
@@ -112,8 +124,8 @@ Window ReadWindow(const QJsonObject& item) {
   window.number = Number(item, "Sequence");
   window.type = Number(item, "ResourceType");
   window.kind = KindOf(window.type);
-  window.id = Text(item, "ResourceID");
-  window.site = Text(item, "SiteID");
+  window.id = Id(item, "ResourceID");
+  window.site = Id(item, "SiteID");
   window.name = Text(item, "ResourceName").trimmed();
   window.text = Text(item, "ExtendResource");
   window.stream = Number(item, "StreamType");

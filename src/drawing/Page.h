@@ -44,7 +44,7 @@ struct CentreMark {
 struct Related {
   WindowKind kind = WindowKind::kOther;
   QString word;
-  int id = 0;
+  QString id;
   QString name;
 };
 
@@ -66,7 +66,8 @@ struct Map {
   QString info;
 };
 
-// What one window shows. Boxes are fractions of the picture, (0, 0) its upper left corner; texts are safe to show.
+// What one window shows. Boxes are fractions of the picture, (0, 0) its upper left corner; texts are safe to show; ids
+// are unsigned, and empty where there is none.
 struct Window {
   int number = 0;
   WindowKind kind = WindowKind::kEmpty;

@@ -24,18 +24,14 @@ QString Corners(const QRectF& box) {
   return Point(box.topLeft()) + " to " + Point(box.bottomRight());
 }
 
-bool IsId(const QString& id) {
-  return !id.isEmpty() && id != "-1" && id != "0";
-}
-
 void AddWhatAndWhere(const Window& window, std::vector<Fact>& facts) {
-  QString what = WordOf(window.type) + (IsId(window.id) ? " " + window.id : "");
+  QString what = WordOf(window.type) + (window.id.isEmpty() ? "" : " " + window.id);
   const bool standsForSeveralTypes =
       window.kind == WindowKind::kElement || window.kind == WindowKind::kText || window.kind == WindowKind::kOther;
   if (standsForSeveralTypes) what += " of type " + QString::number(window.type);
   facts.push_back({Mark::kNone, what});
   QStringList where;
-  if (IsId(window.site)) where += "site " + window.site;
+  if (!window.site.isEmpty()) where += "site " + window.site;
   // Every window has a stream, but only a camera has a use for it.
   if (window.kind == WindowKind::kCamera) where += "stream " + QString::number(window.stream);
   if (!where.isEmpty()) facts.push_back({Mark::kNone, where.join(" · ")});
@@ -53,7 +49,7 @@ void AddMoves(const Window& window, std::vector<Fact>& facts) {
 
 void AddRelated(const Related& related, std::vector<Fact>& facts) {
   const QString name = related.name.isEmpty() ? "" : " " + Quoted(related.name);
-  facts.push_back({Mark::kRelated, "related: " + related.word + " " + QString::number(related.id) + name});
+  facts.push_back({Mark::kRelated, "related: " + related.word + " " + related.id + name});
 }
 
 void AddZoom(const Window& window, std::vector<Fact>& facts) {
@@ -97,7 +93,8 @@ void AddCycle(const Cycle& cycle, std::vector<Fact>& facts) {
                        QString::number(cycle.seconds) + " s each:",
                    true});
   for (const Cycle::Resource& resource : cycle.resources) {
-    facts.push_back({Mark::kNone, resource.name.isEmpty() ? what + " " + resource.id : resource.name, true});
+    const QString name = resource.name.isEmpty() ? (what + " " + resource.id).trimmed() : resource.name;
+    facts.push_back({Mark::kNone, name, true});
   }
 }
 

@@ -14,7 +14,7 @@ bool IsId(const std::string& text) {
 }
 
 bool IsOfSomething(const std::string& id) {
-  return !id.empty() && id != "0" && id != UnsignedId("-1");
+  return !id.empty() && id != "0" && id != kNoId;
 }
 
 std::string SignedId(const std::string& unsignedId) {

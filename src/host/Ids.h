@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Ids among the arguments of a command.
+// Ids as commands take them and as the exchanges write them.
 #pragma once
 
 #include <string>
@@ -9,7 +9,9 @@ namespace host {
 // Whether the text is a decimal id as commands take them: digits only, within 32 bits, no leading zero.
 bool IsId(const std::string& text);
 
-// Whether something can have it: 0 and 4294967295, which is -1 where ids are signed, stand for nothing.
+// -1, where ids are signed.
+inline constexpr const char* kNoId = "4294967295";
+// Whether something can have it, which 0 and kNoId stand for not.
 bool IsOfSomething(const std::string& id);
 
 // Ids as the exchanges write those of windows, signed, and as lists of resources and cycles have them, unsigned. What

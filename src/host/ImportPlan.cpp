@@ -31,7 +31,7 @@ Existing ExistingIn(const ViewTree& tree, std::optional<size_t> part) {
     const Place place{folder.kind, tree.PathOf(i)};
     if (folder.parent != i) existing.folders.emplace(place, folder.id);
     for (const TreeView& view : folder.views) {
-      if (!view.sharedWithUser) existing.views[{place, view.name}].push_back(view.id);
+      if (!view.sharedWithUser) existing.views[{place, view.name}].push_back({view.id, folder.id});
     }
   }
   return existing;
@@ -50,16 +50,19 @@ std::vector<ImportStep> PlanImport(const PortableFile& file, const Existing& exi
     const auto found = existing.folders.find(folder);
     const bool there = found != existing.folders.end();
     steps.push_back(
-        {there ? ImportStep::kKeepFolder : ImportStep::kMakeFolder, folder, there ? found->second : "", {}});
+        {there ? ImportStep::kKeepFolder : ImportStep::kMakeFolder, folder, there ? found->second : "", {}, {}});
   }
   std::map<std::pair<Place, std::string>, size_t> matched;
   for (const PortableView& view : file.views) {
     const std::pair<Place, std::string> key(PlaceIn(into, view.folder), view.name);
     const auto found = existing.views.find(key);
     const size_t nth = matched[key]++;
-    const bool there = found != existing.views.end() && nth < found->second.size();
-    steps.push_back(
-        {there ? ImportStep::kKeepView : ImportStep::kMakeView, key.first, there ? found->second[nth] : "", view});
+    if (found != existing.views.end() && nth < found->second.size()) {
+      const Existing::View& there = found->second[nth];
+      steps.push_back({ImportStep::kKeepView, key.first, there.id, view, there.folderId});
+    } else {
+      steps.push_back({ImportStep::kMakeView, key.first, "", view, ""});
+    }
   }
   return steps;
 }

@@ -15,8 +15,12 @@ namespace host {
 struct Existing {
   // A folder's id; of several folders at one place the first counts.
   std::map<Place, std::string> folders;
-  // The ids of the views that lie at a place under a name, several when the name is used more than once.
-  std::map<std::pair<Place, std::string>, std::vector<std::string>> views;
+  struct View {
+    std::string id;
+    std::string folderId;
+  };
+  // The views that lie at a place under a name, several when the name is used more than once.
+  std::map<std::pair<Place, std::string>, std::vector<View>> views;
 };
 
 // In the tree, or only in one of its folders, itself included: another one may have its path.
@@ -24,9 +28,10 @@ Existing ExistingIn(const ViewTree& tree, std::optional<size_t> part = {});
 
 struct ImportStep {
   enum Action { kMakeFolder, kMakeView, kKeepFolder, kKeepView } action;
-  Place place;        // of the folder itself, or of the folder that the view lies in
-  std::string id;     // what is there already; empty for what is to be made
-  PortableView view;  // for the two that are about a view
+  Place place;           // of the folder itself, or of the folder that the view lies in
+  std::string id;        // what is there already; empty for what is to be made
+  PortableView view;     // for the two that are about a view
+  std::string folderId;  // that the view lies in, where it is there
 };
 
 // Where something of the file comes to lie.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/JsonText.h"
 
+#include "json/Numbers.h"
 #include "json/ParseText.h"
 
 namespace host {
@@ -75,6 +76,12 @@ std::string TextOf(const rapidjson::Value& object, const char* key) {
 int NumberOf(const rapidjson::Value& object, const char* key, int otherwise) {
   const rapidjson::Value* value = Find(object, key);
   return value && value->IsInt() ? value->GetInt() : otherwise;
+}
+
+uint32_t IdOf(const rapidjson::Value& object, const char* key) {
+  const rapidjson::Value* value = Find(object, key);
+  const auto id = value && value->IsInt64() ? json::Of32Bits(value->GetInt64()) : std::nullopt;
+  return static_cast<uint32_t>(id.value_or(-1));
 }
 
 bool FlagOf(const rapidjson::Value& object, const char* key) {

@@ -7,6 +7,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -36,6 +37,8 @@ const rapidjson::Value* Find(const rapidjson::Value& object, const char* key);
 // another kind.
 std::string TextOf(const rapidjson::Value& object, const char* key);
 int NumberOf(const rapidjson::Value& object, const char* key, int otherwise = 0);
+// An id of 32 bits, said signed or unsigned; that of -1 where there is none.
+uint32_t IdOf(const rapidjson::Value& object, const char* key);
 bool FlagOf(const rapidjson::Value& object, const char* key);
 // Always an array or an object, empty where there is none.
 const rapidjson::Value& ListOf(const rapidjson::Value& object, const char* key);

@@ -26,24 +26,24 @@ rapidjson::Document AskServer(const std::string& list) {
   return answer;
 }
 
-// Calls `take` with each entry of a list of the server.
+// Calls `take` with each entry of a list of the server that has an id.
 template <class Take>
 void ForEach(const std::string& list, const char* outer, const char* inner, const Take& take) {
   const rapidjson::Document answer = AskServer(list);
   const rapidjson::Value& data = ObjectOf(ObjectOf(answer, "ResponseStatus"), "Data");
-  for (const rapidjson::Value& entry : ListOf(ObjectOf(data, outer), inner).GetArray()) take(entry);
+  for (const rapidjson::Value& entry : ListOf(ObjectOf(data, outer), inner).GetArray()) {
+    if (IsOfSomething(std::to_string(IdOf(entry, "ID")))) take(entry);
+  }
 }
 
 ListedResource Listed(ResourceType type, const rapidjson::Value& entry) {
-  const int site = NumberOf(entry, "SiteID", -1);
-  const std::string id = UnsignedId(std::to_string(NumberOf(entry, "ID", -1)));
-  return {{type, id}, TextOf(entry, "Name"), site == -1 ? "" : std::to_string(site)};
+  const std::string site = std::to_string(IdOf(entry, "SiteID"));
+  return {{type, std::to_string(IdOf(entry, "ID"))}, TextOf(entry, "Name"), site == kNoId ? "" : site};
 }
 
 std::shared_ptr<ResourceStore::CElement> ElementFrom(const rapidjson::Value& entry) {
-  return std::make_shared<ResourceStore::CElement>(static_cast<unsigned>(NumberOf(entry, "ID", -1)),
-                                                   NumberOf(entry, "Type"), TextOf(entry, "Name"),
-                                                   static_cast<unsigned>(NumberOf(entry, "SiteID", -1)));
+  return std::make_shared<ResourceStore::CElement>(IdOf(entry, "ID"), NumberOf(entry, "Type"), TextOf(entry, "Name"),
+                                                   IdOf(entry, "SiteID"));
 }
 
 }  // namespace

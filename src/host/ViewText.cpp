@@ -95,7 +95,8 @@ void DescribeCycle(const Value& cycle, Lines& extras) {
   extras.push_back("cycles" + Named(TextOf(cycle, "CycleName")) + " through " + Counted(resources.Size(), kind) + ", " +
                    DecimalOf(cycle, "cycle_time") + " s each");
   for (const Value& resource : resources.GetArray()) {
-    extras.push_back("  " + kind + " " + Printable(TextOf(resource, "ResourceID")) +
+    const std::string id = TextOf(resource, "ResourceID");
+    extras.push_back("  " + kind + (IsOfSomething(id) ? " " + Printable(id) : "") +
                      Named(TextOf(resource, "ResourceName")));
   }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Views carried from one server to another.
 #include <algorithm>
+#include <regex>
 
 #include "ViewctlRunner.h"
 
@@ -92,6 +93,10 @@ TEST_F(ExportImportTest, IntoAGroupKeepsFoldersAndReportsOtherContent) {
   EXPECT_EQ(Import(m_site, "maria", bus, {"--into", "15"}).status, 0);
   EXPECT_EQ(Maria({"tree", "group:14"}).out, "Twin/  (group 14)\n");
   ExpectSaid(Maria({"tree", "group:15"}), 0, "└── Weather and news  (view 145)\n");
+  const std::string turned =
+      std::regex_replace(Export(m_site, "maria", {"group:15"}), std::regex("(\"RoundTime\": )"), "$011");
+  EXPECT_EQ(Import(m_site, "maria", turned, {"--update"}).status, 0);
+  EXPECT_EQ(Export(m_site, "maria", {"group:15"}), turned) << "changed where it lies";
   EXPECT_EQ(Import(m_site, "maria", bus, {"--into", "14"}).LastLine(), made.LastLine());
 }
 

@@ -132,22 +132,35 @@ TEST_F(FindReplaceTest, RelationsAndDoorsAreReplacedAndOthersViewsLeft) {
   ExpectSaid(Maria({"replace", camera, camera == "2001" ? "2002" : "2001"}), 0, "left view 137 ");
   EXPECT_EQ(Maria({"show", "137", "--json"}).out, kenjis);
 
-  // Ids that windows have as negative numbers.
-  const QStringList added = {
-      "call", "AddPlan",
-      R"({"Name":"maps","Type":1,"PlanPages":[{"PlanItems":[{"Sequence":1,)"
-      R"("ResourceType":7001,"ResourceID":"-294967296","RelateResourceType":1,"RelateResourceID":-294967296}]}]})"};
-  ASSERT_EQ(Maria(added).status, 0);
-  ExpectSaid(Maria({"replace", "--kind", "map", "4000000000", "4000000001", "--undo", File("maps.json")}), 0,
-             ": 2 places\n");
-  EXPECT_EQ(Rows(Maria({"find", "4000000001"}).out).size(), 3u) << "what the window shows and its relation";
-  ExpectSaid(Maria({"show", "private/maps"}), 0, "id 4000000001\n");
-  ExpectSaid(Maria({"undo", File("maps.json")}), 0, "restored view");
-
   const char* turned = R"({"Name":"turned","Type":0,"PlanPages":[{"PlanItems":[{"Sequence":1,"ResourceType":1001,
       "ResourceID":"2031","SiteID":"1","PresetId":0,"CruiseIndex":2,"TrackIndex":0}]}]})";
   EXPECT_EQ(Maria({"call", "AddPlan", QString(turned).remove('\n')}).status, 0);
   ExpectSaid(Maria({"replace", "2031", "2032", "--dry-run"}), 0, "turned: 1 place; check that it fits: cruise 2\n");
+}
+
+// Windows have both as negative numbers, cycles as large ones.
+TEST_F(FindReplaceTest, IdsAbove2To31AndCamerasAtNoSiteAreReplacedAndPutBack) {
+  const std::string seed = R"({"Users":[{"ID":2,"Name":"maria","Password":"sample-maria"}],"Areas":[],"ViewGroups":[],)"
+                           R"("Elements":[{"ID":7,"Type":1001,"Name":"Near","SiteID":1},)"
+                           R"({"ID":8,"Type":1001,"Name":"Far"}],"Views":[]})";
+  const Site site(seed);
+  const auto run = [&site](const QStringList& command) { return RunAs(site, "maria", command); };
+  const char* view = R"({"Name":"V","Type":1,"PlanPages":[{"PlanItems":[{"Sequence":1,"ResourceType":7001,)"
+                     R"("ResourceID":"5","RelateResourceType":1,"RelateResourceID":5,"CycleInfo":{"cycle_time":5,)"
+                     R"("cycle_type":0,"CycleResourceID":[{"SiteID":"1","ResourceID":"7"}]}}]}]})";
+  ASSERT_EQ(run({"call", "AddPlan", view}).status, 0);
+  const std::string before = run({"export", "-o", "-"}).out;
+  ExpectSaid(run({"replace", "Near", "Far", "--undo", File("camera.json")}), 0, ": 1 place\n");
+  ExpectSaid(run({"replace", "--kind", "map", "5", "4000000000", "--undo", File("map.json")}), 0, ": 2 places\n");
+  EXPECT_EQ(Rows(run({"find", "4000000000"}).out).size(), 3u) << "what the window shows, and its relation";
+  for (const char* part : {", id 4000000000\n", "related map 4000000000\n"}) {
+    ExpectSaid(run({"show", "private/V"}), 0, part);
+  }
+  ASSERT_EQ(run({"report", "-o", File("site.html")}).status, 0);
+  const std::string report = ReadFile(File("site.html"));
+  EXPECT_TRUE(Has(report, "4000000000") && !Has(report, "-294967296"));
+  for (const char* file : {"map.json", "camera.json"}) ExpectSaid(run({"undo", File(file)}), 0, "restored view");
+  EXPECT_EQ(run({"export", "-o", "-"}).out, before);
 }
 
 TEST_F(FindReplaceTest, WhatCannotBeReplacedIsToldAndNothingIsChanged) {

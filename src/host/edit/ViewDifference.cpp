@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "host/Ids.h"
 #include "host/JsonText.h"
 #include "host/Resources.h"
 #include "host/Terminal.h"
@@ -67,7 +68,7 @@ std::vector<Page> ReadPages(const EditableView& view) {
 
 std::string ShownBy(const Values& window) {
   const int type = std::stoi(window.at("ResourceType"));
-  return type == 0 ? "empty" : KindWord(type) + " " + window.at("ResourceID");
+  return type == 0 ? "empty" : KindWord(type) + " " + UnsignedId(window.at("ResourceID"));
 }
 
 class Comparison {

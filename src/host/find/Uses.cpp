@@ -98,13 +98,13 @@ class Replacement {
  private:
   void ChangeWindow(Value& window) {
     if (const Substitute* other = SubstituteFor(ShownBy(window)))
-      ChangeIds(window, *other, SignedId(other->resource.id));
+      ChangeIds(window, SignedId(other->resource.id), other->site);
     ChangeRelation(window);
     if (!window.HasMember("CycleInfo")) return;
     const ResourceType type = CycledType(window["CycleInfo"]);
     for (Value& entry : window["CycleInfo"]["CycleResourceID"].GetArray()) {
       const Substitute* other = SubstituteFor(CycledBy(type, entry));
-      if (other) ChangeIds(entry, *other, other->resource.id);
+      if (other) ChangeIds(entry, other->resource.id, UnsignedId(other->site));
     }
   }
 
@@ -116,9 +116,9 @@ class Replacement {
     return &found->second;
   }
 
-  void ChangeIds(Value& object, const Substitute& other, const std::string& id) {
+  void ChangeIds(Value& object, const std::string& id, const std::string& site) {
     Set(object, "ResourceID", id);
-    if (!other.site.empty()) Set(object, "SiteID", other.site);
+    if (!site.empty()) Set(object, "SiteID", site);
   }
 
   void ChangeRelation(Value& window) {

@@ -137,8 +137,7 @@ void ImportRun::KeepView(const ImportStep& step) {
 }
 
 void ImportRun::UpdateView(const ImportStep& step) {
-  const std::string folderId = FolderId(step.place).value_or("-1");
-  const std::string reason = m_choices.dryRun ? "" : Update(m_plugin, ToSend(step, folderId));
+  const std::string reason = m_choices.dryRun ? "" : Update(m_plugin, ToSend(step, step.folderId));
   if (!reason.empty()) {
     m_unfinished.push_back(step.view);
     return Fail(step, reason, true);

@@ -15,6 +15,9 @@ MapEntry ReadEntry(const rapidjson::Value& object, const std::string& where) {
   MapEntry entry{0, TextOf(object, "ID"), TextOf(object, "Name"), TextOf(object, "To")};
   if (entry.id.empty() && entry.name.empty()) throw Failure(kUsage, where + ": it has neither \"ID\" nor \"Name\"");
   if (!entry.id.empty() && !IsId(entry.id)) throw Failure(kUsage, where + ": \"ID\" is no id");
+  for (const std::string& id : {entry.id, entry.to}) {
+    if (!id.empty() && !IsOfSomething(id)) throw Failure(kUsage, where + ": the id " + id + " stands for none");
+  }
   try {
     entry.type = KindOfWord(TextOf(object, "Kind"));
   } catch (const Failure& failure) {

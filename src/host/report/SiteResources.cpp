@@ -42,8 +42,7 @@ void ResourceIndex::AddWindow(const drawing::Window& window, const ReportUse& us
   const QString name = window.kind == drawing::WindowKind::kMap ? QString() : window.name;
   AddUse(word, isPage ? window.text : window.id, isPage ? QString() : name, use);
   if (window.related) {
-    AddUse(window.related->word, QString::number(window.related->id), window.related->name,
-           {use.view, use.page, use.window, "related"});
+    AddUse(window.related->word, window.related->id, window.related->name, {use.view, use.page, use.window, "related"});
   }
   if (!window.cycle) return;
   const QString goesThrough = window.cycle->type == 0 ? "camera" : window.cycle->type == 1 ? kArea : "resource";
@@ -53,7 +52,7 @@ void ResourceIndex::AddWindow(const drawing::Window& window, const ReportUse& us
 }
 
 void ResourceIndex::AddUse(const QString& kind, const QString& id, const QString& name, const ReportUse& use) {
-  if (id.isEmpty() || id == "-1" || id == "0") return;
+  if (id.isEmpty() || id == "0") return;
   ReportResource& resource = m_resources[{kind.toStdString(), id.toStdString()}];
   resource.kind = kind.toStdString();
   resource.id = id.toStdString();
