@@ -46,7 +46,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
 endif()
 if(QORVI_SANITIZE)
   add_compile_options(-fsanitize=${QORVI_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
-  # An element just behind the last is memory of the vector's, where it has room to grow.
+  # Has the standard library compare indices with sizes: an element just behind the last is memory of the vector's, where
+  # it has room to grow, and no sanitizer's matter.
   add_compile_definitions(_GLIBCXX_ASSERTIONS)
   add_link_options(-fsanitize=${QORVI_SANITIZE})
 endif()

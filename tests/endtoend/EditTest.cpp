@@ -62,7 +62,7 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLinesAndIsKeptWhenRefused
   for (Row& row : RowsOf(TABLES "Edit.txt", m_site)) {
     const Outcome outcome = Edit(row.command.replace("$ONCE ", once.c_str()).toStdString());
     ExpectRow(outcome, row);
-    EXPECT_TRUE(Has(TakeKept(outcome.err), row.status == 2 ? "// ^ " : "\"PlanPages\"")) << row.command.toStdString();
+    EXPECT_TRUE(Has(TakeKept(outcome.err), row.status == 2 ? "// ^ " : "\"PlanPages\"")) << outcome;
   }
   // One in the last line is noted once, and not again behind the text.
   const std::string line = R"({"Name":"x","AutoCycle":0,"PlanPages":[]})";

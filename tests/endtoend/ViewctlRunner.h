@@ -213,7 +213,9 @@ inline std::vector<Row> RowsOf(const char* file, const Site& site, const std::st
   std::vector<Row> rows;
   for (const auto& [line, parts] : name.empty() ? testing_support::Cases(file) : testing_support::Cases(file, name)) {
     const QString row = filledIn(line);
-    rows.push_back({row.section(' ', 0, 0).toInt(), row.section(' ', 1), {}});
+    bool hasStatus = false;
+    rows.push_back({row.section(' ', 0, 0).toInt(&hasStatus), row.section(' ', 1), {}});
+    EXPECT_TRUE(hasStatus) << line;
     for (const std::string& part : parts) rows.back().parts.push_back(filledIn(part).toStdString());
   }
   return rows;

@@ -60,6 +60,8 @@ TEST(NamesTest, OnlyWhatIsNearIsSuggested) {
                                                       {"nonsense", ""},
                                                       {"", ""}};
   for (const auto& [text, expected] : rows) EXPECT_EQ(Suggestion(text, names), expected) << text;
+  // What stands before a text is none of it, and so no neighbour to swap with.
+  EXPECT_EQ(Suggestion(std::string_view("ohw").substr(1), names), "");
 }
 
 }  // namespace

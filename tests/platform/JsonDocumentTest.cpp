@@ -126,6 +126,18 @@ TEST_F(JsonDocument, WritesKeepTextsWholeAndGiveWayOnlyWhereAPathNeedsIt) {
   }
 }
 
+TEST_F(JsonDocument, WritesThatMoveWhatReadsRememberAreReadAsWritten) {
+  // Enough members and elements to move what is behind the levels that the reads remember.
+  for (int i = 1; i <= 100; ++i) {
+    const std::string n = std::to_string(i);
+    document.set_v("/a/list[" + n + "]/x", i);
+    document.set_v("/a/m" + n, i);
+    EXPECT_EQ(document.get_int_v("/a/list[1]/x", kNone), 1);
+    EXPECT_EQ(document.get_int_v("/a/list[" + n + "]/x", kNone), i);
+  }
+  EXPECT_EQ(document.get_cnt("/a/list"), 100);
+}
+
 TEST_F(JsonDocument, DepthOfNestingCostsNoStack) {
   constexpr int kDepth = 500000;
   const std::string arrays = std::string(kDepth, '[') + std::string(kDepth, ']');

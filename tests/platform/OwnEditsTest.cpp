@@ -241,7 +241,7 @@ class RelayTest : public testing::Test {
   // What is added has the ID 6.
   void End(uint64_t ticket, int number, const std::string& name, int error) {
     NetLink::CClientSendInfo send;
-    send.SetVal_URL(kPlatformRoot + name);
+    send.SetVal_URL(name.starts_with('/') ? name : kPlatformRoot + name);
     const std::string data = R"({"View":{"ID":6},"ChangeNumber":")" + std::to_string(number) + "\"}";
     relay->OnEditEnds(ticket, send, number == 0 ? "" : Envelope(data, error));
     relay->TellDue();

@@ -4,6 +4,7 @@
 
 #include "../Gate.h"
 #include "DownloadFixture.h"
+#include "ForkedChild.h"
 #include "ResourceStore/DownloadResource.h"
 #include "ResourceStore/Element.h"
 
@@ -166,6 +167,7 @@ TEST_F(UsersTest, WithdrawingWaitsForARunningNotificationUnlessItIsMadeFromIt) {
   ASSERT_TRUE(running.WaitUntilReached());
   auto other = std::async(std::launch::async, [&] { Manager().SyncUnregisterObserver(&listener); });
   EXPECT_EQ(other.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  EXPECT_NE(SaidByForkedChild([] { return "ended"; }), "ended(killed)") << "a child by fork waits for neither";
   running.Open();
   other.get();
 

@@ -16,7 +16,7 @@
 namespace server::test {
 namespace {
 
-class AccessLogTest : public HttpSideTest<Echo>, protected TestFolder {
+class AccessLogTest : protected TestFolder, public HttpSideTest<Echo> {
  protected:
   AccessLogTest() { EXPECT_EQ(mkfifo(m_file.c_str(), 0600), 0); }
 

@@ -152,18 +152,24 @@ TEST_F(ChangesTest, AListenerWhoWasAwayHearsTheSameAsOneWhoStayed) {
 }
 
 TEST_F(ChangesTest, OnlyTheKeptChangesCanBeAskedFor) {
-  const auto restart = [this] { RestartWith([](auto& options) { options.keepChanges = 3; }); };
-  restart();
+  const auto restart = [this](uint64_t kept) { RestartWith([kept](auto& options) { options.keepChanges = kept; }); };
+  restart(3);
   for (int i = 0; i < 5; ++i) ann.AddGroup("G", -1, kPublic);
   EXPECT_EQ(ann.Listen(1).Status(), 410);
   EXPECT_EQ(ann.Listen(6).Status(), 410) << "never given";
   EXPECT_EQ(ann.Listen(2).NextBriefs(3), "OwnViewGroups +3; OwnViewGroups +4; OwnViewGroups +5");
   EXPECT_EQ(ann.Listen(5).Status(), 200);
 
-  restart();
+  restart(3);
   EXPECT_EQ(ann.Sequence(), 5);
   EXPECT_EQ(ann.Listen(1).Status(), 410);
   EXPECT_EQ(ann.Listen(4).Next().Brief(), "ViewGroups +5") << "another session's edit by now";
+
+  restart(0);
+  ann.AddGroup("G", -1, kPublic);
+  restart(0);
+  EXPECT_EQ(ann.Listen(5).Status(), 410) << "nobody can hear of it any more";
+  EXPECT_EQ(ann.Listen(6).Status(), 200);
 }
 
 TEST_F(ChangesTest, NoMoreBytesOfChangesAreKeptThanWanted) {

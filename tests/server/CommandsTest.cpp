@@ -263,6 +263,9 @@ TEST_F(CommandsTest, ASeedLeavesIdsForOthersAndTakesNobodysName) {
   ApplySeed(Path("own.db"), WriteFile("same.json", R"({"Users":[{"ID":1,"Name":"admin","Password":"m"}]})"), {});
   ApplySeed(Path("own.db"), seed, {});
   EXPECT_EQ(Users(Path("own.db")), "1\tmaria\n") << "a seed's own user may get another name";
+  RenameUser(Path("own.db"), "maria", "mary");
+  ApplySeed(Path("own.db"), seed, {});
+  EXPECT_EQ(Users(Path("own.db")), "1\tmary\n") << "what was seeded once is the operator's";
 }
 
 }  // namespace

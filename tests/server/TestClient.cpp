@@ -418,8 +418,8 @@ Client ServerTest::LogIn(const std::string& user) const {
 
 void ServerTest::Play(const char* file) const {
   for (const auto& [line, expected] : testing_support::Cases(file)) {
-    const Client& client = line.starts_with("ann ") ? ann : line.starts_with("bob ") ? bob : cid;
-    EXPECT_EQ(client.Told(line.substr(4)), expected.at(0)) << line << ": " << expected.back();
+    const std::map<std::string, const Client*> clients = {{"ann ", &ann}, {"bob ", &bob}, {"cid ", &cid}};
+    EXPECT_EQ(clients.at(line.substr(0, 4))->Told(line.substr(4)), expected.at(0)) << line << ": " << expected.back();
   }
 }
 

@@ -22,7 +22,7 @@ TEST_F(ExchangeTest, UnreadableRequestsGoOnWithTheDefaults) {
     const std::string expected = Call(exchange, "{}");
     EXPECT_NE(expected.find('{'), std::string::npos);
     for (const char* request : {"", "null", "{", "[]", "5", "\xFF", R"({"ID":)"}) {
-      EXPECT_EQ(Call(exchange, request), expected) << name << request;
+      EXPECT_EQ(Call(exchange, request), expected) << name << " " << request;
     }
   }
 }
