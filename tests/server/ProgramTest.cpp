@@ -11,6 +11,7 @@
 
 #include "../Cases.h"
 #include "TestClient.h"
+#include "base/system/Files.h"
 #include "server/commands/Commands.h"
 #include "server/login/Accounts.h"
 #include "server/store/Database.h"
@@ -82,11 +83,12 @@ TEST_F(ProgramTest, TheProgramsStatusTells) {
   EXPECT_EQ(Run("viewserver --data site.db check"), 1);
 }
 
-// The lock's descriptor is 0 then.
-TEST_F(ProgramTest, AStoreIsGivenBackWhereStandardInputIsClosedToo) {
+// The descriptor of what is opened first is 0 then.
+TEST_F(ProgramTest, AStoreIsMadeAndGivenBackWhereStandardInputIsClosedToo) {
   const int input = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   for (int i = 0; i < 2; ++i) EXPECT_EQ(FailureOf([this] { FileLock lock(Path("other.db")); }), "");
+  EXPECT_FALSE(base::MakePrivateFile(Path("new.db")));
   dup2(input, STDIN_FILENO);
   close(input);
 }
