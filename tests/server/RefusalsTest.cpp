@@ -86,7 +86,8 @@ std::string With(const std::string& text, const std::string& value) {
 
 // Whole texts made of one that is right.
 std::vector<std::string> FaultyTexts(const std::string& right) {
-  std::vector<std::string> texts = {"", " ", "null", "5", "\"text\"", "[]", "[" + right + "]", right.substr(1)};
+  std::vector<std::string> texts = {
+      "", " ", "null", "5", "\"text\"", "[]", "[" + right + "]", right.substr(1), right.substr(0, right.size() - 1)};
   for (const char* before : {"\xef\xbb\xbf", "\xff\xfe"}) texts.push_back(before + right);
   for (const std::string& after : {std::string("x"), right, std::string(","), std::string(1, '\0')}) {
     texts.push_back(right + after);
