@@ -21,7 +21,7 @@ int Number(const QJsonObject& object, const char* key, int otherwise = 0) {
 
 // Answers have a window's ids signed, and those in cycles unsigned.
 QString Id(const QJsonObject& object, const char* key) {
-  const QString text = Text(object, key);
+  QString text = Text(object, key);
   bool isNumber = false;
   const qint64 number = text.toLongLong(&isNumber);
   if (!isNumber) return text;

@@ -16,7 +16,8 @@ MapEntry ReadEntry(const rapidjson::Value& object, const std::string& where) {
   if (entry.id.empty() && entry.name.empty()) throw Failure(kUsage, where + ": it has neither \"ID\" nor \"Name\"");
   if (!entry.id.empty() && !IsId(entry.id)) throw Failure(kUsage, where + ": \"ID\" is no id");
   for (const std::string& id : {entry.id, entry.to}) {
-    if (!id.empty() && !IsOfSomething(id)) throw Failure(kUsage, where + ": the id " + id + " stands for none");
+    if (id.empty() || IsOfSomething(id)) continue;
+    throw Failure(kUsage, std::string(where).append(": the id ").append(id).append(" stands for none"));
   }
   try {
     entry.type = KindOfWord(TextOf(object, "Kind"));
