@@ -4,7 +4,6 @@
 #include <QJsonArray>
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "drawing/SafeText.h"
 
@@ -21,12 +20,11 @@ int Number(const QJsonObject& object, const char* key, int otherwise = 0) {
 
 // Answers have a window's ids signed, and those in cycles unsigned.
 QString Id(const QJsonObject& object, const char* key) {
-  QString text = Text(object, key);
-  bool isNumber = false;
-  const qint64 number = text.toLongLong(&isNumber);
-  if (!isNumber) return text;
-  const auto id = static_cast<quint32>(number);
-  return id == 0 || id == std::numeric_limits<quint32>::max() ? QString() : QString::number(id);
+  QString id = Text(object, key);
+  bool isSigned = false;
+  if (const int number = id.toInt(&isSigned); isSigned) id = QString::number(static_cast<quint32>(number));
+  if (id == "0" || id == "4294967295") id.clear();
+  return id;
 }
 
 QJsonObject Object(const QJsonObject& object, const char* key) {

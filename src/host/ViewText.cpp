@@ -130,9 +130,9 @@ Lines DescribeExtras(const Value& window) {
   if (drawing::KindOf(NumberOf(window, "ResourceType")) == WindowKind::kMap)
     DescribeMap(ObjectOf(window, "Emap"), extras);
   DescribeMarks(window, extras);
-  if (const int id = NumberOf(window, "RelateResourceID", -1); id != -1) {
+  if (const std::string id = std::to_string(IdOf(window, "RelateResourceID")); id != kNoId) {
     const int type = NumberOf(window, "RelateResourceType", -1);
-    extras.push_back("related " + drawing::WordOfRelated(type).toStdString() + " " + UnsignedId(std::to_string(id)) +
+    extras.push_back("related " + drawing::WordOfRelated(type).toStdString() + " " + id +
                      Named(TextOf(window, "RelateResourceName")));
   }
   return extras;

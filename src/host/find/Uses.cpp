@@ -21,8 +21,7 @@ Resource ShownBy(const Value& window) {
 }
 
 Resource RelatedTo(const Value& window) {
-  return {TypeOfRelated(NumberOf(window, "RelateResourceType", -1)),
-          UnsignedId(std::to_string(NumberOf(window, "RelateResourceID", -1)))};
+  return {TypeOfRelated(NumberOf(window, "RelateResourceType", -1)), std::to_string(IdOf(window, "RelateResourceID"))};
 }
 
 ResourceType CycledType(const Value& cycle) {
