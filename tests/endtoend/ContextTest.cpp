@@ -64,5 +64,16 @@ TEST_F(ContextTest, APasswordIsAskedForOnATerminalAndNotShown) {
   }
 }
 
+TEST_F(ContextTest, OnceThePasswordIsReadTheTerminalIsAsBefore) {
+  OnTerminal rm(TheSite().As("maria") + QStringList{"rm", "110"}, {});
+  rm.SaysUntil(Url() + ": ");
+  rm.Type("sample-maria\n");
+  EXPECT_TRUE(Has(rm.SaysUntil("[y/N] "), "Delete 1 thing? [y/N] ")) << "stdin is still open";
+  rm.Type("no");
+  EXPECT_TRUE(Has(rm.SaysUntil("[y/N] no"), "[y/N] no")) << "what is typed is shown";
+  rm.Type("\x03");
+  EXPECT_EQ(rm.Finish().status, -1) << "Ctrl-C ends the program";
+}
+
 }  // namespace
 }  // namespace test

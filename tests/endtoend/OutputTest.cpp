@@ -62,6 +62,16 @@ TEST_F(OutputTest, ColoursAndProgressAreForTerminalsThatWantThem) {
   EXPECT_FALSE(Has(pipe.out + pipe.err, "\033") || Has(pipe.out + pipe.err, progress)) << pipe;
 }
 
+TEST_F(OutputTest, IsAsWideAsTheTerminalAndPlainWhereItIsPipedOn) {
+  const QString viewctl = "stty cols 60; '" VIEWCTL_FILE "' " + m_site.As("maria").join(' ') + " ";
+  const auto said = [&](const QString& command) {
+    return OnTerminal({"-c", viewctl + command}, "sample-maria", {}, "sh").Finish().out;
+  };
+  const std::string page = said("draw 110"), tree = said("tree | cat");
+  EXPECT_TRUE(Has(page, "\r\n┌─────────────────────────────────────┬──────────────────┐\r\n")) << page;
+  EXPECT_TRUE(Has(tree, "Public views\r\n") && !Has(tree, "\033[1")) << tree;
+}
+
 TEST_F(OutputTest, OnATerminalRmAsksBeforeItDeletes) {
   const std::pair<std::string, QString> cases[] = {
       {"\n", "110 111"}, {"no\n", "110 111"}, {"yes\n", "110 111"}, {"Y\n", "102 103"}};

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
+#include <thread>
 
 #include "ViewctlRunner.h"
 
@@ -31,6 +33,22 @@ TEST(SystemFilesTest, ADeviceOrAPipeIsWrittenIntoAndAFileReplaced) {
   struct stat left {};
   ASSERT_EQ(stat(pipe.c_str(), &left), 0);
   EXPECT_TRUE(S_ISFIFO(left.st_mode));
+}
+
+TEST(SystemFilesTest, AServerThatNobodyAsksIsIdleAndEndsByCtrlC) {
+  const QTemporaryDir folder;
+  Running serve({"serve", "--listen", "127.0.0.1:0", "--data", folder.path()}, "");
+  ASSERT_TRUE(Has(serve.NextLine(), "User admin, ") && Has(serve.NextLine(), "Listening on "));
+  const auto ticks = [&serve] {  // of the processor, a hundred a second
+    const std::string stat = ReadFile(QString("/proc/%1/stat").arg(serve.Id()));
+    const QStringList fields = Words(QString::fromStdString(stat.substr(stat.rfind(')') + 1)));
+    return fields.value(11).toLong() + fields.value(12).toLong();
+  };
+  const long before = ticks();
+  std::this_thread::sleep_for(std::chrono::seconds(1));
+  EXPECT_LT(ticks() - before, 20);
+  kill(static_cast<pid_t>(serve.Id()), SIGINT);
+  EXPECT_EQ(serve.Finish(), 0);
 }
 
 TEST(SystemFilesTest, TheDemosOtherUserIsAtWorkInAProcessOfItsOwn) {

@@ -3,6 +3,7 @@
 // record of the protocol: its exact text, so that keys, kinds, order and defaults are those that hosts lean on.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <fstream>
 #include <string>
 
@@ -87,6 +88,21 @@ TEST(JsonRecordTest, ReadingAgainKeepsWhatTheTextDoesNotSayAndAppendsToSequences
   EXPECT_EQ(data.Name, "a");
   EXPECT_EQ(Written(data), R"({"Count":1,"Open":true,"Name":"a","Nested":{"No":2,"Label":"a"},)"
                            R"("Parts":[{"No":1,"Label":""},{"No":2,"Label":""}]})");
+}
+
+TEST(JsonRecordTest, NoMemberIsFoundBehindTheLast) {
+  rapidjson::Document document;
+  document.Parse(R"({"abcd":1,"aXcd":2})");  // names that share a mark
+  document.RemoveMember("aXcd");             // whose memory stays as it was
+  EXPECT_EQ(json::MemberFinder<const rapidjson::Value>(&document).Find("aXcd"), nullptr);
+  json::MemberFinder<const rapidjson::Value> members(&document);
+  EXPECT_NE(members.Find("abcd"), nullptr);
+  EXPECT_EQ(members.Find("aXcd"), nullptr);
+}
+
+TEST(JsonRecordTest, AnyValueMayStandWhereThePoolsMemoryBegins) {
+  rapidjson::MemoryPoolAllocator<> pool;
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(pool.Malloc(1)) % alignof(rapidjson::Value), 0u);
 }
 
 TEST(JsonRecordTest, DeepNestingCostsNoStack) {

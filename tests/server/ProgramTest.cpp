@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // What takes a process of its own: the program's status and words, and several that make one store.
 #include <SQLiteCpp/Database.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <sstream>
@@ -83,12 +86,34 @@ TEST_F(ProgramTest, TheProgramsStatusTells) {
   EXPECT_EQ(Run("viewserver --data site.db check"), 1);
 }
 
+TEST_F(ProgramTest, WhatASuperuserMakesBesideAStoreIsItsOwners) {
+  m_server.reset();
+  if (geteuid() != 0 || chown(File().c_str(), 1, 2) != 0) GTEST_SKIP() << "nobody else may give files away";
+  BackUp(File(), Path("copy.db"));
+  EXPECT_EQ(base::GiveToOwnerOf(File(), Path("absent")).value(), ENOENT);
+  EXPECT_FALSE(base::GiveToOwnerOf(Path("absent"), Path("copy.db"))) << "there is nobody to give it to";
+  std::filesystem::remove(File() + ".lock");
+  Restore(File(), Path("copy.db"));
+  for (const std::string& file : {File(), File() + ".lock"}) {
+    struct stat made {};
+    EXPECT_EQ(stat(file.c_str(), &made), 0) << file;
+    EXPECT_TRUE(made.st_uid == 1 && made.st_gid == 2) << file;
+  }
+}
+
 // The descriptor of what is opened first is 0 then.
 TEST_F(ProgramTest, AStoreIsMadeAndGivenBackWhereStandardInputIsClosedToo) {
+  m_server.reset();  // it opens nothing meanwhile
+  const FileLock held(Path("held.db"));
   const int input = dup(STDIN_FILENO);
   close(STDIN_FILENO);
   for (int i = 0; i < 2; ++i) EXPECT_EQ(FailureOf([this] { FileLock lock(Path("other.db")); }), "");
+  EXPECT_EQ(FailureOf([this] { FileLock lock(Path("held.db")); }), "another server uses " + Path("held.db"));
   EXPECT_FALSE(base::MakePrivateFile(Path("new.db")));
+  base::PutInPlace(Path("new.db"), Path("newer.db"));
+  { const base::AppendedFile own(Path("log")), usual("-"); }
+  EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "what was opened is closed again";
+  EXPECT_NE(fcntl(STDERR_FILENO, F_GETFD), -1) << "and what was not stays open";
   dup2(input, STDIN_FILENO);
   close(input);
 }
