@@ -27,8 +27,10 @@ class OnTerminal {
       environment.insert(variable.section('=', 0, 0), variable.section('=', 1));
     }
     m_process.setProcessEnvironment(environment);
-    // The first terminal that the leader of a session opens becomes the one whose Ctrl-C it gets.
-    const QString shell = QString("exec setsid sh -c 'exec \"$@\" <%1 >%1 2>&1' sh \"$@\"").arg(ptsname(m_master));
+    // The first terminal that the leader of a session opens becomes the one whose Ctrl-C it gets, and env lets it: who
+    // runs the tests behind a shell's &, or under nohup, ignores it.
+    const QString shell = QString("exec env --default-signal=INT setsid sh -c 'exec \"$@\" <%1 >%1 2>&1' sh \"$@\"")
+                              .arg(ptsname(m_master));
     m_process.start("sh", QStringList{"-c", shell, "sh", program} + arguments);
   }
   ~OnTerminal() {
@@ -46,7 +48,7 @@ class OnTerminal {
     }
     return m_said;
   }
-  // What it says to its end, and the exit status; -1: killed, or never ended.
+  // What it says to its end, and the exit status; -1: killed, -2: it does not end.
   Outcome Finish() {
     QElapsedTimer waited;
     waited.start();
@@ -54,7 +56,7 @@ class OnTerminal {
     }
     const bool isEnded = m_process.state() == QProcess::NotRunning || m_process.waitForFinished(1000);
     const bool isNormal = isEnded && m_process.exitStatus() == QProcess::NormalExit;
-    return {isNormal ? m_process.exitCode() : -1, m_said, {}, {}};
+    return {isNormal ? m_process.exitCode() : isEnded ? -1 : -2, m_said, {}, {}};
   }
 
  private:
