@@ -25,7 +25,7 @@ bool IsDigit(char c) {
 // A sign and decimal digits at the start of a text, as stream extraction sees them.
 struct IntegerText {
   bool negative = false;
-  bool tooLarge = false;  // the magnitude exceeds 32 bits
+  bool tooLarge = false;  // the magnitude exceeds 32 bits, and is not told
   uint32_t magnitude = 0;
 };
 
@@ -35,12 +35,9 @@ IntegerText ScanInteger(std::string_view text) {
   const char* const end = at + text.size();
   while (at != end && IsBlank(*at)) ++at;
   if (at != end && (*at == '-' || *at == '+')) result.negative = *at++ == '-';
-  for (; at != end && IsDigit(*at); ++at) {
+  for (; at != end && IsDigit(*at) && !result.tooLarge; ++at) {
     const uint64_t next = uint64_t{result.magnitude} * 10 + static_cast<uint64_t>(*at - '0');
-    if (next > std::numeric_limits<uint32_t>::max()) {
-      result.tooLarge = true;
-      break;
-    }
+    result.tooLarge = next > std::numeric_limits<uint32_t>::max();
     result.magnitude = static_cast<uint32_t>(next);
   }
   return result;
