@@ -67,6 +67,8 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLinesAndIsKeptWhenRefused
   // One in the last line is noted once, and not again behind the text.
   const std::string line = R"({"Name":"x","AutoCycle":0,"PlanPages":[]})";
   EXPECT_EQ(TakeKept(Edit(once + "echo '" + line + "' > $1").err), line + "\n// ^ \"RoundTime\" is missing\n");
+  // Where the text is no object, no keys are missing.
+  EXPECT_EQ(TakeKept(Edit(once + "echo '[]' > $1").err), "[]\n// ^ the request is no object\n");
   EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
 }
 
