@@ -68,7 +68,7 @@ TEST_F(EditTest, TheFileComesBackWithItsMistakesAtTheirLinesAndIsKeptWhenRefused
   const std::string line = R"({"Name":"x","AutoCycle":0,"PlanPages":[]})";
   EXPECT_EQ(TakeKept(Edit(once + "echo '" + line + "' > $1").err), line + "\n// ^ \"RoundTime\" is missing\n");
   // Where the text is no object, no keys are missing.
-  EXPECT_EQ(TakeKept(Edit(once + "echo '[]' > $1").err), "[]\n// ^ the request is no object\n");
+  EXPECT_EQ(TakeKept(Edit(once + "echo '[]' > $1").err), "[]\n// ^ the text is no object\n");
   EXPECT_EQ(Maria({"show", "110", "--json"}).out, saved);
 }
 

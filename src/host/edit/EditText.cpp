@@ -185,11 +185,13 @@ std::string WithoutNotes(std::string_view text) {
 }
 
 std::vector<EditFault> FaultsInEdit(const std::string& text, const EditableView& before) {
+  rapidjson::Document document;
+  const bool isJson = ParseJson(text, document);
+  if (isJson && !document.IsObject()) return {{1, "the text is no object"}};
   const LineFinder lines(text);
   std::vector<EditFault> faults;
   for (const std::string& fault : FaultsOf("UpdatePlan", text)) faults.push_back(Located(lines, fault));
-  rapidjson::Document document;
-  if (!ParseJson(text, document) || !document.IsObject()) return faults;
+  if (!isJson) return faults;
   AddForeignKeys(document, lines, faults);
   if (faults.empty()) AddDoubleNumbers(document, before, lines, faults);
   for (const char* key : kKeys) {
