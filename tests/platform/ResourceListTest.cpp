@@ -41,6 +41,7 @@ TEST(ListDocumentTest, FindsTheElementsOfAListTheirNumbersAndNothingElse) {
     for (const std::string& line : expected) lines += line.empty() ? "" : line + "\n";
     EXPECT_EQ(Read(text.front() == '[' ? Views(text.substr(1, text.size() - 2)) : text), lines) << text;
   }
+  EXPECT_EQ(Read(R"([{"ResponseStatus":0},{"Data":{"ViewList":{"View":[{"ID":1}]}}}])"), "") << "no object holds it";
   const std::string one = Views(R"({"ID":1})");
   for (const std::string& text : {one.substr(1), one + "x", one + std::string("\0{}", 3), std::string()}) {
     EXPECT_EQ(Read(text), "not JSON") << text;

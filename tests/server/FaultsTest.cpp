@@ -44,7 +44,9 @@ TEST(FaultPatterns, APatternFitsWholePathsAndFindsTheId) {
 TEST_F(FaultsTest, AnswersAreLateOrCutAnywhereOrLackTheirCode) {
   RestartWithRule(R"({"Fault":"Truncate","Path":"V0/Areas"},{"Fault":"Delay","Path":"V0/Users","Milliseconds":300},
       {"Fault":"MissingErrorCode","Path":"V0/ViewGroups"},
-      {"Fault":"ColleagueEdit","Path":"V0/Views","Colleague":{"User":"nobody","Method":"DELETE","Path":"V0/Views/1"}})");
+      {"Fault":"ColleagueEdit","Path":"V0/Views","Colleague":{"User":"nobody","Method":"DELETE","Path":"V0/Views/1"}},
+      {"Fault":"DropAfter","Path":"V0/Elements"})");
+  EXPECT_EQ(Wire(m_server->Port(), cid.Written("GET", "V0/Elements")).ReceiveAll(), "") << "no byte of an answer";
   size_t headsCut = 0, bodiesCut = 0;
   for (int i = 0; i < 60; ++i) {
     const Answer areas = cid.Get("V0/Areas");
