@@ -159,7 +159,7 @@ class RelayTest : public testing::Test {
     relay = std::make_unique<ChangeRelay>();
     groups = kGroup;
     views = View(5, "v", 4);
-    areNumbered = true;
+    unnumbered.clear();
     told.clear();
     for (const ListKind kind : {ListKind::Groups, ListKind::Views}) {
       relay->Slot(kind).Set([this, kind](const std::string& text) {
@@ -205,7 +205,7 @@ class RelayTest : public testing::Test {
     const std::map<std::string, std::function<void()>> steps = {
         {"groups", [&] { groups = Elements(words); }},
         {"views", [&] { views = Elements(words); }},
-        {"unnumbered", [&] { areNumbered = false; }},
+        {"unnumbered", [&] { unnumbered = word(1, "both"); }},
         {"load", [&] { relay->Downloaded(List("ViewGroup", groups, first), List("View", views, second)); }},
         {"again", [&] { relay->DownloadedAgain(List("ViewGroup", groups, first), List("View", views, second)); }},
         {"clear", [&] { relay->Clear(); }},
@@ -236,7 +236,8 @@ class RelayTest : public testing::Test {
     return elements;
   }
   ResourceStore::details::DownloadedList List(const char* kind, const std::string& elements, int number) const {
-    return {ListOf(kind, elements, areNumbered ? number : 0), static_cast<uint64_t>(number), areNumbered};
+    const bool isNumbered = unnumbered != "both" && unnumbered != kind;
+    return {ListOf(kind, elements, isNumbered ? number : 0), static_cast<uint64_t>(number), isNumbered};
   }
   // What is added has the ID 6.
   void End(uint64_t ticket, int number, const std::string& name, int error) {
@@ -249,7 +250,7 @@ class RelayTest : public testing::Test {
 
   std::unique_ptr<ChangeRelay> relay;
   std::string groups, views;  // that the lists to come hold
-  bool areNumbered = true;    // whether they say their numbers
+  std::string unnumbered;     // which of them does not say its number, or "both"
   Texts told;
 };
 

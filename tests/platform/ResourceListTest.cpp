@@ -64,8 +64,8 @@ TEST(ListDocumentTest, ReadsTheEnvelopeAtAnyDepthOfNesting) {
   ListDocument document;
   ASSERT_TRUE(ReadListDocument(Envelope("{}", 7), kViewNames, false, document));
   EXPECT_EQ(document.errorCode, 7);
-  ASSERT_TRUE(
-      ReadListDocument(R"({"ErrorCode":0,"ResponseStatus":{"Data":{"ErrorCode":0}}})", kViewNames, false, document));
+  ASSERT_TRUE(ReadListDocument(R"({"ErrorCode":0,"ResponseStatus":{"Data":{"ErrorCode":0},"More":{"ErrorCode":0}}})",
+                               kViewNames, false, document));
   EXPECT_EQ(document.errorCode, -1) << "an absent code is an error";
   const std::string deep = std::string(300000, '[') + std::string(300000, ']');
   ASSERT_TRUE(ReadListDocument(Views(R"({"ID":1,"Deep":)" + deep + "}"), kViewNames, true, document));
