@@ -31,7 +31,7 @@ TEST_F(CompletionTest, EachPlaceOfALineTakesWhatFitsThere) {
     EXPECT_EQ(outcome.out.empty(), expected.empty()) << outcome;
     EXPECT_EQ(outcome.err, "") << line;
   }
-  for (const char* line : {"viewctl import ", "viewctl export -o ", "viewctl --data "}) {
+  for (const char* line : {"viewctl import ", "viewctl\timport\n", "viewctl export -o ", "viewctl --data "}) {
     EXPECT_EQ(Complete(line).out, ":files\n") << line;
   }
   EXPECT_EQ(Lines(Complete("viewctl show Station/Fore").out).size(), 1u);
