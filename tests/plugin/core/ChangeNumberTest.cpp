@@ -179,8 +179,9 @@ TEST_F(ChangeNumberTest, WhatHasNoNumberIsTakenAsItComes) {
   Play("as after one of nothing at all", {Views(""), Views(V(5, "FIVE", -1, 3, kModified))}, {"5 changed"},
        "group 1'one' in -1: 5'FIVE' ; group 2'two' in 1: ; view 5'FIVE'; view 6'six'; ");
   Play("but not after one of groups, or of another's refusal",
-       {Groups(""), [](auto&) { Downloads().NotifyViewsUpdate(Refused(1, 1)); }, Views(V(5, "x", 1, 3, kModified))}, {},
-       kLoaded);
+       {[](auto&) { Downloads().NotifyViewGroupsUpdate(Refused(1, 1)); }, Groups(G(2, "x", 1, 3, kModified)),
+        Groups(""), [](auto&) { Downloads().NotifyViewsUpdate(Refused(1, 1)); }, Views(V(5, "x", 1, 3, kModified))},
+       {}, kLoaded);
   Play("groups too", {Rename(20, 2, "own"), Groups(""), Groups(G(2, "theirs", 1, 3, kModified))},
        {"2 renamed 'theirs'"}, "group 1'one' in -1: 5'five' ; group 2'theirs' in 1: ; view 5'five'; view 6'six'; ");
   Play("own edits",
