@@ -195,6 +195,8 @@ TEST_F(ChangesTest, DocumentsCountForAsLongAsAnyChangeHasThem) {
   RestartWith([](auto& options) { options.keepChangeBytes = 450000; });
   for (int view = 1; view <= 10; ++view) ann.AddView("V", -1, kAnn, Ballast(100000));
   for (int view = 1; view <= 10; ++view) ann.Share(view, "2");
+  ann.Share(10, "3");
+  EXPECT_EQ(ann.Listen(16).Status(), 200) << "once for the two changes that have it";
   for (int view = 1; view <= 10; ++view) ann.Put("V0/Views/" + std::to_string(view), ViewBody("V", -1, kAnn));
   EXPECT_LE(SQLite::Database(File()).execAndGet("SELECT sum(length(text)) FROM documents").getInt(), 460000);
 }
