@@ -156,9 +156,11 @@ TEST_F(FindReplaceTest, IdsAbove2To31AndCamerasAtNoSiteAreReplacedAndPutBack) {
   for (const char* part : {", id 4000000000\n", "related map 4000000000\n"}) {
     ExpectSaid(run({"show", "private/V"}), 0, part);
   }
+#ifndef _WIN32  // there is no viewdraw
   ASSERT_EQ(run({"report", "-o", File("site.html")}).status, 0);
   const std::string report = ReadFile(File("site.html"));
   EXPECT_TRUE(Has(report, "4000000000") && !Has(report, "-294967296"));
+#endif
   for (const char* file : {"map.json", "camera.json"}) ExpectSaid(run({"undo", File(file)}), 0, "restored view");
   EXPECT_EQ(run({"export", "-o", "-"}).out, before);
 }

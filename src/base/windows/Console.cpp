@@ -49,6 +49,8 @@ class SilentConsole {
 
 void PrepareStreams() {
   for (FILE* const stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+  // As elsewhere: what is said is there at once, also for a program that reads it from a pipe.
+  setvbuf(stderr, nullptr, _IONBF, 0);
   SetConsoleOutputCP(CP_UTF8);
   SetConsoleCP(CP_UTF8);
   for (const Stream stream : {Stream::kOut, Stream::kErr}) {
