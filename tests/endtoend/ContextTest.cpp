@@ -66,7 +66,7 @@ TEST_F(ContextTest, APasswordIsAskedForOnATerminalAndNotShown) {
 
 TEST_F(ContextTest, OnceThePasswordIsReadTheTerminalIsAsBefore) {
   OnTerminal rm(TheSite().As("maria") + QStringList{"rm", "110"}, {});
-  rm.SaysUntil(Url() + ": ");
+  ASSERT_TRUE(Has(rm.SaysUntil(Url() + ": "), Url() + ": "));
   rm.Type("sample-maria\n");
   EXPECT_TRUE(Has(rm.SaysUntil("[y/N] "), "Delete 1 thing? [y/N] ")) << "stdin is still open";
   rm.Type("no");

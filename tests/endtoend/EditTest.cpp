@@ -109,7 +109,7 @@ TEST_F(EditTest, AnotherClientsChangeIsShownAndNotLost) {
 TEST_F(EditTest, ATerminalIsAskedFirst) {
   OnTerminal ended(m_site.As("maria") + QStringList{"edit", "110"}, "sample-maria",
                    {"EDITOR=sed -i s/magnified/near/", "TMPDIR=" + m_site.File({})});
-  ended.SaysUntil("Save? [y/N] ");
+  ASSERT_TRUE(Has(ended.SaysUntil("Save? [y/N] "), "Save? [y/N] "));
   ended.Type("\x03y\n");
   EXPECT_EQ(ended.Finish().status, -1) << "behind the editor, Ctrl-C ends viewctl again";
   for (const char* answer : {"n\n", "y\n"}) {

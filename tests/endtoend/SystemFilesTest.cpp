@@ -42,6 +42,7 @@ TEST(SystemFilesTest, AServerThatNobodyAsksIsIdleAndEndsByCtrlC) {
   const auto ticks = [&serve] {  // of the processor, a hundred a second
     const std::string stat = ReadFile(QString("/proc/%1/stat").arg(serve.Id()));
     const QStringList fields = Words(QString::fromStdString(stat.substr(stat.rfind(')') + 1)));
+    EXPECT_GT(fields.size(), 12) << stat;
     return fields.value(11).toLong() + fields.value(12).toLong();
   };
   const long before = ticks();
